@@ -1,0 +1,11 @@
+# Warnings and sanitizers are private to our own targets; nothing leaks to a consumer.
+function(vekdb_private_flags target)
+    if(PROJECT_IS_TOP_LEVEL)
+        target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Werror)
+    endif()
+    if(VEKDB_SANITIZE)
+        set(flags -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+        target_compile_options(${target} PRIVATE ${flags})
+        target_link_options(${target} PRIVATE ${flags})
+    endif()
+endfunction()
