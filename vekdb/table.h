@@ -1,0 +1,225 @@
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+#include <vector>
+
+#include "host/notify.h"
+#include "host/text_search.h"
+#include "vekdb/field_types.h"
+#include "vekdb/record.h"
+#include "vekdb/vdb_base.h"
+
+class Cookie;
+class TextFile;
+class configb;
+struct TableParts;
+
+/// A table's error record: four values whose meaning is fixed by what filled them.
+/// (3,3,0,0) and (3,4,0,0): the types or names line of a file has another number of values
+/// than its widths line. (1,n,0,0): a record line of the wrong length after n good ones.
+/// (2,3,0,0): a column was given no known type and became text.
+struct dberror {
+    std::int32_t values[4];
+};
+
+/// The table: an ordered array of records that share one list of typed, named columns, with
+/// tags, parameters, sort settings, a query, a file name and an error record.
+///
+/// Ownership: the table owns its records and parameter strings. A record or parameter text got
+/// from it lives until it is deleted or replaced, or the table is freed, reloaded or destroyed.
+/// A table should outlive its views; a view whose table went has no source any more.
+/// Failure: contents are answered by return values, the valid flag and the error record; only
+/// exhausted memory throws. Not locked: a table and its views are used from one thread at a time.
+///
+/// A new table has no parameters, and a file without parameters cannot be loaded: call
+/// `add_param` once before saving a table that is to be read back.
+class vekdb : public VDBBase, public Notifier {
+public:
+    /// No columns, no rows, not valid.
+    vekdb();
+    /// Columns from an array that ends at the first entry without a type. Null is no columns.
+    explicit vekdb(const DBFieldDesc* fields);
+    /// A column for every entry.
+    explicit vekdb(const std::vector<DBFieldDesc>& fields);
+    /// Loads a file; see `loadFromFile`.
+    vekdb(LightweightString<wchar_t> fileName, int maxRecords, bool requireMagic);
+    /// Copies columns and parameters, and the rows shown when `withRecords` is non-zero. The
+    /// copied rows have no container: changing them does not mark this table modified.
+    vekdb(const vekdb& source, int withRecords);
+    /// Copies columns and the rows shown, no parameters; the pointer is not read. Note that
+    /// `vekdb(source, 0)` and `vekdb(source, nullptr)` are opposites.
+    vekdb(const vekdb& source, DBFieldDesc* ignored);
+    vekdb(const vekdb&) = delete;
+    vekdb& operator=(const vekdb&) = delete;
+    ~vekdb() override;
+
+    // --- lifetime
+    /// Zeroes counts and flags of an empty table.
+    void init();
+    /// Stamps the creation time, makes room for 500 rows and sorts by the first column.
+    void post_init();
+    /// Raises the capacity by 500 rows.
+    void add_chunk();
+    /// Destroys rows, columns and parameters; the table is then empty, not valid, and can be
+    /// filled again.
+    void free();
+    void fill_error_info(int a, int b, int c, int d);
+    /// False, and `out` untouched, when no error is set. Reading does not clear it.
+    bool read_error_info(dberror& out) const;
+    bool get_valid() const override;
+    bool get_modified() const;
+    unsigned get_capacity() const;
+    int get_revision() const;
+    unsigned get_update_depth() const;
+    std::time_t get_creation_time() const;
+    std::time_t get_modification_time() const;
+
+    // --- rows
+    unsigned get_num_records() const override;
+    /// The record of a shown row, or null.
+    dbrecord* get_record(unsigned row) const override;
+    /// The shown position of a raw row, or 0xFFFFFFFF.
+    unsigned get_new_row(unsigned raw) const;
+    /// The raw position of a shown row, or 0xFFFFFFFF. While only tagged rows are shown, the
+    /// argument equal to their count looks the slot behind them up.
+    unsigned get_raw_row(unsigned shown) const;
+    /// Appends rows; the raw position of the first, or 0xFFFFFFFF while only tagged are shown.
+    unsigned add_records(int n) override;
+    /// Inserts rows before raw position `at`; nothing while only tagged rows are shown.
+    void insert_records(unsigned at, int n) override;
+    /// Deletes up to `n` rows from raw position `first` and issues "recordsDeleted" with their
+    /// former numbers. Listeners see the new row count and the old modified flag.
+    void delete_records(unsigned first, int n) override;
+    /// Deletes every row whose tag is 1, one notice a run; how many, or 0xFFFFFFFF while only
+    /// tagged rows are shown.
+    unsigned delete_tagged_records() override;
+    /// Overwrites a row's values with another table's row; a missing row does nothing.
+    void copy_record(unsigned row, vekdb* source, unsigned sourceRow);
+    void copy_record(unsigned row, const dbrecord* source);
+    /// A free-standing record of this table's column count; the caller owns it.
+    dbrecord* make_dummy_record() const override;
+    /// Clears the changed flag of every record and the modified flag; the record count.
+    unsigned clear_changed();
+
+    // --- tags
+    void set_tag(unsigned row, int value) override;
+    void invert_tag(unsigned row) override;
+    unsigned get_tag(unsigned row) const override;
+    void set_all_tags(int value) override;
+    void invert_all_tags() override;
+    unsigned get_num_tags() const override;
+    void set_show_tags_only(unsigned flag) override;
+    unsigned get_show_tags_only() const override;
+    void index_tags();
+
+    // --- parameters: at most 40 pairs, names without regard to case
+    unsigned find_param(const char* name) const;
+    /// The value, or null. Valid until the parameter is replaced or the table is freed.
+    const char* get_param_val(const char* name) override;
+    /// Adds or replaces; 0, or 0xFFFFFFFF when refused (no name, no room, "VEKDB" by hand).
+    unsigned add_param(const char* name, const char* value) override;
+    unsigned set_param_val(const char* name, const char* value) override;
+    unsigned get_num_params() const;
+    /// Name and value of a slot; "" when the slot is not in use.
+    const char* get_param_name(unsigned slot) const;
+    const char* get_param_text(unsigned slot) const;
+
+    // --- values
+    bool set_field(unsigned row, const Cookie& cookie) override;
+    bool set_field(unsigned row, unsigned field, const char* text) override;
+    bool set_field(unsigned row, unsigned field, int value) override;
+    bool set_field(unsigned row, unsigned field, double value) override;
+    bool set_field(unsigned row, unsigned field, bool value) override;
+    bool setField(unsigned row, unsigned field, LightweightString<char> value);
+    LightweightString<char> getField(unsigned row, unsigned field) const override;
+    /// Unlike the record's: false, and nothing written, for an empty value.
+    bool in_field(unsigned row, unsigned field, char* buffer, int length) const override;
+    bool in_field(unsigned row, unsigned field, int& value) const override;
+    bool in_field(unsigned row, unsigned field, double& value) const override;
+    bool in_field(unsigned row, unsigned field, bool& value) const override;
+
+    // --- columns
+    unsigned get_num_fields() const override;
+    const char* get_fieldname(unsigned field) const override;
+    /// The longest value of a column in bytes, over all rows.
+    unsigned get_fieldsize(unsigned field) const override;
+    DBFieldTypes::eType get_field_type(unsigned field) const override;
+    bool set_fieldtype(unsigned field, DBFieldTypes::eType type) override;
+    unsigned get_fieldnum(LightweightString<char> name) const override;
+    /// A column's former name still finds it; only `removeField` forgets old names.
+    bool set_fieldname(unsigned field, const char* name) override;
+    void setFieldWidth(unsigned field, int width);
+    /// The new column's position, or that of the column which has the name already;
+    /// 0xFFFFFFFF when there are 65,535 columns.
+    unsigned addField(const DBFieldDesc& field);
+    void removeField(const LightweightString<char>& name);
+    bool sameColumns(const vekdb* other) const;
+    bool isSpecialLabelField(unsigned long field) const;
+    /// The minimum display width of a column of this name, 4 for unknown names.
+    static std::int32_t getMinFieldSize(const char* name);
+
+    // --- update batches
+    unsigned beginUpdate();
+    void addToUpdate(const Cookie& cookie);
+    /// The outermost call issues "recordsChanged" with the cookies collected, if any.
+    void endUpdate();
+    bool update(configb* settings, int row);
+
+    // --- files
+    void set_filename(LightweightString<wchar_t> name) override;
+    LightweightString<wchar_t> get_filename() const override;
+    /// Loads the table's own file; the result is the valid flag. At most `maxRecords` rows are
+    /// read, none for 0 or less; `requireMagic` refuses files without a column header.
+    void loadFromFile(int maxRecords, bool requireMagic);
+    int read_params(TextFile& file, dbrecord& header);
+    unsigned add_text(TextFile& file, int skipFirst, int maxRecords);
+    unsigned load_text(int maxRecords);
+    /// The number of records written, 0 when saving failed.
+    int save_text() override;
+    /// Writes the tagged records only; 1, or 0 when saving failed.
+    int save_tags() override;
+    int save_text_without_header();
+    void save_params(TextFile& file) const;
+    void save_column_header(TextFile& file, bool namesOnly) const;
+
+    // --- sorting and lookup
+    void set_sortfield(int field) override;
+    /// `fields` ends at its first negative entry, stays the caller's, must outlive the sorts,
+    /// and must be writable: entries past the last column are overwritten with -1.
+    void set_sortfields(int* fields) override;
+    void set_sort_offset(int offset) override;
+    int* sortPrepare(int direction, int forceNormal) override;
+    /// Sorts in place; one sort at a time in a process.
+    void sort(int direction, int forceNormal) override;
+    unsigned findFirst(const char* field, const char* value, int prefixLength) override;
+    /// The row of an identity. Built on first use; stale after sorting.
+    unsigned getRowIndexByID(const Cookie& id);
+
+    // --- query
+    void set_query(dbrecord* query) override;
+    void setQuery(const std::vector<TextSearch::Criteria>& criteria);
+    unsigned tag_matching_records(int keepTags) override;
+    unsigned match_record(int row) const override;
+    int match_field(dbrecord* record, int field) const;
+    int matchField(const dbrecord* record, unsigned short field,
+                   const TextSearch::Criteria& criteria) const;
+    int found_in_special_label_field(dbrecord* record, int field) const;
+
+    // --- merging
+    int merge_all_matching(VDBBase* source);
+    unsigned add_vekdb(vekdb* source);
+    unsigned tag_all_different(int field) override;
+
+    unsigned baseIndex(unsigned row) const override { return row; }
+
+protected:
+    TableParts& parts() { return *parts_; }
+    const TableParts& parts() const { return *parts_; }
+
+private:
+    friend class dbrecord;
+    void noteModified();
+
+    TableParts* parts_;
+};
