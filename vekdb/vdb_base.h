@@ -6,6 +6,44 @@
 
 class Cookie;
 class dbrecord;
+class VDBBase;
+
+/// Refers to a record source without holding it, and turns null when the source is destroyed.
+/// Whatever outlives a source by mistake, a view its table above all, then has no source
+/// instead of a dangling one. Linking and unlinking take constant time and no memory.
+class SourceLink {
+public:
+    SourceLink() noexcept = default;
+    explicit SourceLink(VDBBase* source) noexcept { set(source); }
+    SourceLink(const SourceLink&) = delete;
+    SourceLink& operator=(const SourceLink&) = delete;
+    ~SourceLink() { set(nullptr); }
+
+    /// Refers to another source, or to none.
+    void set(VDBBase* source) noexcept;
+    VDBBase* get() const noexcept { return source_; }
+
+private:
+    void unlink() noexcept;
+
+    VDBBase* source_ = nullptr;
+    SourceLink* next_ = nullptr;
+    SourceLink** place_ = nullptr;
+};
+
+/// A SourceLink to a table or to a view.
+template <class T>
+class SourceRef {
+public:
+    SourceRef() noexcept = default;
+    explicit SourceRef(T* source) noexcept : link_(source) {}
+
+    void set(T* source) noexcept { link_.set(source); }
+    T* get() const noexcept { return static_cast<T*>(link_.get()); }
+
+private:
+    SourceLink link_;
+};
 
 /// The record-source interface that tables and views both answer, so that saving, cursors,
 /// field maps and merging take either.
@@ -19,7 +57,14 @@ class dbrecord;
 /// Not locked: one thread at a time.
 class VDBBase : public iObject {
 public:
-    ~VDBBase() override = default;
+    VDBBase() = default;
+    VDBBase(const VDBBase&) = delete;
+    VDBBase& operator=(const VDBBase&) = delete;
+    ~VDBBase() override {
+        while (links_ != nullptr) {
+            links_->set(nullptr);
+        }
+    }
 
     virtual int save_text() = 0;
     virtual int save_tags() = 0;
@@ -75,4 +120,33 @@ public:
     virtual unsigned match_record(int row) const = 0;
     virtual unsigned baseIndex(unsigned row) const = 0;
     virtual bool get_valid() const = 0;
+
+private:
+    friend class SourceLink;
+
+    SourceLink* links_ = nullptr;
 };
+
+inline void SourceLink::unlink() noexcept {
+    if (source_ == nullptr) {
+        return;
+    }
+    *place_ = next_;
+    if (next_ != nullptr) {
+        next_->place_ = place_;
+    }
+}
+
+inline void SourceLink::set(VDBBase* source) noexcept {
+    unlink();
+    source_ = source;
+    if (source == nullptr) {
+        return;
+    }
+    place_ = &source->links_;
+    next_ = source->links_;
+    if (next_ != nullptr) {
+        next_->place_ = &next_;
+    }
+    source->links_ = this;
+}
