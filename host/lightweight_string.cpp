@@ -1,9 +1,9 @@
 #include "host/lightweight_string.h"
 
 #include "host/exceptions.h"
+#include "host/ptr.h"
 #include "host/text_util.h"
 
-#include <atomic>
 #include <charconv>
 #include <string>
 
@@ -65,8 +65,7 @@ void copyCharacters(C* to, const C* from, std::size_t count) {
 
 template <class C>
 bool LightweightString<C>::isUnshared() const noexcept {
-    return impl_ != nullptr &&
-           std::atomic_ref(impl_->count).load(std::memory_order_acquire) == 1;
+    return impl_ != nullptr && Quor::currentCount(impl_->count) == 1;
 }
 
 // One character more than the text is kept for the terminator.

@@ -8,6 +8,9 @@
 
 namespace Quor {
 
+// What a count word stands at. Only the answer 1, given to a holder, stays true.
+std::uint32_t currentCount(std::uint32_t& count) noexcept;
+
 // Carries the reference count of an object that is shared through Ptr. The
 // count belongs to the object's place, not to its value: copying or assigning
 // the object never copies it.
@@ -113,6 +116,9 @@ public:
     T* operator->() const noexcept { return object_; }
     T& operator*() const noexcept { return *object_; }
     explicit operator bool() const noexcept { return object_ != nullptr; }
+
+    // True for an object that nobody else shares.
+    bool isUnshared() const noexcept { return object_ != nullptr && currentCount(*count_) == 1; }
 
     // Adds one count for a holder outside any Ptr.
     void incRef() const noexcept {

@@ -2,7 +2,6 @@
 
 #include "host/exceptions.h"
 
-#include <atomic>
 #include <cassert>
 
 namespace {
@@ -37,7 +36,7 @@ void TextBlock::resize(std::size_t bytes) {
 }
 
 bool TextBlock::isUnshared() const noexcept {
-    return std::atomic_ref(*refCountWord()).load(std::memory_order_acquire) == 1;
+    return Quor::currentCount(*refCountWord()) == 1;
 }
 
 void TextBlock::addReference() const noexcept {
