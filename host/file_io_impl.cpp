@@ -68,7 +68,7 @@ std::uint64_t memorySize() {
 // Reads a file to its end into a block that grows where the hint was short.
 class WholeReader {
 public:
-    WholeReader(int file, std::size_t hint) : file_(file), text_(TextBlock::create(hint + 1)) {}
+    WholeReader(int file, std::size_t hint) : file_(file), text_(TextBlock::create(hint)) {}
 
     bool readToEnd() {
         bool more = true;
@@ -77,8 +77,7 @@ public:
                 return false;
             }
         }
-        text_->resize(used_ + 1);
-        text_->data()[used_] = '\0';
+        text_->resize(used_);
         return true;
     }
 
@@ -86,7 +85,7 @@ public:
     std::size_t size() const { return used_; }
 
 private:
-    std::size_t room() const { return text_->size() - 1 - used_; }
+    std::size_t room() const { return text_->size() - used_; }
 
     // False on a failed read; `more` turns false at the end of the file.
     bool fillRoom(bool& more) {
@@ -123,7 +122,7 @@ private:
         if (size > memorySize() / 2) {
             return false;
         }
-        text_->resize(size + 1);
+        text_->resize(size);
         return true;
     }
 

@@ -1,5 +1,6 @@
 #include "host/text_file.h"
 
+#include "host/exceptions.h"
 #include "host/file_io_impl.h"
 #include "host/text_util.h"
 
@@ -140,7 +141,7 @@ char* TextFile::beginLine(std::size_t atMost) {
 }
 
 void TextFile::endLine(std::size_t written) {
-    assert(block_ && block_->size() - textSize_ >= written + 2);
+    assert(block_ && block_->size() - textSize_ > written);
     starts_.push_back(textSize_);
     textSize_ += written;
     char* end = block_->data() + textSize_;
@@ -155,7 +156,7 @@ std::size_t TextFile::lineOffset(unsigned i) const {
 
 Quor::Ptr<TextBlock> TextFile::takeText() {
     if (!block_) {
-        reserve(0);
+        block_ = TextBlock::create(0);
     }
     Quor::Ptr<TextBlock> text = std::move(block_);
     clear();
@@ -213,18 +214,28 @@ void TextFile::completeLoadedText() {
     }
 }
 
-// Room for so many bytes more, an end of line and a NUL byte.
+// Room for so many bytes more and an end of line; the block itself keeps room for
+// a NUL byte behind its end. Who shares the block keeps it as it is.
 void TextFile::reserve(std::size_t more) {
-    if (more > static_cast<std::size_t>(-1) / 2 - textSize_) {
+    if (more > static_cast<std::size_t>(-1) / 4 - textSize_) {
         throw Quor::Exception::BadAlloc();
     }
-    const std::size_t needed = textSize_ + more + 2;
+    const std::size_t needed = textSize_ + more + 1;
     if (!block_) {
         block_ = TextBlock::create(std::max(needed, kFirstRoom));
-        block_->data()[0] = '\0';
     } else if (block_->size() < needed) {
-        block_->resize(std::max(needed, block_->size() * 2));
+        grow(std::max(needed, block_->size() * 2));
     }
+}
+
+void TextFile::grow(std::size_t size) {
+    if (block_->isUnshared()) {
+        block_->resize(size);
+        return;
+    }
+    const Quor::Ptr<TextBlock> larger = TextBlock::create(size);
+    std::memcpy(larger->data(), block_->data(), textSize_);
+    block_ = larger;
 }
 
 template <class Sink>

@@ -94,6 +94,7 @@ private:
     bool scanTo(std::size_t i) const;
     void completeLoadedText();
     void reserve(std::size_t more);
+    void grow(std::size_t size);
     template <class Sink>
     bool writeLines(Sink& to, std::string_view endOfLine) const;
 
