@@ -113,6 +113,7 @@ private:
         const LineSlices* slices;
     } values_ = {nullptr};
     unsigned short count_;
+    mutable unsigned short stored_ = 0;  // values behind these were never stored: empty
     mutable Storage storage_ = Storage::strings;
     std::uint8_t tag_ = 0;
     mutable bool changed_ = false;

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "host/ptr.h"
+#include "host/text_block.h"
+
+class LineStore;
+
+/// Where the values of one line stand in the text of a LineStore: one behind the other, each
+/// with a NUL behind it, and the same number of bytes between the end of one and the start of
+/// the next (1 where the values were moved together, 3 where they stand as they were quoted).
+struct LineSlices {
+    /// The lines whose values lie further than this from the first one become strings.
+    static constexpr std::size_t farthest = 0xFFFF;
+
+    static std::size_t bytesFor(unsigned values) {
+        return sizeof(LineSlices) + values * sizeof(std::uint16_t);
+    }
+
+    std::string_view view(unsigned i) const {
+        std::size_t from = i == 0 ? 0 : next()[i - 1];
+        return {first() + from, static_cast<std::size_t>(next()[i] - from) - gap()};
+    }
+    const char* first() const;
+    unsigned gap() const { return static_cast<unsigned>(place >> 56); }
+    std::uint64_t offset() const { return place & ((std::uint64_t{1} << 56) - 1); }
+
+    /// The starts of value 1, 2, ... and, behind the last value, of the one that would follow,
+    /// counted from the start of value 0.
+    std::uint16_t* next() { return reinterpret_cast<std::uint16_t*>(this + 1); }
+    const std::uint16_t* next() const {
+        return reinterpret_cast<const std::uint16_t*>(this + 1);
+    }
+
+    LineStore* store;
+    std::uint64_t place;  // offset of value 0 in the text, and in the top 8 bits the gap
+};
+
+/// The text that rows were read from and the slices of its lines. Each record that stands on
+/// a slice holds one reference; the last to go frees text and slices together.
+class LineStore {
+public:
+    explicit LineStore(Quor::Ptr<TextBlock> text);
+    ~LineStore();
+    LineStore(const LineStore&) = delete;
+    LineStore& operator=(const LineStore&) = delete;
+
+    char* text() const { return text_; }
+
+    /// Room for the slices of one line of `values` values, 1 or more.
+    LineSlices* addSlices(unsigned values, std::uint64_t offset, unsigned gap);
+
+    void addReferences(std::uint32_t n) { references_.fetch_add(n, std::memory_order_relaxed); }
+    void release() {
+        if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
+    }
+
+private:
+    struct Chunk;
+
+    Quor::Ptr<TextBlock> block_;
+    char* text_;
+    Chunk* chunks_ = nullptr;
+    char* free_ = nullptr;
+    char* end_ = nullptr;
+    std::atomic<std::uint32_t> references_{1};  // one for whoever made it
+};
+
+inline const char* LineSlices::first() const { return store->text() + offset(); }

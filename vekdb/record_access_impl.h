@@ -1,0 +1,28 @@
+#pragma once
+
+#include "vekdb/line_store_impl.h"
+#include "vekdb/record.h"
+
+/// What the table may do to its records and nobody else: tags, the changed flag, and standing
+/// a record on slices.
+class RecordAccess {
+public:
+    static void setTag(dbrecord& record, unsigned value) {
+        record.tag_ = static_cast<std::uint8_t>(value);
+    }
+    static void setChanged(const dbrecord& record, bool changed) { record.changed_ = changed; }
+
+    /// Makes the record's values the slices; the caller has counted the record's reference.
+    static void adopt(dbrecord& record, const LineSlices* slices, unsigned short values) {
+        record.release();
+        record.values_.slices = slices;
+        record.storage_ = dbrecord::Storage::slices;
+        record.count_ = record.stored_ = values;
+    }
+    /// Empties the list of values: the count is 0 afterwards.
+    static void drop(dbrecord& record) { record.resize(0); }
+    /// Appends a value behind the last without marking anything changed.
+    static void append(dbrecord& record, std::string_view value);
+    /// Stores a value, in range, without marking anything changed.
+    static void place(dbrecord& record, unsigned index, LightweightString<char> value);
+};

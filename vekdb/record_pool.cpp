@@ -1,0 +1,103 @@
+#include "vekdb/record_pool_impl.h"
+
+#include <algorithm>
+#include <new>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define VEKDB_POISON 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define VEKDB_POISON 1
+#endif
+#endif
+
+#ifdef VEKDB_POISON
+#include <sanitizer/asan_interface.h>
+#endif
+
+namespace {
+
+constexpr std::size_t largestSlab = 16384;
+
+// A destroyed record's place stays in the pool; the sanitizer is told that nobody may touch it.
+void forbid([[maybe_unused]] void* place, [[maybe_unused]] std::size_t bytes) {
+#ifdef VEKDB_POISON
+    ASAN_POISON_MEMORY_REGION(place, bytes);
+#endif
+}
+
+void allow([[maybe_unused]] void* place, [[maybe_unused]] std::size_t bytes) {
+#ifdef VEKDB_POISON
+    ASAN_UNPOISON_MEMORY_REGION(place, bytes);
+#endif
+}
+
+}  // namespace
+
+struct RecordPool::Slab {
+    Slab* next;
+    std::size_t bytes;
+};
+
+union RecordPool::Place {
+    Place* next;
+    alignas(dbrecord) unsigned char record[sizeof(dbrecord)];
+};
+
+void* RecordPool::take() {
+    if (unused_ != nullptr) {
+        Place* place = unused_;
+        allow(place, sizeof(Place));
+        unused_ = place->next;
+        return place;
+    }
+    if (fresh_ == end_) {
+        std::size_t bytes = sizeof(Slab) + nextSlab_ * sizeof(Place);
+        auto* slab = static_cast<Slab*>(::operator new(bytes));
+        *slab = {slabs_, bytes};
+        slabs_ = slab;
+        fresh_ = reinterpret_cast<char*>(slab + 1);
+        end_ = reinterpret_cast<char*>(slab) + bytes;
+        nextSlab_ = std::min(nextSlab_ * 2, largestSlab);
+    }
+    void* place = fresh_;
+    fresh_ += sizeof(Place);
+    return place;
+}
+
+void RecordPool::giveBack(void* memory) noexcept {
+    auto* place = static_cast<Place*>(memory);
+    place->next = unused_;
+    unused_ = place;
+    forbid(place, sizeof(Place));
+}
+
+dbrecord* RecordPool::create(unsigned short count) { return new (take()) dbrecord(count); }
+
+dbrecord* RecordPool::create(const dbrecord& other) {
+    void* place = take();
+    try {
+        return new (place) dbrecord(other);
+    } catch (...) {
+        giveBack(place);
+        throw;
+    }
+}
+
+void RecordPool::destroy(dbrecord* record) noexcept {
+    if (record == nullptr) return;
+    record->~dbrecord();
+    giveBack(record);
+}
+
+void RecordPool::releaseSlabs() noexcept {
+    while (slabs_ != nullptr) {
+        Slab* next = slabs_->next;
+        allow(slabs_, slabs_->bytes);
+        ::operator delete(slabs_);
+        slabs_ = next;
+    }
+    unused_ = nullptr;
+    fresh_ = end_ = nullptr;
+    nextSlab_ = 32;
+}

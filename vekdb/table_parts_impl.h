@@ -1,0 +1,34 @@
+#pragma once
+
+#include <ctime>
+#include <vector>
+
+#include "host/lightweight_string.h"
+#include "vekdb/columns_impl.h"
+#include "vekdb/cookie_rows_impl.h"
+#include "vekdb/parameters_impl.h"
+#include "vekdb/query_impl.h"
+#include "vekdb/rows_impl.h"
+#include "vekdb/sort_settings_impl.h"
+#include "vekdb/table.h"
+#include "vekdb/update_batch_impl.h"
+
+/// What a table is composed of.
+struct TableParts {
+    int revision = 1;
+    Columns columns;
+    Rows rows;
+    Parameters parameters;
+    LightweightString<wchar_t> fileName;
+    SortSettings sort;
+    UpdateBatch updates;
+    Query query;
+    CookieRows cookieRows;
+    std::vector<int> timecodeColumns;  // found by name in a file without types, -1 at the end
+    dberror error = {};
+    bool errorSet = false;
+    bool modified = false;
+    bool valid = false;
+    std::time_t created = 0;
+    std::time_t modificationTime = 0;
+};
