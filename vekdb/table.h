@@ -220,6 +220,11 @@ protected:
 private:
     friend class dbrecord;
     void noteModified();
+    void buildColumns(const DBFieldDesc* fields, std::size_t count);
+    void copyColumns(const vekdb& source);
+    void copyParameters(const vekdb& source);
+    void copyRows(const vekdb& source);
+    dbrecord* newRow();
 
     TableParts* parts_;
 };
