@@ -140,3 +140,6 @@ unsigned vekdb::get_update_depth() const { return parts().updates.depth(); }
 std::time_t vekdb::get_creation_time() const { return parts().created; }
 std::time_t vekdb::get_modification_time() const { return parts().modificationTime; }
 void vekdb::noteModified() { parts().modified = true; }
+
+void vekdb::set_filename(LightweightString<wchar_t> name) { parts().fileName = name; }
+LightweightString<wchar_t> vekdb::get_filename() const { return parts().fileName; }

@@ -78,7 +78,7 @@ void vekdb::delete_records(unsigned first, int n) {
     unsigned count = rows.count() - first;
     if (static_cast<unsigned>(n) < count) count = static_cast<unsigned>(n);
 
-    int type = NotifyMsgTypeDictionary::instance().intern("recordsDeleted");
+    static const int type = NotifyMsgTypeDictionary::instance().intern("recordsDeleted");
     bool heard = hasListeners(type);
     LightweightString<char> text = heard ? rowNumbers(first, count) : nullptr;
     rows.erase(first, count);

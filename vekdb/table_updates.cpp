@@ -10,7 +10,7 @@ void vekdb::addToUpdate(const Cookie& cookie) { parts().updates.add(cookie); }
 void vekdb::endUpdate() {
     if (!parts().updates.end()) return;
     Quor::Ptr<iObject> changed(new WrappedData<CookieVec>(parts().updates.take()));
-    int type = NotifyMsgTypeDictionary::instance().intern("recordsChanged");
+    static const int type = NotifyMsgTypeDictionary::instance().intern("recordsChanged");
     issueNotification(NotifyMsg(changed), type);
 }
 
