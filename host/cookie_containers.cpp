@@ -28,8 +28,8 @@ void LightweightVector<T>::reserve(unsigned room) {
     if (room <= store_->capacity) {
         return;
     }
-    store_->items =
-        static_cast<T*>(OS()->allocator()->reallocate(store_->items, sizeof(T) * std::size_t(room)));
+    std::size_t bytes = sizeof(T) * std::size_t(room);
+    store_->items = static_cast<T*>(OS()->allocator()->reallocate(store_->items, bytes));
     store_->capacity = room;
 }
 

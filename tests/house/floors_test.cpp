@@ -1,0 +1,116 @@
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <optional>
+#include <regex>
+
+#include "house/source_tree.h"
+
+using testing::IsEmpty;
+
+namespace {
+
+struct Include {
+    std::string where;
+    std::string target;
+};
+
+std::vector<Include> includesOf(const SourceFile& file) {
+    static const std::regex quoted("^\\s*#\\s*include\\s*\"([^\"]+)\"");
+    std::vector<Include> found;
+    for (std::size_t i = 0; i < file.lines.size(); ++i) {
+        std::match_results<std::string_view::const_iterator> match;
+        if (std::regex_search(file.lines[i].begin(), file.lines[i].end(), match, quoted)) {
+            found.push_back({file.at(i), match[1].str()});
+        }
+    }
+    return found;
+}
+
+// A floor's height, or nothing for a folder that is no floor.
+std::optional<std::size_t> heightOf(std::string_view path) {
+    std::string folder(path.substr(0, path.find('/')));
+    auto floor = std::find(floors().begin(), floors().end(), folder);
+    if (floor == floors().end()) {
+        return std::nullopt;
+    }
+    return static_cast<std::size_t>(floor - floors().begin());
+}
+
+const SourceFile* findSource(const std::string& path) {
+    for (const SourceFile& file : allSources()) {
+        if (file.path == path) {
+            return &file;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+TEST(Floors, AFileIncludesOnlyFromItsOwnFloorAndThoseBelow) {
+    std::vector<std::string> wrong;
+    for (const SourceFile* file : librarySources()) {
+        for (const Include& include : includesOf(*file)) {
+            auto height = heightOf(include.target);
+            if (!height || *height > *heightOf(file->path)) {
+                wrong.push_back(include.where + " includes " + include.target);
+            }
+        }
+    }
+    EXPECT_THAT(wrong, IsEmpty());
+}
+
+TEST(Floors, EveryIncludeNamesAFileFromTheRoot) {
+    std::vector<std::string> wrong;
+    for (const SourceFile* file : librarySources()) {
+        for (const Include& include : includesOf(*file)) {
+            if (!findSource(include.target)) {
+                wrong.push_back(include.where + " includes " + include.target);
+            }
+        }
+    }
+    EXPECT_THAT(wrong, IsEmpty());
+}
+
+TEST(Floors, ThePublicHeadersLeanOnPublicHeadersOnly) {
+    std::vector<std::string> wrong;
+    for (const SourceFile* file : librarySources()) {
+        for (const Include& include : includesOf(*file)) {
+            if (isPublicHeader(*file) && include.target.ends_with("_impl.h")) {
+                wrong.push_back(include.where + " includes " + include.target);
+            }
+        }
+    }
+    EXPECT_THAT(wrong, IsEmpty());
+}
+
+TEST(Floors, ProgramsBenchesAndExamplesUsePublicHeadersOnly) {
+    std::vector<std::string> wrong;
+    for (const char* folder : {"tools", "bench", "examples"}) {
+        for (const SourceFile* file : sourcesOf(folder)) {
+            for (const Include& include : includesOf(*file)) {
+                const SourceFile* target = findSource(include.target);
+                bool fromLibrary = heightOf(include.target).has_value();
+                if (fromLibrary && (!target || !isPublicHeader(*target))) {
+                    wrong.push_back(include.where + " includes " + include.target);
+                }
+            }
+        }
+    }
+    EXPECT_THAT(wrong, IsEmpty());
+}
+
+TEST(Floors, TheLibraryStandsOnTheStandardLibraryAlone) {
+    static const std::regex foreign(
+        "#\\s*include\\s*<(CLI|nlohmann|utf8proc|gtest|gmock|benchmark)");
+    std::vector<std::string> wrong;
+    for (const SourceFile* file : librarySources()) {
+        for (std::size_t i = 0; i < file->lines.size(); ++i) {
+            if (std::regex_search(file->lines[i].begin(), file->lines[i].end(), foreign)) {
+                wrong.push_back(file->at(i));
+            }
+        }
+    }
+    EXPECT_THAT(wrong, IsEmpty());
+}
