@@ -1,0 +1,113 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "host/cookie.h"
+#include "testing/tables.h"
+#include "vekdb/table.h"
+
+namespace {
+
+struct Values : testing::Test {
+    Values() : table(textColumns({"Cookie", "B"})) {
+        table.add_records(2);
+        table.clear_changed();
+    }
+    static Cookie cookieOf(unsigned char number) {
+        Cookie cookie;
+        cookie.uuid.bytes[15] = number;
+        cookie.type = 'C';
+        return cookie;
+    }
+    vekdb table;
+};
+
+TEST_F(Values, OfEveryKindAreStoredAsText) {
+    EXPECT_TRUE(table.set_field(0, 1, "  text"));
+    EXPECT_STREQ("text", table.getField(0, 1).c_str());
+    EXPECT_TRUE(table.set_field(0, 1, 12));
+    EXPECT_STREQ("12", table.getField(0, 1).c_str());
+    EXPECT_TRUE(table.set_field(0, 1, 1.5));
+    EXPECT_STREQ("1.50000000", table.getField(0, 1).c_str());
+    EXPECT_TRUE(table.set_field(0, 1, true));
+    EXPECT_STREQ("t", table.getField(0, 1).c_str());
+    EXPECT_TRUE(table.setField(0, 1, "  kept"));
+    EXPECT_STREQ("  kept", table.getField(0, 1).c_str());
+    EXPECT_TRUE(table.get_modified());
+}
+
+TEST_F(Values, AreRefusedOutsideTheTable) {
+    EXPECT_FALSE(table.set_field(2, 1, "x"));
+    EXPECT_FALSE(table.set_field(0, 2, "x"));
+    EXPECT_FALSE(table.set_field(0, 65536, "x"));
+    EXPECT_FALSE(table.set_field(0, 65536, 1));
+    EXPECT_FALSE(table.set_field(0, 65536, 1.0));
+    EXPECT_FALSE(table.set_field(0, 65536, true));
+    EXPECT_FALSE(table.setField(0, 65536, "x"));
+    EXPECT_FALSE(table.setField(9, 0, "x"));
+    EXPECT_TRUE(table.getField(2, 0).empty());
+    EXPECT_TRUE(table.getField(0, 65536).empty());
+    EXPECT_FALSE(table.get_modified());
+}
+
+TEST_F(Values, CopyingOutAnEmptyOneFailsAndWritesNothing) {
+    char buffer[4] = "###";
+    int number = 7;
+    double real = 7;
+    bool flag = true;
+    EXPECT_FALSE(table.in_field(0, 1, buffer, 3));
+    EXPECT_FALSE(table.in_field(0, 1, number));
+    EXPECT_FALSE(table.in_field(0, 1, real));
+    EXPECT_FALSE(table.in_field(0, 1, flag));
+    EXPECT_FALSE(table.in_field(5, 1, flag));
+    EXPECT_STREQ("###", buffer);
+    EXPECT_EQ(7, number);
+    EXPECT_EQ(7, real);
+    EXPECT_TRUE(flag);
+}
+
+TEST_F(Values, AreCutToTheBuffer) {
+    table.set_field(0, 1, "abcdef");
+    char buffer[8] = "#######";
+    EXPECT_TRUE(table.in_field(0, 1, buffer, 4));
+    EXPECT_EQ(0, std::memcmp(buffer, "abcd\0##", 7));
+    EXPECT_FALSE(table.in_field(0, 1, buffer, -1));
+    EXPECT_FALSE(table.in_field(0, 1, nullptr, 4));
+}
+
+TEST_F(Values, AreReadAsNumbersAndBooleans) {
+    int number = 0;
+    double real = 0;
+    bool flag = false;
+    table.set_field(0, 1, "12abc");
+    EXPECT_TRUE(table.in_field(0, 1, number));
+    EXPECT_EQ(12, number);
+    table.set_field(0, 1, "2.5e1x");
+    EXPECT_TRUE(table.in_field(0, 1, real));
+    EXPECT_EQ(25, real);
+    table.set_field(0, 1, "true");
+    EXPECT_TRUE(table.in_field(0, 1, flag));
+    EXPECT_TRUE(flag);
+    table.set_field(0, 1, "T");
+    EXPECT_TRUE(table.in_field(0, 1, flag));
+    EXPECT_FALSE(flag);
+}
+
+TEST_F(Values, ACookieIsStoredAsItsTextWhereItDiffers) {
+    Cookie cookie = cookieOf(1);
+    EXPECT_TRUE(table.set_field(1, cookie));
+    EXPECT_STREQ(cookie.asString(false).c_str(), table.getField(1, 0).c_str());
+    EXPECT_TRUE(table.get_modified());
+    table.clear_changed();
+    EXPECT_TRUE(table.set_field(1, cookie));
+    EXPECT_FALSE(table.get_modified());
+}
+
+TEST_F(Values, ACookieNeedsARowAndAColumn) {
+    EXPECT_FALSE(table.set_field(2, cookieOf(1)));
+    vekdb other(textColumns({"Reel"}));
+    other.add_records(1);
+    EXPECT_FALSE(other.set_field(0, cookieOf(1)));
+}
+
+}  // namespace
