@@ -80,8 +80,7 @@ Cookie fromWideText(std::wstring_view text) {
 Cookie::Cookie(const char* text, bool)
     : Cookie(fromText(text == nullptr ? std::string_view() : std::string_view(text))) {}
 
-Cookie::Cookie(const LightweightString<wchar_t>& text, bool)
-    : Cookie(fromWideText(text.view())) {}
+Cookie::Cookie(const LightweightString<wchar_t>& text, bool) : Cookie(fromWideText(text.view())) {}
 
 Cookie Cookie::fromText(std::string_view text) noexcept {
     text = trimmed(text);

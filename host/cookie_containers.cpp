@@ -64,8 +64,7 @@ void CookieSetRec::printOn(GrowString& out) const {
     out.append(cookie_.asString(false).view());
 }
 
-CookieSetRep::CookieSetRep(const CookieSetRep& other)
-    : Set(), Quor::InternalRefCount(other) {
+CookieSetRep::CookieSetRep(const CookieSetRep& other) : Set(), Quor::InternalRefCount(other) {
     Set::init(other.size());
     for (unsigned i = 0; i < other.size(); ++i) {
         appendGreatest(new CookieSetRec(other[static_cast<int>(i)]));

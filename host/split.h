@@ -7,9 +7,9 @@
 namespace Quor {
 
 enum SplitFlags : unsigned {
-    splitDropsEmpty = 1,         // inner pieces of no characters are left out
-    splitKeepsQuotedWhole = 2,   // a separator between double quotes does not split
-    splitKeepsSeparator = 4,     // a piece keeps the separator that ends it
+    splitDropsEmpty = 1,        // inner pieces of no characters are left out
+    splitKeepsQuotedWhole = 2,  // a separator between double quotes does not split
+    splitKeepsSeparator = 4,    // a piece keeps the separator that ends it
 };
 
 // Splits text at a separator, appends the pieces to out and returns out's new

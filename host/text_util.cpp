@@ -36,9 +36,9 @@ bool takeSign(std::string_view& text) {
 }
 
 bool equalsIgnoringCase(std::string_view a, std::string_view b) {
-    return a.size() == b.size() &&
-           std::equal(a.begin(), a.end(), b.begin(),
-                      [](char x, char y) { return asciiLower(x) == asciiLower(y); });
+    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+               return asciiLower(x) == asciiLower(y);
+           });
 }
 
 }  // namespace
@@ -129,20 +129,20 @@ bool isAboveOne(std::string_view text, char exponentLetter) {
     return place * digitWeight + exponent > 0;
 }
 
-double parseUnsignedDouble(std::string_view text) {
+// False for what begins with no digits.
+bool parseMagnitude(std::string_view text, double& number) {
     const bool hexadecimal = startsHexadecimal(text);
     if (hexadecimal) {
         text.remove_prefix(2);
     }
     const auto format = hexadecimal ? std::chars_format::hex : std::chars_format::general;
-    double number = 0;
     const auto [stop, error] =
         std::from_chars(text.data(), text.data() + text.size(), number, format);
-    if (error != std::errc::result_out_of_range) {
-        return number;
+    if (error == std::errc::result_out_of_range) {
+        const std::string_view used(text.data(), static_cast<std::size_t>(stop - text.data()));
+        number = isAboveOne(used, hexadecimal ? 'p' : 'e') ? HUGE_VAL : 0.0;
     }
-    const std::string_view used(text.data(), static_cast<std::size_t>(stop - text.data()));
-    return isAboveOne(used, hexadecimal ? 'p' : 'e') ? HUGE_VAL : 0.0;
+    return error != std::errc::invalid_argument;
 }
 
 }  // namespace
@@ -150,11 +150,11 @@ double parseUnsignedDouble(std::string_view text) {
 double parseDouble(std::string_view text) noexcept {
     text = withoutLeadingSpace(text);
     const bool negative = takeSign(text);
+    double number = 0;
     // A second sign is no number, though from_chars would take a minus.
-    if (text.empty() || text.front() == '-') {
+    if (text.empty() || text.front() == '-' || !parseMagnitude(text, number)) {
         return 0;
     }
-    const double number = parseUnsignedDouble(text);
     return negative ? -number : number;
 }
 

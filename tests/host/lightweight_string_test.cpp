@@ -29,7 +29,9 @@ static_assert(std::is_nothrow_copy_constructible_v<S>);
 static_assert(std::is_nothrow_move_constructible_v<S>);
 
 template <class T, class U>
-concept CanAppend = requires(T text, U what) { text += what; };
+concept CanAppend = requires(T text, U what) {
+    text += what;
+};
 static_assert(!CanAppend<S, char>);
 static_assert(!CanAppend<W, wchar_t>);
 static_assert(CanAppend<S, int>);
@@ -475,7 +477,13 @@ TEST(LightweightString, FailedAllocationKeepsTheText) {
         EXPECT_EQ(text.c_str(), shared.c_str());
     };
     const auto each = [&](auto action) {
-        EXPECT_EQ(failEachAllocation([&] { S copy(text); action(copy); }, unchanged), 1u);
+        EXPECT_EQ(failEachAllocation(
+                      [&] {
+                          S copy(text);
+                          action(copy);
+                      },
+                      unchanged),
+                  1u);
     };
     each([](S& t) { t.append("8", 1); });
     each([](S& t) { t.push_back('8'); });
@@ -523,33 +531,33 @@ TEST(LightweightString, AgreesWithAPlainStringUnderRandomEdits) {
         const std::string modelBefore(before.view());
         const std::string piece = random.text("abcXYZ", 20);
         switch (random.below(6)) {
-        case 0:
-            text.append(piece.data(), piece.size());
-            model += piece;
-            break;
-        case 1:
-            text.push_back('q');
-            model += 'q';
-            break;
-        case 2:
-            text.assign(piece.c_str());
-            model = piece;
-            break;
-        case 3: {
-            const unsigned from = unsigned(random.below(model.size() + 2));
-            text = text.substr(from, 15);
-            model = from < model.size() ? model.substr(from, 15) : "";
-            break;
-        }
-        case 4:
-            text = S::join(text.c_str(), text.length(), piece.data(), piece.size());
-            model += piece;
-            break;
-        default:
-            if (!model.empty()) {
-                text.mutableData()[0] = '!';
-                model[0] = '!';
+            case 0:
+                text.append(piece.data(), piece.size());
+                model += piece;
+                break;
+            case 1:
+                text.push_back('q');
+                model += 'q';
+                break;
+            case 2:
+                text.assign(piece.c_str());
+                model = piece;
+                break;
+            case 3: {
+                const unsigned from = unsigned(random.below(model.size() + 2));
+                text = text.substr(from, 15);
+                model = from < model.size() ? model.substr(from, 15) : "";
+                break;
             }
+            case 4:
+                text = S::join(text.c_str(), text.length(), piece.data(), piece.size());
+                model += piece;
+                break;
+            default:
+                if (!model.empty()) {
+                    text.mutableData()[0] = '!';
+                    model[0] = '!';
+                }
         }
         ASSERT_EQ(text.view(), model);
         ASSERT_EQ(text.length(), model.size());

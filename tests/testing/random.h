@@ -29,7 +29,8 @@ public:
 
     // low to high, both included.
     int between(int low, int high) {
-        return low + static_cast<int>(below(static_cast<std::size_t>(high - low) + 1));
+        const auto count = static_cast<std::size_t>(std::int64_t(high) - low + 1);
+        return static_cast<int>(low + static_cast<std::int64_t>(below(count)));
     }
 
     bool oneIn(std::size_t n) { return below(n) == 0; }

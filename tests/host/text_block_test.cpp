@@ -1,0 +1,117 @@
+#include "host/text_block.h"
+
+#include "host/exceptions.h"
+#include "testing/failing_allocator.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <limits>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+using Quor::Ptr;
+using testing_support::CountingAllocator;
+using testing_support::FailingAllocator;
+
+TEST(TextBlock, HoldsItsBytesAndAZeroBehindThem) {
+    const Ptr<TextBlock> block = TextBlock::create(5);
+    ASSERT_EQ(block->size(), 5u);
+    std::memcpy(block->data(), "abcde", 5);
+    EXPECT_STREQ(block->data(), "abcde");
+}
+
+TEST(TextBlock, MayBeEmpty) {
+    const Ptr<TextBlock> block = TextBlock::create(0);
+    EXPECT_EQ(block->size(), 0u);
+    EXPECT_STREQ(block->data(), "");
+}
+
+TEST(TextBlock, ResizeKeepsWhatFits) {
+    const Ptr<TextBlock> block = TextBlock::create(5);
+    std::memcpy(block->data(), "abcde", 5);
+    block->resize(100000);
+    EXPECT_EQ(block->size(), 100000u);
+    EXPECT_EQ(std::string_view(block->data(), 5), "abcde");
+    EXPECT_EQ(block->data()[100000], 0);
+    block->resize(3);
+    EXPECT_STREQ(block->data(), "abc");
+}
+
+TEST(TextBlock, TextComesFromTheHostAllocatorAndGoesWithTheLastShare) {
+    CountingAllocator counting;
+    Ptr<TextBlock> block = TextBlock::create(100);
+    EXPECT_GE(counting.lastSize(), 100u);
+    const Ptr<TextBlock> share(block);
+    EXPECT_FALSE(block->isUnshared());
+    block.reset();
+    EXPECT_GT(counting.liveBlocks(), 0);
+    EXPECT_TRUE(share->isUnshared());
+}
+
+TEST(TextBlock, RawHoldersKeepItAlive) {
+    CountingAllocator counting;
+    Ptr<TextBlock> block = TextBlock::create(10);
+    TextBlock* raw = block.get();
+    raw->addReferences(3);
+    raw->addReference();
+    block.reset();
+    std::strcpy(raw->data(), "alive");
+    for (int i = 0; i < 3; ++i) {
+        raw->release();
+    }
+    EXPECT_TRUE(raw->isUnshared());
+    EXPECT_STREQ(raw->data(), "alive");
+    raw->release();
+    EXPECT_EQ(counting.liveBlocks(), 0);
+}
+
+TEST(TextBlock, AddingNoReferencesChangesNothing) {
+    const Ptr<TextBlock> block = TextBlock::create(1);
+    block->addReferences(0);
+    EXPECT_TRUE(block->isUnshared());
+}
+
+TEST(TextBlock, FailedResizeKeepsTheText) {
+    const Ptr<TextBlock> block = TextBlock::create(3);
+    std::memcpy(block->data(), "abc", 3);
+    const std::size_t most = std::numeric_limits<std::size_t>::max();
+    EXPECT_THROW(block->resize(most), Quor::Exception::BadAlloc);
+    {
+        FailingAllocator failing(1);
+        EXPECT_THROW(block->resize(50), Quor::Exception::BadAlloc);
+    }
+    EXPECT_EQ(block->size(), 3u);
+    EXPECT_STREQ(block->data(), "abc");
+}
+
+TEST(TextBlock, FailedCreationLeavesNothingBehind) {
+    CountingAllocator counting;
+    testing_support::failEachAllocation([] { TextBlock::create(10); },
+                                        [&] { EXPECT_EQ(counting.liveBlocks(), 0); });
+    EXPECT_THROW(TextBlock::create(std::numeric_limits<std::size_t>::max()),
+                 Quor::Exception::BadAlloc);
+    EXPECT_EQ(counting.liveBlocks(), 0);
+}
+
+TEST(TextBlock, SharesAreCountedSafelyAcrossThreads) {
+    CountingAllocator counting;
+    {
+        const Ptr<TextBlock> block = TextBlock::create(10);
+        std::vector<std::thread> threads;
+        for (int t = 0; t < 4; ++t) {
+            threads.emplace_back([raw = block.get()] {
+                for (int i = 0; i < 20000; ++i) {
+                    raw->addReference();
+                    raw->release();
+                }
+            });
+        }
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        EXPECT_TRUE(block->isUnshared());
+    }
+    EXPECT_EQ(counting.liveBlocks(), 0);
+}
