@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <exception>
@@ -124,8 +125,15 @@ TEST(Allocator, NullPutsTheBuiltInOneBack) {
 }
 
 TEST(FailingAllocator, FailsTheNthAllocationOfThisThreadOnly) {
+    // Started first, as starting a thread allocates as well.
+    std::atomic<bool> armed = false;
+    std::thread other([&armed] {
+        armed.wait(false);
+        OS()->allocator()->free(OS()->allocator()->allocate(1));
+    });
     FailingAllocator failing(2);
-    std::thread other([] { OS()->allocator()->free(OS()->allocator()->allocate(1)); });
+    armed = true;
+    armed.notify_one();
     other.join();
     void* block = OS()->allocator()->allocate(1);
     EXPECT_FALSE(failing.fired());
