@@ -10,6 +10,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <limits>
@@ -31,24 +32,32 @@ static_assert(!std::is_base_of_v<std::exception, Quor::Exception::Base>);
 
 namespace {
 
-// Runs before main, in whatever order the program's statics come.
-struct BeforeMain {
-    BeforeMain() : text("made before main") {
+// Runs before main and after it, in whatever order the program's statics come.
+// A failure after main is seen in the exit code.
+struct AroundMain {
+    AroundMain() : text("made before main") {
         block = OS()->allocator()->allocate(10);
         OS()->allocator()->free(block);
+    }
+    ~AroundMain() {
+        S longer(text);
+        longer += ", and longer after it";
+        if (longer != "made before main, and longer after it") {
+            std::_Exit(1);
+        }
     }
     void* block = nullptr;
     S text;
 };
-BeforeMain beforeMain;
+AroundMain aroundMain;
 
 const std::size_t hugeSize = std::numeric_limits<std::size_t>::max() / 4;
 
 }  // namespace
 
-TEST(OS, WorksBeforeMain) {
-    EXPECT_NE(beforeMain.block, nullptr);
-    EXPECT_STREQ(beforeMain.text.c_str(), "made before main");
+TEST(OS, WorksBeforeMainAndAfterStaticsDie) {
+    EXPECT_NE(aroundMain.block, nullptr);
+    EXPECT_STREQ(aroundMain.text.c_str(), "made before main");
 }
 
 TEST(OS, IsOneForTheProcessWithAllItsServices) {
