@@ -1,0 +1,148 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+
+#include "host/text_block.h"
+#include "vekdb/line_store_impl.h"
+#include "vekdb/record.h"
+#include "vekdb/record_access_impl.h"
+
+// A record that stands on slices of its file's text behaves as one of strings does.
+namespace {
+
+struct OnSlices : testing::Test {
+    // The values stand as they were quoted: three bytes between one and the next.
+    OnSlices() : record(0) {
+        static const char text[] = "\"A001\0,\"\0,\"slate 12\0\n";
+        auto block = TextBlock::create(sizeof text);
+        std::memcpy(block->data(), text, sizeof text);
+        auto* store = new LineStore(block);
+        LineSlices* slices = store->addSlices(3, 1, 3);
+        slices->next()[0] = 7;
+        slices->next()[1] = 10;
+        slices->next()[2] = 21;
+        store->addReferences(1);
+        RecordAccess::adopt(record, slices, 3);
+        store->release();
+    }
+    dbrecord record;
+};
+
+TEST_F(OnSlices, ValuesAreRead) {
+    EXPECT_EQ(3, record.get_num_fields());
+    EXPECT_EQ("A001", record.fieldView(0));
+    EXPECT_EQ("", record.fieldView(1));
+    EXPECT_STREQ("slate 12", record.get_field(2));
+    EXPECT_EQ(nullptr, record.get_field(3));
+    EXPECT_FALSE(record.is_blank());
+    EXPECT_FALSE(record.get_changed());
+}
+
+TEST_F(OnSlices, AStringAskedForIsSharedWithTheNextAsker) {
+    LightweightString<char> first = record.getField(0);
+    LightweightString<char> second = record.getField(0);
+    EXPECT_EQ(first.c_str(), second.c_str());
+    EXPECT_STREQ("A001", first.c_str());
+    EXPECT_TRUE(record.getField(1).empty());
+    EXPECT_FALSE(record.get_changed());
+}
+
+TEST_F(OnSlices, APointerStaysValidWhenTheStringIsAskedFor) {
+    const char* before = record.get_field(2);
+    record.getField(2);
+    EXPECT_STREQ("slate 12", before);
+}
+
+TEST_F(OnSlices, ChangingOneValueKeepsTheOthers) {
+    EXPECT_TRUE(record.set_field(1, "new"));
+    EXPECT_TRUE(record.set_field(2, ""));
+    EXPECT_STREQ("A001", record.get_field(0));
+    EXPECT_STREQ("new", record.get_field(1));
+    EXPECT_STREQ("", record.get_field(2));
+    EXPECT_TRUE(record.get_changed());
+}
+
+TEST_F(OnSlices, AnEqualValueChangesNothing) {
+    EXPECT_TRUE(record.setField(0, "A001"));
+    EXPECT_FALSE(record.get_changed());
+}
+
+TEST_F(OnSlices, CopiesOutliveTheOriginal) {
+    auto original = std::make_unique<dbrecord>(record);
+    dbrecord copy(*original);
+    original->set_field(0, "B002");
+    dbrecord changed(*original);
+    original.reset();
+    record.clear();
+    EXPECT_STREQ("A001", copy.get_field(0));
+    EXPECT_STREQ("B002", changed.get_field(0));
+    EXPECT_STREQ("slate 12", changed.get_field(2));
+}
+
+TEST_F(OnSlices, GrowingAddsEmptyValues) {
+    int width = 0;
+    record.resizeRecord(5, &width, false);
+    EXPECT_EQ("", record.fieldView(4));
+    EXPECT_TRUE(record.set_field(4, "e"));
+    EXPECT_STREQ("e", record.get_field(4));
+    EXPECT_STREQ("", record.get_field(3));
+    EXPECT_STREQ("slate 12", record.get_field(2));
+}
+
+TEST_F(OnSlices, ValuesThatWereDroppedDoNotComeBack) {
+    int width = 0;
+    record.resizeRecord(1, &width, false);
+    record.resizeRecord(3, &width, false);
+    EXPECT_EQ("", record.fieldView(2));
+    EXPECT_TRUE(record.set_field(1, "b"));
+    EXPECT_EQ("", record.fieldView(2));
+}
+
+TEST_F(OnSlices, DroppedValuesOfAChangedRecordDoNotComeBackEither) {
+    int width = 0;
+    record.set_field(0, "x");
+    record.resizeRecord(1, &width, false);
+    record.resizeRecord(3, &width, false);
+    record.set_field(2, "c");
+    EXPECT_EQ("", record.fieldView(1));
+    EXPECT_EQ("c", record.fieldView(2));
+}
+
+TEST_F(OnSlices, RemovingAValueMovesTheLaterOnesDown) {
+    record.removeField(0);
+    EXPECT_EQ(2, record.get_num_fields());
+    EXPECT_STREQ("", record.get_field(0));
+    EXPECT_STREQ("slate 12", record.get_field(1));
+}
+
+TEST_F(OnSlices, RemovingTheLastValueLeavesTheRest) {
+    record.removeField(2);
+    EXPECT_EQ(2, record.get_num_fields());
+    EXPECT_STREQ("A001", record.get_field(0));
+    EXPECT_EQ(nullptr, record.get_field(2));
+}
+
+TEST_F(OnSlices, AppendedValuesFollow) {
+    RecordAccess::append(record, "d");
+    EXPECT_EQ(4, record.get_num_fields());
+    EXPECT_STREQ("d", record.get_field(3));
+    RecordAccess::drop(record);
+    EXPECT_EQ(0, record.get_num_fields());
+}
+
+TEST_F(OnSlices, ClearEmptiesEveryValue) {
+    record.clear();
+    EXPECT_EQ(3, record.get_num_fields());
+    EXPECT_TRUE(record.is_blank());
+}
+
+TEST_F(OnSlices, AssignmentTrimsAndTakesOver) {
+    dbrecord target(1);
+    target = record;
+    EXPECT_EQ(3, target.get_num_fields());
+    EXPECT_STREQ("slate 12", target.get_field(2));
+    EXPECT_TRUE(target.get_changed());
+}
+
+}  // namespace

@@ -1,0 +1,102 @@
+#include "vekdb/rows_impl.h"
+
+#include <gtest/gtest.h>
+
+
+#include "testing/random.h"
+#include "vekdb/record_access_impl.h"
+
+namespace {
+
+using Model = std::vector<dbrecord*>;
+
+Model contentsOf(const Rows& rows) {
+    Model all;
+    for (unsigned i = 0; i < rows.count(); ++i) all.push_back(rows.at(i));
+    return all;
+}
+
+TEST(Rows, StartWithoutRoom) {
+    Rows rows;
+    EXPECT_EQ(0u, rows.count());
+    EXPECT_EQ(0u, rows.capacity());
+    EXPECT_EQ(nullptr, rows.shown(0));
+}
+
+TEST(Rows, CapacityCoversInStepsOfFiveHundred) {
+    Rows rows;
+    rows.cover(1);
+    EXPECT_EQ(500u, rows.capacity());
+    rows.cover(500);
+    EXPECT_EQ(500u, rows.capacity());
+    rows.cover(501);
+    EXPECT_EQ(1000u, rows.capacity());
+    rows.addChunk();
+    EXPECT_EQ(1500u, rows.capacity());
+    rows.release();
+    EXPECT_EQ(0u, rows.capacity());
+}
+
+TEST(Rows, AreOneArrayForReordering) {
+    Rows rows;
+    rows.cover(4);
+    for (int i = 0; i < 4; ++i) rows.append(rows.pool().create(1));
+    Model before = contentsOf(rows);
+    rows.erase(1, 1);
+    dbrecord** array = rows.inOneArray();
+    EXPECT_EQ(before[0], array[0]);
+    EXPECT_EQ(before[2], array[1]);
+    EXPECT_EQ(before[3], array[2]);
+    std::swap(array[0], array[2]);
+    EXPECT_EQ(before[3], rows.at(0));
+}
+
+TEST(Rows, KeepTheOrderOfAPlainListUnderAnyEdits) {
+    testing_support::Random random;
+    Rows rows;
+    Model model;
+    for (int step = 0; step < 5000; ++step) {
+        unsigned at = static_cast<unsigned>(random.below(model.size() + 1));
+        unsigned n = 1 + static_cast<unsigned>(random.below(4));
+        switch (random.below(3)) {
+            case 0: {
+                rows.cover(std::uint64_t{rows.count()} + 1);
+                model.push_back(rows.pool().create(0));
+                rows.append(model.back());
+                break;
+            }
+            case 1: {
+                rows.cover(std::uint64_t{rows.count()} + n);
+                Model made;
+                for (unsigned i = 0; i < n; ++i) made.push_back(rows.pool().create(0));
+                rows.insert(at, made.data(), n);
+                model.insert(model.begin() + at, made.begin(), made.end());
+                break;
+            }
+            default: {
+                n = std::min<unsigned>(n, static_cast<unsigned>(model.size()) - at);
+                if (n == 0) break;
+                rows.erase(at, n);
+                model.erase(model.begin() + at, model.begin() + at + n);
+            }
+        }
+        ASSERT_EQ(model, contentsOf(rows)) << "step " << step;
+    }
+}
+
+TEST(RecordPool, GivesAPlaceAgainOnlyAfterItsRecordWent) {
+    RecordPool pool;
+    dbrecord* first = pool.create(2);
+    dbrecord* second = pool.create(*first);
+    EXPECT_NE(first, second);
+    first->set_field(0, "x");
+    pool.destroy(first);
+    dbrecord* third = pool.create(3);
+    EXPECT_NE(second, third);
+    EXPECT_TRUE(third->is_blank());
+    pool.destroy(second);
+    pool.destroy(third);
+    pool.destroy(nullptr);
+}
+
+}  // namespace
