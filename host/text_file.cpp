@@ -223,6 +223,7 @@ void TextFile::reserve(std::size_t more) {
     const std::size_t needed = textSize_ + more + 1;
     if (!block_) {
         block_ = TextBlock::create(std::max(needed, kFirstRoom));
+        block_->data()[0] = '\0';
     } else if (block_->size() < needed) {
         grow(std::max(needed, block_->size() * 2));
     }
@@ -234,7 +235,7 @@ void TextFile::grow(std::size_t size) {
         return;
     }
     const Quor::Ptr<TextBlock> larger = TextBlock::create(size);
-    std::memcpy(larger->data(), block_->data(), textSize_);
+    std::memcpy(larger->data(), block_->data(), textSize_ + 1);
     block_ = larger;
 }
 

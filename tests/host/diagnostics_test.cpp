@@ -5,9 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 namespace {
 
+using testing_support::CaptureDiagnostics;
 using Texts = std::vector<std::string>;
 
 TEST(Diagnostics, DebugTextArrivesAsFormatted) {

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+namespace testing_support {
+
 // Catches what the library says while it lives; the sink before is back
 // afterwards. One text a message, in order.
 class CaptureDiagnostics final : public iDiagnosticSink {
@@ -31,3 +33,5 @@ private:
 
     iDiagnosticSink* before_;
 };
+
+}  // namespace testing_support
