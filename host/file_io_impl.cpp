@@ -13,6 +13,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -22,6 +23,7 @@ namespace {
 
 constexpr std::size_t kFirstRoom = std::size_t{64} << 10;
 constexpr std::size_t kProbe = std::size_t{4} << 10;
+constexpr std::size_t kLargeBlock = std::size_t{4} << 20;
 constexpr std::size_t kMostPerCall = std::size_t{1} << 30;
 constexpr int kMostLinks = 40;
 constexpr int kMostNames = 100;
@@ -68,7 +70,9 @@ std::uint64_t memorySize() {
 // Reads a file to its end into a block that grows where the hint was short.
 class WholeReader {
 public:
-    WholeReader(int file, std::size_t hint) : file_(file), text_(TextBlock::create(hint)) {}
+    WholeReader(int file, std::size_t hint) : file_(file), text_(TextBlock::create(hint)) {
+        expectFilling(*text_);
+    }
 
     bool readToEnd() {
         bool more = true;
@@ -224,6 +228,18 @@ SystemCalls& systemCalls() {
     static constinit SystemCalls calls{openFile, ::read,   ::write,      ::fsync,
                                        ::close,  ::fchmod, std::rename};
     return calls;
+}
+
+void expectFilling([[maybe_unused]] TextBlock& block) {
+#if defined(MADV_HUGEPAGE)
+    const auto pageSize = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
+    const auto from = reinterpret_cast<std::uintptr_t>(block.data()) & ~(pageSize - 1);
+    const auto end = reinterpret_cast<std::uintptr_t>(block.data()) + block.size() + 1;
+    const std::size_t size = end - from;
+    if (size >= kLargeBlock) {
+        ::madvise(reinterpret_cast<void*>(from), size, MADV_HUGEPAGE);
+    }
+#endif
 }
 
 bool readWhole(const char* path, Quor::Ptr<TextBlock>& text, std::size_t& textSize) {

@@ -33,6 +33,10 @@ SystemCalls& systemCalls();
 // then untouched. Throws BadAlloc.
 bool readWhole(const char* path, Quor::Ptr<TextBlock>& text, std::size_t& textSize);
 
+// Tells the system that a large block is about to be filled from end to end, so
+// that it may come in large pages. Changes nothing but speed.
+void expectFilling(TextBlock& block);
+
 // Puts new contents in a file's place, whole or not at all: they are written to
 // a file of unique name in the same folder, flushed to disk, and renamed over
 // the target in commit(). Symbolic links are followed, the mode is kept. Until

@@ -232,6 +232,7 @@ void TextFile::reserve(std::size_t more) {
 void TextFile::grow(std::size_t size) {
     if (block_->isUnshared()) {
         block_->resize(size);
+        FileIO::expectFilling(*block_);
         return;
     }
     const Quor::Ptr<TextBlock> larger = TextBlock::create(size);

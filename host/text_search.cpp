@@ -3,11 +3,12 @@
 #include "host/text_search_impl.h"
 #include "host/text_util.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
+#if defined(__x86_64__)
+#include <immintrin.h>
 #endif
 
 namespace TextSearch {
@@ -79,7 +80,20 @@ bool standsAt(std::string_view text, std::size_t place, const Needle& needle) {
     return equals(text.substr(place, needle.term.size()), needle.term, needle.flags);
 }
 
-#if defined(__SSE2__)
+#if defined(__x86_64__)
+
+// Whether the term stands at one of the places, counted from this one on, whose
+// bits are set.
+bool standsAmong(std::string_view text, std::size_t from, std::uint64_t places,
+                 const Needle& needle) {
+    for (; places != 0; places &= places - 1) {
+        const auto place = static_cast<unsigned>(__builtin_ctzll(places));
+        if (standsAt(text, from + place, needle)) {
+            return true;
+        }
+    }
+    return false;
+}
 
 constexpr std::size_t kWide = 16;
 
@@ -142,7 +156,7 @@ public:
     bool found() const {
         const std::size_t places = text_.size() - needle_.term.size() + 1;
         for (std::size_t i = 0; i < places; i += kWide) {
-            if (foundAmong(i, candidates(i, places - i))) {
+            if (standsAmong(text_, i, candidates(i, places - i), needle_)) {
                 return true;
             }
         }
@@ -161,15 +175,6 @@ private:
             _mm_and_si128(first_(bytesFor(0, place)), second_(bytesFor(1, place)));
         const auto bits = static_cast<unsigned>(_mm_movemask_epi8(both));
         return places >= kWide ? bits : bits & ((1u << places) - 1);
-    }
-
-    bool foundAmong(std::size_t place, unsigned bits) const {
-        for (; bits != 0; bits &= bits - 1) {
-            if (standsAt(text_, place + static_cast<unsigned>(__builtin_ctz(bits)), needle_)) {
-                return true;
-            }
-        }
-        return false;
     }
 
     std::string_view text_;
@@ -217,13 +222,85 @@ bool containsPlain(std::string_view text, const Needle& needle) {
     return false;
 }
 
-bool contains(std::string_view text, const Needle& needle) {
-#if defined(__SSE2__)
-    return text.size() >= needle.term.size() && WideSearch(text, needle).found();
-#else
-    return containsPlain(text, needle);
-#endif
+#if defined(__x86_64__)
+
+namespace {
+
+// Before this is known the narrower steps are taken.
+const bool hasMaskedLoads =
+    __builtin_cpu_supports("avx512bw") != 0 && __builtin_cpu_supports("bmi2") != 0;
+
+}  // namespace
+
+bool canSearchBySixtyFour() {
+    return hasMaskedLoads;
 }
+
+bool containsBySixteen(std::string_view text, const Needle& needle) {
+    return text.size() >= needle.term.size() && WideSearch(text, needle).found();
+}
+
+namespace {
+
+constexpr std::size_t kWidest = 64;
+
+// Tells which of the bytes from here on pass one half of a filter. Bytes that
+// are masked out are not touched, so nothing depends on where the text ends.
+[[gnu::target("avx512bw,bmi2")]] __mmask64 passing(__mmask64 bytes, const char* from,
+                                                   const Criterion::Filter& filter,
+                                                   unsigned half) {
+    const __m512i setBits = _mm512_set1_epi8(static_cast<char>(filter.setBits[half]));
+    const __m512i expected = _mm512_set1_epi8(static_cast<char>(filter.expected[half]));
+    const __m512i loaded = _mm512_maskz_loadu_epi8(bytes, from);
+    return _mm512_mask_cmpeq_epi8_mask(bytes, _mm512_or_si512(loaded, setBits), expected);
+}
+
+}  // namespace
+
+// Most values are looked through in a single step.
+[[gnu::target("avx512bw,bmi2")]] bool containsBySixtyFour(std::string_view text,
+                                                          const Needle& needle) {
+    if (text.size() < needle.term.size()) {
+        return false;
+    }
+    const Criterion::Filter& filter = filterOf(needle);
+    const std::size_t places = text.size() - needle.term.size() + 1;
+    for (std::size_t i = 0; i < places; i += kWidest) {
+        const char* from = text.data() + i;
+        const auto left = static_cast<unsigned>(std::min(places - i, kWidest));
+        const __mmask64 here = _bzhi_u64(~std::uint64_t{0}, left);
+        const __mmask64 first = passing(here, from + needle.anchors.places[0], filter, 0);
+        const __mmask64 both = passing(first, from + needle.anchors.places[1], filter, 1);
+        if (standsAmong(text, i, both, needle)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool contains(std::string_view text, const Needle& needle) {
+    return hasMaskedLoads ? containsBySixtyFour(text, needle) : containsBySixteen(text, needle);
+}
+
+#else
+
+bool canSearchBySixtyFour() {
+    return false;
+}
+
+bool containsBySixteen(std::string_view text, const Needle& needle) {
+    return containsPlain(text, needle);
+}
+
+bool containsBySixtyFour(std::string_view text, const Needle& needle) {
+    return containsPlain(text, needle);
+}
+
+bool contains(std::string_view text, const Needle& needle) {
+    return containsPlain(text, needle);
+}
+
+#endif
 
 Criterion::Criterion(const LightweightString<char>& text, eMatchMethod method)
     : text_(text), method_(method), isEmpty_(isEssentiallyEmpty(text)) {

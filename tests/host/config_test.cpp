@@ -1,5 +1,7 @@
 #include "host/config.h"
 
+#include "testing/print_strings.h"
+
 #include <gtest/gtest.h>
 
 #include <climits>

@@ -1,5 +1,7 @@
 #include "host/notify.h"
 
+#include "testing/print_strings.h"
+
 #include <gtest/gtest.h>
 
 #include <functional>

@@ -2,6 +2,7 @@
 #include "host/text_file.h"
 
 #include "testing/failing_allocator.h"
+#include "testing/print_strings.h"
 #include "testing/temp_dir.h"
 
 #include <gtest/gtest.h>

@@ -2,6 +2,7 @@
 #include "host/file_io_impl.h"
 #include "host/text_file.h"
 
+#include "testing/print_strings.h"
 #include "testing/temp_dir.h"
 
 #include <gtest/gtest.h>

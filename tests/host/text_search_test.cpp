@@ -2,6 +2,8 @@
 
 #include "host/text_search_impl.h"
 
+#include "testing/print_strings.h"
+
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -167,7 +169,7 @@ private:
 };
 
 TEST(TextSearch, FindsAtEveryPlaceOfEveryLength) {
-    for (std::size_t length = 1; length <= 70; ++length) {
+    for (std::size_t length = 1; length <= 140; ++length) {
         for (const std::string term : {"Q", "qZ", "zqj", "q:1.z", "kjqvxzqqwertyuiop"}) {
             const Criteria criteria{Criterion(term.c_str())};
             for (std::size_t at = 0; at + term.size() <= length; ++at) {
@@ -197,12 +199,16 @@ TEST(TextSearch, WideStepsAgreeWithPlainOnes) {
     unsigned hits = 0;
     for (int round = 0; round < 60000; ++round) {
         const std::string term = randomText(random, 1 + random() % 4);
-        const ExactText text(randomText(random, random() % 60));
-        const TextSearch::Criterion::Anchors anchors = TextSearch::anchorsOf(term);
+        const ExactText text(randomText(random, random() % 150));
+        const Criterion::Anchors anchors = TextSearch::anchorsOf(term);
         const TextSearch::Needle needle{term, anchors, static_cast<unsigned>(random() % 4)};
         const bool plain = TextSearch::containsPlain(text.view(), needle);
-        ASSERT_EQ(TextSearch::contains(text.view(), needle), plain)
-            << "seed " << seed << " round " << round;
+        const bool bySixteen = TextSearch::containsBySixteen(text.view(), needle);
+        const bool bySixtyFour = TextSearch::canSearchBySixtyFour()
+                                     ? TextSearch::containsBySixtyFour(text.view(), needle)
+                                     : TextSearch::contains(text.view(), needle);
+        ASSERT_EQ(bySixteen, plain) << "seed " << seed << " round " << round;
+        ASSERT_EQ(bySixtyFour, plain) << "seed " << seed << " round " << round;
         hits += plain;
     }
     EXPECT_GT(hits, 6000u);
