@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string_view>
+
+class dbrecord;
+
+/// The record comparison without the counting, and its rules one by one for whoever prepares
+/// keys of the same order. All of it goes by the process-wide state of `vekdb/sort.h`.
+int compareAscending(const dbrecord& a, const dbrecord& b);
+int compareDescending(const dbrecord& a, const dbrecord& b);
+
+void countComparison();
+
+/// The columns in force; an empty list where none was prepared.
+const int* sortColumns();
+
+/// A value up to its first NUL, as a comparison of C strings sees it.
+std::string_view textToCompare(const dbrecord& record, int column);
+std::string_view withoutLeadingSpace(std::string_view text);
+
+enum class ValueOrder { people, timecode, part };
+ValueOrder valueOrderOf(int column);
+
+/// The characters of a timecode that count: those before the separator of the frames, which is
+/// skipped whatever it is, and those behind it.
+std::string_view timecodeHead(std::string_view text);
+std::string_view timecodeTail(std::string_view text);
+inline constexpr unsigned timecodeHeadLength = 8;
+
+/// What the sort offset leaves of a value.
+std::string_view partToCompare(std::string_view text);

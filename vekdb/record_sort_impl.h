@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstddef>
+
+class dbrecord;
+
+/// A row to be sorted: its record, null for a row that has none any more, and a position that no
+/// other entry has.
+struct SortEntry {
+    const dbrecord* record;
+    unsigned position;
+};
+
+/// Sorts the entries in place by the record comparison in force since the last `sortPrepare`:
+/// descending when `direction` is negative, otherwise ascending. Where the comparison finds
+/// records equal the lower position comes first; a row without a record is equal to every other.
+/// Comparisons, also those that a prepared key decides, are counted in `comco`. When memory is
+/// exhausted BadAlloc is thrown and the entries stand as they did.
+void sortRecordEntries(SortEntry* entries, std::size_t n, int direction);
