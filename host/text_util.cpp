@@ -64,7 +64,11 @@ bool BoolFromString(const LightweightString<char>& text, bool& value) {
 }
 
 unsigned UIntFromString(const LightweightString<char>& text, unsigned otherwise) {
-    const std::string_view digits = trimmed(text.view());
+    return parseUInt(text.view(), otherwise);
+}
+
+unsigned parseUInt(std::string_view text, unsigned otherwise) noexcept {
+    const std::string_view digits = trimmed(text);
     const char* end = digits.data() + digits.size();
     unsigned number = 0;
     const auto [stop, error] = std::from_chars(digits.data(), end, number);

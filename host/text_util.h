@@ -35,6 +35,7 @@ bool BoolFromString(const LightweightString<char>& text, bool& value);
 // Decimal digits with blanks around them; anything else, or a number past 32
 // bits, gives otherwise.
 unsigned UIntFromString(const LightweightString<char>& text, unsigned otherwise);
+unsigned parseUInt(std::string_view text, unsigned otherwise) noexcept;
 
 LightweightString<char> StringFromInteger(int number);
 

@@ -15,17 +15,17 @@ public:
         if (column >= criteria_.size() || criteria_[column].empty()) return nullptr;
         return &criteria_[column];
     }
+    /// The columns that the query says something of, in order. All others always match.
+    const std::vector<unsigned>& asked() const { return asked_; }
     const std::vector<Criteria>& all() const { return criteria_; }
-    void set(std::vector<Criteria> criteria) { criteria_.swap(criteria); }
+    void set(std::vector<Criteria> criteria);
 
-    /// Non-zero matches with regard to case.
-    unsigned matchFlag() const { return matchFlag_; }
-    void reset() {
-        criteria_.clear();
-        matchFlag_ = 0;
-    }
+    /// The flags for every search: with regard to case where the match flag is set.
+    unsigned searchFlags() const { return matchFlag_ != 0 ? unsigned{TextSearch::eMatchCase} : 0; }
+    void reset();
 
 private:
     std::vector<Criteria> criteria_;
-    unsigned matchFlag_ = 0;
+    std::vector<unsigned> asked_;
+    unsigned matchFlag_ = 0;  // for the embedding application: nothing here sets it
 };

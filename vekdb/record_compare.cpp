@@ -6,7 +6,6 @@
 #include "host/strxcmp.h"
 #include "host/text_util.h"
 #include "vekdb/record.h"
-#include "vekdb/sort.h"
 
 int* cmp_fields = nullptr;
 int comco = 0;
@@ -21,6 +20,8 @@ int compareCharacters(char a, char b) {
            int{static_cast<unsigned char>(asciiLower(b))};
 }
 
+}  // namespace
+
 int compareIgnoringCase(std::string_view a, std::string_view b) {
     const std::size_t common = std::min(a.size(), b.size());
     for (std::size_t i = 0; i < common; ++i) {
@@ -28,6 +29,8 @@ int compareIgnoringCase(std::string_view a, std::string_view b) {
     }
     return int{a.size() > b.size()} - int{a.size() < b.size()};
 }
+
+namespace {
 
 int compareTimecodes(std::string_view a, std::string_view b) {
     int order = compareIgnoringCase(timecodeHead(a), timecodeHead(b));
@@ -46,8 +49,6 @@ int compareValues(std::string_view a, std::string_view b, int column) {
 }
 
 }  // namespace
-
-void countComparison() { comco = static_cast<int>(static_cast<unsigned>(comco) + 1); }
 
 const int* sortColumns() {
     static constexpr int none[] = {-1};
@@ -76,7 +77,9 @@ std::string_view timecodeTail(std::string_view text) {
 }
 
 std::string_view partToCompare(std::string_view text) {
-    if (s_off > 0) return text.substr(std::min<std::size_t>(static_cast<unsigned>(s_off), text.size()));
+    if (s_off > 0) {
+        return text.substr(std::min(static_cast<std::size_t>(s_off), text.size()));
+    }
     if (force_normal_sort != 0) return text;
     const auto wanted = static_cast<std::size_t>(-std::int64_t{s_off});
     return wanted > text.size() ? std::string_view() : text.substr(text.size() - wanted);

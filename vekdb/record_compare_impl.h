@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "vekdb/sort.h"
+
 class dbrecord;
 
 /// The record comparison without the counting, and its rules one by one for whoever prepares
@@ -9,7 +11,10 @@ class dbrecord;
 int compareAscending(const dbrecord& a, const dbrecord& b);
 int compareDescending(const dbrecord& a, const dbrecord& b);
 
-void countComparison();
+inline void countComparison() { comco = static_cast<int>(static_cast<unsigned>(comco) + 1); }
+
+/// Negative, 0 or positive; only the letters A to Z have a case.
+int compareIgnoringCase(std::string_view a, std::string_view b);
 
 /// The columns in force; an empty list where none was prepared.
 const int* sortColumns();

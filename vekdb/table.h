@@ -225,6 +225,12 @@ private:
     void copyParameters(const vekdb& source);
     void copyRows(const vekdb& source);
     dbrecord* newRow();
+    bool mayBeOverridden() const;
+    void enterCookieRows();
+    unsigned tagPlainRows(bool keepTags);
+    struct ColumnCopy;
+    void appendCopies(VDBBase& source, const std::vector<ColumnCopy>& columns);
+    bool fits(const vekdb& source) const;
 
     TableParts* parts_;
 };

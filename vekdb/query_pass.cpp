@@ -1,0 +1,37 @@
+#include "vekdb/query_pass_impl.h"
+
+#include "vekdb/record.h"
+#include "vekdb/special_labels_impl.h"
+#include "vekdb/vdb_base.h"
+
+LabelColumns labelColumns(const VDBBase& table, const SpecialLabelPair& pair) {
+    return {table.get_fieldnum(pair.start), table.get_fieldnum(pair.end)};
+}
+
+QueryPass::QueryPass(const VDBBase& table, const Query& query, const Columns& columns)
+    : flags_(query.searchFlags()) {
+    for (unsigned column : query.asked()) {
+        if (column >= columns.count()) break;
+        if (!columns.isSpecial(column)) {
+            questions_.push_back({column, columns.type(column), query.of(column)});
+            continue;
+        }
+        // A column that was renamed since it was marked matches whatever is asked.
+        const SpecialLabelPair* pair = specialLabelPair(columns.name(column).view());
+        if (pair == nullptr) continue;
+        ranges_.push_back({labelColumns(table, *pair), rangeText(*query.of(column))});
+    }
+}
+
+bool QueryPass::matches(const dbrecord& record) const {
+    for (const RangeQuestion& range : ranges_) {
+        if (!rangeHolds(record, range.columns, range.text)) return false;
+    }
+    for (const Question& question : questions_) {
+        if (!valueMatches(record.fieldView(question.column), question.type, *question.criteria,
+                          flags_)) {
+            return false;
+        }
+    }
+    return true;
+}

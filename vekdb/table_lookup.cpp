@@ -1,0 +1,49 @@
+#include <cstring>
+
+#include "host/cookie.h"
+#include "vekdb/table.h"
+#include "vekdb/table_parts_impl.h"
+#include "vekdb/value_reader_impl.h"
+
+namespace {
+
+bool matchesValue(const char* text, const char* value, int prefixLength) {
+    if (prefixLength == 0) return std::strcmp(text, value) == 0;
+    // A negative length is a huge one, as it is for strncmp.
+    return std::strncmp(text, value, static_cast<std::size_t>(prefixLength)) == 0;
+}
+
+}  // namespace
+
+unsigned vekdb::findFirst(const char* field, const char* value, int prefixLength) {
+    if (field == nullptr || value == nullptr) return Rows::none;
+    if (LightweightString<char>::icompare(field, "cookie") == 0) {
+        const unsigned row = getRowIndexByID(Cookie(value, false));
+        if (row != Rows::none) return row;
+    }
+    const unsigned column = get_fieldnum(field);
+    if (column > Columns::most) return Rows::none;
+    for (unsigned row = 0; row < get_num_records(); ++row) {
+        const dbrecord* record = get_record(row);
+        if (record == nullptr) continue;
+        if (matchesValue(record->fieldView(column).data(), value, prefixLength)) return row;
+    }
+    return Rows::none;
+}
+
+unsigned vekdb::getRowIndexByID(const Cookie& id) {
+    if (parts().cookieRows.empty()) enterCookieRows();
+    return parts().cookieRows.find(id.uuid);
+}
+
+// The first row of an identity is the one that is found.
+void vekdb::enterCookieRows() {
+    const unsigned column = get_fieldnum("cookie");
+    if (column > Columns::most) return;
+    const unsigned count = get_num_records();
+    ValueReader value(*this, mayBeOverridden());
+    parts().cookieRows.reserve(count);
+    for (unsigned row = 0; row < count; ++row) {
+        parts().cookieRows.enter(Cookie::fromText(value(row, column)).uuid, row);
+    }
+}

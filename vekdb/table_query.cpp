@@ -1,0 +1,92 @@
+#include <typeinfo>
+
+#include "vekdb/query_pass_impl.h"
+#include "vekdb/record_access_impl.h"
+#include "vekdb/special_labels_impl.h"
+#include "vekdb/table.h"
+#include "vekdb/table_parts_impl.h"
+#include "vekdb/value_match_impl.h"
+
+/// Only for a table of a class of its own may an operation be another's, so that every call must
+/// go where it would be seen.
+bool vekdb::mayBeOverridden() const { return typeid(*this) != typeid(vekdb); }
+
+void vekdb::set_query(dbrecord* query) {
+    if (query == nullptr || get_num_fields() > query->get_num_fields()) return;
+    std::vector<TextSearch::Criteria> criteria;
+    criteria.reserve(query->get_num_fields());
+    for (unsigned i = 0; i < query->get_num_fields(); ++i) {
+        criteria.emplace_back(TextSearch::Criterion(
+            query->getField(static_cast<unsigned short>(i)), TextSearch::eMatchContains));
+    }
+    setQuery(criteria);
+}
+
+void vekdb::setQuery(const std::vector<TextSearch::Criteria>& criteria) {
+    if (criteria.size() < get_num_fields() || &criteria == &parts().query.all()) return;
+    parts().query.set(criteria);
+}
+
+unsigned vekdb::tag_matching_records(int keepTags) {
+    if (!parts().query.isSet()) return 0;
+    if (!mayBeOverridden()) return tagPlainRows(keepTags != 0);
+    unsigned matching = 0;
+    for (unsigned row = 0; row < get_num_records(); ++row) {
+        if (match_record(static_cast<int>(row)) != 0) {
+            set_tag(row, 1);
+            ++matching;
+        } else if (keepTags == 0) {
+            set_tag(row, 0);
+        }
+    }
+    return matching;
+}
+
+unsigned vekdb::match_record(int row) const {
+    dbrecord* record = get_record(static_cast<unsigned>(row));
+    if (record == nullptr || !parts().query.isSet()) return Rows::none;
+    for (unsigned column : parts().query.asked()) {
+        if (column >= parts().columns.count()) break;
+        if (match_field(record, static_cast<int>(column)) == 0) return 0;
+    }
+    return 1;
+}
+
+int vekdb::match_field(dbrecord* record, int field) const {
+    const auto column = static_cast<unsigned>(field);
+    if (parts().columns.isSpecial(column)) return found_in_special_label_field(record, field);
+    const TextSearch::Criteria* criteria = parts().query.of(column);
+    if (criteria == nullptr) return 1;
+    return matchField(record, static_cast<unsigned short>(column), *criteria);
+}
+
+int vekdb::matchField(const dbrecord* record, unsigned short field,
+                      const TextSearch::Criteria& criteria) const {
+    if (record == nullptr) return 0;
+    return valueMatches(record->fieldView(field), parts().columns.type(field), criteria,
+                        parts().query.searchFlags());
+}
+
+int vekdb::found_in_special_label_field(dbrecord* record, int field) const {
+    const auto column = static_cast<unsigned>(field);
+    const TextSearch::Criteria* criteria = parts().query.of(column);
+    if (criteria == nullptr) return 1;
+    const SpecialLabelPair* pair = specialLabelPair(parts().columns.name(column).view());
+    if (pair == nullptr) return 1;
+    if (record == nullptr) return 0;
+    return rangeHolds(*record, labelColumns(*this, *pair), rangeText(*criteria));
+}
+
+// A row without a record counts as one that matches, as match_record answers for it.
+unsigned vekdb::tagPlainRows(bool keepTags) {
+    const QueryPass pass(*this, parts().query, parts().columns);
+    const Rows& rows = parts().rows;
+    unsigned matching = 0;
+    for (unsigned row = 0; row < rows.shownCount(); ++row) {
+        dbrecord* record = rows.shown(row);
+        const bool isMatch = record == nullptr || pass.matches(*record);
+        matching += isMatch;
+        if (record != nullptr && (isMatch || !keepTags)) RecordAccess::setTag(*record, isMatch);
+    }
+    return matching;
+}
