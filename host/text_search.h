@@ -62,7 +62,7 @@ private:
 class Criteria {
 public:
     Criteria() = default;
-    explicit Criteria(const Criterion& criterion) { add(criterion); }
+    Criteria(const Criterion& criterion) { add(criterion); }
 
     void add(const Criterion& criterion);
 

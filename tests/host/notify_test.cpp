@@ -1,5 +1,6 @@
 #include "host/notify.h"
 
+#include "testing/failing_allocator.h"
 #include "testing/print_strings.h"
 
 #include <gtest/gtest.h>
@@ -293,6 +294,29 @@ TEST(Notifier, CallbackIsLetGoWhenItsRegistrationEnds) {
     EXPECT_EQ(alive, 1);
     notifier.reset();
     EXPECT_EQ(alive, 0);
+}
+
+TEST(Notifier, MemoryFailureLeavesNoRegistration) {
+    Notifier notifier;
+    Journal journal;
+    const CallbackPtr callback = journal.writer('a');
+    GuardPtr guard;
+    testing_support::failEachAllocation(
+        [&] { guard = notifier.registerNotification(callback, kType); },
+        [&] { EXPECT_FALSE(notifier.hasListeners(kType)); });
+    notifier.issueNotification(kMessage, kType);
+    EXPECT_EQ(journal.calls, "a");
+}
+
+TEST(NotifierDelivery, MemoryFailureCallsNobody) {
+    Notifier notifier;
+    Journal journal;
+    const GuardPtr a = notifier.registerNotification(journal.writer('a'), kType);
+    const GuardPtr b = notifier.registerNotification(journal.writer('b'), kType);
+    testing_support::failEachAllocation(
+        [&] { notifier.issueNotification(kMessage, kType); },
+        [&] { EXPECT_EQ(journal.calls, ""); });
+    EXPECT_EQ(journal.calls, "ab");
 }
 
 TEST(NotifierDelivery, DeregisteredMeanwhileIsNotCalled) {

@@ -150,6 +150,19 @@ TEST_F(TextFileSave, KeepsTheModeOfTheOldFile) {
     }
 }
 
+// Only the superuser may give a file away; for others the owner is themselves.
+TEST_F(TextFileSave, KeepsTheOwnerOfTheOldFile) {
+    folder.write("out", "old\n");
+    const bool given = ::chown(folder.file("out").c_str(), 1234, 1235) == 0;
+    ASSERT_EQ(::chmod(folder.file("out").c_str(), 04755), 0);
+    EXPECT_TRUE(save("out"));
+    struct stat status {};
+    ASSERT_EQ(::stat(folder.file("out").c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, given ? 1234 : ::geteuid());
+    EXPECT_EQ(status.st_gid, given ? 1235 : ::getegid());
+    EXPECT_EQ(modeOf(folder, "out"), 04755u);
+}
+
 TEST_F(TextFileSave, NewFileHasTheUsualMode) {
     const mode_t before = ::umask(027);
     EXPECT_TRUE(save("out"));
@@ -277,6 +290,24 @@ TEST_F(TextFileSave, FifoIsWrittenToDirectly) {
     EXPECT_EQ(folder.names(), Names{"fifo"});
 }
 
+TEST_F(TextFileSave, StandardOutputThatIsAPipeIsWrittenTo) {
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::dup2(ends[1], STDOUT_FILENO);
+        ::_exit(file.save(wide("/dev/stdout"), TextFile::eLF) ? 0 : 1);
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    ::close(ends[1]);
+    char received[64] = "";
+    EXPECT_EQ(::read(ends[0], received, sizeof received - 1), 8);
+    ::close(ends[0]);
+    EXPECT_EQ(status, 0);
+    EXPECT_STREQ(received, "one\ntwo\n");
+}
+
 TEST_F(TextFileSave, ReaderThatLeavesAFifoIsAFailure) {
     ASSERT_EQ(::mkfifo(folder.file("fifo").c_str(), 0600), 0);
     const std::string line(1000000, 'x');
@@ -311,6 +342,17 @@ TEST_F(TextFileSave, DiskThatFillsUpLeavesTheOldFileAndNoLitter) {
     EXPECT_EQ(inProcessWithFileLimit(50000, longSaveFails, folder), 0);
     EXPECT_EQ(folder.read("out"), "old\n");
     EXPECT_EQ(folder.names(), Names{"out"});
+}
+
+TEST_F(TextFileSave, DeviceThatFailsOnClosingIsReported) {
+    const FileIO::SystemCalls before = FileIO::systemCalls();
+    FileIO::systemCalls().close = [](int closed) {
+        ::close(closed);
+        errno = EIO;
+        return -1;
+    };
+    EXPECT_FALSE(file.save(wide("/dev/null"), TextFile::eLF));
+    FileIO::systemCalls() = before;
 }
 
 TEST_F(TextFileSave, DiskThatFillsUpLeavesNoNewFile) {

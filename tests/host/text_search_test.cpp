@@ -9,6 +9,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -103,6 +104,13 @@ TEST(TextSearch, AllCriteriaMustMatch) {
     EXPECT_TRUE(TextSearch::match("Slow dolly", criteria, 0));
     EXPECT_FALSE(TextSearch::match("fast dolly", criteria, 0));
     EXPECT_FALSE(TextSearch::match("slow pan", criteria, 0));
+}
+
+TEST(TextSearch, OneCriterionIsCriteria) {
+    const std::vector<Criteria> query{Criterion("dolly"), Criterion("")};
+    EXPECT_EQ(query[0].size(), 1u);
+    EXPECT_EQ(query[0].getCriterion(0).text(), "dolly");
+    EXPECT_TRUE(query[1].empty());
 }
 
 TEST(TextSearch, EmptyCriterionAmongOthersDemandsNothing) {
