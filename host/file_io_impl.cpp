@@ -277,7 +277,11 @@ bool Replacement::open(const std::string& path) {
         return false;
     }
     target_ = followLinks(path);
-    return openBeside(0600) && keepAttributes(old);
+    if (!openBeside(0600)) {
+        return false;
+    }
+    keepAttributes(old);
+    return true;
 }
 
 bool Replacement::write(const char* from, std::size_t size) {
@@ -302,9 +306,9 @@ bool Replacement::commit() {
         return false;
     }
     const bool replaces = !temporary_.empty();
-    const bool flushed = !replaces || !toDisk_ || systemCalls().sync(file_) == 0;
+    const bool completed = !replaces || complete();
     const bool closed = closeFile();
-    if (!flushed || !closed ||
+    if (!completed || !closed ||
         (replaces && systemCalls().rename(temporary_.c_str(), target_.c_str()) != 0)) {
         discard();
         return false;
@@ -340,16 +344,17 @@ bool Replacement::createUnique(mode_t mode) {
     return false;
 }
 
-// The owner is kept where the process may give files away; the mode always, and
-// after the owner, whose change takes mode bits away.
-bool Replacement::keepAttributes(const struct stat& old) {
+// The owner is kept where the process may give files away; the mode always, but
+// without the rights that a file takes from an owner it no longer has.
+void Replacement::keepAttributes(const struct stat& old) {
     const bool given = ::fchown(file_, old.st_uid, old.st_gid) == 0;
-    const mode_t mode = old.st_mode & (given ? 07777 : 0777);
-    if (systemCalls().setMode(file_, mode) == 0) {
-        return true;
-    }
-    discard();
-    return false;
+    mode_ = old.st_mode & (given ? 07777 : 0777);
+}
+
+// The mode comes last, as writing and giving away take rights from a file.
+bool Replacement::complete() {
+    return (!mode_ || systemCalls().setMode(file_, *mode_) == 0) &&
+           (!toDisk_ || systemCalls().sync(file_) == 0);
 }
 
 bool Replacement::closeFile() {

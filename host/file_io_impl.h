@@ -4,6 +4,7 @@
 #include "host/text_block.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 
 #include <sys/stat.h>
@@ -62,12 +63,14 @@ private:
     bool openDevice(const std::string& path);
     bool openBeside(mode_t mode);
     bool createUnique(mode_t mode);
-    bool keepAttributes(const struct stat& old);
+    void keepAttributes(const struct stat& old);
+    bool complete();
     bool closeFile();
     void discard();
 
     bool toDisk_;
     int file_ = -1;
+    std::optional<mode_t> mode_;  // of the file that is replaced
     std::string target_;
     std::string temporary_;  // empty: nothing to remove or to rename
 };
