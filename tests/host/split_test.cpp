@@ -108,7 +108,8 @@ TEST(SplitIf, FlagFourKeepsTheSeparatorThatEndsAPiece) {
 TEST(SplitIf, PiecesWithSeparatorsMakeUpTheText) {
     Random random;
     for (int round = 0; round < 500; ++round) {
-        const std::string text = "x" + random.text("ab,\"\\", 30);
+        std::string text("x");
+        text += random.text("ab,\"\\", 30);
         std::string joined;
         for (const std::string& piece : split(text.c_str(), ',', 2 | 4)) {
             joined += piece;
