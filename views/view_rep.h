@@ -10,6 +10,7 @@
 
 class GrowString;
 class SExpr;
+class TextFile;
 class ViewIndex;
 class vekdb;
 struct ViewParts;
@@ -265,22 +266,31 @@ private:
 
     ViewIndex& index() const;
     int rowCount() const;
+    VDBBase* sourceOfRow(unsigned row) const;
     vekdb* plainTable() const;
-    int consecutiveRun(int at, int atMost) const;
+    bool standsOn(const VDBViewRep* view) const;
 
     void useSpec(const char* spec);
     void dropRows();
     void bindTable(vekdb* table);
     void stackOn(VDBViewRep* base);
-    bool standsOn(const VDBViewRep* view) const;
     Quor::Ptr<Quor::Guard> listenTo(Notifier& notifier);
     void setParam(const char* name, const char* value);
 
-    int showMatches(const CookieVec& list, int at);
-    void copyTagsTo(VDBViewRep& copy) const;
-    void removeAndTell(int at, int n, Pin& pin);
+    int showMatches(vekdb& bottom, const CookieVec& list, int at);
+    int showMatchesSingly(const CookieVec& list, int at);
+    int showOneByOne(const unsigned* sourceRows, int n, int at);
+
+    int eachRun(RowTest test, void (VDBViewRep::*edit)(int at, int n));
+    int dropSourceRow(unsigned target, unsigned earlier, GrowString& report, const Pin& pin);
     void tellRemoved(int at, int n);
-    void tell(const LightweightString<char>& removedRows);
+    void tell(const char* text, int type);
+
+    bool beginSave(TextFile& file, const LightweightString<wchar_t>& name) const;
+    int writeRows(TextFile& file) const;
+    int writeTaggedRecords(TextFile& file) const;
+    void tagLike(const VDBViewRep& other);
+    void showAgain(VDBViewRep& original);
 
     ViewParts* parts_;
     unsigned handleCount_ = 0;

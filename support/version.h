@@ -1,0 +1,8 @@
+#pragma once
+
+/// The library's version: four numbers with dots between them.
+inline constexpr char kVekdbVersion[] = "1.0.0.0";
+
+/// The version of the library that is linked, which may be another than the header's. A
+/// constant text, never to be freed.
+const char* vekdbDllVersionStr();

@@ -1,0 +1,87 @@
+#include "host/text_file.h"
+#include "host/text_util.h"
+#include "vekdb/record.h"
+#include "views/view_parts_impl.h"
+
+namespace {
+
+void appendParam(TextFile& file, const AssocListEntry& param) {
+    LightweightString<char> line("\"");
+    line += param.name;
+    line += ":";
+    line += param.value;
+    line += "\"";
+    file.appendLine(line);
+}
+
+}  // namespace
+
+// Everything that comes before the rows. False when there is nothing to save, or nowhere.
+bool VDBViewRep::beginSave(TextFile& file, const LightweightString<wchar_t>& name) const {
+    const vekdb* bottom = table();
+    if (source() == nullptr || bottom == nullptr || name.empty()) {
+        return false;
+    }
+    for (AssocListIter param(parts_->params); param; ++param) {
+        appendParam(file, *param);
+    }
+    bottom->save_column_header(file, false);
+    return true;
+}
+
+// Rows are written from copies, as their column "Tag" gets the view's own tag.
+int VDBViewRep::writeRows(TextFile& file) const {
+    const int tagColumn = static_cast<int>(get_fieldnum("Tag"));
+    int written = 0;
+    for (int i = 0; i < rowCount(); ++i) {
+        const dbrecord* record = (*this)[i];
+        if (record == nullptr) {
+            continue;
+        }
+        dbrecord row(*record);
+        if (tagColumn >= 0) {
+            row.set_field(tagColumn, index().tag(i));
+        }
+        if (row.write(file) == 0) {
+            break;
+        }
+        ++written;
+    }
+    return written;
+}
+
+int VDBViewRep::writeTaggedRecords(TextFile& file) const {
+    for (int i = 0; i < rowCount(); ++i) {
+        const dbrecord* record = (*this)[i];
+        if (record != nullptr && record->get_tag() != 0 && record->write(file) == 0) {
+            return i;
+        }
+    }
+    return rowCount();
+}
+
+int VDBViewRep::saveAsText(LightweightString<wchar_t> name, bool headerOnly) {
+    TextFile file;
+    if (!beginSave(file, name)) {
+        return 0;
+    }
+    const int written = headerOnly ? 0 : writeRows(file);
+    return file.save(name, TextFile::eLF) ? written : 0;
+}
+
+int VDBViewRep::saveAsText(const char* name, bool headerOnly) {
+    return saveAsText(fromUTF8(name), headerOnly);
+}
+
+int VDBViewRep::saveOnlyTagged(LightweightString<wchar_t> name) {
+    TextFile file;
+    if (!beginSave(file, name)) {
+        return 0;
+    }
+    const int looked = writeTaggedRecords(file);
+    return file.save(name, TextFile::eLF) ? looked : 0;
+}
+
+int VDBViewRep::saveOnlyTagged(const char* name) {
+    return saveOnlyTagged(fromUTF8(name));
+}
