@@ -7,6 +7,7 @@
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing_support::CaptureDiagnostics;
 
 namespace {
 
