@@ -301,10 +301,12 @@ bool Replacement::write(const char* from, std::size_t size) {
     return file_ >= 0;
 }
 
+// Whatever takes memory comes before the rename, behind which nothing may fail.
 bool Replacement::commit() {
     if (file_ < 0) {
         return false;
     }
+    const std::string folder = folderOf(target_);
     const bool replaces = !temporary_.empty();
     const bool completed = !replaces || complete();
     const bool closed = closeFile();
@@ -315,7 +317,7 @@ bool Replacement::commit() {
     }
     temporary_.clear();
     if (replaces && toDisk_) {
-        flushFolder(folderOf(target_));
+        flushFolder(folder);
     }
     return true;
 }
