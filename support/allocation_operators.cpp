@@ -4,6 +4,11 @@
 #include "host/os.h"
 #include "support/version.h"
 
+// Without the sized forms the set is whole: the standard library's call the ones below.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wsized-deallocation"
+#endif
+
 // The process takes what it asks `new` for from the host's allocator. The operators add nothing
 // of their own, so that blocks can go back either way. They stand in one file, so that no
 // program ever gets half of the set; the symbol below is what a linker is asked for.
