@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <new>
 #include <string_view>
 
 #include "host/ptr.h"
@@ -52,21 +53,39 @@ public:
     char* text() const { return text_; }
 
     /// Room for the slices of one line of `values` values, 1 or more.
-    LineSlices* addSlices(unsigned values, std::uint64_t offset, unsigned gap);
+    LineSlices* addSlices(unsigned values, std::uint64_t offset, unsigned gap) {
+        LineSlices* slices = openSlices(values, offset, gap);
+        closeSlices(slices, values);
+        return slices;
+    }
+    /// The same where only the most values are known yet; closed before others are opened.
+    LineSlices* openSlices(unsigned mostValues, std::uint64_t offset, unsigned gap) {
+        const std::size_t wanted = LineSlices::bytesFor(mostValues) + alignof(LineSlices);
+        if (static_cast<std::size_t>(end_ - free_) < wanted) addChunk(wanted);
+        return new (free_) LineSlices{this, offset | (std::uint64_t{gap} << 56)};
+    }
+    void closeSlices(LineSlices* slices, unsigned values) {
+        constexpr std::size_t aligned = ~(alignof(LineSlices) - 1);
+        free_ = reinterpret_cast<char*>(slices) +
+                ((LineSlices::bytesFor(values) + alignof(LineSlices) - 1) & aligned);
+    }
 
     void addReferences(std::uint32_t n) { references_.fetch_add(n, std::memory_order_relaxed); }
-    void release() {
-        if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
+    void release(std::uint32_t n = 1) {
+        if (references_.fetch_sub(n, std::memory_order_acq_rel) == n) delete this;
     }
 
 private:
     struct Chunk;
+
+    void addChunk(std::size_t atLeast);
 
     Quor::Ptr<TextBlock> block_;
     char* text_;
     Chunk* chunks_ = nullptr;
     char* free_ = nullptr;
     char* end_ = nullptr;
+    std::size_t nextChunk_ = std::size_t{64} << 10;  // bytes; doubles
     std::atomic<std::uint32_t> references_{1};  // one for whoever made it
 };
 

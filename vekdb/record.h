@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -103,6 +104,9 @@ private:
     RecordStrings& ownStrings(unsigned atLeast) const;
     void store(unsigned index, LightweightString<char> value);
     void markChanged();
+    void markRead();
+    char* writeValues(char* to) const;
+    std::size_t longestLine() const;
     void share(const dbrecord& other);
     void release();
     void resize(unsigned count);

@@ -12,9 +12,13 @@ public:
     }
     static void setChanged(const dbrecord& record, bool changed) { record.changed_ = changed; }
 
+    /// What reading a line does to a record that it filled: the record is changed, its table
+    /// modified and stamped.
+    static void markRead(dbrecord& record) { record.markRead(); }
+
     /// Makes the record's values the slices; the caller has counted the record's reference.
     static void adopt(dbrecord& record, const LineSlices* slices, unsigned short values) {
-        record.release();
+        if (record.values_.strings != nullptr) record.release();
         record.values_.slices = slices;
         record.storage_ = dbrecord::Storage::slices;
         record.count_ = record.stored_ = values;

@@ -1,0 +1,129 @@
+#include "vekdb/record_lines_impl.h"
+
+#include <cstring>
+
+#include "host/text_file.h"
+#include "host/text_util.h"
+#include "vekdb/line_store_impl.h"
+#include "vekdb/record_access_impl.h"
+
+namespace {
+
+constexpr std::uint32_t referenceBatch = 4096;
+
+std::string_view withoutLast(std::string_view line, char last) {
+    if (!line.empty() && line.back() == last) line.remove_suffix(1);
+    return line;
+}
+
+void storeStrings(const LineScanner& found, dbrecord& record) {
+    RecordAccess::drop(record);
+    for (unsigned i = 0; i < found.count(); ++i) {
+        RecordAccess::append(record, found.value(i));
+    }
+}
+
+}  // namespace
+
+std::string_view FileLines::nextLine() {
+    const std::string_view line = file_.line(file_.currentLine);
+    if (file_.currentLine != 0xFFFFFFFF) ++file_.currentLine;
+    return line;
+}
+
+LineScan FileLines::read(dbrecord& record) {
+    const std::string_view line = nextLine();
+    if (isEssentiallyEmpty(line)) {
+        RecordAccess::drop(record);
+        return {};
+    }
+    if (values_.size() <= line.size()) values_.resize(line.size() + 1);
+    const LineScan found = scanner_.scan(line, values_.data());
+    storeStrings(scanner_, record);
+    RecordAccess::markRead(record);
+    return found;
+}
+
+TextLines::TextLines(TextFile& file, Mark mark) : marks_(mark == Mark::asRead) {
+    const std::size_t size = file.textSize();
+    const std::size_t offset = file.lineOffset(file.currentLine);
+    store_ = new LineStore(file.takeText());
+    at_ = store_->text() + offset;
+    end_ = store_->text() + size;
+}
+
+TextLines::~TextLines() { store_->release(spareReferences_ + 1); }
+
+// References are counted many at a time, before they are needed.
+void TextLines::adopt(const LineSlices* slices, unsigned values, dbrecord& record) {
+    if (spareReferences_ == 0) {
+        store_->addReferences(referenceBatch);
+        spareReferences_ = referenceBatch;
+    }
+    --spareReferences_;
+    RecordAccess::adopt(record, slices, static_cast<unsigned short>(values));
+}
+
+void TextLines::noteRead(dbrecord& record) {
+    hasRead_ = true;
+    if (marks_) RecordAccess::markRead(record);
+}
+
+std::string_view TextLines::nextLine() {
+    if (at_ == end_) return {};
+    const char* const line = at_;
+    const auto left = static_cast<std::size_t>(end_ - at_);
+    const void* end = std::memchr(at_, '\n', left);
+    if (end == nullptr) {
+        at_ = end_;
+        return withoutLast({line, left}, '\r');
+    }
+    const auto length = static_cast<std::size_t>(static_cast<const char*>(end) - line);
+    at_ += length + 1;
+    return withoutLast({line, length}, '\r');
+}
+
+LineScan TextLines::read(dbrecord& record) {
+    if (quoted_.recognise(at_, end_)) return cutUp(record);
+    const std::string_view line = nextLine();
+    return moveTogether(line.substr(0, line.find('\0')), record);
+}
+
+LineScan TextLines::cutUp(dbrecord& record) {
+    const auto offset = static_cast<std::uint64_t>(at_ - store_->text());
+    LineSlices* slices =
+        store_->openSlices(quoted_.mostValues(), offset + 1, QuotedLine::gap);
+    const unsigned count = quoted_.cutUp(at_, slices->next());
+    store_->closeSlices(slices, count);
+    at_ += quoted_.fullSize();
+    adopt(slices, count, record);
+    noteRead(record);
+    return {count, count};
+}
+
+LineScan TextLines::moveTogether(std::string_view line, dbrecord& record) {
+    if (isEssentiallyEmpty(line)) {
+        RecordAccess::drop(record);
+        return {};
+    }
+    char* const first = store_->text() + (line.data() - store_->text());
+    const LineScan found = scanner_.scan(line, first);
+    const unsigned count = scanner_.count();
+    if (count > 0 && scanner_.next(count - 1) <= LineSlices::farthest) {
+        adoptMoved(first, record);
+    } else {
+        storeStrings(scanner_, record);
+    }
+    noteRead(record);
+    return found;
+}
+
+void TextLines::adoptMoved(const char* first, dbrecord& record) {
+    const unsigned count = scanner_.count();
+    const auto offset = static_cast<std::uint64_t>(first - store_->text());
+    LineSlices* slices = store_->addSlices(count, offset, 1);
+    for (unsigned i = 0; i < count; ++i) {
+        slices->next()[i] = static_cast<std::uint16_t>(scanner_.next(i));
+    }
+    adopt(slices, count, record);
+}

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "vekdb/line_scanner_impl.h"
+
+class LineStore;
+struct LineSlices;
+class TextFile;
+class dbrecord;
+
+/// Record lines, one after the other.
+class RecordLines {
+public:
+    virtual ~RecordLines() = default;
+
+    /// Makes the record's values those of the next line. No steps: the line is essentially
+    /// empty or there is none, and the record has no values and is not marked.
+    virtual LineScan read(dbrecord& record) = 0;
+};
+
+/// The lines of a caller's file from its current line on. The text stays as it is, and the
+/// records get strings of their own.
+class FileLines : public RecordLines {
+public:
+    explicit FileLines(TextFile& file) : file_(file) {}
+
+    /// Marks the record as changed, and its table.
+    LineScan read(dbrecord& record) override;
+
+private:
+    std::string_view nextLine();
+
+    TextFile& file_;
+    std::vector<char> values_;
+    LineScanner scanner_;
+};
+
+/// The lines of a file from its current line on; the file gives its text up. Values are ended
+/// where they stand in the text, the records stand on slices of it, and the text lives as long
+/// as the last of them.
+class TextLines : public RecordLines {
+public:
+    enum class Mark { none, asRead };
+
+    TextLines(TextFile& file, Mark mark);
+    ~TextLines() override;
+    TextLines(const TextLines&) = delete;
+    TextLines& operator=(const TextLines&) = delete;
+
+    LineScan read(dbrecord& record) override;
+    /// Whether any line was read that was not essentially empty.
+    bool hasRead() const { return hasRead_; }
+
+private:
+    std::string_view nextLine();
+    LineScan cutUp(dbrecord& record);
+    LineScan moveTogether(std::string_view line, dbrecord& record);
+    void adoptMoved(const char* first, dbrecord& record);
+    void adopt(const LineSlices* slices, unsigned values, dbrecord& record);
+    void noteRead(dbrecord& record);
+
+    LineStore* store_;
+    char* at_;
+    char* end_;
+    std::uint32_t spareReferences_ = 0;
+    bool marks_;
+    bool hasRead_ = false;
+    QuotedLine quoted_;
+    LineScanner scanner_;
+};

@@ -1,0 +1,49 @@
+#include <ctime>
+
+#include "host/text_file.h"
+#include "vekdb/plain_csv_impl.h"
+#include "vekdb/record_lines_impl.h"
+#include "vekdb/record_loader_impl.h"
+#include "vekdb/table.h"
+#include "vekdb/table_header_impl.h"
+#include "vekdb/table_parts_impl.h"
+
+namespace {
+
+constexpr unsigned short headerRoom = 24;
+
+}  // namespace
+
+void vekdb::loadFromFile(int maxRecords, bool requireMagic) {
+    free();
+    TextFile file;
+    if (!file.load(parts().fileName, '\n', false)) return;
+    if (parts().fileName.endsWith(L".csv", true)) {
+        loadPlainCsv(file, *this, parts(), maxRecords);
+        return;
+    }
+    dbrecord header(headerRoom);
+    if (!TableHeader(*this, parts(), file, header).readColumns(requireMagic)) return;
+    post_init();
+    // Records that nobody has seen yet are not marked as changed in the first place.
+    TextLines lines(file, TextLines::Mark::none);
+    RecordLoader(*this, parts(), lines, false).load(maxRecords);
+    if (lines.hasRead()) parts().modificationTime = std::time(nullptr);
+    parts().modified = false;
+}
+
+int vekdb::read_params(TextFile& file, dbrecord& header) {
+    return static_cast<int>(TableHeader(*this, parts(), file, header).readParameters());
+}
+
+unsigned vekdb::add_text(TextFile& file, int skipFirst, int maxRecords) {
+    FileLines lines(file);
+    return RecordLoader(*this, parts(), lines, skipFirst != 0).load(maxRecords);
+}
+
+unsigned vekdb::load_text(int maxRecords) {
+    TextFile file;
+    if (!file.load(parts().fileName, '\n', false)) return 0;
+    TextLines lines(file, TextLines::Mark::asRead);
+    return RecordLoader(*this, parts(), lines, true).load(maxRecords);
+}
