@@ -1,0 +1,156 @@
+// Loading a file in one go and reading its lines one by one must come to the same table.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "testing/capture_diagnostics.h"
+#include "testing/failing_allocator.h"
+#include "testing/random.h"
+#include "testing/table_files.h"
+#include "testing/temp_dir.h"
+
+namespace {
+
+using testing_support::CaptureDiagnostics;
+using testing_support::CountingAllocator;
+using testing_support::errorOf;
+using testing_support::failEachAllocation;
+using testing_support::headerAnd;
+using testing_support::headerOf;
+using testing_support::joined;
+using testing_support::quotedLine;
+using testing_support::Random;
+using testing_support::rowsOf;
+using testing_support::Strings;
+using testing_support::TempDir;
+
+constexpr int all = 1 << 30;
+
+std::string randomValue(Random& random) {
+    if (random.oneIn(8)) return random.text("\"\"\\n, \t\r\x01\x7F\xE9", 6);
+    return random.text("abc ,", random.oneIn(20) ? 150 : 8);
+}
+
+std::string randomLine(Random& random, std::size_t columns) {
+    if (random.oneIn(30)) return random.pick(Strings{"\"VEKDB\"", "vekdb,", " ", "\x01", "x"});
+    if (random.oneIn(60)) return std::string(random.between(4000, 4200), 'x');
+    Strings values(columns);
+    for (std::string& value : values) value = randomValue(random);
+    std::string line = quotedLine(values);
+    if (random.oneIn(20)) {
+        line[random.below(line.size())] = random.pick(std::string("\",\\ \0a", 6));
+    }
+    return line;
+}
+
+std::string randomFile(Random& random, std::size_t columns) {
+    std::string text = joined(headerOf(Strings(columns, "Column")));
+    for (std::size_t lines = random.below(60); lines > 0; --lines) {
+        text += randomLine(random, columns) + random.pick(Strings{"\n", "\n", "\n", "\r\n"});
+    }
+    if (random.oneIn(3)) text.pop_back();
+    return text;
+}
+
+struct Outcome {
+    std::vector<Strings> rows;
+    unsigned capacity;
+    std::vector<int> error;
+    std::vector<std::string> said;
+    bool stamped;
+    bool operator==(const Outcome&) const = default;
+};
+
+Outcome outcomeOf(const vekdb& table, const CaptureDiagnostics& said) {
+    return {rowsOf(table), table.get_capacity(), errorOf(table), said.messages,
+            table.get_modification_time() != 0};
+}
+
+Outcome loadInOneGo(const TempDir& folder, int most) {
+    CaptureDiagnostics said;
+    const vekdb table(folder.widePath("log"), most, true);
+    EXPECT_FALSE(table.get_modified());
+    for (unsigned row = 0; row < table.get_num_records(); ++row) {
+        EXPECT_FALSE(table.get_record(row)->get_changed());
+    }
+    return outcomeOf(table, said);
+}
+
+Outcome loadLineByLine(const TempDir& folder, int most) {
+    vekdb table(folder.widePath("log"), 0, true);
+    CaptureDiagnostics said;
+    TextFile file;
+    EXPECT_TRUE(file.load(folder.widePath("log"), '\n', false));
+    file.currentLine = 5;
+    table.add_text(file, 0, most);
+    return outcomeOf(table, said);
+}
+
+TEST(WaysToLoad, ComeToTheSameTable) {
+    Random random;
+    const TempDir folder;
+    for (int i = 0; i < 600; ++i) {
+        const std::string text = randomFile(random, 1 + random.below(4));
+        folder.write("log", text);
+        const int most = random.oneIn(4) ? random.between(-1, 30) : all;
+        ASSERT_TRUE(loadInOneGo(folder, most) == loadLineByLine(folder, most)) << text;
+    }
+}
+
+TEST(WaysToLoad, LoadTextAndAddTextAppendTheSame) {
+    Random random;
+    const TempDir folder;
+    for (int i = 0; i < 200; ++i) {
+        folder.write("log", joined(headerOf({"Column"})) + randomFile(random, 1));
+        const CaptureDiagnostics said;
+        vekdb loaded(folder.widePath("log"), 0, true);
+        vekdb added(folder.widePath("log"), 0, true);
+        TextFile file;
+        ASSERT_TRUE(file.load(folder.widePath("log"), '\n', false));
+        ASSERT_EQ(added.add_text(file, 1, all), loaded.load_text(all));
+        ASSERT_EQ(rowsOf(added), rowsOf(loaded));
+        ASSERT_EQ(errorOf(added), errorOf(loaded));
+        ASSERT_EQ(added.get_modified(), loaded.get_modified());
+        for (unsigned row = 0; row < loaded.get_num_records(); ++row) {
+            ASSERT_TRUE(loaded.get_record(row)->get_changed());
+        }
+    }
+}
+
+// Rows cost their bytes, in pieces of many rows.
+TEST(LoadedRows, CostAtMostOneAllocationInAHundredRows) {
+    const TempDir folder;
+    Strings lines;
+    for (int i = 0; i < 20000; ++i) {
+        const std::string number = std::to_string(i);
+        lines.push_back(i % 10 == 0 ? " moved , \"" + number + "\"" : quotedLine({"a", number}));
+    }
+    folder.write("log", joined(headerAnd({"A", "B"}, lines)));
+    const CountingAllocator counted;
+    const vekdb table(folder.widePath("log"), all, true);
+    EXPECT_EQ(20000u, table.get_num_records());
+    EXPECT_LE(counted.allocations(), 200);
+}
+
+TEST(LoadedRows, NothingIsLeftOfAFailedLoad) {
+    const TempDir folder;
+    folder.write("log", joined(headerAnd({"A", "Start", "Long"},
+                                         {"\"a\",\"b\",\"c\"", " d , e ,\"\"\"\"", "x,y,z"})));
+    const vekdb whatStaysForTheProcess(folder.widePath("log"), all, true);
+    long live = 0;
+    const unsigned failures = failEachAllocation(
+        [&] {
+            const CountingAllocator counted;
+            try {
+                const vekdb table(folder.widePath("log"), all, true);
+            } catch (const std::bad_alloc&) {
+                live += counted.liveBlocks();
+                throw;
+            }
+            live += counted.liveBlocks();
+        },
+        [&] { EXPECT_EQ(0, live); });
+    EXPECT_GT(failures, 2u);
+}
+
+}  // namespace
