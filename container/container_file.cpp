@@ -127,13 +127,13 @@ bool Reader::contains(const Cookie& cookie) const {
 }
 
 CookieSet Reader::getContents() const {
-    CookieSet contents;
-    if (!valid()) return contents;
+    CookieVec cookies;
+    if (!valid()) return CookieSet();
     const unsigned column = get_fieldnum(cookieColumnName);
     for (unsigned row = 0; row < get_num_records(); ++row) {
-        contents.add(Cookie(cookieText(row, column), true));
+        cookies.add(Cookie(cookieText(row, column), true));
     }
-    return contents;
+    return CookieSet(cookies);
 }
 
 const char* Reader::Item::cell(unsigned column) const {

@@ -6,11 +6,10 @@
 #include <climits>
 #include <cstring>
 #include <memory>
-#include <random>
 
-#include "host/exceptions.h"
-#include "host/os.h"
 #include "host/strxcmp.h"
+#include "testing/failing_allocator.h"
+#include "testing/random.h"
 #include "testing/tables.h"
 #include "vekdb/record_key_impl.h"
 #include "vekdb/record_sort_impl.h"
@@ -528,9 +527,7 @@ int modelCompare(const Values& a, const Values& b, const Settings& settings) {
 
 class RandomTables {
 public:
-    explicit RandomTables(unsigned seed) : random_(seed) {}
-
-    unsigned below(unsigned n) { return static_cast<unsigned>(random_() % n); }
+    unsigned below(unsigned n) { return static_cast<unsigned>(random_.below(n)); }
 
     Settings settings(unsigned columns) {
         Settings made;
@@ -592,7 +589,7 @@ private:
         return made + ":;"[below(2)] + "0" + std::to_string(below(3));
     }
 
-    std::mt19937 random_;
+    testing_support::Random random_;
 };
 
 std::vector<DBFieldDesc> columnsFor(const Settings& settings) {
@@ -621,9 +618,8 @@ void apply(vekdb& table, const Settings& settings, std::vector<int>& list) {
 }
 
 TEST(RandomSort, GivesTheOrderOfThePlainModel) {
-    for (unsigned seed = 0; seed < 400; ++seed) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
-        RandomTables random(seed);
+    RandomTables random;
+    for (int round = 0; round < 400; ++round) {
         const unsigned columns = 1 + random.below(3);
         const Settings settings = random.settings(columns);
         Rows rows = random.rows(columns, random.below(2) == 0 ? random.below(40)
@@ -640,9 +636,8 @@ TEST(RandomSort, GivesTheOrderOfThePlainModel) {
 }
 
 TEST(RandomSort, TheRoutinesAgreeWithThePlainModel) {
-    for (unsigned seed = 0; seed < 60; ++seed) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
-        RandomTables random(seed);
+    RandomTables random;
+    for (int round = 0; round < 60; ++round) {
         const unsigned columns = 1 + random.below(3);
         const Settings settings = random.settings(columns);
         const Rows rows = random.rows(columns, 15);
@@ -674,9 +669,8 @@ int compareKeys(const dbrecord& a, const dbrecord& b, bool& isCut) {
 
 TEST(SortKey, DecidesAsTheRecordComparisonWhereItDecides) {
     unsigned decided = 0;
-    for (unsigned seed = 1000; seed < 1100; ++seed) {
-        SCOPED_TRACE("seed " + std::to_string(seed));
-        RandomTables random(seed);
+    RandomTables random;
+    for (int round = 0; round < 100; ++round) {
         const unsigned columns = 1 + random.below(3);
         const Settings settings = random.settings(columns);
         auto table = tableOf(columnsFor(settings), random.rows(columns, 20));
@@ -720,8 +714,8 @@ TEST(SortEntries, EqualOnesComeInTheOrderOfTheirPositions) {
 }
 
 TEST(SortEntries, RowsWithoutARecordStayWithinTheEntries) {
-    for (unsigned seed = 0; seed < 40; ++seed) {
-        RandomTables random(seed);
+    RandomTables random;
+    for (int round = 0; round < 40; ++round) {
         const unsigned count = 2 + random.below(150);
         auto table = tableOf(textColumns({"A"}), random.rows(1, count));
         table->sortPrepare(1, 0);
@@ -731,7 +725,7 @@ TEST(SortEntries, RowsWithoutARecordStayWithinTheEntries) {
         }
         const std::vector<unsigned> before = positionsOf(entries);
         const std::vector<SortEntry> original = entries;
-        sortRecordEntries(entries.data(), count, seed % 2 == 0 ? 1 : -1);
+        sortRecordEntries(entries.data(), count, round % 2 == 0 ? 1 : -1);
         std::vector<unsigned> after = positionsOf(entries);
         for (const SortEntry& entry : entries) {
             EXPECT_EQ(original[entry.position].record, entry.record);
@@ -752,54 +746,15 @@ TEST(SortEntries, RowsWithoutARecordAloneKeepTheirOrder) {
 
 // --- exhausted memory
 
-class FailingAllocator final : public iAllocator {
-public:
-    FailingAllocator() : before_(OS()->setAllocator(this)) {}
-    ~FailingAllocator() { OS()->setAllocator(before_); }
-    FailingAllocator(const FailingAllocator&) = delete;
-    FailingAllocator& operator=(const FailingAllocator&) = delete;
-
-    void* allocate(std::size_t size) override {
-        countDown();
-        return before_->allocate(size);
-    }
-    void* reallocate(void* block, std::size_t size) override {
-        countDown();
-        return before_->reallocate(block, size);
-    }
-    void free(void* block) override { before_->free(block); }
-
-    void failAt(int call) { left_ = call; }
-
-private:
-    void countDown() {
-        if (left_ > 0 && --left_ == 0) throw Quor::Exception::BadAlloc();
-    }
-
-    iAllocator* before_;
-    int left_ = 0;
-};
-
 TEST(TableSort, LeavesTheRowsAsTheyWereWhenMemoryIsExhausted) {
     Values values;
     for (int i = 0; i < 100; ++i) {
         values.push_back(std::string(70, 'x') + std::to_string(i * 7 % 100));
     }
     auto table = oneColumn(values);
-    int failures = 0;
-    for (int call = 1; call < 20; ++call) {
-        FailingAllocator allocator;
-        allocator.failAt(call);
-        try {
-            table->sort(1, 0);
-            break;
-        } catch (const Quor::Exception::BadAlloc&) {
-            ++failures;
-        }
-        allocator.failAt(0);
-        ASSERT_EQ(values, columnOf(*table, 0));
-    }
-    EXPECT_GT(failures, 1);
+    const unsigned failures = testing_support::failEachAllocation(
+        [&] { table->sort(1, 0); }, [&] { ASSERT_EQ(values, columnOf(*table, 0)); });
+    EXPECT_GT(failures, 1u);
     EXPECT_NE(values, columnOf(*table, 0));
 }
 
