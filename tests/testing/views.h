@@ -16,7 +16,8 @@ inline std::unique_ptr<vekdb> numberedTable(int rows) {
     auto table = std::make_unique<vekdb>(textColumns({"Name"}));
     table->add_records(rows);
     for (int i = 0; i < rows; ++i) {
-        table->set_field(static_cast<unsigned>(i), 0u, ("r" + std::to_string(i)).c_str());
+        const std::string name = std::string("r").append(std::to_string(i));
+        table->set_field(static_cast<unsigned>(i), 0u, name.c_str());
     }
     return table;
 }

@@ -170,7 +170,7 @@ TEST_F(ThreeColumns, TheFirstColumnOfANameCounts) {
 TEST_F(ThreeColumns, AViewOfManyColumnsIsBuiltInOnePass) {
     vekdb wide;
     for (int i = 0; i < 20000; ++i) {
-        wide.addField({("c" + std::to_string(i)).c_str(), DBFieldTypes::text});
+        wide.addField({std::string("c").append(std::to_string(i)).c_str(), DBFieldTypes::text});
     }
     VDBView view(&wide);
     int columns = 0;
