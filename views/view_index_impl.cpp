@@ -27,22 +27,34 @@ int ViewIndex::backedCount() const noexcept {
 }
 
 unsigned ViewIndex::slotTag(unsigned slot) const noexcept {
-    return slot < capacity_ ? slots_[slot].tag : 0;
+    if (slot >= capacity_) {
+        return 0;
+    }
+    return deferred_ == nullptr ? slots_[slot].tag : deferred_->slotTag(slot);
 }
 
 void ViewIndex::setTag(int row, bool value) noexcept {
     if (holds(row)) {
-        slots_[row].tag = value ? 1 : 0;
+        Slot& slot = deferred_ == nullptr ? slots_[row] : deferred_->slot(unsigned(row));
+        slot.tag = value ? 1 : 0;
     }
 }
 
 void ViewIndex::setSourceRow(int row, unsigned sourceRow) noexcept {
+    settle();
     if (holds(row)) {
         slots_[row].row = sourceRow;
     }
 }
 
+void ViewIndex::forgetRows() noexcept {
+    settle();
+    count_ = 0;
+}
+
 void ViewIndex::clear() noexcept {
+    deferred_.reset();
+    midDrop_ = false;
     delete[] slots_;
     slots_ = nullptr;
     capacity_ = 0;
@@ -73,6 +85,7 @@ void ViewIndex::moveTo(Slot* room, unsigned capacity, int wanted) noexcept {
 }
 
 void ViewIndex::sizeFor(int n) {
+    settle();
     const unsigned capacity = capacityFor(n);
     if (capacity != capacity_) {
         moveTo(capacity > 0 ? new Slot[capacity]() : nullptr, capacity, n);
@@ -119,6 +132,7 @@ int ViewIndex::openGap(int at, int n) {
 // one by one gives. Inserted before a row, each takes the tag of the row it displaces, which is
 // the first displaced row's, or that of a new row that took it from there.
 void ViewIndex::insertOneByOne(const unsigned* sourceRows, int n, int at) {
+    settle();
     const int before = count_;
     const int end = countWith(n);
     for (int i = 0; i < n; ++i) {
@@ -142,7 +156,16 @@ void ViewIndex::insertOneByOne(const unsigned* sourceRows, int n, int at) {
 
 // The new room is had before anything moves, so that exhausted memory leaves the rows whole.
 void ViewIndex::remove(int at, int n) {
+    if (deferred_ != nullptr && !deferred_->mayRemove(unsigned(at), unsigned(n))) {
+        settle();
+    }
+    considerDeferring(count_ - at);
     const int newCount = count_ - n;
+    if (deferred_ != nullptr && newCount > 0) {
+        removeDeferred(at, n);
+        return;
+    }
+    settle();
     const unsigned capacity = capacityFor(newCount);
     Slot* room = capacity != capacity_ && capacity > 0 ? new Slot[capacity]() : nullptr;
     moveSlots(at + n, at);
@@ -152,7 +175,65 @@ void ViewIndex::remove(int at, int n) {
     count_ = newCount;
 }
 
+// The slots keep their memory; only the account of them follows the rule.
+void ViewIndex::removeDeferred(int at, int n) noexcept {
+    const int newCount = count_ - n;
+    const unsigned capacity = capacityFor(newCount);
+    deferred_->remove(unsigned(at), unsigned(n));
+    if (capacity != capacity_) {
+        const unsigned rows = unsigned(count_);
+        deferred_->changeRoom(capacity, capacity < rows ? wantedRoom(newCount) : rows);
+        capacity_ = capacity;
+    }
+    count_ = newCount;
+}
+
+// Not in the middle of a drop, which would have to go on in the way it began.
+void ViewIndex::considerDeferring(int work) noexcept {
+    if (deferred_ != nullptr) {
+        return;
+    }
+    strain_ += unsigned(work);
+    const auto rows = unsigned(count_);
+    if (midDrop_ || count_ < Deferral::leastRows || rows > capacity_ ||
+        strain_ < std::uint64_t{Deferral::passes} * rows) {
+        return;
+    }
+    strain_ = 0;
+    reads_ = 0;
+    try {
+        deferred_ = DeferredRemovals::start(slots_, rows, capacity_);
+    } catch (const std::bad_alloc&) {
+        return;  // there is always the plain way
+    }
+}
+
+// In one piece a row is read at once; many reads pay for putting the rows there.
+void ViewIndex::noteRead() const noexcept {
+    if (++reads_ > unsigned(count_)) {
+        settle();
+    }
+}
+
+unsigned ViewIndex::deferredRow(int row) const noexcept {
+    noteRead();
+    return deferred_ == nullptr ? slots_[row].row : deferred_->sourceRow(unsigned(row));
+}
+
+unsigned ViewIndex::deferredTag(int row) const noexcept {
+    noteRead();
+    return deferred_ == nullptr ? slots_[row].tag : deferred_->slot(unsigned(row)).tag;
+}
+
+void ViewIndex::settle() const noexcept {
+    if (deferred_ != nullptr) {
+        deferred_->settle();
+        deferred_.reset();
+    }
+}
+
 void ViewIndex::raiseFrom(int at, unsigned by) noexcept {
+    settle();
     const int rows = backedCount();
     for (int i = at; i < rows; ++i) {
         slots_[i].row += by;
@@ -160,6 +241,17 @@ void ViewIndex::raiseFrom(int at, unsigned by) noexcept {
 }
 
 int ViewIndex::lowerAbove(unsigned target, int from) noexcept {
+    if (deferred_ != nullptr && !deferred_->continues(target, unsigned(from))) {
+        settle();
+    }
+    if (from == 0) {
+        midDrop_ = false;
+        considerDeferring(count_);
+    }
+    if (deferred_ != nullptr) {
+        return int(deferred_->drop(target));
+    }
+    midDrop_ = true;
     const int rows = backedCount();
     for (int i = from; i < rows; ++i) {
         if (slots_[i].row == target) {
@@ -167,6 +259,7 @@ int ViewIndex::lowerAbove(unsigned target, int from) noexcept {
         }
         slots_[i].row -= slots_[i].row > target ? 1 : 0;
     }
+    midDrop_ = false;
     return count_;
 }
 
@@ -179,6 +272,7 @@ int ViewIndex::consecutiveRun(int at, int atMost) const noexcept {
 }
 
 void ViewIndex::reorder(const unsigned* positions) {
+    settle();
     const std::vector<Slot> old(slots_, slots_ + backedCount());
     for (std::size_t i = 0; i < old.size(); ++i) {
         slots_[i] = old[positions[i]];
@@ -186,6 +280,7 @@ void ViewIndex::reorder(const unsigned* positions) {
 }
 
 void ViewIndex::tagAll(bool value) noexcept {
+    settle();
     const int rows = backedCount();
     for (int i = 0; i < rows; ++i) {
         slots_[i].tag = value ? 1 : 0;
@@ -193,6 +288,7 @@ void ViewIndex::tagAll(bool value) noexcept {
 }
 
 void ViewIndex::invertTags() noexcept {
+    settle();
     const int rows = backedCount();
     for (int i = 0; i < rows; ++i) {
         slots_[i].tag ^= 1;
@@ -200,6 +296,7 @@ void ViewIndex::invertTags() noexcept {
 }
 
 unsigned ViewIndex::countTags() const noexcept {
+    settle();
     const int rows = backedCount();
     unsigned tagged = 0;
     for (int i = 0; i < rows; ++i) {
@@ -209,6 +306,7 @@ unsigned ViewIndex::countTags() const noexcept {
 }
 
 int ViewIndex::find(unsigned sourceRow) const noexcept {
+    settle();
     const int rows = backedCount();
     for (int i = 0; i < rows; ++i) {
         if (slots_[i].row == sourceRow) {

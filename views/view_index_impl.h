@@ -1,6 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
+
+#include "views/deferred_removals_impl.h"
 
 /// The rows of a view: an ordered list of source rows, each with a tag bit. Nobody else knows
 /// how it is laid out.
@@ -9,9 +12,19 @@
 /// the last row: a row that comes to stand in a used slot starts out with the tag left there,
 /// and a slot of fresh room starts out untagged. The row count can exceed the room, after
 /// `sizeFor` was called with less; rows without room read as no row, untagged.
+///
+/// Many removals one after the other are deferred: they cost about a logarithm each, and the
+/// first call that needs the rows in one piece puts them there. No caller can tell.
 class ViewIndex {
 public:
     static constexpr unsigned noRow = 0xFFFFFFFF;
+
+    /// Removals are deferred once they have passed over each of at least `leastRows` rows
+    /// `passes` times. Tests set these so that small indexes take either way.
+    struct Deferral {
+        static inline int leastRows = 256;
+        static inline unsigned passes = 8;
+    };
 
     ViewIndex() noexcept = default;
     ViewIndex(const ViewIndex&) = delete;
@@ -25,8 +38,14 @@ public:
     bool holds(int row) const noexcept { return row >= 0 && row < backedCount(); }
 
     /// `noRow` and 0 for a row that the index does not hold.
-    unsigned sourceRow(int row) const noexcept { return holds(row) ? slots_[row].row : noRow; }
-    unsigned tag(int row) const noexcept { return holds(row) ? slots_[row].tag : 0; }
+    unsigned sourceRow(int row) const noexcept {
+        if (!holds(row)) return noRow;
+        return deferred_ == nullptr ? slots_[row].row : deferredRow(row);
+    }
+    unsigned tag(int row) const noexcept {
+        if (!holds(row)) return 0;
+        return deferred_ == nullptr ? slots_[row].tag : deferredTag(row);
+    }
     unsigned slotTag(unsigned slot) const noexcept;
     void setTag(int row, bool value) noexcept;
     void setSourceRow(int row, unsigned sourceRow) noexcept;
@@ -34,7 +53,7 @@ public:
     /// No rows and no room.
     void clear() noexcept;
     /// No rows; the room stays, with the tags in it.
-    void forgetRows() noexcept { count_ = 0; }
+    void forgetRows() noexcept;
     /// Adjusts the room to n rows, by one step of the rule; the row count stays.
     void sizeFor(int n);
 
@@ -65,17 +84,25 @@ public:
     int find(unsigned sourceRow) const noexcept;
 
 private:
-    struct Slot {
-        std::uint32_t row;
-        std::uint8_t tag;
-    };
+    using Slot = ViewSlot;
 
     unsigned capacityFor(int n) const noexcept;
     int countWith(int more) const;
     void moveTo(Slot* room, unsigned capacity, int wanted) noexcept;
     void moveSlots(int from, int to) noexcept;
 
-    Slot* slots_ = nullptr;
+    unsigned deferredRow(int row) const noexcept;
+    unsigned deferredTag(int row) const noexcept;
+    void noteRead() const noexcept;
+    void settle() const noexcept;
+    void considerDeferring(int work) noexcept;
+    void removeDeferred(int at, int n) noexcept;
+
+    mutable Slot* slots_ = nullptr;
     unsigned capacity_ = 0;
     int count_ = 0;
+    mutable std::unique_ptr<DeferredRemovals> deferred_;
+    bool midDrop_ = false;  // a drop has begun and not ended, and is not deferred
+    mutable std::uint64_t reads_ = 0;   // while deferred
+    mutable std::uint64_t strain_ = 0;  // rows passed over by removals since they were in one piece
 };
