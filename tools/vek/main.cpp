@@ -1,1 +1,66 @@
-int main() { return 2; }
+#include <csignal>
+#include <new>
+
+#include "host/config.h"
+#include "host/diagnostics.h"
+#include "support/version.h"
+#include "tools/vek/cli/output.h"
+#include "tools/vek/commands.h"
+
+namespace {
+
+using namespace vek;
+
+// What the library has to say is for developers; people get it as file:line from the readers.
+class SilentSink : public iDiagnosticSink {
+public:
+    void debug(const char*) noexcept override {}
+    void log(const char*) noexcept override {}
+    void splat(const char*) noexcept override {}
+};
+
+int print(const std::string& text) {
+    Output out;
+    out.write(text);
+    out.close();
+    return done;
+}
+
+int runCommand(const Command& command, const std::vector<std::string>& words) {
+    Args args = parse(command, words);
+    if (args.has("help")) return print(helpText(command));
+    return command.run(args);
+}
+
+int run(std::vector<std::string> words) {
+    if (words.empty()) throw Failure{wrongUsage, "a command is missing (vek --help lists them)"};
+    std::string name = words.front();
+    words.erase(words.begin());
+    if (name == "--version") return print(std::string("vek ") + vekdbDllVersionStr() + "\n");
+    if (name == "help" && !words.empty()) return print(helpText(commandNamed(words.front())));
+    if (name == "--help" || name == "-h" || name == "help") return print(programHelp());
+    return runCommand(commandNamed(name), words);
+}
+
+int ended(const Failure& failure) {
+    if (!failure.text.empty()) say(failure.text);
+    return failure.code;
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+    static SilentSink silent;
+    setDiagnosticSink(&silent);
+    // Column names are kept as they are written, ampersands included.
+    setConfigInt("remove_fieldname_ampersands", 0);
+    // A closed pipe is seen where it is written to.
+    std::signal(SIGPIPE, SIG_IGN);
+    try {
+        return run({words + (count > 0 ? 1 : 0), words + count});
+    } catch (const Failure& failure) {
+        return ended(failure);
+    } catch (const std::bad_alloc&) {
+        return ended({unreadable, "out of memory"});
+    }
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+
+namespace vek {
+
+/// How the program ends. Documented to people: scripts lean on these numbers.
+enum ExitCode {
+    done = 0,
+    found = 1,       ///< a difference, a problem, or nothing that matched
+    wrongUsage = 2,  ///< also a column that is not there
+    unreadable = 3,
+    unwritable = 4,
+};
+
+/// Ends a subcommand: thrown anywhere, told to the person and turned into the exit code by main.
+struct Failure {
+    ExitCode code;
+    std::string text;
+};
+
+/// One message on the standard error stream, "vek: " before it and a line end behind. Control
+/// characters are shown escaped, so that a file's content never reaches the terminal raw.
+void say(const std::string& text);
+
+/// A text between quotes for a message, cut where it is very long.
+std::string inQuotes(std::string_view text);
+
+/// "1 row", "3 rows".
+std::string counted(std::size_t count, const char* one, const char* many = nullptr);
+
+}  // namespace vek

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/vek/cli/command.h"
+#include "vekdb/table.h"
+
+namespace vek {
+
+class Input;
+
+enum class Format { table, csv, tsv, plainCsv, ale, edl, json, jsonl };
+
+/// The name that --from and --to take: "vekdb", "csv", ...
+const char* formatName(Format format);
+
+/// Something that a reader found. `line` counts from 1, 0 when it belongs to no line.
+struct Problem {
+    std::size_t line = 0;
+    std::string column;
+    std::string found;     ///< what is there
+    std::string expected;  ///< what should be
+    std::string outcome;   ///< what was made of it, or what to do
+};
+
+/// "file:line: found, expected ...; outcome".
+std::string worded(const std::string& file, const Problem& problem);
+
+/// A log in memory, whatever format it came from: a table of the library, for every row the line
+/// of the source it began on, and what was found wrong on the way. The table belongs to the Log;
+/// rows and lines go together as long as the table's rows are not moved.
+struct Log {
+    std::string path;  ///< as the person wrote it; "-" for standard input
+    std::string name;  ///< for messages
+    Format format = Format::table;
+    std::unique_ptr<vekdb> table;
+    std::vector<std::uint32_t> lines;
+    std::vector<Problem> problems;  ///< told on reading; nothing was lost by them
+    std::string notRead;            ///< why rows are missing; empty when all are there
+    bool endsLinesWithCr = false;   ///< text formats are written back as they came
+    bool beganWithMark = false;     ///< a UTF-8 byte order mark stood in front
+
+    unsigned rowCount() const { return table->get_num_records(); }
+    unsigned columnCount() const { return table->get_num_fields(); }
+    std::string_view cell(unsigned row, unsigned column) const {
+        return table->get_record(row)->fieldView(column);
+    }
+    std::string columnName(unsigned column) const;
+    std::vector<std::string> columnNames() const;
+    /// Without regard to case; a Failure with a suggestion when there is none.
+    unsigned requireColumn(std::string_view name) const;
+    /// The position, or noColumn.
+    unsigned findColumn(std::string_view name) const;
+    /// The line a row began on, 0 when it is not known.
+    std::size_t lineOf(unsigned row) const { return row < lines.size() ? lines[row] : 0; }
+    /// The value of a parameter, "" when there is none.
+    std::string parameter(const char* name) const;
+    /// Adds or replaces; false when the library has no room or refuses the name.
+    bool setParameter(const std::string& name, const std::string& value);
+};
+
+constexpr unsigned noColumn = 0xFFFFFFFF;
+
+/// A string of the library from any text.
+inline LightweightString<char> cellText(std::string_view text) {
+    return LightweightString<char>(text.data(), text.size());
+}
+
+/// Reads a log. The format comes from `from` ("" finds it out by the ending and the content).
+/// A Failure when nothing could be read. Problems are left to the caller.
+Log openLog(Input& input, const std::string& path, const std::string& from = {});
+
+/// The same, and says the problems.
+Log readLog(const std::string& path, const std::string& from = {});
+
+/// The log named by an argument, "FILE" as a rule, with the --from of the command line.
+Log readLog(const Args& args, std::string_view argument = "FILE");
+
+/// A Failure when rows of the file could not be read, so that writing it would lose them.
+void requireWhole(const Log& log);
+
+/// done, or found when the file was damaged.
+int readingResult(const Log& log);
+
+/// The --from option.
+Option fromOption();
+
+}  // namespace vek

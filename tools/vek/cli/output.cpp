@@ -1,0 +1,98 @@
+#include "tools/vek/cli/output.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include "tools/vek/cli/exit.h"
+#include "host/text_file.h"
+#include "host/text_util.h"
+
+namespace vek {
+
+namespace {
+
+constexpr std::size_t flushAt = 1 << 16;
+
+std::string because(int error) {
+    std::string text = error == 0 ? "could not be written" : std::strerror(error);
+    if (error == ENOSPC) text += "; make room and try again";
+    if (error == EACCES || error == EPERM) text += "; check the permissions of it and its folder";
+    if (error == ENOENT) text += "; make its folder first";
+    return text;
+}
+
+[[noreturn]] void refuse(const std::string& name, int error) {
+    throw Failure{unwritable, name + ": " + because(error)};
+}
+
+// Whoever read the pipe has seen enough.
+[[noreturn]] void endQuietly() {
+    throw Failure{done, ""};
+}
+
+}  // namespace
+
+Output::Output(const std::string& path) : path_(path == "-" ? "" : path) {}
+
+void Output::write(std::string_view text) {
+    pending_ += text;
+    if (isStandardOutput() && pending_.size() >= flushAt) flush();
+}
+
+void Output::line(std::string_view text) {
+    pending_ += text;
+    write("\n");
+}
+
+void Output::flush() {
+    std::string_view rest = pending_;
+    while (!rest.empty()) {
+        ssize_t written = ::write(STDOUT_FILENO, rest.data(), rest.size());
+        if (written < 0 && errno == EPIPE) endQuietly();
+        if (written < 0 && errno != EINTR) refuse(name(), errno);
+        if (written > 0) rest.remove_prefix(static_cast<std::size_t>(written));
+    }
+    pending_.clear();
+}
+
+void Output::close() {
+    if (isStandardOutput()) flush();
+    else replaceFile(path_, pending_);
+}
+
+std::string Output::name() const {
+    return isStandardOutput() ? "standard output" : path_;
+}
+
+bool Output::isTerminal() const {
+    return isStandardOutput() && ::isatty(STDOUT_FILENO) == 1;
+}
+
+void replaceFile(const std::string& path, std::string_view text) {
+    // Saving ends every line, so the text goes in as one line without its last line feed.
+    TextFile file;
+    if (!text.empty()) file.appendLine(text.substr(0, text.size() - 1));
+    errno = 0;
+    if (!file.save(fromUTF8(LightweightString<char>(path.c_str())), TextFile::eLF)) {
+        refuse(path, errno);
+    }
+}
+
+void backUp(const std::string& path) {
+    std::error_code error;
+    auto overwrite = std::filesystem::copy_options::overwrite_existing;
+    std::filesystem::copy_file(path, path + ".bak", overwrite, error);
+    if (error) refuse(path + ".bak", error.value());
+}
+
+std::size_t terminalWidth(std::size_t otherwise) {
+    winsize size = {};
+    if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return otherwise;
+    return size.ws_col;
+}
+
+}  // namespace vek

@@ -1,0 +1,227 @@
+#include <fcntl.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <climits>
+
+#include "tools/vek/cli/exact_cells.h"
+#include "tools/vek/cli/readers.h"
+#include "host/text_file.h"
+#include "host/text_util.h"
+
+namespace vek {
+
+namespace {
+
+constexpr int allRows = INT_MAX;
+
+LightweightString<wchar_t> wide(const std::string& path) {
+    return fromUTF8(LightweightString<char>(path.c_str()));
+}
+
+// Reads a table file through the library, and goes on where the library stops at a line of the
+// wrong length: every row is kept and reported.
+class TableReader {
+public:
+    TableReader(Input& input, Log& log)
+        : path_(input.loaderPath()), text_(input.text()), log_(log) {}
+
+    void read() {
+        log_.table = std::make_unique<vekdb>(wide(path_), allRows, true);
+        headerLines_ = findHeader();
+        if (!log_.table->get_valid()) refuse();
+        numberRows(headerLines_ + 1);
+        dberror error{};
+        if (log_.table->read_error_info(error)) readOn();
+        else reportRest(headerLines_ + log_.rowCount());
+        restoreExactCells(log_);
+        log_.table->set_filename(wide(log_.path));
+        log_.table->clear_changed();
+    }
+
+private:
+    // The parameter lines, the magic line and the three lines of the column header.
+    std::size_t findHeader() const {
+        LineWalk walk(text_);
+        std::string_view line;
+        while (walk.next(line)) {
+            if (isMagic(line)) return walk.number() + 3;
+        }
+        return 0;
+    }
+
+    static bool isMagic(std::string_view line) {
+        line = trimmed(line);
+        if (line.starts_with('"')) line.remove_prefix(1);
+        line = line.substr(0, line.find_first_of("\","));
+        return sameText(trimmed(line), "VEKDB");
+    }
+
+    void numberRows(std::size_t line) {
+        while (log_.lines.size() < log_.rowCount()) {
+            log_.lines.push_back(static_cast<std::uint32_t>(line++));
+        }
+    }
+
+    [[noreturn]] void refuse(std::size_t line, const std::string& found,
+                             const std::string& expected) const {
+        throw Failure{unreadable, worded(log_.name, {line, "", found, expected, ""})};
+    }
+
+    [[noreturn]] void refuse() const {
+        dberror error{};
+        bool isSet = log_.table->read_error_info(error);
+        std::string widths = std::to_string(log_.columnCount()) + ", as on the widths line";
+        if (isSet && error.values[1] == 3) {
+            refuse(headerLines_ - 1, "another number of column types", widths);
+        }
+        if (isSet && error.values[1] == 4) {
+            refuse(headerLines_, "another number of column names", widths);
+        }
+        if (text_.starts_with("\xEF\xBB\xBF")) {
+            refuse(1, "a byte order mark", "the line \"VEKDB:Rev 1\"");
+        }
+        if (!startsWithParameters()) {
+            refuse(1, inQuotes(firstLine()), "a table file's first line, \"VEKDB:Rev 1\"");
+        }
+        refuse(lineOfOddParameter(), headerLines_ == 0 ? "no line \"VEKDB\"" : "no name and colon",
+               "parameter lines, a line \"VEKDB\" and the column header");
+    }
+
+    std::string_view firstLine() const { return text_.substr(0, text_.find('\n')); }
+
+    bool startsWithParameters() const {
+        std::string_view line = trimmed(firstLine());
+        if (line.starts_with('"')) line.remove_prefix(1);
+        return sameText(trimmed(line).substr(0, 6), "VEKDB:");
+    }
+
+    std::size_t lineOfOddParameter() const {
+        LineWalk walk(text_);
+        std::string_view line;
+        while (walk.next(line)) {
+            if (isMagic(line)) return 1;
+            if (line.find(':') == std::string_view::npos) return walk.number();
+        }
+        return std::max<std::size_t>(walk.number(), 1);
+    }
+
+    // Reads behind a line of the wrong length, row by row where it must.
+    void readOn() {
+        TextFile file;
+        file.load(wide(path_), '\n', false);
+        file.currentLine = static_cast<unsigned>(headerLines_ + log_.rowCount());
+        unsigned lines = file.size();
+        while (file.currentLine < lines) {
+            std::size_t number = file.currentLine + 1;
+            if (isEssentiallyEmpty(file.line(file.currentLine))) break;
+            addRagged(file, number);
+            unsigned from = file.currentLine;
+            unsigned added = log_.table->add_text(file, 0, allRows);
+            numberRows(from + 1);
+            file.currentLine = from + added;
+        }
+        storeExtra();
+        reportRest(file.currentLine);
+    }
+
+    void addRagged(TextFile& file, std::size_t line) {
+        dbrecord scratch(0);
+        scratch.read(file);
+        unsigned declared = log_.columnCount();
+        unsigned row = log_.table->add_records(1);
+        log_.lines.push_back(static_cast<std::uint32_t>(line));
+        for (unsigned short i = 0; i < scratch.get_num_fields(); ++i) {
+            if (scratch.fieldView(i).empty()) continue;
+            if (i < declared) log_.table->get_record(row)->setField(i, scratch.getField(i));
+            else extra_.push_back({row, i - declared, scratch.getField(i)});
+        }
+        reportLength(log_, line, scratch.get_num_fields(), declared);
+    }
+
+    // The columns come last: the library measures lines by the columns there are.
+    void storeExtra() {
+        unsigned declared = log_.columnCount();
+        for (const Extra& value : extra_) {
+            while (declared + value.place >= log_.columnCount()) addExtraColumn(log_, declared);
+            log_.table->get_record(value.row)
+                ->setField(static_cast<unsigned short>(declared + value.place), value.text);
+        }
+    }
+
+    // An empty line ends the rows; what stands behind it is not the table's.
+    void reportRest(std::size_t readLines) {
+        LineWalk walk(text_);
+        std::string_view line;
+        std::size_t first = 0;
+        std::size_t unread = 0;
+        while (walk.next(line)) {
+            if (walk.number() <= readLines || trimmed(line).empty()) continue;
+            if (first == 0) first = walk.number();
+            ++unread;
+        }
+        if (unread == 0) return;
+        log_.notRead = worded(log_.name, {readLines + 1, "", "an empty line, which ends the rows",
+                                          "rows to the end of the file",
+                                          counted(unread, "line") + " from line " +
+                                              std::to_string(first) + " on not read"});
+    }
+
+    // A value behind the last column.
+    struct Extra {
+        unsigned row;
+        unsigned place;
+        LightweightString<char> text;
+    };
+
+    std::string path_;
+    std::string_view text_;
+    Log& log_;
+    std::size_t headerLines_ = 0;
+    std::vector<Extra> extra_;
+};
+
+// A name ending in ".csv" for the bytes of any file: the library knows that variant by its name.
+class CsvName {
+public:
+    explicit CsvName(const std::string& target) {
+        std::string pattern = "/tmp/vek-XXXXXX";
+        if (::mkdtemp(pattern.data()) == nullptr) throw Failure{unreadable, "/tmp is not writable"};
+        folder_ = pattern;
+        path_ = folder_ + "/input.csv";
+        if (::symlink(target.c_str(), path_.c_str()) != 0) path_.clear();
+    }
+    ~CsvName() {
+        ::unlink(path_.c_str());
+        ::rmdir(folder_.c_str());
+    }
+    CsvName(const CsvName&) = delete;
+    CsvName& operator=(const CsvName&) = delete;
+
+    const std::string& path() const { return path_; }
+
+private:
+    std::string folder_;
+    std::string path_;
+};
+
+}  // namespace
+
+void readTable(Input& input, Log& log) {
+    TableReader(input, log).read();
+}
+
+void readPlainCsv(Input& input, Log& log) {
+    CsvName name(input.loaderPath());
+    log.table = std::make_unique<vekdb>(wide(name.path()), allRows, false);
+    if (!log.table->get_valid()) {
+        throw Failure{unreadable, log.name + ":1: could not be read as comma-separated text"};
+    }
+    for (unsigned row = 0; row < log.rowCount(); ++row) log.lines.push_back(row + 2);
+    log.table->set_filename(wide(log.path));
+    log.table->set_param_val("VEKDB", "Rev 1");
+    log.table->clear_changed();
+}
+
+}  // namespace vek

@@ -1,0 +1,198 @@
+#include "tools/vek/cli/select.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+#include "host/text_util.h"
+#include "tools/vek/cli/conditions.h"
+#include "tools/vek/cli/readers.h"
+
+namespace vek {
+
+namespace {
+
+// For each row of the table whether it is still wanted.
+using Marks = std::vector<char>;
+
+std::string foldedCase(std::string_view text) {
+    std::string out(text);
+    std::transform(out.begin(), out.end(), out.begin(), asciiLower<char>);
+    return out;
+}
+
+void keepOnly(Marks& marks, const Marks& wanted) {
+    for (std::size_t i = 0; i < marks.size(); ++i) marks[i] = marks[i] && wanted[i];
+}
+
+void addAll(Marks& marks, const Marks& more) {
+    for (std::size_t i = 0; i < marks.size(); ++i) marks[i] = marks[i] || more[i];
+}
+
+Marks rowsThatHold(const Log& log, const Selection& selection) {
+    Marks marks(log.rowCount(), !selection.any);
+    auto combine = selection.any ? addAll : keepOnly;
+    for (const std::string& text : selection.where) {
+        combine(marks, rowsThatHold(log, parseCondition(log, text)));
+    }
+    if (!selection.at.empty()) combine(marks, rowsAtTimecode(log, selection.at));
+    return marks;
+}
+
+void keepTagged(const VDBView& all, Marks& marks) {
+    for (unsigned row = 0; row < marks.size(); ++row) marks[row] = marks[row] && all->get_tag(row);
+}
+
+// The first of the rows that have a value.
+void keepFirstOfEach(const Log& log, unsigned column, Marks& marks) {
+    std::unordered_map<std::string, int> seen;
+    for (unsigned row = 0; row < marks.size(); ++row) {
+        if (marks[row]) marks[row] = seen[foldedCase(log.cell(row, column))]++ == 0;
+    }
+}
+
+// Every row whose value another row has, too. No value is no duplicate.
+void keepRepeated(const Log& log, unsigned column, Marks& marks) {
+    std::unordered_map<std::string, int> count;
+    for (unsigned row = 0; row < marks.size(); ++row) {
+        if (marks[row]) ++count[foldedCase(log.cell(row, column))];
+    }
+    for (unsigned row = 0; row < marks.size(); ++row) {
+        std::string_view cell = log.cell(row, column);
+        marks[row] = marks[row] && !cell.empty() && count[foldedCase(cell)] > 1;
+    }
+}
+
+std::vector<TaggedRow> rowsOf(const VDBView& view) {
+    std::vector<TaggedRow> rows;
+    rows.reserve(view->get_num_records());
+    for (unsigned i = 0; i < view->get_num_records(); ++i) {
+        rows.push_back({view->baseIndex(i), view->get_tag(i) != 0});
+    }
+    return rows;
+}
+
+std::vector<TaggedRow> marked(const VDBView& all, const Marks& marks) {
+    std::vector<TaggedRow> rows;
+    for (unsigned row = 0; row < marks.size(); ++row) {
+        if (marks[row]) rows.push_back({row, all->get_tag(row) != 0});
+    }
+    return rows;
+}
+
+void sortBy(const Log& log, const std::string& names, VDBView& view) {
+    std::vector<int> fields;
+    for (unsigned column : columnList(log, names)) fields.push_back(static_cast<int>(column));
+    fields.push_back(-1);
+    view->set_sortfields(fields.data());
+    view->sort(0, 0);
+    view->set_sortfield(0);
+}
+
+void cutToPage(const Selection& selection, std::vector<TaggedRow>& rows) {
+    std::size_t skipped = std::min(selection.offset, rows.size());
+    rows.erase(rows.begin(), rows.begin() + static_cast<std::ptrdiff_t>(skipped));
+    if (selection.limit != 0 && rows.size() > selection.limit) rows.resize(selection.limit);
+}
+
+Marks chosenRows(const Log& log, const Selection& selection, const VDBView& all) {
+    Marks marks(log.rowCount(), 1);
+    if (!selection.where.empty() || !selection.at.empty()) marks = rowsThatHold(log, selection);
+    if (selection.tagged) keepTagged(all, marks);
+    if (!selection.duplicates.empty()) {
+        keepRepeated(log, log.requireColumn(selection.duplicates), marks);
+    }
+    if (!selection.unique.empty()) {
+        keepFirstOfEach(log, log.requireColumn(selection.unique), marks);
+    }
+    return marks;
+}
+
+}  // namespace
+
+std::vector<Option> choosingOptions() {
+    return {
+        {"-w,--where", "COND",
+         "rows where COLUMN=TEXT (contains; case ignored), COLUMN==TEXT (exactly), !=, <, <=, "
+         ">, >= (numbers and timecodes by value), COLUMN~REGEX, or COLUMN= (empty); all of "
+         "several must hold",
+         true},
+        {"--any", "", "one of several conditions is enough"},
+        {"--at", "TIMECODE", "rows whose start and end hold the timecode, in any pair of columns"},
+        {"--tagged", "", "tagged rows"},
+        {"--unique", "COLUMN", "the first row of each value, case ignored"},
+        {"--duplicates", "COLUMN", "rows whose value another row has, too, case ignored"},
+    };
+}
+
+std::vector<Option> orderingOptions() {
+    return {
+        {"-s,--sort", "A,B", "sort by these columns; empty values last"},
+        {"-r,--reverse", "", "the exact reverse of the order"},
+        {"--limit", "N", "at most N rows"},
+        {"--offset", "N", "leave the first N rows out"},
+    };
+}
+
+std::vector<Option> selectionOptions() {
+    return join(choosingOptions(), orderingOptions());
+}
+
+Selection selectionFrom(const Args& args) {
+    Selection selection;
+    selection.where = args.all("where");
+    selection.any = args.has("any");
+    selection.at = args.text("at");
+    selection.tagged = args.has("tagged");
+    selection.unique = args.text("unique");
+    selection.duplicates = args.text("duplicates");
+    selection.sort = args.text("sort");
+    selection.reverse = args.has("reverse");
+    selection.limit = args.number("limit", 0);
+    selection.offset = args.number("offset", 0);
+    if (args.has("limit") && selection.limit == 0) {
+        throw Failure{wrongUsage, "--limit takes a number of 1 or more"};
+    }
+    return selection;
+}
+
+bool narrows(const Selection& selection) {
+    return !selection.where.empty() || !selection.at.empty() || selection.tagged ||
+           !selection.unique.empty() || !selection.duplicates.empty();
+}
+
+Selected selectRows(const Log& log, const Selection& selection) {
+    VDBView all(log.table.get());
+    all->setupViewTagsFromVekdbTagField();
+    std::vector<TaggedRow> rows = marked(all, chosenRows(log, selection, all));
+    Selected selected{{}, rows.size()};
+    if (!selection.sort.empty()) {
+        VDBView sorted = viewOf(log, rows);
+        sortBy(log, selection.sort, sorted);
+        rows = rowsOf(sorted);
+    }
+    if (selection.reverse) std::reverse(rows.begin(), rows.end());
+    cutToPage(selection, rows);
+    selected.view = viewOf(log, rows);
+    return selected;
+}
+
+VDBView viewOf(const Log& log, const std::vector<TaggedRow>& rows) {
+    VDBView view(log.table.get());
+    for (unsigned i = 0; i < rows.size(); ++i) {
+        view->append(static_cast<int>(rows[i].row));
+        view->set_tag(i, rows[i].isTagged ? 1 : 0);
+    }
+    return view;
+}
+
+std::vector<unsigned> columnList(const Log& log, const std::string& names) {
+    // A name that holds a comma itself is taken whole.
+    if (log.findColumn(names) != noColumn) return {log.findColumn(names)};
+    std::vector<unsigned> columns;
+    for (std::string_view name : split(names, ',')) {
+        columns.push_back(log.requireColumn(trimmed(name)));
+    }
+    return columns;
+}
+
+}  // namespace vek

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+/// How texts look on a terminal. The only place that knows utf8proc.
+namespace vek {
+
+/// Terminal cells of an escaped text: wide characters take two, combining ones none.
+std::size_t displayWidth(std::string_view text);
+
+/// The text with control characters and broken bytes written out (\n, \t, \x1b), so that
+/// it is safe on a terminal and takes one line.
+std::string escaped(std::string_view text);
+
+/// The escaped text in at most `width` cells; what does not fit is cut and ends in an ellipsis.
+std::string fitted(std::string_view text, std::size_t width);
+
+/// Whether the text is well-formed UTF-8.
+bool isUtf8(std::string_view text);
+
+}  // namespace vek

@@ -1,0 +1,234 @@
+#include <algorithm>
+#include <set>
+
+#include "host/text_util.h"
+#include "tools/vek/cli/exact_cells.h"
+#include "tools/vek/cli/json.h"
+#include "tools/vek/cli/readers.h"
+#include "tools/vek/cli/write_formats.h"
+
+namespace vek {
+
+namespace {
+
+constexpr const char* byteOrderMark = "\xEF\xBB\xBF";
+
+const char* lineEnd(const WriteStyle& style) {
+    return style.crlf ? "\r\n" : "\n";
+}
+
+// A quote is needed where the reader would else see another text, and for a lone empty cell,
+// whose line would read as no row.
+void addDelimited(std::string& out, std::string_view cell, char separator, bool isAlone) {
+    const char special[] = {'"', '\n', '\r', separator};
+    bool isPlain = cell.find_first_of(std::string_view(special, 4)) == std::string_view::npos;
+    if (isPlain && !(isAlone && cell.empty())) {
+        out += cell;
+        return;
+    }
+    out += '"';
+    for (char c : cell) {
+        if (c == '"') out += '"';
+        out += c;
+    }
+    out += '"';
+}
+
+template <class Cell>
+std::string delimitedLine(std::size_t count, char separator, const WriteStyle& style, Cell cell) {
+    std::string line;
+    for (unsigned i = 0; i < count; ++i) {
+        if (i > 0) line += separator;
+        addDelimited(line, cell(i), separator, count == 1);
+    }
+    return line + lineEnd(style);
+}
+
+// Names that differ, as JSON objects need them.
+std::vector<std::string> distinctNames(const Sheet& sheet, Losses& losses) {
+    std::vector<std::string> names;
+    std::set<std::string> used;
+    for (unsigned i = 0; i < sheet.columns.size(); ++i) {
+        std::string name = sheet.name(i);
+        for (int n = 2; used.contains(name); ++n) name = sheet.name(i) + " " + std::to_string(n);
+        if (name != sheet.name(i)) {
+            losses.add("columns of a name that another has, given a number", inQuotes(name));
+        }
+        used.insert(name);
+        names.push_back(name);
+    }
+    return names;
+}
+
+bool isAleSafe(std::string_view text) {
+    return text.find_first_of("\t\n\r") == std::string_view::npos;
+}
+
+std::string forAle(std::string_view text) {
+    std::string out(text);
+    for (char& c : out) {
+        if (c == '\t' || c == '\n' || c == '\r') c = ' ';
+    }
+    return out;
+}
+
+void writeAleHeading(const Sheet& sheet, const char* end, Output& out, Losses& losses) {
+    out.write(std::string("Heading") + end);
+    bool hasDelimiter = false;
+    for (const Parameter& entry : ownParameters(sheet.log)) {
+        hasDelimiter = hasDelimiter || sameText(entry.name, "FIELD_DELIM");
+        if (!isAleSafe(entry.name) || !isAleSafe(entry.value)) {
+            losses.add("heading entries whose tabs and line ends become blanks", entry.name);
+        }
+        out.write(forAle(entry.name) + "\t" + forAle(entry.value) + end);
+    }
+    if (!hasDelimiter) out.write(std::string("FIELD_DELIM\tTABS") + end);
+}
+
+std::string aleRow(const Sheet& sheet, unsigned row, Losses& losses) {
+    std::string line;
+    for (unsigned i = 0; i < sheet.columns.size(); ++i) {
+        std::string_view cell = sheet.cell(row, i);
+        if (!isAleSafe(cell)) {
+            losses.add("cells whose tabs and line ends become blanks", place(sheet, row, i));
+        }
+        if (i > 0) line += '\t';
+        line += forAle(cell);
+    }
+    return line;
+}
+
+void addEscaped(std::string& out, std::string_view text) {
+    for (char c : text) {
+        if (c == '&') out += "&amp;";
+        else if (c == '<') out += "&lt;";
+        else if (c == '>') out += "&gt;";
+        else if (c == '"') out += "&quot;";
+        else if (c == '\n') out += "<br>";
+        else if (c == '\r') out += "&#13;";
+        else out += c;
+    }
+}
+
+void addMarkdown(std::string& out, std::string_view text) {
+    for (char c : text) {
+        if (c == '|' || c == '\\') out += '\\';
+        if (c == '\n') out += "<br>";
+        else if (c == '\r') out += "&#13;";
+        else out += c;
+    }
+}
+
+template <class Cell>
+std::string markdownLine(std::size_t count, Cell cell) {
+    std::string line = "|";
+    for (unsigned i = 0; i < count; ++i) {
+        line += ' ';
+        addMarkdown(line, cell(i));
+        line += " |";
+    }
+    return line;
+}
+
+template <class Cell>
+std::string htmlRow(const char* tag, std::size_t count, Cell cell) {
+    std::string line = "<tr>";
+    for (unsigned i = 0; i < count; ++i) {
+        line += std::string("<") + tag + ">";
+        addEscaped(line, cell(i));
+        line += std::string("</") + tag + ">";
+    }
+    return line + "</tr>";
+}
+
+}  // namespace
+
+std::string place(const Sheet& sheet, unsigned row, unsigned column) {
+    return sheet.log.name + ":" + std::to_string(sheet.line(row)) + ":" + sheet.name(column);
+}
+
+std::vector<Parameter> ownParameters(const Log& log) {
+    std::vector<Parameter> out;
+    for (unsigned i = 0; i < log.table->get_num_params(); ++i) {
+        std::string name = log.table->get_param_name(i);
+        bool isOurs = sameText(name, "VEKDB") || sameText(name, "V5_FIELD_MAP");
+        if (isOurs || isExactNote(name)) continue;
+        out.push_back({name, log.table->get_param_text(i)});
+    }
+    return out;
+}
+
+void loseParameters(const Log& log, Losses& losses) {
+    for (const Parameter& parameter : ownParameters(log)) {
+        losses.add("parameters have no place in this format", inQuotes(parameter.name));
+    }
+}
+
+void writeDelimited(const Sheet& sheet, char separator, const WriteStyle& style, Output& out,
+                    Losses& losses) {
+    loseParameters(sheet.log, losses);
+    std::size_t count = sheet.columns.size();
+    if (style.byteOrderMark) out.write(byteOrderMark);
+    out.write(delimitedLine(count, separator, style, [&](unsigned i) { return sheet.name(i); }));
+    for (unsigned row = 0; row < sheet.rowCount(); ++row) {
+        out.write(delimitedLine(count, separator, style,
+                                [&](unsigned i) { return sheet.cell(row, i); }));
+    }
+}
+
+void writeJson(const Sheet& sheet, bool asLines, Output& out, Losses& losses) {
+    loseParameters(sheet.log, losses);
+    std::vector<std::string> names;
+    for (const std::string& name : distinctNames(sheet, losses)) names.push_back(jsonString(name));
+    if (!asLines) out.line("[");
+    for (unsigned row = 0; row < sheet.rowCount(); ++row) {
+        std::string line = asLines ? "{" : "  {";
+        for (unsigned i = 0; i < names.size(); ++i) {
+            bool wasChanged = false;
+            std::string value = jsonString(sheet.cell(row, i), wasChanged);
+            if (wasChanged) losses.add("cells that are no UTF-8", place(sheet, row, i));
+            line += (i == 0 ? "" : ", ") + names[i] + ": " + value;
+        }
+        bool isLast = row + 1 == sheet.rowCount();
+        out.line(line + (asLines || isLast ? "}" : "},"));
+    }
+    if (!asLines) out.line("]");
+}
+
+void writeAle(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses) {
+    const char* end = lineEnd(style);
+    writeAleHeading(sheet, end, out, losses);
+    std::string names;
+    for (unsigned i = 0; i < sheet.columns.size(); ++i) {
+        names += (i == 0 ? "" : "\t") + forAle(sheet.name(i));
+    }
+    out.write(std::string(end) + "Column" + end + names + end + end + "Data" + end);
+    for (unsigned row = 0; row < sheet.rowCount(); ++row) {
+        out.write(aleRow(sheet, row, losses) + end);
+    }
+}
+
+void writeMarkdown(const Sheet& sheet, Output& out, Losses& losses) {
+    loseParameters(sheet.log, losses);
+    std::size_t count = sheet.columns.size();
+    out.line(markdownLine(count, [&](unsigned i) { return sheet.name(i); }));
+    out.line(markdownLine(count, [](unsigned) { return std::string_view("---"); }));
+    for (unsigned row = 0; row < sheet.rowCount(); ++row) {
+        out.line(markdownLine(count, [&](unsigned i) { return sheet.cell(row, i); }));
+    }
+}
+
+void writeHtml(const Sheet& sheet, Output& out, Losses& losses) {
+    loseParameters(sheet.log, losses);
+    std::size_t count = sheet.columns.size();
+    std::string title;
+    addEscaped(title, sheet.log.name);
+    out.line("<!DOCTYPE html>\n<meta charset=\"utf-8\">\n<title>" + title + "</title>\n<table>");
+    out.line(htmlRow("th", count, [&](unsigned i) { return sheet.name(i); }));
+    for (unsigned row = 0; row < sheet.rowCount(); ++row) {
+        out.line(htmlRow("td", count, [&](unsigned i) { return sheet.cell(row, i); }));
+    }
+    out.line("</table>");
+}
+
+}  // namespace vek

@@ -1,0 +1,164 @@
+#include <algorithm>
+#include <optional>
+
+#include "tools/vek/cli/readers.h"
+#include "tools/vek/cli/writers.h"
+#include "tools/vek/commands.h"
+#include "views/field_map.h"
+
+namespace vek {
+
+namespace {
+
+constexpr const char* mapName = "V5_FIELD_MAP";
+
+// Edits the columns of a log, and with them the field map, which names columns by position.
+class Columns {
+public:
+    explicit Columns(Log& log) : log_(log) {
+        if (!log.parameter(mapName).empty()) map_.emplace(*log.table);
+    }
+
+    void add(const std::string& name, DBFieldTypes::eType type) {
+        refuseTaken(name);
+        log_.table->addField({cellText(name), type});
+        if (map_) map_->append(cellText(name), true);
+        store();
+    }
+
+    void remove(const std::string& name) {
+        log_.requireColumn(name);
+        log_.table->removeField(cellText(name));
+        if (map_) map_->remove(cellText(name));
+        store();
+    }
+
+    void rename(const std::string& name, const std::string& to) {
+        unsigned column = log_.requireColumn(name);
+        if (!sameText(name, to)) refuseTaken(to);
+        if (map_) map_->setName(map_->getFieldIdx(cellText(log_.columnName(column))), cellText(to));
+        log_.table->set_fieldname(column, to.c_str());
+        store();
+    }
+
+    void setType(const std::string& name, DBFieldTypes::eType type) {
+        log_.table->set_fieldtype(log_.requireColumn(name), type);
+    }
+
+    // These are shown, in this order; all others are hidden behind them. A map is read three
+    // characters an entry, so positions from 100 on cannot stand in it as hidden; columns that
+    // do not stand in it are not shown either.
+    void order(const std::vector<unsigned>& shown) {
+        FieldMap all(*log_.table);
+        map_.emplace(all);
+        map_->clear();
+        for (unsigned column : shown) map_->append(cellText(log_.columnName(column)), true);
+        for (unsigned column = 0; column < std::min(log_.columnCount(), 99u); ++column) {
+            map_->append(cellText(log_.columnName(column)), false);
+        }
+        store();
+    }
+
+private:
+    void refuseTaken(const std::string& name) const {
+        if (log_.findColumn(name) == noColumn) return;
+        throw Failure{wrongUsage, log_.name + ": there is a column " + inQuotes(name) + " already"};
+    }
+
+    void store() {
+        if (map_) log_.setParameter(mapName, map_->asString().c_str());
+    }
+
+    Log& log_;
+    std::optional<FieldMap> map_;
+};
+
+DBFieldTypes::eType typeNamed(const std::string& name) {
+    DBFieldTypes::eType type = vekdb_string_to_fieldtype(name.c_str());
+    const char* known = vekdb_fieldtype_to_string(type);
+    if (known != nullptr && name.size() > 1) return type;
+    std::vector<std::string> names = {"text", "text_s", "timecode", "timecode_s", "date",
+                                      "time_of_day", "dos_date", "numeric", "long", "double"};
+    std::string list;
+    for (const std::string& one : names) list += (list.empty() ? "" : ", ") + one;
+    throw Failure{wrongUsage, "column: there is no type " + inQuotes(name) + ", expected one of " +
+                                  list};
+}
+
+std::vector<unsigned> namedColumns(const Log& log, const std::vector<std::string>& words) {
+    std::vector<unsigned> columns;
+    for (const std::string& word : words) {
+        for (unsigned column : columnList(log, word)) columns.push_back(column);
+    }
+    return columns;
+}
+
+// Formats without a field map get their columns in the order itself.
+int saveReordered(const Log& log, std::vector<unsigned> columns, bool backup) {
+    std::vector<char> isNamed(log.columnCount());
+    for (unsigned column : columns) isNamed[column] = 1;
+    for (unsigned column = 0; column < log.columnCount(); ++column) {
+        if (!isNamed[column]) columns.push_back(column);
+    }
+    saveInPlace({log, wholeSheet(log).view, columns}, backup);
+    return done;
+}
+
+void requireWords(const std::vector<std::string>& words, std::size_t least, std::size_t most,
+                  const char* expected) {
+    if (words.size() >= least && words.size() <= most) return;
+    throw Failure{wrongUsage, std::string("column: expected ") + expected};
+}
+
+int run(const Args& args) {
+    std::string action = args.text("ACTION");
+    const std::vector<std::string>& words = args.all("WORD");
+    Log log = readLog(args);
+    Columns columns(log);
+    if (action == "add") {
+        requireWords(words, 1, 2, "add FILE NAME [TYPE]");
+        columns.add(words[0], words.size() > 1 ? typeNamed(words[1]) : DBFieldTypes::text);
+    } else if (action == "remove") {
+        requireWords(words, 1, 1, "remove FILE NAME");
+        columns.remove(words[0]);
+    } else if (action == "rename") {
+        requireWords(words, 2, 2, "rename FILE NAME NEW");
+        columns.rename(words[0], words[1]);
+    } else if (action == "type") {
+        requireWords(words, 2, 2, "type FILE NAME TYPE");
+        columns.setType(words[0], typeNamed(words[1]));
+    } else {
+        requireWords(words, 1, 65535, "order FILE NAME...");
+        std::vector<unsigned> order = namedColumns(log, words);
+        if (log.format != Format::table) return saveReordered(log, order, args.has("backup"));
+        columns.order(order);
+    }
+    saveInPlace(log, args.has("backup"));
+    return done;
+}
+
+}  // namespace
+
+Command columnCommand() {
+    return {
+        "column",
+        "add, remove, rename, type or order the columns of a log",
+        "add FILE NAME [TYPE]; remove FILE NAME; rename FILE NAME NEW; type FILE NAME TYPE; order "
+        "FILE NAME...: the columns that are shown, in their order. In a table file the order is "
+        "its field map and hides the columns that are not named; in other formats the columns "
+        "themselves are put in order, those not named last. Types are text, text_s, timecode, "
+        "timecode_s, date, time_of_day, dos_date, numeric, long and double; they never change a "
+        "cell.",
+        {{"vek column add log.vek Circled", "a text column at the end"},
+         {"vek column rename log.vek Notes Remarks", "the cells stay"},
+         {"vek column type log.vek 'Start time' timecode", "sorts and matches as timecode"},
+         {"vek column order log.vek Scene Take Reel", "what vek show shows"}},
+        {{"ACTION", "what to do", false, false, "add|remove|rename|type|order"},
+         {"FILE", "the log, changed in place; - reads standard input and prints"},
+         {"WORD", "column names, and for add and type the type", true, true}},
+        {backupOption(), fromOption()},
+        run,
+    };
+}
+
+}  // namespace vek

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "tools/vek/cli/command.h"
+
+/// The subcommands, each declared in the file of its name.
+namespace vek {
+
+Command checkCommand();
+Command columnCommand();
+Command completionsCommand();
+Command containerCommand();
+Command convertCommand();
+Command deleteCommand();
+Command diffCommand();
+Command infoCommand();
+Command manCommand();
+Command mergeCommand();
+Command paramCommand();
+Command setCommand();
+Command showCommand();
+Command statsCommand();
+Command tagCommand();
+Command untagCommand();
+
+/// All of them, in the order of the help.
+std::vector<Command> allCommands();
+
+/// The text of `vek --help`.
+std::string programHelp();
+
+/// The one that has the name; a Failure with a suggestion when there is none.
+Command commandNamed(const std::string& name);
+
+}  // namespace vek

@@ -1,0 +1,164 @@
+#include "container/container_file.h"
+
+#include "host/paths.h"
+#include "host/text_util.h"
+#include "tools/vek/cli/width.h"
+#include "tools/vek/cli/writers.h"
+#include "tools/vek/commands.h"
+
+namespace vek {
+
+namespace {
+
+LightweightString<wchar_t> wide(const std::string& path) {
+    return fromUTF8(cellText(path));
+}
+
+// An item is named by the text of its identity.
+Cookie cookieNamed(const std::string& word) {
+    Cookie cookie(word.c_str(), false);
+    if (cookie.compare(Cookie()) != 0) return cookie;
+    throw Failure{wrongUsage, "container: " + inQuotes(word) + " is no identity, expected 38 "
+                              "hexadecimal digits"};
+}
+
+std::string textOf(const Cookie& cookie) {
+    return std::string(cookie.asString(true).view());
+}
+
+Log readContainer(const std::string& path) {
+    Log log = readLog(path, "vekdb");
+    if (log.findColumn("Cookie") == noColumn) {
+        throw Failure{unreadable, log.name + ": no column \"Cookie\", expected a container file"};
+    }
+    return log;
+}
+
+unsigned findItem(const Log& log, const Cookie& wanted) {
+    unsigned column = log.findColumn("Cookie");
+    for (unsigned row = 0; row < log.rowCount(); ++row) {
+        Cookie cookie(std::string(log.cell(row, column)).c_str(), false);
+        if (cookie.compare(wanted) == 0) return row;
+    }
+    return noColumn;
+}
+
+int list(const std::string& path) {
+    Log log = readContainer(path);
+    Output out;
+    std::string name = log.parameter("Name");
+    if (!name.empty()) out.line("# " + escaped(name));
+    unsigned column = log.findColumn("Cookie");
+    for (unsigned row = 0; row < log.rowCount(); ++row) out.line(escaped(log.cell(row, column)));
+    out.close();
+    return readingResult(log);
+}
+
+void refuseExisting(const std::string& path) {
+    if (!fileExists(wide(path))) return;
+    throw Failure{unwritable, path + ": is there already; add items with vek container add"};
+}
+
+int create(const std::string& path, const std::vector<std::string>& items, const Args& args) {
+    std::vector<Cookie> cookies;
+    for (const std::string& item : items) cookies.push_back(cookieNamed(item));
+    refuseExisting(path);
+    DBFieldDesc schema[] = {{"Cookie", DBFieldTypes::text}, {}};
+    QuorContainerFile::Writer writer(schema);
+    writer.setName(args.has("name") ? cellText(args.text("name"))
+                                    : toUTF8(stripPathAndExt(wide(path))));
+    writer.setPermanent(args.has("permanent"));
+    for (const Cookie& cookie : cookies) writer.addItem(cookie);
+    writer.save(wide(path));
+    QuorContainerFile::Reader written(wide(path), false);
+    if (written.valid() && written.getNumItems() == cookies.size()) return done;
+    throw Failure{unwritable, path + ": could not be written; check its folder"};
+}
+
+// Existing files are replaced whole or not at all, which the library's own writer of containers
+// does not promise.
+int add(const std::string& path, const std::vector<std::string>& items, const Args& args) {
+    Log log = readContainer(path);
+    auto column = static_cast<unsigned short>(log.findColumn("Cookie"));
+    std::size_t added = 0;
+    for (const std::string& item : items) {
+        Cookie cookie = cookieNamed(item);
+        if (findItem(log, cookie) != noColumn) {
+            say(path + ": " + item + " is in it already");
+            continue;
+        }
+        unsigned row = log.table->add_records(1);
+        log.table->get_record(row)->setField(column, cellText(textOf(cookie)));
+        ++added;
+    }
+    if (added > 0) saveInPlace(log, args.has("backup"));
+    return done;
+}
+
+int remove(const std::string& path, const std::vector<std::string>& items, const Args& args) {
+    Log log = readContainer(path);
+    std::size_t missing = 0;
+    for (const std::string& item : items) {
+        unsigned row = findItem(log, cookieNamed(item));
+        if (row != noColumn) {
+            log.table->delete_records(row, 1);
+            continue;
+        }
+        ++missing;
+        say(path + ": " + item + " is not in it");
+    }
+    if (missing < items.size()) saveInPlace(log, args.has("backup"));
+    return missing > 0 ? found : done;
+}
+
+int contains(const std::string& path, const std::vector<std::string>& items) {
+    readContainer(path);
+    QuorContainerFile::Reader reader(wide(path), false);
+    for (const std::string& item : items) {
+        if (!reader.contains(cookieNamed(item))) return found;
+    }
+    return done;
+}
+
+int run(const Args& args) {
+    std::string action = args.text("ACTION");
+    std::string path = args.text("FILE");
+    const std::vector<std::string>& items = args.all("ITEM");
+    bool needsItems = action == "add" || action == "remove" || action == "contains";
+    if (needsItems && items.empty()) {
+        throw Failure{wrongUsage, "container " + action + ": expected one ITEM or more"};
+    }
+    if (path == "-") throw Failure{wrongUsage, "container: works on files, not standard input"};
+    if (action == "list") return list(path);
+    if (action == "create") return create(path, items, args);
+    if (action == "add") return add(path, items, args);
+    if (action == "remove") return remove(path, items, args);
+    return contains(path, items);
+}
+
+}  // namespace
+
+Command containerCommand() {
+    return {
+        "container",
+        "list, make and change container files",
+        "A container file lists objects by their identities, each 38 hexadecimal digits. contains "
+        "ends with 0 when all of them are in it, else with 1; remove with 1 when one was not.",
+        {{"vek container create bin.vek --name Bin 910a2debbeeb8da0f893a2ed71c1868f00004d",
+          "a container of one item"},
+         {"vek container add bin.vek 975835ddbfc8460f987bbcbec3f2827900004d", "one more"},
+         {"vek container list bin.vek", "its name and items"},
+         {"vek container contains bin.vek 975835ddbfc8460f987bbcbec3f2827900004d",
+          "for scripts: the exit code answers"},
+         {"vek container remove bin.vek 975835ddbfc8460f987bbcbec3f2827900004d", "and out again"}},
+        {{"ACTION", "what to do", false, false, "list|create|add|remove|contains"},
+         {"FILE", "the container file"},
+         {"ITEM", "identities", true, true}},
+        {{"--name", "NAME", "with create: its name; that of the file as a rule"},
+         {"--permanent", "", "with create: mark it as permanent"},
+         backupOption()},
+        run,
+    };
+}
+
+}  // namespace vek

@@ -1,0 +1,48 @@
+#include "tools/vek/cli/writers.h"
+#include "tools/vek/commands.h"
+
+namespace vek {
+
+namespace {
+
+Target wantedTarget(const Args& args) {
+    if (args.has("to")) return targetNamed(args.text("to"));
+    if (args.text("OUT") != "-") return targetOfPath(args.text("OUT"));
+    throw Failure{wrongUsage, "convert: the format is missing for standard output, expected --to"};
+}
+
+int run(const Args& args) {
+    Target target = wantedTarget(args);
+    Log log = readLog(args, "IN");
+    Output out(args.text("OUT"));
+    Losses losses;
+    writeSheet(wholeSheet(log), target, {args.has("crlf"), false}, out, losses);
+    out.close();
+    losses.tell(out.name());
+    return readingResult(log);
+}
+
+}  // namespace
+
+Command convertCommand() {
+    return {
+        "convert",
+        "turn a log into another format, no cell changed",
+        "Reads a log of any format and writes all its rows and columns. Heading entries become "
+        "parameters and the other way round. No cell is trimmed, rounded or given another type; "
+        "what the target cannot hold is said.",
+        {{"vek convert samples/docs.vek docs.csv", "a table file as CSV"},
+         {"vek convert docs.csv docs.vek", "and back"},
+         {"vek convert samples/docs.vek - --to ale", "a log exchange file on standard output"},
+         {"vek convert - docs.json --from csv < docs.csv", "from a pipe"}},
+        {{"IN", "the log to read, or - for standard input"},
+         {"OUT", "the file to write, its ending names the format; or - for standard output"}},
+        {fromOption(),
+         {"--to", "FORMAT", "what to write; the ending of OUT as a rule", false,
+          "vekdb|csv|tsv|json|jsonl|ale|markdown|html"},
+         {"--crlf", "", "end lines of CSV, TSV and ALE with CR and LF"}},
+        run,
+    };
+}
+
+}  // namespace vek

@@ -1,0 +1,66 @@
+#include "tools/vek/cli/grid.h"
+#include "tools/vek/cli/writers.h"
+#include "tools/vek/commands.h"
+
+namespace vek {
+
+namespace {
+
+// The rows that stay, with their tags.
+VDBView others(const Log& log, const VDBView& chosen) {
+    std::vector<char> goes(log.rowCount());
+    for (unsigned i = 0; i < chosen->get_num_records(); ++i) goes[chosen->baseIndex(i)] = 1;
+    std::vector<TaggedRow> rows;
+    for (unsigned row = 0; row < goes.size(); ++row) {
+        if (!goes[row]) rows.push_back({row, false});
+    }
+    return viewOf(log, rows);
+}
+
+int run(const Args& args) {
+    Selection selection = selectionFrom(args);
+    if (!narrows(selection) && !args.has("every")) {
+        throw Failure{wrongUsage, "delete: which rows? expected --where or another choice, or "
+                                  "--every for all of them"};
+    }
+    Log log = readLog(args);
+    VDBView chosen = selectRows(log, selection).view;
+    std::string summary = counted(chosen->get_num_records(), "row") + " of " +
+                          std::to_string(log.rowCount());
+    if (args.has("dry-run")) {
+        Output out;
+        Losses ignored;
+        writeSheet({log, chosen, allColumns(log)}, Target::csv, {}, out, ignored);
+        out.close();
+        say(log.name + ": " + summary + " would be deleted");
+        return chosen->get_num_records() == 0 ? found : done;
+    }
+    if (chosen->get_num_records() == 0) {
+        say(log.name + ": no row matches, nothing deleted");
+        return found;
+    }
+    saveInPlace(log, others(log, chosen), args.has("backup"));
+    say(log.name + ": " + summary + " deleted");
+    return done;
+}
+
+}  // namespace
+
+Command deleteCommand() {
+    return {
+        "delete",
+        "delete the rows that match",
+        "Deletes the matching rows and says how many. Deleting all rows has to be asked for by "
+        "name. Ends with 1 when nothing matched.",
+        {{"vek delete log.vek --where 'Notes~^NG' --dry-run", "print the rows, delete nothing"},
+         {"vek delete log.vek --where 'Notes~^NG' --backup", "delete, and keep log.vek.bak"}},
+        {{"FILE", "the log, changed in place; - reads standard input and prints"}},
+        join(choosingOptions(), {{"--every", "", "all rows, when there is no condition"},
+                                 {"-n,--dry-run", "", "print the rows as CSV, delete nothing"},
+                                 backupOption(),
+                                 fromOption()}),
+        run,
+    };
+}
+
+}  // namespace vek

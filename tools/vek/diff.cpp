@@ -1,0 +1,180 @@
+#include "tools/vek/cli/compare.h"
+#include "tools/vek/cli/grid.h"
+#include "tools/vek/cli/json.h"
+#include "tools/vek/cli/readers.h"
+#include "tools/vek/cli/width.h"
+#include "tools/vek/commands.h"
+
+namespace vek {
+
+namespace {
+
+std::string joinedNames(const std::vector<std::string>& names) {
+    std::string out;
+    for (const std::string& name : names) out += (out.empty() ? "" : ", ") + name;
+    return out;
+}
+
+// Prints differences as a person reads them: what went, what came, and cells that changed.
+class DifferencePrinter {
+public:
+    DifferencePrinter(const Differences& found, Output& out, const Screen& screen)
+        : found_(found), out_(out), screen_(screen) {}
+
+    void print() {
+        printColumns("columns only in ", found_.a, found_.onlyInA, Ink::red, '-');
+        printColumns("columns only in ", found_.b, found_.onlyInB, Ink::green, '+');
+        for (const RowDifference& difference : found_.rows) printRow(difference);
+    }
+
+private:
+    void printColumns(const char* what, const Log& log, const std::vector<std::string>& names,
+                      Ink ink, char sign) {
+        if (names.empty()) return;
+        out_.line(inked(ink, sign + std::string(" ") + what + escaped(log.name) + ": " +
+                                 escaped(joinedNames(names)), screen_));
+    }
+
+    void printRow(const RowDifference& difference) {
+        switch (difference.kind) {
+            case RowDifference::removed: return printWhole(found_.a, difference.a, Ink::red, '-');
+            case RowDifference::added: return printWhole(found_.b, difference.b, Ink::green, '+');
+            case RowDifference::changed: return printChanged(difference);
+        }
+    }
+
+    void printWhole(const Log& log, unsigned row, Ink ink, char sign) {
+        std::string text = std::string(1, sign) + " " + placeOf(log, row) + ":";
+        for (unsigned i = 0; i < log.columnCount(); ++i) {
+            std::string_view cell = log.cell(row, i);
+            if (!cell.empty()) text += " " + log.columnName(i) + "=" + inQuotes(cell);
+        }
+        out_.line(inked(ink, escaped(text), screen_));
+    }
+
+    void printChanged(const RowDifference& difference) {
+        std::string title = placeOf(found_.a, difference.a) + " -> " +
+                            placeOf(found_.b, difference.b);
+        if (!difference.key.empty()) title += " (" + inQuotes(difference.key) + ")";
+        out_.line("~ " + escaped(title));
+        for (const CellDifference& cell : difference.cells) {
+            out_.line("    " + escaped(cell.column) + ": " +
+                      inked(Ink::red, escaped(inQuotes(cell.before)), screen_) + " -> " +
+                      inked(Ink::green, escaped(inQuotes(cell.after)), screen_));
+        }
+    }
+
+    static std::string placeOf(const Log& log, unsigned row) {
+        return log.name + ":" + std::to_string(log.lineOf(row));
+    }
+
+    const Differences& found_;
+    Output& out_;
+    const Screen& screen_;
+};
+
+std::string jsonRow(const Log& log, unsigned row) {
+    std::string out = "{";
+    for (unsigned i = 0; i < log.columnCount(); ++i) {
+        out += (i == 0 ? "" : ", ") + jsonString(log.columnName(i)) + ": " +
+               jsonString(log.cell(row, i));
+    }
+    return out + "}";
+}
+
+std::string jsonNames(const std::vector<std::string>& names) {
+    std::string out = "[";
+    for (const std::string& name : names) out += (out.size() == 1 ? "" : ", ") + jsonString(name);
+    return out + "]";
+}
+
+std::string jsonCells(const RowDifference& difference) {
+    std::string out = "[";
+    for (const CellDifference& cell : difference.cells) {
+        out += (out.size() == 1 ? "" : ", ") + ("{\"column\": " + jsonString(cell.column)) +
+               ", \"before\": " + jsonString(cell.before) +
+               ", \"after\": " + jsonString(cell.after) + "}";
+    }
+    return out + "]";
+}
+
+std::string jsonDifference(const Differences& found, const RowDifference& difference) {
+    std::string lineA = std::to_string(found.a.lineOf(difference.a));
+    std::string lineB = std::to_string(found.b.lineOf(difference.b));
+    switch (difference.kind) {
+        case RowDifference::removed:
+            return "{\"kind\": \"removed\", \"line\": " + lineA +
+                   ", \"row\": " + jsonRow(found.a, difference.a) + "}";
+        case RowDifference::added:
+            return "{\"kind\": \"added\", \"line\": " + lineB +
+                   ", \"row\": " + jsonRow(found.b, difference.b) + "}";
+        default:
+            return "{\"kind\": \"changed\", \"line\": " + lineA + ", \"lineAfter\": " + lineB +
+                   ", \"key\": " + jsonString(difference.key) +
+                   ", \"cells\": " + jsonCells(difference) + "}";
+    }
+}
+
+void printJson(const Differences& found, Output& out) {
+    out.line("{");
+    out.line("  \"columnsRemoved\": " + jsonNames(found.onlyInA) + ",");
+    out.line("  \"columnsAdded\": " + jsonNames(found.onlyInB) + ",");
+    out.line("  \"rows\": [");
+    for (std::size_t i = 0; i < found.rows.size(); ++i) {
+        bool isLast = i + 1 == found.rows.size();
+        out.line("    " + jsonDifference(found, found.rows[i]) + (isLast ? "" : ","));
+    }
+    out.line("  ]\n}");
+}
+
+std::string summary(const Differences& found) {
+    std::size_t counts[3] = {};
+    for (const RowDifference& difference : found.rows) ++counts[difference.kind];
+    return counted(counts[RowDifference::removed], "row") + " removed, " +
+           std::to_string(counts[RowDifference::added]) + " added, " +
+           std::to_string(counts[RowDifference::changed]) + " changed";
+}
+
+int run(const Args& args) {
+    if (args.text("A") == "-" && args.text("B") == "-") {
+        throw Failure{wrongUsage, "diff: standard input can be one of the two logs, not both"};
+    }
+    Log a = readLog(args, "A");
+    Log b = readLog(args, "B");
+    Differences found = compareLogs(a, b, args.text("key"));
+    for (const std::string& note : found.notes) say(note);
+    Output out;
+    if (args.text("format") == "json") {
+        printJson(found, out);
+    } else {
+        Screen screen = screenOf(out, args);
+        DifferencePrinter(found, out, screen).print();
+        if (!found.isEmpty()) out.line(inked(Ink::faint, summary(found), screen));
+    }
+    out.close();
+    return found.isEmpty() ? done : vek::found;
+}
+
+}  // namespace
+
+Command diffCommand() {
+    return {
+        "diff",
+        "tell how two logs differ, cell by cell",
+        "Tells which rows are only in A (-), only in B (+), and which cells of the others changed "
+        "(~). With --key, rows belong together whose key is the same, wherever they stand; "
+        "without, rows are matched in their order. Columns go by their names. Ends with 1 when "
+        "the logs differ.",
+        {{"vek diff old.vek new.vek", "rows in their order"},
+         {"vek diff old.vek new.csv --key Name", "rows by their name, in any order and format"},
+         {"vek diff old.vek new.vek --format json", "for a program"}},
+        {{"A", "a log, or - for standard input"}, {"B", "another"}},
+        join({{"-k,--key", "COLUMN", "rows with the same value here belong together"},
+              {"-f,--format", "FORMAT", "what to print", false, "text|json"},
+              fromOption()},
+             screenOptions()),
+        run,
+    };
+}
+
+}  // namespace vek

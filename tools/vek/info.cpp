@@ -1,0 +1,106 @@
+#include <array>
+
+#include "tools/vek/cli/grid.h"
+#include "tools/vek/cli/width.h"
+#include "tools/vek/cli/write_formats.h"
+#include "tools/vek/commands.h"
+
+namespace vek {
+
+namespace {
+
+// What a column holds.
+struct ColumnFacts {
+    std::size_t filled = 0;
+    std::size_t widest = 0;
+    std::string example;
+};
+
+ColumnFacts factsOf(const Log& log, unsigned column) {
+    ColumnFacts facts;
+    for (unsigned row = 0; row < log.rowCount(); ++row) {
+        std::string_view cell = log.cell(row, column);
+        if (cell.empty()) continue;
+        if (facts.filled++ == 0) facts.example = cell;
+        facts.widest = std::max(facts.widest, cell.size());
+    }
+    return facts;
+}
+
+std::string typeName(DBFieldTypes::eType type) {
+    const char* name = vekdb_fieldtype_to_string(type);
+    if (name != nullptr) return name;
+    return std::string(1, static_cast<char>(type));
+}
+
+using Row = std::array<std::string, 6>;
+
+Row describe(const Log& log, unsigned column) {
+    ColumnFacts facts = factsOf(log, column);
+    return {std::to_string(column + 1), log.columnName(column),
+            typeName(log.table->get_field_type(column)), std::to_string(facts.filled),
+            std::to_string(facts.widest), facts.example};
+}
+
+void printFact(const std::string& name, const std::string& value, Output& out) {
+    out.line(name + std::string(12 - std::min<std::size_t>(11, name.size()), ' ') + escaped(value));
+}
+
+void printFacts(const Log& log, Output& out) {
+    VDBView view(log.table.get());
+    view->setupViewTagsFromVekdbTagField();
+    printFact("File", log.name, out);
+    std::string format = formatName(log.format);
+    if (log.format == Format::table) {
+        format += ", revision " + std::to_string(log.table->get_revision());
+    }
+    printFact("Format", format, out);
+    printFact("Rows", std::to_string(log.rowCount()), out);
+    printFact("Tagged", std::to_string(view->get_num_tags()), out);
+    printFact("Columns", std::to_string(log.columnCount()), out);
+    for (const Parameter& parameter : ownParameters(log)) {
+        printFact("Parameter", parameter.name + ": " + parameter.value, out);
+    }
+    std::string map = log.parameter("V5_FIELD_MAP");
+    if (!map.empty()) printFact("Field map", map, out);
+    printFact("Problems", std::to_string(log.problems.size() + (log.notRead.empty() ? 0 : 1)), out);
+    out.line("");
+}
+
+int run(const Args& args) {
+    Log log = readLog(args);
+    Output out;
+    printFacts(log, out);
+    std::vector<Row> rows;
+    for (unsigned i = 0; i < log.columnCount(); ++i) rows.push_back(describe(log, i));
+    Grid grid;
+    grid.columns = {{"#", true, true}, {"Column"}, {"Type"}, {"Filled", true}, {"Widest", true},
+                    {"Example"}};
+    grid.rowCount = rows.size();
+    grid.cell = [&](std::size_t row, std::size_t column) -> std::string_view {
+        return rows[row][column];
+    };
+    printGrid(grid, screenOf(out, args), out);
+    out.close();
+    return readingResult(log);
+}
+
+}  // namespace
+
+Command infoCommand() {
+    return {
+        "info",
+        "tell what a log holds: parameters, columns, rows, problems",
+        "Tells the format and revision, parameters, rows and tagged rows, the field map, and for "
+        "each column its type, how many cells are filled, the widest value in bytes and an "
+        "example. Problems that reading found are told on standard error; ends with 1 when the "
+        "file was damaged.",
+        {{"vek info samples/docs.vek", "about a table file"},
+         {"vek convert samples/docs.vek - --to csv | vek info -", "about a pipe"}},
+        {{"FILE", "the log, or - for standard input"}},
+        join({fromOption()}, screenOptions()),
+        run,
+    };
+}
+
+}  // namespace vek

@@ -1,0 +1,96 @@
+#include "tools/vek/cli/readers.h"
+#include "tools/vek/cli/write_formats.h"
+#include "tools/vek/cli/width.h"
+#include "tools/vek/commands.h"
+
+namespace vek {
+
+namespace {
+
+int list(const Log& log) {
+    Output out;
+    for (const Parameter& parameter : ownParameters(log)) {
+        out.line(escaped(parameter.name + ": " + parameter.value));
+    }
+    out.close();
+    return done;
+}
+
+bool hasParameter(const Log& log, const std::string& name) {
+    return log.table->get_param_val(name.c_str()) != nullptr;
+}
+
+int get(const Log& log, const std::string& name) {
+    if (!hasParameter(log, name)) {
+        std::vector<std::string> names;
+        for (const Parameter& parameter : ownParameters(log)) names.push_back(parameter.name);
+        say(log.name + ": there is no parameter " + inQuotes(name) + suggestion(name, names));
+        return found;
+    }
+    Output out;
+    out.line(log.parameter(name.c_str()));
+    out.close();
+    return done;
+}
+
+void checkHolds(const Log& log, const std::string& name, const std::string& value) {
+    if (sameText(name, "VEKDB")) {
+        throw Failure{wrongUsage, "param: VEKDB is the file's revision and not to be set"};
+    }
+    bool holds = trimmed(name) == name && trimmed(value) == value &&
+                 name.find_first_of(":\"\n\r\t") == std::string::npos &&
+                 value.find_first_of("\"\n\r\t") == std::string::npos;
+    if (holds && !name.empty()) return;
+    throw Failure{wrongUsage, log.name + ": a parameter holds no quotes, tabs, line ends or blanks "
+                              "at its ends, and its name no colon"};
+}
+
+int set(Log& log, const std::string& name, const std::string& value, bool backup) {
+    checkHolds(log, name, value);
+    if (targetOf(log) != Target::table && targetOf(log) != Target::ale) {
+        throw Failure{wrongUsage, log.name + ": " + formatName(log.format) +
+                                      " holds no parameters, only table files and ALE do"};
+    }
+    if (!log.setParameter(name, value)) {
+        throw Failure{unwritable, log.name + ": there is no room for " + inQuotes(name) +
+                                      ", a file holds 40 parameters"};
+    }
+    saveInPlace(log, backup);
+    return done;
+}
+
+int run(const Args& args) {
+    std::string action = args.text("ACTION");
+    bool hasName = args.has("NAME");
+    bool hasValue = args.has("VALUE");
+    if (hasName != (action != "list") || hasValue != (action == "set")) {
+        throw Failure{wrongUsage, "param: expected list FILE, get FILE NAME, or set FILE NAME "
+                                  "VALUE"};
+    }
+    Log log = readLog(args);
+    if (action == "list") return list(log);
+    if (action == "get") return get(log, args.text("NAME"));
+    return set(log, args.text("NAME"), args.text("VALUE"), args.has("backup"));
+}
+
+}  // namespace
+
+Command paramCommand() {
+    return {
+        "param",
+        "list, get or set the parameters of a log",
+        "Parameters are the named values in a table file's head and the heading entries of an "
+        "ALE. get ends with 1 when there is none of the name.",
+        {{"vek param list samples/dailies.vek", "all of them"},
+         {"vek param get samples/dailies.vek FPS", "one value"},
+         {"vek param set log.vek Project 'Night shoot'", "add or replace one"}},
+        {{"ACTION", "what to do", false, false, "list|get|set"},
+         {"FILE", "the log; - reads standard input"},
+         {"NAME", "the parameter, case ignored", true},
+         {"VALUE", "its new value", true}},
+        {backupOption(), fromOption()},
+        run,
+    };
+}
+
+}  // namespace vek

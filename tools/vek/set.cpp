@@ -1,0 +1,109 @@
+#include "tools/vek/cli/grid.h"
+#include "tools/vek/cli/writers.h"
+#include "tools/vek/commands.h"
+
+namespace vek {
+
+namespace {
+
+struct Change {
+    unsigned short column = 0;
+    std::string value;
+};
+
+Change parseChange(const Log& log, const std::string& text) {
+    std::size_t equals = text.find('=');
+    if (equals == std::string::npos || equals == 0) {
+        throw Failure{wrongUsage,
+                      "set: " + inQuotes(text) + " is no change, expected COLUMN=VALUE"};
+    }
+    unsigned column = log.requireColumn(text.substr(0, equals));
+    return {static_cast<unsigned short>(column), text.substr(equals + 1)};
+}
+
+// A cell before and after.
+struct Edit {
+    unsigned row = 0;
+    Change change;
+    std::string before;
+};
+
+std::vector<Edit> editsOf(const VDBView& view, const std::vector<Change>& changes) {
+    std::vector<Edit> edits;
+    for (unsigned i = 0; i < view->get_num_records(); ++i) {
+        for (const Change& change : changes) {
+            std::string before(view->get_record(i)->fieldView(change.column));
+            if (before != change.value) edits.push_back({view->baseIndex(i), change, before});
+        }
+    }
+    return edits;
+}
+
+void printEdits(const Log& log, const std::vector<Edit>& edits, const Args& args) {
+    Output out;
+    Screen screen = screenOf(out, args);
+    std::vector<std::vector<std::string>> cells;
+    for (const Edit& edit : edits) {
+        cells.push_back({std::to_string(edit.row + 1), log.columnName(edit.change.column),
+                         edit.before, edit.change.value});
+    }
+    Grid grid{{{"#", true, true}, {"Column"}, {"Before"}, {"After"}},
+              cells.size(),
+              [&](std::size_t row, std::size_t column) -> std::string_view {
+                  return cells[row][column];
+              }};
+    printGrid(grid, screen, out);
+    out.close();
+}
+
+int run(const Args& args) {
+    Log log = readLog(args);
+    std::vector<Change> changes;
+    for (const std::string& text : args.all("COLUMN=VALUE")) {
+        changes.push_back(parseChange(log, text));
+    }
+    Selection selection = selectionFrom(args);
+    VDBView view = selectRows(log, selection).view;
+    std::vector<Edit> edits = editsOf(view, changes);
+    std::string summary = log.name + ": " + counted(view->get_num_records(), "row") +
+                          " matched, " + counted(edits.size(), "cell");
+    if (args.has("dry-run")) {
+        printEdits(log, edits, args);
+        say(summary + " would change");
+        return view->get_num_records() == 0 ? found : done;
+    }
+    if (view->get_num_records() == 0) {
+        say(log.name + ": no row matches, nothing changed");
+        return found;
+    }
+    for (const Edit& edit : edits) {
+        log.table->get_record(edit.row)->setField(edit.change.column, cellText(edit.change.value));
+    }
+    saveInPlace(log, args.has("backup"));
+    say(summary + " changed");
+    return done;
+}
+
+}  // namespace
+
+Command setCommand() {
+    return {
+        "set",
+        "edit cells of the rows that match",
+        "Stores the values in all matching rows, in all rows when no condition is given. The file "
+        "is replaced whole or not at all. Ends with 1 when nothing matched.",
+        {{"vek set log.vek 'Notes=no good' --where Take==1", "a note on first takes"},
+         {"vek set log.vek Reel=A002 Scene= --where Reel=A001 --dry-run",
+          "show before and after of two columns, change nothing"}},
+        {{"FILE", "the log, changed in place; - reads standard input and prints"},
+         {"COLUMN=VALUE", "a column and its new value", false, true}},
+        join(join(choosingOptions(),
+                  {{"-n,--dry-run", "", "show before and after, change nothing"},
+                   backupOption(),
+                   fromOption()}),
+             screenOptions()),
+        run,
+    };
+}
+
+}  // namespace vek

@@ -1,0 +1,119 @@
+#include "tools/vek/cli/writers.h"
+#include "tools/vek/commands.h"
+
+namespace vek {
+
+namespace {
+
+// The tags of a log while they are edited: a view of all rows. They live in the column "Tag".
+class Tags {
+public:
+    explicit Tags(Log& log) : log_(log), all_(log.table.get()) {
+        all_->setupViewTagsFromVekdbTagField();
+    }
+
+    void clear() { all_->set_all_tags(0); }
+    void set(unsigned row, bool isTagged) { all_->set_tag(row, isTagged ? 1 : 0); }
+    void invert(unsigned row) { all_->invert_tag(row); }
+    unsigned count() const { return all_->get_num_tags(); }
+
+    // Writes the tags into the column, which is made where there is none.
+    void store() {
+        auto column = static_cast<unsigned short>(
+            log_.table->addField({"Tag", DBFieldTypes::text}));
+        for (unsigned row = 0; row < log_.rowCount(); ++row) {
+            all_->get_record(row)->setField(column, all_->get_tag(row) != 0 ? "1" : "0");
+        }
+    }
+
+private:
+    Log& log_;
+    VDBView all_;
+};
+
+int finish(Log& log, Tags& tags, std::size_t matched, const Args& args) {
+    if (matched == 0) {
+        say(log.name + ": no row matches, nothing changed");
+        return found;
+    }
+    tags.store();
+    saveInPlace(log, args.has("backup"));
+    say(log.name + ": " + counted(matched, "row") + " matched, " + std::to_string(tags.count()) +
+        " of " + std::to_string(log.rowCount()) + " tagged");
+    return done;
+}
+
+std::vector<unsigned> matchingRows(const Log& log, const Args& args) {
+    VDBView view = selectRows(log, selectionFrom(args)).view;
+    std::vector<unsigned> rows;
+    for (unsigned i = 0; i < view->get_num_records(); ++i) rows.push_back(view->baseIndex(i));
+    return rows;
+}
+
+int runTag(const Args& args) {
+    bool wants = narrows(selectionFrom(args)) || args.has("clear") || args.has("invert");
+    if (!wants) throw Failure{wrongUsage, "tag: which rows? expected --where, or --clear or "
+                                          "--invert for all"};
+    if (args.has("clear") + args.has("invert") + args.has("keep") > 1) {
+        throw Failure{wrongUsage, "tag: --keep, --clear and --invert exclude each other"};
+    }
+    Log log = readLog(args);
+    requireWhole(log);
+    Tags tags(log);
+    std::vector<unsigned> rows = matchingRows(log, args);
+    bool keepsOthers = args.has("keep") || args.has("invert") || args.has("clear");
+    if (!keepsOthers && !rows.empty()) tags.clear();
+    for (unsigned row : rows) {
+        if (args.has("invert")) tags.invert(row);
+        else tags.set(row, !args.has("clear"));
+    }
+    return finish(log, tags, rows.size(), args);
+}
+
+int runUntag(const Args& args) {
+    Log log = readLog(args);
+    requireWhole(log);
+    Tags tags(log);
+    std::vector<unsigned> rows = matchingRows(log, args);
+    for (unsigned row : rows) tags.set(row, false);
+    return finish(log, tags, rows.size(), args);
+}
+
+}  // namespace
+
+Command tagCommand() {
+    return {
+        "tag",
+        "tag the rows that match, in the column \"Tag\"",
+        "Tags the matching rows and untags all others. Tags are the 0 and 1 of the file's column "
+        "\"Tag\", which is made where there is none. Ends with 1 when nothing matched.",
+        {{"vek tag log.vek --where Notes=print", "these rows, and no others"},
+         {"vek tag log.vek --where Take==3 --keep", "these, too"},
+         {"vek tag log.vek --invert", "every tag the other way round"},
+         {"vek tag log.vek --where Scene=12 --clear", "untag these"}},
+        {{"FILE", "the log, changed in place; - reads standard input and prints"}},
+        join(choosingOptions(),
+             {{"--keep", "", "keep the tags of all other rows"},
+              {"--clear", "", "untag the matching rows instead, all of them without a condition"},
+              {"--invert", "", "flip the tags of the matching rows, all of them without a "
+                               "condition"},
+              backupOption(),
+              fromOption()}),
+        runTag,
+    };
+}
+
+Command untagCommand() {
+    return {
+        "untag",
+        "take the tags off the rows that match, or off all",
+        "Untags the matching rows, or all rows when no condition is given. Other tags stay.",
+        {{"vek untag log.vek", "no row is tagged any more"},
+         {"vek untag log.vek --where Reel=B001", "only the tags of a reel go"}},
+        {{"FILE", "the log, changed in place; - reads standard input and prints"}},
+        join(choosingOptions(), {backupOption(), fromOption()}),
+        runUntag,
+    };
+}
+
+}  // namespace vek
