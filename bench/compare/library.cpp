@@ -1,0 +1,367 @@
+// This library as a participant of bench/compare/run: one work item a run, answered as one
+// line of JSON. Uses one thread.
+//     compare_library --work WORK --input LOG|ROWS [--result FILE] [--scratch FILE] [--repeat N]
+
+#include <sys/mman.h>
+#include <sys/stat.h>
+
+#include <climits>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "host/cookie.h"
+#include "host/cookie_containers.h"
+#include "host/text_file.h"
+#include "measure.h"
+#include "support/version.h"
+#include "vekdb/table.h"
+#include "views/view.h"
+#include "views/view_rep.h"
+
+using compare::Answer;
+using compare::fail;
+using compare::Request;
+using compare::timed;
+
+namespace {
+
+LightweightString<wchar_t> wide(const std::string& path) {
+    return LightweightString<wchar_t>(std::wstring(path.begin(), path.end()).c_str());
+}
+
+unsigned column(const VDBBase& table, const char* name) {
+    unsigned found = table.get_fieldnum(name);
+    if (found >= table.get_num_fields()) {
+        fail(std::string("no column ") + name);
+    }
+    return found;
+}
+
+using Table = std::unique_ptr<vekdb>;
+
+Table load(const std::string& path) {
+    auto table = std::make_unique<vekdb>(wide(path), INT_MAX, true);
+    if (!table->get_valid()) {
+        fail("cannot load " + path);
+    }
+    return table;
+}
+
+// A table writes its tags into the column "Tag" when it is saved. With the tags as the column
+// has them the file comes out as it went in.
+void takeTagsFromColumn(vekdb& table) {
+    unsigned tag = column(table, "Tag");
+    unsigned rows = table.get_num_records();
+    for (unsigned row = 0; row < rows; ++row) {
+        table.set_tag(row, table.get_record(row)->fieldView(tag) == "1");
+    }
+}
+
+// Writes the answer's rows for the check; not timed.
+void keepRows(vekdb& table, const Request& request) {
+    if (request.result.empty()) {
+        return;
+    }
+    takeTagsFromColumn(table);
+    table.set_filename(wide(request.result));
+    if (table.save_text() == 0) {
+        fail("cannot save " + request.result);
+    }
+}
+
+void keepTagged(vekdb& table, const Request& request) {
+    if (request.result.empty()) {
+        return;
+    }
+    table.set_filename(wide(request.result));
+    if (table.save_tags() == 0) {
+        fail("cannot save " + request.result);
+    }
+}
+
+// --- the floor: what nobody who reads the file can do without
+
+std::size_t sizeOf(std::FILE* file) {
+    struct stat about {};
+    fstat(fileno(file), &about);
+    return static_cast<std::size_t>(about.st_size);
+}
+
+// In pages as large as the system gives, so that the floor lies as low as it can.
+unsigned char* largePages(std::size_t size) {
+    constexpr std::size_t page = std::size_t(2) << 20;
+    std::size_t whole = (size + page - 1) / page * page;
+    void* block = std::aligned_alloc(page, whole);
+    madvise(block, whole, MADV_HUGEPAGE);
+    return static_cast<unsigned char*>(block);
+}
+
+std::uint64_t readAndLook(const std::string& path) {
+    std::FILE* file = std::fopen(path.c_str(), "rb");
+    if (!file) {
+        fail("cannot read " + path);
+    }
+    std::setvbuf(file, nullptr, _IONBF, 0);
+    std::size_t size = sizeOf(file);
+    unsigned char* bytes = largePages(size);
+    std::size_t length = std::fread(bytes, 1, size, file);
+    std::uint64_t lines = 0;
+    for (std::size_t i = 0; i < length; ++i) {
+        lines += bytes[i] == '\n';
+    }
+    std::free(bytes);
+    std::fclose(file);
+    return lines;
+}
+
+Answer floorWork(const Request& request) {
+    Answer answer;
+    timed(answer, [&] { answer.rows = readAndLook(request.input); });
+    return answer;
+}
+
+// --- the work that the peers do too
+
+Answer loadWork(const Request& request) {
+    Answer answer;
+    std::uint64_t before = compare::residentBytes();
+    Table table;
+    timed(answer, [&] { table = load(request.input); });
+    answer.resident = compare::residentBytes() - before;
+    answer.rows = table->get_num_records();
+    keepRows(*table, request);
+    return answer;
+}
+
+Answer saveWork(const Request& request) {
+    Answer answer;
+    Table table = load(request.input);
+    takeTagsFromColumn(*table);
+    table->set_filename(wide(request.result.empty() ? request.scratch : request.result));
+    timed(answer, [&] { answer.rows = static_cast<unsigned>(table->save_text()); });
+    return answer;
+}
+
+Answer queryWork(const Request& request, std::initializer_list<const char* const*> terms) {
+    Answer answer;
+    Table table = load(request.input);
+    std::unique_ptr<dbrecord> query(table->make_dummy_record());
+    for (const char* const* term : terms) {
+        query->set_field(static_cast<int>(column(*table, term[0])), term[1]);
+    }
+    for (unsigned i = 0; i < request.repeat; ++i) {
+        timed(answer, [&] {
+            table->set_query(query.get());
+            answer.rows = table->tag_matching_records(0);
+        });
+    }
+    keepTagged(*table, request);
+    return answer;
+}
+
+Answer containsWork(const Request& request) {
+    const char* const description[] = {"Description", "dolly"};
+    const char* const reel[] = {"Reel", "A1"};
+    return queryWork(request, {description, reel});
+}
+
+Answer rangeWork(const Request& request) {
+    const char* const time[] = {"Start time", "02:05:30:00"};
+    return queryWork(request, {time});
+}
+
+Answer sortWork(const Request& request, int forceNormal) {
+    Answer answer;
+    Table table = load(request.input);
+    int fields[] = {static_cast<int>(column(*table, "Scene")),
+                    static_cast<int>(column(*table, "Start time")), -1};
+    timed(answer, [&] {
+        table->set_sortfields(fields);
+        table->sort(1, forceNormal);
+    });
+    answer.rows = table->get_num_records();
+    keepRows(*table, request);
+    return answer;
+}
+
+// Of plain characters, as every peer sorts.
+Answer sortPlainWork(const Request& request) {
+    return sortWork(request, 1);
+}
+
+// As people read, where scene 9 comes before scene 10: what a user of the library gets.
+Answer sortPeopleWork(const Request& request) {
+    return sortWork(request, 0);
+}
+
+void tagEverySecond(VDBBase& source) {
+    unsigned rows = source.get_num_records();
+    for (unsigned row = 1; row < rows; row += 2) {
+        source.set_tag(row, 1);
+    }
+}
+
+Answer deleteWork(const Request& request) {
+    Answer answer;
+    Table table = load(request.input);
+    timed(answer, [&] {
+        tagEverySecond(*table);
+        table->delete_tagged_records();
+    });
+    answer.rows = table->get_num_records();
+    keepRows(*table, request);
+    return answer;
+}
+
+// --- what must not grow faster than its table: the input is a number of rows
+
+Cookie identity(unsigned row) {
+    Cookie cookie;
+    cookie.type = cookieTypeM;
+    std::uint64_t mixed = (row + 1) * 0x9E3779B97F4A7C15u;
+    for (int i = 0; i < 8; ++i) {
+        cookie.uuid.bytes[i] = static_cast<std::uint8_t>(mixed >> (8 * i));
+        cookie.uuid.bytes[8 + i] = static_cast<std::uint8_t>(row >> (4 * i));
+    }
+    return cookie;
+}
+
+// Every reel holds sixty rows, spread over the table.
+Table makeTable(unsigned rows) {
+    std::vector<DBFieldDesc> fields = {{"Cookie", DBFieldTypes::text},
+                                       {"Reel", DBFieldTypes::text}};
+    auto table = std::make_unique<vekdb>(fields);
+    table->add_records(static_cast<int>(rows));
+    unsigned reels = rows / 60 + 1;
+    for (unsigned row = 0; row < rows; ++row) {
+        table->setField(row, 0, identity(row).asString(true));
+        table->setField(row, 1, std::to_string(row % reels).c_str());
+    }
+    return table;
+}
+
+// A table and up to two views of all its rows, the second stacked on the first.
+struct Stack {
+    Stack(const Request& request, int views) : table(makeTable(rowsOf(request))) {
+        for (int i = 0; i < views; ++i) {
+            VDBView next(table.get());
+            if (top) {
+                next->baseView(top.get());
+            }
+            next->displayAllRecords();
+            base = i == 0 ? next : base;
+            top = next;
+        }
+    }
+
+    static unsigned rowsOf(const Request& request) {
+        return static_cast<unsigned>(std::atoi(request.input.c_str()));
+    }
+
+    Table table;
+    VDBView base;
+    VDBView top;
+};
+
+Answer deleteUnder(const Request& request, int views) {
+    Answer answer;
+    Stack stack(request, views);
+    tagEverySecond(*stack.table);
+    timed(answer, [&] { stack.table->delete_tagged_records(); });
+    answer.rows = stack.table->get_num_records();
+    return answer;
+}
+
+Answer deleteBareWork(const Request& request) {
+    return deleteUnder(request, 0);
+}
+
+Answer deleteViewsWork(const Request& request) {
+    return deleteUnder(request, 2);
+}
+
+Answer deleteThroughViewWork(const Request& request) {
+    Answer answer;
+    Stack stack(request, 1);
+    tagEverySecond(*stack.top);
+    timed(answer, [&] { stack.top->deleteTagged(); });
+    answer.rows = stack.table->get_num_records();
+    return answer;
+}
+
+Answer tagDuplicatesWork(const Request& request) {
+    Answer answer;
+    Stack stack(request, 1);
+    int reel = static_cast<int>(column(*stack.table, "Reel"));
+    timed(answer, [&] { answer.rows = stack.top->tagDuplicates(reel); });
+    return answer;
+}
+
+Answer removeFrom(const Request& request, int views) {
+    Answer answer;
+    Stack stack(request, views);
+    tagEverySecond(*stack.top);
+    timed(answer, [&] { stack.top->removeSome(&VDBViewRep::tag); });
+    answer.rows = stack.base->get_num_records();
+    return answer;
+}
+
+Answer removeWork(const Request& request) {
+    return removeFrom(request, 1);
+}
+
+Answer removeStackedWork(const Request& request) {
+    return removeFrom(request, 2);
+}
+
+// Identities in another order than the rows; the factor shares no divisor with their number.
+Answer displayListWork(const Request& request) {
+    Answer answer;
+    Stack stack(request, 0);
+    VDBView view(stack.table.get());
+    unsigned rows = Stack::rowsOf(request);
+    CookieVec list;
+    for (unsigned i = 0; i < rows; ++i) {
+        list.push_back(identity(static_cast<unsigned>(i * 1000003ull % rows)));
+    }
+    timed(answer, [&] { answer.rows = static_cast<unsigned>(view->displayRecordsAt(list, 0)); });
+    return answer;
+}
+
+struct Work {
+    std::string_view name;
+    Answer (*run)(const Request&);
+};
+
+constexpr Work works[] = {
+    {"floor", floorWork},
+    {"load", loadWork},
+    {"save", saveWork},
+    {"contains", containsWork},
+    {"range", rangeWork},
+    {"sort", sortPlainWork},
+    {"sort-people", sortPeopleWork},
+    {"delete", deleteWork},
+    {"delete-bare", deleteBareWork},
+    {"delete-views", deleteViewsWork},
+    {"delete-through-view", deleteThroughViewWork},
+    {"tag-duplicates", tagDuplicatesWork},
+    {"remove", removeWork},
+    {"remove-stacked", removeStackedWork},
+    {"display-list", displayListWork},
+};
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    Request request = compare::request(count, arguments);
+    TextFile::syncToDisk = false;
+    for (const Work& work : works) {
+        if (work.name == request.work) {
+            compare::print(work.run(request), vekdbDllVersionStr());
+            return 0;
+        }
+    }
+    return 3;
+}
