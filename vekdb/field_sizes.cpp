@@ -2,15 +2,13 @@
 
 #include <algorithm>
 
+#include "vekdb/record_access_impl.h"
 #include "vekdb/rows_impl.h"
 
 std::vector<unsigned> longestValues(const Rows& rows, unsigned fields) {
     std::vector<unsigned> longest(fields, 0);
     for (unsigned row = 0; row < rows.count(); ++row) {
-        const dbrecord& record = *rows.at(row);
-        for (unsigned i = 0; i < fields; ++i) {
-            longest[i] = std::max(longest[i], static_cast<unsigned>(record.fieldView(i).size()));
-        }
+        RecordAccess::raiseLengths(*rows.at(row), longest.data(), fields);
     }
     return longest;
 }

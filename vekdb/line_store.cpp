@@ -9,6 +9,14 @@ struct LineStore::Chunk {
     Chunk* next;
 };
 
+void LineSlices::raiseLengths(unsigned* lengths, unsigned values) const {
+    unsigned from = 0;
+    for (unsigned i = 0; i < values; ++i) {
+        lengths[i] = std::max(lengths[i], next()[i] - from - gap());
+        from = next()[i];
+    }
+}
+
 LineStore::LineStore(Quor::Ptr<TextBlock> text)
     : block_(std::move(text)), text_(block_->data()) {}
 

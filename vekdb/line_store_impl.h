@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <new>
 #include <string_view>
 
@@ -26,8 +27,15 @@ struct LineSlices {
         std::size_t from = i == 0 ? 0 : next()[i - 1];
         return {first() + from, static_cast<std::size_t>(next()[i] - from) - gap()};
     }
+    void raiseLengths(unsigned* lengths, unsigned values) const;
     const char* first() const;
-    unsigned gap() const { return static_cast<unsigned>(place >> 56); }
+    /// Replaces a value by another of the same length, which may stand in the same text.
+    void overwrite(unsigned i, std::string_view value);
+    unsigned gap() const { return static_cast<unsigned>(place >> 56) & 0x7F; }
+    /// Whether more than one record may read the values.
+    bool isShared() const { return place >> 63 != 0; }
+    /// Counts one more record. The mark is made while only one record reads, so by one thread.
+    void share();
     std::uint64_t offset() const { return place & ((std::uint64_t{1} << 56) - 1); }
 
     /// The starts of value 1, 2, ... and, behind the last value, of the one that would follow,
@@ -38,7 +46,8 @@ struct LineSlices {
     }
 
     LineStore* store;
-    std::uint64_t place;  // offset of value 0 in the text, and in the top 8 bits the gap
+    // Offset of value 0 in the text; in the bits from 56 on the gap, in the top one the mark.
+    std::uint64_t place;
 };
 
 /// The text that rows were read from and the slices of its lines. Each record that stands on
@@ -88,5 +97,15 @@ private:
     std::size_t nextChunk_ = std::size_t{64} << 10;  // bytes; doubles
     std::atomic<std::uint32_t> references_{1};  // one for whoever made it
 };
+
+inline void LineSlices::share() {
+    store->addReferences(1);
+    if (!isShared()) place |= std::uint64_t{1} << 63;
+}
+
+inline void LineSlices::overwrite(unsigned i, std::string_view value) {
+    char* const at = store->text() + (view(i).data() - store->text());
+    std::memmove(at, value.data(), value.size());
+}
 
 inline const char* LineSlices::first() const { return store->text() + offset(); }

@@ -7,6 +7,7 @@
 
 #include "host/config.h"
 #include "host/text_util.h"
+#include "vekdb/line_bytes_impl.h"
 #include "vekdb/record_access_impl.h"
 #include "vekdb/record_strings_impl.h"
 #include "vekdb/table.h"
@@ -37,7 +38,7 @@ dbrecord::~dbrecord() { release(); }
 
 void dbrecord::share(const dbrecord& other) {
     if (other.storage_ == Storage::slices) {
-        other.values_.slices->store->addReferences(1);
+        other.values_.slices->share();
         values_.slices = other.values_.slices;
     } else if (other.values_.strings != nullptr) {
         values_.strings = RecordStrings::copy(*other.values_.strings, other.stored_);
@@ -99,13 +100,23 @@ void dbrecord::store(unsigned index, String value) {
     if (index >= stored_) stored_ = static_cast<unsigned short>(index + 1);
 }
 
+// Where no other record reads it, a value of the same length takes the old one's place in the
+// text itself. It must stand there as it would be written.
+bool dbrecord::overwrite(unsigned index, std::string_view value) {
+    if (storage_ != Storage::slices || index >= stored_ || values_.slices->isShared()) return false;
+    if (values_.slices->view(index).size() != value.size()) return false;
+    if (LineBytes::writableRun(value.data(), value.size()) != value.size()) return false;
+    values_.slices->overwrite(index, value);
+    return true;
+}
+
 bool dbrecord::set_field(int index, const char* text, bool trim) {
     if (index < 0 || index >= count_) return false;
     if (text == nullptr) text = "";
     if (trim) text = skipLeadingSpace(text);
-    if (*text != '\0' || !fieldView(static_cast<unsigned>(index)).empty()) {
-        store(static_cast<unsigned>(index), String(text));
-    }
+    const std::string_view value(text);
+    const auto at = static_cast<unsigned>(index);
+    if (fieldView(at) != value && !overwrite(at, value)) store(at, String(value));
     markChanged();
     return true;
 }
@@ -202,6 +213,16 @@ void dbrecord::resizeRecord(int count, const int* widths, bool) {
 }
 
 void dbrecord::resizeField(int, int) {}
+
+void RecordAccess::raiseLengths(const dbrecord& record, unsigned* lengths, unsigned fields) {
+    const unsigned stored = std::min<unsigned>(fields, record.stored_);
+    if (record.storage_ == dbrecord::Storage::slices) {
+        return record.values_.slices->raiseLengths(lengths, stored);
+    }
+    for (unsigned i = 0; i < stored; ++i) {
+        lengths[i] = std::max(lengths[i], static_cast<unsigned>(record.fieldView(i).size()));
+    }
+}
 
 void RecordAccess::append(dbrecord& record, std::string_view value) {
     if (record.count_ == 0xFFFF) return;

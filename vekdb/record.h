@@ -103,6 +103,7 @@ private:
 
     RecordStrings& ownStrings(unsigned atLeast) const;
     void store(unsigned index, LightweightString<char> value);
+    bool overwrite(unsigned index, std::string_view value);
     void markChanged();
     void markRead();
     char* writeValues(char* to) const;
@@ -114,7 +115,7 @@ private:
     vekdb* container_ = nullptr;
     mutable union {
         RecordStrings* strings;
-        const LineSlices* slices;
+        LineSlices* slices;
     } values_ = {nullptr};
     unsigned short count_;
     mutable unsigned short stored_ = 0;  // values behind these were never stored: empty

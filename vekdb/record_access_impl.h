@@ -17,7 +17,7 @@ public:
     static void markRead(dbrecord& record) { record.markRead(); }
 
     /// Makes the record's values the slices; the caller has counted the record's reference.
-    static void adopt(dbrecord& record, const LineSlices* slices, unsigned short values) {
+    static void adopt(dbrecord& record, LineSlices* slices, unsigned short values) {
         if (record.values_.strings != nullptr) record.release();
         record.values_.slices = slices;
         record.storage_ = dbrecord::Storage::slices;
@@ -25,6 +25,8 @@ public:
     }
     /// Empties the list of values: the count is 0 afterwards.
     static void drop(dbrecord& record) { record.resize(0); }
+    /// Raises each of `fields` lengths to that of the record's value.
+    static void raiseLengths(const dbrecord& record, unsigned* lengths, unsigned fields);
     /// Appends a value behind the last without marking anything changed.
     static void append(dbrecord& record, std::string_view value);
     /// Stores a value, in range, without marking anything changed.

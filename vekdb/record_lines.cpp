@@ -55,7 +55,7 @@ TextLines::TextLines(TextFile& file, Mark mark) : marks_(mark == Mark::asRead) {
 TextLines::~TextLines() { store_->release(spareReferences_ + 1); }
 
 // References are counted many at a time, before they are needed.
-void TextLines::adopt(const LineSlices* slices, unsigned values, dbrecord& record) {
+void TextLines::adopt(LineSlices* slices, unsigned values, dbrecord& record) {
     if (spareReferences_ == 0) {
         store_->addReferences(referenceBatch);
         spareReferences_ = referenceBatch;

@@ -59,7 +59,7 @@ private:
     LineScan cutUp(dbrecord& record);
     LineScan moveTogether(std::string_view line, dbrecord& record);
     void adoptMoved(const char* first, dbrecord& record);
-    void adopt(const LineSlices* slices, unsigned values, dbrecord& record);
+    void adopt(LineSlices* slices, unsigned values, dbrecord& record);
     void noteRead(dbrecord& record);
 
     LineStore* store_;

@@ -101,18 +101,26 @@ public:
         const bool isShown = rows_.shown(shown_) == &record;
         const unsigned row = isShown ? shown_++ : Rows::none;
         if (column == Columns::none) return;
-        const LightweightString<char> text = StringFromInteger(static_cast<int>(record.get_tag()));
         if (isShown) {
-            table_.set_field(row, column, text.c_str());
+            table_.set_field(row, column, textOf(record.get_tag()));
         } else {
-            record.set_field(static_cast<int>(column), text.c_str());
+            record.set_field(static_cast<int>(column), textOf(record.get_tag()));
         }
     }
 
 private:
+    // Most rows have the tag of the row before.
+    const char* textOf(unsigned tag) {
+        if (tag != tag_) text_ = StringFromInteger(static_cast<int>(tag));
+        tag_ = tag;
+        return text_.c_str();
+    }
+
     vekdb& table_;
     const Rows& rows_;
     unsigned shown_ = 0;
+    unsigned tag_ = 0;
+    LightweightString<char> text_ = StringFromInteger(0);
 };
 
 }  // namespace
