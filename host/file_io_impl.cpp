@@ -1,5 +1,7 @@
 #include "host/file_io_impl.h"
 
+#include "host/large_pages_impl.h"
+
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
@@ -13,7 +15,6 @@
 #include <utility>
 
 #include <fcntl.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,7 +24,6 @@ namespace {
 
 constexpr std::size_t kFirstRoom = std::size_t{64} << 10;
 constexpr std::size_t kProbe = std::size_t{4} << 10;
-constexpr std::size_t kLargeBlock = std::size_t{4} << 20;
 constexpr std::size_t kMostPerCall = std::size_t{1} << 30;
 constexpr int kMostLinks = 40;
 constexpr int kMostNames = 100;
@@ -230,16 +230,8 @@ SystemCalls& systemCalls() {
     return calls;
 }
 
-void expectFilling([[maybe_unused]] TextBlock& block) {
-#if defined(MADV_HUGEPAGE)
-    const auto pageSize = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
-    const auto from = reinterpret_cast<std::uintptr_t>(block.data()) & ~(pageSize - 1);
-    const auto end = reinterpret_cast<std::uintptr_t>(block.data()) + block.size() + 1;
-    const std::size_t size = end - from;
-    if (size >= kLargeBlock) {
-        ::madvise(reinterpret_cast<void*>(from), size, MADV_HUGEPAGE);
-    }
-#endif
+void expectFilling(TextBlock& block) {
+    ::expectFilling(block.data(), block.size() + 1);
 }
 
 bool readWhole(const char* path, Quor::Ptr<TextBlock>& text, std::size_t& textSize) {

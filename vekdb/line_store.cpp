@@ -1,10 +1,11 @@
 #include <algorithm>
 #include <utility>
 
+#include "host/large_pages_impl.h"
 #include "vekdb/line_store_impl.h"
 
 struct LineStore::Chunk {
-    static constexpr std::size_t largest = std::size_t{4} << 20;
+    static constexpr std::size_t largest = std::size_t{16} << 20;
 
     Chunk* next;
 };
@@ -31,6 +32,7 @@ LineStore::~LineStore() {
 void LineStore::addChunk(std::size_t atLeast) {
     const std::size_t size = sizeof(Chunk) + std::max(atLeast, nextChunk_);
     auto* chunk = static_cast<Chunk*>(::operator new(size));
+    expectFilling(chunk, size);
     chunk->next = chunks_;
     chunks_ = chunk;
     free_ = reinterpret_cast<char*>(chunk + 1);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <new>
 
+#include "host/large_pages_impl.h"
+
 #if defined(__SANITIZE_ADDRESS__)
 #define VEKDB_POISON 1
 #elif defined(__has_feature)
@@ -17,7 +19,7 @@
 
 namespace {
 
-constexpr std::size_t largestSlab = 16384;
+constexpr std::size_t largestSlab = std::size_t{1} << 19;
 
 // A destroyed record's place stays in the pool; the sanitizer is told that nobody may touch it.
 void forbid([[maybe_unused]] void* place, [[maybe_unused]] std::size_t bytes) {
@@ -54,6 +56,7 @@ void* RecordPool::take() {
     if (fresh_ == end_) {
         std::size_t bytes = sizeof(Slab) + nextSlab_ * sizeof(Place);
         auto* slab = static_cast<Slab*>(::operator new(bytes));
+        expectFilling(slab, bytes);
         *slab = {slabs_, bytes};
         slabs_ = slab;
         fresh_ = reinterpret_cast<char*>(slab + 1);

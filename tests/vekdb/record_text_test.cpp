@@ -294,4 +294,39 @@ TEST_F(SlicedRecord, ACopyIsWrittenTheSame) {
     EXPECT_EQ("\"a\",\"c\"", written(record));
 }
 
+TEST_F(SlicedRecord, AValueOfTheSameLengthIsWrittenInPlace) {
+    const std::string line = "\"one\",\"two\"";
+    dbrecord record(0);
+    stand(line, record);
+    EXPECT_TRUE(record.set_field(0, " abc"));
+    EXPECT_TRUE(record.get_changed());
+    EXPECT_EQ("\"abc\",\"two\"", written(record));
+    record.set_field(1, record.get_field(0));
+    EXPECT_EQ((Strings{"abc", "abc"}), valuesOf(record));
+    record.set_field(1, "a\"b");
+    EXPECT_EQ("\"abc\",\"a\"\"b\"", written(record));
+}
+
+TEST_F(SlicedRecord, CopiesDoNotSeeEachOthersChanges) {
+    dbrecord record(0);
+    stand("\"one\",\"two\"", record);
+    dbrecord copy(record);
+    record.set_field(0, "abc");
+    copy.set_field(1, "xyz");
+    const dbrecord second(copy);
+    copy.set_field(0, "def");
+    EXPECT_EQ((Strings{"abc", "two"}), valuesOf(record));
+    EXPECT_EQ((Strings{"def", "xyz"}), valuesOf(copy));
+    EXPECT_EQ((Strings{"one", "xyz"}), valuesOf(second));
+}
+
+TEST_F(SlicedRecord, AStringTakenBeforeAChangeStays) {
+    dbrecord record(0);
+    stand("\"one\",\"two\"", record);
+    const LightweightString<char> taken = record.getField(0);
+    record.set_field(0, "abc");
+    EXPECT_EQ("one", taken.view());
+    EXPECT_STREQ("abc", record.get_field(0));
+}
+
 }  // namespace
