@@ -9,14 +9,18 @@
 
 namespace {
 
-constexpr std::size_t firstCapacity = 64;
+constexpr std::size_t firstCapacity = 256;
 constexpr std::size_t longestText = std::numeric_limits<std::size_t>::max() / 4;
 
 }  // namespace
 
 GrowString::~GrowString() {
-    if (text_ != nullptr) {
-        OS()->allocator()->free(text_);
+    letGo(text_);
+}
+
+void GrowString::letGo(char* place) noexcept {
+    if (place != nullptr && place != short_) {
+        OS()->allocator()->free(place);
     }
 }
 
@@ -46,12 +50,16 @@ void GrowString::append(std::string_view text) {
     place[total] = 0;
     if (place != text_) {
         std::swap(place, text_);
-        OS()->allocator()->free(place);
+        letGo(place);
     }
     length_ = total;
 }
 
 char* GrowString::newPlaceFor(std::size_t length) {
+    if (text_ == nullptr && length < sizeof short_) {
+        capacity_ = sizeof short_;
+        return short_;
+    }
     const std::size_t capacity = std::max({firstCapacity, capacity_ * 2, length + 1});
     char* place = static_cast<char*>(OS()->allocator()->allocate(capacity));
     if (length_ != 0) {

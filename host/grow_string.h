@@ -4,10 +4,11 @@
 #include <string_view>
 
 // A buffer that things print themselves into. It takes its room from the host
-// allocator, grows by doubling, and always ends in a 0 character.
+// allocator once the text is no longer short, grows by doubling, and always ends
+// in a 0 character.
 class GrowString {
 public:
-    GrowString() noexcept = default;
+    GrowString() noexcept {}
     GrowString(const GrowString&) = delete;
     GrowString& operator=(const GrowString&) = delete;
     ~GrowString();
@@ -25,8 +26,10 @@ public:
 
 private:
     char* newPlaceFor(std::size_t length);
+    void letGo(char* place) noexcept;
 
     char* text_ = nullptr;
     std::size_t length_ = 0;
     std::size_t capacity_ = 0;
+    char short_[64];
 };

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -63,23 +64,42 @@ public:
         const IdStamp id = IdStamp::next();
         std::atomic<bool> stands = true;
     };
-    using Entries = std::vector<Quor::Ptr<Entry>>;
+    // Never changed once it is made: a delivery goes through the list that stood when it began.
+    struct List : Quor::InternalRefCount {
+        List() = default;
+        explicit List(const List* other) {
+            if (other != nullptr) {
+                entries = other->entries;
+            }
+        }
+        List(const List&) = delete;
+        List& operator=(const List&) = delete;
+
+        std::vector<Quor::Ptr<Entry>> entries;
+    };
 
     Quor::Ptr<Entry> add(const Quor::Ptr<Callback>& callback, int type) {
         const Quor::Ptr<Entry> entry(new Entry(callback, type));
+        Quor::Ptr<List> former;  // let go when the lock is no longer held
         const CriticalSectionHold hold(lock_);
-        entries_.push_back(entry);
+        Quor::Ptr<List> longer(new List(list_.get()));
+        longer->entries.push_back(entry);
+        former = list_;
+        replace(longer);
         return entry;
     }
 
     bool remove(const IdStamp& id) {
-        Quor::Ptr<Entry> removed;  // let go when the lock is no longer held
+        Quor::Ptr<List> former;
         const CriticalSectionHold hold(lock_);
-        for (auto entry = entries_.begin(); entry != entries_.end(); ++entry) {
-            if ((*entry)->id == id) {
-                (*entry)->stands = false;
-                removed.swap(*entry);
-                entries_.erase(entry);
+        former = list_;
+        if (!former) {
+            return false;
+        }
+        for (std::size_t i = 0; i < former->entries.size(); ++i) {
+            if (former->entries[i]->id == id) {
+                former->entries[i]->stands = false;
+                leaveOut(i);
                 return true;
             }
         }
@@ -87,29 +107,31 @@ public:
     }
 
     void removeAll() {
-        Entries removed;
+        Quor::Ptr<List> former;
         const CriticalSectionHold hold(lock_);
-        removed.swap(entries_);
-        for (const Quor::Ptr<Entry>& entry : removed) {
-            entry->stands = false;
+        former = list_;
+        replace(nullptr);
+        for (std::size_t i = 0; former && i < former->entries.size(); ++i) {
+            former->entries[i]->stands = false;
         }
     }
 
-    Entries listeners(int type) const {
-        Entries found;
-        const CriticalSectionHold hold(lock_);
-        for (const Quor::Ptr<Entry>& entry : entries_) {
-            if (entry->type == type) {
-                found.push_back(entry);
-            }
+    // Null while nobody is registered.
+    Quor::Ptr<List> list() const {
+        if (!anybody_) {
+            return nullptr;
         }
-        return found;
+        const CriticalSectionHold hold(lock_);
+        return list_;
     }
 
     bool hasListeners(int type) const {
-        const CriticalSectionHold hold(lock_);
-        for (const Quor::Ptr<Entry>& entry : entries_) {
-            if (entry->type == type) {
+        const Quor::Ptr<List> listed = list();
+        if (!listed) {
+            return false;
+        }
+        for (const Quor::Ptr<Entry>& entry : listed->entries) {
+            if (entry->type == type && entry->stands) {
                 return true;
             }
         }
@@ -117,8 +139,29 @@ public:
     }
 
 private:
+    void replace(const Quor::Ptr<List>& list) {
+        list_ = list;
+        anybody_ = static_cast<bool>(list);
+    }
+
+    // Where there is no memory for a shorter list, the entry stays in it and stands no longer.
+    void leaveOut(std::size_t at) {
+        if (list_->entries.size() == 1) {
+            replace(nullptr);
+            return;
+        }
+        try {
+            Quor::Ptr<List> shorter(new List(list_.get()));
+            shorter->entries.erase(shorter->entries.begin() + static_cast<std::ptrdiff_t>(at));
+            replace(shorter);
+        } catch (const std::bad_alloc&) {
+            return;
+        }
+    }
+
     mutable CriticalSection lock_;
-    Entries entries_;
+    Quor::Ptr<List> list_;
+    std::atomic<bool> anybody_ = false;
 };
 
 namespace {
@@ -183,9 +226,13 @@ void GenericNotifier<M>::deregisterNotification(Quor::Ptr<Quor::Guard>& guard) {
 
 template <class M>
 void GenericNotifier<M>::issueNotification(const M& message, int type) {
-    // The notifier may be gone after any of the calls.
-    for (const auto& entry : registrations_->listeners(type)) {
-        if (entry->stands) {
+    // The notifier may be gone after any of the calls; the list is not.
+    const auto listed = registrations_->list();
+    if (!listed) {
+        return;
+    }
+    for (const auto& entry : listed->entries) {
+        if (entry->type == type && entry->stands) {
             entry->callback->call(message);
         }
     }
@@ -198,8 +245,14 @@ bool GenericNotifier<M>::hasListeners(int type) const {
 
 template <class M>
 void GenericNotifier<M>::visitListeners(int type, Visitor visit, void* context) const {
-    for (const auto& entry : registrations_->listeners(type)) {
-        visit(*entry->callback, context);
+    const auto listed = registrations_->list();
+    if (!listed) {
+        return;
+    }
+    for (const auto& entry : listed->entries) {
+        if (entry->type == type && entry->stands) {
+            visit(*entry->callback, context);
+        }
     }
 }
 

@@ -27,7 +27,8 @@ DeferredRemovals::DeferredRemovals(ViewSlot* slots, std::uint32_t count, std::ui
       entries_(count),
       positions_(count),
       rows_(bound),
-      staleTags_(capacity) {
+      staleTags_(capacity),
+      tail_(count - 1) {
     for (std::uint32_t i = count; i < capacity; ++i) {
         staleTags_[i] = slots[i].tag;
     }
@@ -76,7 +77,7 @@ bool DeferredRemovals::continues(std::uint32_t target, std::uint32_t from) const
 }
 
 bool DeferredRemovals::mayRemove(std::uint32_t at, std::uint32_t n) const noexcept {
-    return !dropping_ || (at == reached_ && n == 1);
+    return !dropping_ || (at == reached_ && n == 1 && positions_.contains(positionAt(entry_)));
 }
 
 std::uint32_t DeferredRemovals::drop(std::uint32_t target) noexcept {
@@ -99,8 +100,14 @@ std::uint32_t DeferredRemovals::drop(std::uint32_t target) noexcept {
 
 void DeferredRemovals::remove(std::uint32_t at, std::uint32_t n) noexcept {
     const std::uint32_t before = count();
-    for (std::uint32_t row = before - n; row < before; ++row) {
+    while (!positions_.contains(tail_)) --tail_;
+    staleTags_[before - 1] = slots_[tail_].tag;
+    for (std::uint32_t row = before - n; row + 1 < before; ++row) {
         staleTags_[row] = slot(row).tag;
+    }
+    if (dropping_) {
+        positions_.erase(positionAt(entry_));
+        return;
     }
     for (; n > 0; --n) {
         positions_.erase(positions_.nth(at));

@@ -68,6 +68,7 @@ private:
     RankedSet rows_;         // source rows that were not dropped
     std::vector<std::uint32_t> byRow_;      // positions by source row; empty when they ascend
     std::vector<std::uint8_t> staleTags_;   // by slot; those below the row count mean nothing
+    std::uint32_t tail_;                    // no row is left behind this position
 
     bool dropping_ = false;
     std::uint32_t target_ = 0;    // of the drop that has begun, as it was given,

@@ -11,7 +11,7 @@ public:
 
     std::uint32_t size() const noexcept { return size_; }
     bool contains(std::uint32_t number) const noexcept {
-        return (words_[number / 64] >> (number % 64) & 1) != 0;
+        return (wordOf(number) >> (number % 64) & 1) != 0;
     }
     /// How many members are less than a number up to the bound.
     std::uint32_t countBelow(std::uint32_t number) const noexcept;
@@ -21,13 +21,29 @@ public:
     void erase(std::uint32_t number) noexcept;
 
 private:
-    // A block is as many words as one line of memory; sums_ is a binary indexed tree over the
-    // blocks' members, so that entry i holds the members of the (i & -i) blocks up to i.
     static constexpr std::uint32_t blockWords = 8;
     static constexpr std::uint32_t blockBits = blockWords * 64;
 
-    std::vector<std::uint64_t> words_;
+    // Part of the set: its words, and the members of the block before each of them.
+    struct Block {
+        std::uint64_t words[blockWords];
+        std::uint16_t before[blockWords];
+    };
+
+    std::uint64_t wordOf(std::uint32_t number) const noexcept {
+        return blocks_[number / blockBits].words[number / 64 % blockWords];
+    }
+    std::uint32_t membersBefore(std::uint32_t block) const noexcept;
+    void lookAtBlockOf(std::uint32_t n) const noexcept;
+
+    std::vector<Block> blocks_;
+    // A binary indexed tree over the blocks' members: entry i holds those of the (i & -i)
+    // blocks up to number i - 1.
     std::vector<std::uint32_t> sums_;
     std::uint32_t size_;
     std::uint32_t topStep_ = 1;  // the largest power of two that is a block number
+    // The block that was looked at last and the members before it: one question is mostly
+    // followed by another near by.
+    mutable std::uint32_t block_ = 0;
+    mutable std::uint32_t before_ = 0;
 };

@@ -40,6 +40,9 @@ Quor::Ptr<Quor::Guard> VDBViewRep::listenTo(Notifier& notifier) {
 }
 
 void VDBViewRep::tell(const char* text, int type) {
+    if (!hasListeners(type)) {
+        return;
+    }
     const Pin pin(*this);
     issueNotification(NotifyMsg(LightweightString<char>(text), nullptr), type);
 }
