@@ -1,6 +1,6 @@
 #include "vekdb/query_pass_impl.h"
 
-#include "vekdb/record.h"
+#include "vekdb/record_access_impl.h"
 #include "vekdb/special_labels_impl.h"
 #include "vekdb/vdb_base.h"
 
@@ -28,10 +28,8 @@ bool QueryPass::matches(const dbrecord& record) const {
         if (!rangeHolds(record, range.columns, range.text)) return false;
     }
     for (const Question& question : questions_) {
-        if (!valueMatches(record.fieldView(question.column), question.type, *question.criteria,
-                          flags_)) {
-            return false;
-        }
+        const std::string_view value = RecordAccess::view(record, question.column);
+        if (!valueMatches(value, question.type, *question.criteria, flags_)) return false;
     }
     return true;
 }

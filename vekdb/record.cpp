@@ -148,9 +148,7 @@ bool dbrecord::setField(unsigned short index, String value) {
 }
 
 std::string_view dbrecord::fieldView(unsigned index) const {
-    if (index >= stored_) return {"", 0};
-    if (storage_ == Storage::slices) return values_.slices->view(index);
-    return values_.strings->view(index);
+    return RecordAccess::view(*this, index);
 }
 
 const char* dbrecord::get_field(unsigned short index) const {

@@ -2,6 +2,7 @@
 
 #include "vekdb/line_store_impl.h"
 #include "vekdb/record.h"
+#include "vekdb/record_strings_impl.h"
 
 /// What the table may do to its records and nobody else: tags, the changed flag, and standing
 /// a record on slices.
@@ -9,6 +10,12 @@ class RecordAccess {
 public:
     static void setTag(dbrecord& record, unsigned value) {
         record.tag_ = static_cast<std::uint8_t>(value);
+    }
+    /// The record's `fieldView`, for loops over all rows.
+    static std::string_view view(const dbrecord& record, unsigned index) {
+        if (index >= record.stored_) return {"", 0};
+        if (record.storage_ == dbrecord::Storage::slices) return record.values_.slices->view(index);
+        return record.values_.strings->view(index);
     }
     static void setChanged(const dbrecord& record, bool changed) { record.changed_ = changed; }
 

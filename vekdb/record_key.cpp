@@ -1,12 +1,23 @@
 #include "vekdb/record_key_impl.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "host/text_util.h"
-#include "vekdb/record.h"
-#include "vekdb/record_compare_impl.h"
+#include "vekdb/record_access_impl.h"
 
 namespace {
+
+// What stands before a value: records compare by this first.
+constexpr unsigned char hasValue = 0;
+constexpr unsigned char hasNoValue = 1;
+constexpr unsigned char isBlankRecord = 2;
+
+constexpr unsigned char mostZeros = 100;
+
+std::string_view textOf(const dbrecord& record, int column) {
+    return RecordAccess::view(record, static_cast<unsigned>(column)).data();
+}
 
 std::string_view digitsAt(std::string_view text, std::size_t place) {
     std::size_t end = place;
@@ -20,29 +31,133 @@ std::size_t leadingZeros(std::string_view digits) {
 
 }  // namespace
 
+KeyLayout::KeyLayout(bool descending) : descending_(descending) {
+    const int* columns = sortColumns();
+    unsigned count = 0;
+    while (count < mostColumns && columns[count] >= 0) ++count;
+    leavesColumnsOut_ = columns[count] >= 0;
+    for (unsigned i = 0; i < count; ++i) addColumn(columns[i], mostPlaces / count);
+    // Without a column, blank records are still told from the others.
+    if (count == 0) addColumn(-1, 1);
+}
+
+void KeyLayout::addColumn(int column, unsigned places) {
+    const ValueOrder order = descending_ ? ValueOrder::part : valueOrderOf(column);
+    const unsigned marks = order == ValueOrder::people ? std::min(places / 4, 8u) : 0;
+    columns_[columnCount_++] = {column, order, static_cast<std::uint8_t>(places - marks),
+                                static_cast<std::uint8_t>(marks)};
+    addSegment(places - marks, 0);
+    if (marks != 0) addSegment(marks, mostZeros);
+}
+
+void KeyLayout::addSegment(unsigned places, std::uint8_t pad) {
+    segments_[segmentCount_++] = {static_cast<std::uint8_t>(placesUsed_),
+                                  static_cast<std::uint8_t>(places), pad};
+    placesUsed_ += places;
+}
+
 /// The zeros that lead a number count only between texts that read alike. Then the first number
 /// with another count of zeros decides, by the character that stands where the other text has one
 /// zero more: a digit of the number, or what follows a number that is nothing but zeros.
 class RecordKeyWriter::ZeroMarks {
 public:
-    static constexpr std::size_t most = 100;
-
     void add(std::size_t zeros, char follower) {
-        if (tooMany_) return;
-        const auto count = static_cast<unsigned char>(std::min(zeros, most));
+        if (isCut_) return;
+        const auto count = static_cast<unsigned char>(std::min<std::size_t>(zeros, mostZeros));
         const bool moreComesFirst = static_cast<unsigned char>(follower) > '0';
-        marks_[count_++] = moreComesFirst ? static_cast<unsigned char>(most - count) : count;
-        tooMany_ = zeros >= most;
+        marks_[count_++] = moreComesFirst ? static_cast<unsigned char>(mostZeros - count) : count;
+        isCut_ = zeros >= mostZeros;
     }
-    std::string_view bytes() const { return {reinterpret_cast<const char*>(marks_), count_}; }
+    unsigned count() const { return count_; }
+    unsigned char operator[](unsigned i) const { return marks_[i]; }
     /// The last mark stands for more than one count of zeros.
-    bool tooMany() const { return tooMany_; }
+    bool isCut() const { return isCut_; }
 
 private:
-    unsigned char marks_[longest];  // every number takes a byte of the key at least
-    std::size_t count_ = 0;
-    bool tooMany_ = false;
+    unsigned char marks_[KeyLayout::mostPlaces];  // every number takes a place at least
+    unsigned count_ = 0;
+    bool isCut_ = false;
 };
+
+void RecordKeyWriter::open(unsigned places) {
+    segment_ = at_++;
+    end_ = at_ + places;
+}
+
+void RecordKeyWriter::close() {
+    *segment_ = static_cast<unsigned char>(at_ - segment_ - 1);
+    ++segments_;
+}
+
+RecordKey RecordKeyWriter::write(const dbrecord* record, unsigned char* to) {
+    begin_ = to;
+    at_ = to + RecordKey::header;
+    segments_ = 0;
+    isCut_ = layout_.leavesColumnsOut();
+    if (record != nullptr) {
+        layout_.isDescending() ? writeDescending(*record) : writeAscending(*record);
+    }
+    while ((at_ - begin_) % RecordKey::word != 0) *at_++ = 0;
+    to[0] = static_cast<unsigned char>(at_ - begin_);
+    to[1] = static_cast<unsigned char>(segments_ | (isCut_ ? RecordKey::cutMark : 0));
+    return RecordKey(to);
+}
+
+void RecordKeyWriter::writeDescending(const dbrecord& record) {
+    for (unsigned i = 0; i < layout_.columnCount() && layout_.column(i).column >= 0; ++i) {
+        open(layout_.column(i).textPlaces);
+        putFolded(textOf(record, layout_.column(i).column));
+        close();
+        if (!isFull()) continue;
+        isCut_ = true;
+        return;
+    }
+}
+
+// What makes a record compare by nothing but that it has no value ends its key.
+void RecordKeyWriter::writeAscending(const dbrecord& record) {
+    for (unsigned i = 0; i < layout_.columnCount(); ++i) {
+        const KeyLayout::Column& column = layout_.column(i);
+        const std::string_view text =
+            column.column < 0 ? "" : withoutLeadingSpace(textOf(record, column.column));
+        if (text.empty()) {
+            open(1);
+            put(i == 0 && record.is_blank() ? isBlankRecord : hasNoValue);
+            return close();
+        }
+        ZeroMarks zeros;
+        if (writeText(column, text, zeros) && writeMarks(column, zeros)) continue;
+        isCut_ = true;
+        return;
+    }
+}
+
+// False where the key must end here.
+bool RecordKeyWriter::writeText(const KeyLayout::Column& column, std::string_view text,
+                                ZeroMarks& zeros) {
+    open(column.textPlaces);
+    put(hasValue);
+    if (column.order == ValueOrder::people) {
+        putAsRead(text, zeros);
+    } else if (column.order == ValueOrder::timecode) {
+        putTimecode(text);
+    } else {
+        putFolded(partToCompare(text));
+    }
+    close();
+    return !isFull();
+}
+
+bool RecordKeyWriter::writeMarks(const KeyLayout::Column& column, const ZeroMarks& zeros) {
+    if (column.markPlaces == 0) return true;
+    if (zeros.count() > column.markPlaces) return false;
+    unsigned count = zeros.count();
+    while (count > 0 && zeros[count - 1] == mostZeros) --count;  // as the pad says
+    open(column.markPlaces);
+    for (unsigned i = 0; i < count; ++i) put(zeros[i]);
+    close();
+    return !zeros.isCut();
+}
 
 void RecordKeyWriter::putFolded(std::string_view text) {
     const std::size_t n = std::min(text.size(), static_cast<std::size_t>(end_ - at_));
@@ -52,18 +167,24 @@ void RecordKeyWriter::putFolded(std::string_view text) {
     at_ += n;
 }
 
-void RecordKeyWriter::putTerminated(std::string_view text) {
-    putFolded(text);
-    put(0);
+void RecordKeyWriter::putTimecode(std::string_view text) {
+    putFolded(timecodeHead(text));
+    putFolded(timecodeTail(text));
 }
 
-void RecordKeyWriter::putTimecode(std::string_view text) {
-    std::string_view head = timecodeHead(text);
-    putFolded(head);
-    for (std::size_t i = head.size(); i < timecodeHeadLength; ++i) {
-        put(0);
+void RecordKeyWriter::putAsRead(std::string_view text, ZeroMarks& zeros) {
+    std::size_t place = 0;
+    while (place < text.size() && !isFull()) {
+        if (!isAsciiDigit(text[place])) {
+            put(static_cast<unsigned char>(asciiLower(text[place++])));
+            continue;
+        }
+        const std::string_view digits = digitsAt(text, place);
+        const std::size_t leading = leadingZeros(digits);
+        zeros.add(leading, text.data()[place + leading]);
+        putDigits(digits.substr(leading));
+        place += digits.size();
     }
-    putTerminated(timecodeTail(text));
 }
 
 // The number of digits, then the digits. Lengths up to 8 stand in the byte of a digit, which no
@@ -76,64 +197,52 @@ void RecordKeyWriter::putDigits(std::string_view digits) {
     } else {
         put('9');
         std::size_t more = digits.size();
-        for (; more >= inNextByte && at_ != end_; more -= inNextByte) {
-            put(inNextByte);
-        }
+        for (; more >= inNextByte && !isFull(); more -= inNextByte) put(inNextByte);
         put(static_cast<unsigned char>(more));
     }
     putFolded(digits);
 }
 
-void RecordKeyWriter::putAsRead(std::string_view text) {
-    ZeroMarks zeros;
-    std::size_t place = 0;
-    while (place < text.size() && at_ != end_) {
-        if (!isAsciiDigit(text[place])) {
-            put(static_cast<unsigned char>(asciiLower(text[place++])));
-            continue;
+namespace {
+
+struct SegmentBytes {
+    const unsigned char* bytes = nullptr;
+    unsigned length = 0;
+};
+
+using Segments = SegmentBytes[8];
+
+void findSegments(RecordKey key, Segments& segments) {
+    key.forEachSegment([&](unsigned i, const unsigned char* bytes, unsigned length) {
+        segments[i] = {bytes, length};
+    });
+}
+
+int compareWithPad(SegmentBytes segment, unsigned from, unsigned char pad) {
+    for (unsigned i = from; i < segment.length; ++i) {
+        if (segment.bytes[i] != pad) return segment.bytes[i] < pad ? -1 : 1;
+    }
+    return 0;
+}
+
+int compareSegments(SegmentBytes a, SegmentBytes b, unsigned char pad) {
+    const unsigned common = std::min(a.length, b.length);
+    const int order = common == 0 ? 0 : std::memcmp(a.bytes, b.bytes, common);
+    if (order != 0) return order;
+    return a.length > b.length ? compareWithPad(a, common, pad) : -compareWithPad(b, common, pad);
+}
+
+}  // namespace
+
+int compareKeys(const KeyLayout& layout, RecordKey a, RecordKey b) {
+    Segments x;
+    Segments y;
+    findSegments(a, x);
+    findSegments(b, y);
+    for (unsigned i = 0; i < layout.segmentCount(); ++i) {
+        if (int order = compareSegments(x[i], y[i], layout.segment(i).pad); order != 0) {
+            return order;
         }
-        const std::string_view digits = digitsAt(text, place);
-        const std::size_t leading = leadingZeros(digits);
-        zeros.add(leading, text.data()[place + leading]);
-        putDigits(digits.substr(leading));
-        place += digits.size();
     }
-    put(0);
-    for (char mark : zeros.bytes()) {
-        put(static_cast<unsigned char>(mark));
-    }
-    if (zeros.tooMany()) cut();
-}
-
-void RecordKeyWriter::putValue(std::string_view text, int column) {
-    switch (valueOrderOf(column)) {
-        case ValueOrder::people:
-            return putAsRead(text);
-        case ValueOrder::timecode:
-            return putTimecode(text);
-        default:
-            return putTerminated(partToCompare(text));
-    }
-}
-
-void RecordKeyWriter::writeAscending(const dbrecord& record) {
-    const int* column = sortColumns();
-    // A record with a value in its first column is not blank; only the others need a full look.
-    const bool isPlain = *column >= 0 && !record.fieldView(static_cast<unsigned>(*column)).empty();
-    const bool isBlank = !isPlain && record.is_blank();
-    put(isBlank);
-    if (isBlank) return;
-
-    for (; *column >= 0 && at_ != end_; ++column) {
-        const std::string_view text = withoutLeadingSpace(textToCompare(record, *column));
-        put(text.empty());
-        if (text.empty()) return;
-        putValue(text, *column);
-    }
-}
-
-void RecordKeyWriter::writeForDescending(const dbrecord& record) {
-    for (const int* column = sortColumns(); *column >= 0 && at_ != end_; ++column) {
-        putTerminated(textToCompare(record, *column));
-    }
+    return 0;
 }

@@ -2,117 +2,89 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
 
 #include "host/os.h"
 
 SortKeys::SortKeys(const SortEntry* entries, std::size_t n, bool descending)
-    : n_(n), descending_(descending) {
+    : layout_(descending), n_(n) {
+    std::fill(shortest_, shortest_ + mostSegments, KeyLayout::mostPlaces);
     try {
         write(entries);
     } catch (...) {
         OS()->allocator()->free(bytes_);
         throw;
     }
+    notePads();
     numberBytes();
 }
 
-SortKeys::~SortKeys() {
-    OS()->allocator()->free(bytes_);
-    OS()->allocator()->free(starts_);
-}
+SortKeys::~SortKeys() { OS()->allocator()->free(bytes_); }
 
 void SortKeys::makeRoom(std::size_t used) {
-    if (room_ - used >= most) return;
+    if (room_ - used >= RecordKey::largest) return;
     constexpr std::size_t usual = 24;
-    const std::size_t room = std::max(n_ * usual, room_ + room_ / 2) + most;
+    const std::size_t room = std::max(n_ * usual, room_ + room_ / 2) + RecordKey::largest;
     bytes_ = static_cast<unsigned char*>(OS()->allocator()->reallocate(bytes_, room));
     room_ = room;
 }
 
 void SortKeys::write(const SortEntry* entries) {
+    RecordKeyWriter writer(layout_);
     std::size_t used = 0;
     for (std::size_t i = 0; i < n_; ++i) {
         makeRoom(used);
-        unsigned char* key = bytes_ + used;
-        writeKey(entries[i].record, key);
+        const RecordKey key = writer.write(entries[i].record, bytes_ + used);
         noteBytes(key);
-        used += sizeOf(key);
+        used += key.size();
     }
 }
 
-// A row without a record has an empty key: nothing is to be told from it.
-void SortKeys::writeKey(const dbrecord* record, unsigned char* to) {
-    RecordKeyWriter writer(to + 1);
-    if (record != nullptr) {
-        descending_ ? writer.writeForDescending(*record) : writer.writeAscending(*record);
-    }
-    const unsigned mark = writer.isCut() ? cutMark : 0;
-    anyCut_ = anyCut_ || mark != 0;
-    to[0] = static_cast<unsigned char>(writer.length() | mark);
+void SortKeys::noteBytes(RecordKey key) {
+    anyCut_ = anyCut_ || key.isCut();
+    key.forEachSegment([&](unsigned segment, const unsigned char* bytes, unsigned length) {
+        const unsigned first = layout_.segment(segment).firstPlace;
+        for (unsigned i = 0; i < length; ++i) numbers_[first + i][bytes[i]] = 1;
+        shortest_[segment] = std::min(shortest_[segment], length);
+        longest_[segment] = std::max(longest_[segment], length);
+    });
+    for (unsigned i = key.segmentCount(); i < layout_.segmentCount(); ++i) shortest_[i] = 0;
 }
 
-void SortKeys::noteBytes(const unsigned char* key) {
-    const unsigned length = lengthOf(key);
-    for (unsigned i = 0; i < length; ++i) {
-        numbers_[i][key[1 + i]] = 1;
+void SortKeys::notePads() {
+    for (unsigned segment = 0; segment < layout_.segmentCount(); ++segment) {
+        const KeyLayout::Segment& at = layout_.segment(segment);
+        for (unsigned i = shortest_[segment]; i < longest_[segment]; ++i) {
+            numbers_[at.firstPlace + i][at.pad] = 1;
+        }
     }
-    shortest_ = std::min(shortest_, length);
-    longest_ = std::max(longest_, length);
 }
 
-// Behind its end a key counts as zeros.
 void SortKeys::numberBytes() {
-    for (unsigned place = 0; place < longest_; ++place) {
-        if (place >= shortest_) numbers_[place][0] = 1;
+    for (unsigned place = 0; place < KeyLayout::mostPlaces; ++place) {
         unsigned next = 0;
         for (std::uint8_t& byte : numbers_[place]) {
             if (byte != 0) byte = static_cast<std::uint8_t>(next++);
         }
-        widths_[place] = static_cast<unsigned char>(std::bit_width(next - 1));
+        widths_[place] = next == 0 ? 0 : static_cast<std::uint8_t>(std::bit_width(next - 1));
         bits_ += widths_[place];
     }
 }
 
 void SortKeys::choosePlaces(unsigned room) {
-    usedBits_ = std::min(bits_, room);
-    placeCount_ = 0;
-    unsigned left = usedBits_;
-    for (unsigned place = 0; place < longest_ && left > 0; ++place) {
-        const unsigned width = widths_[place];
-        if (width == 0) continue;
-        const unsigned taken = std::min(width, left);
-        left -= taken;
-        places_[placeCount_++] = {static_cast<unsigned char>(place),
-                                  static_cast<unsigned char>(width - taken),
-                                  static_cast<unsigned char>(left)};
+    chosenBits_ = std::min(bits_, room);
+    unsigned left = chosenBits_;
+    unsigned end = 0;
+    for (unsigned segment = 0; segment < layout_.segmentCount(); ++segment) {
+        const unsigned first = layout_.segment(segment).firstPlace;
+        for (unsigned i = 0; i < longest_[segment] && left > 0; ++i) {
+            const unsigned width = widths_[first + i];
+            if (width == 0) continue;
+            const unsigned taken = std::min(width, left);
+            left -= taken;
+            places_[end++] = {static_cast<std::uint8_t>(first + i), static_cast<std::uint8_t>(i),
+                              static_cast<std::uint8_t>(width - taken),
+                              static_cast<std::uint8_t>(left)};
+        }
+        placesEnd_[segment] = end;
     }
-}
-
-SortKeys::Short SortKeys::shortForm(const unsigned char* key) const {
-    const unsigned length = lengthOf(key);
-    Short form = 0;
-    for (unsigned i = 0; i < placeCount_ && places_[i].place < length; ++i) {
-        const Place& at = places_[i];
-        const unsigned number = numbers_[at.place][key[1 + at.place]];
-        form |= Short{number >> at.dropped} << at.shift;
-    }
-    // The complement turns the order round.
-    return descending_ ? ((Short{1} << usedBits_) - 1) - form : form;
-}
-
-void SortKeys::index() {
-    starts_ = static_cast<const unsigned char**>(
-        OS()->allocator()->allocate(n_ * sizeof(const unsigned char*)));
-    const unsigned char* key = bytes_;
-    for (std::size_t i = 0; i < n_; ++i) {
-        starts_[i] = key;
-        key += sizeOf(key);
-    }
-}
-
-int SortKeys::compare(std::size_t a, std::size_t b) const {
-    const unsigned common = std::min(lengthOf(starts_[a]), lengthOf(starts_[b]));
-    const int order = std::memcmp(starts_[a] + 1, starts_[b] + 1, common);
-    return descending_ ? -order : order;
 }

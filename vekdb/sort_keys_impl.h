@@ -10,75 +10,86 @@
 /// keys apart.
 ///
 /// The short form numbers the bytes that occur at each place of the keys and writes these
-/// numbers one behind the other. A place where all keys are the same takes no room, the digits
-/// of a number take four bits, so two columns of a log often fit into five bytes.
+/// numbers one behind the other. A place where all keys are the same takes no room and the digits
+/// of a number take four bits, so two columns of a log often fit into five or six bytes.
 class SortKeys {
 public:
-    __extension__ using Short = unsigned __int128;
-
     SortKeys(const SortEntry* entries, std::size_t n, bool descending);
     ~SortKeys();
     SortKeys(const SortKeys&) = delete;
     SortKeys& operator=(const SortKeys&) = delete;
 
-    /// The bits of a short form that nothing is left out of.
-    unsigned bits() const { return bits_; }
-    /// Whether records of the same key are equal.
-    bool areWhole() const { return !anyCut_; }
+    std::size_t count() const { return n_; }
+    /// Whether some keys do not tell everything of their records.
+    bool anyCut() const { return anyCut_; }
 
-    /// Makes the short forms, cut to `room` bits, and gives each with its entry to `take`.
-    template <class Take>
-    void shorten(unsigned room, Take take) {
-        choosePlaces(room);
-        const unsigned char* key = bytes_;
-        for (std::size_t i = 0; i < n_; ++i) {
-            take(i, shortForm(key));
-            key += sizeOf(key);
-        }
+    RecordKey first() const { return RecordKey(bytes_); }
+    static RecordKey next(RecordKey key) { return RecordKey(key.bytes() + key.size()); }
+
+    /// As the records compare; 0 also for keys that were cut at the same place.
+    int compare(RecordKey a, RecordKey b) const {
+        const int order = compareKeys(layout_, a, b);
+        return layout_.isDescending() ? -order : order;
     }
 
-    /// Lets `compare` find the keys. Not needed where short forms tell everything.
-    void index();
-    /// Compares whole keys; 0 also for keys that were cut at the same place.
-    int compare(std::size_t a, std::size_t b) const;
-    bool isCut(std::size_t i) const { return (starts_[i][0] & cutMark) != 0; }
+    /// The bits of a short form that nothing is left out of.
+    unsigned bits() const { return bits_; }
+    /// Prepares short forms of at most `room` bits: the first ones.
+    void choosePlaces(unsigned room);
+    unsigned chosenBits() const { return chosenBits_; }
+    /// The short form of a key. `Form` has room for the bits chosen and is unsigned.
+    template <class Form>
+    Form shortForm(RecordKey key) const;
 
 private:
-    // A key stands behind a byte with its length and the mark of a cut one.
-    static constexpr unsigned cutMark = 0x80;
-    static constexpr std::size_t most = 1 + RecordKeyWriter::longest;
-
     struct Place {
-        unsigned char place;
-        unsigned char dropped;  // low bits of the number that there is no room for
-        unsigned char shift;
+        std::uint8_t place;    // of all
+        std::uint8_t offset;   // in its segment
+        std::uint8_t dropped;  // low bits of the number that there is no room for
+        std::uint8_t shift;
     };
-
-    static unsigned lengthOf(const unsigned char* key) { return key[0] & ~cutMark; }
-    static std::size_t sizeOf(const unsigned char* key) { return 1 + lengthOf(key); }
+    static constexpr unsigned mostSegments = 8;
 
     void write(const SortEntry* entries);
-    void writeKey(const dbrecord* record, unsigned char* to);
-    void noteBytes(const unsigned char* key);
-    void numberBytes();
-    void choosePlaces(unsigned room);
-    Short shortForm(const unsigned char* key) const;
     void makeRoom(std::size_t used);
+    void noteBytes(RecordKey key);
+    void notePads();
+    void numberBytes();
 
+    KeyLayout layout_;
     std::size_t n_;
-    bool descending_;
-    bool anyCut_ = false;
     unsigned char* bytes_ = nullptr;
     std::size_t room_ = 0;
-    const unsigned char** starts_ = nullptr;
+    bool anyCut_ = false;
 
-    unsigned shortest_ = RecordKeyWriter::longest;
-    unsigned longest_ = 0;
-    unsigned bits_ = 0;
-    unsigned usedBits_ = 0;
-    unsigned char widths_[RecordKeyWriter::longest] = {};
-    Place places_[RecordKeyWriter::longest];
-    unsigned placeCount_ = 0;
+    unsigned shortest_[mostSegments];
+    unsigned longest_[mostSegments] = {};
     // First which bytes occur at a place, then their numbers.
-    std::uint8_t numbers_[RecordKeyWriter::longest][256] = {};
+    std::uint8_t numbers_[KeyLayout::mostPlaces][256] = {};
+    std::uint8_t widths_[KeyLayout::mostPlaces] = {};
+    unsigned bits_ = 0;
+
+    Place places_[KeyLayout::mostPlaces];
+    unsigned placesEnd_[mostSegments] = {};  // in places_, of each segment
+    unsigned chosenBits_ = 0;
 };
+
+// Where the key has no such place its pad stands there.
+template <class Form>
+Form SortKeys::shortForm(RecordKey key) const {
+    Form form = 0;
+    auto add = [&](unsigned segment, const unsigned char* bytes, unsigned length) {
+        const unsigned from = segment == 0 ? 0 : placesEnd_[segment - 1];
+        const unsigned char pad = layout_.segment(segment).pad;
+        for (unsigned i = from; i < placesEnd_[segment]; ++i) {
+            const Place& at = places_[i];
+            const unsigned char byte = at.offset < length ? bytes[at.offset] : pad;
+            form |= static_cast<Form>(numbers_[at.place][byte] >> at.dropped) << at.shift;
+        }
+    };
+    key.forEachSegment(add);
+    for (unsigned i = key.segmentCount(); i < layout_.segmentCount(); ++i) add(i, nullptr, 0);
+    // The complement turns the order round.
+    const Form all = static_cast<Form>((static_cast<Form>(1) << chosenBits_) - 1);
+    return layout_.isDescending() ? all - form : form;
+}

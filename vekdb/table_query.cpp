@@ -77,16 +77,27 @@ int vekdb::found_in_special_label_field(dbrecord* record, int field) const {
     return rangeHolds(*record, labelColumns(*this, *pair), rangeText(*criteria));
 }
 
+namespace {
+
+// A tag is written only where it changes: memory that was not written need not be brought back.
+void retag(dbrecord* record, bool isMatch, bool keepTags) {
+    if (record == nullptr || (!isMatch && keepTags)) return;
+    if (record->get_tag() != isMatch) RecordAccess::setTag(*record, isMatch);
+}
+
+}  // namespace
+
 // A row without a record counts as one that matches, as match_record answers for it.
 unsigned vekdb::tagPlainRows(bool keepTags) {
     const QueryPass pass(*this, parts().query, parts().columns);
     const Rows& rows = parts().rows;
+    const unsigned count = rows.shownCount();
     unsigned matching = 0;
-    for (unsigned row = 0; row < rows.shownCount(); ++row) {
+    for (unsigned row = 0; row < count; ++row) {
         dbrecord* record = rows.shown(row);
         const bool isMatch = record == nullptr || pass.matches(*record);
         matching += isMatch;
-        if (record != nullptr && (isMatch || !keepTags)) RecordAccess::setTag(*record, isMatch);
+        retag(record, isMatch, keepTags);
     }
     return matching;
 }

@@ -4,7 +4,7 @@
 
 #include "host/text_util.h"
 #include "host/timecode.h"
-#include "vekdb/record.h"
+#include "vekdb/record_access_impl.h"
 
 namespace {
 
@@ -49,11 +49,11 @@ std::string_view rangeText(const TextSearch::Criteria& criteria) {
 
 bool rangeHolds(const dbrecord& record, LabelColumns columns, std::string_view text) {
     if (columns.start == LabelColumns::missing) return false;
-    const std::string_view start = record.fieldView(columns.start);
+    const std::string_view start = RecordAccess::view(record, columns.start);
     if (start.empty()) return false;
     const int startOrder = compareFront(start, text);
     if (startOrder == 0) return true;
     if (columns.end == LabelColumns::missing) return false;
-    const std::string_view end = record.fieldView(columns.end);
+    const std::string_view end = RecordAccess::view(record, columns.end);
     return !end.empty() && startOrder < 0 && compareFront(end, text) >= 0;
 }

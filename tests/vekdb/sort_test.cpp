@@ -534,7 +534,7 @@ public:
         for (unsigned i = 0; i < columns; ++i) {
             made.types.push_back(below(3) == 0 ? DBFieldTypes::timecode : DBFieldTypes::text);
         }
-        for (unsigned i = below(4); i > 0; --i) {
+        for (unsigned i = below(6); i > 0; --i) {
             made.columns.push_back(static_cast<int>(below(columns)));
         }
         made.offset = below(2) == 0 ? 0 : static_cast<int>(below(9)) - 4;
@@ -544,7 +544,9 @@ public:
     }
 
     Rows rows(unsigned columns, unsigned count) {
-        const unsigned kind = below(5);
+        const unsigned kind = below(7);
+        shared_.clear();
+        for (int i = 0; i < 6; ++i) shared_.push_back(any(20) + any(below(2) * 60));
         Rows made;
         for (unsigned i = 0; i < count; ++i) {
             Values row;
@@ -566,8 +568,12 @@ public:
             case 3:
                 return characters("019a", 1 + below(4)) + std::string(below(3) * 60, '0') +
                        std::to_string(below(3));
-            default:
+            case 4:
                 return any(below(5));
+            case 5:  // long ones that many rows share
+                return shared_[below(6)];
+            default:
+                return shared_[below(6)] + characters("ab", below(3));
         }
     }
 
@@ -590,6 +596,7 @@ private:
     }
 
     testing_support::Random random_;
+    Values shared_;
 };
 
 std::vector<DBFieldDesc> columnsFor(const Settings& settings) {
@@ -657,15 +664,17 @@ TEST(RandomSort, TheRoutinesAgreeWithThePlainModel) {
 
 // --- keys
 
-int compareKeys(const dbrecord& a, const dbrecord& b, bool& isCut) {
-    unsigned char keys[2][RecordKeyWriter::longest] = {};
-    RecordKeyWriter x(keys[0]);
-    RecordKeyWriter y(keys[1]);
-    x.writeAscending(a);
-    y.writeAscending(b);
-    isCut = x.isCut();
-    return std::memcmp(keys[0], keys[1], sizeof keys[0]);
-}
+struct KeysOfTwo {
+    KeysOfTwo(const KeyLayout& layout, const dbrecord& x, const dbrecord& y)
+        : a(RecordKeyWriter(layout).write(&x, bytes[0])),
+          b(RecordKeyWriter(layout).write(&y, bytes[1])),
+          order(compareKeys(layout, a, b)) {}
+
+    unsigned char bytes[2][RecordKey::largest];
+    RecordKey a;
+    RecordKey b;
+    int order;
+};
 
 TEST(SortKey, DecidesAsTheRecordComparisonWhereItDecides) {
     unsigned decided = 0;
@@ -677,13 +686,19 @@ TEST(SortKey, DecidesAsTheRecordComparisonWhereItDecides) {
         std::vector<int> list;
         apply(*table, settings, list);
         table->sortPrepare(1, settings.forceNormal);
+        const bool descending = settings.direction < 0;
+        auto routine = descending ? dbr_backcmp : dbr_cmp;
+        const KeyLayout layout(descending);
         for (unsigned a = 0; a < 20; ++a) {
             for (unsigned b = 0; b < 20; ++b) {
-                bool isCut = false;
-                int order = compareKeys(*table->get_record(a), *table->get_record(b), isCut);
-                if (order == 0 && isCut) continue;
+                const KeysOfTwo keys(layout, *table->get_record(a), *table->get_record(b));
+                if (keys.order == 0) {
+                    ASSERT_EQ(keys.a.isCut(), keys.b.isCut());
+                    if (keys.a.isCut()) continue;
+                }
                 ++decided;
-                ASSERT_EQ(sign(compare(*table, a, b)), sign(order));
+                ASSERT_EQ(sign(compare(*table, a, b, routine)),
+                          sign(descending ? -keys.order : keys.order));
             }
         }
     }
