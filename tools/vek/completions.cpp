@@ -28,7 +28,7 @@ std::string optionNames(const Command& command) {
     std::string out = "--help";
     for (const Option& option : command.options) {
         std::string brief = shortName(option);
-        out += " " + longName(option) + (brief.empty() ? "" : " " + brief);
+        out += concat(" ", longName(option), brief.empty() ? "" : " ", brief);
     }
     return out;
 }
@@ -61,9 +61,9 @@ std::string bash() {
     for (const Command& command : allCommands()) {
         std::string name = command.name;
         values += bashValueCases(command);
-        options += "        " + name + ") words='" + optionNames(command) + "' ;;\n";
+        options += concat("        ", name, ") words='", optionNames(command), "' ;;\n");
         std::string first = argumentChoices(command);
-        if (!first.empty()) choices += "        " + name + ") words='" + first + "' ;;\n";
+        if (!first.empty()) choices += concat("        ", name, ") words='", first, "' ;;\n");
     }
     return "# bash completion for vek\n"
            "_vek() {\n"
@@ -106,7 +106,7 @@ std::string zshOption(const Option& option, const std::string& name) {
     std::string text = (option.repeats ? "*" : "") + name + "[" + zshText(option.help) + "]";
     if (*option.value == '\0') return shellQuoted(text);
     text += std::string(":") + option.value + ":";
-    text += *option.choices != '\0' ? "(" + spaced(option.choices) + ")" : "_files";
+    text += *option.choices != '\0' ? concat("(", spaced(option.choices), ")") : "_files";
     return shellQuoted(text);
 }
 
@@ -120,7 +120,7 @@ std::string zshCommand(const Command& command) {
         }
     }
     for (const Argument& argument : command.arguments) {
-        std::string what = *argument.choices != '\0' ? "(" + spaced(argument.choices) + ")"
+        std::string what = *argument.choices != '\0' ? concat("(", spaced(argument.choices), ")")
                                                      : "_files";
         std::string title = zshText(argument.name);
         out += " \\\n            " +

@@ -47,7 +47,7 @@ private:
         std::string text = std::string(1, sign) + " " + placeOf(log, row) + ":";
         for (unsigned i = 0; i < log.columnCount(); ++i) {
             std::string_view cell = log.cell(row, i);
-            if (!cell.empty()) text += " " + log.columnName(i) + "=" + inQuotes(cell);
+            if (!cell.empty()) text += concat(" ", log.columnName(i), "=", inQuotes(cell));
         }
         out_.line(inked(ink, escaped(text), screen_));
     }

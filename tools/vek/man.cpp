@@ -28,7 +28,7 @@ void addEntry(std::string& out, const std::string& bold, const char* value,
               const std::string& help) {
     out += ".TP\n\\fB" + roff(bold) + "\\fR";
     if (*value != '\0') out += " \\fI" + roff(value) + "\\fR";
-    out += "\n" + roff(help) + "\n";
+    out += concat("\n", roff(help), "\n");
 }
 
 std::string namesOf(const Option& option) {

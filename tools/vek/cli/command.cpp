@@ -26,7 +26,8 @@ std::string wrapped(const std::string& text, std::size_t indent) {
     while (at < text.size()) {
         std::size_t end = std::min(text.find(' ', at), text.size());
         if (column > indent && column + 1 + end - at > 78) {
-            out += "\n" + std::string(indent, ' ');
+            out += '\n';
+            out.append(indent, ' ');
             column = indent;
         } else if (column > indent) {
             out += ' ';
@@ -39,11 +40,17 @@ std::string wrapped(const std::string& text, std::size_t indent) {
     return out;
 }
 
-void addEntry(std::string& out, std::string left, const std::string& help) {
-    left.insert(0, "  ");
-    if (left.size() + 2 > helpColumn) out += left + "\n" + std::string(helpColumn, ' ');
-    else out += left + std::string(helpColumn - left.size(), ' ');
-    out += wrapped(help, helpColumn) + "\n";
+void addEntry(std::string& out, const std::string& left, const std::string& help) {
+    std::size_t width = left.size() + 2;
+    out += "  ";
+    out += left;
+    if (width + 2 > helpColumn) {
+        out += '\n';
+        width = 0;
+    }
+    out.append(helpColumn - width, ' ');
+    out += wrapped(help, helpColumn);
+    out += '\n';
 }
 
 std::string optionTitle(const Option& option) {
@@ -129,7 +136,7 @@ std::vector<std::string> choicesOf(const char* choices) {
 
 std::string usageLine(const Command& command) {
     std::string line = std::string("vek ") + command.name + " [OPTIONS]";
-    for (const Argument& argument : command.arguments) line += " " + argumentTitle(argument);
+    for (const Argument& argument : command.arguments) line += concat(" ", argumentTitle(argument));
     return line;
 }
 

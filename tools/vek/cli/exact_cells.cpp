@@ -15,7 +15,8 @@ constexpr std::size_t longestNote = 4000;  // a line's value holds 4094 bytes, n
 constexpr std::size_t mostNotes = 38;
 
 std::string nameOf(std::size_t note) {
-    return std::string(noteName) + (note == 0 ? "" : " " + std::to_string(note + 1));
+    if (note == 0) return std::string(noteName);
+    return concat(noteName, " ", std::to_string(note + 1));
 }
 
 bool isPlain(char c) {

@@ -19,8 +19,8 @@ void say(const std::string& text) {
 }
 
 std::string inQuotes(std::string_view text) {
-    if (text.size() <= longestQuote) return "\"" + std::string(text) + "\"";
-    return "\"" + fitted(text.substr(0, 4 * longestQuote), longestQuote) + "\"";
+    if (text.size() <= longestQuote) return concat("\"", text, "\"");
+    return concat("\"", fitted(text.substr(0, 4 * longestQuote), longestQuote), "\"");
 }
 
 std::string counted(std::size_t count, const char* one, const char* many) {

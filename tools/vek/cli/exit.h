@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace vek {
 
@@ -22,6 +23,15 @@ struct Failure {
 /// One message on the standard error stream, "vek: " before it and a line end behind. Control
 /// characters are shown escaped, so that a file's content never reaches the terminal raw.
 void say(const std::string& text);
+
+/// The parts one behind the other.
+template <class... Parts>
+std::string concat(const Parts&... parts) {
+    std::string out;
+    out.reserve((std::string_view(parts).size() + ...));
+    (out.append(std::string_view(parts)), ...);
+    return out;
+}
 
 /// A text between quotes for a message, cut where it is very long.
 std::string inQuotes(std::string_view text);

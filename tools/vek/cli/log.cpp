@@ -45,7 +45,7 @@ Format recognised(const std::string& path, std::string_view text) {
     for (const FormatEntry& entry : formats) {
         std::size_t dot = path.rfind('.');
         if (dot == std::string::npos) break;
-        LightweightString<char> ending = cellText("|" + path.substr(dot) + "|");
+        LightweightString<char> ending = cellText(concat("|", path.substr(dot), "|"));
         toLower(ending);
         if (std::string_view(entry.endings).find(ending.view()) != std::string_view::npos) {
             return entry.format;
@@ -115,7 +115,7 @@ const char* formatName(Format format) {
 
 std::string worded(const std::string& file, const Problem& problem) {
     std::string text = file;
-    if (problem.line != 0) text += ":" + std::to_string(problem.line);
+    if (problem.line != 0) text += concat(":", std::to_string(problem.line));
     if (!problem.column.empty()) text += ":" + problem.column;
     text += ": " + problem.found;
     if (!problem.expected.empty()) text += ", expected " + problem.expected;

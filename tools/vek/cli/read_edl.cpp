@@ -35,29 +35,30 @@ bool startsWithNumber(std::string_view word) {
 
 std::string joined(const std::vector<std::string_view>& parts, std::size_t from, std::size_t to) {
     std::string out;
-    for (std::size_t i = from; i < to; ++i) out += (out.empty() ? "" : " ") + std::string(parts[i]);
+    for (std::size_t i = from; i < to; ++i) out += concat(out.empty() ? "" : " ", parts[i]);
     return out;
 }
 
-// Number, reel, track, kind, perhaps a length, and four timecodes. A reel may hold blanks.
-std::optional<Event> parseEvent(std::string_view line) {
+// Number, reel, track, kind, perhaps a length, and four timecodes. A reel may hold blanks. False
+// for other lines.
+bool parseEvent(std::string_view line, Event& made) {
     std::vector<std::string_view> parts = words(line);
-    if (parts.size() < 8 || !startsWithNumber(parts[0])) return {};
+    if (parts.size() < 8 || !startsWithNumber(parts[0])) return false;
     std::size_t codes = parts.size() - 4;
     for (std::size_t i = codes; i < parts.size(); ++i) {
-        if (parts[i].size() != 11 || !parseTimecode(parts[i])) return {};
+        if (parts[i].size() != 11 || !parseTimecode(parts[i])) return false;
     }
     bool hasLength = codes >= 5 && startsWithNumber(parts[codes - 1]);
     std::size_t kindAt = hasLength ? codes - 2 : codes - 1;
-    if (kindAt < 3) return {};
-    Event made;
+    if (kindAt < 3) return false;
+    made = {};
     made[event] = parts[0];
     made[reel] = joined(parts, 1, kindAt - 1);
     made[track] = parts[kindAt - 1];
     made[kind] = parts[kindAt];
     if (hasLength) made[length] = parts[codes - 1];
     for (std::size_t i = 0; i < 4; ++i) made[sourceIn + i] = parts[codes + i];
-    return made;
+    return true;
 }
 
 // The text behind "NAME:", with or without the star of a comment; nothing for other lines.
@@ -89,21 +90,21 @@ public:
 
 private:
     void take(std::string_view line) {
-        if (std::optional<Event> next = parseEvent(line)) {
+        Event next;
+        if (parseEvent(line, next)) {
             store();
             open_ = std::move(next);
-            (*open_)[comments] = std::move(waiting_);
-            waiting_.clear();
+            open_[comments].swap(waiting_);
             openLine_ = walk_.number();
         } else if (!takeHeading(line) && !takeClipName(line)) {
             reportOddEvent(line);
-            addComment(open_ ? (*open_)[comments] : waiting_, line);
+            addComment(isOpen() ? open_[comments] : waiting_, line);
         }
     }
 
     // Only in front of the first event: behind it, counting that changes is a comment there.
     bool takeHeading(std::string_view line) {
-        if (open_ || log_.rowCount() > 0) return false;
+        if (isOpen() || log_.rowCount() > 0) return false;
         for (const char* name : {"TITLE", "FCM"}) {
             std::optional<std::string_view> value = valueOf(line, name);
             if (!value) continue;
@@ -114,9 +115,9 @@ private:
     }
 
     bool takeClipName(std::string_view line) {
-        if (!open_) return false;
-        return takeClipName(line, "FROM CLIP NAME", (*open_)[clipName]) ||
-               takeClipName(line, "TO CLIP NAME", (*open_)[toClipName]);
+        if (!isOpen()) return false;
+        return takeClipName(line, "FROM CLIP NAME", open_[clipName]) ||
+               takeClipName(line, "TO CLIP NAME", open_[toClipName]);
     }
 
     static bool takeClipName(std::string_view line, const char* name, std::string& cell) {
@@ -140,10 +141,12 @@ private:
     }
 
     void store() {
-        if (!open_) return;
-        builder_.addRow(openLine_, {open_->begin(), open_->end()});
-        open_.reset();
+        if (isOpen()) builder_.addRow(openLine_, {open_.begin(), open_.end()});
+        open_ = {};
+        openLine_ = 0;
     }
+
+    bool isOpen() const { return openLine_ != 0; }
 
     [[noreturn]] void refuse() const {
         throw Failure{unreadable, log_.name + ":1: no event and no TITLE, expected an edit list "
@@ -153,8 +156,8 @@ private:
     LineWalk walk_;
     Log& log_;
     TableBuilder builder_;
-    std::optional<Event> open_;
-    std::size_t openLine_ = 0;
+    Event open_;
+    std::size_t openLine_ = 0;  // 0 while no event is open
     std::string waiting_;
 };
 

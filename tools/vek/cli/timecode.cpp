@@ -46,8 +46,8 @@ int droppedEachMinute(int nominal) {
 
 std::optional<Timecode> parseTimecode(std::string_view text) {
     if (text.size() == 11) return parsePunctuated(text);
-    if (text.size() == 10 && isSeparator(text[1])) return parsePunctuated("0" + std::string(text));
-    return parseCompact(text);
+    if (text.size() != 10 || !isSeparator(text[1])) return parseCompact(text);
+    return parsePunctuated(std::string(1, '0').append(text));
 }
 
 std::optional<FrameRate> parseFrameRate(std::string_view text) {

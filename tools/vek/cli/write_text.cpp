@@ -200,7 +200,7 @@ void writeAle(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& 
     writeAleHeading(sheet, end, out, losses);
     std::string names;
     for (unsigned i = 0; i < sheet.columns.size(); ++i) {
-        names += (i == 0 ? "" : "\t") + forAle(sheet.name(i));
+        names += concat(i == 0 ? "" : "\t", forAle(sheet.name(i)));
     }
     out.write(std::string(end) + "Column" + end + names + end + end + "Data" + end);
     for (unsigned row = 0; row < sheet.rowCount(); ++row) {

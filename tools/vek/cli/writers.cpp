@@ -27,7 +27,7 @@ constexpr TargetEntry targets[] = {
 const TargetEntry* entryOfPath(const std::string& path) {
     std::size_t dot = path.rfind('.');
     if (dot == std::string::npos || path.find('/', dot) != std::string::npos) return nullptr;
-    LightweightString<char> ending = cellText("|" + path.substr(dot) + "|");
+    LightweightString<char> ending = cellText(concat("|", path.substr(dot), "|"));
     toLower(ending);
     for (const TargetEntry& entry : targets) {
         if (std::string_view(entry.endings).find(ending.view()) != std::string_view::npos) {
