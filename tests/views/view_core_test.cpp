@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <type_traits>
+
 #include "host/grow_string.h"
 #include "support/sexpr.h"
 #include "testing/capture_diagnostics.h"
@@ -46,6 +48,10 @@ struct ThreeColumns : testing::Test {
 };
 
 }  // namespace
+
+static_assert(std::is_abstract_v<VDBBase> && std::has_virtual_destructor_v<VDBBase>);
+static_assert(std::is_base_of_v<VDBBase, VDBViewRep> && std::is_base_of_v<Notifier, VDBViewRep>);
+static_assert(!std::is_copy_constructible_v<VDBViewRep>);
 
 // --- construction and field specs
 
