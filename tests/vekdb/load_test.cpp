@@ -341,6 +341,21 @@ TEST_F(Load, AFileWithoutAHeaderGetsItsTypesFromItsNames) {
     EXPECT_EQ(1u, table->get_fieldnum("start"));
 }
 
+TEST_F(Load, ABlankNamesLineIsATableWithoutColumns) {
+    auto table = load({"\"VEKDB:Rev 1\"", ""}, all, false);
+    EXPECT_TRUE(table->get_valid());
+    EXPECT_EQ(0u, table->get_num_fields());
+    EXPECT_FALSE(load({"\"VEKDB:Rev 1\"", ""}, all, true)->get_valid());
+}
+
+TEST_F(Load, ALineWithoutAColonEndsTheBlockAlsoBehindTheFortiethParameter) {
+    Strings lines = {"\"VEKDB:Rev 1\""};
+    for (int i = 1; i < 45; ++i) lines.push_back("\"p" + std::to_string(i) + ":x\"");
+    lines.insert(lines.end(), {"\"A\",\"B\"", "\"a\",\"b\""});
+    EXPECT_FALSE(load(lines, all, true)->get_valid());
+    EXPECT_EQ((Rows{{"a", "b"}}), rowsOf(*load(lines, all, false)));
+}
+
 TEST_F(Load, AMagicLineAmongTheRecordsIsReachedInTablesOfOneColumn) {
     auto table = load(headerAnd({"A"}, {"\"a\"", "\"vekdb\"", "\"x\"", "\"y\"", "\"z\"",
                                         "\"w\""}));
@@ -507,6 +522,12 @@ TEST_F(AddText, TakesNothingWhenFullOrAskedForNothing) {
     EXPECT_EQ(1u, add({"\"a\",\"b\""}));
     vekdb empty;
     EXPECT_EQ(0u, addTo(empty, {"\"a\",\"b\""}));
+}
+
+TEST_F(AddText, ARefusedLineModifiesTheTableAllTheSame) {
+    EXPECT_EQ(0u, add({"\"short\""}));
+    EXPECT_TRUE(table.get_modified());
+    EXPECT_NE(0, table.get_modification_time());
 }
 
 TEST_F(AddText, TheErrorCountsTheRecordsOfTheCall) {

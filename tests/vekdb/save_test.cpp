@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "testing/failing_allocator.h"
 #include "testing/table_files.h"
 #include "testing/tables.h"
 #include "testing/temp_dir.h"
@@ -374,6 +375,24 @@ TEST_F(Save, ALoadedTableIsSavedAsItWasRead) {
     folder.write("log.vek", text);
     EXPECT_EQ(3, reload()->save_text());
     EXPECT_EQ(text, folder.read("log.vek"));
+}
+
+TEST_F(SaveTable, ASaveWithoutMemoryLeavesTableAndFileAsTheyWere) {
+    table.add_param("P", "p");
+    table.save_text();
+    table.clear_changed();
+    const std::string before = folder.read("log.vek");
+    const std::vector<Strings> rows = rowsOf(table);
+    table.set_tag(1, 1);
+    const unsigned failures = testing_support::failEachAllocation(
+        [&] { table.save_text(); },
+        [&] {
+            EXPECT_EQ(before, folder.read("log.vek"));
+            EXPECT_FALSE(table.get_modified());
+        });
+    EXPECT_GT(failures, 2u);
+    EXPECT_EQ("1", std::string(table.getField(1, 1).c_str()));
+    EXPECT_EQ(rows.size(), rowsOf(table).size());
 }
 
 }  // namespace
