@@ -172,15 +172,31 @@ public:
     /// Loads the table's own file; the result is the valid flag. At most `maxRecords` rows are
     /// read, none for 0 or less; `requireMagic` refuses files without a column header.
     void loadFromFile(int maxRecords, bool requireMagic);
+    /// Reads the parameter block from the file's current line on; `header` holds the line behind
+    /// it afterwards. 1 when that is the magic line, 2 when it is a line without a colon and no
+    /// magic line follows, 0 when the file does not begin with parameters, 3 when it ends inside
+    /// them or is malformed.
     int read_params(TextFile& file, dbrecord& header);
+    /// Appends records from the file's current line on, up to an essentially empty line or one
+    /// with another number of values than there are columns, which sets the error record. How
+    /// many; none while the rows fill the capacity. `skipFirst` passes over the first line. The
+    /// file's text stays as it is.
     unsigned add_text(TextFile& file, int skipFirst, int maxRecords);
+    /// The same from the table's own file, whose first line is passed over; 0 when it cannot be
+    /// read. A file with a header stops at it, unless the table has one column.
     unsigned load_text(int maxRecords);
-    /// The number of records written, 0 when saving failed.
+    /// Writes all rows, also those not shown, and stores each one's tag in a column named "Tag".
+    /// The number of records written, 0 when saving failed. Saving clears the changed flags, also
+    /// when it fails, and leaves the modified flag as it is.
     int save_text() override;
     /// Writes the tagged records only; 1, or 0 when saving failed.
     int save_tags() override;
+    /// As `save_text`, with parameters and names alone before the records. Such a file loads
+    /// only where no header is required.
     int save_text_without_header();
+    /// Appends a line for each parameter.
     void save_params(TextFile& file) const;
+    /// Appends the lines of the column header, or only the one of the names.
     void save_column_header(TextFile& file, bool namesOnly) const;
 
     // --- sorting and lookup

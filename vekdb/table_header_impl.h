@@ -9,7 +9,7 @@ class TextFile;
 /// Reads what stands before the records of a table file: parameters and column header.
 class TableHeader {
 public:
-    /// How the parameter block ended.
+    /// How the parameter block ended; the numbers are what `read_params` answers.
     enum class Block {
         missing,  ///< the file does not begin with one; the line stands in `line`
         magic,    ///< at the magic line, which stands in `line`
