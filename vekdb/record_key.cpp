@@ -89,14 +89,12 @@ void RecordKeyWriter::close() {
     ++segments_;
 }
 
-RecordKey RecordKeyWriter::write(const dbrecord* record, unsigned char* to) {
+RecordKey RecordKeyWriter::write(const dbrecord& record, unsigned char* to) {
     begin_ = to;
     at_ = to + RecordKey::header;
     segments_ = 0;
     isCut_ = layout_.leavesColumnsOut();
-    if (record != nullptr) {
-        layout_.isDescending() ? writeDescending(*record) : writeAscending(*record);
-    }
+    layout_.isDescending() ? writeDescending(record) : writeAscending(record);
     while ((at_ - begin_) % RecordKey::word != 0) *at_++ = 0;
     to[0] = static_cast<unsigned char>(at_ - begin_);
     to[1] = static_cast<unsigned char>(segments_ | (isCut_ ? RecordKey::cutMark : 0));

@@ -101,8 +101,8 @@ class RecordKeyWriter {
 public:
     explicit RecordKeyWriter(const KeyLayout& layout) : layout_(layout) {}
 
-    /// `to` has room for the largest key. Without a record the key has no segments.
-    RecordKey write(const dbrecord* record, unsigned char* to);
+    /// `to` has room for the largest key.
+    RecordKey write(const dbrecord& record, unsigned char* to);
 
 private:
     class ZeroMarks;

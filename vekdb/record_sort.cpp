@@ -1,9 +1,12 @@
 #include "vekdb/record_sort_impl.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <memory>
+#include <vector>
 
 #include "vekdb/key_ranks_impl.h"
 #include "vekdb/record_compare_impl.h"
@@ -45,29 +48,26 @@ private:
     bool descending_;
     unsigned indexBits_;
     bool isForKeys_;
-    bool inOrder_ = true;  // by position
+    bool inOrder_ = true;             // by position
     const SortKeys* keys_ = nullptr;  // where the short ones do not tell everything
     std::unique_ptr<const unsigned char*[]> keyOf_;
 };
 
-// A row without a record is equal to every other, which no key can say.
 RecordSort::RecordSort(SortEntry* entries, std::size_t n, bool descending)
     : entries_(entries),
       n_(n),
       descending_(descending),
       indexBits_(static_cast<unsigned>(std::bit_width(n - 1))),
       isForKeys_(n >= worthKeys) {
-    for (std::size_t i = 0; i < n_; ++i) {
-        isForKeys_ = isForKeys_ && entries_[i].record != nullptr;
-        inOrder_ = inOrder_ && (i == 0 || entries_[i - 1].position < entries_[i].position);
+    for (std::size_t i = 1; i < n_; ++i) {
+        inOrder_ = inOrder_ && entries_[i - 1].position < entries_[i].position;
     }
 }
 
 int RecordSort::compareRecords(std::size_t a, std::size_t b) const {
-    const dbrecord* x = entries_[a].record;
-    const dbrecord* y = entries_[b].record;
-    if (x == nullptr || y == nullptr) return 0;
-    return descending_ ? compareDescending(*x, *y) : compareAscending(*x, *y);
+    const dbrecord& x = *entries_[a].record;
+    const dbrecord& y = *entries_[b].record;
+    return descending_ ? compareDescending(x, y) : compareAscending(x, y);
 }
 
 int RecordSort::compareByKeys(std::size_t a, std::size_t b) const {
@@ -150,8 +150,27 @@ void RecordSort::sortWide(SortKeys& keys) {
     putInOrder(items.get(), [](const WideItem& item) { return item.index; });
 }
 
+void sortAll(SortEntry* entries, std::size_t n, bool descending) {
+    if (n >= 2) RecordSort(entries, n, descending).run();
+}
+
+bool hasRecord(const SortEntry& entry) { return entry.record != nullptr; }
+
+// A row that is equal to every other would leave no order among them: it is kept out.
+void sortAround(SortEntry* entries, std::size_t n, bool descending) {
+    std::vector<SortEntry> present;
+    present.reserve(n);
+    std::copy_if(entries, entries + n, std::back_inserter(present), hasRecord);
+    sortAll(present.data(), present.size(), descending);
+    auto next = present.begin();
+    for (std::size_t i = 0; i < n; ++i) {
+        if (hasRecord(entries[i])) entries[i] = *next++;
+    }
+}
+
 }  // namespace
 
 void sortRecordEntries(SortEntry* entries, std::size_t n, int direction) {
-    if (n >= 2) RecordSort(entries, n, direction < 0).run();
+    const bool allPresent = std::all_of(entries, entries + n, hasRecord);
+    (allPresent ? sortAll : sortAround)(entries, n, direction < 0);
 }

@@ -13,7 +13,8 @@ struct SortEntry {
 
 /// Sorts the entries in place by the record comparison in force since the last `sortPrepare`:
 /// descending when `direction` is negative, otherwise ascending. Where the comparison finds
-/// records equal the lower position comes first; a row without a record is equal to every other.
-/// Comparisons, also those that a prepared key decides, are counted in `comco`. When memory is
-/// exhausted BadAlloc is thrown and the entries stand as they did.
+/// records equal the lower position comes first. A row without a record is equal to every other:
+/// its entry stays where it is, and the others are sorted around it. Comparisons, also those
+/// that a prepared key decides, are counted in `comco`. When memory is exhausted BadAlloc is
+/// thrown and the entries stand as they did.
 void sortRecordEntries(SortEntry* entries, std::size_t n, int direction);

@@ -33,7 +33,7 @@ void SortKeys::write(const SortEntry* entries) {
     std::size_t used = 0;
     for (std::size_t i = 0; i < n_; ++i) {
         makeRoom(used);
-        const RecordKey key = writer.write(entries[i].record, bytes_ + used);
+        const RecordKey key = writer.write(*entries[i].record, bytes_ + used);
         noteBytes(key);
         used += key.size();
     }
