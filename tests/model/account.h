@@ -2,6 +2,7 @@
 
 #include <concepts>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -15,10 +16,7 @@ public:
         if (spelled_) {
             text_ += text;
         } else {
-            for (char c : text) {
-                mix(static_cast<unsigned char>(c));
-            }
-            mix(256);
+            mix(std::hash<std::string_view>()(text));
         }
         return *this;
     }
@@ -27,7 +25,15 @@ public:
         if (spelled_) {
             text_ += std::to_string(number);
         } else {
-            mix(static_cast<std::uint64_t>(number) + 257);
+            mix(static_cast<std::uint64_t>(number) + 1);
+        }
+        return *this;
+    }
+
+    /// Helps a reader and says nothing.
+    Account& mark(const char* text) {
+        if (spelled_) {
+            text_ += text;
         }
         return *this;
     }

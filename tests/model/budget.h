@@ -8,15 +8,17 @@
 
 /// How long a random test goes on: for its time, and for a number of rounds however slow they
 /// are, so that it cannot pass by doing nothing. VEKDB_MODEL_SECONDS sets the time of each test,
-/// VEKDB_MODEL_SEED the seed of the first round; the seeds that ran are printed.
+/// VEKDB_MODEL_SEED the seed of the first round; the first seed is printed before it runs.
 class Budget {
 public:
     Budget(double seconds, std::uint64_t fewestRounds)
         : end_(std::chrono::steady_clock::now() + time(seconds)),
           fewest_(fewestRounds),
           first_(firstSeed()),
-          seed_(first_) {}
-    ~Budget() { std::cout << "seeds " << first_ << " to " << seed_ - 1 << "\n"; }
+          seed_(first_) {
+        std::cout << "first seed " << first_ << std::endl;
+    }
+    ~Budget() { std::cout << "rounds " << rounds() << std::endl; }
 
     bool goesOn() const { return rounds() < fewest_ || std::chrono::steady_clock::now() < end_; }
     std::uint64_t nextSeed() { return seed_++; }

@@ -114,7 +114,7 @@ template <class World>
 template <class Table>
 void Performer<World>::recordsOf(Table& table) {
     for (unsigned row = 0; row < table.get_num_records(); ++row) {
-        account() << "\n  " << row;
+        account().mark("\n  ") << row;
         describe(*table.get_record(row), account());
     }
 }
@@ -124,11 +124,11 @@ template <class View>
 void Performer<World>::rowsOf(View& view) {
     account() << " rows";
     for (unsigned row = 0; row < view.get_num_records(); ++row) {
-        account() << " " << sourceRow(view, row) << (slotTag(view, row) != 0 ? "*" : "");
+        (account().mark(" ") << sourceRow(view, row)).mark("/") << slotTag(view, row);
     }
     account() << " behind ";
     for (unsigned slot = view.get_num_records(); slot < indexCapacity(view); ++slot) {
-        account() << (slotTag(view, slot) != 0 ? "*" : ".");
+        account() << slotTag(view, slot);
     }
 }
 
@@ -175,10 +175,10 @@ void Performer<World>::state() {
         for (unsigned row = 0; row < world_.view(i).get_num_records(); ++row) {
             const void* record = world_.view(i).get_record(row);
             const auto known = rowOf.find(record);
-            account() << " " << (record == nullptr        ? -1L
-                                 : known == rowOf.end() ? -2L
-                                                        : static_cast<long>(known->second));
-            account() << "/" << world_.view(i).baseIndex(row);
+            account().mark(" ") << (record == nullptr        ? -1L
+                                    : known == rowOf.end() ? -2L
+                                                           : static_cast<long>(known->second));
+            account().mark("/") << world_.view(i).baseIndex(row);
         }
     }
 }

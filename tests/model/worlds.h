@@ -181,13 +181,13 @@ inline unsigned holders(const plain::View& view) { return view.holders(); }
 inline void describe(const dbrecord& record, Account& account) {
     account << " tag " << record.get_tag() << (record.get_changed() ? " changed" : "");
     for (unsigned i = 0; i < record.get_num_fields(); ++i) {
-        account << " [" << record.fieldView(i) << "]";
+        (account.mark(" [") << record.fieldView(i)).mark("]");
     }
 }
 inline void describe(const plain::Record& record, Account& account) {
     account << " tag " << record.tag << (record.changed ? " changed" : "");
     for (const std::string& value : record.values) {
-        account << " [" << value << "]";
+        (account.mark(" [") << value).mark("]");
     }
 }
 
