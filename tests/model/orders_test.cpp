@@ -170,7 +170,7 @@ unsigned randomRows(Random& random) {
 }  // namespace
 
 TEST(RandomOrders, TablesAreSortedAsRecordsCompare) {
-    Budget budget(3, 30);
+    Budget budget(1, 30);
     while (budget.goesOn()) {
         const std::uint64_t seed = budget.nextSeed();
         Random random(seed);
@@ -185,7 +185,7 @@ TEST(RandomOrders, TablesAreSortedAsRecordsCompare) {
 }
 
 TEST(RandomOrders, StackedViewsAreSortedAsRecordsCompare) {
-    Budget budget(3, 30);
+    Budget budget(1, 30);
     while (budget.goesOn()) {
         const std::uint64_t seed = budget.nextSeed();
         Random random(seed);
@@ -211,7 +211,7 @@ TEST(RandomOrders, StackedViewsAreSortedAsRecordsCompare) {
 }
 
 TEST(RandomOrders, DifferentValuesAreTaggedAsTheModelDoes) {
-    Budget budget(2, 30);
+    Budget budget(1, 30);
     while (budget.goesOn()) {
         const std::uint64_t seed = budget.nextSeed();
         Random random(seed);

@@ -149,7 +149,7 @@ std::string shown(const std::vector<std::string>& texts) {
 }  // namespace
 
 TEST(RandomQueries, FindTheRowsThatMatchByTheRule) {
-    Budget budget(3, 30);
+    Budget budget(1, 30);
     while (budget.goesOn()) {
         const std::uint64_t seed = budget.nextSeed();
         Random random(seed);

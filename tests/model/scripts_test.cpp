@@ -189,15 +189,15 @@ void runScripts(const Weights& weights, int steps, double seconds) {
 }  // namespace
 
 TEST(RandomScripts, TablesDoWhatThePlainModelDoes) {
-    runScripts(tableWeights, 40, 5);
+    runScripts(tableWeights, 40, 4);
 }
 
 TEST(RandomScripts, StacksOfViewsDoWhatThePlainModelDoes) {
-    runScripts(viewWeights, 40, 10);
+    runScripts(viewWeights, 40, 8);
 }
 
 TEST(RandomScripts, DeletionsAndRemovalsDoWhatThePlainModelDoes) {
-    runScripts(deletionWeights, 40, 5);
+    runScripts(deletionWeights, 40, 4);
 }
 
 TEST(RandomScripts, ViewsWhoseTableGoesDoWhatThePlainModelDoes) {
