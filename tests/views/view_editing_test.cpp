@@ -18,7 +18,8 @@ public:
     explicit WatchedTable(int rows) : vekdb(textColumns({"Name"})) {
         vekdb::add_records(rows);
         for (int i = 0; i < rows; ++i) {
-            set_field(static_cast<unsigned>(i), 0u, ("r" + std::to_string(i)).c_str());
+            const std::string name = std::string("r").append(std::to_string(i));
+            set_field(static_cast<unsigned>(i), 0u, name.c_str());
         }
     }
     using vekdb::set_field;

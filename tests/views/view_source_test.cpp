@@ -39,8 +39,9 @@ public:
     bool get_valid() const override { return valid; }
 
     void note(const char* name, int a, int b = 0, int c = 0) const {
-        log.push_back(std::string(name) + " " + std::to_string(a) + " " + std::to_string(b) + " " +
-                      std::to_string(c));
+        std::string entry(name);
+        for (int value : {a, b, c}) joinWord(entry, std::to_string(value));
+        log.push_back(entry);
     }
 
     mutable std::vector<std::string> log;
@@ -224,7 +225,7 @@ TEST(ViewSource, AViewHoldsMoreParametersThanATable) {
     vekdb table(textColumns({"A"}));
     VDBView view(&table);
     for (int i = 0; i < 60; ++i) {
-        view->add_param(("p" + std::to_string(i)).c_str(), "v");
+        view->add_param(std::string("p").append(std::to_string(i)).c_str(), "v");
     }
     EXPECT_STREQ("v", view->get_param_val("p59"));
 }
