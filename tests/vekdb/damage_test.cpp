@@ -1,0 +1,253 @@
+#include <gmock/gmock.h>
+
+#include <cerrno>
+#include <memory>
+#include <string>
+
+#include "fuzz/round_trip.h"
+#include "host/diagnostics.h"
+#include "host/file_io_impl.h"
+#include "host/text_file.h"
+#include "testing/failing_allocator.h"
+#include "testing/temp_dir.h"
+#include "vekdb/table.h"
+
+using testing::ElementsAre;
+using testing_support::CountingAllocator;
+using testing_support::failEachAllocation;
+using testing_support::TempDir;
+
+namespace {
+
+const std::string smallFile =
+    "\"VEKDB:Rev 1\"\n"
+    "\"Project:Night\"\n"
+    "\"VEKDB\"\n"
+    "\"10\",\"4\",\"100\",\"1\"\n"
+    "\"text\",\"long\",\"text\",\"text\"\n"
+    "\"Reel\",\"Take\",\"Notes\",\"Tag\"\n"
+    "\"A001\",\"3\",\"He said \"\"cut\"\"\\nthen left\",\"0\"\n"
+    "\"A002\",\"\",\"C:\\\\new, , x\",\"1\"\n";
+
+// Takes what the library says without keeping it, so that it owns no memory.
+class Quiet final : public iDiagnosticSink {
+public:
+    Quiet() : before_(setDiagnosticSink(this)) {}
+    ~Quiet() { setDiagnosticSink(before_); }
+
+    void debug(const char*) noexcept override {}
+    void log(const char*) noexcept override {}
+    void splat(const char*) noexcept override {}
+
+private:
+    iDiagnosticSink* before_;
+};
+
+// Damaged files are many: they need not reach the disk, nor developers' eyes.
+class Damage : public testing::Test {
+protected:
+    void SetUp() override { TextFile::syncToDisk = false; }
+    void TearDown() override { TextFile::syncToDisk = true; }
+
+    std::string check(const std::string& name, const std::string& bytes) {
+        folder_.write(name, bytes);
+        return fuzz::checkTableFile(folder_.file(name).string());
+    }
+
+    void cutEverywhere(const std::string& name) {
+        for (std::size_t length = 0; length <= smallFile.size(); ++length) {
+            EXPECT_EQ(check(name, smallFile.substr(0, length)), "") << "cut at " << length;
+        }
+    }
+
+    void alterEverywhere(const std::string& name, const std::string& values) {
+        for (std::size_t at = 0; at < smallFile.size(); ++at) {
+            for (char value : values) {
+                std::string bytes = smallFile;
+                bytes[at] = value;
+                EXPECT_EQ(check(name, bytes), "") << "byte " << at << " is " << int(value);
+            }
+        }
+    }
+
+    TempDir folder_;
+    Quiet quiet_;
+};
+
+const std::string telling("\0\n\r\t \",\\:&x\xFF", 12);
+
+}  // namespace
+
+TEST_F(Damage, AFileCutAtAnyLengthIsAnswered) {
+    cutEverywhere("log.vek");
+}
+
+TEST_F(Damage, AFileWithAnyByteAlteredIsAnswered) {
+    alterEverywhere("log.vek", telling);
+}
+
+TEST_F(Damage, AFileWithAnyByteTakenOutIsAnswered) {
+    for (std::size_t at = 0; at < smallFile.size(); ++at) {
+        std::string bytes = smallFile;
+        bytes.erase(at, 1);
+        EXPECT_EQ(check("log.vek", bytes), "") << "without byte " << at;
+    }
+}
+
+TEST_F(Damage, PlainCommaSeparatedTextCutOrAlteredIsAnswered) {
+    cutEverywhere("log.csv");
+    alterEverywhere("log.csv", telling);
+}
+
+TEST_F(Damage, NoDamageLeaksABlock) {
+    check("log.vek", smallFile);  // what a process keeps for good is taken now
+    for (std::size_t length = 0; length <= smallFile.size(); length += 7) {
+        folder_.write("log.vek", smallFile.substr(0, length));
+        auto path = folder_.widePath("log.vek");
+        CountingAllocator counting;
+        { vekdb table(path, 100, false); }
+        EXPECT_EQ(counting.liveBlocks(), 0) << "cut at " << length;
+    }
+}
+
+TEST_F(Damage, AnyAllocationOfALoadMayFail) {
+    folder_.write("log.vek", smallFile);
+    auto path = folder_.widePath("log.vek");
+    auto load = [&] { vekdb table(path, 100, true); };
+    load();  // what a process keeps for good is taken now
+    CountingAllocator counting;
+    unsigned failures = failEachAllocation(load, [&] { EXPECT_EQ(counting.liveBlocks(), 0); });
+    EXPECT_GT(failures, 5u);
+}
+
+TEST_F(Damage, ATableThatFailedToReloadForWantOfMemoryCanBeLoadedAgain) {
+    folder_.write("log.vek", smallFile);
+    vekdb table(folder_.widePath("log.vek"), 100, true);
+    auto reload = [&] { table.loadFromFile(100, true); };
+    unsigned failures = failEachAllocation(reload, [&] {
+        table.loadFromFile(100, true);
+        ASSERT_TRUE(table.get_valid());
+        ASSERT_EQ(table.get_num_records(), 2u);
+    });
+    EXPECT_GT(failures, 5u);
+}
+
+namespace {
+
+// While in scope, the n-th call of the operating system that reading and saving make fails.
+class FailingCalls {
+public:
+    explicit FailingCalls(unsigned failAt) : previous_(FileIO::systemCalls()) {
+        real_ = previous_;
+        countdown_ = failAt;
+        fired_ = false;
+        auto& calls = FileIO::systemCalls();
+        calls.open = [](const char* path, int flags, mode_t mode) {
+            return isDue() ? -1 : real_.open(path, flags, mode);
+        };
+        calls.read = [](int file, void* to, std::size_t size) {
+            return isDue() ? ssize_t{-1} : real_.read(file, to, size);
+        };
+        calls.write = [](int file, const void* from, std::size_t size) {
+            return isDue() ? ssize_t{-1} : real_.write(file, from, size);
+        };
+        calls.sync = [](int file) { return isDue() ? -1 : real_.sync(file); };
+        calls.close = [](int file) {
+            int closed = real_.close(file);
+            return isDue() ? -1 : closed;
+        };
+        calls.setMode = [](int file, mode_t mode) {
+            return isDue() ? -1 : real_.setMode(file, mode);
+        };
+        calls.rename = [](const char* from, const char* to) {
+            return isDue() ? -1 : real_.rename(from, to);
+        };
+    }
+    FailingCalls(const FailingCalls&) = delete;
+    FailingCalls& operator=(const FailingCalls&) = delete;
+    ~FailingCalls() { FileIO::systemCalls() = previous_; }
+
+    bool fired() const { return fired_; }
+
+private:
+    static bool isDue() {
+        bool due = countdown_ != 0 && --countdown_ == 0;
+        fired_ = fired_ || due;
+        errno = due ? ENOSPC : errno;
+        return due;
+    }
+
+    static inline FileIO::SystemCalls real_;
+    static inline unsigned countdown_ = 0;
+    static inline bool fired_ = false;
+    FileIO::SystemCalls previous_;
+};
+
+}  // namespace
+
+TEST_F(Damage, AnySystemCallOfALoadMayFail) {
+    folder_.write("log.vek", smallFile);
+    auto path = folder_.widePath("log.vek");
+    unsigned calls = 0;
+    for (bool fired = true; fired; ++calls) {
+        FailingCalls failing(calls + 1);
+        vekdb table(path, 100, true);
+        fired = failing.fired();
+        bool whole = table.get_valid() && table.get_num_records() == 2;
+        bool nothing = !table.get_valid() && table.get_num_records() == 0;
+        EXPECT_TRUE(whole || (fired && nothing)) << "call " << calls + 1;
+    }
+    EXPECT_GT(calls, 2u);
+}
+
+namespace {
+
+// A table whose file holds older text than itself.
+class SavedLater : public Damage {
+protected:
+    void SetUp() override {
+        TextFile::syncToDisk = true;
+        folder_.write("log.vek", smallFile);
+        table_ = std::make_unique<vekdb>(folder_.widePath("log.vek"), 100, true);
+        table_->set_field(0, 0, "B777");
+    }
+
+    std::string newText() {
+        std::string text = smallFile;
+        text.replace(text.find("A001"), 4, "B777");
+        return text.replace(text.find("\"1\"\n", text.find("A002")), 3, "\"0\"");
+    }
+
+    // The file is the old or the new one, whole, and nothing else is left beside it.
+    void expectWhole(bool saved) {
+        EXPECT_EQ(folder_.read("log.vek"), saved ? newText() : smallFile);
+        EXPECT_THAT(folder_.names(), ElementsAre("log.vek"));
+        EXPECT_EQ(table_->get_num_records(), 2u);
+        EXPECT_EQ(table_->getField(0, 0), "B777");
+    }
+
+    std::unique_ptr<vekdb> table_;
+};
+
+}  // namespace
+
+TEST_F(SavedLater, AnyAllocationOfASaveMayFail) {
+    unsigned failures =
+        failEachAllocation([&] { EXPECT_EQ(table_->save_text(), 2); }, [&] { expectWhole(false); });
+    EXPECT_GT(failures, 0u);
+    expectWhole(true);
+}
+
+TEST_F(SavedLater, AnySystemCallOfASaveMayFail) {
+    unsigned calls = 0;
+    for (bool fired = true; fired; ++calls) {
+        folder_.write("log.vek", smallFile);
+        FailingCalls failing(calls + 1);
+        bool saved = table_->save_text() == 2;
+        fired = failing.fired();
+        EXPECT_TRUE(saved || fired);
+        expectWhole(folder_.read("log.vek") != smallFile);
+        EXPECT_TRUE(!saved || folder_.read("log.vek") == newText()) << "call " << calls + 1;
+    }
+    EXPECT_GT(calls, 4u);
+}
