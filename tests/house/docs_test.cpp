@@ -111,6 +111,8 @@ protected:
     std::string text_ = readFile(sourceRoot() / GetParam());
 };
 
+TEST_P(Documents, IsThere) { EXPECT_FALSE(text_.empty()); }
+
 TEST_P(Documents, EveryExampleGivesTheOutputThatIsShown) {
     Session session;
     for (const Block& block : blocksOf(text_, "console")) {
