@@ -219,8 +219,9 @@ template <class M>
 void GenericNotifier<M>::deregisterNotification(Quor::Ptr<Quor::Guard>& guard) {
     const auto* own = dynamic_cast<const RegistrationGuard<M>*>(guard.get());
     if (own != nullptr && own->isOf(registrations_)) {
-        registrations_->remove(guard->id());
-        guard.reset();
+        // The callback may take with it what the guard stands in, so that is left first.
+        const Quor::Ptr<Quor::Guard> held = std::move(guard);
+        registrations_->remove(held->id());
     }
 }
 

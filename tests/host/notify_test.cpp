@@ -296,6 +296,20 @@ TEST(Notifier, CallbackIsLetGoWhenItsRegistrationEnds) {
     EXPECT_EQ(alive, 0);
 }
 
+// The callback alone keeps alive what holds the guard of its registration. Not one block with
+// its counts, so that its memory goes with it.
+TEST(Notifier, DeregisteringMayDestroyTheHolderOfTheGuard) {
+    Notifier notifier;
+    std::shared_ptr<GuardPtr> holder(new GuardPtr);
+    GuardPtr& guard = *holder;
+    guard = notifier.registerNotification(calling([holder](const NotifyMsg&) {}), kType);
+    const std::weak_ptr<GuardPtr> watched = holder;
+    holder.reset();
+    notifier.deregisterNotification(guard);
+    EXPECT_TRUE(watched.expired());
+    EXPECT_FALSE(notifier.hasListeners(kType));
+}
+
 TEST(Notifier, MemoryFailureLeavesNoRegistration) {
     Notifier notifier;
     Journal journal;
