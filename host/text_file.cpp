@@ -16,6 +16,7 @@ bool TextFile::syncToDisk = true;
 namespace {
 
 constexpr std::size_t kFirstRoom = 256;
+constexpr std::size_t kFirstLines = 16;
 constexpr std::size_t kChunk = std::size_t{256} << 10;
 constexpr unsigned kMostLines = 0xFFFFFFFFu;
 
@@ -134,9 +135,14 @@ void TextFile::appendLine(std::string_view text) {
     endLine(line.size());
 }
 
+// All that may fail comes first: what is written in place destroys the NUL byte
+// behind the text, which endLine then surely puts back.
 char* TextFile::beginLine(std::size_t atMost) {
     completeLoadedText();
     reserve(atMost);
+    if (starts_.size() == starts_.capacity()) {
+        starts_.reserve(std::max(kFirstLines, starts_.size() * 2));
+    }
     return block_->data() + textSize_;
 }
 

@@ -321,6 +321,21 @@ TEST(TextFileAppend, MemoryFailureLeavesTheLinesAsTheyWere) {
     EXPECT_EQ(linesOf(file), Lines{longLine});
 }
 
+TEST(TextFileAppend, MemoryFailureKeepsTheNulBehindTheText) {
+    TextFile file;
+    file.appendLine("a");
+    const auto appendMany = [&] {
+        for (int i = 0; i < 40; ++i) {
+            file.appendLine("bcd");
+        }
+    };
+    const unsigned failures = testing_support::failEachAllocation(appendMany, [&] {
+        EXPECT_EQ(file.block()->data()[file.textSize()], '\0');
+        EXPECT_EQ(file.textSize(), 2 + 4 * (std::size_t{file.size()} - 1));
+    });
+    EXPECT_GE(failures, 3u);
+}
+
 TEST(TextFileAppend, AbsurdLengthIsAMemoryFailure) {
     TextFile file;
     file.appendLine("a");
