@@ -24,6 +24,7 @@ namespace {
 
 constexpr std::size_t kFirstRoom = std::size_t{64} << 10;
 constexpr std::size_t kProbe = std::size_t{4} << 10;
+constexpr std::uint64_t kMostOfDevice = std::uint64_t{64} << 20;
 constexpr std::size_t kMostPerCall = std::size_t{1} << 30;
 constexpr int kMostLinks = 40;
 constexpr int kMostNames = 100;
@@ -57,7 +58,7 @@ ssize_t readSome(int file, char* to, std::size_t size) {
     }
 }
 
-// More than this cannot be held: an endless device is given up here.
+// More than this cannot be held.
 std::uint64_t memorySize() {
     const long pages = ::sysconf(_SC_PHYS_PAGES);
     const long pageSize = ::sysconf(_SC_PAGESIZE);
@@ -67,10 +68,11 @@ std::uint64_t memorySize() {
     return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageSize);
 }
 
-// Reads a file to its end into a block that grows where the hint was short.
+// Reads a file to its end into a block that grows, to the limit, where the hint was short.
 class WholeReader {
 public:
-    WholeReader(int file, std::size_t hint) : file_(file), text_(TextBlock::create(hint)) {
+    WholeReader(int file, std::size_t hint, std::uint64_t limit)
+        : file_(file), limit_(limit), text_(TextBlock::create(hint)) {
         expectFilling(*text_);
     }
 
@@ -120,10 +122,9 @@ private:
         return true;
     }
 
-    // What is of unknown length may fill half the memory and no more.
     bool grow(std::size_t atLeast) {
         const std::size_t size = std::max({used_ + atLeast, used_ * 2, kFirstRoom});
-        if (size > memorySize() / 2) {
+        if (size > limit_) {
             return false;
         }
         text_->resize(size);
@@ -131,6 +132,7 @@ private:
     }
 
     int file_;
+    std::uint64_t limit_;
     Quor::Ptr<TextBlock> text_;
     std::size_t used_ = 0;
 };
@@ -141,6 +143,13 @@ bool isReadable(const struct stat& status) {
 
 std::size_t sizeHint(const struct stat& status) {
     return S_ISREG(status.st_mode) ? static_cast<std::size_t>(status.st_size) : 0;
+}
+
+// What is of unknown length may fill half the memory and no more. A device gives
+// what somebody types, or it has no end and is to be given up soon.
+std::uint64_t limitOf(const struct stat& status) {
+    const std::uint64_t most = memorySize() / 2;
+    return S_ISCHR(status.st_mode) ? std::min(most, kMostOfDevice) : most;
 }
 
 // While this lives, a write past a size limit or to a reader that has gone is an
@@ -241,7 +250,7 @@ bool readWhole(const char* path, Quor::Ptr<TextBlock>& text, std::size_t& textSi
         sizeHint(status) > memorySize()) {
         return false;
     }
-    WholeReader reader(file.get(), sizeHint(status));
+    WholeReader reader(file.get(), sizeHint(status), limitOf(status));
     if (!reader.readToEnd()) {
         return false;
     }

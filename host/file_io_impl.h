@@ -30,8 +30,8 @@ SystemCalls& systemCalls();
 // Reads a file to its end into one block, with a NUL byte behind the last byte
 // read. Regular files, FIFOs and character devices are read; folders and block
 // devices are refused. A size told beforehand is only a hint. False when the
-// file cannot be read or is larger than the machine's memory: the outputs are
-// then untouched. Throws BadAlloc.
+// file cannot be read, is larger than the machine's memory, or is a device that
+// gives more than 64 MiB: the outputs are then untouched. Throws BadAlloc.
 bool readWhole(const char* path, Quor::Ptr<TextBlock>& text, std::size_t& textSize);
 
 // Tells the system that a large block is about to be filled from end to end, so

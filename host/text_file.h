@@ -33,8 +33,9 @@ public:
 
     // Replaces the lines by those of a file, which is read to its end at once.
     // FIFOs and character devices are read as well; folders and block devices
-    // are not. The flag has no meaning here. False when the path is null, is not
-    // valid UTF-32, or the file cannot be read: there are then no lines.
+    // are not, nor is a device that gives more than 64 MiB. The flag has no meaning
+    // here. False when the path is null, is not valid UTF-32, or the file cannot
+    // be read: there are then no lines.
     bool load(const LightweightString<wchar_t>& path, char separator, bool flag);
 
     // Writes every line with an end of line behind it, the last one included.

@@ -133,6 +133,18 @@ private:
     FileIO::SystemCalls before_;
 };
 
+TEST(TextFileSource, EndlessDeviceIsGivenUpEarly) {
+    static std::size_t total;
+    total = 0;
+    const ReadCalls replaced([](int file, void* to, std::size_t size) {
+        const ssize_t got = ::read(file, to, size);
+        total += got > 0 ? static_cast<std::size_t>(got) : 0;
+        return got;
+    });
+    EXPECT_FALSE(canLoad(wide("/dev/zero")));
+    EXPECT_LT(total, std::size_t{256} << 20);
+}
+
 TEST(TextFileSource, ReadErrorIsAFailedLoad) {
     const TempDir folder;
     folder.write("in", "a\nb\n");
