@@ -6,9 +6,12 @@
 #include <utility>
 #include <vector>
 
+struct NotifyMsgTypeDictionary::Names : std::vector<LightweightString<char>> {};
+
 NotifyMsgTypeDictionary& NotifyMsgTypeDictionary::instance() {
     // Never destroyed: objects of static life may issue notices when they go.
-    static NotifyMsgTypeDictionary& dictionary = *new NotifyMsgTypeDictionary;
+    static Names& names = *new Names;
+    static NotifyMsgTypeDictionary& dictionary = *new NotifyMsgTypeDictionary(names);
     return dictionary;
 }
 

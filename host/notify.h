@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <string_view>
-#include <vector>
 
 // Notices between objects of one process, delivered synchronously on the thread
 // that issues them.
@@ -25,10 +24,12 @@ public:
     LightweightString<char> name(int type) const;
 
 private:
-    NotifyMsgTypeDictionary() = default;
+    struct Names;  // keeps the containers of the standard library out of this header
+
+    explicit NotifyMsgTypeDictionary(Names& names) noexcept : names_(names) {}
 
     mutable CriticalSection lock_;
-    std::vector<LightweightString<char>> names_;
+    Names& names_;
 };
 
 // What a notice says: a text, and an object that the message shares. Each may be

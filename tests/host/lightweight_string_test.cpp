@@ -522,14 +522,18 @@ TEST(LightweightString, SharedRecordIsCountedSafelyAcrossThreads) {
     EXPECT_EQ(counting.liveBlocks(), 0);
 }
 
-TEST(LightweightString, AgreesWithAPlainStringUnderRandomEdits) {
+// Edits a text and a plain string alike, and finds them alike after each edit.
+template <class C>
+void editAtRandom() {
+    using Text = LightweightString<C>;
     Random random;
-    S text;
-    std::string model;
+    Text text;
+    std::basic_string<C> model;
     for (int step = 0; step < 4000; ++step) {
-        const S before(random.oneIn(2) ? text : S());
-        const std::string modelBefore(before.view());
-        const std::string piece = random.text("abcXYZ", 20);
+        const Text before(random.oneIn(2) ? text : Text());
+        const std::basic_string<C> modelBefore(before.view());
+        const std::string letters = random.text("abcXYZ", 20);
+        const std::basic_string<C> piece(letters.begin(), letters.end());
         switch (random.below(6)) {
             case 0:
                 text.append(piece.data(), piece.size());
@@ -546,11 +550,11 @@ TEST(LightweightString, AgreesWithAPlainStringUnderRandomEdits) {
             case 3: {
                 const unsigned from = unsigned(random.below(model.size() + 2));
                 text = text.substr(from, 15);
-                model = from < model.size() ? model.substr(from, 15) : "";
+                model = from < model.size() ? model.substr(from, 15) : std::basic_string<C>();
                 break;
             }
             case 4:
-                text = S::join(text.c_str(), text.length(), piece.data(), piece.size());
+                text = Text::join(text.c_str(), text.length(), piece.data(), piece.size());
                 model += piece;
                 break;
             default:
@@ -565,4 +569,12 @@ TEST(LightweightString, AgreesWithAPlainStringUnderRandomEdits) {
         ASSERT_EQ(text.c_str()[text.length()], 0);
         ASSERT_EQ(before.view(), modelBefore);
     }
+}
+
+TEST(LightweightString, AgreesWithAPlainStringUnderRandomEdits) {
+    editAtRandom<char>();
+}
+
+TEST(LightweightString, WideTextAgreesWithAPlainStringUnderRandomEdits) {
+    editAtRandom<wchar_t>();
 }
