@@ -234,7 +234,7 @@ void flushFolder(const std::string& folder) {
 }  // namespace
 
 SystemCalls& systemCalls() {
-    static constinit SystemCalls calls{openFile, ::read,   ::write,      ::fsync,
+    static constinit SystemCalls calls{openFile, ::read,   ::write,    ::fsync,
                                        ::close,  ::fchmod, std::rename};
     return calls;
 }

@@ -190,9 +190,8 @@ bool TextFile::scanLine() const {
     const char* text = block_->data();
     starts_.push_back(scanned_);
     const void* end = std::memchr(text + scanned_, separator_, textSize_ - scanned_);
-    scanned_ = end != nullptr
-                   ? static_cast<std::size_t>(static_cast<const char*>(end) - text) + 1
-                   : textSize_;
+    scanned_ = end != nullptr ? static_cast<std::size_t>(static_cast<const char*>(end) - text) + 1
+                              : textSize_;
     return true;
 }
 
