@@ -2,7 +2,7 @@
 
 class GrowString;
 
-// What an Array holds: a record that knows its order and how to print itself.
+/// What an Array holds: a record that knows its order and how to print itself.
 class ArrayRec {
 public:
     ArrayRec() = default;
@@ -10,18 +10,18 @@ public:
     ArrayRec& operator=(const ArrayRec&) = default;
     virtual ~ArrayRec() = default;
 
-    // Negative, 0 or positive. Only records of one kind meet in an array.
+    /// Negative, 0 or positive. Only records of one kind meet in an array.
     virtual int compare(const ArrayRec& other) const = 0;
     virtual void printOn(GrowString& out) const = 0;
 };
 
-// An array that owns its records. It takes over every record it is handed, also
-// when it refuses it or an exception leaves the call: a record that is not kept
-// is deleted. Null records are ignored.
-//
-// After sort() the array is in sorted mode, where intern() finds its place by
-// halving. It stays there until a record is put where the order does not hold.
-// Pointers to records live until the record is replaced or the array emptied.
+/// An array that owns its records. It takes over every record it is handed, also
+/// when it refuses it or an exception leaves the call: a record that is not kept
+/// is deleted. Null records are ignored.
+///
+/// After sort() the array is in sorted mode, where intern() finds its place by
+/// halving. It stays there until a record is put where the order does not hold.
+/// Pointers to records live until the record is replaced or the array emptied.
 class Array {
 public:
     Array() noexcept = default;
@@ -29,38 +29,38 @@ public:
     Array& operator=(const Array&) = delete;
     virtual ~Array();
 
-    // Deletes all records, leaves sorted mode and makes room for this many.
+    /// Deletes all records, leaves sorted mode and makes room for this many.
     void init(unsigned room = 0);
 
-    // Puts the records in the order of their comparison, equal ones in the order
-    // they stood in.
+    /// Puts the records in the order of their comparison, equal ones in the order
+    /// they stood in.
     void sort();
 
-    // Keeps the record unless an equal one is there, and tells the index of the
-    // one that is kept. Answers whether it is the given record.
+    /// Keeps the record unless an equal one is there, and tells the index of the
+    /// one that is kept. Answers whether it is the given record.
     bool intern(ArrayRec* record, unsigned& index);
 
     void appendDatum(ArrayRec* record);
 
-    // Puts the record before the one at the index; at the end when there is none.
+    /// Puts the record before the one at the index; at the end when there is none.
     void insertDatum(ArrayRec* record, unsigned index);
 
-    // False, changing nothing, when there is no record at the index.
+    /// False, changing nothing, when there is no record at the index.
     bool replaceDatum(unsigned index, ArrayRec* record);
 
-    // Each record in turn, a comma and a blank between them.
+    /// Each record in turn, a comma and a blank between them.
     void printOn(GrowString& out) const;
 
     unsigned size() const noexcept { return count_; }
     bool isSorted() const noexcept { return sorted_; }
 
-    // Null when there is no record at the index.
+    /// Null when there is no record at the index.
     ArrayRec* datum(unsigned index) const noexcept {
         return index < count_ ? records_[index] : nullptr;
     }
 
-    // Finds an equal record; index is its place, or in sorted mode the place
-    // where it would go.
+    /// Finds an equal record; index is its place, or in sorted mode the place
+    /// where it would go.
     bool find(const ArrayRec& record, unsigned& index) const;
 
 private:
@@ -77,7 +77,7 @@ private:
     bool sorted_ = false;
 };
 
-// An array that is always sorted and has no two equal records.
+/// An array that is always sorted and has no two equal records.
 class Set : private Array {
 public:
     Set() { init(); }
@@ -91,6 +91,6 @@ public:
     using Array::size;
 
 protected:
-    // Puts a record behind all others; requires that it is greater than they are.
+    /// Puts a record behind all others; requires that it is greater than they are.
     void appendGreatest(ArrayRec* record) { appendDatum(record); }
 };

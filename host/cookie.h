@@ -9,16 +9,16 @@
 
 namespace Quor {
 
-// A 128-bit identity. The default one is nil, all zeros.
+/// A 128-bit identity. The default one is nil, all zeros.
 struct UUID {
     std::uint8_t bytes[16] = {};
 
-    // Negative, 0 or positive, by the bytes in their order.
+    /// Negative, 0 or positive, by the bytes in their order.
     int compare(const UUID& other) const noexcept {
         return std::memcmp(bytes, other.bytes, sizeof bytes);
     }
 
-    // Equal identities have equal values; for tables keyed by identity.
+    /// Equal identities have equal values; for tables keyed by identity.
     std::size_t hashValue() const noexcept {
         std::uint64_t halves[2];
         std::memcpy(halves, bytes, sizeof halves);
@@ -33,33 +33,33 @@ struct UUID {
 
 }  // namespace Quor
 
-// Kinds of cookie. Any other code is carried as it is.
+/// Kinds of cookie. Any other code is carried as it is.
 enum CookieType : unsigned char {
     cookieTypeInvalid = 'I',
     cookieTypeM = 'M',
     cookieTypeB = 'B',
 };
 
-// Names a stored object; a plain value. The default cookie, of nil identity and
-// the type code I, names nothing.
-//
-// The text form is 38 lower-case hexadecimal digits: 32 of the identity, 4 of the
-// field, 2 of the type code. It is fit to be a file's name. The flag that goes
-// with it is of no consequence here: every text reads back under either value.
+/// Names a stored object; a plain value. The default cookie, of nil identity and
+/// the type code I, names nothing.
+///
+/// The text form is 38 lower-case hexadecimal digits: 32 of the identity, 4 of the
+/// field, 2 of the type code. It is fit to be a file's name. The flag that goes
+/// with it is of no consequence here: every text reads back under either value.
 class Cookie {
 public:
     Cookie() noexcept = default;
 
-    // Reads the text form in any case, white space around it allowed. Anything
-    // else, a null pointer included, gives the default cookie.
+    /// Reads the text form in any case, white space around it allowed. Anything
+    /// else, a null pointer included, gives the default cookie.
     explicit Cookie(const char* text, bool flag);
     explicit Cookie(const LightweightString<wchar_t>& text, bool flag);
     static Cookie fromText(std::string_view text) noexcept;
 
     LightweightString<char> asString(bool flag) const;
 
-    // Total order: by identity, then field, then type code. Negative, 0 or
-    // positive; 0 exactly for equal cookies.
+    /// Total order: by identity, then field, then type code. Negative, 0 or
+    /// positive; 0 exactly for equal cookies.
     int compare(const Cookie& other) const noexcept;
 
     friend bool operator==(const Cookie& a, const Cookie& b) noexcept { return a.compare(b) == 0; }
@@ -70,6 +70,6 @@ public:
     unsigned char type = cookieTypeInvalid;
 };
 
-// The cookie with the given type code, and with the given field unless that is
-// 255, which leaves the field as it is.
+/// The cookie with the given type code, and with the given field unless that is
+/// 255, which leaves the field as it is.
 Cookie convertCookie(const Cookie& cookie, CookieType type, unsigned char field);

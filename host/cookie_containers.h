@@ -6,26 +6,26 @@
 
 #include <type_traits>
 
-// A growable sequence of plain values. Copies share one store until one of them
-// is changed, so it may be passed by value freely. Pointers and references into
-// it live until it is next changed.
+/// A growable sequence of plain values. Copies share one store until one of them
+/// is changed, so it may be passed by value freely. Pointers and references into
+/// it live until it is next changed.
 template <class T>
 class LightweightVector {
     static_assert(std::is_trivially_copyable_v<T>, "items are moved as bytes");
 
 public:
-    // Appends at the end; an item that is there already is kept twice. On
-    // BadAlloc the sequence is as it was.
+    /// Appends at the end; an item that is there already is kept twice. On
+    /// BadAlloc the sequence is as it was.
     void add(const T& item);
     void push_back(const T& item) { add(item); }
 
-    // Makes room for this many items in all.
+    /// Makes room for this many items in all.
     void reserve(unsigned room);
 
     unsigned size() const noexcept { return store_ ? store_->count : 0; }
     bool empty() const noexcept { return size() == 0; }
 
-    // Requires an index below size().
+    /// Requires an index below size().
     const T& operator[](unsigned index) const noexcept { return store_->items[index]; }
 
     const T* begin() const noexcept { return store_ ? store_->items : nullptr; }
@@ -56,7 +56,7 @@ extern template class LightweightVector<Cookie>;
 
 using CookieVec = LightweightVector<Cookie>;
 
-// A copy of one cookie, as it stands in a set.
+/// A copy of one cookie, as it stands in a set.
 class CookieSetRec final : public ArrayRec {
 public:
     explicit CookieSetRec(const Cookie& cookie) : cookie_(cookie) {}
@@ -70,26 +70,26 @@ private:
     Cookie cookie_;
 };
 
-// The cookies of a set in their order, shared by the handles on it.
+/// The cookies of a set in their order, shared by the handles on it.
 class CookieSetRep final : public Set, public Quor::InternalRefCount {
 public:
     CookieSetRep() = default;
     CookieSetRep(const CookieSetRep& other);
     CookieSetRep& operator=(const CookieSetRep&) = delete;
 
-    // Makes it the set of these cookies: sorted once, equal ones collapsed.
+    /// Makes it the set of these cookies: sorted once, equal ones collapsed.
     void init(const CookieVec& cookies = CookieVec());
 
-    // False when the cookie was there already.
+    /// False when the cookie was there already.
     bool add(const Cookie& cookie);
     bool contains(const Cookie& cookie) const;
 
-    // The i-th cookie in the order of compare; the default one past the ends.
+    /// The i-th cookie in the order of compare; the default one past the ends.
     const Cookie& operator[](int i) const noexcept;
 };
 
-// A set of cookies. Copies share one representation, which is copied before it is
-// changed. A reference into it lives until the set is changed or gone.
+/// A set of cookies. Copies share one representation, which is copied before it is
+/// changed. A reference into it lives until the set is changed or gone.
 class CookieSet {
 public:
     CookieSet() noexcept = default;
@@ -98,23 +98,23 @@ public:
     CookieSet& operator=(const CookieSet&) noexcept = default;
     virtual ~CookieSet() = default;
 
-    // False when the cookie was there already.
+    /// False when the cookie was there already.
     bool add(const Cookie& cookie);
     bool contains(const Cookie& cookie) const { return rep_ && rep_->contains(cookie); }
 
     unsigned size() const noexcept { return rep_ ? rep_->size() : 0; }
     bool empty() const noexcept { return size() == 0; }
 
-    // The i-th cookie in the order of compare; the default one past the ends.
+    /// The i-th cookie in the order of compare; the default one past the ends.
     const Cookie& operator[](int i) const noexcept;
 
-    // Gives this handle a representation of its own.
+    /// Gives this handle a representation of its own.
     void unshare();
 
-    // Empties the set; other handles keep what they share.
+    /// Empties the set; other handles keep what they share.
     void purge() noexcept { rep_.reset(); }
 
-    // The texts of the cookies in order, a comma and a blank between them.
+    /// The texts of the cookies in order, a comma and a blank between them.
     virtual void printOn(GrowString& out) const;
 
 private:

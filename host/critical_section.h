@@ -2,9 +2,9 @@
 
 #include <cstddef>
 
-// A recursive lock: the thread that holds it may enter again and leaves as
-// often as it entered. Neither copied nor moved; must not be destroyed while
-// held. The library locks nothing but its lists of notice registrations.
+/// A recursive lock: the thread that holds it may enter again and leaves as
+/// often as it entered. Neither copied nor moved; must not be destroyed while
+/// held. The library locks nothing but its lists of notice registrations.
 class CriticalSection {
 public:
     CriticalSection();
@@ -12,13 +12,13 @@ public:
     CriticalSection& operator=(const CriticalSection&) = delete;
     ~CriticalSection();
 
-    // Waits until the lock is held.
+    /// Waits until the lock is held.
     void enter();
 
-    // True when the lock was free or already this thread's, and is now held.
+    /// True when the lock was free or already this thread's, and is now held.
     bool tryEnter();
 
-    // Only by the thread that holds it.
+    /// Only by the thread that holds it.
     void leave() noexcept;
 
 private:
@@ -27,7 +27,7 @@ private:
     alignas(std::max_align_t) unsigned char room_[kRoom];
 };
 
-// Holds a lock for the life of a scope.
+/// Holds a lock for the life of a scope.
 class CriticalSectionHold {
 public:
     explicit CriticalSectionHold(CriticalSection& section) : section_(section) { section_.enter(); }

@@ -4,9 +4,9 @@
 
 namespace Quor::Exception {
 
-// Root of what the host layer throws. It stands apart from std::exception on
-// purpose: BadAlloc already is one through std::bad_alloc, and a second way
-// there would make `catch (const std::exception&)` ambiguous and miss it.
+/// Root of what the host layer throws. It stands apart from std::exception on
+/// purpose: BadAlloc already is one through std::bad_alloc, and a second way
+/// there would make `catch (const std::exception&)` ambiguous and miss it.
 class Base {
 public:
     Base() noexcept = default;
@@ -14,12 +14,12 @@ public:
     Base& operator=(const Base&) noexcept = default;
     virtual ~Base() = default;
 
-    // A constant text; never null, never to be freed.
+    /// A constant text; never null, never to be freed.
     virtual const char* message() const noexcept { return "host failure"; }
 };
 
-// Memory is exhausted, or a size is past what a block may have. The only
-// exception that leaves the library; the object it left is as it was before.
+/// Memory is exhausted, or a size is past what a block may have. The only
+/// exception that leaves the library; the object it left is as it was before.
 class BadAlloc : public Base, public std::bad_alloc {
 public:
     const char* message() const noexcept override { return "out of memory"; }

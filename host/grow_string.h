@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <string_view>
 
-// A buffer that things print themselves into. It takes its room from the host
-// allocator once the text is no longer short, grows by doubling, and always ends
-// in a 0 character.
+/// A buffer that things print themselves into. It takes its room from the host
+/// allocator once the text is no longer short, grows by doubling, and always ends
+/// in a 0 character.
 class GrowString {
 public:
     GrowString() noexcept {}
@@ -13,13 +13,13 @@ public:
     GrowString& operator=(const GrowString&) = delete;
     ~GrowString();
 
-    // A null pointer and a 0 character append nothing. On BadAlloc the text is
-    // as it was. The text appended may be part of the buffer's own.
+    /// A null pointer and a 0 character append nothing. On BadAlloc the text is
+    /// as it was. The text appended may be part of the buffer's own.
     void append(const char* text);
     void append(char c);
     void append(std::string_view text);
 
-    // The text; never null. It holds until the next append.
+    /// The text; never null. It holds until the next append.
     operator const char*() const noexcept { return text_ != nullptr ? text_ : ""; }
 
     std::size_t length() const noexcept { return length_; }

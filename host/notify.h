@@ -10,17 +10,17 @@
 // Notices between objects of one process, delivered synchronously on the thread
 // that issues them.
 
-// The names of notice types and their numbers: one of each in the process, from
-// 1 up, the same for a name for as long as the process lives. Names are told
-// apart by every character. Safe from any thread.
+/// The names of notice types and their numbers: one of each in the process, from
+/// 1 up, the same for a name for as long as the process lives. Names are told
+/// apart by every character. Safe from any thread.
 class NotifyMsgTypeDictionary {
 public:
-    // Lives from its first use until the process ends.
+    /// Lives from its first use until the process ends.
     static NotifyMsgTypeDictionary& instance();
 
     int intern(const LightweightString<char>& name);
 
-    // The name with this number; the null string for a number not given out.
+    /// The name with this number; the null string for a number not given out.
     LightweightString<char> name(int type) const;
 
 private:
@@ -32,8 +32,8 @@ private:
     Names& names_;
 };
 
-// What a notice says: a text, and an object that the message shares. Each may be
-// null. The type of a notice is no part of its message.
+/// What a notice says: a text, and an object that the message shares. Each may be
+/// null. The type of a notice is no part of its message.
 class NotifyMsg {
 public:
     NotifyMsg() = default;
@@ -49,24 +49,24 @@ private:
     Quor::Ptr<iObject> object_;
 };
 
-// Steps through the tokens of a message's text: runs of characters between
-// blanks. It keeps the text alive by itself.
-//
-//     for (NotifyMsgTokenIterator token(msg); token; ++token) use(*token);
+/// Steps through the tokens of a message's text: runs of characters between
+/// blanks. It keeps the text alive by itself.
+///
+///     for (NotifyMsgTokenIterator token(msg); token; ++token) use(*token);
 class NotifyMsgTokenIterator {
 public:
     explicit NotifyMsgTokenIterator(const NotifyMsg& message);
 
-    // Whether it stands on a token.
+    /// Whether it stands on a token.
     explicit operator bool() const { return !token_.empty(); }
 
-    // The token; the null string behind the last one.
+    /// The token; the null string behind the last one.
     LightweightString<char> operator*() const { return LightweightString<char>(token_); }
 
-    // The same without a string; ends with the iterator.
+    /// The same without a string; ends with the iterator.
     std::string_view token() const { return token_; }
 
-    // Goes to the next token. Behind the last one it stays.
+    /// Goes to the next token. Behind the last one it stays.
     NotifyMsgTokenIterator& operator++();
 
 private:
@@ -75,26 +75,26 @@ private:
     std::string_view token_;
 };
 
-// Somebody who is told of notices. Shared: held by the notifier while it is
-// registered, and by a delivery that has begun.
+/// Somebody who is told of notices. Shared: held by the notifier while it is
+/// registered, and by a delivery that has begun.
 template <class R, class M>
 class iCallbackBase : public Quor::InternalRefCount {
 public:
     virtual ~iCallbackBase() = default;
 
-    // What the callback returns has no meaning to the notifier.
+    /// What the callback returns has no meaning to the notifier.
     virtual R call(const M& message) = 0;
 
-    // The object behind the callback, where there is one.
+    /// The object behind the callback, where there is one.
     virtual const void* owner() const { return nullptr; }
 
-    // Whether this is a view's own handling of its source's notices, which
-    // cannot tell several deletions in one pass from as many single ones.
+    /// Whether this is a view's own handling of its source's notices, which
+    /// cannot tell several deletions in one pass from as many single ones.
     virtual bool isViewHandler() const { return false; }
 };
 
-// Calls a member function. It does not own the object: whoever registers it
-// removes the registration before the object goes.
+/// Calls a member function. It does not own the object: whoever registers it
+/// removes the registration before the object goes.
 template <class Obj, class M, class R>
 class MethodCallback : public iCallbackBase<R, M> {
 public:
@@ -110,13 +110,13 @@ private:
     Method method_;
 };
 
-// Identifies one registration among all that the process ever made.
+/// Identifies one registration among all that the process ever made.
 class IdStamp {
 public:
     IdStamp() = default;
     explicit IdStamp(std::uint64_t number) : number_(number) {}
 
-    // A stamp that no other has.
+    /// A stamp that no other has.
     static IdStamp next();
 
     friend bool operator==(const IdStamp&, const IdStamp&) = default;
@@ -127,8 +127,8 @@ private:
 
 namespace Quor {
 
-// Holds a registration: with the last Ptr to its guard a registration ends. A
-// guard may outlive its notifier.
+/// Holds a registration: with the last Ptr to its guard a registration ends. A
+/// guard may outlive its notifier.
 class Guard : public InternalRefCount {
 public:
     virtual ~Guard() = default;
@@ -140,15 +140,15 @@ public:
 template <class M>
 class Registrations;  // shared by a notifier and the guards of its registrations
 
-// Keeps who wants to be told of which type of notice, and tells them.
-//
-// Delivery: callbacks are called one after the other in the order in which they
-// were registered. Who is to be called is settled when delivery begins; whoever
-// is deregistered before his turn is not called, whoever is registered meanwhile
-// is called from the next notice on. A callback may register, deregister (itself
-// too), issue further notices, and destroy the notifier, which ends the delivery.
-// No lock is held while a callback runs. An exception from a callback ends the
-// delivery and goes on to the issuer.
+/// Keeps who wants to be told of which type of notice, and tells them.
+///
+/// Delivery: callbacks are called one after the other in the order in which they
+/// were registered. Who is to be called is settled when delivery begins; whoever
+/// is deregistered before his turn is not called, whoever is registered meanwhile
+/// is called from the next notice on. A callback may register, deregister (itself
+/// too), issue further notices, and destroy the notifier, which ends the delivery.
+/// No lock is held while a callback runs. An exception from a callback ends the
+/// delivery and goes on to the issuer.
 template <class M>
 class GenericNotifier {
 public:
@@ -159,25 +159,25 @@ public:
     GenericNotifier& operator=(const GenericNotifier&) = delete;
     virtual ~GenericNotifier();
 
-    // Registers a callback for a type, once more if it is registered already.
-    // The registration ends with the last Ptr to the guard, with
-    // deregisterNotification, and with the notifier. A null callback is not
-    // registered: the guard is then null.
+    /// Registers a callback for a type, once more if it is registered already.
+    /// The registration ends with the last Ptr to the guard, with
+    /// deregisterNotification, and with the notifier. A null callback is not
+    /// registered: the guard is then null.
     Quor::Ptr<Quor::Guard> registerNotification(const Quor::Ptr<Callback>& callback, int type);
 
-    // Ends a registration with this notifier; nothing happens for one that has
-    // ended, or that is another notifier's. The second form also lets go of the
-    // guard, and accepts null.
+    /// Ends a registration with this notifier; nothing happens for one that has
+    /// ended, or that is another notifier's. The second form also lets go of the
+    /// guard, and accepts null.
     void deregisterNotification(const IdStamp& id);
     void deregisterNotification(Quor::Ptr<Quor::Guard>& guard);
 
     void issueNotification(const M& message, int type);
 
-    // Whether a notice of this type would be heard by anybody.
+    /// Whether a notice of this type would be heard by anybody.
     bool hasListeners(int type) const;
 
-    // Calls visit(const Callback&) for each registration of a type, in order. For
-    // looking only: it must not register or deregister.
+    /// Calls visit(const Callback&) for each registration of a type, in order. For
+    /// looking only: it must not register or deregister.
     template <class Visit>
     void forEachListener(int type, Visit visit) const {
         const auto visitOne = [](const Callback& callback, void* context) {
@@ -195,8 +195,8 @@ private:
 
 extern template class GenericNotifier<NotifyMsg>;
 
-// The notifier of tables and views. Its registration list has a lock of its own,
-// a CriticalSection.
+/// The notifier of tables and views. Its registration list has a lock of its own,
+/// a CriticalSection.
 class Notifier : public GenericNotifier<NotifyMsg> {
 public:
     ~Notifier() override = default;

@@ -11,33 +11,33 @@ class LightweightString;
 // made it and must outlive every block, file call and shared object it served;
 // the safe moment to put it in place is before anything of the library exists.
 
-// Memory. Every block of the library, strings included, is taken here.
+/// Memory. Every block of the library, strings included, is taken here.
 class iAllocator {
 public:
-    // Never null: throws Quor::Exception::BadAlloc instead. A request of 0
-    // bytes gives a block of its own.
+    /// Never null: throws Quor::Exception::BadAlloc instead. A request of 0
+    /// bytes gives a block of its own.
     virtual void* allocate(std::size_t size) = 0;
 
-    // The block, moved where it had to be. reallocate(nullptr, n) is
-    // allocate(n). On BadAlloc the old block stands as it was.
+    /// The block, moved where it had to be. reallocate(nullptr, n) is
+    /// allocate(n). On BadAlloc the old block stands as it was.
     virtual void* reallocate(void* block, std::size_t newSize) = 0;
 
-    // Accepts null.
+    /// Accepts null.
     virtual void free(void* block) = 0;
 
 protected:
     ~iAllocator() = default;
 };
 
-// Files, by wide (UTF-32) path. Every operation answers true when done; on
-// false nothing was changed.
+/// Files, by wide (UTF-32) path. Every operation answers true when done; on
+/// false nothing was changed.
 class iFileService {
 public:
-    // Removes a file's name. A folder is never removed, be it empty.
+    /// Removes a file's name. A folder is never removed, be it empty.
     virtual bool deleteFile(const LightweightString<wchar_t>& path) = 0;
 
-    // Renames a regular file; anything else is refused. An existing target is
-    // replaced when `replace` is true and refused when it is false.
+    /// Renames a regular file; anything else is refused. An existing target is
+    /// replaced when `replace` is true and refused when it is false.
     virtual bool moveFile(const LightweightString<wchar_t>& from,
                           const LightweightString<wchar_t>& to, bool replace) = 0;
 
@@ -45,16 +45,16 @@ protected:
     ~iFileService() = default;
 };
 
-// Reference counts. Objects and strings are shared between threads only on the
-// strength of this service, so both directions must be atomic.
+/// Reference counts. Objects and strings are shared between threads only on the
+/// strength of this service, so both directions must be atomic.
 class iRefCountService {
 public:
     virtual void increment(std::uint32_t& count) noexcept = 0;
 
-    // Returns what remains; at 0 the caller destroys the counted object.
+    /// Returns what remains; at 0 the caller destroys the counted object.
     virtual std::uint32_t decrement(std::uint32_t& count) noexcept = 0;
 
-    // Adds n counts at once.
+    /// Adds n counts at once.
     virtual void increaseBy(std::uint32_t& count, std::uint32_t n) noexcept {
         for (; n > 0; --n) {
             increment(count);
@@ -65,8 +65,8 @@ protected:
     ~iRefCountService() = default;
 };
 
-// The process-wide set of services. Setters take null for the built-in service
-// and return the service that was in place before.
+/// The process-wide set of services. Setters take null for the built-in service
+/// and return the service that was in place before.
 class iHostServices {
 public:
     constexpr iHostServices(iAllocator& allocator, iFileService& files,
@@ -89,6 +89,6 @@ private:
     iRefCountService* refCounts_;
 };
 
-// Never null, from before the first static constructor until the process ends:
-// the services are constants of the program image and are never destroyed.
+/// Never null, from before the first static constructor until the process ends:
+/// the services are constants of the program image and are never destroyed.
 iHostServices* OS() noexcept;

@@ -8,12 +8,12 @@
 
 namespace Quor {
 
-// What a count word stands at. Only the answer 1, given to a holder, stays true.
+/// What a count word stands at. Only the answer 1, given to a holder, stays true.
 std::uint32_t currentCount(std::uint32_t& count) noexcept;
 
-// Carries the reference count of an object that is shared through Ptr. The
-// count belongs to the object's place, not to its value: copying or assigning
-// the object never copies it.
+/// Carries the reference count of an object that is shared through Ptr. The
+/// count belongs to the object's place, not to its value: copying or assigning
+/// the object never copies it.
 class InternalRefCount {
 public:
     InternalRefCount() noexcept = default;
@@ -29,8 +29,8 @@ private:
     mutable std::uint32_t count_ = 0;
 };
 
-// How the last Ptr destroys its object: by delete, which reaches the whole
-// object through its virtual destructor.
+/// How the last Ptr destroys its object: by delete, which reaches the whole
+/// object through its virtual destructor.
 struct DtorTraits {
     template <class T>
     static void destroy(T* object) {
@@ -38,7 +38,7 @@ struct DtorTraits {
     }
 };
 
-// The count word lives inside the object (see InternalRefCount).
+/// The count word lives inside the object (see InternalRefCount).
 struct InternalRefCountTraits {
     template <class T>
     static std::uint32_t* countFor(T* object) noexcept {
@@ -47,8 +47,8 @@ struct InternalRefCountTraits {
     static void dispose(std::uint32_t*) noexcept {}
 };
 
-// The count word is a block of its own, so any object can be shared. Only one
-// Ptr may be made from a given object pointer; the others are copies of it.
+/// The count word is a block of its own, so any object can be shared. Only one
+/// Ptr may be made from a given object pointer; the others are copies of it.
 struct ExternalRefCountTraits {
     template <class T>
     static std::uint32_t* countFor(T*) {
@@ -57,17 +57,17 @@ struct ExternalRefCountTraits {
     static void dispose(std::uint32_t* count) noexcept { delete count; }
 };
 
-// Shares an object: two words, the place of its count and the object. The last
-// Ptr destroys the object. Counting is safe between threads; a Ptr itself is
-// used by one thread at a time.
+/// Shares an object: two words, the place of its count and the object. The last
+/// Ptr destroys the object. Counting is safe between threads; a Ptr itself is
+/// used by one thread at a time.
 template <class T, class Destruction = DtorTraits, class Counting = InternalRefCountTraits>
 class Ptr {
 public:
     Ptr() noexcept = default;
     Ptr(std::nullptr_t) noexcept {}
 
-    // Takes a share in the object. Should the count word not be had, the object
-    // is destroyed before BadAlloc leaves.
+    /// Takes a share in the object. Should the count word not be had, the object
+    /// is destroyed before BadAlloc leaves.
     explicit Ptr(T* object) : object_(object) {
         if (object != nullptr) {
             bindCount();
@@ -81,7 +81,7 @@ public:
         : count_(std::exchange(other.count_, nullptr)),
           object_(std::exchange(other.object_, nullptr)) {}
 
-    // From a Ptr to a derived object.
+    /// From a Ptr to a derived object.
     template <class U>
     Ptr(const Ptr<U, Destruction, Counting>& other) noexcept
         : count_(other.count_), object_(other.object_) {
@@ -90,8 +90,8 @@ public:
 
     ~Ptr() { decRef(); }
 
-    // The new object is held before the old one is let go, so assigning what
-    // the old object owned is safe.
+    /// The new object is held before the old one is let go, so assigning what
+    /// the old object owned is safe.
     Ptr& operator=(const Ptr& other) noexcept {
         Ptr held(other);
         swap(held);
@@ -117,18 +117,18 @@ public:
     T& operator*() const noexcept { return *object_; }
     explicit operator bool() const noexcept { return object_ != nullptr; }
 
-    // True for an object that nobody else shares.
+    /// True for an object that nobody else shares.
     bool isUnshared() const noexcept { return object_ != nullptr && currentCount(*count_) == 1; }
 
-    // Adds one count for a holder outside any Ptr.
+    /// Adds one count for a holder outside any Ptr.
     void incRef() const noexcept {
         if (object_ != nullptr) {
             OS()->refCounts()->increment(*count_);
         }
     }
 
-    // Takes one count away. With the last one the object goes and this Ptr is
-    // null; otherwise it keeps pointing at an object it no longer holds.
+    /// Takes one count away. With the last one the object goes and this Ptr is
+    /// null; otherwise it keeps pointing at an object it no longer holds.
     void decRef() noexcept {
         if (object_ != nullptr && OS()->refCounts()->decrement(*count_) == 0) {
             destroy();
@@ -169,7 +169,7 @@ private:
 
 }  // namespace Quor
 
-// Root of what is destroyed through a base of it.
+/// Root of what is destroyed through a base of it.
 class iVirtual {
 public:
     iVirtual() = default;
@@ -178,6 +178,6 @@ public:
     virtual ~iVirtual() = default;
 };
 
-// A shared object: tables, views and the payloads of notices. Held through
-// Quor::Ptr<T>. An object on the stack is never handed to a Ptr.
+/// A shared object: tables, views and the payloads of notices. Held through
+/// Quor::Ptr<T>. An object on the stack is never handed to a Ptr.
 class iObject : public virtual Quor::InternalRefCount, public virtual iVirtual {};

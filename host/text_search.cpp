@@ -107,8 +107,8 @@ std::uint64_t loadWord(const char* from) {
 // Fewer than 8 bytes, zeros behind them; none behind the last is touched.
 std::uint64_t loadShort(const char* from, std::size_t size) {
     if (size >= 4) {
-        return loadWord<std::uint32_t>(from) |
-               loadWord<std::uint32_t>(from + size - 4) << (8 * (size - 4));
+        return loadWord<std::uint32_t>(from) | loadWord<std::uint32_t>(from + size - 4)
+                                                   << (8 * (size - 4));
     }
     std::uint64_t bytes = 0;
     for (std::size_t i = size; i-- > 0;) {
@@ -171,8 +171,7 @@ private:
 
     // A bit for each place, from this one on, where the term may stand.
     unsigned candidates(std::size_t place, std::size_t places) const {
-        const __m128i both =
-            _mm_and_si128(first_(bytesFor(0, place)), second_(bytesFor(1, place)));
+        const __m128i both = _mm_and_si128(first_(bytesFor(0, place)), second_(bytesFor(1, place)));
         const auto bits = static_cast<unsigned>(_mm_movemask_epi8(both));
         return places >= kWide ? bits : bits & ((1u << places) - 1);
     }
@@ -247,8 +246,7 @@ constexpr std::size_t kWidest = 64;
 // Tells which of the bytes from here on pass one half of a filter. Bytes that
 // are masked out are not touched, so nothing depends on where the text ends.
 [[gnu::target("avx512bw,bmi2")]] __mmask64 passing(__mmask64 bytes, const char* from,
-                                                   const Criterion::Filter& filter,
-                                                   unsigned half) {
+                                                   const Criterion::Filter& filter, unsigned half) {
     const __m512i setBits = _mm512_set1_epi8(static_cast<char>(filter.setBits[half]));
     const __m512i expected = _mm512_set1_epi8(static_cast<char>(filter.expected[half]));
     const __m512i loaded = _mm512_maskz_loadu_epi8(bytes, from);

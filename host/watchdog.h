@@ -1,7 +1,7 @@
 #pragma once
 
-// What an embedding application puts in place to learn of long operations. It
-// is owned by the application and must outlive its time in place.
+/// What an embedding application puts in place to learn of long operations. It
+/// is owned by the application and must outlive its time in place.
 class iWatchdog {
 public:
     virtual void beginLifeSupport() noexcept = 0;
@@ -11,24 +11,24 @@ protected:
     ~iWatchdog() = default;
 };
 
-// The host's watch over hung applications. A long operation (sorting a view,
-// displaying records) stands between a begin and an end, so that it is not
-// taken for a hang. Every begin has exactly one end on every path: use
-// LifeSupport rather than the two calls.
+/// The host's watch over hung applications. A long operation (sorting a view,
+/// displaying records) stands between a begin and an end, so that it is not
+/// taken for a hang. Every begin has exactly one end on every path: use
+/// LifeSupport rather than the two calls.
 class SystemWatchdog {
 public:
     static void beginLifeSupport() noexcept;
     static void endLifeSupport() noexcept;
 
-    // How many begins are open in the process.
+    /// How many begins are open in the process.
     static int openLifeSupports() noexcept;
 
-    // Puts a watchdog in place; null for none. Returns the one before. Not to
-    // be changed while a life support is open.
+    /// Puts a watchdog in place; null for none. Returns the one before. Not to
+    /// be changed while a life support is open.
     static iWatchdog* setWatchdog(iWatchdog* watchdog) noexcept;
 };
 
-// Life support for the length of a scope, also when an exception leaves it.
+/// Life support for the length of a scope, also when an exception leaves it.
 class LifeSupport {
 public:
     LifeSupport() noexcept { SystemWatchdog::beginLifeSupport(); }

@@ -327,9 +327,8 @@ TEST(NotifierDelivery, MemoryFailureCallsNobody) {
     Journal journal;
     const GuardPtr a = notifier.registerNotification(journal.writer('a'), kType);
     const GuardPtr b = notifier.registerNotification(journal.writer('b'), kType);
-    testing_support::failEachAllocation(
-        [&] { notifier.issueNotification(kMessage, kType); },
-        [&] { EXPECT_EQ(journal.calls, ""); });
+    testing_support::failEachAllocation([&] { notifier.issueNotification(kMessage, kType); },
+                                        [&] { EXPECT_EQ(journal.calls, ""); });
     EXPECT_EQ(journal.calls, "ab");
 }
 
@@ -403,13 +402,13 @@ TEST(NotifierDelivery, RegisteredMeanwhileWaitsForTheNextNotice) {
 TEST(NotifierDelivery, NestedNoticeIsDeliveredBeforeTheOuterGoesOn) {
     Notifier notifier;
     Journal journal;
-    const GuardPtr a = notifier.registerNotification(calling([&](const NotifyMsg&) {
-                                                         journal.calls += '<';
-                                                         notifier.issueNotification(kMessage,
-                                                                                    kOther);
-                                                         journal.calls += '>';
-                                                     }),
-                                                     kType);
+    const GuardPtr a =
+        notifier.registerNotification(calling([&](const NotifyMsg&) {
+                                          journal.calls += '<';
+                                          notifier.issueNotification(kMessage, kOther);
+                                          journal.calls += '>';
+                                      }),
+                                      kType);
     const GuardPtr x = notifier.registerNotification(journal.writer('x'), kOther);
     const GuardPtr b = notifier.registerNotification(journal.writer('b'), kType);
     notifier.issueNotification(kMessage, kType);

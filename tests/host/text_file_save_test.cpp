@@ -468,12 +468,12 @@ TEST_F(TextFileSave, WaitsForTheDiskUnlessToldNotTo) {
 TEST_F(TextFileSave, MemoryFailureLeavesTheOldFileAndNoLitter) {
     folder.write("out", "old\n");
     const auto path = folder.widePath("out");
-    const unsigned failures = testing_support::failEachAllocation(
-        [&] { file.save(path, TextFile::eCRLF); },
-        [&] {
-            EXPECT_EQ(folder.read("out"), "old\n");
-            EXPECT_EQ(folder.names(), Names{"out"});
-        });
+    const unsigned failures =
+        testing_support::failEachAllocation([&] { file.save(path, TextFile::eCRLF); },
+                                            [&] {
+                                                EXPECT_EQ(folder.read("out"), "old\n");
+                                                EXPECT_EQ(folder.names(), Names{"out"});
+                                            });
     EXPECT_GE(failures, 1u);
     EXPECT_EQ(folder.read("out"), "one\r\ntwo\r\n");
 }

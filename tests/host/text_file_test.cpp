@@ -314,9 +314,9 @@ TEST(TextFileAppend, WhoSharesTheBlockKeepsItsText) {
 TEST(TextFileAppend, MemoryFailureLeavesTheLinesAsTheyWere) {
     TextFile file;
     const std::string longLine(1000, 'x');
-    const unsigned failures = testing_support::failEachAllocation(
-        [&] { file.appendLine(std::string_view(longLine)); },
-        [&] { EXPECT_EQ(linesOf(file), Lines{}); });
+    const unsigned failures =
+        testing_support::failEachAllocation([&] { file.appendLine(std::string_view(longLine)); },
+                                            [&] { EXPECT_EQ(linesOf(file), Lines{}); });
     EXPECT_GE(failures, 1u);
     EXPECT_EQ(linesOf(file), Lines{longLine});
 }
