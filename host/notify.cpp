@@ -1,5 +1,6 @@
 #include "host/notify.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <new>
@@ -67,12 +68,17 @@ public:
         const IdStamp id = IdStamp::next();
         std::atomic<bool> stands = true;
     };
-    // Never changed once it is made: a delivery goes through the list that stood when it began.
+    // Never changed once it is in place: a delivery goes through the list that stood when it
+    // began. Made of what still stands in the list before, which may be null.
     struct List : Quor::InternalRefCount {
-        List() = default;
-        explicit List(const List* other) {
-            if (other != nullptr) {
-                entries = other->entries;
+        explicit List(const List* former) {
+            if (former == nullptr) {
+                return;
+            }
+            for (const Quor::Ptr<Entry>& entry : former->entries) {
+                if (entry->stands) {
+                    entries.push_back(entry);
+                }
             }
         }
         List(const List&) = delete;
@@ -99,10 +105,10 @@ public:
         if (!former) {
             return false;
         }
-        for (std::size_t i = 0; i < former->entries.size(); ++i) {
-            if (former->entries[i]->id == id) {
-                former->entries[i]->stands = false;
-                leaveOut(i);
+        for (const Quor::Ptr<Entry>& entry : former->entries) {
+            if (entry->id == id) {
+                entry->stands = false;
+                leaveOutEnded();
                 return true;
             }
         }
@@ -147,16 +153,15 @@ private:
         anybody_ = static_cast<bool>(list);
     }
 
-    // Where there is no memory for a shorter list, the entry stays in it and stands no longer.
-    void leaveOut(std::size_t at) {
-        if (list_->entries.size() == 1) {
+    // Where there is no memory for a shorter list, the one there is stays until the next change.
+    void leaveOutEnded() {
+        const auto stands = [](const Quor::Ptr<Entry>& entry) { return entry->stands.load(); };
+        if (std::none_of(list_->entries.begin(), list_->entries.end(), stands)) {
             replace(nullptr);
             return;
         }
         try {
-            Quor::Ptr<List> shorter(new List(list_.get()));
-            shorter->entries.erase(shorter->entries.begin() + static_cast<std::ptrdiff_t>(at));
-            replace(shorter);
+            replace(Quor::Ptr<List>(new List(list_.get())));
         } catch (const std::bad_alloc&) {
             return;
         }

@@ -322,6 +322,22 @@ TEST(Notifier, MemoryFailureLeavesNoRegistration) {
     EXPECT_EQ(journal.calls, "a");
 }
 
+TEST(Notifier, CallbackLeftByAMemoryFailureIsLetGoWithTheNextChange) {
+    Notifier notifier;
+    Journal journal;
+    const auto kept = std::make_shared<int>(0);
+    const GuardPtr a = notifier.registerNotification(calling([kept](const NotifyMsg&) {}), kType);
+    const GuardPtr b = notifier.registerNotification(journal.writer('b'), kType);
+    {
+        const testing_support::FailingAllocator failing(1);
+        notifier.deregisterNotification(a->id());
+    }
+    const GuardPtr c = notifier.registerNotification(journal.writer('c'), kType);
+    EXPECT_EQ(kept.use_count(), 1);
+    notifier.issueNotification(kMessage, kType);
+    EXPECT_EQ(journal.calls, "bc");
+}
+
 TEST(NotifierDelivery, MemoryFailureCallsNobody) {
     Notifier notifier;
     Journal journal;
