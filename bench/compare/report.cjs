@@ -142,9 +142,10 @@ function peersText(found) {
 
 function tables({ machine, rounds, sizes, found, climbs, absences }) {
     const rows = Object.keys(sizes).map(Number).sort((a, b) => a - b);
-    const { cores, model, gigabytes } = machine;
+    const { cores, model, gigabytes, busy } = machine;
     const parts = [`Machine: ${cores} cores (${model}), ${gigabytes} GB of memory. ` +
-        `Medians of ${rounds} rounds.`];
+        `Medians of ${rounds} rounds, at a load of ${busy.toFixed(1)}` +
+        `${busy > cores ? ': other work took the cores too, so times are too long' : ''}.`];
     if (found.length > 0) {
         parts.push(peersText(found), aimsTable(found), ...rows.slice().reverse()
             .map((size) => timesAt(found, size)));
