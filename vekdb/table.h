@@ -202,29 +202,61 @@ public:
     // --- sorting and lookup
     void set_sortfield(int field) override;
     /// `fields` ends at its first negative entry, stays the caller's, must outlive the sorts,
-    /// and must be writable: entries past the last column are overwritten with -1.
+    /// and must be writable: entries past the last column are overwritten with -1. Null sorts
+    /// by nothing.
     void set_sortfields(int* fields) override;
+    /// Compares values from so many characters behind their front on, or, when negative, the
+    /// last so many characters.
     void set_sort_offset(int offset) override;
+    /// Sets the process-wide state of `vekdb/sort.h` up for this table; its sort list.
     int* sortPrepare(int direction, int forceNormal) override;
-    /// Sorts in place; one sort at a time in a process.
+    /// Sorts all rows in place, also hidden ones, descending when `direction` is negative. Rows
+    /// that compare equal keep their order. One sort at a time in a process. When memory is
+    /// exhausted the rows stand as they did.
     void sort(int direction, int forceNormal) override;
+    /// The first shown row whose value in a column is `value`, with regard to case, or begins
+    /// with its first `prefixLength` characters when that is not 0; 0xFFFFFFFF for none. A
+    /// cookie is looked up by its identity first.
     unsigned findFirst(const char* field, const char* value, int prefixLength) override;
-    /// The row of an identity. Built on first use; stale after sorting.
+    /// The row whose "cookie" column holds an identity, or 0xFFFFFFFF; what else the cookie
+    /// carries does not count. Built on first use from the rows shown then, and emptied when
+    /// rows are inserted or deleted; stale after sorting, appending and changes of values.
     unsigned getRowIndexByID(const Cookie& id);
 
     // --- query
+    /// Asks for rows whose values contain those of `query`, column by column and without regard
+    /// to case; blank ones ask for nothing. The record is not kept. One that is null or has
+    /// fewer values than there are columns leaves the old query in force.
     void set_query(dbrecord* query) override;
+    /// Sets the criteria of each column; too few of them leave the old query in force.
     void setQuery(const std::vector<TextSearch::Criteria>& criteria);
+    /// Tags the shown rows that match with 1 and, unless `keepTags`, the others with 0; how many
+    /// match, 0 without a query.
     unsigned tag_matching_records(int keepTags) override;
+    /// 1 or 0; 0xFFFFFFFF for a row that does not exist and without a query.
     unsigned match_record(int row) const override;
+    /// Whether a record answers what the query asks of one column.
     int match_field(dbrecord* record, int field) const;
+    /// Whether a value satisfies the criteria, as its column's type is read: timecodes by their
+    /// digits, compact ones in their punctuated form, dates as the C library prints them.
     int matchField(const dbrecord* record, unsigned short field,
                    const TextSearch::Criteria& criteria) const;
+    /// Whether the range from start to end that a start or end label column belongs to holds
+    /// the text of the column's first criterion.
     int found_in_special_label_field(dbrecord* record, int field) const;
 
     // --- merging
+    /// Appends every row of a table or view with the columns that both have by name; timecodes
+    /// are converted where one holds them punctuated and the other compact. 1, or 0 when no
+    /// column is shared. A table may be merged into itself. When memory is exhausted, rows that
+    /// were appended already stay, the last ones perhaps empty.
     int merge_all_matching(VDBBase* source);
+    /// Appends copies of all rows of a table of the same revision, column types and names (with
+    /// regard to case), hidden rows included; how many, or 0xFFFFFFFF when refused. Tags are not
+    /// copied, no notice is sent, and the modified flag stays.
     unsigned add_vekdb(vekdb* source);
+    /// Sorts by the column and tags the first row of each value, without regard to case; the
+    /// number of tags. The column stays the sort field and all rows are shown afterwards.
     unsigned tag_all_different(int field) override;
 
     unsigned baseIndex(unsigned row) const override { return row; }
