@@ -24,7 +24,7 @@ bool isKeycode(std::string_view text) {
     return keycodeFrames(text, anyGauge).has_value();
 }
 
-// Whether a column is one of such values: typed so, or nearly every filled cell is one.
+// Whether at least half of the filled cells are such values.
 template <class Is>
 bool isMostly(const Log& log, unsigned column, Is is) {
     std::size_t filled = 0;
@@ -34,7 +34,7 @@ bool isMostly(const Log& log, unsigned column, Is is) {
         filled += cell.empty() ? 0 : 1;
         good += is(trimmed(cell)) ? 1 : 0;
     }
-    return filled > 0 && good * 2 > filled;
+    return filled > 0 && good * 2 >= filled;
 }
 
 // Goes through a log and notes everything that is wrong with it.
@@ -112,8 +112,18 @@ private:
             add(row, column, "a value of " + std::to_string(cell.size()) + " bytes",
                 "at most 4094, which is what a table file holds");
         }
-        const char* loss = tableFileLoss(cell);
-        if (loss != nullptr) add(row, column, inQuotes(cell), std::string("no ") + loss);
+        TableLoss loss = tableFileLoss(cell);
+        if (loss != TableLoss::none) add(row, column, inQuotes(cell), wantedInsteadOf(loss));
+    }
+
+    static const char* wantedInsteadOf(TableLoss loss) {
+        switch (loss) {
+            case TableLoss::blanks: return "no blanks at the ends, which a table file drops";
+            case TableLoss::carriageReturns: return "no carriage returns, which a table file drops";
+            case TableLoss::backslash:
+                return "no backslash before n or a line end, which a table file changes";
+            default: return "a text that a table file holds";
+        }
     }
 
     void checkRange(const RangeColumns& pair) {

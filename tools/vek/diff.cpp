@@ -163,8 +163,8 @@ Command diffCommand() {
         "tell how two logs differ, cell by cell",
         "Tells which rows are only in A (-), only in B (+), and which cells of the others changed "
         "(~). With --key, rows belong together whose key is the same, wherever they stand; "
-        "without, rows are matched in their order. Columns go by their names. Ends with 1 when "
-        "the logs differ.",
+        "without, rows are matched in their order. Columns go by their names; parameters are not "
+        "compared. Ends with 1 when the logs differ.",
         {{"vek diff old.vek new.vek", "rows in their order"},
          {"vek diff old.vek new.csv --key Name", "rows by their name, in any order and format"},
          {"vek diff old.vek new.vek --format json", "for a program"}},

@@ -104,7 +104,7 @@ private:
         unsigned key = from.requireColumn(into_.columnName(key_));
         std::unordered_map<std::string, unsigned> seen;
         for (unsigned row = 0; row < from.rowCount(); ++row) {
-            std::string value(from.cell(row, key));
+            std::string value = inOurForm(from, row, key);
             if (!seen.try_emplace(value, row).second && !value.empty()) {
                 say(worded(from.name, {from.lineOf(row), from.columnName(key),
                                        inQuotes(value) + " a second time", "each key once",
@@ -124,11 +124,15 @@ private:
         return row;
     }
 
+    std::string inOurForm(const Log& from, unsigned row, unsigned column) const {
+        return inForm(from.cell(row, column), from.table->get_field_type(column),
+                      into_.table->get_field_type(columns_[column]));
+    }
+
     void joinRow(const Log& from, unsigned row, unsigned target) {
         for (unsigned i = 0; i < columns_.size(); ++i) {
             unsigned column = columns_[i];
-            std::string value = inForm(from.cell(row, i), from.table->get_field_type(i),
-                                       into_.table->get_field_type(column));
+            std::string value = inOurForm(from, row, i);
             std::string_view old = into_.cell(target, column);
             if (value == old) continue;
             if (old.empty()) store(target, column, value);
@@ -140,8 +144,9 @@ private:
     // Two values for one cell: the choice is told unless the person made it.
     void settle(const Log& from, unsigned row, unsigned target, unsigned column,
                 const std::string& value) {
-        if (prefer_ == Prefer::last) return store(target, column, value);
-        if (prefer_ != Prefer::report) return;
+        bool takesLast = prefer_ == Prefer::last || prefer_ == Prefer::filled;
+        if (takesLast) return store(target, column, value);
+        if (prefer_ == Prefer::first) return;
         ++conflicts_;
         std::string_view old = into_.cell(target, column);
         say(worded(from.name, {from.lineOf(row), into_.columnName(column), inQuotes(value),
@@ -210,8 +215,8 @@ Command mergeCommand() {
         {{"FILE", "logs of any format, at least one", false, true}},
         {{"-k,--key", "COLUMN", "join rows that have the same value here"},
          {"--prefer", "WHICH",
-          "of two values keep the first, the last (also when it is empty), or the filled one, and "
-          "of two filled ones the first",
+          "of two values keep the first, the last (also when it is empty), or the last that is "
+          "filled",
           false, "first|last|filled"},
          {"-o,--output", "OUT", "write this file; standard output as a rule"},
          {"--to", "FORMAT", "what to write; the ending of OUT as a rule", false,

@@ -182,7 +182,7 @@ std::string nearest(std::string_view word, const std::vector<std::string>& candi
     constexpr std::size_t longestWord = 64;
     std::string wanted = lowered(word.substr(0, longestWord));
     std::string best;
-    std::size_t bestDistance = std::max<std::size_t>(2, wanted.size() / 2);
+    std::size_t bestDistance = wanted.size() <= 3 ? 1 : std::max<std::size_t>(2, wanted.size() / 3);
     for (const std::string& candidate : candidates) {
         if (candidate.size() > longestWord) continue;
         std::string known = lowered(candidate);

@@ -34,9 +34,9 @@ public:
     Differences byKey(const std::string& key) {
         unsigned columnA = a_.requireColumn(key);
         unsigned columnB = b_.requireColumn(key);
+        Keys inA = keysOf(a_, columnA);
         Keys inB = keysOf(b_, columnB);
         std::vector<char> isMatched(b_.rowCount());
-        Keys inA = keysOf(a_, columnA);
         for (unsigned row = 0; row < a_.rowCount(); ++row) {
             std::string value(a_.cell(row, columnA));
             unsigned turn = inA.turn[row];

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 
@@ -28,6 +29,24 @@ std::string because(int error) {
 [[noreturn]] void refuse(const std::string& name, int error) {
     throw Failure{unwritable, name + ": " + because(error)};
 }
+
+// Keeps Ctrl-C and its kin waiting while a file is being replaced, which is soon done: the old
+// file or the new one is there then, and nothing beside it.
+class Undisturbed {
+public:
+    Undisturbed() {
+        sigset_t signals;
+        ::sigemptyset(&signals);
+        for (int signal : {SIGINT, SIGTERM, SIGHUP}) ::sigaddset(&signals, signal);
+        ::sigprocmask(SIG_BLOCK, &signals, &before_);
+    }
+    ~Undisturbed() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
+    Undisturbed(const Undisturbed&) = delete;
+    Undisturbed& operator=(const Undisturbed&) = delete;
+
+private:
+    sigset_t before_;
+};
 
 // Whoever read the pipe has seen enough.
 [[noreturn]] void endQuietly() {
@@ -76,6 +95,7 @@ void replaceFile(const std::string& path, std::string_view text) {
     // Saving ends every line, so the text goes in as one line without its last line feed.
     TextFile file;
     if (!text.empty()) file.appendLine(text.substr(0, text.size() - 1));
+    Undisturbed undisturbed;
     errno = 0;
     if (!file.save(fromUTF8(LightweightString<char>(path.c_str())), TextFile::eLF)) {
         refuse(path, errno);

@@ -26,6 +26,14 @@ std::vector<std::string> unmarked(std::vector<std::string> words) {
     return words;
 }
 
+// The parser says "--output: 1 required" and "--output: At Most 1 required but received 2".
+std::string inOurWords(const std::string& message) {
+    std::string option = message.substr(0, message.find(':'));
+    if (option == message) return message;
+    bool isTooMany = message.find("received") != std::string::npos;
+    return option + (isTooMany ? " is given more than once" : " needs a value");
+}
+
 std::string listed(const std::vector<std::string>& words) {
     std::string list;
     for (const std::string& word : words) list += (list.empty() ? "" : ", ") + word;
@@ -49,7 +57,7 @@ public:
             std::reverse(backwards.begin(), backwards.end());
             app_.parse(backwards);
         } catch (const CLI::ParseError& error) {
-            refuse(error.what());
+            refuse(inOurWords(error.what()));
         }
         Args args;
         if (help_->count() > 0) {

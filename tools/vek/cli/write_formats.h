@@ -13,8 +13,11 @@ void writeAle(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& 
 void writeMarkdown(const Sheet& sheet, Output& out, Losses& losses);
 void writeHtml(const Sheet& sheet, Output& out, Losses& losses);
 
-/// What a value of a table file loses on its way through the file, or null: the text of a Loss.
-const char* tableFileLoss(std::string_view value);
+/// What a value loses on its way through a table file.
+enum class TableLoss { none, blanks, carriageReturns, backslash, other };
+TableLoss tableFileLoss(std::string_view value);
+/// "cells that lose the blanks at their ends".
+const char* lossOfCells(TableLoss loss);
 /// The longest value that a table file's line can hold.
 constexpr std::size_t longestTableValue = 4094;
 

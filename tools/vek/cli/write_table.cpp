@@ -120,8 +120,7 @@ private:
 void tellChanged(const Sheet& sheet, const std::vector<ExactCell>& changed, std::size_t noted,
                  Losses& losses) {
     for (std::size_t i = 0; i < changed.size(); ++i) {
-        const char* loss = tableFileLoss(changed[i].value);
-        losses.add(std::string(loss != nullptr ? loss : "cells that read back as another text") +
+        losses.add(std::string(lossOfCells(tableFileLoss(changed[i].value))) +
                        (i < noted ? "; vek reads them back as they are, other programs do not"
                                   : "; there is no room to note them"),
                    place(sheet, changed[i].row, changed[i].column));
@@ -134,13 +133,27 @@ void writeLines(const TextFile& lines, Output& out) {
 
 }  // namespace
 
-const char* tableFileLoss(std::string_view value) {
+TableLoss tableFileLoss(std::string_view value) {
     bool mayChange = !value.empty() && (isAsciiSpace(value.front()) || isAsciiSpace(value.back()) ||
+                                        value.find('\0') != std::string_view::npos ||
                                         hasAny(value, "\r\\"));
-    if (!mayChange || afterTableFile(value) == value) return nullptr;
-    if (trimmed(value) != value) return "cells that lose the blanks at their ends";
-    if (hasAny(value, "\r")) return "cells that lose their carriage returns";
-    return "cells whose backslash before n or a line end reads back as another text";
+    if (!mayChange || afterTableFile(value) == value) return TableLoss::none;
+    if (trimmed(value) != value) return TableLoss::blanks;
+    if (hasAny(value, "\r")) return TableLoss::carriageReturns;
+    return hasAny(value, "\\") ? TableLoss::backslash : TableLoss::other;
+}
+
+const char* lossOfCells(TableLoss loss) {
+    switch (loss) {
+        case TableLoss::blanks:
+            return "cells that lose the blanks at their ends";
+        case TableLoss::carriageReturns:
+            return "cells that lose their carriage returns";
+        case TableLoss::backslash:
+            return "cells whose backslash before n or a line end reads back as another text";
+        default:
+            return "cells that read back as another text";
+    }
 }
 
 void writeTable(const Sheet& sheet, Output& out, Losses& losses) {

@@ -66,8 +66,11 @@ Target targetOf(const Log& log) {
         case Format::csv: return Target::csv;
         case Format::tsv: return Target::tsv;
         case Format::ale: return Target::ale;
-        case Format::json: return Target::json;
-        case Format::jsonl: return Target::jsonl;
+        case Format::json:
+        case Format::jsonl:
+            throw Failure{wrongUsage, log.name + ": JSON is not changed in place, as its numbers "
+                                      "would become texts; make a table file of it with vek "
+                                      "convert"};
         default: break;
     }
     throw Failure{wrongUsage, log.name + ": " + formatName(log.format) + " is read, not written; "
