@@ -211,6 +211,7 @@ Finish run(const WorkFolder& folder, const Start& start) {
     Streams streams;
     streams.open(folder, start);
     if (testing::Test::HasFatalFailure()) return finish;
+    if (start.readAtMost == 0) streams.output.reading.close();
     pid_t child = ::fork();
     if (child == 0) becomeProgram(folder, start, streams);
     streams.input.close();

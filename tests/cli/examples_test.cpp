@@ -1,0 +1,208 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+#include "cli/program.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string contentOf(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+Finish vek(const WorkFolder& folder, std::vector<std::string> words) {
+    words.insert(words.begin(), "vek");
+    Start start;
+    start.words = std::move(words);
+    return run(folder, start);
+}
+
+// A folder in which the examples can be run: "vek" is on the path, and the logs they name exist.
+class ExampleFolder : public WorkFolder {
+public:
+    ExampleFolder() {
+        fs::create_symlink(VEK_PROGRAM, path() / "vek");
+        std::string docs = contentOf(fs::path(VEKDB_SOURCE_DIR) / "samples/docs.vek");
+        for (const char* name : {"log.vek", "old.vek", "day1.vek", "day2.vek"}) write(name, docs);
+        write("new.vek", docs);
+        write("docs.csv", "Reel,Take\nA001,1\n");
+        write("sound.csv", "Reel,Name\nA001,x\n");
+        write("fixes.csv", "Reel,Name\nA001,y\n");
+        write("new.csv", "Reel,Name\nA001,y\n");
+        write("bin.vek",
+              "\"VEKDB:Rev 1\"\n\"Name:Bin\"\n\"VEKDB\"\n\"4\"\n\"text\"\n\"Cookie\"\n"
+              "\"975835ddbfc8460f987bbcbec3f2827900004d\"\n");
+    }
+
+    Finish shell(const std::string& line) const { return run(*this, shellStart(line)); }
+
+    // What a terminal of 100 columns without colours shows, messages included.
+    std::string terminal(const std::string& line) const {
+        Start start = shellStart("(" + line + ") 2>&1");
+        start.terminalWidth = 100;
+        start.environment = {"NO_COLOR=1"};
+        return run(*this, start).output;
+    }
+
+private:
+    static Start shellStart(const std::string& line) {
+        Start start;
+        start.words = {"/bin/sh", "-c", "PATH=.:$PATH; " + line};
+        return start;
+    }
+};
+
+std::vector<std::string> commandNames() {
+    WorkFolder folder;
+    Finish help = vek(folder, {"--help"});
+    std::vector<std::string> names;
+    std::istringstream in(help.output.substr(help.output.find("Commands:\n") + 10));
+    for (std::string line; std::getline(in, line) && !line.empty();) {
+        names.push_back(line.substr(2, line.find(' ', 2) - 2));
+    }
+    return names;
+}
+
+// The lines below "Examples:" that are commands.
+std::vector<std::string> examplesOf(const std::string& help) {
+    std::vector<std::string> lines;
+    std::istringstream in(help.substr(help.find("Examples:\n") + 10));
+    for (std::string line; std::getline(in, line) && !line.empty();) {
+        if (line.starts_with("  vek ")) lines.push_back(line.substr(2));
+    }
+    return lines;
+}
+
+std::string nameOf(const testing::TestParamInfo<std::string>& info) {
+    return info.param;
+}
+
+// A block of a document that begins with "$ vek ...", and what is printed below it.
+struct Session {
+    std::string command;
+    std::string printed;
+};
+
+std::vector<Session> sessionsOf(const std::string& document) {
+    std::vector<Session> sessions;
+    bool isOpen = false;
+    std::istringstream in(document);
+    for (std::string line; std::getline(in, line);) {
+        if (line.starts_with("```")) isOpen = line == "```console";
+        else if (isOpen && line.starts_with("$ ")) sessions.push_back({line.substr(2), {}});
+        else if (isOpen && !sessions.empty()) sessions.back().printed += line + "\n";
+    }
+    return sessions;
+}
+
+std::vector<fs::path> documents() {
+    std::vector<fs::path> paths = {fs::path(VEKDB_SOURCE_DIR) / "README.md"};
+    for (const auto& entry : fs::directory_iterator(fs::path(VEKDB_SOURCE_DIR) / "docs")) {
+        if (entry.path().extension() == ".md") paths.push_back(entry.path());
+    }
+    std::sort(paths.begin(), paths.end());
+    return paths;
+}
+
+}  // namespace
+
+class HelpExamples : public testing::TestWithParam<std::string> {};
+
+TEST_P(HelpExamples, AllRun) {
+    ExampleFolder folder;
+    Finish help = vek(folder, {GetParam(), "--help"});
+    ASSERT_EQ(help.exitCode, 0);
+    std::vector<std::string> lines = examplesOf(help.output);
+    EXPECT_FALSE(lines.empty());
+    for (const std::string& line : lines) {
+        ExampleFolder fresh;
+        bool builds = GetParam() == "container" && line.find("create") != std::string::npos;
+        if (builds) fs::remove(fresh.path() / "bin.vek");
+        bool needsName = line.find("--key Name") != std::string::npos;
+        if (needsName) fresh.shell("for f in *.vek; do vek column add $f Name; done");
+        Finish finish = fresh.shell(line);
+        EXPECT_TRUE(finish.exitCode == 0 || finish.exitCode == 1) << line << finish.errors;
+        EXPECT_EQ(finish.errors.find("--help"), std::string::npos) << line << finish.errors;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Vek, HelpExamples, testing::ValuesIn(commandNames()), nameOf);
+
+// The sessions of a document follow on each other, in one folder.
+TEST(DocExamples, EverySessionPrintsWhatItShows) {
+    std::size_t count = 0;
+    for (const fs::path& path : documents()) {
+        SCOPED_TRACE(path.string());
+        ExampleFolder folder;
+        for (const Session& session : sessionsOf(contentOf(path))) {
+            bool isOurs = session.command.starts_with("vek ") ||
+                          session.command.starts_with("printf ");
+            if (!isOurs) continue;
+            EXPECT_EQ(folder.terminal(session.command), session.printed) << session.command;
+            ++count;
+        }
+    }
+    EXPECT_GT(count, 10u);
+}
+
+TEST(Completions, BashTakesThemAndCompletes) {
+    ExampleFolder folder;
+    Start start;
+    start.words = {"/bin/bash", "-c",
+                   "source <(./vek completions bash)\n"
+                   "complete_at() { COMP_WORDS=(\"$@\"); COMP_CWORD=$(($# - 1)); COMPREPLY=(); "
+                   "_vek; echo \"${COMPREPLY[@]}\"; }\n"
+                   "complete_at vek sh\n"
+                   "complete_at vek show --colu\n"
+                   "complete_at vek show --format m\n"
+                   "complete_at vek column re\n"
+                   "complete_at vek convert --to js\n"
+                   "complete_at vek show log\n"};
+    Finish finish = run(folder, start);
+    EXPECT_EQ(finish.output, "show\n--columns\nmarkdown\nremove rename\njson jsonl\nlog.vek\n");
+    EXPECT_EQ(finish.errors, "");
+}
+
+TEST(Completions, NameEveryCommandInEveryShell) {
+    WorkFolder folder;
+    for (const char* shell : {"bash", "zsh", "fish"}) {
+        Finish finish = vek(folder, {"completions", shell});
+        EXPECT_EQ(finish.exitCode, 0);
+        for (const std::string& name : commandNames()) {
+            EXPECT_NE(finish.output.find(name), std::string::npos) << shell << " " << name;
+        }
+    }
+}
+
+// Every option that a help text names is in the manual page, and the page has no line that the
+// formatter would take for one of its own requests.
+TEST(Man, HasEveryOptionOfEveryCommand) {
+    WorkFolder folder;
+    Finish page = vek(folder, {"man"});
+    ASSERT_EQ(page.exitCode, 0);
+    for (const std::string& name : commandNames()) {
+        EXPECT_NE(page.output.find(".SH \"vek " + name + "\"\n"), std::string::npos) << name;
+        Finish help = vek(folder, {name, "--help"});
+        std::istringstream in(help.output);
+        for (std::string word; in >> word;) {
+            if (!word.starts_with("--") || word == "--help" || word.size() < 4) continue;
+            std::string letters = "-abcdefghijklmnopqrstuvwxyz";
+            std::string option = word.substr(0, word.find_first_not_of(letters));
+            std::string escaped;
+            for (char c : option) escaped += c == '-' ? std::string("\\-") : std::string(1, c);
+            EXPECT_NE(page.output.find(escaped), std::string::npos) << name << " " << option;
+        }
+    }
+    std::istringstream in(page.output);
+    for (std::string line; std::getline(in, line);) {
+        bool isRequest = line.starts_with(".SH ") || line.starts_with(".TP") ||
+                         line.starts_with(".PP") || line.starts_with(".TH ");
+        EXPECT_TRUE(isRequest || (!line.starts_with('.') && !line.starts_with('\''))) << line;
+    }
+}
