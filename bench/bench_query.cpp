@@ -53,12 +53,12 @@ void timeQuery(State& state, vekdb& table, unsigned expected) {
 
 static void twoColumnsContain(State& state) {
     vekdb& table = sharedLog(state.range(0));
-    ask(table, {{"Description", "dolly"}, {"Reel", "A1"}});
+    ask(table, {{"Description", "dolly"}, {"Reel", "A0"}});
     unsigned description = column(table, "Description");
     unsigned reel = column(table, "Reel");
     timeQuery(state, table, countRows(table, [&](const dbrecord& record) {
                   return containsNoCase(record.fieldView(description), "dolly") &&
-                         containsNoCase(record.fieldView(reel), "A1");
+                         containsNoCase(record.fieldView(reel), "A0");
               }));
 }
 BENCHMARK(twoColumnsContain)->Apply(ladder);
