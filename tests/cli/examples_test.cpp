@@ -42,14 +42,6 @@ public:
 
     Finish shell(const std::string& line) const { return run(*this, shellStart(line)); }
 
-    // What a terminal without colours shows, messages included.
-    std::string terminal(const std::string& line, int width) const {
-        Start start = shellStart("(" + line + ") 2>&1");
-        start.terminalWidth = width;
-        start.environment = {"NO_COLOR=1"};
-        return run(*this, start).output;
-    }
-
 private:
     static Start shellStart(const std::string& line) {
         Start start;
@@ -83,39 +75,6 @@ std::string nameOf(const testing::TestParamInfo<std::string>& info) {
     return info.param;
 }
 
-// A block of a document that begins with "$ vek ...", and what is printed below it.
-struct Session {
-    std::string command;
-    std::string printed;
-};
-
-std::vector<Session> sessionsOf(const std::string& document) {
-    std::vector<Session> sessions;
-    bool isOpen = false;
-    std::istringstream in(document);
-    for (std::string line; std::getline(in, line);) {
-        if (line.starts_with("```")) isOpen = line == "```console";
-        else if (isOpen && line.starts_with("$ ")) sessions.push_back({line.substr(2), {}});
-        else if (isOpen && !sessions.empty()) sessions.back().printed += line + "\n";
-    }
-    return sessions;
-}
-
-// Other programs of a document are run by tests of their own.
-bool canBeRun(const Session& session) {
-    std::string program = session.command.substr(0, session.command.find(' '));
-    return program == "vek" || program == "printf" || program == "cp";
-}
-
-std::vector<fs::path> documents() {
-    std::vector<fs::path> paths = {fs::path(VEKDB_SOURCE_DIR) / "README.md"};
-    for (const auto& entry : fs::directory_iterator(fs::path(VEKDB_SOURCE_DIR) / "docs")) {
-        if (entry.path().extension() == ".md") paths.push_back(entry.path());
-    }
-    std::sort(paths.begin(), paths.end());
-    return paths;
-}
-
 }  // namespace
 
 class HelpExamples : public testing::TestWithParam<std::string> {};
@@ -139,24 +98,6 @@ TEST_P(HelpExamples, AllRun) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Vek, HelpExamples, testing::ValuesIn(commandNames()), nameOf);
-
-// The sessions of a document follow on each other, in one folder.
-TEST(DocExamples, EverySessionPrintsWhatItShows) {
-    std::size_t count = 0;
-    for (const fs::path& path : documents()) {
-        SCOPED_TRACE(path.string());
-        ExampleFolder folder;
-        // The tour says how wide its terminal was; elsewhere nothing was cut.
-        int width = path.filename() == "vek.md" ? 100 : 1000;
-        for (const Session& session : sessionsOf(contentOf(path))) {
-            if (!canBeRun(session)) continue;
-            EXPECT_EQ(folder.terminal(session.command, width), session.printed)
-                << session.command;
-            ++count;
-        }
-    }
-    EXPECT_GT(count, 10u);
-}
 
 TEST(Completions, BashTakesThemAndCompletes) {
     ExampleFolder folder;
