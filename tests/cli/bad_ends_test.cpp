@@ -221,8 +221,7 @@ protected:
     InPlace() {
         folder_.write("box/log.vek", logText);
         folder_.write("other.csv", "Reel\nB001\n");
-        std::filesystem::permissions(folder_.path() / "box",
-                                     std::filesystem::perms::all);
+        std::filesystem::permissions(folder_.path() / "box", std::filesystem::perms::all);
     }
 
     WorkFolder folder_;
@@ -243,10 +242,9 @@ TEST_P(InPlace, KeepsModeAndLinksAndLeavesNothingBeside) {
 
 TEST_P(InPlace, AFolderThatTakesNoFileLeavesTheOldOne) {
     namespace fs = std::filesystem;
-    fs::permissions(folder_.path() / "box", fs::perms::owner_all | fs::perms::others_read |
-                                                fs::perms::others_exec);
-    fs::permissions(folder_.path() / "box/log.vek", fs::perms::owner_all |
-                                                        fs::perms::others_read);
+    fs::permissions(folder_.path() / "box",
+                    fs::perms::owner_all | fs::perms::others_read | fs::perms::others_exec);
+    fs::permissions(folder_.path() / "box/log.vek", fs::perms::owner_all | fs::perms::others_read);
     Start start = startOf(GetParam(), "box/log.vek");
     start.asNobody = true;
     Finish finish = run(folder_, start);
@@ -282,4 +280,31 @@ TEST(ClosedOutput, IsAnError) {
     Finish finish = run(folder, start);
     EXPECT_EQ(finish.exitCode, 4);
     EXPECT_EQ(finish.errors, "vek: standard output: Bad file descriptor\n");
+}
+
+namespace {
+
+// A log that takes over a second to come.
+Finish readSlowly(bool onTerminal) {
+    WorkFolder folder;
+    Start start;
+    start.words = {
+        "/bin/sh", "-c",
+        "(echo Name; sleep 1.2; echo A; sleep 0.2; echo B) | \"$0\" convert - - --to csv",
+        VEK_PROGRAM};
+    start.errorsToTerminal = onTerminal;
+    return run(folder, start);
+}
+
+}  // namespace
+
+TEST(ProgressBar, ShowsOnATerminalWhenAJobTakesLongAndGoesAtItsEnd) {
+    Finish finish = readSlowly(true);
+    EXPECT_EQ(finish.output, "Name\nA\nB\n");
+    EXPECT_TRUE(finish.errors.starts_with("\rreading standard input 0 KB")) << finish.errors;
+    EXPECT_TRUE(finish.errors.ends_with("\r\x1b[K")) << finish.errors;
+}
+
+TEST(ProgressBar, IsNotForPipes) {
+    EXPECT_EQ(readSlowly(false).errors, "");
 }

@@ -22,14 +22,20 @@ std::string unescaped(const std::string& text) {
             continue;
         }
         switch (text[++i]) {
-            case 'r': out += '\r'; break;
-            case 't': out += '\t'; break;
-            case '\n': break;
+            case 'r':
+                out += '\r';
+                break;
+            case 't':
+                out += '\t';
+                break;
+            case '\n':
+                break;
             case 'x':
                 out += static_cast<char>(std::stoi(text.substr(i + 1, 2), nullptr, 16));
                 i += 2;
                 break;
-            default: out += text[i];
+            default:
+                out += text[i];
         }
     }
     return out;
@@ -46,8 +52,10 @@ std::vector<Section> sectionsOf(const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
     std::vector<Section> sections;
     for (std::string line; std::getline(file, line);) {
-        if (line.starts_with("== ")) sections.push_back(opened(line));
-        else if (!sections.empty()) sections.back().text += line + "\n";
+        if (line.starts_with("== "))
+            sections.push_back(opened(line));
+        else if (!sections.empty())
+            sections.back().text += line + "\n";
     }
     for (Section& section : sections) {
         bool isEscaped = section.rest == "escaped" || section.rest.ends_with(" escaped");
@@ -72,15 +80,21 @@ public:
 
 private:
     bool takeBefore(const Section& section) {
-        if (section.kind == "file") made_.files.emplace_back(section.rest, section.text);
-        else if (section.kind == "stdin") next_.input = section.text;
-        else if (section.kind == "env") next_.environment.push_back(section.rest);
-        else if (section.kind == "terminal") next_.terminalWidth = std::stoi(section.rest);
-        else if (section.kind == "to") next_.output = section.rest;
+        if (section.kind == "file")
+            made_.files.emplace_back(section.rest, section.text);
+        else if (section.kind == "stdin")
+            next_.input = section.text;
+        else if (section.kind == "env")
+            next_.environment.push_back(section.rest);
+        else if (section.kind == "terminal")
+            next_.terminalWidth = std::stoi(section.rest);
+        else if (section.kind == "to")
+            next_.output = section.rest;
         else if (section.kind == "link") {
             std::vector<std::string> words = shellWords(section.rest);
             made_.links.emplace_back(words.at(0), words.at(1));
-        } else return false;
+        } else
+            return false;
         return true;
     }
 
@@ -93,12 +107,18 @@ private:
     }
 
     static bool takeExpected(Step& step, const Section& section) {
-        if (section.kind == "exit") step.expected.exitCode = std::stoi(section.rest);
-        else if (section.kind == "stdout") step.expected.output = section.text;
-        else if (section.kind == "stderr") step.expected.errors = section.text;
-        else if (section.kind == "after") step.after.emplace_back(section.rest, section.text);
-        else if (section.kind == "absent") step.absent.push_back(section.rest);
-        else return false;
+        if (section.kind == "exit")
+            step.expected.exitCode = std::stoi(section.rest);
+        else if (section.kind == "stdout")
+            step.expected.output = section.text;
+        else if (section.kind == "stderr")
+            step.expected.errors = section.text;
+        else if (section.kind == "after")
+            step.after.emplace_back(section.rest, section.text);
+        else if (section.kind == "absent")
+            step.absent.push_back(section.rest);
+        else
+            return false;
         return true;
     }
 

@@ -28,8 +28,8 @@ void expectStep(const WorkFolder& folder, const Step& step) {
 
 std::string testName(const testing::TestParamInfo<std::string>& info) {
     std::string name = info.param.substr(0, info.param.rfind('.'));
-    std::replace_if(name.begin(), name.end(),
-                    [](unsigned char c) { return !std::isalnum(c); }, '_');
+    std::replace_if(
+        name.begin(), name.end(), [](unsigned char c) { return !std::isalnum(c); }, '_');
     return name;
 }
 

@@ -19,8 +19,8 @@ using Cells = std::vector<std::vector<std::string>>;
 std::vector<fs::path> dataFolders() {
     std::vector<fs::path> folders = {fs::path(VEKDB_SOURCE_DIR) / "tests/cli/fixtures"};
     const char* given = std::getenv("VEKDB_FIELD_DATA");
-    fs::path field = given != nullptr ? fs::path(given)
-                                      : fs::path(VEKDB_SOURCE_DIR) / "../shared/data";
+    fs::path field =
+        given != nullptr ? fs::path(given) : fs::path(VEKDB_SOURCE_DIR) / "../shared/data";
     if (fs::is_directory(field)) folders.push_back(fs::canonical(field));
     return folders;
 }
@@ -68,8 +68,10 @@ std::vector<std::string> linesOf(const std::string& text) {
 std::vector<std::string> tabbed(const std::string& line) {
     std::vector<std::string> cells(1);
     for (char c : line) {
-        if (c == '\t') cells.emplace_back();
-        else cells.back() += c;
+        if (c == '\t')
+            cells.emplace_back();
+        else
+            cells.back() += c;
     }
     return cells;
 }

@@ -1,8 +1,8 @@
 #include "cli/program.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <grp.h>
+#include <gtest/gtest.h>
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
@@ -64,10 +64,16 @@ struct Streams {
 
     void open(const WorkFolder& folder, const Start& start) {
         openInput(folder, start.input);
-        errors.open();
-        if (start.terminalWidth != 0) openTerminal(start.terminalWidth);
-        else if (start.output.empty()) output.open();
-        else output.writing.set(::open(start.output.c_str(), O_WRONLY | O_CLOEXEC));
+        if (start.errorsToTerminal)
+            openTerminal(errors, 80);
+        else
+            errors.open();
+        if (start.terminalWidth != 0)
+            openTerminal(output, start.terminalWidth);
+        else if (start.output.empty())
+            output.open();
+        else
+            output.writing.set(::open(start.output.c_str(), O_WRONLY | O_CLOEXEC));
         ASSERT_TRUE(output.writing.isOpen()) << start.output;
     }
 
@@ -79,7 +85,7 @@ struct Streams {
         ASSERT_TRUE(input.isOpen());
     }
 
-    void openTerminal(int width) {
+    static void openTerminal(Pipe& pipe, int width) {
         int controlling = -1;
         int controlled = -1;
         winsize size = {};
@@ -88,8 +94,8 @@ struct Streams {
         ASSERT_EQ(::openpty(&controlling, &controlled, nullptr, nullptr, &size), 0);
         ::fcntl(controlling, F_SETFD, FD_CLOEXEC);
         ::fcntl(controlled, F_SETFD, FD_CLOEXEC);
-        output.reading.set(controlling);
-        output.writing.set(controlled);
+        pipe.reading.set(controlling);
+        pipe.writing.set(controlled);
     }
 };
 
@@ -121,8 +127,8 @@ std::vector<std::string> environmentFor(const Start& start) {
     int file = ::open(program.c_str(), O_RDONLY);
     bool ready = ::chdir(folder.path().c_str()) == 0 && file >= 0;
     if (start.asNobody && ::geteuid() == 0) {
-        ready = ready && ::setgroups(0, nullptr) == 0 && ::setgid(nobody) == 0 &&
-                ::setuid(nobody) == 0;
+        ready =
+            ready && ::setgroups(0, nullptr) == 0 && ::setgid(nobody) == 0 && ::setuid(nobody) == 0;
     }
     if (ready) ::fexecve(file, pointers(words).data(), pointers(environment).data());
     ::_exit(127);

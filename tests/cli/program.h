@@ -30,11 +30,12 @@ struct Start {
     std::vector<std::string> words;  ///< the program's name and its arguments; "vek" is ours
     std::string input;               ///< what stands on its standard input
     std::vector<std::string> environment;
-    std::string output;              ///< a device or file for its standard output; "" catches it
-    int terminalWidth = 0;           ///< a terminal of this width instead, when not 0
+    std::string output;             ///< a device or file for its standard output; "" catches it
+    bool errorsToTerminal = false;  ///< messages go to a terminal
+    int terminalWidth = 0;          ///< a terminal of this width instead, when not 0
     std::size_t readAtMost = std::string::npos;  ///< closes the pipe after so many bytes, or,
                                                  ///< for 0, before the program starts
-    bool asNobody = false;           ///< without the rights of root, if the test has them
+    bool asNobody = false;  ///< without the rights of root, if the test has them
 };
 
 struct Finish {

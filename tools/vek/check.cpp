@@ -68,8 +68,10 @@ private:
     void checkColumn(unsigned column) {
         DBFieldTypes::eType type = log_.table->get_field_type(column);
         bool isTyped = type == DBFieldTypes::timecode || type == DBFieldTypes::timecode_s;
-        if (isTyped || isMostly(log_, column, isTimecode)) checkTimecodes(column);
-        else if (isMostly(log_, column, isKeycode)) checkKeycodes(column);
+        if (isTyped || isMostly(log_, column, isTimecode))
+            checkTimecodes(column);
+        else if (isMostly(log_, column, isKeycode))
+            checkKeycodes(column);
         if (log_.format == Format::table) return;
         for (unsigned row = 0; row < log_.rowCount(); ++row) checkHolds(row, column);
     }
@@ -79,8 +81,10 @@ private:
             std::string_view cell = log_.cell(row, column);
             if (cell.empty()) continue;
             std::optional<Timecode> code = parseTimecode(cell);
-            if (!code) add(row, column, inQuotes(cell), "a timecode such as 01:00:00:00");
-            else checkCounting(row, column, cell, *code);
+            if (!code)
+                add(row, column, inQuotes(cell), "a timecode such as 01:00:00:00");
+            else
+                checkCounting(row, column, cell, *code);
         }
     }
 
@@ -91,8 +95,9 @@ private:
             add(row, column, inQuotes(cell),
                 "frames below " + std::to_string(rate_->nominal) + ", as the FPS parameter says");
         } else if (code.dropFrame && code.seconds == 0 && code.frames < 2 && code.minutes % 10) {
-            add(row, column, inQuotes(cell), "frame 02 or later: drop-frame counting leaves out "
-                                             "00 and 01 here");
+            add(row, column, inQuotes(cell),
+                "frame 02 or later: drop-frame counting leaves out "
+                "00 and 01 here");
         }
     }
 
@@ -118,11 +123,14 @@ private:
 
     static const char* wantedInsteadOf(TableLoss loss) {
         switch (loss) {
-            case TableLoss::blanks: return "no blanks at the ends, which a table file drops";
-            case TableLoss::carriageReturns: return "no carriage returns, which a table file drops";
+            case TableLoss::blanks:
+                return "no blanks at the ends, which a table file drops";
+            case TableLoss::carriageReturns:
+                return "no carriage returns, which a table file drops";
             case TableLoss::backslash:
                 return "no backslash before n or a line end, which a table file changes";
-            default: return "a text that a table file holds";
+            default:
+                return "a text that a table file holds";
         }
     }
 
@@ -155,9 +163,9 @@ private:
             if (cell.empty()) continue;
             auto [entry, isNew] = first.try_emplace(cell, row);
             if (isNew) continue;
-            add(row, column, inQuotes(cell), "an identifier of its own; line " +
-                                               std::to_string(log_.lineOf(entry->second)) +
-                                               " has it already");
+            add(row, column, inQuotes(cell),
+                "an identifier of its own; line " + std::to_string(log_.lineOf(entry->second)) +
+                    " has it already");
         }
     }
 

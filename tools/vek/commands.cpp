@@ -3,10 +3,10 @@
 namespace vek {
 
 std::vector<Command> allCommands() {
-    return {showCommand(), infoCommand(), checkCommand(), convertCommand(), tagCommand(),
-            untagCommand(), setCommand(), deleteCommand(), columnCommand(), paramCommand(),
-            mergeCommand(), diffCommand(), statsCommand(), containerCommand(),
-            completionsCommand(), manCommand()};
+    return {showCommand(),   infoCommand(),      checkCommand(),       convertCommand(),
+            tagCommand(),    untagCommand(),     setCommand(),         deleteCommand(),
+            columnCommand(), paramCommand(),     mergeCommand(),       diffCommand(),
+            statsCommand(),  containerCommand(), completionsCommand(), manCommand()};
 }
 
 std::string programHelp() {

@@ -70,17 +70,22 @@ std::string bash() {
            "    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD-1]}\n"
            "    local command=${COMP_WORDS[1]} words=\n"
            "    if [[ $COMP_CWORD -eq 1 ]]; then\n"
-           "        COMPREPLY=($(compgen -W '" + commandNames() + "' -- \"$word\"))\n"
+           "        COMPREPLY=($(compgen -W '" +
+           commandNames() +
+           "' -- \"$word\"))\n"
            "        return\n"
            "    fi\n"
-           "    case $command:$before in\n" + values +
+           "    case $command:$before in\n" +
+           values +
            "    esac\n"
            "    if [[ -z $words && $word == -* ]]; then\n"
-           "        case $command in\n" + options +
+           "        case $command in\n" +
+           options +
            "        esac\n"
            "    elif [[ -z $words && $COMP_CWORD -eq 2 ]]; then\n"
-           "        case $command in\n" + choices +
-           "        help) words='" + commandNames() + "' ;;\n"
+           "        case $command in\n" +
+           choices + "        help) words='" + commandNames() +
+           "' ;;\n"
            "        esac\n"
            "    fi\n"
            "    if [[ -n $words ]]; then\n"
@@ -120,12 +125,13 @@ std::string zshCommand(const Command& command) {
         }
     }
     for (const Argument& argument : command.arguments) {
-        std::string what = *argument.choices != '\0' ? concat("(", spaced(argument.choices), ")")
-                                                     : "_files";
+        std::string what =
+            *argument.choices != '\0' ? concat("(", spaced(argument.choices), ")") : "_files";
         std::string title = zshText(argument.name);
-        out += " \\\n            " +
-               shellQuoted((argument.repeats ? "*:" : argument.optional ? "::" : ":") + title +
-                           ":" + what);
+        out += " \\\n            " + shellQuoted((argument.repeats    ? "*:"
+                                                  : argument.optional ? "::"
+                                                                      : ":") +
+                                                 title + ":" + what);
     }
     return out + " ;;\n";
 }
@@ -134,13 +140,14 @@ std::string zsh() {
     std::string list;
     std::string cases;
     for (const Command& command : allCommands()) {
-        list += "        " + shellQuoted(std::string(command.name) + ":" +
-                                         zshText(command.summary)) + "\n";
+        list += "        " +
+                shellQuoted(std::string(command.name) + ":" + zshText(command.summary)) + "\n";
         cases += zshCommand(command);
     }
     return "#compdef vek\n"
            "_vek() {\n"
-           "    local -a commands=(\n" + list +
+           "    local -a commands=(\n" +
+           list +
            "    )\n"
            "    if (( CURRENT == 2 )); then\n"
            "        _describe command commands\n"
@@ -149,7 +156,8 @@ std::string zsh() {
            "    local command=$words[2]\n"
            "    shift words\n"
            "    (( CURRENT-- ))\n"
-           "    case $command in\n" + cases +
+           "    case $command in\n" +
+           cases +
            "    esac\n"
            "}\n"
            "if [[ $zsh_eval_context[-1] == loadautofunc ]]; then _vek \"$@\"; "
@@ -160,8 +168,10 @@ std::string fishOption(const std::string& command, const Option& option) {
     std::string line = "complete -c vek -n '__fish_seen_subcommand_from " + command + "' -l " +
                        longName(option).substr(2);
     if (!shortName(option).empty()) line += " -s " + shortName(option).substr(1);
-    if (*option.choices != '\0') line += " -x -a " + shellQuoted(spaced(option.choices));
-    else if (*option.value != '\0') line += " -r";
+    if (*option.choices != '\0')
+        line += " -x -a " + shellQuoted(spaced(option.choices));
+    else if (*option.value != '\0')
+        line += " -r";
     return line + " -d " + shellQuoted(option.help) + "\n";
 }
 

@@ -18,8 +18,9 @@ LightweightString<wchar_t> wide(const std::string& path) {
 Cookie cookieNamed(const std::string& word) {
     Cookie cookie(word.c_str(), false);
     if (cookie.compare(Cookie()) != 0) return cookie;
-    throw Failure{wrongUsage, "container: " + inQuotes(word) + " is no identity, expected 38 "
-                              "hexadecimal digits"};
+    throw Failure{wrongUsage, "container: " + inQuotes(word) +
+                                  " is no identity, expected 38 "
+                                  "hexadecimal digits"};
 }
 
 std::string textOf(const Cookie& cookie) {

@@ -20,13 +20,14 @@ VDBView others(const Log& log, const VDBView& chosen) {
 int run(const Args& args) {
     Selection selection = selectionFrom(args);
     if (!narrows(selection) && !args.has("every")) {
-        throw Failure{wrongUsage, "delete: which rows? expected --where or another choice, or "
-                                  "--every for all of them"};
+        throw Failure{wrongUsage,
+                      "delete: which rows? expected --where or another choice, or "
+                      "--every for all of them"};
     }
     Log log = readLog(args);
     VDBView chosen = selectRows(log, selection).view;
-    std::string summary = counted(chosen->get_num_records(), "row") + " of " +
-                          std::to_string(log.rowCount());
+    std::string summary =
+        counted(chosen->get_num_records(), "row") + " of " + std::to_string(log.rowCount());
     if (args.has("dry-run")) {
         Output out;
         Losses ignored;

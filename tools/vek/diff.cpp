@@ -31,15 +31,20 @@ private:
     void printColumns(const char* what, const Log& log, const std::vector<std::string>& names,
                       Ink ink, char sign) {
         if (names.empty()) return;
-        out_.line(inked(ink, sign + std::string(" ") + what + escaped(log.name) + ": " +
-                                 escaped(joinedNames(names)), screen_));
+        out_.line(inked(
+            ink,
+            sign + std::string(" ") + what + escaped(log.name) + ": " + escaped(joinedNames(names)),
+            screen_));
     }
 
     void printRow(const RowDifference& difference) {
         switch (difference.kind) {
-            case RowDifference::removed: return printWhole(found_.a, difference.a, Ink::red, '-');
-            case RowDifference::added: return printWhole(found_.b, difference.b, Ink::green, '+');
-            case RowDifference::changed: return printChanged(difference);
+            case RowDifference::removed:
+                return printWhole(found_.a, difference.a, Ink::red, '-');
+            case RowDifference::added:
+                return printWhole(found_.b, difference.b, Ink::green, '+');
+            case RowDifference::changed:
+                return printChanged(difference);
         }
     }
 
@@ -53,8 +58,8 @@ private:
     }
 
     void printChanged(const RowDifference& difference) {
-        std::string title = placeOf(found_.a, difference.a) + " -> " +
-                            placeOf(found_.b, difference.b);
+        std::string title =
+            placeOf(found_.a, difference.a) + " -> " + placeOf(found_.b, difference.b);
         if (!difference.key.empty()) title += " (" + inQuotes(difference.key) + ")";
         out_.line("~ " + escaped(title));
         for (const CellDifference& cell : difference.cells) {

@@ -37,9 +37,12 @@ using Row = std::array<std::string, 6>;
 
 Row describe(const Log& log, unsigned column) {
     ColumnFacts facts = factsOf(log, column);
-    return {std::to_string(column + 1), log.columnName(column),
-            typeName(log.table->get_field_type(column)), std::to_string(facts.filled),
-            std::to_string(facts.widest), facts.example};
+    return {std::to_string(column + 1),
+            log.columnName(column),
+            typeName(log.table->get_field_type(column)),
+            std::to_string(facts.filled),
+            std::to_string(facts.widest),
+            facts.example};
 }
 
 void printFact(const std::string& name, const std::string& value, Output& out) {
@@ -74,8 +77,8 @@ int run(const Args& args) {
     std::vector<Row> rows;
     for (unsigned i = 0; i < log.columnCount(); ++i) rows.push_back(describe(log, i));
     Grid grid;
-    grid.columns = {{"#", true, true}, {"Column"}, {"Type"}, {"Filled", true}, {"Widest", true},
-                    {"Example"}};
+    grid.columns = {{"#", true, true}, {"Column"},       {"Type"},
+                    {"Filled", true},  {"Widest", true}, {"Example"}};
     grid.rowCount = rows.size();
     grid.cell = [&](std::size_t row, std::size_t column) -> std::string_view {
         return rows[row][column];

@@ -10,10 +10,14 @@ namespace {
 std::string roff(std::string_view text) {
     std::string out;
     for (char c : text) {
-        if (c == '\\') out += "\\e";
-        else if (c == '-') out += "\\-";
-        else if (c == '\'' && out.empty()) out += "\\(aq";
-        else out += c;
+        if (c == '\\')
+            out += "\\e";
+        else if (c == '-')
+            out += "\\-";
+        else if (c == '\'' && out.empty())
+            out += "\\(aq";
+        else
+            out += c;
     }
     return out.starts_with('.') ? "\\&" + out : out;
 }
@@ -56,9 +60,10 @@ std::string manualPage() {
     std::string out = ".TH VEK 1 \"\" \"vek " + std::string(vekdbDllVersionStr()) + "\"\n";
     out += ".SH NAME\nvek \\- look at, clean, convert and join the clip logs of film and video\n";
     out += ".SH SYNOPSIS\n\\fBvek\\fR \\fICOMMAND\\fR [\\fIOPTIONS\\fR] \\fIFILE\\fR...\n";
-    out += ".SH DESCRIPTION\nReads table files, CSV, TSV, JSON, JSON lines, ALE and CMX 3600 edit "
-           "lists, from a path or, for \\-, standard input. No cell is trimmed, rounded or given "
-           "another type.\n";
+    out +=
+        ".SH DESCRIPTION\nReads table files, CSV, TSV, JSON, JSON lines, ALE and CMX 3600 edit "
+        "lists, from a path or, for \\-, standard input. No cell is trimmed, rounded or given "
+        "another type.\n";
     for (const Command& command : allCommands()) addCommand(out, command);
     out += ".SH EXIT STATUS\n";
     addEntry(out, "0", "", "done");

@@ -51,8 +51,10 @@ public:
     void add(const Log& from) {
         addColumns(from);
         addParameters(from);
-        if (key_ == noColumn) append(from);
-        else join(from);
+        if (key_ == noColumn)
+            append(from);
+        else
+            join(from);
     }
 
     std::size_t conflicts() const { return conflicts_; }
@@ -73,8 +75,8 @@ private:
             bool isOwn = sameText(name, "VEKDB") || sameText(name, "V5_FIELD_MAP");
             if (isOwn || into_.parameter(name.c_str()) == value) continue;
             if (into_.table->get_param_val(name.c_str()) != nullptr) {
-                say(from.name + ": parameter " + inQuotes(name) + " is " + inQuotes(value) +
-                    ", " + inQuotes(into_.parameter(name.c_str())) + " in " + into_.name +
+                say(from.name + ": parameter " + inQuotes(name) + " is " + inQuotes(value) + ", " +
+                    inQuotes(into_.parameter(name.c_str())) + " in " + into_.name +
                     "; the first is kept");
             } else if (!into_.setParameter(name, value)) {
                 say(from.name + ": parameter " + inQuotes(name) + " has no room, 40 are there");
@@ -135,9 +137,12 @@ private:
             std::string value = inOurForm(from, row, i);
             std::string_view old = into_.cell(target, column);
             if (value == old) continue;
-            if (old.empty()) store(target, column, value);
-            else if (!value.empty()) settle(from, row, target, column, value);
-            else if (prefer_ == Prefer::last) store(target, column, value);
+            if (old.empty())
+                store(target, column, value);
+            else if (!value.empty())
+                settle(from, row, target, column, value);
+            else if (prefer_ == Prefer::last)
+                store(target, column, value);
         }
     }
 

@@ -1,6 +1,6 @@
 #include "tools/vek/cli/readers.h"
-#include "tools/vek/cli/write_formats.h"
 #include "tools/vek/cli/width.h"
+#include "tools/vek/cli/write_formats.h"
 #include "tools/vek/commands.h"
 
 namespace vek {
@@ -41,8 +41,9 @@ void checkHolds(const Log& log, const std::string& name, const std::string& valu
                  name.find_first_of(":\"\n\r\t") == std::string::npos &&
                  value.find_first_of("\"\n\r\t") == std::string::npos;
     if (holds && !name.empty()) return;
-    throw Failure{wrongUsage, log.name + ": a parameter holds no quotes, tabs, line ends or blanks "
-                              "at its ends, and its name no colon"};
+    throw Failure{wrongUsage, log.name +
+                                  ": a parameter holds no quotes, tabs, line ends or blanks "
+                                  "at its ends, and its name no colon"};
 }
 
 int set(Log& log, const std::string& name, const std::string& value, bool backup) {
@@ -64,8 +65,9 @@ int run(const Args& args) {
     bool hasName = args.has("NAME");
     bool hasValue = args.has("VALUE");
     if (hasName != (action != "list") || hasValue != (action == "set")) {
-        throw Failure{wrongUsage, "param: expected list FILE, get FILE NAME, or set FILE NAME "
-                                  "VALUE"};
+        throw Failure{wrongUsage,
+                      "param: expected list FILE, get FILE NAME, or set FILE NAME "
+                      "VALUE"};
     }
     Log log = readLog(args);
     if (action == "list") return list(log);

@@ -65,8 +65,8 @@ int run(const Args& args) {
     Selection selection = selectionFrom(args);
     VDBView view = selectRows(log, selection).view;
     std::vector<Edit> edits = editsOf(view, changes);
-    std::string summary = log.name + ": " + counted(view->get_num_records(), "row") +
-                          " matched, " + counted(edits.size(), "cell");
+    std::string summary = log.name + ": " + counted(view->get_num_records(), "row") + " matched, " +
+                          counted(edits.size(), "cell");
     if (args.has("dry-run")) {
         printEdits(log, edits, args);
         say(summary + " would change");
@@ -97,10 +97,9 @@ Command setCommand() {
           "show before and after of two columns, change nothing"}},
         {{"FILE", "the log, changed in place; - reads standard input and prints"},
          {"COLUMN=VALUE", "a column and its new value", false, true}},
-        join(join(choosingOptions(),
-                  {{"-n,--dry-run", "", "show before and after, change nothing"},
-                   backupOption(),
-                   fromOption()}),
+        join(join(choosingOptions(), {{"-n,--dry-run", "", "show before and after, change nothing"},
+                                      backupOption(),
+                                      fromOption()}),
              screenOptions()),
         run,
     };

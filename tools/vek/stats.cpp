@@ -41,8 +41,10 @@ struct Places {
     explicit Places(const Log& log)
         : scene(firstColumn(log, {"Scene"})),
           take(firstColumn(log, {"Take"})),
-          time(firstPair(log, {{"Start time", "End time"}, {"Start", "End"},
-                               {"Source In", "Source Out"}, {"Mark IN", "Mark OUT"}})),
+          time(firstPair(log, {{"Start time", "End time"},
+                               {"Start", "End"},
+                               {"Source In", "Source Out"},
+                               {"Mark IN", "Mark OUT"}})),
           keycode(firstPair(log, {{"start keycode", "end keycode"}, {"KN Start", "KN End"}})) {}
 };
 
@@ -92,9 +94,8 @@ private:
         if (places_.time.start == noColumn || rates_.nominal == 0) return;
         std::optional<Timecode> start = parseTimecode(log_.cell(row, places_.time.start));
         std::optional<Timecode> end = parseTimecode(log_.cell(row, places_.time.end));
-        std::int64_t frames = start && end
-            ? framesOf(*end, rates_.nominal) - framesOf(*start, rates_.nominal)
-            : -1;
+        std::int64_t frames =
+            start && end ? framesOf(*end, rates_.nominal) - framesOf(*start, rates_.nominal) : -1;
         if (frames < 0) {
             ++sums.untimed;
             return;
@@ -230,7 +231,8 @@ void tellWhatIsMissing(const Log& log, const Groups& groups, const Rates& rates,
     std::size_t untimed = 0;
     for (const auto& [name, sums] : groups) untimed += sums.untimed;
     if (untimed > 0) {
-        say(log.name + ": " + counted(untimed, "clip") + " without a start and an end behind it, "
+        say(log.name + ": " + counted(untimed, "clip") +
+            " without a start and an end behind it, "
             "not in the running time");
     }
 }
@@ -239,8 +241,8 @@ void tellWhatIsMissing(const Log& log, const Groups& groups, const Rates& rates,
 std::vector<unsigned> groupColumns(const Log& log, const Args& args) {
     if (args.has("by")) return {log.requireColumn(args.text("by"))};
     std::vector<unsigned> columns;
-    for (unsigned column : {firstColumn(log, {"Reel", "Tape", "Camroll"}),
-                            firstColumn(log, {"Scene"})}) {
+    for (unsigned column :
+         {firstColumn(log, {"Reel", "Tape", "Camroll"}), firstColumn(log, {"Scene"})}) {
         if (column != noColumn) columns.push_back(column);
     }
     if (!columns.empty()) return columns;
@@ -258,8 +260,10 @@ int run(const Args& args) {
     bool isFirst = true;
     for (unsigned column : groupColumns(log, args)) {
         Groups groups = groupsBy(counter, log, view, column);
-        if (isFirst) tellWhatIsMissing(log, groups, rates, counter.places());
-        else out.line("");
+        if (isFirst)
+            tellWhatIsMissing(log, groups, rates, counter.places());
+        else
+            out.line("");
         isFirst = false;
         StatsTable table(rates, counter.places(), column);
         table.print(log.columnName(column), groups, screen, out);

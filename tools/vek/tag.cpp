@@ -19,8 +19,8 @@ public:
 
     // Writes the tags into the column, which is made where there is none.
     void store() {
-        auto column = static_cast<unsigned short>(
-            log_.table->addField({"Tag", DBFieldTypes::text}));
+        auto column =
+            static_cast<unsigned short>(log_.table->addField({"Tag", DBFieldTypes::text}));
         for (unsigned row = 0; row < log_.rowCount(); ++row) {
             all_->get_record(row)->setField(column, all_->get_tag(row) != 0 ? "1" : "0");
         }
@@ -52,8 +52,10 @@ std::vector<unsigned> matchingRows(const Log& log, const Args& args) {
 
 int runTag(const Args& args) {
     bool wants = narrows(selectionFrom(args)) || args.has("clear") || args.has("invert");
-    if (!wants) throw Failure{wrongUsage, "tag: which rows? expected --where, or --clear or "
-                                          "--invert for all"};
+    if (!wants)
+        throw Failure{wrongUsage,
+                      "tag: which rows? expected --where, or --clear or "
+                      "--invert for all"};
     if (args.has("clear") + args.has("invert") + args.has("keep") > 1) {
         throw Failure{wrongUsage, "tag: --keep, --clear and --invert exclude each other"};
     }
@@ -64,8 +66,10 @@ int runTag(const Args& args) {
     bool keepsOthers = args.has("keep") || args.has("invert") || args.has("clear");
     if (!keepsOthers && !rows.empty()) tags.clear();
     for (unsigned row : rows) {
-        if (args.has("invert")) tags.invert(row);
-        else tags.set(row, !args.has("clear"));
+        if (args.has("invert"))
+            tags.invert(row);
+        else
+            tags.set(row, !args.has("clear"));
     }
     return finish(log, tags, rows.size(), args);
 }
@@ -95,8 +99,9 @@ Command tagCommand() {
         join(choosingOptions(),
              {{"--keep", "", "keep the tags of all other rows"},
               {"--clear", "", "untag the matching rows instead, all of them without a condition"},
-              {"--invert", "", "flip the tags of the matching rows, all of them without a "
-                               "condition"},
+              {"--invert", "",
+               "flip the tags of the matching rows, all of them without a "
+               "condition"},
               backupOption(),
               fromOption()}),
         runTag,

@@ -98,8 +98,10 @@ std::size_t Args::number(std::string_view name, std::size_t otherwise) const {
     std::size_t number = 0;
     auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
     if (error != std::errc() || end != value.data() + value.size()) {
-        throw Failure{wrongUsage, "--" + std::string(name) + " takes a whole number of 0 or more, "
-                                  "not " + inQuotes(value)};
+        throw Failure{wrongUsage, "--" + std::string(name) +
+                                      " takes a whole number of 0 or more, "
+                                      "not " +
+                                      inQuotes(value)};
     }
     return number;
 }

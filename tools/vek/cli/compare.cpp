@@ -23,8 +23,10 @@ public:
     Comparison(const Log& a, const Log& b) : a_(a), b_(b), found_{a, b, {}, {}, {}, {}} {
         for (unsigned i = 0; i < a.columnCount(); ++i) {
             unsigned other = b.findColumn(a.columnName(i));
-            if (other == noColumn) found_.onlyInA.push_back(a.columnName(i));
-            else shared_.push_back({i, other});
+            if (other == noColumn)
+                found_.onlyInA.push_back(a.columnName(i));
+            else
+                shared_.push_back({i, other});
         }
         for (const std::string& name : b.columnNames()) {
             if (a.findColumn(name) == noColumn) found_.onlyInB.push_back(name);
@@ -124,8 +126,8 @@ private:
             pairs.push_back(pair);
         }
         for (std::size_t i = tail; i > 0; --i) {
-            pairs.push_back({static_cast<unsigned>(textA.size() - i),
-                             static_cast<unsigned>(textB.size() - i)});
+            pairs.push_back(
+                {static_cast<unsigned>(textA.size() - i), static_cast<unsigned>(textB.size() - i)});
         }
         return pairs;
     }
@@ -165,12 +167,14 @@ private:
         std::vector<std::size_t> ends;
         std::vector<std::size_t> before(pairs.size(), pairs.size());
         for (std::size_t i = 0; i < pairs.size(); ++i) {
-            auto place = std::lower_bound(
-                ends.begin(), ends.end(), pairs[i].b,
-                [&](std::size_t end, unsigned row) { return pairs[end].b < row; });
+            auto place =
+                std::lower_bound(ends.begin(), ends.end(), pairs[i].b,
+                                 [&](std::size_t end, unsigned row) { return pairs[end].b < row; });
             if (place != ends.begin()) before[i] = *(place - 1);
-            if (place == ends.end()) ends.push_back(i);
-            else *place = i;
+            if (place == ends.end())
+                ends.push_back(i);
+            else
+                *place = i;
         }
         std::vector<RowPair> run;
         std::size_t at = ends.empty() ? pairs.size() : ends.back();
@@ -182,9 +186,12 @@ private:
     // Between two anchors rows go together one by one where most of their cells agree.
     void compareGap(unsigned a, unsigned endA, unsigned b, unsigned endB) {
         while (a < endA && b < endB) {
-            if (areAkin(a, b)) addChanged(a++, b++, "");
-            else if (endB - b > endA - a) addAdded(b++);
-            else addRemoved(a++);
+            if (areAkin(a, b))
+                addChanged(a++, b++, "");
+            else if (endB - b > endA - a)
+                addAdded(b++);
+            else
+                addRemoved(a++);
         }
         while (a < endA) addRemoved(a++);
         while (b < endB) addAdded(b++);
@@ -207,9 +214,7 @@ private:
         found_.rows.push_back({RowDifference::removed, row, 0, "", {}});
     }
 
-    void addAdded(unsigned row) {
-        found_.rows.push_back({RowDifference::added, 0, row, "", {}});
-    }
+    void addAdded(unsigned row) { found_.rows.push_back({RowDifference::added, 0, row, "", {}}); }
 
     void addChanged(unsigned a, unsigned b, const std::string& key) {
         RowDifference difference{RowDifference::changed, a, b, key, {}};

@@ -59,10 +59,14 @@ private:
 
 bool holds(Operator op, int order) {
     switch (op) {
-        case Operator::less: return order < 0;
-        case Operator::lessOrEqual: return order <= 0;
-        case Operator::greater: return order > 0;
-        default: return order >= 0;
+        case Operator::less:
+            return order < 0;
+        case Operator::lessOrEqual:
+            return order <= 0;
+        case Operator::greater:
+            return order > 0;
+        default:
+            return order >= 0;
     }
 }
 
@@ -73,9 +77,9 @@ struct OperatorText {
 
 // Longer ones first, so that "<=" is not read as "<".
 constexpr OperatorText operators[] = {
-    {"==", Operator::equal},   {"!=", Operator::notEqual},       {"<=", Operator::lessOrEqual},
-    {">=", Operator::greaterOrEqual}, {"<", Operator::less},     {">", Operator::greater},
-    {"~", Operator::matches},  {"=", Operator::contains},
+    {"==", Operator::equal},          {"!=", Operator::notEqual}, {"<=", Operator::lessOrEqual},
+    {">=", Operator::greaterOrEqual}, {"<", Operator::less},      {">", Operator::greater},
+    {"~", Operator::matches},         {"=", Operator::contains},
 };
 
 const OperatorText* operatorAt(std::string_view text) {
@@ -130,8 +134,9 @@ Condition parseCondition(const Log& log, const std::string& text) {
         return {log.requireColumn(trimmed(text.substr(0, at))),
                 isEmptyTest ? Operator::empty : entry->op, value};
     }
-    throw Failure{wrongUsage, inQuotes(text) + " is no condition, expected COLUMN=TEXT or one of "
-                              "==, !=, <, <=, >, >=, ~ between the two"};
+    throw Failure{wrongUsage, inQuotes(text) +
+                                  " is no condition, expected COLUMN=TEXT or one of "
+                                  "==, !=, <, <=, >, >=, ~ between the two"};
 }
 
 int comparePeople(std::string_view a, std::string_view b) {
@@ -155,8 +160,7 @@ std::vector<char> rowsThatHold(const Log& log, const Condition& condition) {
             return rowsWhere(log, condition.column, [&](auto cell) { return cell != text; });
         case Operator::matches: {
             Regex regex(condition.text);
-            return rowsWhere(log, condition.column,
-                             [&](auto cell) { return regex.matches(cell); });
+            return rowsWhere(log, condition.column, [&](auto cell) { return regex.matches(cell); });
         }
         default:
             return rowsWhere(log, condition.column, [&](auto cell) {
@@ -177,8 +181,8 @@ std::vector<RangeColumns> rangeColumns(const Log& log) {
 std::vector<char> rowsAtTimecode(const Log& log, const std::string& timecode) {
     std::optional<Timecode> wanted = parseTimecode(timecode);
     if (!wanted) {
-        throw Failure{wrongUsage, "--at takes a timecode such as 01:00:05:00, not " +
-                                      inQuotes(timecode)};
+        throw Failure{wrongUsage,
+                      "--at takes a timecode such as 01:00:05:00, not " + inQuotes(timecode)};
     }
     std::vector<RangeColumns> pairs = rangeColumns(log);
     if (pairs.empty()) {
@@ -187,8 +191,7 @@ std::vector<char> rowsAtTimecode(const Log& log, const std::string& timecode) {
     std::vector<char> marks(log.rowCount());
     for (unsigned row = 0; row < marks.size(); ++row) {
         marks[row] = std::any_of(pairs.begin(), pairs.end(), [&](const RangeColumns& pair) {
-            return rangeHolds(log.cell(row, pair.start), log.cell(row, pair.end),
-                              wanted->order());
+            return rangeHolds(log.cell(row, pair.start), log.cell(row, pair.end), wanted->order());
         });
     }
     return marks;

@@ -30,8 +30,10 @@ std::string encoded(std::string_view text) {
     std::string out;
     for (char c : text) {
         auto byte = static_cast<unsigned char>(c);
-        if (isPlain(c)) out += c;
-        else out += {'%', digits[byte >> 4], digits[byte & 15]};
+        if (isPlain(c))
+            out += c;
+        else
+            out += {'%', digits[byte >> 4], digits[byte & 15]};
     }
     return out;
 }
@@ -106,8 +108,10 @@ std::size_t noteExactCells(vekdb& table, const std::vector<ExactCell>& cells) {
             ++next;
         }
         hasRoom = hasRoom && next > noted && setNote(table, note, text);
-        if (hasRoom) noted = next;
-        else setNote(table, note, "");
+        if (hasRoom)
+            noted = next;
+        else
+            setNote(table, note, "");
     }
     return noted;
 }

@@ -65,7 +65,9 @@ std::vector<std::size_t> fittedWidths(std::vector<std::size_t> widths, std::size
 class GridPrinter {
 public:
     GridPrinter(const Grid& grid, const Screen& screen, Output& out)
-        : grid_(grid), screen_(screen), out_(out),
+        : grid_(grid),
+          screen_(screen),
+          out_(out),
           widths_(fittedWidths(naturalWidths(grid), screen.width)) {}
 
     std::size_t print() {
@@ -108,12 +110,18 @@ private:
 
 const char* inkCode(Ink ink) {
     switch (ink) {
-        case Ink::bold: return "\x1b[1m";
-        case Ink::faint: return "\x1b[2m";
-        case Ink::red: return "\x1b[31m";
-        case Ink::green: return "\x1b[32m";
-        case Ink::yellow: return "\x1b[33m";
-        default: return "";
+        case Ink::bold:
+            return "\x1b[1m";
+        case Ink::faint:
+            return "\x1b[2m";
+        case Ink::red:
+            return "\x1b[31m";
+        case Ink::green:
+            return "\x1b[32m";
+        case Ink::yellow:
+            return "\x1b[33m";
+        default:
+            return "";
     }
 }
 

@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "tools/vek/cli/exit.h"
+#include "tools/vek/cli/progress.h"
 
 namespace vek {
 
@@ -72,7 +73,9 @@ void Input::readAll() {
     isRegular_ = S_ISREG(status.st_mode) && !isStandardInput_;
     std::size_t expected = isRegular_ ? static_cast<std::size_t>(status.st_size) : firstChunk;
     std::size_t size = 0;
+    Progress progress("reading " + name_, isRegular_ ? expected : 0);
     for (;;) {
+        progress.reach(size);
         if (size == text_.size()) text_.resize(std::max(expected + 1, 2 * size));
         ssize_t got = readSome(descriptor_, text_.data() + size, text_.size() - size);
         if (got < 0) refuse(name_, errno);

@@ -64,8 +64,10 @@ public:
     }
 
     bool key(string_t& name) override {
-        if (depth_ == rowDepth_) out_.rows.back().names.push_back(name);
-        else nest(jsonString(name) + ":", false);
+        if (depth_ == rowDepth_)
+            out_.rows.back().names.push_back(name);
+        else
+            nest(jsonString(name) + ":", false);
         return true;
     }
 
@@ -103,8 +105,10 @@ private:
 
     bool value(const std::string& cell, const std::string& nested) {
         if (rowDepth_ == 0) return refuse(nested);
-        if (depth_ == rowDepth_) out_.rows.back().values.push_back(cell);
-        else nest(nested, true);
+        if (depth_ == rowDepth_)
+            out_.rows.back().values.push_back(cell);
+        else
+            nest(nested, true);
         return true;
     }
 

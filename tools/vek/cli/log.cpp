@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 
+#include "host/text_util.h"
 #include "tools/vek/cli/input.h"
 #include "tools/vek/cli/readers.h"
-#include "host/text_util.h"
 
 namespace vek {
 
@@ -18,10 +18,14 @@ struct FormatEntry {
 };
 
 constexpr FormatEntry formats[] = {
-    {Format::table, "vekdb", "|.vek|.vdb|.vekdb|"}, {Format::csv, "csv", "|.csv|"},
-    {Format::tsv, "tsv", "|.tsv|.tab|"},            {Format::plainCsv, "plain-csv", ""},
-    {Format::ale, "ale", "|.ale|"},                 {Format::edl, "edl", "|.edl|"},
-    {Format::json, "json", "|.json|"},              {Format::jsonl, "jsonl", "|.jsonl|.ndjson|"},
+    {Format::table, "vekdb", "|.vek|.vdb|.vekdb|"},
+    {Format::csv, "csv", "|.csv|"},
+    {Format::tsv, "tsv", "|.tsv|.tab|"},
+    {Format::plainCsv, "plain-csv", ""},
+    {Format::ale, "ale", "|.ale|"},
+    {Format::edl, "edl", "|.edl|"},
+    {Format::json, "json", "|.json|"},
+    {Format::jsonl, "jsonl", "|.jsonl|.ndjson|"},
 };
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
@@ -65,14 +69,15 @@ Format formatNamed(const std::string& name) {
 void refuseBinary(const Input& input) {
     std::string_view text = input.text();
     if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) {
-        throw Failure{unreadable, input.name() + ":1: UTF-16 text, expected UTF-8; convert it "
-                                  "with iconv -f UTF-16 -t UTF-8"};
+        throw Failure{unreadable, input.name() +
+                                      ":1: UTF-16 text, expected UTF-8; convert it "
+                                      "with iconv -f UTF-16 -t UTF-8"};
     }
     std::size_t nul = text.find('\0');
     if (nul == std::string_view::npos) return;
     auto line = 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(nul), '\n');
-    throw Failure{unreadable, input.name() + ":" + std::to_string(line) +
-                                  ": a zero byte, expected text"};
+    throw Failure{unreadable,
+                  input.name() + ":" + std::to_string(line) + ": a zero byte, expected text"};
 }
 
 void readAs(Format format, Input& input, Log& log) {
@@ -83,12 +88,17 @@ void readAs(Format format, Input& input, Log& log) {
     log.beganWithMark = text.starts_with(byteOrderMark);
     if (log.beganWithMark) text.remove_prefix(byteOrderMark.size());
     switch (format) {
-        case Format::tsv: return readDelimited(text, '\t', log);
-        case Format::ale: return readAle(text, log);
-        case Format::edl: return readEdl(text, log);
+        case Format::tsv:
+            return readDelimited(text, '\t', log);
+        case Format::ale:
+            return readAle(text, log);
+        case Format::edl:
+            return readEdl(text, log);
         case Format::json:
-        case Format::jsonl: return readJson(text, log);
-        default: return readDelimited(text, ',', log);
+        case Format::jsonl:
+            return readJson(text, log);
+        default:
+            return readDelimited(text, ',', log);
     }
 }
 
@@ -179,8 +189,9 @@ Log readLog(const Args& args, std::string_view argument) {
 
 void requireWhole(const Log& log) {
     if (log.notRead.empty()) return;
-    throw Failure{unreadable, log.name + ": not changed, rows that were not read would be lost; "
-                              "repair the file, or write a copy with vek convert"};
+    throw Failure{unreadable, log.name +
+                                  ": not changed, rows that were not read would be lost; "
+                                  "repair the file, or write a copy with vek convert"};
 }
 
 int readingResult(const Log& log) {

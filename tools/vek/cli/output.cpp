@@ -8,9 +8,9 @@
 #include <cstring>
 #include <filesystem>
 
-#include "tools/vek/cli/exit.h"
 #include "host/text_file.h"
 #include "host/text_util.h"
+#include "tools/vek/cli/exit.h"
 
 namespace vek {
 
@@ -79,8 +79,10 @@ void Output::flush() {
 }
 
 void Output::close() {
-    if (isStandardOutput()) flush();
-    else replaceFile(path_, pending_);
+    if (isStandardOutput())
+        flush();
+    else
+        replaceFile(path_, pending_);
 }
 
 std::string Output::name() const {

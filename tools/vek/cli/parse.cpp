@@ -83,8 +83,10 @@ private:
     // What an argument is called in the help may hold signs that the parser takes no names with.
     void declare(const Argument& argument) {
         std::string name = "argument" + std::to_string(arguments_.size());
-        if (argument.repeats) arguments_.push_back(app_.add_option(name, repeated_));
-        else arguments_.push_back(app_.add_option(name));
+        if (argument.repeats)
+            arguments_.push_back(app_.add_option(name, repeated_));
+        else
+            arguments_.push_back(app_.add_option(name));
     }
 
     void checkLeftovers() {
@@ -96,8 +98,8 @@ private:
         }
         for (std::size_t i = 0; i < arguments_.size(); ++i) {
             if (arguments_[i]->count() > 0 || command_.arguments[i].optional) continue;
-            refuse(std::string(command_.arguments[i].name) + " is missing, expected: " +
-                   usageLine(command_));
+            refuse(std::string(command_.arguments[i].name) +
+                   " is missing, expected: " + usageLine(command_));
         }
     }
 

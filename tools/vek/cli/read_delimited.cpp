@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "tools/vek/cli/progress.h"
 #include "tools/vek/cli/readers.h"
 
 namespace vek {
@@ -15,6 +16,7 @@ public:
     bool atEnd() const { return at_ >= text_.size(); }
     std::size_t line() const { return line_; }
     bool sawCr() const { return sawCr_; }
+    std::size_t place() const { return at_; }
     std::size_t openQuoteLine() const { return openQuoteLine_; }
 
     // Takes the cells of one record. They live until the next call.
@@ -129,7 +131,9 @@ void readDelimited(std::string_view text, char separator, Log& log) {
     std::vector<std::string_view> cells;
     scanner.takeRecord(cells);
     TableBuilder builder(log, asStrings(cells));
+    Progress progress("reading " + log.name, text.size());
     while (!scanner.atEnd()) {
+        progress.reach(scanner.place());
         std::size_t line = scanner.line();
         scanner.takeRecord(cells);
         // An empty line is no row, but in a log of one column it is an empty cell.

@@ -1,20 +1,33 @@
 #include <array>
 #include <optional>
 
+#include "host/text_util.h"
 #include "tools/vek/cli/readers.h"
 #include "tools/vek/cli/timecode.h"
-#include "host/text_util.h"
 
 namespace vek {
 
 namespace {
 
-enum Column { event, reel, track, kind, length, sourceIn, sourceOut, recordIn, recordOut, clipName,
-              toClipName, comments, columns };
+enum Column {
+    event,
+    reel,
+    track,
+    kind,
+    length,
+    sourceIn,
+    sourceOut,
+    recordIn,
+    recordOut,
+    clipName,
+    toClipName,
+    comments,
+    columns
+};
 
 const std::vector<std::string> columnNames = {
-    "Event",     "Reel",       "Track",     "Kind",         "Length",   "Source In", "Source Out",
-    "Record In", "Record Out", "Clip Name", "To Clip Name", "Comments"};
+    "Event",      "Reel",      "Track",      "Kind",      "Length",       "Source In",
+    "Source Out", "Record In", "Record Out", "Clip Name", "To Clip Name", "Comments"};
 
 using Event = std::array<std::string, columns>;
 
@@ -149,8 +162,9 @@ private:
     bool isOpen() const { return openLine_ != 0; }
 
     [[noreturn]] void refuse() const {
-        throw Failure{unreadable, log_.name + ":1: no event and no TITLE, expected an edit list "
-                                  "of CMX 3600 form"};
+        throw Failure{unreadable, log_.name +
+                                      ":1: no event and no TITLE, expected an edit list "
+                                      "of CMX 3600 form"};
     }
 
     LineWalk walk_;

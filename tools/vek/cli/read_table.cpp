@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <climits>
 
-#include "tools/vek/cli/exact_cells.h"
-#include "tools/vek/cli/readers.h"
 #include "host/text_file.h"
 #include "host/text_util.h"
+#include "tools/vek/cli/exact_cells.h"
+#include "tools/vek/cli/readers.h"
 
 namespace vek {
 
@@ -33,8 +33,10 @@ public:
         if (!log_.table->get_valid()) refuse();
         numberRows(headerLines_ + 1);
         dberror error{};
-        if (log_.table->read_error_info(error)) readOn();
-        else reportRest(headerLines_ + log_.rowCount());
+        if (log_.table->read_error_info(error))
+            readOn();
+        else
+            reportRest(headerLines_ + log_.rowCount());
         restoreExactCells(log_);
         log_.table->set_filename(wide(log_.path));
         log_.table->clear_changed();
@@ -134,8 +136,10 @@ private:
         log_.lines.push_back(static_cast<std::uint32_t>(line));
         for (unsigned short i = 0; i < scratch.get_num_fields(); ++i) {
             if (scratch.fieldView(i).empty()) continue;
-            if (i < declared) log_.table->get_record(row)->setField(i, scratch.getField(i));
-            else extra_.push_back({row, i - declared, scratch.getField(i)});
+            if (i < declared)
+                log_.table->get_record(row)->setField(i, scratch.getField(i));
+            else
+                extra_.push_back({row, i - declared, scratch.getField(i)});
         }
         reportLength(log_, line, scratch.get_num_fields(), declared);
     }
@@ -145,8 +149,8 @@ private:
         unsigned declared = log_.columnCount();
         for (const Extra& value : extra_) {
             while (declared + value.place >= log_.columnCount()) addExtraColumn(log_, declared);
-            log_.table->get_record(value.row)
-                ->setField(static_cast<unsigned short>(declared + value.place), value.text);
+            log_.table->get_record(value.row)->setField(
+                static_cast<unsigned short>(declared + value.place), value.text);
         }
     }
 
@@ -162,10 +166,10 @@ private:
             ++unread;
         }
         if (unread == 0) return;
-        log_.notRead = worded(log_.name, {readLines + 1, "", "an empty line, which ends the rows",
-                                          "rows to the end of the file",
-                                          counted(unread, "line") + " from line " +
-                                              std::to_string(first) + " on not read"});
+        log_.notRead = worded(
+            log_.name,
+            {readLines + 1, "", "an empty line, which ends the rows", "rows to the end of the file",
+             counted(unread, "line") + " from line " + std::to_string(first) + " on not read"});
     }
 
     // A value behind the last column.

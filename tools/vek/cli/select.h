@@ -55,8 +55,17 @@ VDBView viewOf(const Log& log, const std::vector<TaggedRow>& rows);
 std::vector<unsigned> columnList(const Log& log, const std::string& names);
 
 /// What people mean by a word such as "Scene" in front of an operator.
-enum class Operator { contains, empty, equal, notEqual, less, lessOrEqual, greater,
-                      greaterOrEqual, matches };
+enum class Operator {
+    contains,
+    empty,
+    equal,
+    notEqual,
+    less,
+    lessOrEqual,
+    greater,
+    greaterOrEqual,
+    matches
+};
 
 struct Condition {
     unsigned column = 0;

@@ -1,8 +1,8 @@
 #include <algorithm>
 
+#include "host/text_util.h"
 #include "tools/vek/cli/readers.h"
 #include "tools/vek/cli/timecode.h"
-#include "host/text_util.h"
 
 namespace vek {
 
@@ -120,8 +120,8 @@ void TableBuilder::addParameter(std::size_t line, std::string_view name, std::st
                                  "the first value, " + inQuotes(old) + ", is replaced"});
     }
     if (log_.setParameter(std::string(name), std::string(value))) return;
-    log_.problems.push_back({line, "", "entry " + inQuotes(name), "at most 39 named entries",
-                             "the entry is left out"});
+    log_.problems.push_back(
+        {line, "", "entry " + inQuotes(name), "at most 39 named entries", "the entry is left out"});
 }
 
 void TableBuilder::finish() {

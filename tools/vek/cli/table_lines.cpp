@@ -41,8 +41,10 @@ private:
 
     void checkTypes(const std::vector<std::string_view>& types) {
         for (std::size_t i = 0; i < types.size(); ++i) {
-            if (!isKnownType(types[i])) add(i, "type " + inQuotes(types[i]), "a known type; it is "
-                                                                           "read as text");
+            if (!isKnownType(types[i]))
+                add(i, "type " + inQuotes(types[i]),
+                    "a known type; it is "
+                    "read as text");
         }
     }
 

@@ -61,10 +61,14 @@ void appendHex(std::string& out, unsigned char byte) {
 }
 
 void appendEscape(std::string& out, std::string_view bytes) {
-    if (bytes == "\n") out += "\\n";
-    else if (bytes == "\r") out += "\\r";
-    else if (bytes == "\t") out += "\\t";
-    else for (char c : bytes) appendHex(out, static_cast<unsigned char>(c));
+    if (bytes == "\n")
+        out += "\\n";
+    else if (bytes == "\r")
+        out += "\\r";
+    else if (bytes == "\t")
+        out += "\\t";
+    else
+        for (char c : bytes) appendHex(out, static_cast<unsigned char>(c));
 }
 
 // The longest beginning of a text that takes at most `width` cells.
@@ -99,8 +103,10 @@ std::string escaped(std::string_view text) {
     out.reserve(text.size() + 8);
     while (!text.empty()) {
         Taken taken = take(text);
-        if (needsEscape(taken.code)) appendEscape(out, taken.bytes);
-        else out += taken.bytes;
+        if (needsEscape(taken.code))
+            appendEscape(out, taken.bytes);
+        else
+            out += taken.bytes;
     }
     return out;
 }
@@ -114,8 +120,10 @@ std::string fitted(std::string_view text, std::size_t width) {
 
 bool isUtf8(std::string_view text) {
     while (!text.empty()) {
-        if (isPlain(static_cast<unsigned char>(text.front()))) text.remove_prefix(1);
-        else if (take(text).code == broken) return false;
+        if (isPlain(static_cast<unsigned char>(text.front())))
+            text.remove_prefix(1);
+        else if (take(text).code == broken)
+            return false;
     }
     return true;
 }

@@ -3,6 +3,7 @@
 #include "host/text_file.h"
 #include "host/text_util.h"
 #include "tools/vek/cli/exact_cells.h"
+#include "tools/vek/cli/progress.h"
 #include "tools/vek/cli/readers.h"
 #include "tools/vek/cli/write_formats.h"
 
@@ -23,8 +24,8 @@ public:
         if (sheet.columns == allColumns(sheet.log)) return;
         std::vector<DBFieldDesc> fields;
         for (unsigned column : sheet.columns) {
-            fields.push_back({cellText(sheet.log.columnName(column)),
-                              sheet.log.table->get_field_type(column)});
+            fields.push_back(
+                {cellText(sheet.log.columnName(column)), sheet.log.table->get_field_type(column)});
         }
         narrowed_ = std::make_unique<vekdb>(fields);
         narrowed_->set_param_val("VEKDB", "Rev 1");
@@ -61,8 +62,10 @@ void checkNames(const Sheet& sheet, Losses& losses) {
             losses.add("column names cut to 250 bytes", inQuotes(name));
         }
         if (hasAny(name, "\"\n\r") || trimmed(name) != name) {
-            losses.add("column names with quotes, line ends or blanks at their ends change when "
-                       "the file is read", inQuotes(name));
+            losses.add(
+                "column names with quotes, line ends or blanks at their ends change when "
+                "the file is read",
+                inQuotes(name));
         }
     }
 }
@@ -71,8 +74,10 @@ void checkParameters(const Sheet& sheet, Losses& losses) {
     for (const Parameter& parameter : ownParameters(sheet.log)) {
         if (hasAny(parameter.value, "\"\n\r") || hasAny(parameter.name, "\"\n\r:") ||
             trimmed(parameter.value) != parameter.value) {
-            losses.add("parameters with quotes, line ends or blanks at their ends change when "
-                       "the file is read", inQuotes(parameter.name));
+            losses.add(
+                "parameters with quotes, line ends or blanks at their ends change when "
+                "the file is read",
+                inQuotes(parameter.name));
         }
     }
 }
@@ -81,7 +86,11 @@ void checkParameters(const Sheet& sheet, Losses& losses) {
 class RowWriter {
 public:
     RowWriter(const Sheet& sheet, const TableToWrite& source) : sheet_(sheet), source_(source) {
-        for (unsigned row = 0; row < sheet.rowCount(); ++row) write(row);
+        Progress progress("writing", sheet.rowCount());
+        for (unsigned row = 0; row < sheet.rowCount(); ++row) {
+            progress.reach(row);
+            write(row);
+        }
     }
 
     const TextFile& lines() const { return lines_; }
@@ -105,7 +114,8 @@ private:
             std::size_t size = sheet_.cell(row, i).size();
             if (size <= longestTableValue) continue;
             throw Failure{unwritable, place(sheet_, row, i) + ": a value of " +
-                                          std::to_string(size) + " bytes, expected at most 4094 "
+                                          std::to_string(size) +
+                                          " bytes, expected at most 4094 "
                                           "in a table file; shorten it, or choose another format"};
         }
     }
@@ -134,9 +144,9 @@ void writeLines(const TextFile& lines, Output& out) {
 }  // namespace
 
 TableLoss tableFileLoss(std::string_view value) {
-    bool mayChange = !value.empty() && (isAsciiSpace(value.front()) || isAsciiSpace(value.back()) ||
-                                        value.find('\0') != std::string_view::npos ||
-                                        hasAny(value, "\r\\"));
+    bool mayChange =
+        !value.empty() && (isAsciiSpace(value.front()) || isAsciiSpace(value.back()) ||
+                           value.find('\0') != std::string_view::npos || hasAny(value, "\r\\"));
     if (!mayChange || afterTableFile(value) == value) return TableLoss::none;
     if (trimmed(value) != value) return TableLoss::blanks;
     if (hasAny(value, "\r")) return TableLoss::carriageReturns;

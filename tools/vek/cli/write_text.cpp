@@ -4,6 +4,7 @@
 #include "host/text_util.h"
 #include "tools/vek/cli/exact_cells.h"
 #include "tools/vek/cli/json.h"
+#include "tools/vek/cli/progress.h"
 #include "tools/vek/cli/readers.h"
 #include "tools/vek/cli/write_formats.h"
 
@@ -100,22 +101,32 @@ std::string aleRow(const Sheet& sheet, unsigned row, Losses& losses) {
 
 void addEscaped(std::string& out, std::string_view text) {
     for (char c : text) {
-        if (c == '&') out += "&amp;";
-        else if (c == '<') out += "&lt;";
-        else if (c == '>') out += "&gt;";
-        else if (c == '"') out += "&quot;";
-        else if (c == '\n') out += "<br>";
-        else if (c == '\r') out += "&#13;";
-        else out += c;
+        if (c == '&')
+            out += "&amp;";
+        else if (c == '<')
+            out += "&lt;";
+        else if (c == '>')
+            out += "&gt;";
+        else if (c == '"')
+            out += "&quot;";
+        else if (c == '\n')
+            out += "<br>";
+        else if (c == '\r')
+            out += "&#13;";
+        else
+            out += c;
     }
 }
 
 void addMarkdown(std::string& out, std::string_view text) {
     for (char c : text) {
         if (c == '|' || c == '\\') out += '\\';
-        if (c == '\n') out += "<br>";
-        else if (c == '\r') out += "&#13;";
-        else out += c;
+        if (c == '\n')
+            out += "<br>";
+        else if (c == '\r')
+            out += "&#13;";
+        else
+            out += c;
     }
 }
 
@@ -168,11 +179,13 @@ void writeDelimited(const Sheet& sheet, char separator, const WriteStyle& style,
                     Losses& losses) {
     loseParameters(sheet.log, losses);
     std::size_t count = sheet.columns.size();
+    Progress progress("writing", sheet.rowCount());
     if (style.byteOrderMark) out.write(byteOrderMark);
     out.write(delimitedLine(count, separator, style, [&](unsigned i) { return sheet.name(i); }));
     for (unsigned row = 0; row < sheet.rowCount(); ++row) {
-        out.write(delimitedLine(count, separator, style,
-                                [&](unsigned i) { return sheet.cell(row, i); }));
+        progress.reach(row);
+        out.write(
+            delimitedLine(count, separator, style, [&](unsigned i) { return sheet.cell(row, i); }));
     }
 }
 
@@ -181,7 +194,9 @@ void writeJson(const Sheet& sheet, bool asLines, Output& out, Losses& losses) {
     std::vector<std::string> names;
     for (const std::string& name : distinctNames(sheet, losses)) names.push_back(jsonString(name));
     if (!asLines) out.line("[");
+    Progress progress("writing", sheet.rowCount());
     for (unsigned row = 0; row < sheet.rowCount(); ++row) {
+        progress.reach(row);
         std::string line = asLines ? "{" : "  {";
         for (unsigned i = 0; i < names.size(); ++i) {
             bool wasChanged = false;

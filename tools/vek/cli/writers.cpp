@@ -18,10 +18,14 @@ struct TargetEntry {
 };
 
 constexpr TargetEntry targets[] = {
-    {Target::table, "vekdb", "|.vek|.vdb|.vekdb|"}, {Target::csv, "csv", "|.csv|"},
-    {Target::tsv, "tsv", "|.tsv|.tab|"},            {Target::json, "json", "|.json|"},
-    {Target::jsonl, "jsonl", "|.jsonl|.ndjson|"},   {Target::ale, "ale", "|.ale|"},
-    {Target::markdown, "markdown", "|.md|"},        {Target::html, "html", "|.html|.htm|"},
+    {Target::table, "vekdb", "|.vek|.vdb|.vekdb|"},
+    {Target::csv, "csv", "|.csv|"},
+    {Target::tsv, "tsv", "|.tsv|.tab|"},
+    {Target::json, "json", "|.json|"},
+    {Target::jsonl, "jsonl", "|.jsonl|.ndjson|"},
+    {Target::ale, "ale", "|.ale|"},
+    {Target::markdown, "markdown", "|.md|"},
+    {Target::html, "html", "|.html|.htm|"},
 };
 
 const TargetEntry* entryOfPath(const std::string& path) {
@@ -56,25 +60,33 @@ bool hasTargetEnding(const std::string& path) {
 
 Target targetOfPath(const std::string& path) {
     if (const TargetEntry* entry = entryOfPath(path)) return entry->target;
-    throw Failure{wrongUsage, path + ": the ending names no format, expected .vek, .csv, .tsv, "
-                              ".json, .jsonl, .ale, .md or .html, or the format with --to"};
+    throw Failure{wrongUsage, path +
+                                  ": the ending names no format, expected .vek, .csv, .tsv, "
+                                  ".json, .jsonl, .ale, .md or .html, or the format with --to"};
 }
 
 Target targetOf(const Log& log) {
     switch (log.format) {
-        case Format::table: return Target::table;
-        case Format::csv: return Target::csv;
-        case Format::tsv: return Target::tsv;
-        case Format::ale: return Target::ale;
+        case Format::table:
+            return Target::table;
+        case Format::csv:
+            return Target::csv;
+        case Format::tsv:
+            return Target::tsv;
+        case Format::ale:
+            return Target::ale;
         case Format::json:
         case Format::jsonl:
-            throw Failure{wrongUsage, log.name + ": JSON is not changed in place, as its numbers "
-                                      "would become texts; make a table file of it with vek "
-                                      "convert"};
-        default: break;
+            throw Failure{wrongUsage, log.name +
+                                          ": JSON is not changed in place, as its numbers "
+                                          "would become texts; make a table file of it with vek "
+                                          "convert"};
+        default:
+            break;
     }
-    throw Failure{wrongUsage, log.name + ": " + formatName(log.format) + " is read, not written; "
-                              "make a table file of it with vek convert"};
+    throw Failure{wrongUsage, log.name + ": " + formatName(log.format) +
+                                  " is read, not written; "
+                                  "make a table file of it with vek convert"};
 }
 
 std::vector<unsigned> allColumns(const Log& log) {
@@ -88,10 +100,12 @@ Sheet wholeSheet(const Log& log) {
 }
 
 void Losses::add(const std::string& what, const std::string& firstPlace) {
-    auto kind = std::find_if(kinds_.begin(), kinds_.end(),
-                             [&](const Kind& k) { return k.what == what; });
-    if (kind == kinds_.end()) kinds_.push_back({what, firstPlace, 1});
-    else ++kind->count;
+    auto kind =
+        std::find_if(kinds_.begin(), kinds_.end(), [&](const Kind& k) { return k.what == what; });
+    if (kind == kinds_.end())
+        kinds_.push_back({what, firstPlace, 1});
+    else
+        ++kind->count;
 }
 
 void Losses::tell(const std::string& output) const {
@@ -110,14 +124,22 @@ std::size_t Losses::count() const {
 void writeSheet(const Sheet& sheet, Target target, const WriteStyle& style, Output& out,
                 Losses& losses) {
     switch (target) {
-        case Target::table: return writeTable(sheet, out, losses);
-        case Target::csv: return writeDelimited(sheet, ',', style, out, losses);
-        case Target::tsv: return writeDelimited(sheet, '\t', style, out, losses);
-        case Target::json: return writeJson(sheet, false, out, losses);
-        case Target::jsonl: return writeJson(sheet, true, out, losses);
-        case Target::ale: return writeAle(sheet, style, out, losses);
-        case Target::markdown: return writeMarkdown(sheet, out, losses);
-        case Target::html: return writeHtml(sheet, out, losses);
+        case Target::table:
+            return writeTable(sheet, out, losses);
+        case Target::csv:
+            return writeDelimited(sheet, ',', style, out, losses);
+        case Target::tsv:
+            return writeDelimited(sheet, '\t', style, out, losses);
+        case Target::json:
+            return writeJson(sheet, false, out, losses);
+        case Target::jsonl:
+            return writeJson(sheet, true, out, losses);
+        case Target::ale:
+            return writeAle(sheet, style, out, losses);
+        case Target::markdown:
+            return writeMarkdown(sheet, out, losses);
+        case Target::html:
+            return writeHtml(sheet, out, losses);
     }
 }
 
