@@ -31,12 +31,13 @@ public:
         log_.table = std::make_unique<vekdb>(wide(path_), allRows, true);
         headerLines_ = findHeader();
         if (!log_.table->get_valid()) refuse();
-        numberRows(headerLines_ + 1);
-        dberror error{};
-        if (log_.table->read_error_info(error))
-            readOn();
+        // The library stops at a line of the wrong length, and skips lines behind a row that
+        // looks like a header.
+        if (log_.rowCount() == countRowLines())
+            numberRows();
         else
-            reportRest(headerLines_ + log_.rowCount());
+            readLineByLine();
+        reportRest(headerLines_ + log_.rowCount());
         restoreExactCells(log_);
         log_.table->set_filename(wide(log_.path));
         log_.table->clear_changed();
@@ -60,9 +61,21 @@ private:
         return sameText(trimmed(line), "VEKDB");
     }
 
-    void numberRows(std::size_t line) {
-        while (log_.lines.size() < log_.rowCount()) {
-            log_.lines.push_back(static_cast<std::uint32_t>(line++));
+    // Lines up to the end or to an empty one.
+    std::size_t countRowLines() const {
+        LineWalk walk(text_);
+        std::string_view line;
+        while (walk.next(line)) {
+            if (walk.number() > headerLines_ && isEssentiallyEmpty(line)) {
+                return walk.number() - 1 - headerLines_;
+            }
+        }
+        return walk.number() - std::min(walk.number(), headerLines_);
+    }
+
+    void numberRows() {
+        for (unsigned row = 0; row < log_.rowCount(); ++row) {
+            log_.lines.push_back(static_cast<std::uint32_t>(headerLines_ + 1 + row));
         }
     }
 
@@ -109,39 +122,43 @@ private:
         return std::max<std::size_t>(walk.number(), 1);
     }
 
-    // Reads behind a line of the wrong length, row by row where it must.
-    void readOn() {
+    void readLineByLine() {
+        log_.table->delete_records(0, static_cast<int>(log_.rowCount()));
         TextFile file;
         file.load(wide(path_), '\n', false);
-        file.currentLine = static_cast<unsigned>(headerLines_ + log_.rowCount());
         unsigned lines = file.size();
-        while (file.currentLine < lines) {
-            std::size_t number = file.currentLine + 1;
-            if (isEssentiallyEmpty(file.line(file.currentLine))) break;
-            addRagged(file, number);
-            unsigned from = file.currentLine;
-            unsigned added = log_.table->add_text(file, 0, allRows);
-            numberRows(from + 1);
-            file.currentLine = from + added;
+        for (auto i = static_cast<unsigned>(headerLines_); i < lines; ++i) {
+            if (isEssentiallyEmpty(file.line(i))) break;
+            file.currentLine = i;
+            addRow(file);
         }
         storeExtra();
-        reportRest(file.currentLine);
     }
 
-    void addRagged(TextFile& file, std::size_t line) {
-        dbrecord scratch(0);
-        scratch.read(file);
+    void addRow(TextFile& file) {
+        dbrecord values(0);
+        values.read(file);
         unsigned declared = log_.columnCount();
-        unsigned row = log_.table->add_records(1);
-        log_.lines.push_back(static_cast<std::uint32_t>(line));
-        for (unsigned short i = 0; i < scratch.get_num_fields(); ++i) {
-            if (scratch.fieldView(i).empty()) continue;
+        dbrecord* record = log_.table->get_record(log_.table->add_records(1));
+        log_.lines.push_back(file.currentLine);
+        for (unsigned short i = 0; i < values.get_num_fields(); ++i) {
+            if (values.fieldView(i).empty()) continue;
             if (i < declared)
-                log_.table->get_record(row)->setField(i, scratch.getField(i));
+                record->setField(i, values.getField(i));
             else
-                extra_.push_back({row, i - declared, scratch.getField(i)});
+                extra_.push_back({log_.rowCount() - 1, i - declared, values.getField(i)});
         }
-        reportLength(log_, line, scratch.get_num_fields(), declared);
+        if (values.get_num_fields() != declared) {
+            reportLength(log_, file.currentLine, values.get_num_fields(), declared);
+        }
+        reportHeaderLike(file.currentLine, values.fieldView(0));
+    }
+
+    void reportHeaderLike(std::size_t line, std::string_view value) {
+        if (!sameText(value, "VEKDB")) return;
+        log_.problems.push_back({line, log_.columnName(0), inQuotes(value),
+                                 "another value in the first column",
+                                 "the row is kept, but other programs take it for a header"});
     }
 
     // The columns come last: the library measures lines by the columns there are.

@@ -55,32 +55,81 @@ private:
     std::unique_ptr<vekdb> narrowed_;
 };
 
-void checkNames(const Sheet& sheet, Losses& losses) {
-    for (unsigned i = 0; i < sheet.columns.size(); ++i) {
-        std::string name = sheet.name(i);
-        if (name.size() > longestTableName) {
-            losses.add("column names cut to 250 bytes", inQuotes(name));
-        }
-        if (hasAny(name, "\"\n\r") || trimmed(name) != name) {
-            losses.add(
-                "column names with quotes, line ends or blanks at their ends change when "
-                "the file is read",
-                inQuotes(name));
-        }
-    }
+// The first value of a line as a reader will find it.
+std::string readBack(const TextFile& file, unsigned line) {
+    TextFile copy;
+    copy.appendLine(file.line(line));
+    dbrecord values(0);
+    values.read(copy);
+    return std::string(values.fieldView(0));
 }
 
-void checkParameters(const Sheet& sheet, Losses& losses) {
-    for (const Parameter& parameter : ownParameters(sheet.log)) {
-        if (hasAny(parameter.value, "\"\n\r") || hasAny(parameter.name, "\"\n\r:") ||
-            trimmed(parameter.value) != parameter.value) {
-            losses.add(
-                "parameters with quotes, line ends or blanks at their ends change when "
-                "the file is read",
-                inQuotes(parameter.name));
+void addRecordLine(TextFile& file, const std::vector<std::string>& values) {
+    dbrecord record(static_cast<unsigned short>(values.size()));
+    for (unsigned short i = 0; i < values.size(); ++i) record.setField(i, cellText(values[i]));
+    record.write(file);
+}
+
+// The lines in front of the rows. The library writes parameters and names as they are, so one
+// with a quote or a line end in it would damage the file; here they are written as values are.
+class HeaderWriter {
+public:
+    HeaderWriter(const Sheet& sheet, const vekdb& table, Losses& losses)
+        : sheet_(sheet), losses_(losses) {
+        for (unsigned i = 0; i < table.get_num_params(); ++i) {
+            addParameter(table.get_param_name(i), table.get_param_text(i));
+        }
+        TextFile header;
+        table.save_column_header(header, false);
+        for (unsigned i = 0; i < 3; ++i) lines_.appendLine(header.line(i));
+        if (areAllPlain())
+            lines_.appendLine(header.line(3));
+        else
+            addNames();
+        checkNames();
+    }
+
+    const TextFile& lines() const { return lines_; }
+
+private:
+    void addParameter(const std::string& name, const std::string& value) {
+        addRecordLine(lines_, {name + ":" + value});
+        bool isKept = readBack(lines_, lines_.size() - 1) == name + ":" + value &&
+                      name.find(':') == std::string::npos && trimmed(name) == name &&
+                      trimmed(value) == value;
+        if (!isKept) losses_.add("parameters that read back as another text", inQuotes(name));
+    }
+
+    bool areAllPlain() const {
+        for (unsigned i = 0; i < sheet_.columns.size(); ++i) {
+            if (hasAny(sheet_.name(i), "\"\n\r")) return false;
+        }
+        return true;
+    }
+
+    void addNames() {
+        std::vector<std::string> names;
+        for (unsigned i = 0; i < sheet_.columns.size(); ++i) {
+            names.push_back(sheet_.name(i).substr(0, longestTableName));
+        }
+        addRecordLine(lines_, names);
+    }
+
+    void checkNames() const {
+        TextFile copy;
+        copy.appendLine(lines_.line(lines_.size() - 1));
+        dbrecord names(0);
+        names.read(copy);
+        for (unsigned i = 0; i < sheet_.columns.size(); ++i) {
+            if (names.fieldView(i) == sheet_.name(i)) continue;
+            losses_.add("column names that read back as another text", inQuotes(sheet_.name(i)));
         }
     }
-}
+
+    const Sheet& sheet_;
+    Losses& losses_;
+    TextFile lines_;
+};
 
 // Writes the rows, reads each line back as a later reader will, and notes what came back changed.
 class RowWriter {
@@ -98,6 +147,7 @@ public:
 
 private:
     void write(unsigned row) {
+        refuseHeaderLike(row);
         source_.row(row).write(lines_);
         readBack_.read(lines_);
         for (unsigned i = 0; i < sheet_.columns.size(); ++i) {
@@ -106,6 +156,14 @@ private:
             refuseLong(row);
             changed_.push_back({row, i, std::string(cell)});
         }
+    }
+
+    // A reader of the file would skip the lines behind such a row.
+    void refuseHeaderLike(unsigned row) const {
+        if (!sameText(trimmed(sheet_.cell(row, 0)), "VEKDB")) return;
+        throw Failure{unwritable, place(sheet_, row, 0) + ": " + inQuotes(sheet_.cell(row, 0)) +
+                                      ", expected another value in a table file's first column, "
+                                      "where it begins a header; put another column first"};
     }
 
     // A longer value would spill over and damage its line.
@@ -167,15 +225,14 @@ const char* lossOfCells(TableLoss loss) {
 }
 
 void writeTable(const Sheet& sheet, Output& out, Losses& losses) {
-    checkNames(sheet, losses);
-    checkParameters(sheet, losses);
+    if (sheet.columns.empty()) {
+        throw Failure{unwritable, out.name() + ": a table file needs a column, " + sheet.log.name +
+                                      " has none"};
+    }
     TableToWrite source(sheet);
     RowWriter rows(sheet, source);
     tellChanged(sheet, rows.changed(), noteExactCells(source.table(), rows.changed()), losses);
-    TextFile header;
-    source.table().save_params(header);
-    source.table().save_column_header(header, false);
-    writeLines(header, out);
+    writeLines(HeaderWriter(sheet, source.table(), losses).lines(), out);
     writeLines(rows.lines(), out);
 }
 
