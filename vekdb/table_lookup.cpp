@@ -1,4 +1,5 @@
 #include <cstring>
+#include <utility>
 
 #include "host/cookie.h"
 #include "vekdb/table.h"
@@ -36,14 +37,17 @@ unsigned vekdb::getRowIndexByID(const Cookie& id) {
     return parts().cookieRows.find(id.uuid);
 }
 
-// The first row of an identity is the one that is found.
+// The first row of an identity is the one that is found. A map that could not be finished must
+// not be kept: it would pass for a whole one.
 void vekdb::enterCookieRows() {
     const unsigned column = get_fieldnum("cookie");
     if (column > Columns::most) return;
     const unsigned count = get_num_records();
     ValueReader value(*this, mayBeOverridden());
-    parts().cookieRows.reserve(count);
+    CookieRows entered;
+    entered.reserve(count);
     for (unsigned row = 0; row < count; ++row) {
-        parts().cookieRows.enter(Cookie::fromText(value(row, column)).uuid, row);
+        entered.enter(Cookie::fromText(value(row, column)).uuid, row);
     }
+    parts().cookieRows = std::move(entered);
 }

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "host/cookie.h"
+#include "testing/failing_allocator.h"
 #include "testing/tables.h"
 #include "vekdb/table.h"
 
@@ -191,6 +192,17 @@ TEST_F(Lookup, ASubclassSeesItsValuesRead) {
     EXPECT_EQ(2u, sub.asked);
     sub.getRowIndexByID(cookieOf(1));
     EXPECT_EQ(2u, sub.asked);  // built once
+}
+
+TEST_F(Lookup, AMapThatRanOutOfMemoryIsBuiltAnew) {
+    const unsigned failures = testing_support::failEachAllocation(
+        [&] { table.getRowIndexByID(cookieOf(1)); },
+        [&] {
+            ASSERT_EQ(2u, table.getRowIndexByID(cookieOf(3)));
+            table.insert_records(3, 1);
+            table.delete_records(3, 1);  // the map is empty again
+        });
+    EXPECT_GT(failures, 1u);
 }
 
 }  // namespace
