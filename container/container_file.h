@@ -46,6 +46,9 @@ public:
     /// cannot afford that keep a copy until they have seen the new file load, or use
     /// `set_filename` and `save_text`, which replace a file whole or not at all and say so.
     ///
+    /// A container without any attribute is written, but its file cannot be loaded: give it a
+    /// name first.
+    ///
     /// Afterwards the table's file name is the one written to: path + ".tmp" where there was a
     /// file.
     void save(const LightweightString<wchar_t>& path);

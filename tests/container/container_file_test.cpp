@@ -48,7 +48,7 @@ public:
 
     bool deleteFile(const WideString& path) override {
         calls.push_back("delete " + nameOf(path));
-        return before_->deleteFile(path);
+        return !refuseDeletion && before_->deleteFile(path);
     }
     bool moveFile(const WideString& from, const WideString& to, bool replace) override {
         calls.push_back("move " + nameOf(from) + " to " + nameOf(to) +
@@ -57,6 +57,7 @@ public:
     }
 
     std::vector<std::string> calls;
+    bool refuseDeletion = false;
 
 private:
     static std::string nameOf(const WideString& path) {
@@ -201,6 +202,25 @@ TEST_F(Container, TheOldFileGoesThoughTheTemporaryOneCouldNotBeWritten) {
               files.calls);
     EXPECT_FALSE(folder.has("bin.rak"));
     EXPECT_TRUE(std::filesystem::is_directory(folder.file("bin.rak.tmp")));
+}
+
+TEST_F(Container, WhereTheOldFileCannotBeDeletedTheMoveIsAskedForAndTheOldOneStays) {
+    saveItems({cookieOf(1)});
+    RecordingFiles files;
+    files.refuseDeletion = true;
+    saveItems({cookieOf(2)});
+    EXPECT_EQ((std::vector<std::string>{"delete bin.rak", "move bin.rak.tmp to bin.rak"}),
+              files.calls);
+    EXPECT_TRUE(Reader(path, false).contains(cookieOf(1)));
+    EXPECT_TRUE(Reader(path + L".tmp", false).contains(cookieOf(2)));
+}
+
+TEST_F(Container, WithoutAnAttributeItIsWrittenButCannotBeRead) {
+    Writer writer(binColumns());
+    writer.addItem(cookieOf(1));
+    writer.save(path);
+    EXPECT_TRUE(folder.has("bin.rak"));
+    EXPECT_FALSE(Reader(path, false).valid());
 }
 
 TEST_F(Container, AFolderAtThePathIsNoFileToReplace) {

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include "testing/capture_diagnostics.h"
 #include "testing/tables.h"
+#include "testing/temp_dir.h"
 #include "vekdb/table.h"
 
 namespace {
@@ -254,6 +256,19 @@ TEST(AddTable, RefusesAnotherNumberOfColumns) {
     vekdb source(textColumns({"A", "B"}));
     EXPECT_EQ(none, target.add_vekdb(&source));
     EXPECT_EQ(none, source.add_vekdb(&target));
+}
+
+TEST(AddTable, RefusesAnotherRevision) {
+    testing_support::CaptureDiagnostics said;
+    const testing_support::TempDir folder;
+    folder.write("log.odb", "\"VEKDB:Rev 2\"\n\"VEKDB\"\n\"4\"\n\"text\"\n\"A\"\n\"x\"\n");
+    vekdb other(folder.widePath("log.odb"), 10, true);
+    ASSERT_EQ(1u, other.get_num_records());
+    vekdb target(textColumns({"A"}));
+    EXPECT_EQ(none, target.add_vekdb(&other));
+    EXPECT_EQ(none, other.add_vekdb(&target));
+    EXPECT_EQ(0u, target.get_num_records());
+    EXPECT_EQ(1, target.merge_all_matching(&other));
 }
 
 TEST(AddTable, RefusesWhileOnlyTaggedRowsAreShown) {

@@ -7,6 +7,7 @@
 #include "host/timecode.h"
 #include "testing/random.h"
 #include "testing/tables.h"
+#include "testing/temp_dir.h"
 #include "vekdb/table.h"
 
 namespace {
@@ -487,6 +488,22 @@ TEST(QueryRange, AColumnAddedIsMarked) {
     addRow(table, {"01", "05"});
     ask(table, {"", "03"});
     EXPECT_EQ(1u, table.match_record(0));
+}
+
+TEST(QueryRange, ColumnsOfALoadedTableAreMarkedButThoseOfAPlainCsvAreNot) {
+    const testing_support::TempDir folder;
+    folder.write("log.odb",
+                 "\"VEKDB:Rev 1\"\n\"VEKDB\"\n\"4\",\"4\"\n\"text\",\"text\"\n"
+                 "\"Start time\",\"End time\"\n\"01\",\"05\"\n");
+    folder.write("log.csv", "Start time,End time\n01,05\n");
+    for (auto [name, expected] : {std::pair{"log.odb", 1u}, {"log.csv", 0u}}) {
+        vekdb table(folder.widePath(name), 10, true);
+        ASSERT_EQ(1u, table.get_num_records()) << name;
+        EXPECT_TRUE(table.isSpecialLabelField(0));
+        ask(table, {"03", ""});
+        EXPECT_EQ(expected, table.match_record(0)) << name;
+        EXPECT_EQ(expected, table.tag_matching_records(0)) << name;
+    }
 }
 
 TEST(QueryRange, IsAnsweredForOneColumn) {
