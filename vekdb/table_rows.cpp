@@ -57,21 +57,25 @@ LightweightString<char> rowNumbers(unsigned first, unsigned n) {
     return text;
 }
 
-// Sets a flag when the scope is left, whichever way.
+// Sets a flag of a table when the scope is left, whichever way, unless the table went meanwhile.
 class SetOnLeave {
 public:
-    explicit SetOnLeave(bool& flag) : flag_(flag) {}
-    ~SetOnLeave() { flag_ = true; }
+    SetOnLeave(VDBBase* table, bool& flag) : table_(table), flag_(flag) {}
+    ~SetOnLeave() {
+        if (table_.get() != nullptr) flag_ = true;
+    }
     SetOnLeave(const SetOnLeave&) = delete;
     SetOnLeave& operator=(const SetOnLeave&) = delete;
 
 private:
+    SourceLink table_;
     bool& flag_;
 };
 
 }  // namespace
 
-// The text is made before anything goes, so that a failure leaves the rows as they were.
+// The text is made before anything goes, so that a failure leaves the rows as they were. A
+// listener may let go of the table.
 void vekdb::delete_records(unsigned first, int n) {
     Rows& rows = parts().rows;
     if (rows.tagsOnly() != 0 || first >= rows.count() || n < 1) return;
@@ -83,12 +87,13 @@ void vekdb::delete_records(unsigned first, int n) {
     LightweightString<char> text = heard ? rowNumbers(first, count) : nullptr;
     rows.erase(first, count);
     parts().cookieRows.clear();
-    SetOnLeave modified(parts().modified);
+    SetOnLeave modified(this, parts().modified);
     if (heard) issueNotification(NotifyMsg(text, nullptr), type);
 }
 
 unsigned vekdb::delete_tagged_records() {
     if (parts().rows.tagsOnly() != 0) return Rows::none;
+    const SourceLink table(this);  // null when a listener let go of it
     unsigned total = 0;
     unsigned start = Rows::none;  // of the run of tagged rows that is open
     unsigned row = 0;
@@ -98,6 +103,7 @@ unsigned vekdb::delete_tagged_records() {
         } else if (start != Rows::none) {
             delete_records(start, static_cast<int>(row - start));
             total += row - start;
+            if (table.get() == nullptr) return total;
             row = start;  // the row that ended the run stands here now
             start = Rows::none;
         }

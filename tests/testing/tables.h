@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/notify.h"
@@ -52,5 +53,28 @@ private:
         return 0;
     }
 
+    Quor::Ptr<Quor::Guard> guard_;
+};
+
+/// Calls a function whenever a notifier issues notices of a type, for as long as it lives.
+template <class Function>
+class WhenTold {
+public:
+    WhenTold(Notifier& notifier, const char* type, Function function)
+        : function_(std::move(function)),
+          guard_(notifier.registerNotification(
+              Quor::Ptr<iCallbackBase<int, NotifyMsg>>(
+                  new MethodCallback<WhenTold, NotifyMsg, int>(this, &WhenTold::told)),
+              NotifyMsgTypeDictionary::instance().intern(type))) {}
+    WhenTold(const WhenTold&) = delete;
+    WhenTold& operator=(const WhenTold&) = delete;
+
+private:
+    int told(const NotifyMsg& message) {
+        function_(message);
+        return 0;
+    }
+
+    Function function_;
     Quor::Ptr<Quor::Guard> guard_;
 };
