@@ -71,25 +71,31 @@ void Columns::flagSpecialLabels() {
     }
 }
 
+// What may lack memory comes first, so that a column is added wholly or not at all.
 void Columns::append(const DBFieldDesc& field) {
-    unsigned column = count_++;
-    makePlaces();
-    names_[column] = field.name;
-    types_[column] = field.type;
+    const unsigned column = count_;
+    names_.resize(column + 1);
+    types_.resize(column + 1);
     // A column removed earlier left its flag behind; the new flag goes behind that.
     if (special_.size() < column) special_.resize(column, false);
-    special_.push_back(isSpecialName(column));
+    special_.reserve(special_.size() + 1);
     if (!field.name.empty()) index_[field.name] = column;
+
+    names_[column] = field.name;
+    types_[column] = field.type;
+    special_.push_back(isSpecialName(column));
+    ++count_;
 }
 
 void Columns::remove(unsigned column) {
-    --count_;
+    Index index;
+    for (unsigned i = 0; i < names_.size(); ++i) {
+        if (i != column) index.emplace(names_[i], i < column ? i : i - 1);
+    }
+    index_.swap(index);
     if (column < names_.size()) names_.erase(names_.begin() + column);
     if (column < types_.size()) types_.erase(types_.begin() + column);
-    index_.clear();
-    for (unsigned i = 0; i < names_.size(); ++i) {
-        index_.emplace(names_[i], i);
-    }
+    --count_;
 }
 
 void Columns::copyFrom(const Columns& other) {
@@ -99,8 +105,6 @@ void Columns::copyFrom(const Columns& other) {
     index_ = other.index_;
     count_ = other.count_;
 }
-
-bool Columns::sameNames(const Columns& other) const { return names_ == other.names_; }
 
 void Columns::clear() {
     names_.clear();

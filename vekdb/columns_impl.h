@@ -62,7 +62,6 @@ public:
 
     /// Names, types and the index of another table; its count too.
     void copyFrom(const Columns& other);
-    bool sameNames(const Columns& other) const;
     void clear();
 
 private:

@@ -199,10 +199,16 @@ void dbrecord::removeField(unsigned short index) {
         return;
     }
     if (index < stored_) {
-        ownStrings(stored_).erase(index, stored_);
+        prepareRemoval(index);
+        values_.strings->erase(index, stored_);
         --stored_;
     }
     --count_;
+}
+
+// Takes the memory that removing a value needs; the removal itself cannot fail afterwards.
+void dbrecord::prepareRemoval(unsigned index) {
+    if (index + 1 < stored_) ownStrings(stored_).makeStrings(index + 1, stored_);
 }
 
 void dbrecord::resizeRecord(int count, const int* widths, bool) {

@@ -111,6 +111,7 @@ private:
     void share(const dbrecord& other);
     void release();
     void resize(unsigned count);
+    void prepareRemoval(unsigned index);
 
     vekdb* container_ = nullptr;
     mutable union {

@@ -36,6 +36,8 @@ public:
     static void raiseLengths(const dbrecord& record, unsigned* lengths, unsigned fields);
     /// Appends a value behind the last without marking anything changed.
     static void append(dbrecord& record, std::string_view value);
+    /// Takes the memory that removing the value needs.
+    static void prepareRemoval(dbrecord& record, unsigned index) { record.prepareRemoval(index); }
     /// Stores a value, in range, without marking anything changed.
     static void place(dbrecord& record, unsigned index, LightweightString<char> value);
 };

@@ -60,7 +60,14 @@ void RecordStrings::cut(unsigned count) {
     }
 }
 
+void RecordStrings::makeStrings(unsigned first, unsigned count) {
+    for (unsigned i = first; i < count; ++i) {
+        string(i);
+    }
+}
+
 void RecordStrings::erase(unsigned i, unsigned count) {
+    makeStrings(i + 1, count);
     for (unsigned k = i; k + 1 < count; ++k) {
         set(k, std::move(string(k + 1)));
     }

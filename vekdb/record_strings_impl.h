@@ -25,7 +25,9 @@ struct RecordStrings {
     void set(unsigned i, String value);
     /// Drops the values from `count` on.
     void cut(unsigned count);
-    /// Takes out one value of `count`.
+    /// Makes a string of every value of `count` from `first` on.
+    void makeStrings(unsigned first, unsigned count);
+    /// Takes out one value of `count`. Takes no memory where those behind it are strings.
     void erase(unsigned i, unsigned count);
 
     String* values() { return reinterpret_cast<String*>(this + 1); }

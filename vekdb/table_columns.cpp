@@ -3,6 +3,7 @@
 
 #include "host/config.h"
 #include "vekdb/field_sizes_impl.h"
+#include "vekdb/record_access_impl.h"
 #include "vekdb/table.h"
 #include "vekdb/table_parts_impl.h"
 
@@ -76,9 +77,15 @@ unsigned vekdb::addField(const DBFieldDesc& field) {
     return added;
 }
 
+// Where memory runs out, it does so before anything was removed.
 void vekdb::removeField(const LightweightString<char>& name) {
     unsigned removed = get_fieldnum(name);
     if (removed == Columns::none || removed >= parts().columns.count()) return;
+    const Rows& rows = parts().rows;
+    for (unsigned row = 0; row < rows.shownCount(); ++row) {
+        dbrecord* record = rows.shown(row);
+        if (record != nullptr) RecordAccess::prepareRemoval(*record, removed);
+    }
     parts().columns.remove(removed);
     for (unsigned row = 0; row < parts().rows.count(); ++row) {
         dbrecord* record = get_record(row);
