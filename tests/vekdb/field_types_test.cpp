@@ -73,6 +73,28 @@ TEST(MinimumWidth, IsKnownForStandardColumnsInAnyCase) {
     EXPECT_EQ(15, vekdb::getMinFieldSize("start inkcode"));
 }
 
+TEST(MinimumWidth, OfEveryStandardColumn) {
+    const struct {
+        const char* name;
+        int width;
+    } expected[] = {
+        {"Cookie", 12},         {"Type", 6},          {"Flags", 8},         {"Name", 32},
+        {"Date", 12},           {"Size", 8},          {"pic qual", 4},      {"aud qual", 32},
+        {"chans", 64},          {"Start time", 12},   {"End time", 12},     {"Duration", 16},
+        {"Reel", 10},           {"Reel Type", 30},    {"Scene", 24},        {"Shot", 24},
+        {"Who", 24},            {"Description", 64},  {"Notes", 100},       {"snd start", 12},
+        {"snd end", 12},        {"snd reel", 10},     {"start 24P code", 12},
+        {"end 24P code", 12},   {"24P reel", 10},     {"film_origin", 3},   {"pulldown", 3},
+        {"sequence", 2},        {"start keycode", 17}, {"end keycode", 17}, {"film duration", 9},
+        {"start camcode", 12},  {"end camcode", 12},  {"cam reel", 10},     {"comp reel", 10},
+        {"cam_date", 6},        {"start inkcode", 15}, {"end inkcode", 15}, {"lab reel", 10},
+        {"Mdrive", 4},          {"Tag", 1},
+    };
+    for (const auto& column : expected) {
+        EXPECT_EQ(column.width, vekdb::getMinFieldSize(column.name)) << column.name;
+    }
+}
+
 TEST(MinimumWidth, IsFourForOtherNames) {
     EXPECT_EQ(4, vekdb::getMinFieldSize("Lens"));
     EXPECT_EQ(4, vekdb::getMinFieldSize(""));
@@ -87,6 +109,15 @@ TEST(FieldSize, IsTheLongestValueInBytes) {
     EXPECT_EQ(4u, table.get_fieldsize(0));
     EXPECT_EQ(0u, table.get_fieldsize(1));
     EXPECT_EQ(0u, table.get_fieldsize(2));
+}
+
+TEST(FieldSize, OfRecordsWithFewerValuesIsNothing) {
+    vekdb table(textColumns({"A", "B"}));
+    addRow(table, {"a", "long"});
+    addRow(table, {"a", "b"});
+    const int width = 0;
+    table.get_record(0)->resizeRecord(1, &width, false);
+    EXPECT_EQ(1u, table.get_fieldsize(1));
 }
 
 TEST(FieldSize, CountsHiddenRowsAndBytes) {

@@ -343,6 +343,30 @@ TEST_F(SettingsExport, CopiesTheMappedFieldsAndCountsThem) {
     EXPECT_TRUE(settings.get("Other").get().empty());
 }
 
+TEST_F(SettingsExport, EveryMappedFieldHasItsKey) {
+    const std::vector<const char*> fields = {"Notes",    "WHO",      "scene",    "Description",
+                                             "Shot",     "Reel",     "Snd Reel", "24p reel",
+                                             "cam reel", "comp reel", "LAB REEL"};
+    const char* keys[] = {"notes",   "who",      "scene",   "description", "shot", "reelid",
+                          "reelid1", "24P_reel", "camreel", "comp_reel",   "lab_reel"};
+    std::vector<const char*> names = fields;
+    names.push_back("NAME");
+    vekdb standard(textColumns(names));
+    addRow(standard, names);
+    EXPECT_EQ(11, standard.get_record(0)->update(&settings));
+    EXPECT_STREQ("NAME", settings.get("name").get().c_str());
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        EXPECT_STREQ(fields[i], settings.get(keys[i]).get().c_str());
+    }
+}
+
+TEST_F(SettingsExport, OfTwoFieldsWithOneNameTheLastIsKeptAndBothAreCounted) {
+    vekdb twice(textColumns({"Name", "who", "WHO"}));
+    addRow(twice, {"n", "first", "last"});
+    EXPECT_EQ(2, twice.get_record(0)->update(&settings));
+    EXPECT_STREQ("last", settings.get("who").get().c_str());
+}
+
 TEST_F(SettingsExport, CountsNothingForTheNameAlone) {
     vekdb named(textColumns({"name"}));
     addRow(named, {"n"});

@@ -92,6 +92,8 @@ TEST_F(ThreeColumns, TypingWithNoneLeavesAnErrorAlsoOutOfRange) {
     ASSERT_TRUE(table.read_error_info(error));
     EXPECT_EQ(2, error.values[0]);
     EXPECT_EQ(3, error.values[1]);
+    EXPECT_EQ(0, error.values[2]);
+    EXPECT_EQ(0, error.values[3]);
     EXPECT_TRUE(table.set_fieldtype(1, DBFieldTypes::none));
     EXPECT_EQ(DBFieldTypes::text, table.get_field_type(1));
 }
@@ -167,6 +169,50 @@ TEST_F(ThreeColumns, LookupsOfAddAndRemoveReachASubclass) {
     EXPECT_EQ(1u, blind.addField({"A", DBFieldTypes::text}));
     blind.removeField("A");
     EXPECT_EQ(2u, blind.get_num_fields());
+}
+
+// Shows the first row of all only, whatever the table holds.
+struct FirstRowOnly : vekdb {
+    using vekdb::vekdb;
+    unsigned get_num_records() const override { return 1; }
+    dbrecord* get_record(unsigned row) const override {
+        ++asked;
+        return row == 0 ? vekdb::get_record(0) : nullptr;
+    }
+    mutable unsigned asked = 0;
+};
+
+TEST(Columns, RowsAreReachedAsASubclassShowsThem) {
+    FirstRowOnly table(textColumns({"A", "B"}));
+    table.add_records(3);
+    table.addField({"C", DBFieldTypes::text});
+    EXPECT_EQ(1u, table.asked);
+    EXPECT_EQ(3, table.vekdb::get_record(0)->get_num_fields());
+    EXPECT_EQ(2, table.vekdb::get_record(2)->get_num_fields());
+    table.removeField("A");
+    EXPECT_EQ(4u, table.asked);
+    EXPECT_EQ(2, table.vekdb::get_record(0)->get_num_fields());
+    EXPECT_EQ(2, table.vekdb::get_record(2)->get_num_fields());
+}
+
+TEST(Columns, TheMostCanBeFoundChangedAndRemoved) {
+    std::vector<DBFieldDesc> fields(65535, DBFieldDesc{"Same", DBFieldTypes::text});
+    fields[65534].name = "Last";
+    vekdb table(fields);
+    addRow(table, {"first"});
+    EXPECT_EQ(65534u, table.get_fieldnum("last"));
+    EXPECT_EQ(65533u, table.get_fieldnum("same"));
+    EXPECT_TRUE(table.set_field(0, 65534, "end"));
+    EXPECT_EQ(3u, table.get_fieldsize(65534));
+    EXPECT_EQ(65535u, vekdb(table, 1).get_num_fields());
+
+    table.removeField("Same");
+    EXPECT_EQ(65534u, table.get_num_fields());
+    EXPECT_EQ(0u, table.get_fieldnum("same"));
+    EXPECT_EQ(65533u, table.get_fieldnum("last"));
+    EXPECT_STREQ("end", table.getField(0, 65533).c_str());
+    EXPECT_EQ(65534u, table.addField({"New", DBFieldTypes::text}));
+    EXPECT_TRUE(table.set_field(0, 65534, "new"));
 }
 
 TEST(Columns, NoMoreThanARecordHoldsValues) {

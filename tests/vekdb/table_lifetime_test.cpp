@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <ctime>
+#include <memory>
 
 #include "testing/tables.h"
 #include "vekdb/table.h"
@@ -218,6 +219,35 @@ TEST_F(CopiedTable, KeepsARevisionOtherThanOne) {
     EXPECT_STREQ("Rev 2", copy.get_param_val("VEKDB"));
     EXPECT_STREQ("VEKDB", copy.get_param_name(0));
     EXPECT_EQ(2u, copy.get_num_params());
+}
+
+TEST_F(CopiedTable, FindsColumnsByTheirFormerNamesToo) {
+    source.set_fieldname(0, "Tape");
+    vekdb copy(source, 0);
+    EXPECT_EQ(0u, copy.get_fieldnum("Reel"));
+    EXPECT_EQ(0u, copy.get_fieldnum("Tape"));
+}
+
+TEST_F(CopiedTable, TakesTheRowsThatASubclassShows) {
+    struct Twice : vekdb {
+        using vekdb::vekdb;
+        unsigned get_num_records() const override { return 3; }
+        dbrecord* get_record(unsigned row) const override {
+            return row == 1 ? nullptr : vekdb::get_record(0);
+        }
+    } twice(textColumns({"A"}));
+    addRow(twice, {"x"});
+    twice.vekdb::get_record(0)->set_field(0, "x");
+    EXPECT_EQ((std::vector<std::string>{"x", "x"}), columnOf(vekdb(twice, 1), 0));
+}
+
+TEST_F(CopiedTable, SharesTextWithItsSourceAndOutlivesIt) {
+    auto original = std::make_unique<vekdb>(source, 1);
+    vekdb copy(*original, 1);
+    original->set_field(0, 1, "99");
+    original.reset();
+    EXPECT_STREQ(" A001", copy.getField(0, 0).c_str());
+    EXPECT_STREQ("12", copy.getField(0, 1).c_str());
 }
 
 TEST(FreedTable, IsEmptyNotValidAndCanBeFilledAgain) {

@@ -86,6 +86,34 @@ TEST_F(Parametered, AValueMayBeReplacedByItsOwnTail) {
     EXPECT_STREQ("cdef", table.get_param_val("P"));
 }
 
+TEST_F(Parametered, TheirTextsAreCopiedOnEntry) {
+    std::string name = "Project";
+    std::string value = "Night";
+    table.add_param(name.c_str(), value.c_str());
+    name[0] = value[0] = '-';
+    EXPECT_STREQ("Night", table.get_param_val("Project"));
+}
+
+TEST_F(Parametered, TheRevisionInOtherLettersIsAParameterOfItsOwnWhileThereIsNone) {
+    EXPECT_EQ(0u, table.add_param("vekdb", "mine"));
+    EXPECT_EQ(2u, table.get_num_params());
+    EXPECT_STREQ("Rev 1", table.get_param_val("vekdb"));
+    EXPECT_STREQ("mine", table.get_param_text(1));
+}
+
+TEST_F(Parametered, SettingAValueReachesAddParamOfASubclass) {
+    struct Seen : vekdb {
+        using vekdb::vekdb;
+        unsigned add_param(const char* name, const char*) override {
+            added = name;
+            return 5;
+        }
+        std::string added;
+    } seen(textColumns({"A"}));
+    EXPECT_EQ(5u, seen.set_param_val("P", "v"));
+    EXPECT_EQ("P", seen.added);
+}
+
 TEST_F(Parametered, SlotsOutOfUseReadEmpty) {
     EXPECT_STREQ("", table.get_param_name(0));
     EXPECT_STREQ("", table.get_param_text(99));

@@ -138,6 +138,34 @@ TEST_F(FiveRows, InvertingAllTagsReachesHiddenRowsAndSettingAllDoesNot) {
     EXPECT_EQ(1u, table.get_tag(4));
 }
 
+TEST_F(FiveRows, ValuesAreThoseOfTheShownRowsWhileOnlyTaggedOnesAre) {
+    tag({1, 4});
+    table.set_show_tags_only(1);
+    EXPECT_TRUE(table.set_field(1, 0, "E"));
+    EXPECT_FALSE(table.set_field(2, 0, "x"));
+    EXPECT_STREQ("b", table.getField(0, 0).c_str());
+    char buffer[2] = "#";
+    EXPECT_FALSE(table.in_field(4, 0, buffer, 1));
+    EXPECT_TRUE(table.in_field(1, 0, buffer, 1));
+    EXPECT_STREQ("E", buffer);
+    table.copy_record(0, &table, 1);
+    EXPECT_EQ((std::vector<std::string>{"E", "E"}), columnOf(table, 0));
+    EXPECT_EQ(1u, vekdb(table, nullptr).get_fieldsize(0));
+    table.set_show_tags_only(0);
+    EXPECT_EQ((std::vector<std::string>{"a", "E", "c", "d", "E"}), columnOf(table, 0));
+}
+
+TEST_F(FiveRows, TagsAreSetAndInvertedByShownRow) {
+    tag({1, 4});
+    table.set_show_tags_only(1);
+    table.set_tag(1, 3);
+    table.invert_tag(0);
+    EXPECT_EQ(none, table.get_tag(4));
+    table.set_show_tags_only(0);
+    EXPECT_EQ(3u, table.get_tag(4));
+    EXPECT_EQ(0u, table.get_tag(1));
+}
+
 TEST_F(FiveRows, SettingAllTagsCallsSetTagOfASubclassForEveryRawRow) {
     struct Seen : vekdb {
         using vekdb::vekdb;

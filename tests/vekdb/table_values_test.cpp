@@ -103,6 +103,35 @@ TEST_F(Values, ACookieIsStoredAsItsTextWhereItDiffers) {
     EXPECT_FALSE(table.get_modified());
 }
 
+TEST_F(Values, AreThoseOfTheRecordsThatASubclassShows) {
+    struct Shifted : vekdb {
+        using vekdb::vekdb;
+        dbrecord* get_record(unsigned row) const override { return vekdb::get_record(row + 1); }
+    } shifted(textColumns({"Cookie", "B"}));
+    shifted.add_records(2);
+    EXPECT_TRUE(shifted.set_field(0, 1, 7));
+    EXPECT_FALSE(shifted.set_field(1, 1, 7));
+    EXPECT_TRUE(shifted.set_field(0, cookieOf(1)));
+    EXPECT_FALSE(shifted.set_field(1, cookieOf(1)));
+    int number = 0;
+    EXPECT_TRUE(shifted.in_field(0, 1, number));
+    EXPECT_EQ(7, number);
+    EXPECT_TRUE(shifted.vekdb::get_record(0)->is_blank());
+}
+
+TEST_F(Values, AreCopiedOutAsASubclassReadsThem) {
+    struct Constant : vekdb {
+        using vekdb::vekdb;
+        LightweightString<char> getField(unsigned, unsigned) const override { return "t9"; }
+    } constant(textColumns({"A"}));
+    char buffer[3] = "##";
+    bool flag = false;
+    EXPECT_TRUE(constant.in_field(99, 99, buffer, 2));
+    EXPECT_STREQ("t9", buffer);
+    EXPECT_TRUE(constant.in_field(0, 0, flag));
+    EXPECT_TRUE(flag);
+}
+
 TEST_F(Values, ACookieNeedsARowAndAColumn) {
     EXPECT_FALSE(table.set_field(2, cookieOf(1)));
     vekdb other(textColumns({"Reel"}));
