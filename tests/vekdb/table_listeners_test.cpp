@@ -100,7 +100,8 @@ TEST(TableListener, MayEmptyTheTableWhileTaggedRowsAreDeleted) {
 TEST(TableListener, MayShowOnlyTaggedRowsWhichEndsTheDeletions) {
     const Quor::Ptr<vekdb> table = sharedTable(5);
     for (unsigned row : {0u, 3u}) table->set_tag(row, 1);
-    const WhenTold told(*table, "recordsDeleted", [&](const NotifyMsg&) { table->set_show_tags_only(1); });
+    const WhenTold told(*table, "recordsDeleted",
+                        [&](const NotifyMsg&) { table->set_show_tags_only(1); });
     table->delete_tagged_records();
     EXPECT_EQ((Texts{"d"}), columnOf(*table, 0));
     table->set_show_tags_only(0);

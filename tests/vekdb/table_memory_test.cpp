@@ -25,7 +25,8 @@ using testing_support::TempDir;
 
 constexpr unsigned none = 0xFFFFFFFF;
 constexpr int all = 1 << 30;
-constexpr const char* longText = "a text that is too long to stand anywhere but in a block of its own";
+constexpr const char* longText =
+    "a text that is too long to stand anywhere but in a block of its own";
 
 // Runs `action` on a table made anew for each allocation that fails, and `check` on what it
 // left. How many failures there were.
