@@ -60,7 +60,7 @@ LightweightString<char> rowNumbers(unsigned first, unsigned n) {
 // Sets a flag of a table when the scope is left, whichever way, unless the table went meanwhile.
 class SetOnLeave {
 public:
-    SetOnLeave(VDBBase* table, bool& flag) : table_(table), flag_(flag) {}
+    SetOnLeave(vekdb& table, bool& flag) noexcept : table_(&table), flag_(flag) {}
     ~SetOnLeave() {
         if (table_.get() != nullptr) flag_ = true;
     }
@@ -68,7 +68,7 @@ public:
     SetOnLeave& operator=(const SetOnLeave&) = delete;
 
 private:
-    SourceLink table_;
+    SourceRef<vekdb> table_;
     bool& flag_;
 };
 
@@ -87,13 +87,14 @@ void vekdb::delete_records(unsigned first, int n) {
     LightweightString<char> text = heard ? rowNumbers(first, count) : nullptr;
     rows.erase(first, count);
     parts().cookieRows.clear();
-    SetOnLeave modified(this, parts().modified);
-    if (heard) issueNotification(NotifyMsg(text, nullptr), type);
+    if (!heard) return noteModified();
+    SetOnLeave modified(*this, parts().modified);
+    issueNotification(NotifyMsg(text, nullptr), type);
 }
 
 unsigned vekdb::delete_tagged_records() {
     if (parts().rows.tagsOnly() != 0) return Rows::none;
-    const SourceLink table(this);  // null when a listener let go of it
+    const SourceRef<vekdb> table(this);  // null when a listener let go of it
     unsigned total = 0;
     unsigned start = Rows::none;  // of the run of tagged rows that is open
     unsigned row = 0;
