@@ -308,3 +308,16 @@ TEST(ProgressBar, ShowsOnATerminalWhenAJobTakesLongAndGoesAtItsEnd) {
 TEST(ProgressBar, IsNotForPipes) {
     EXPECT_EQ(readSlowly(false).errors, "");
 }
+
+// Ctrl-C while the rows are still coming.
+TEST(Interrupted, LeavesTheOldFileAndNothingBeside) {
+    WorkFolder folder;
+    folder.write("log.vek", logText);
+    Start start;
+    start.words = {"/bin/sh", "-c",
+                   "(echo A; sleep 1) | timeout -s INT 0.5 \"$0\" convert - log.vek --from csv",
+                   VEK_PROGRAM};
+    EXPECT_EQ(run(folder, start).exitCode, 124);
+    EXPECT_EQ(folder.read("log.vek"), logText);
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"log.vek"});
+}

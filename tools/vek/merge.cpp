@@ -60,9 +60,19 @@ public:
     std::size_t conflicts() const { return conflicts_; }
 
 private:
+    // Two columns of one name would end up in one, and a cell of them be lost.
+    static void refuseRepeated(const Log& from, unsigned column) {
+        std::string name = from.columnName(column);
+        if (name.empty() || from.findColumn(name) == column) return;
+        throw Failure{wrongUsage, from.name + ": column " + inQuotes(name) +
+                                      " is there twice, expected names that differ; give one of "
+                                      "them another name"};
+    }
+
     void addColumns(const Log& from) {
         columns_.clear();
         for (unsigned i = 0; i < from.columnCount(); ++i) {
+            refuseRepeated(from, i);
             columns_.push_back(into_.table->addField(
                 {cellText(from.columnName(i)), from.table->get_field_type(i)}));
         }
@@ -85,21 +95,21 @@ private:
     }
 
     // The library appends by column name and converts timecodes. It drops blanks in front of a
-    // value, which are put back.
+    // value and passes by columns without a name; what it left out is put back.
     void append(const Log& from) {
         unsigned first = into_.rowCount();
         VDBView all(from.table.get());
         all->displayAllRecords();
         into_.table->merge_all_matching(all.get());
         for (unsigned row = 0; row < from.rowCount(); ++row) {
-            for (unsigned i = 0; i < columns_.size(); ++i) restoreBlanks(from, row, i, first + row);
+            for (unsigned i = 0; i < columns_.size(); ++i) restoreCell(from, row, i, first + row);
             into_.lines.push_back(static_cast<std::uint32_t>(from.lineOf(row)));
         }
     }
 
-    void restoreBlanks(const Log& from, unsigned row, unsigned column, unsigned target) {
-        std::string_view cell = from.cell(row, column);
-        if (trimmed(cell).size() != cell.size()) store(target, columns_[column], cell);
+    void restoreCell(const Log& from, unsigned row, unsigned column, unsigned target) {
+        std::string value = inOurForm(from, row, column);
+        if (value != into_.cell(target, columns_[column])) store(target, columns_[column], value);
     }
 
     void join(const Log& from) {

@@ -35,14 +35,24 @@ std::size_t total(const std::vector<std::size_t>& widths, std::size_t cap) {
 
 // Leaves columns out at the right until the others fit, each cut to the narrowest.
 void dropColumns(std::vector<std::size_t>& widths, std::size_t room) {
-    while (widths.size() > 1 && total(widths, narrowest) > room) widths.pop_back();
+    std::size_t used = 0;
+    for (std::size_t i = 0; i < widths.size(); ++i) {
+        used += std::min(widths[i], narrowest) + (i == 0 ? 0 : gap);
+        if (i == 0 || used <= room) continue;
+        widths.resize(i);
+        return;
+    }
 }
 
 // The widest cap under which all columns fit; narrow columns keep their width.
 std::size_t fittingCap(const std::vector<std::size_t>& widths, std::size_t room) {
-    std::size_t cap = *std::max_element(widths.begin(), widths.end());
-    while (cap > 1 && total(widths, cap) > room) --cap;
-    return cap;
+    std::size_t fits = 1;
+    std::size_t over = *std::max_element(widths.begin(), widths.end()) + 1;
+    while (over - fits > 1) {
+        std::size_t middle = fits + (over - fits) / 2;
+        (total(widths, middle) > room ? over : fits) = middle;
+    }
+    return fits;
 }
 
 // What a cap leaves unused goes to the columns that were cut, from the left.
