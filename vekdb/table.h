@@ -170,7 +170,8 @@ public:
     void set_filename(LightweightString<wchar_t> name) override;
     LightweightString<wchar_t> get_filename() const override;
     /// Loads the table's own file; the result is the valid flag. At most `maxRecords` rows are
-    /// read, none for 0 or less; `requireMagic` refuses files without a column header.
+    /// read, none for 0 or less; `requireMagic` refuses files without a column header. Where
+    /// memory ends the table is freed before the exception leaves.
     void loadFromFile(int maxRecords, bool requireMagic);
     /// Reads the parameter block from the file's current line on; `header` holds the line behind
     /// it afterwards. 1 when that is the magic line, 2 when it is a line without a colon and no
@@ -273,6 +274,7 @@ private:
     void copyParameters(const vekdb& source);
     void copyRows(const vekdb& source);
     dbrecord* newRow();
+    void fillFromFile(int maxRecords, bool requireMagic);
     bool mayBeOverridden() const;
     void enterCookieRows();
     unsigned tagPlainRows(bool keepTags);

@@ -14,8 +14,18 @@ constexpr unsigned short headerRoom = 24;
 
 }  // namespace
 
+// A part of a file's rows must not pass for the table, to be saved over all of them.
 void vekdb::loadFromFile(int maxRecords, bool requireMagic) {
     free();
+    try {
+        fillFromFile(maxRecords, requireMagic);
+    } catch (...) {
+        free();
+        throw;
+    }
+}
+
+void vekdb::fillFromFile(int maxRecords, bool requireMagic) {
     TextFile file;
     if (!file.load(parts().fileName, '\n', false)) return;
     if (parts().fileName.endsWith(L".csv", true)) {

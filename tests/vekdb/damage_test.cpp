@@ -132,6 +132,30 @@ TEST_F(Damage, ATableThatFailedToReloadForWantOfMemoryCanBeLoadedAgain) {
     EXPECT_GT(failures, 5u);
 }
 
+// A table that held only the rows read so far and passed for valid would be saved over the rest.
+// A parameter whose text finds no memory ends no load: it is empty.
+TEST_F(Damage, ALoadThatMemoryCutsShortLeavesNoPartOfATable) {
+    folder_.write("log.vek", smallFile);
+    folder_.write("log.csv", "Reel,Take\nA001,3\nA002,4\n");
+    for (const char* name : {"log.vek", "log.csv"}) {
+        vekdb table(folder_.widePath(name), 100, true);
+        bool loaded = false;
+        auto reload = [&] {
+            loaded = false;
+            table.loadFromFile(100, true);
+            loaded = true;
+        };
+        unsigned failures = failEachAllocation(reload, [&] {
+            EXPECT_EQ(table.get_valid(), loaded);
+            EXPECT_EQ(table.get_num_records(), loaded ? 2u : 0u);
+            EXPECT_EQ(table.get_num_fields() == 0, !loaded);
+            EXPECT_EQ(table.get_capacity(), loaded ? 500u : 0u);
+        });
+        EXPECT_GT(failures, 5u);
+        EXPECT_EQ(table.get_num_records(), 2u);
+    }
+}
+
 namespace {
 
 // While in scope, the n-th call of the operating system that reading and saving make fails.

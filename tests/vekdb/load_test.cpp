@@ -98,6 +98,15 @@ TEST_F(Load, MaximumOfRecords) {
     EXPECT_TRUE(load(lines, 0)->get_valid());
 }
 
+TEST_F(Load, LinesBehindTheMaximumAreNotLookedAt) {
+    const Strings lines = headerAnd({"A"}, {"\"a\"", "\"b\"", "\"c\",\"d\""});
+    auto table = load(lines, 2);
+    EXPECT_EQ((Rows{{"a"}, {"b"}}), rowsOf(*table));
+    EXPECT_EQ(Error{}, errorOf(*table));
+    EXPECT_EQ((Error{1, 2, 0, 0}), errorOf(*load(lines, 3)));
+    EXPECT_EQ(notAllFilled, said.logged);
+}
+
 TEST_F(Load, RecordsEndAtABlankLine) {
     for (const char* blank : {"", " ", "\t \v\f"}) {
         auto table = load(headerAnd({"A"}, {"\"a\"", blank, "\"b\""}));
@@ -539,6 +548,12 @@ TEST_F(AddText, TheErrorCountsTheRecordsOfTheCall) {
     EXPECT_EQ(3u, table.get_num_records());
 }
 
+TEST_F(AddText, TheErrorStaysWhenLaterLinesAreGood) {
+    add({"\"short\""});
+    EXPECT_EQ(1u, add({"\"a\",\"b\""}));
+    EXPECT_EQ((Error{1, 0, 0, 0}), errorOf(table));
+}
+
 TEST_F(AddText, TheFirstLineMayBePassedOver) {
     EXPECT_EQ(1u, add({"\"no\",\"row\"", "\"a\",\"b\""}, 1));
     EXPECT_EQ((Rows{{"a", "b"}}), rowsOf(table));
@@ -629,6 +644,7 @@ TEST_F(LoadCsv, FilesWithoutLinesAndWithAnEmptyOne) {
     EXPECT_TRUE(none->get_valid());
     EXPECT_EQ(0u, none->get_num_fields());
     EXPECT_EQ(0u, none->get_num_records());
+    EXPECT_EQ(Error{}, errorOf(*none));
     auto one = csv("\n");
     EXPECT_TRUE(one->get_valid());
     EXPECT_EQ(1u, one->get_num_fields());
