@@ -164,6 +164,14 @@ void VDBViewRep::displayAllRecordsWithBaseTagStatus() {
     }
 }
 
+namespace {
+
+int numberIn(const dbrecord* record, unsigned column) {
+    return record == nullptr ? 0 : parseInt(record->fieldView(column));
+}
+
+}  // namespace
+
 void VDBViewRep::setupViewTagsFromVekdbTagField() {
     const Pin pin(*this);
     displayAllRecords();
@@ -172,8 +180,11 @@ void VDBViewRep::setupViewTagsFromVekdbTagField() {
     if (!isFound(column)) {
         return;
     }
+    // Where nobody overrides the reading of a value, it is read without making a string of it.
+    const bool plain = plainTable() != nullptr;
     for (unsigned i = 0; i < get_num_records(); ++i) {
-        set_tag(i, parseInt(from->getField(i, column).view()));
+        set_tag(i, plain ? numberIn(from->get_record(i), column)
+                         : parseInt(from->getField(i, column).view()));
     }
 }
 
