@@ -135,16 +135,14 @@ public:
     }
 
     bool hasListeners(int type) const {
-        const Quor::Ptr<List> listed = list();
-        if (!listed) {
+        if (!anybody_) {
             return false;
         }
-        for (const Quor::Ptr<Entry>& entry : listed->entries) {
-            if (entry->type == type && entry->stands) {
-                return true;
-            }
-        }
-        return false;
+        const CriticalSectionHold hold(lock_);
+        return list_ && std::any_of(list_->entries.begin(), list_->entries.end(),
+                                    [type](const Quor::Ptr<Entry>& entry) {
+                                        return entry->type == type && entry->stands;
+                                    });
     }
 
 private:

@@ -3,6 +3,7 @@
 #include "host/critical_section.h"
 #include "host/lightweight_string.h"
 #include "host/ptr.h"
+#include "host/row_numbers.h"
 
 #include <cstdint>
 #include <string_view>
@@ -34,19 +35,39 @@ private:
 
 /// What a notice says: a text, and an object that the message shares. Each may be
 /// null. The type of a notice is no part of its message.
+///
+/// A message made of row numbers has their text, and makes it when it is first asked
+/// for; the numbers are borrowed and outlive the message. Copies hold the text.
 class NotifyMsg {
 public:
     NotifyMsg() = default;
     NotifyMsg(const LightweightString<char>& text, const Quor::Ptr<iObject>& object)
         : text_(text), object_(object) {}
     explicit NotifyMsg(const Quor::Ptr<iObject>& object) : object_(object) {}
+    explicit NotifyMsg(const RowNumbers& rows) : rows_(&rows) {}
+    NotifyMsg(const NotifyMsg& other) : text_(other.text()), object_(other.object_) {}
+    NotifyMsg& operator=(const NotifyMsg& other) {
+        text_ = other.text();
+        object_ = other.object_;
+        rows_ = nullptr;
+        return *this;
+    }
 
-    const LightweightString<char>& text() const { return text_; }
+    const LightweightString<char>& text() const {
+        if (rows_ != nullptr && text_.empty()) {
+            text_ = rows_->text();
+        }
+        return text_;
+    }
     const Quor::Ptr<iObject>& object() const { return object_; }
 
+    /// The numbers of the text where the message was made of them, else null.
+    const RowNumbers* rows() const { return rows_; }
+
 private:
-    LightweightString<char> text_;
+    mutable LightweightString<char> text_;
     Quor::Ptr<iObject> object_;
+    const RowNumbers* rows_ = nullptr;
 };
 
 /// Steps through the tokens of a message's text: runs of characters between

@@ -47,14 +47,12 @@ void vekdb::insert_records(unsigned at, int n) {
 
 namespace {
 
-// The numbers first .. first + n - 1, each with a blank behind it.
-LightweightString<char> rowNumbers(unsigned first, unsigned n) {
-    LightweightString<char> text;
+// Appends first .. first + n - 1.
+void appendRun(RowNumbers& rows, unsigned first, unsigned n) {
+    rows.reserve(n);
     for (unsigned row = first; row < first + n; ++row) {
-        text += row;
-        text.push_back(' ');
+        rows.append(static_cast<int>(row));
     }
-    return text;
 }
 
 // Sets a flag of a table when the scope is left, whichever way, unless the table went meanwhile.
@@ -74,7 +72,7 @@ private:
 
 }  // namespace
 
-// The text is made before anything goes, so that a failure leaves the rows as they were. A
+// The numbers are noted before anything goes, so that a failure leaves the rows as they were. A
 // listener may let go of the table.
 void vekdb::delete_records(unsigned first, int n) {
     Rows& rows = parts().rows;
@@ -84,12 +82,13 @@ void vekdb::delete_records(unsigned first, int n) {
 
     static const int type = NotifyMsgTypeDictionary::instance().intern("recordsDeleted");
     bool heard = hasListeners(type);
-    LightweightString<char> text = heard ? rowNumbers(first, count) : nullptr;
+    RowNumbers deleted;
+    if (heard) appendRun(deleted, first, count);
     rows.erase(first, count);
     parts().cookieRows.clear();
     if (!heard) return noteModified();
     SetOnLeave modified(*this, parts().modified);
-    issueNotification(NotifyMsg(text, nullptr), type);
+    issueNotification(NotifyMsg(deleted), type);
 }
 
 unsigned vekdb::delete_tagged_records() {

@@ -1,6 +1,4 @@
-#include <charconv>
-
-#include "host/grow_string.h"
+#include "host/row_numbers.h"
 #include "host/text_util.h"
 #include "views/view_parts_impl.h"
 
@@ -14,12 +12,28 @@ public:
     bool isViewHandler() const override { return true; }
 };
 
-void appendRow(GrowString& text, int row) {
-    char digits[16];
-    char* end = std::to_chars(digits, digits + sizeof digits - 1, row).ptr;
-    *end++ = ' ';
-    text.append(std::string_view(digits, static_cast<std::size_t>(end - digits)));
-}
+// The rows that a notice tells of: its numbers, or the numbers that its text is read as.
+class ToldRows {
+public:
+    explicit ToldRows(const NotifyMsg& message) : rows_(message.rows()) {
+        if (rows_ == nullptr) {
+            read(message);
+        }
+    }
+    std::size_t size() const { return rows_->size(); }
+    int operator[](std::size_t i) const { return (*rows_)[i]; }
+
+private:
+    void read(const NotifyMsg& message) {
+        for (NotifyMsgTokenIterator token(message); token; ++token) {
+            read_.append(parseInt(token.token()));
+        }
+        rows_ = &read_;
+    }
+
+    const RowNumbers* rows_;
+    RowNumbers read_;
+};
 
 }  // namespace
 
@@ -39,23 +53,24 @@ Quor::Ptr<Quor::Guard> VDBViewRep::listenTo(Notifier& notifier) {
     return notifier.registerNotification(callback, recordsDeletedType());
 }
 
-void VDBViewRep::tell(const char* text, int type) {
+void VDBViewRep::tell(const NotifyMsg& message, int type) {
     if (!hasListeners(type)) {
         return;
     }
     const Pin pin(*this);
-    issueNotification(NotifyMsg(LightweightString<char>(text), nullptr), type);
+    issueNotification(message, type);
 }
 
 void VDBViewRep::tellRemoved(int at, int n) {
     if (!hasListeners(recordsDeletedType())) {
         return;
     }
-    GrowString rows;
+    RowNumbers rows;
+    rows.reserve(static_cast<std::size_t>(n));
     for (int row = at; row < at + n; ++row) {
-        appendRow(rows, row);
+        rows.append(row);
     }
-    tell(rows, recordsDeletedType());
+    tell(NotifyMsg(rows), recordsDeletedType());
 }
 
 // Each number of the notice is taken as the row has it after the deletions before it, and rows
@@ -63,22 +78,20 @@ void VDBViewRep::tellRemoved(int at, int n) {
 // its rows is kept over a call.
 int VDBViewRep::recordsDeletedNotify(const NotifyMsg& msg) {
     const Pin pin(*this);
-    GrowString report;
-    unsigned deleted = 0;
-    int removed = 0;
-    for (NotifyMsgTokenIterator token(msg); token; ++token) {
-        const unsigned target = static_cast<unsigned>(parseInt(token.token())) - deleted;
-        removed += dropSourceRow(target, deleted, report, pin);
+    const ToldRows told(msg);
+    RowNumbers report;
+    for (std::size_t i = 0; i < told.size(); ++i) {
+        const auto earlier = static_cast<unsigned>(i);
+        dropSourceRow(static_cast<unsigned>(told[i]) - earlier, earlier, report, pin);
         if (pin.gone()) {
             return 0;
         }
-        ++deleted;
     }
-    if (removed > 0) {
-        tell(report, recordsDeletedType());
+    if (report.size() > 0) {
+        tell(NotifyMsg(report), recordsDeletedType());
     }
-    if (removed > 0 && !pin.gone()) {
-        tell(nullptr, recordsChangedType());
+    if (report.size() > 0 && !pin.gone()) {
+        tell(NotifyMsg(), recordsChangedType());
     }
     return 0;
 }
@@ -86,18 +99,15 @@ int VDBViewRep::recordsDeletedNotify(const NotifyMsg& msg) {
 // Lowers the source rows above the target and takes out each row that shows it. The report
 // counts one less than the row's place among the rows before this notice: listeners have been
 // given these numbers from the beginning.
-int VDBViewRep::dropSourceRow(unsigned target, unsigned earlier, GrowString& report,
-                              const Pin& pin) {
-    int removed = 0;
+void VDBViewRep::dropSourceRow(unsigned target, unsigned earlier, RowNumbers& report,
+                               const Pin& pin) {
     int row = index().lowerAbove(target, 0);
     while (row < rowCount()) {
         remove(row, 1);
         if (pin.gone()) {
-            return removed;
+            return;
         }
-        appendRow(report, static_cast<int>(earlier) + row - 1);
-        ++removed;
+        report.append(static_cast<int>(earlier) + row - 1);
         row = index().lowerAbove(target, row);
     }
-    return removed;
 }

@@ -282,9 +282,9 @@ private:
     int showOneByOne(const unsigned* sourceRows, int n, int at);
 
     int eachRun(RowTest test, void (VDBViewRep::*edit)(int at, int n));
-    int dropSourceRow(unsigned target, unsigned earlier, GrowString& report, const Pin& pin);
+    void dropSourceRow(unsigned target, unsigned earlier, RowNumbers& report, const Pin& pin);
     void tellRemoved(int at, int n);
-    void tell(const char* text, int type);
+    void tell(const NotifyMsg& message, int type);
 
     bool beginSave(TextFile& file, const LightweightString<wchar_t>& name) const;
     int writeRows(TextFile& file) const;
