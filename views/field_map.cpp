@@ -166,7 +166,7 @@ unsigned FieldMap::numVisible() const {
 }
 
 int FieldMap::getVisibleFieldIndex(int n) const {
-    for (unsigned i = 0; source_ && i < size(); ++i) {
+    for (unsigned i = 0; source_ && n >= 0 && i < size(); ++i) {
         if (visible_[i] && n-- == 0) {
             return static_cast<int>(columnOf(i));
         }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <string>
 #include <vector>
 
@@ -225,6 +226,7 @@ TEST(FieldMap, VisibleEntriesAreCountedForTheSourceColumn) {
     EXPECT_EQ(map.getVisibleFieldIndex(1), 1);
     EXPECT_EQ(map.getVisibleFieldIndex(2), -1);
     EXPECT_EQ(map.getVisibleFieldIndex(-1), -1);
+    EXPECT_EQ(map.getVisibleFieldIndex(INT_MIN), -1);
 }
 
 TEST(FieldMap, AHiddenFirstColumnMakesTheSecondTheFirstVisible) {
