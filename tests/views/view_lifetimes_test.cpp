@@ -52,6 +52,11 @@ std::ostream& operator<<(std::ostream& out, const Named& named) {
 
 const Named kOperations[] = {
     {"TableDeletion", [](vekdb& table, VDBViewRep&) { table.delete_records(1, 4); }},
+    {"TableTaggedDeletion",
+     [](vekdb& table, VDBViewRep&) {
+         tagRows(table, {0, 2, 3, 5, 7});
+         table.delete_tagged_records();
+     }},
     {"DeleteRecords", [](vekdb&, VDBViewRep& view) { view.deleteRecords(1, 4); }},
     {"DeleteTagged",
      [](vekdb&, VDBViewRep& view) {
@@ -371,6 +376,58 @@ TEST_P(DyingViews, TheViewIsUnboundInsideItsOwnNotice) {
     WhenTold deleted(*view, "recordsDeleted", [&](const NotifyMsg&) { view->vdb(nullptr); });
     GetParam().run(*table, *view);
     EXPECT_LE(view->get_num_records(), 10u);
+}
+
+TEST_P(DyingViews, TheTableGoesInsideItsOwnNotice) {
+    VDBView base = counted();
+    VDBView view = countedOn(base);
+    VDBView sibling = counted();
+    WhenTold death(*table, "recordsDeleted", [&](const NotifyMsg&) { table.reset(); });
+    VDBView last = counted();
+    const testing_support::CaptureDiagnostics quiet;
+    GetParam().run(*table, *view);
+    for (const VDBView& each : {base, view, sibling, last}) {
+        EXPECT_LE(each->get_num_records(), 10u);
+    }
+}
+
+TEST_P(DyingViews, TheTableGoesInsideANoticeOfTheView) {
+    VDBView base = counted();
+    VDBView view = countedOn(base);
+    WhenTold death(*view, "recordsDeleted", [&](const NotifyMsg&) { table.reset(); });
+    const testing_support::CaptureDiagnostics quiet;
+    GetParam().run(*table, *view);
+    EXPECT_LE(view->get_num_records(), 10u);
+}
+
+TEST_P(DyingViews, TheTableAndAllItsViewsGoInsideANotice) {
+    VDBView base = counted();
+    VDBView view = countedOn(base);
+    VDBViewRep* rep = view.get();
+    WhenTold death(*base, "recordsDeleted", [&](const NotifyMsg&) {
+        table.reset();
+        view = nullptr;
+        base = nullptr;
+    });
+    GetParam().run(*table, *rep);
+    view = nullptr;
+    base = nullptr;
+}
+
+TEST_P(DyingViews, HandlesAreCopiedAndDroppedInsideANotice) {
+    VDBView base = counted();
+    VDBView view = countedOn(base);
+    std::vector<VDBView> kept;
+    WhenTold copies(*base, "recordsDeleted", [&](const NotifyMsg&) {
+        kept.push_back(base);
+        kept.push_back(view.copy());
+        kept.push_back(VDBView(base->newTagSubview()));
+        if (kept.size() > 9) {
+            kept.clear();
+        }
+    });
+    GetParam().run(*table, *view);
+    EXPECT_GE(base->handleCount(), 1u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, DyingViews, testing::ValuesIn(kOperations),
