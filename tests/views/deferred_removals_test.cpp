@@ -1,8 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
 #include <vector>
 
+#include "testing/deferral.h"
 #include "testing/random.h"
+#include "testing/views.h"
 #include "views/ranked_set_impl.h"
 #include "views/view_index_impl.h"
 
@@ -34,34 +40,15 @@ TEST(RankedSet, CountsAndFindsAsAPlainListDoes) {
     }
 }
 
-// Lets every index take one way or the other while it is in scope.
-class DeferralFrom {
-public:
-    DeferralFrom(int leastRows, unsigned passes) {
-        ViewIndex::Deferral::leastRows = leastRows;
-        ViewIndex::Deferral::passes = passes;
-    }
-    ~DeferralFrom() {
-        ViewIndex::Deferral::leastRows = leastRows_;
-        ViewIndex::Deferral::passes = passes_;
-    }
-
-private:
-    int leastRows_ = ViewIndex::Deferral::leastRows;
-    unsigned passes_ = ViewIndex::Deferral::passes;
-};
-
-constexpr int never = 1 << 30;
-
 // Two indexes that are given the same operations, of which one defers at once.
 struct BothWays {
     template <class Operation>
     void each(Operation operation) {
         {
-            DeferralFrom plainOnly(never, 0);
+            const DeferralFrom plainOnly(DeferralFrom::never, 0);
             operation(plain);
         }
-        DeferralFrom atOnce(1, 0);
+        const DeferralFrom atOnce(1, 0);
         operation(deferring);
     }
     // Reading settles after a while, so only some steps are compared in full.
@@ -193,6 +180,117 @@ TEST(DeferredRemovals, AreNotTriedOnRowsFarApart) {
     both.each([&](ViewIndex& index) { dropAll(index, 1, -1, places); });
     both.expectSame(0);
     EXPECT_EQ((std::vector<int>{0, 0}), places);
+}
+
+// A table, views over it and stacked, and listeners that change them in the middle of a notice.
+// Everything it does is drawn from the seed, so that two worlds of a seed do the same.
+class MeddledStack {
+public:
+    explicit MeddledStack(std::uint64_t seed)
+        : random_(seed), table_(numberedTable(random_.between(1, 40))) {
+        addView(nullptr);
+        addView(views_[0].get());
+        addView(nullptr);
+        addView(views_[1].get());
+        for (int i = 0; i < random_.between(1, 3); ++i) {
+            ears_.push_back(std::make_unique<Ear>(
+                *random_.pick(views_), "recordsDeleted", [this](const NotifyMsg& m) { hear(m); }));
+        }
+        ears_.push_back(std::make_unique<Ear>(
+            *table_, "recordsDeleted", [this](const NotifyMsg& m) { hear(m); }));
+    }
+
+    std::string run() {
+        for (int step = 0; step < 12; ++step) {
+            try {
+                depth_ = 0;
+                change();
+            } catch (const std::runtime_error&) {
+                log_ += "!";
+            }
+            if (random_.oneIn(4)) readAll();
+        }
+        readAll();
+        return log_;
+    }
+
+private:
+    using Ear = WhenTold<std::function<void(const NotifyMsg&)>>;
+
+    void addView(VDBViewRep* base) {
+        VDBView view(table_.get());
+        view->baseView(base);
+        const int rows = static_cast<int>(view->source()->get_num_records());
+        const bool all = random_.oneIn(2);
+        for (int i = 0; i < rows; ++i) {
+            view->append(all ? i : random_.between(0, rows + 1));
+            view->set_tag(static_cast<unsigned>(i), random_.between(0, 1));
+        }
+        views_.push_back(view);
+    }
+
+    void hear(const NotifyMsg& message) {
+        log_.append("<").append(message.text().c_str()).append(">");
+        ++depth_;
+        if (random_.oneIn(8)) readAll();
+        if (random_.oneIn(12)) throw std::runtime_error("a listener's own");
+        if (depth_ < 4 && random_.oneIn(3)) change();
+        --depth_;
+    }
+
+    void change() {
+        VDBViewRep& view = *random_.pick(views_);
+        const int rows = static_cast<int>(view.get_num_records());
+        const int at = random_.between(-1, rows);
+        const int n = random_.between(0, 4);
+        switch (random_.below(12)) {
+            case 0: return view.deleteRecords(at, n);
+            case 1: return view.remove(at, n);
+            case 2: return view.removeRecordsFromBaseView(at, n);
+            case 3: log_ += std::to_string(view.deleteTagged()); return;
+            case 4: log_ += std::to_string(view.removeTagged()); return;
+            case 5: return view.set_tag(static_cast<unsigned>(at), n);
+            case 6: return view.invert_tag(static_cast<unsigned>(at));
+            case 7: log_ += std::to_string(view.sourceRow(at)); return;
+            case 8: log_ += std::to_string(view.displayRecordsAt(at, n, at)); return;
+            case 9: if (random_.oneIn(3)) view.displayAllRecords(); return;
+            default: return table_->delete_records(static_cast<unsigned>(at), n);
+        }
+    }
+
+    void readAll() {
+        for (const VDBView& view : views_) {
+            log_.append("[").append(rowsOf(*view)).append("|").append(tagsOf(*view)).append("|");
+            for (unsigned i = 0; i < view->indexCapacity(); ++i) {
+                log_ += std::to_string(view->slotTag(i));
+            }
+            log_ += "]";
+        }
+    }
+
+    testing_support::Random random_;
+    std::unique_ptr<vekdb> table_;
+    std::vector<VDBView> views_;
+    std::vector<std::unique_ptr<Ear>> ears_;
+    std::string log_;
+    int depth_ = 0;
+};
+
+TEST(DeferredRemovals, CannotBeToldByListenersThatMeddle) {
+    Random random;
+    for (int round = 0; round < 300; ++round) {
+        const std::uint64_t seed = random.seed() + static_cast<std::uint64_t>(round);
+        std::string plain, deferred;
+        {
+            const DeferralFrom plainOnly(DeferralFrom::never, 0);
+            plain = MeddledStack(seed).run();
+        }
+        {
+            const DeferralFrom atOnce(1, 0);
+            deferred = MeddledStack(seed).run();
+        }
+        ASSERT_EQ(plain, deferred) << "round " << round;
+    }
 }
 
 }  // namespace
