@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "host/diagnostics.h"
+#include "testing/deferral.h"
 #include "testing/failing_allocator.h"
 #include "testing/temp_dir.h"
 #include "testing/views.h"
@@ -38,25 +39,7 @@ CookieVec someCookies() {
     return list;
 }
 
-}  // namespace
-
-TEST(ViewMemory, BuildingAViewLosesNothing) {
-    const auto table = numberedTable(30);
-    table->add_param("Project", "Night");
-    table->set_filename(L"log.vdb");
-    VDBView warm = viewOfAll(*table);
-    const auto build = [&] {
-        VDBView view(table.get());
-        view->baseView(warm.get());
-        view->displayAllRecords();
-        view->fieldSpec("Name,None");
-        view->add_param("Own", "value");
-    };
-    const Quiet quiet;
-    EXPECT_GT(failEachAllocation(build, [&] { EXPECT_EQ(1u, warm->handleCount()); }), 10u);
-}
-
-TEST(ViewMemory, EveryEditLeavesAViewThatWorks) {
+void failEveryEdit() {
     const auto table = numberedTable(60);
     VDBView base = viewOfAll(*table);
     VDBView view = stackedOnAll(base);
@@ -84,6 +67,48 @@ TEST(ViewMemory, EveryEditLeavesAViewThatWorks) {
         EXPECT_EQ(2u, base->handleCount());
     };
     EXPECT_GT(failEachAllocation(edit, check), 20u);
+    check();
+}
+
+}  // namespace
+
+TEST(ViewMemory, BuildingAViewLosesNothing) {
+    const auto table = numberedTable(30);
+    table->add_param("Project", "Night");
+    table->set_filename(L"log.vdb");
+    VDBView warm = viewOfAll(*table);
+    const auto build = [&] {
+        VDBView view(table.get());
+        view->baseView(warm.get());
+        view->displayAllRecords();
+        view->fieldSpec("Name,None");
+        view->add_param("Own", "value");
+    };
+    const Quiet quiet;
+    EXPECT_GT(failEachAllocation(build, [&] { EXPECT_EQ(1u, warm->handleCount()); }), 10u);
+}
+
+TEST(ViewMemory, EveryEditLeavesAViewThatWorks) {
+    failEveryEdit();
+}
+
+TEST(ViewMemory, EveryEditThatDefersRemovalsLeavesAViewThatWorks) {
+    const DeferralFrom atOnce(1, 0);
+    failEveryEdit();
+}
+
+TEST(ViewMemory, RowsGoWhereThereIsNoMemoryToDeferTheirRemoval) {
+    const auto table = numberedTable(60);
+    VDBView view = viewOf(*table, {2, 1, 0});
+    view->displayRecordsAt(3, 50, 3);
+    const std::string rows = rowsOf(*view);
+    const DeferralFrom atOnce(1, 0);
+    const auto check = [&] { EXPECT_EQ(rows, rowsOf(*view)); };
+    const auto takeOutAndShowAgain = [&] {
+        view->remove(1, 1);
+        view->displayRecordsAt(1, 1, 1);
+    };
+    EXPECT_GT(failEachAllocation(takeOutAndShowAgain, check), 4u);
     check();
 }
 
