@@ -196,8 +196,11 @@ void runScripts(const Weights& weights, int steps, double seconds) {
         Random random(seed);
         const Script script = randomScript(random, weights, startingRows(random), steps);
         const std::string name = "seed " + std::to_string(seed);
-        seed % 2 == 0 ? expectNoDifferenceDeferring(script, name)
-                      : expectNoDifference(script, name);
+        if (seed % 2 == 0) {
+            expectNoDifferenceDeferring(script, name);
+        } else {
+            expectNoDifference(script, name);
+        }
     }
 }
 
