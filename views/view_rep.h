@@ -45,7 +45,7 @@ public:
     /// A view without rows and with all columns of the table. Null gives a view without source.
     explicit VDBViewRep(vekdb* table);
     VDBViewRep(vekdb* table, std::nullptr_t);
-    /// With the columns of the spec: names between commas or tabs. Null is all columns. Unknown
+    /// With the columns of `spec`: names between commas or tabs. Null is all columns. Unknown
     /// names are left out with a warning.
     VDBViewRep(vekdb* table, const char* spec);
     /// With the columns of a null-terminated array of names. Null is all columns.
