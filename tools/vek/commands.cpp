@@ -2,11 +2,39 @@
 
 namespace vek {
 
+namespace {
+
+// Only the one that is asked for is put together, as a rule.
+struct CommandEntry {
+    const char* name;
+    Command (*make)();
+};
+
+constexpr CommandEntry commands[] = {
+    {"show", showCommand},
+    {"info", infoCommand},
+    {"check", checkCommand},
+    {"convert", convertCommand},
+    {"tag", tagCommand},
+    {"untag", untagCommand},
+    {"set", setCommand},
+    {"delete", deleteCommand},
+    {"column", columnCommand},
+    {"param", paramCommand},
+    {"merge", mergeCommand},
+    {"diff", diffCommand},
+    {"stats", statsCommand},
+    {"container", containerCommand},
+    {"completions", completionsCommand},
+    {"man", manCommand},
+};
+
+}  // namespace
+
 std::vector<Command> allCommands() {
-    return {showCommand(),   infoCommand(),      checkCommand(),       convertCommand(),
-            tagCommand(),    untagCommand(),     setCommand(),         deleteCommand(),
-            columnCommand(), paramCommand(),     mergeCommand(),       diffCommand(),
-            statsCommand(),  containerCommand(), completionsCommand(), manCommand()};
+    std::vector<Command> all;
+    for (const CommandEntry& entry : commands) all.push_back(entry.make());
+    return all;
 }
 
 std::string programHelp() {
@@ -29,9 +57,9 @@ std::string programHelp() {
 
 Command commandNamed(const std::string& name) {
     std::vector<std::string> names;
-    for (Command& command : allCommands()) {
-        if (name == command.name) return command;
-        names.push_back(command.name);
+    for (const CommandEntry& entry : commands) {
+        if (name == entry.name) return entry.make();
+        names.push_back(entry.name);
     }
     throw Failure{wrongUsage, "there is no command " + inQuotes(name) + suggestion(name, names) +
                                   " (vek --help lists them)"};

@@ -10,9 +10,9 @@ namespace {
 VDBView others(const Log& log, const VDBView& chosen) {
     std::vector<char> goes(log.rowCount());
     for (unsigned i = 0; i < chosen->get_num_records(); ++i) goes[chosen->baseIndex(i)] = 1;
-    std::vector<TaggedRow> rows;
+    std::vector<unsigned> rows;
     for (unsigned row = 0; row < goes.size(); ++row) {
-        if (!goes[row]) rows.push_back({row, false});
+        if (!goes[row]) rows.push_back(row);
     }
     return viewOf(log, rows);
 }

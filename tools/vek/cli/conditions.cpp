@@ -16,23 +16,8 @@ namespace vek {
 namespace {
 
 template <class Holds>
-std::vector<char> rowsWhere(const Log& log, unsigned column, Holds holds) {
-    std::vector<char> marks(log.rowCount());
-    for (unsigned row = 0; row < marks.size(); ++row) marks[row] = holds(log.cell(row, column));
-    return marks;
-}
-
-std::vector<char> rowsThatContain(const Log& log, const Condition& condition) {
-    using namespace TextSearch;
-    // The query has one entry a column; the empty ones match everything.
-    std::vector<Criteria> query(log.columnCount());
-    query[condition.column] = Criteria(Criterion(cellText(condition.text), eMatchContains));
-    log.table->setQuery(query);
-    std::vector<char> marks(log.rowCount());
-    for (unsigned row = 0; row < marks.size(); ++row) {
-        marks[row] = log.table->match_record(static_cast<int>(row)) == 1;
-    }
-    return marks;
+RowTest testOfCell(const Log& log, unsigned column, Holds holds) {
+    return [&log, column, holds](unsigned row) { return holds(log.cell(row, column)); };
 }
 
 // An extended regular expression of the system, which needs no more memory than its text.
@@ -147,26 +132,37 @@ int comparePeople(std::string_view a, std::string_view b) {
     return order < 0 ? -1 : order > 0 ? 1 : 0;
 }
 
-std::vector<char> rowsThatHold(const Log& log, const Condition& condition) {
-    std::string_view text = condition.text;
+RowTest testOf(const Log& log, const Condition& condition) {
+    const std::string& text = condition.text;
     switch (condition.op) {
-        case Operator::contains:
-            return rowsThatContain(log, condition);
         case Operator::empty:
-            return rowsWhere(log, condition.column, [](auto cell) { return cell.empty(); });
+            return testOfCell(log, condition.column, [](auto cell) { return cell.empty(); });
         case Operator::equal:
-            return rowsWhere(log, condition.column, [&](auto cell) { return cell == text; });
+            return testOfCell(log, condition.column, [text](auto cell) { return cell == text; });
         case Operator::notEqual:
-            return rowsWhere(log, condition.column, [&](auto cell) { return cell != text; });
+            return testOfCell(log, condition.column, [text](auto cell) { return cell != text; });
         case Operator::matches: {
-            Regex regex(condition.text);
-            return rowsWhere(log, condition.column, [&](auto cell) { return regex.matches(cell); });
+            auto regex = std::make_shared<Regex>(text);
+            return testOfCell(log, condition.column,
+                              [regex](auto cell) { return regex->matches(cell); });
         }
         default:
-            return rowsWhere(log, condition.column, [&](auto cell) {
-                return !cell.empty() && holds(condition.op, comparePeople(cell, text));
+            return testOfCell(log, condition.column, [text, op = condition.op](auto cell) {
+                return !cell.empty() && holds(op, comparePeople(cell, text));
             });
     }
+}
+
+RowTest containsTest(const Log& log, const std::vector<Condition>& conditions) {
+    using namespace TextSearch;
+    // The query has one entry a column; the empty ones match everything.
+    std::vector<Criteria> query(log.columnCount());
+    for (const Condition& condition : conditions) {
+        query[condition.column] = Criteria(Criterion(cellText(condition.text), eMatchContains));
+    }
+    log.table->setQuery(query);
+    log.table->tag_matching_records(0);
+    return [&log](unsigned row) { return log.table->get_record(row)->get_tag() != 0; };
 }
 
 std::vector<RangeColumns> rangeColumns(const Log& log) {
@@ -178,7 +174,7 @@ std::vector<RangeColumns> rangeColumns(const Log& log) {
     return pairs;
 }
 
-std::vector<char> rowsAtTimecode(const Log& log, const std::string& timecode) {
+RowTest timecodeTest(const Log& log, const std::string& timecode) {
     std::optional<Timecode> wanted = parseTimecode(timecode);
     if (!wanted) {
         throw Failure{wrongUsage,
@@ -188,13 +184,11 @@ std::vector<char> rowsAtTimecode(const Log& log, const std::string& timecode) {
     if (pairs.empty()) {
         throw Failure{wrongUsage, log.name + ": no pair of start and end columns for --at"};
     }
-    std::vector<char> marks(log.rowCount());
-    for (unsigned row = 0; row < marks.size(); ++row) {
-        marks[row] = std::any_of(pairs.begin(), pairs.end(), [&](const RangeColumns& pair) {
-            return rangeHolds(log.cell(row, pair.start), log.cell(row, pair.end), wanted->order());
+    return [&log, pairs, order = wanted->order()](unsigned row) {
+        return std::any_of(pairs.begin(), pairs.end(), [&](const RangeColumns& pair) {
+            return rangeHolds(log.cell(row, pair.start), log.cell(row, pair.end), order);
         });
-    }
-    return marks;
+    };
 }
 
 }  // namespace vek

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -7,13 +8,20 @@
 
 namespace vek {
 
-/// For each row of the table whether the condition holds. "Contains" is the table's own query,
-/// so timecodes match by their digits and the start/end columns as ranges.
-std::vector<char> rowsThatHold(const Log& log, const Condition& condition);
+/// Whether something holds for a row of the table. The log must outlive the test.
+using RowTest = std::function<bool(unsigned row)>;
 
-/// For each row whether a pair of its columns, whatever it is called, holds the timecode; both
-/// ends belong to a range. A Failure when the text is no timecode or no such columns exist.
-std::vector<char> rowsAtTimecode(const Log& log, const std::string& timecode);
+/// Whether the row's value in one column is as the condition says, any but "contains".
+RowTest testOf(const Log& log, const Condition& condition);
+
+/// Whether the row holds all these "contains" conditions, of which no two are about the same
+/// column. They are the table's own query, so timecodes match by their digits and the start/end
+/// columns as ranges. The table's tags keep the answers, so the next such test ends this one.
+RowTest containsTest(const Log& log, const std::vector<Condition>& conditions);
+
+/// Whether a pair of the row's columns, whatever it is called, holds the timecode; both ends
+/// belong to a range. A Failure when the text is no timecode or no such columns exist.
+RowTest timecodeTest(const Log& log, const std::string& timecode);
 
 /// Two columns that begin and end something: "Start time" and "End time", "Mark IN" and
 /// "Mark OUT", "KN Start" and "KN End".

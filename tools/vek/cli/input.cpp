@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 
 #include "tools/vek/cli/exit.h"
@@ -17,6 +18,7 @@ namespace vek {
 namespace {
 
 constexpr std::size_t firstChunk = 1 << 16;
+constexpr std::size_t countedAtOnce = 1 << 17;
 
 [[noreturn]] void refuse(const std::string& name, int error) {
     std::string advice;
@@ -31,10 +33,12 @@ int openInput(const std::string& path) {
     return ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
 }
 
-ssize_t readSome(int descriptor, char* to, std::size_t room) {
+// Asks again for as long as signals come in between.
+template <class Read>
+ssize_t uninterrupted(Read read) {
     ssize_t got;
     do {
-        got = ::read(descriptor, to, room);
+        got = read();
     } while (got < 0 && errno == EINTR);
     return got;
 }
@@ -55,7 +59,7 @@ Input::Input(const std::string& path)
     descriptor_ = openInput(path);
     if (descriptor_ < 0) refuse(name_, errno);
     try {
-        readAll();
+        open();
     } catch (...) {
         ::close(descriptor_);
         throw;
@@ -66,23 +70,34 @@ Input::~Input() {
     ::close(descriptor_);
 }
 
-void Input::readAll() {
+void Input::open() {
     struct stat status = {};
     if (::fstat(descriptor_, &status) != 0) refuse(name_, errno);
     if (S_ISDIR(status.st_mode)) refuse(name_, EISDIR);
     isRegular_ = S_ISREG(status.st_mode) && !isStandardInput_;
-    std::size_t expected = isRegular_ ? static_cast<std::size_t>(status.st_size) : firstChunk;
-    std::size_t size = 0;
-    Progress progress("reading " + name_, isRegular_ ? expected : 0);
-    for (;;) {
+    if (isRegular_) size_ = static_cast<std::size_t>(status.st_size);
+    readUpTo(isRegular_ ? headSize : SIZE_MAX);
+}
+
+void Input::readUpTo(std::size_t most) {
+    std::size_t expected = std::max(size_, firstChunk);
+    std::size_t size = text_.size();
+    Progress progress("reading " + name_, size_);
+    while (!isWhole_ && size < most) {
         progress.reach(size);
-        if (size == text_.size()) text_.resize(std::max(expected + 1, 2 * size));
-        ssize_t got = readSome(descriptor_, text_.data() + size, text_.size() - size);
+        if (size == text_.size()) text_.resize(std::min(most, std::max(expected + 1, 2 * size)));
+        ssize_t got = uninterrupted(
+            [&] { return ::read(descriptor_, text_.data() + size, text_.size() - size); });
         if (got < 0) refuse(name_, errno);
-        if (got == 0) break;
+        isWhole_ = got == 0;
         size += static_cast<std::size_t>(got);
     }
     text_.resize(size);
+}
+
+std::string_view Input::text() {
+    readUpTo(SIZE_MAX);
+    return text_;
 }
 
 // A pipe can be read but once, so its bytes are kept where they can be read again.
@@ -98,6 +113,24 @@ void Input::spool() {
 std::string Input::loaderPath() {
     if (!isRegular_) spool();
     return "/proc/self/fd/" + std::to_string(descriptor_);
+}
+
+std::size_t Input::countLines() const {
+    std::string piece(countedAtOnce, '\0');
+    std::size_t lines = 0;
+    char last = '\n';
+    Progress progress("reading " + name_, size_);
+    for (std::size_t at = 0;;) {
+        progress.reach(at);
+        ssize_t got = uninterrupted([&] {
+            return ::pread(descriptor_, piece.data(), piece.size(), static_cast<off_t>(at));
+        });
+        if (got < 0) refuse(name_, errno);
+        if (got == 0) return lines + (last == '\n' ? 0 : 1);
+        lines += static_cast<std::size_t>(std::count(piece.begin(), piece.begin() + got, '\n'));
+        last = piece[static_cast<std::size_t>(got) - 1];
+        at += static_cast<std::size_t>(got);
+    }
 }
 
 }  // namespace vek

@@ -1,14 +1,16 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
 namespace vek {
 
-/// The bytes of one input, read once and whole, from a path or, for "-", from standard input.
+/// The bytes of one input, from a path or, for "-", from standard input. What can be read again
+/// is read only as far as somebody asks, a pipe at once. Reading that does not work is a Failure
+/// with `unreadable` that says why, from whichever operation it was.
 class Input {
 public:
-    /// Reads to the end; a Failure with `unreadable` that says why when that does not work.
     explicit Input(const std::string& path);
     ~Input();
     Input(const Input&) = delete;
@@ -16,21 +18,33 @@ public:
 
     /// For messages: the path, or "standard input".
     const std::string& name() const { return name_; }
-    std::string_view text() const { return text_; }
     bool isStandardInput() const { return isStandardInput_; }
+
+    /// The first 4 KB, enough to tell a format; ends with the first call of `text`.
+    std::string_view head() const { return std::string_view(text_).substr(0, headSize); }
+    /// All of it, kept in memory from then on.
+    std::string_view text();
 
     /// A path under which the library's own loader finds the same bytes, whatever the file is
     /// called and also for standard input. Ends with the Input.
     std::string loaderPath();
+    /// How many lines there are, a last one without a line feed included. Asked for behind
+    /// `loaderPath`; keeps nothing, and may go on in a thread of its own.
+    std::size_t countLines() const;
 
 private:
-    void readAll();
+    static constexpr std::size_t headSize = 4096;
+
+    void open();
+    void readUpTo(std::size_t most);
     void spool();
 
     std::string name_;
-    std::string text_;
+    std::string text_;  ///< as much of it as was read
+    bool isWhole_ = false;
     bool isStandardInput_;
-    bool isRegular_ = false;
+    bool isRegular_ = false;  ///< it can be read again, from any place on
+    std::size_t size_ = 0;  ///< as far as known beforehand
     int descriptor_ = -1;
 };
 

@@ -30,8 +30,8 @@ constexpr FormatEntry formats[] = {
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
-std::string_view firstFilledLine(std::string_view text) {
-    LineWalk walk(text.substr(0, 4096));
+std::string_view firstFilledLine(std::string_view head) {
+    LineWalk walk(head);
     std::string_view line;
     while (walk.next(line)) {
         if (!trimmed(line).empty()) return trimmed(line);
@@ -40,8 +40,8 @@ std::string_view firstFilledLine(std::string_view text) {
 }
 
 // The content decides where it is plain; then the name's ending does.
-Format recognised(const std::string& path, std::string_view text) {
-    std::string_view line = firstFilledLine(text);
+Format recognised(const std::string& path, std::string_view head) {
+    std::string_view line = firstFilledLine(head);
     std::string_view start = line.starts_with('"') ? line.substr(1) : line;
     if (sameText(start.substr(0, 6), "VEKDB:")) return Format::table;
     if (sameText(line, "Heading")) return Format::ale;
@@ -66,7 +66,7 @@ Format formatNamed(const std::string& name) {
     throw Failure{wrongUsage, "there is no format " + inQuotes(name)};
 }
 
-void refuseBinary(const Input& input) {
+void refuseBinary(Input& input) {
     std::string_view text = input.text();
     if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) {
         throw Failure{unreadable, input.name() +
@@ -168,10 +168,10 @@ Log openLog(Input& input, const std::string& path, const std::string& from) {
     Log log;
     log.path = path;
     log.name = input.name();
-    if (input.text().empty()) {
+    if (input.head().empty()) {
         throw Failure{unreadable, log.name + ": is empty, expected a log"};
     }
-    log.format = from.empty() ? recognised(path, input.text()) : formatNamed(from);
+    log.format = from.empty() ? recognised(path, input.head()) : formatNamed(from);
     readAs(log.format, input, log);
     return log;
 }

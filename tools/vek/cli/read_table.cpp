@@ -3,7 +3,12 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <future>
+#include <numeric>
 
 #include "host/text_file.h"
 #include "host/text_util.h"
@@ -25,28 +30,35 @@ LightweightString<wchar_t> wide(const std::string& path) {
 class TableReader {
 public:
     TableReader(Input& input, Log& log)
-        : path_(input.loaderPath()), text_(input.text()), log_(log) {}
+        : input_(input), path_(input.loaderPath()), log_(log) {}
 
     void read() {
+        std::future<std::size_t> lines = std::async([this] { return input_.countLines(); });
         log_.table = std::make_unique<vekdb>(wide(path_), allRows, true);
-        headerLines_ = findHeader();
         if (!log_.table->get_valid()) refuse();
-        // The library stops at a line of the wrong length, and skips lines behind a row that
-        // looks like a header.
-        if (log_.rowCount() == countRowLines())
+        headerLines_ = headerLines();
+        // A file with a line for every row and no other was read whole. The library stops at a
+        // line of the wrong length, and skips lines behind a row that looks like a header.
+        if (lines.get() == headerLines_ + log_.rowCount())
             numberRows();
         else
-            readLineByLine();
-        reportRest(headerLines_ + log_.rowCount());
+            readRest();
         restoreExactCells(log_);
         log_.table->set_filename(wide(log_.path));
-        log_.table->clear_changed();
+        if (log_.table->get_modified()) log_.table->clear_changed();
     }
 
 private:
+    // As a rule the header stands in the first piece of the text.
+    std::size_t headerLines() {
+        std::string_view head = input_.head();
+        std::size_t lines = headerLines(head.substr(0, head.rfind('\n') + 1));
+        return lines != 0 ? lines : headerLines(input_.text());
+    }
+
     // The parameter lines, the magic line and the three lines of the column header.
-    std::size_t findHeader() const {
-        LineWalk walk(text_);
+    static std::size_t headerLines(std::string_view text) {
+        LineWalk walk(text);
         std::string_view line;
         while (walk.next(line)) {
             if (isMagic(line)) return walk.number() + 3;
@@ -59,6 +71,15 @@ private:
         if (line.starts_with('"')) line.remove_prefix(1);
         line = line.substr(0, line.find_first_of("\","));
         return sameText(trimmed(line), "VEKDB");
+    }
+
+    void readRest() {
+        text_ = input_.text();
+        if (log_.rowCount() == countRowLines())
+            numberRows();
+        else
+            readLineByLine();
+        reportRest(headerLines_ + log_.rowCount());
     }
 
     // Lines up to the end or to an empty one.
@@ -74,9 +95,9 @@ private:
     }
 
     void numberRows() {
-        for (unsigned row = 0; row < log_.rowCount(); ++row) {
-            log_.lines.push_back(static_cast<std::uint32_t>(headerLines_ + 1 + row));
-        }
+        log_.lines.resize(log_.rowCount());
+        std::iota(log_.lines.begin(), log_.lines.end(),
+                  static_cast<std::uint32_t>(headerLines_ + 1));
     }
 
     [[noreturn]] void refuse(std::size_t line, const std::string& found,
@@ -84,7 +105,9 @@ private:
         throw Failure{unreadable, worded(log_.name, {line, "", found, expected, ""})};
     }
 
-    [[noreturn]] void refuse() const {
+    [[noreturn]] void refuse() {
+        text_ = input_.text();
+        headerLines_ = headerLines(text_);
         dberror error{};
         bool isSet = log_.table->read_error_info(error);
         std::string widths = std::to_string(log_.columnCount()) + ", as on the widths line";
@@ -196,9 +219,10 @@ private:
         LightweightString<char> text;
     };
 
+    Input& input_;
     std::string path_;
-    std::string_view text_;
     Log& log_;
+    std::string_view text_;
     std::size_t headerLines_ = 0;
     std::vector<Extra> extra_;
 };
@@ -207,9 +231,12 @@ private:
 class CsvName {
 public:
     explicit CsvName(const std::string& target) {
-        std::string pattern = "/tmp/vek-XXXXXX";
-        if (::mkdtemp(pattern.data()) == nullptr) throw Failure{unreadable, "/tmp is not writable"};
-        folder_ = pattern;
+        std::string place = temporaryFolder();
+        folder_ = place + "/vek-XXXXXX";
+        if (::mkdtemp(folder_.data()) == nullptr) {
+            throw Failure{unreadable, place + ": " + std::strerror(errno) +
+                                          "; set TMPDIR to a folder that can be written to"};
+        }
         path_ = folder_ + "/input.csv";
         if (::symlink(target.c_str(), path_.c_str()) != 0) path_.clear();
     }
@@ -223,6 +250,12 @@ public:
     const std::string& path() const { return path_; }
 
 private:
+    // The standard library's answer does not tell which folder is the one that is not there.
+    static std::string temporaryFolder() {
+        const char* named = std::getenv("TMPDIR");
+        return named == nullptr || *named == '\0' ? "/tmp" : named;
+    }
+
     std::string folder_;
     std::string path_;
 };

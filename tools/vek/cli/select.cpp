@@ -20,26 +20,70 @@ std::string foldedCase(std::string_view text) {
     return out;
 }
 
-void keepOnly(Marks& marks, const Marks& wanted) {
-    for (std::size_t i = 0; i < marks.size(); ++i) marks[i] = marks[i] && wanted[i];
-}
+// Puts conditions together, of which all must hold or, with `any`, one. Each is tested only for
+// the rows that those before it leave open.
+class Choice {
+public:
+    Choice(const Log& log, bool any) : log_(log), any_(any), marks_(log.rowCount(), !any) {}
 
-void addAll(Marks& marks, const Marks& more) {
-    for (std::size_t i = 0; i < marks.size(); ++i) marks[i] = marks[i] || more[i];
-}
+    void add(const Condition& condition) {
+        if (condition.op != Operator::contains) return apply(testOf(log_, condition));
+        if (any_ || isAsked(condition.column)) ask();
+        asked_.push_back(condition);
+    }
+
+    void apply(const RowTest& holds) {
+        for (unsigned row = 0; row < marks_.size(); ++row) {
+            if (marks_[row] != any_) marks_[row] = holds(row);
+        }
+    }
+
+    Marks marks() {
+        ask();
+        return std::move(marks_);
+    }
+
+private:
+    bool isAsked(unsigned column) const {
+        return std::any_of(asked_.begin(), asked_.end(),
+                           [&](const Condition& other) { return other.column == column; });
+    }
+
+    void ask() {
+        if (!asked_.empty()) apply(containsTest(log_, asked_));
+        asked_.clear();
+    }
+
+    const Log& log_;
+    bool any_;
+    Marks marks_;
+    std::vector<Condition> asked_;  // by one query of the table, still to be put
+};
 
 Marks rowsThatHold(const Log& log, const Selection& selection) {
-    Marks marks(log.rowCount(), !selection.any);
-    auto combine = selection.any ? addAll : keepOnly;
-    for (const std::string& text : selection.where) {
-        combine(marks, rowsThatHold(log, parseCondition(log, text)));
-    }
-    if (!selection.at.empty()) combine(marks, rowsAtTimecode(log, selection.at));
-    return marks;
+    Choice choice(log, selection.any);
+    for (const std::string& text : selection.where) choice.add(parseCondition(log, text));
+    if (!selection.at.empty()) choice.apply(timecodeTest(log, selection.at));
+    return choice.marks();
 }
 
-void keepTagged(const VDBView& all, Marks& marks) {
-    for (unsigned row = 0; row < marks.size(); ++row) marks[row] = marks[row] && all->get_tag(row);
+// A row is tagged by a number in the column "Tag".
+class Tags {
+public:
+    explicit Tags(const Log& log) : log_(log), column_(log.findColumn("Tag")) {}
+
+    bool has(unsigned row) const {
+        return column_ != noColumn && parseInt(log_.cell(row, column_)) != 0;
+    }
+
+private:
+    const Log& log_;
+    unsigned column_;
+};
+
+void keepTagged(const Log& log, Marks& marks) {
+    Tags tags(log);
+    for (unsigned row = 0; row < marks.size(); ++row) marks[row] = marks[row] && tags.has(row);
 }
 
 // The first of the rows that have a value.
@@ -62,19 +106,17 @@ void keepRepeated(const Log& log, unsigned column, Marks& marks) {
     }
 }
 
-std::vector<TaggedRow> rowsOf(const VDBView& view) {
-    std::vector<TaggedRow> rows;
+std::vector<unsigned> rowsOf(const VDBView& view) {
+    std::vector<unsigned> rows;
     rows.reserve(view->get_num_records());
-    for (unsigned i = 0; i < view->get_num_records(); ++i) {
-        rows.push_back({view->baseIndex(i), view->get_tag(i) != 0});
-    }
+    for (unsigned i = 0; i < view->get_num_records(); ++i) rows.push_back(view->baseIndex(i));
     return rows;
 }
 
-std::vector<TaggedRow> marked(const VDBView& all, const Marks& marks) {
-    std::vector<TaggedRow> rows;
+std::vector<unsigned> rowsOf(const Marks& marks) {
+    std::vector<unsigned> rows;
     for (unsigned row = 0; row < marks.size(); ++row) {
-        if (marks[row]) rows.push_back({row, all->get_tag(row) != 0});
+        if (marks[row]) rows.push_back(row);
     }
     return rows;
 }
@@ -88,16 +130,16 @@ void sortBy(const Log& log, const std::string& names, VDBView& view) {
     view->set_sortfield(0);
 }
 
-void cutToPage(const Selection& selection, std::vector<TaggedRow>& rows) {
+void cutToPage(const Selection& selection, std::vector<unsigned>& rows) {
     std::size_t skipped = std::min(selection.offset, rows.size());
     rows.erase(rows.begin(), rows.begin() + static_cast<std::ptrdiff_t>(skipped));
     if (selection.limit != 0 && rows.size() > selection.limit) rows.resize(selection.limit);
 }
 
-Marks chosenRows(const Log& log, const Selection& selection, const VDBView& all) {
+Marks chosenRows(const Log& log, const Selection& selection) {
     Marks marks(log.rowCount(), 1);
     if (!selection.where.empty() || !selection.at.empty()) marks = rowsThatHold(log, selection);
-    if (selection.tagged) keepTagged(all, marks);
+    if (selection.tagged) keepTagged(log, marks);
     if (!selection.duplicates.empty()) {
         keepRepeated(log, log.requireColumn(selection.duplicates), marks);
     }
@@ -161,9 +203,7 @@ bool narrows(const Selection& selection) {
 }
 
 Selected selectRows(const Log& log, const Selection& selection) {
-    VDBView all(log.table.get());
-    all->setupViewTagsFromVekdbTagField();
-    std::vector<TaggedRow> rows = marked(all, chosenRows(log, selection, all));
+    std::vector<unsigned> rows = rowsOf(chosenRows(log, selection));
     Selected selected{{}, rows.size()};
     if (!selection.sort.empty()) {
         VDBView sorted = viewOf(log, rows);
@@ -176,11 +216,12 @@ Selected selectRows(const Log& log, const Selection& selection) {
     return selected;
 }
 
-VDBView viewOf(const Log& log, const std::vector<TaggedRow>& rows) {
+VDBView viewOf(const Log& log, const std::vector<unsigned>& rows) {
     VDBView view(log.table.get());
+    Tags tags(log);
     for (unsigned i = 0; i < rows.size(); ++i) {
-        view->append(static_cast<int>(rows[i].row));
-        view->set_tag(i, rows[i].isTagged ? 1 : 0);
+        view->append(static_cast<int>(rows[i]));
+        view->set_tag(i, tags.has(rows[i]) ? 1 : 0);
     }
     return view;
 }

@@ -45,11 +45,7 @@ struct Selected {
 Selected selectRows(const Log& log, const Selection& selection);
 
 /// A view of these table rows in this order, with their tags.
-struct TaggedRow {
-    unsigned row = 0;
-    bool isTagged = false;
-};
-VDBView viewOf(const Log& log, const std::vector<TaggedRow>& rows);
+VDBView viewOf(const Log& log, const std::vector<unsigned>& rows);
 
 /// The column positions of a list such as "Scene,Take".
 std::vector<unsigned> columnList(const Log& log, const std::string& names);

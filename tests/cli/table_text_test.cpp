@@ -1,0 +1,96 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "cli/program.h"
+
+namespace {
+
+constexpr const char* columns = "\"VEKDB\"\n\"4\",\"4\"\n\"text\",\"text\"\n\"A\",\"B\"\n";
+
+Finish runVek(const WorkFolder& folder, const std::string& line) {
+    Start start;
+    start.words = shellWords(line);
+    return run(folder, start);
+}
+
+// A header of parameters, the last but one cut at another place by the end of a first piece.
+std::string headerOf(std::size_t size) {
+    std::string text = "\"VEKDB:Rev 1\"\n\"Note:";
+    text += std::string(size - text.size() - 2, 'x') + "\"\n";
+    return text + "\"VEKDB 2:y\"\n\"VEKDB3:z\"\n" + columns;
+}
+
+}  // namespace
+
+// Rows are told by their lines, wherever in the text the header ends.
+class HeaderAroundTheFirstPiece : public testing::TestWithParam<std::size_t> {};
+
+TEST_P(HeaderAroundTheFirstPiece, IsFoundWhole) {
+    WorkFolder folder;
+    std::string text = headerOf(GetParam());
+    folder.write("whole.vek", text + "\"1\",\"2\"\n");
+    folder.write("short.vek", text + "\"1\",\"2\"\n\"3\"\n");
+    Finish whole = runVek(folder, "vek show whole.vek --format csv");
+    EXPECT_EQ(whole.exitCode, 0);
+    EXPECT_EQ(whole.output, "A,B\n1,2\n");
+    EXPECT_EQ(whole.errors, "");
+    Finish damaged = runVek(folder, "vek show short.vek --format csv");
+    EXPECT_EQ(damaged.exitCode, 1);
+    EXPECT_EQ(damaged.output, "A,B\n1,2\n3,\n");
+    EXPECT_EQ(damaged.errors,
+              "vek: short.vek:10: 1 value, expected 2; the row is kept, the missing cells are "
+              "empty\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, HeaderAroundTheFirstPiece,
+                         testing::Values(40, 4000, 4040, 4062, 4064, 4070, 4075, 4080, 4081, 4082,
+                                         4083, 4084, 4085, 4089, 4090, 4091, 4096));
+
+// The plain variant is read under another name, from a folder for temporary files.
+class TemporaryFolder : public testing::Test {
+protected:
+    TemporaryFolder() { folder_.write("log.txt", "A,B\n1,2\n"); }
+
+    Finish convertWith(const std::string& place, bool asNobody = false) {
+        Start start;
+        start.words = shellWords("vek convert log.txt - --from plain-csv --to csv");
+        start.environment = {"TMPDIR=" + place};
+        start.asNobody = asNobody;
+        return run(folder_, start);
+    }
+
+    WorkFolder folder_;
+};
+
+TEST_F(TemporaryFolder, IsTheOneOfTheEnvironment) {
+    namespace fs = std::filesystem;
+    fs::path place = folder_.path() / "other";
+    fs::create_directory(place);
+    auto longAgo = fs::last_write_time(place) - std::chrono::hours(1);
+    fs::last_write_time(place, longAgo);
+    Finish finish = convertWith(place.string());
+    EXPECT_EQ(finish.exitCode, 0) << finish.errors;
+    EXPECT_EQ(finish.output, "A,B\n1,2\n");
+    EXPECT_NE(fs::last_write_time(place), longAgo);
+    EXPECT_TRUE(fs::is_empty(place));
+}
+
+TEST_F(TemporaryFolder, ThatIsNotThereIsNamed) {
+    Finish finish = convertWith("missing/folder");
+    EXPECT_EQ(finish.exitCode, 3);
+    EXPECT_EQ(finish.errors,
+              "vek: missing/folder: No such file or directory; set TMPDIR to a folder that can be "
+              "written to\n");
+}
+
+TEST_F(TemporaryFolder, ThatTakesNoFileIsNamed) {
+    namespace fs = std::filesystem;
+    fs::create_directory(folder_.path() / "shut");
+    fs::permissions(folder_.path() / "shut", fs::perms::owner_read | fs::perms::owner_exec |
+                                                 fs::perms::others_read | fs::perms::others_exec);
+    Finish finish = convertWith("shut", true);
+    EXPECT_EQ(finish.exitCode, 3);
+    EXPECT_EQ(finish.errors,
+              "vek: shut: Permission denied; set TMPDIR to a folder that can be written to\n");
+}
