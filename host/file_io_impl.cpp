@@ -33,22 +33,6 @@ int openFile(const char* path, int flags, mode_t mode) {
     return ::open(path, flags, mode);
 }
 
-class Descriptor {
-public:
-    explicit Descriptor(int file) : file_(file) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (file_ >= 0) {
-            systemCalls().close(file_);
-        }
-    }
-    int get() const { return file_; }
-
-private:
-    int file_;
-};
-
 ssize_t readSome(int file, char* to, std::size_t size) {
     for (;;) {
         const ssize_t got = systemCalls().read(file, to, std::min(size, kMostPerCall));
@@ -56,16 +40,6 @@ ssize_t readSome(int file, char* to, std::size_t size) {
             return got;
         }
     }
-}
-
-// More than this cannot be held.
-std::uint64_t memorySize() {
-    const long pages = ::sysconf(_SC_PHYS_PAGES);
-    const long pageSize = ::sysconf(_SC_PAGESIZE);
-    if (pages <= 0 || pageSize <= 0) {
-        return SIZE_MAX / 2;
-    }
-    return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageSize);
 }
 
 // Reads a file to its end into a block that grows, to the limit, where the hint was short.
@@ -234,9 +208,22 @@ void flushFolder(const std::string& folder) {
 }  // namespace
 
 SystemCalls& systemCalls() {
-    static constinit SystemCalls calls{openFile, ::read,   ::write,    ::fsync,
-                                       ::close,  ::fchmod, std::rename};
+    static constinit SystemCalls calls{openFile, ::read,  ::aio_read, ::aio_return, ::write,
+                                       ::fsync,  ::close, ::fchmod,   std::rename};
     return calls;
+}
+
+int openToRead(const char* path) {
+    return systemCalls().open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY, 0);
+}
+
+std::uint64_t memorySize() {
+    const long pages = ::sysconf(_SC_PHYS_PAGES);
+    const long pageSize = ::sysconf(_SC_PAGESIZE);
+    if (pages <= 0 || pageSize <= 0) {
+        return SIZE_MAX / 2;
+    }
+    return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageSize);
 }
 
 void expectFilling(TextBlock& block) {
@@ -244,7 +231,7 @@ void expectFilling(TextBlock& block) {
 }
 
 bool readWhole(const char* path, Quor::Ptr<TextBlock>& text, std::size_t& textSize) {
-    const Descriptor file(systemCalls().open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY, 0));
+    const Descriptor file(openToRead(path));
     struct stat status;
     if (file.get() < 0 || ::fstat(file.get(), &status) != 0 || !isReadable(status) ||
         sizeHint(status) > memorySize()) {

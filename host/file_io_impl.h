@@ -4,9 +4,11 @@
 #include "host/text_block.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 
+#include <aio.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 
@@ -17,6 +19,8 @@ namespace FileIO {
 struct SystemCalls {
     int (*open)(const char* path, int flags, mode_t mode);
     ssize_t (*read)(int file, void* to, std::size_t size);
+    int (*beginRead)(aiocb* piece);  // aio_read, and the aio_return of what it began
+    ssize_t (*endRead)(aiocb* piece);
     ssize_t (*write)(int file, const void* from, std::size_t size);
     int (*sync)(int file);
     int (*close)(int file);
@@ -26,6 +30,30 @@ struct SystemCalls {
 
 // The calls in use. Not to be changed while another thread reads or saves.
 SystemCalls& systemCalls();
+
+// Closes a file with the scope, or leaves it to somebody else.
+class Descriptor {
+public:
+    explicit Descriptor(int file) : file_(file) {}
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor() {
+        if (file_ >= 0) {
+            systemCalls().close(file_);
+        }
+    }
+    int get() const { return file_; }
+    void release() { file_ = -1; }
+
+private:
+    int file_;
+};
+
+// A file for reading, negative when there is none.
+int openToRead(const char* path);
+
+// The bytes of the machine's memory: more cannot be held.
+std::uint64_t memorySize();
 
 // Reads a file to its end into one block, with a NUL byte behind the last byte
 // read. Regular files, FIFOs and character devices are read; folders and block

@@ -2,6 +2,7 @@
 
 #include "host/exceptions.h"
 #include "host/file_io_impl.h"
+#include "host/text_arrival_impl.h"
 #include "host/text_util.h"
 
 #include <algorithm>
@@ -68,6 +69,9 @@ private:
 
 }  // namespace
 
+TextFile::TextFile() = default;
+TextFile::~TextFile() = default;
+
 bool TextFile::load(const LightweightString<wchar_t>& path, char separator, bool) {
     clear();
     LightweightString<char> file;
@@ -76,6 +80,22 @@ bool TextFile::load(const LightweightString<wchar_t>& path, char separator, bool
         return false;
     }
     textSize_ = loadedSize_ = size;
+    separator_ = separator;
+    return true;
+}
+
+bool TextFile::loadAhead(const LightweightString<wchar_t>& path, char separator) {
+    clear();
+    LightweightString<char> file;
+    if (!pathToUTF8(path, file)) {
+        return false;
+    }
+    arrival_ = TextArrival::begin(file.c_str());
+    if (!arrival_) {
+        return false;
+    }
+    block_ = arrival_->text();
+    textSize_ = loadedSize_ = block_->size();
     separator_ = separator;
     return true;
 }
@@ -170,6 +190,8 @@ Quor::Ptr<TextBlock> TextFile::takeText() {
 }
 
 void TextFile::clear() {
+    arrival_.reset();
+    arrived_ = 0;
     block_.reset();
     textSize_ = loadedSize_ = scanned_ = 0;
     starts_.clear();
@@ -187,12 +209,26 @@ bool TextFile::scanLine() const {
     if (scanned_ >= textSize_) {
         return false;
     }
-    const char* text = block_->data();
+    const std::size_t end = endOfScannedLine();
     starts_.push_back(scanned_);
-    const void* end = std::memchr(text + scanned_, separator_, textSize_ - scanned_);
-    scanned_ = end != nullptr ? static_cast<std::size_t>(static_cast<const char*>(end) - text) + 1
-                              : textSize_;
+    scanned_ = end;
     return true;
+}
+
+// Behind the separator of the next line to be found. Where that has not come yet, waits for it.
+std::size_t TextFile::endOfScannedLine() const {
+    const char* text = block_->data();
+    for (std::size_t from = scanned_;;) {
+        const std::size_t there = arrival_ ? arrived_ : textSize_;
+        if (const void* end = std::memchr(text + from, separator_, there - from)) {
+            return static_cast<std::size_t>(static_cast<const char*>(end) - text) + 1;
+        }
+        if (there == textSize_) {
+            return textSize_;
+        }
+        from = there;
+        arrived_ = arrival_->waitBeyond(there);
+    }
 }
 
 bool TextFile::scanTo(std::size_t i) const {

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+class TextArrival;
+
 /// The lines of a text file, in memory. The whole text lies in one block; lines
 /// are found in it only as far as somebody asks.
 ///
@@ -27,9 +29,10 @@ public:
         eCR = 3
     };
 
-    TextFile() = default;
+    TextFile();
     TextFile(const TextFile&) = delete;
     TextFile& operator=(const TextFile&) = delete;
+    ~TextFile();
 
     /// Replaces the lines by those of a file, which is read to its end at once.
     /// FIFOs and character devices are read as well; folders and block devices
@@ -37,6 +40,14 @@ public:
     /// here. False when the path is null, is not valid UTF-32, or the file cannot
     /// be read: there are then no lines.
     bool load(const LightweightString<wchar_t>& path, char separator, bool flag);
+
+    /// As load, but returns while the text of a large file is still coming: whoever asks for a
+    /// line waits for it, and may be thrown a TextArrival::Broken. False, and there are no
+    /// lines, also for every file that load takes at once.
+    bool loadAhead(const LightweightString<wchar_t>& path, char separator);
+
+    /// The text that is still coming; null when all is there.
+    const Quor::Ptr<TextArrival>& arrival() const { return arrival_; }
 
     /// Writes every line with an end of line behind it, the last one included.
     /// The file at the path is replaced whole or not at all: the text goes to a
@@ -93,6 +104,7 @@ private:
     bool holds(const char* place) const;
     bool scanLine() const;
     bool scanTo(std::size_t i) const;
+    std::size_t endOfScannedLine() const;
     void completeLoadedText();
     void reserve(std::size_t more);
     void grow(std::size_t size);
@@ -100,9 +112,11 @@ private:
     bool writeLines(Sink& to, std::string_view endOfLine) const;
 
     Quor::Ptr<TextBlock> block_;
+    mutable Quor::Ptr<TextArrival> arrival_;
     std::size_t textSize_ = 0;
     std::size_t loadedSize_ = 0;  // text up to here was loaded, not appended
     char separator_ = '\n';
     mutable std::vector<std::size_t> starts_;  // of the lines found so far
     mutable std::size_t scanned_ = 0;          // where the next line begins
+    mutable std::size_t arrived_ = 0;          // bytes that can be looked at; while some are coming
 };

@@ -9,7 +9,7 @@
 #endif
 
 /// The bytes of a record line that mean something, found byte by byte or, where the machine has
-/// wide registers, sixteen at a time. Both ways give the same results.
+/// wide registers, many at a time. All ways give the same results.
 
 /// Which of 64 bytes are of which kind, a bit each.
 struct ByteMasks {
@@ -132,3 +132,9 @@ using LineBytes = WideBytes;
 using LineBytes = PlainBytes;
 
 #endif
+
+/// Sorts blocks of 64 bytes, one behind the other, up to the first that holds one of the others.
+/// How many blocks were sorted.
+unsigned classifyBlocks(const char* at, unsigned blocks, ByteMasks* to);
+/// The same in the registers that every machine of its kind has.
+unsigned classifyBlocksNarrowly(const char* at, unsigned blocks, ByteMasks* to);

@@ -44,15 +44,19 @@ LineScan FileLines::read(dbrecord& record) {
     return found;
 }
 
-TextLines::TextLines(TextFile& file, Mark mark) : marks_(mark == Mark::asRead) {
+TextLines::TextLines(TextFile& file, Mark mark)
+    : arrival_(file.arrival()), marks_(mark == Mark::asRead) {
     const std::size_t size = file.textSize();
     const std::size_t offset = file.lineOffset(file.currentLine);
     store_ = new LineStore(file.takeText());
     at_ = store_->text() + offset;
-    end_ = store_->text() + size;
+    end_ = arrival_ ? at_ : store_->text() + size;
 }
 
-TextLines::~TextLines() { store_->release(spareReferences_ + 1); }
+TextLines::~TextLines() {
+    arrival_.reset();
+    store_->release(spareReferences_ + 1);
+}
 
 // References are counted many at a time, before they are needed.
 void TextLines::adopt(LineSlices* slices, unsigned values, dbrecord& record) {
@@ -69,21 +73,35 @@ void TextLines::noteRead(dbrecord& record) {
     if (marks_) RecordAccess::markRead(record);
 }
 
-std::string_view TextLines::nextLine() {
-    if (at_ == end_) return {};
-    const char* const line = at_;
-    const auto left = static_cast<std::size_t>(end_ - at_);
-    const void* end = std::memchr(at_, '\n', left);
-    if (end == nullptr) {
-        at_ = end_;
-        return withoutLast({line, left}, '\r');
+void TextLines::awaitMore() {
+    const auto have = static_cast<std::size_t>(end_ - store_->text());
+    const std::size_t size = arrival_->text()->size();
+    const std::size_t now = have < size ? arrival_->waitBeyond(have) : size;
+    end_ = store_->text() + now;
+    if (now == size) arrival_.reset();
+}
+
+// Bytes before the next line feed, or all.
+std::size_t TextLines::lineLength() {
+    for (std::size_t looked = 0;;) {
+        const auto left = static_cast<std::size_t>(end_ - at_);
+        const void* end = std::memchr(at_ + looked, '\n', left - looked);
+        if (end != nullptr) return static_cast<std::size_t>(static_cast<const char*>(end) - at_);
+        if (!arrival_) return left;
+        looked = left;
+        awaitMore();
     }
-    const auto length = static_cast<std::size_t>(static_cast<const char*>(end) - line);
-    at_ += length + 1;
-    return withoutLast({line, length}, '\r');
+}
+
+std::string_view TextLines::nextLine() {
+    const std::string_view line(at_, lineLength());
+    at_ += line.size();
+    if (at_ != end_) ++at_;
+    return withoutLast(line, '\r');
 }
 
 LineScan TextLines::read(dbrecord& record) {
+    while (arrival_ && end_ - at_ < QuotedLine::mostLookedAt) awaitMore();
     if (quoted_.recognise(at_, end_)) return cutUp(record);
     const std::string_view line = nextLine();
     return moveTogether(line.substr(0, line.find('\0')), record);

@@ -4,7 +4,10 @@
 #include <string_view>
 #include <vector>
 
+#include "host/ptr.h"
+#include "host/text_arrival_impl.h"
 #include "vekdb/line_scanner_impl.h"
+#include "vekdb/quoted_line_impl.h"
 
 class LineStore;
 struct LineSlices;
@@ -40,7 +43,8 @@ private:
 
 /// The lines of a file from its current line on; the file gives its text up. Values are ended
 /// where they stand in the text, the records stand on slices of it, and the text lives as long
-/// as the last of them.
+/// as the last of them. Of a text that is still coming each line is waited for, and a
+/// TextArrival::Broken may be thrown.
 class TextLines : public RecordLines {
 public:
     enum class Mark { none, asRead };
@@ -55,16 +59,19 @@ public:
     bool hasRead() const { return hasRead_; }
 
 private:
+    void awaitMore();
     std::string_view nextLine();
+    std::size_t lineLength();
     LineScan cutUp(dbrecord& record);
     LineScan moveTogether(std::string_view line, dbrecord& record);
     void adoptMoved(const char* first, dbrecord& record);
     void adopt(LineSlices* slices, unsigned values, dbrecord& record);
     void noteRead(dbrecord& record);
 
+    Quor::Ptr<TextArrival> arrival_;  // null when all the text is there
     LineStore* store_;
     char* at_;
-    char* end_;
+    char* end_;  // of what is there
     std::uint32_t spareReferences_ = 0;
     bool marks_;
     bool hasRead_ = false;

@@ -275,6 +275,8 @@ private:
     void copyRows(const vekdb& source);
     dbrecord* newRow();
     void fillFromFile(int maxRecords, bool requireMagic);
+    bool fillWhileReading(int maxRecords, bool requireMagic);
+    void fillFrom(TextFile& file, int maxRecords, bool requireMagic);
     bool mayBeOverridden() const;
     void enterCookieRows();
     unsigned tagPlainRows(bool keepTags);

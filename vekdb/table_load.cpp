@@ -1,5 +1,6 @@
 #include <ctime>
 
+#include "host/text_arrival_impl.h"
 #include "host/text_file.h"
 #include "vekdb/plain_csv_impl.h"
 #include "vekdb/record_lines_impl.h"
@@ -26,12 +27,31 @@ void vekdb::loadFromFile(int maxRecords, bool requireMagic) {
 }
 
 void vekdb::fillFromFile(int maxRecords, bool requireMagic) {
+    const bool isPlainCsv = parts().fileName.endsWith(L".csv", true);
+    if (!isPlainCsv && fillWhileReading(maxRecords, requireMagic)) return;
     TextFile file;
     if (!file.load(parts().fileName, '\n', false)) return;
-    if (parts().fileName.endsWith(L".csv", true)) {
+    if (isPlainCsv) {
         loadPlainCsv(file, *this, parts(), maxRecords);
-        return;
+    } else {
+        fillFrom(file, maxRecords, requireMagic);
     }
+}
+
+// False, with an empty table, where the file is to be read in the other way.
+bool vekdb::fillWhileReading(int maxRecords, bool requireMagic) {
+    TextFile file;
+    if (!file.loadAhead(parts().fileName, '\n')) return false;
+    try {
+        fillFrom(file, maxRecords, requireMagic);
+        return true;
+    } catch (const TextArrival::Broken&) {
+        free();
+        return false;
+    }
+}
+
+void vekdb::fillFrom(TextFile& file, int maxRecords, bool requireMagic) {
     dbrecord header(headerRoom);
     if (!TableHeader(*this, parts(), file, header).readColumns(requireMagic)) return;
     post_init();

@@ -1,4 +1,5 @@
 #include "vekdb/line_scanner_impl.h"
+#include "vekdb/quoted_line_impl.h"
 
 #include <gtest/gtest.h>
 
@@ -320,6 +321,26 @@ TEST_F(QuotedLines, WhatIsRecognisedIsCutAsTheRulesSay) {
         ASSERT_EQ(byTheRules(line).values, cut()) << line;
     }
     EXPECT_GT(recognised, 100u);
+}
+
+TEST(LineBytes, BlocksAreSortedAlikeInWhateverRegisters) {
+    Random random;
+    for (int i = 0; i < 2000; ++i) {
+        std::string text = random.text("\", a\x80\xFF", 256);
+        text.resize(256, '"');
+        if (i % 4 != 0) text[random.below(256)] = random.pick(std::string("\\\n\x1F\x01"));
+        const auto blocks = static_cast<unsigned>(random.below(5));
+        ByteMasks narrow[4];
+        ByteMasks wide[4];
+        const unsigned count = classifyBlocksNarrowly(text.data(), blocks, narrow);
+        ASSERT_EQ(count, classifyBlocks(text.data(), blocks, wide));
+        for (unsigned block = 0; block < count; ++block) {
+            ASSERT_EQ(narrow[block].quotes, wide[block].quotes);
+            ASSERT_EQ(narrow[block].commas, wide[block].commas);
+            ASSERT_EQ(narrow[block].blanks, wide[block].blanks);
+            ASSERT_EQ(narrow[block].others, wide[block].others);
+        }
+    }
 }
 
 #if defined(__SSE2__)

@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "host/file_io_impl.h"
+#include "testing/arrival.h"
 #include "testing/capture_diagnostics.h"
 #include "testing/failing_allocator.h"
 #include "testing/random.h"
@@ -11,6 +13,7 @@
 
 namespace {
 
+using testing_support::ArrivalOf;
 using testing_support::CaptureDiagnostics;
 using testing_support::CountingAllocator;
 using testing_support::errorOf;
@@ -94,6 +97,57 @@ TEST(WaysToLoad, ComeToTheSameTable) {
         folder.write("log", text);
         const int most = random.oneIn(4) ? random.between(-1, 30) : all;
         ASSERT_TRUE(loadInOneGo(folder, most) == loadLineByLine(folder, most)) << text;
+    }
+}
+
+TEST(WaysToLoad, AFileThatIsStillComingMakesTheSameTable) {
+    Random random;
+    const TempDir folder;
+    for (int i = 0; i < 600; ++i) {
+        const std::string text = randomFile(random, 1 + random.below(4));
+        folder.write("log", text);
+        const int most = random.oneIn(4) ? random.between(-1, 30) : all;
+        const Outcome atOnce = loadInOneGo(folder, most);
+        const ArrivalOf pieces(1 + random.below(random.oneIn(2) ? 20 : 5000));
+        ASSERT_TRUE(loadInOneGo(folder, most) == atOnce) << text;
+    }
+}
+
+// The n-th piece of a file that is read ahead does not come; the plain way works, or does not.
+class BrokenPiece {
+public:
+    BrokenPiece(int failAt, bool thenWorks) : before_(FileIO::systemCalls()) {
+        left_ = failAt;
+        FileIO::systemCalls().endRead = [](aiocb* piece) {
+            const ssize_t got = ::aio_return(piece);
+            return --left_ == 0 ? ssize_t{-1} : got;
+        };
+        if (!thenWorks) {
+            FileIO::systemCalls().read = [](int, void*, std::size_t) { return ssize_t{-1}; };
+        }
+    }
+    BrokenPiece(const BrokenPiece&) = delete;
+    BrokenPiece& operator=(const BrokenPiece&) = delete;
+    ~BrokenPiece() { FileIO::systemCalls() = before_; }
+
+private:
+    static inline int left_ = 0;
+    FileIO::SystemCalls before_;
+};
+
+TEST(WaysToLoad, AFileThatBreaksOffIsReadInThePlainWayAndElseLeavesNothing) {
+    const TempDir folder;
+    folder.write("log", joined(headerAnd({"A"}, Strings(100, "\"value\""))));
+    const ArrivalOf pieces(16);
+    for (int failAt = 1; failAt < 50; ++failAt) {
+        for (const bool thenWorks : {true, false}) {
+            const BrokenPiece broken(failAt, thenWorks);
+            const vekdb table(folder.widePath("log"), all, true);
+            EXPECT_EQ(thenWorks, table.get_valid());
+            EXPECT_EQ(thenWorks ? 100u : 0u, table.get_num_records());
+            EXPECT_EQ(thenWorks ? 1u : 0u, table.get_num_params());
+            EXPECT_EQ(thenWorks ? 500u : 0u, table.get_capacity());
+        }
     }
 }
 

@@ -1,0 +1,166 @@
+#include "host/text_arrival_impl.h"
+
+#include "host/file_io_impl.h"
+#include "host/text_file.h"
+#include "testing/arrival.h"
+#include "testing/random.h"
+#include "testing/temp_dir.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <string>
+
+#include <unistd.h>
+
+using testing_support::ArrivalOf;
+using testing_support::Random;
+using testing_support::TempDir;
+
+namespace {
+
+class TextArrivals : public testing::Test {
+protected:
+    Quor::Ptr<TextArrival> begin(const std::string& text) {
+        folder_.write("in", text);
+        return TextArrival::begin(folder_.file("in").c_str());
+    }
+
+    // Waits for one piece after the other.
+    static std::string whole(TextArrival& arrival) {
+        std::string text;
+        while (text.size() < arrival.text()->size()) {
+            const std::size_t have = arrival.waitBeyond(text.size());
+            text.append(arrival.text()->data() + text.size(), have - text.size());
+        }
+        return text;
+    }
+
+    TempDir folder_;
+    ArrivalOf pieces_{7};
+};
+
+TEST_F(TextArrivals, AllOfTheTextComesInPieces) {
+    Random random;
+    for (int i = 0; i < 100; ++i) {
+        const std::string text = "x" + random.bytes(100);
+        const auto arrival = begin(text);
+        ASSERT_TRUE(arrival);
+        ASSERT_EQ(arrival->text()->size(), text.size());
+        ASSERT_EQ(whole(*arrival), text);
+        ASSERT_EQ(arrival->text()->data()[text.size()], '\0');
+    }
+}
+
+TEST_F(TextArrivals, SmallFilesFoldersAndMissingFilesAreNotWaitedFor) {
+    const ArrivalOf other(7, 10);
+    EXPECT_FALSE(begin("123456789"));
+    EXPECT_TRUE(begin("1234567890"));
+    EXPECT_FALSE(TextArrival::begin(folder_.path().c_str()));
+    EXPECT_FALSE(TextArrival::begin(folder_.file("missing").c_str()));
+    EXPECT_FALSE(TextArrival::begin("/proc/self/status"));
+}
+
+TEST_F(TextArrivals, MayBeLetGoBeforeTheTextIsWhole) {
+    const std::string text(100000, 'x');
+    for (int i = 0; i < 20; ++i) {
+        const auto arrival = begin(text);
+        ASSERT_TRUE(arrival);
+        EXPECT_GT(arrival->waitBeyond(0), 0u);
+    }
+}
+
+// The system's reading ahead, whose third piece comes as a test likes.
+class ThirdPiece {
+public:
+    explicit ThirdPiece(ssize_t (*end)(aiocb*)) : before_(FileIO::systemCalls()) {
+        pieces_ = 0;
+        other_ = end;
+        FileIO::systemCalls().endRead = [](aiocb* piece) {
+            const ssize_t got = ::aio_return(piece);
+            return ++pieces_ == 3 ? other_(piece) : got;
+        };
+    }
+    ThirdPiece(const ThirdPiece&) = delete;
+    ThirdPiece& operator=(const ThirdPiece&) = delete;
+    ~ThirdPiece() { FileIO::systemCalls() = before_; }
+
+private:
+    static inline int pieces_ = 0;
+    static inline ssize_t (*other_)(aiocb*) = nullptr;
+    FileIO::SystemCalls before_;
+};
+
+TEST_F(TextArrivals, ATextThatCannotBeReadOnIsBroken) {
+    const ThirdPiece failing([](aiocb*) { return ssize_t{-1}; });
+    const auto arrival = begin(std::string(100, 'x'));
+    EXPECT_THROW(whole(*arrival), TextArrival::Broken);
+}
+
+TEST_F(TextArrivals, ATextShorterThanTheFileSaidIsBroken) {
+    const ThirdPiece ending([](aiocb*) { return ssize_t{3}; });
+    const auto arrival = begin(std::string(100, 'x'));
+    EXPECT_THROW(whole(*arrival), TextArrival::Broken);
+}
+
+TEST_F(TextArrivals, ATextLongerThanTheFileSaidIsBroken) {
+    const auto arrival = begin(std::string(100, 'x'));
+    folder_.write("in", std::string(101, 'x'));
+    EXPECT_THROW(whole(*arrival), TextArrival::Broken);
+}
+
+TEST_F(TextArrivals, WhatIsBrokenStaysSo) {
+    const ThirdPiece failing([](aiocb*) { return ssize_t{-1}; });
+    const auto arrival = begin(std::string(21, 'x'));
+    EXPECT_THROW(whole(*arrival), TextArrival::Broken);
+    EXPECT_THROW(arrival->waitBeyond(20), TextArrival::Broken);
+}
+
+TEST_F(TextArrivals, AnAskingThatTheSystemRefusesIsBroken) {
+    static int asked;
+    for (int refused = 1; refused < 15; ++refused) {
+        asked = -refused;
+        const FileIO::SystemCalls before = FileIO::systemCalls();
+        FileIO::systemCalls().beginRead = [](aiocb* piece) {
+            return ++asked == 0 ? -1 : ::aio_read(piece);
+        };
+        const auto arrival = begin(std::string(100, 'x'));
+        FileIO::systemCalls().beginRead = ::aio_read;
+        FileIO::systemCalls() = before;
+        EXPECT_EQ(static_cast<bool>(arrival), refused > 8);
+    }
+}
+
+TEST_F(TextArrivals, AFileGivesTheLinesThatItGivesWhenItIsReadAtOnce) {
+    Random random;
+    for (int i = 0; i < 300; ++i) {
+        folder_.write("in", "x" + random.text(std::string("ab\r\n\n\0", 6), 80));
+        TextFile ahead;
+        TextFile atOnce;
+        ASSERT_TRUE(ahead.loadAhead(folder_.widePath("in"), '\n'));
+        ASSERT_TRUE(atOnce.load(folder_.widePath("in"), '\n', false));
+        ASSERT_EQ(ahead.textSize(), atOnce.textSize());
+        const auto asked = static_cast<unsigned>(random.below(8));
+        ASSERT_EQ(ahead.line(asked), atOnce.line(asked));
+        ASSERT_EQ(ahead.lineOffset(asked), atOnce.lineOffset(asked));
+        ASSERT_EQ(ahead.size(), atOnce.size());
+    }
+}
+
+TEST_F(TextArrivals, AFileThatIsStillComingCanBeAppendedToAndSaved) {
+    folder_.write("in", std::string(50, 'a') + "\nb");
+    TextFile file;
+    ASSERT_TRUE(file.loadAhead(folder_.widePath("in"), '\n'));
+    file.appendLine("c");
+    ASSERT_TRUE(file.save(folder_.widePath("out"), TextFile::eLF));
+    EXPECT_EQ(folder_.read("out"), std::string(50, 'a') + "\nb\nc\n");
+}
+
+TEST_F(TextArrivals, AFileThatDoesNotComeAheadHasNoLines) {
+    TextFile file;
+    file.appendLine("old");
+    EXPECT_FALSE(file.loadAhead(folder_.widePath("missing"), '\n'));
+    EXPECT_EQ(file.size(), 0u);
+}
+
+}  // namespace

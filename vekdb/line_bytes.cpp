@@ -1,0 +1,69 @@
+#include "vekdb/line_bytes_impl.h"
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
+unsigned classifyBlocksNarrowly(const char* at, unsigned blocks, ByteMasks* to) {
+    for (unsigned i = 0; i < blocks; ++i) {
+        to[i] = LineBytes::classify(at + 64 * i);
+        if (to[i].others != 0) return i + 1;
+    }
+    return blocks;
+}
+
+#if defined(__x86_64__)
+
+namespace {
+
+// Before this is known the narrower registers are taken.
+const bool hasWidest = __builtin_cpu_supports("avx2") != 0;
+
+struct Half {
+    __m256i bytes;
+};
+
+[[gnu::target("avx2")]] inline Half loadHalf(const char* at) {
+    return {_mm256_loadu_si256(reinterpret_cast<const __m256i*>(at))};
+}
+
+[[gnu::target("avx2")]] inline std::uint64_t bits(__m256i truths) {
+    return static_cast<unsigned>(_mm256_movemask_epi8(truths));
+}
+
+[[gnu::target("avx2")]] inline std::uint64_t equal(Half half, char c) {
+    return bits(_mm256_cmpeq_epi8(half.bytes, _mm256_set1_epi8(c)));
+}
+
+[[gnu::target("avx2")]] inline std::uint64_t others(Half half) {
+    const __m256i mostBelow = _mm256_set1_epi8(' ' - 1);
+    const __m256i below = _mm256_cmpeq_epi8(_mm256_min_epu8(half.bytes, mostBelow), half.bytes);
+    const __m256i backslash = _mm256_cmpeq_epi8(half.bytes, _mm256_set1_epi8('\\'));
+    return bits(_mm256_or_si256(below, backslash));
+}
+
+[[gnu::target("avx2")]] unsigned classifyBlocksWidely(const char* at, unsigned blocks,
+                                                      ByteMasks* to) {
+    for (unsigned i = 0; i < blocks; ++i, at += 64) {
+        const Half low = loadHalf(at);
+        const Half high = loadHalf(at + 32);
+        to[i] = {equal(low, '"') | equal(high, '"') << 32, equal(low, ',') | equal(high, ',') << 32,
+                 equal(low, ' ') | equal(high, ' ') << 32, others(low) | others(high) << 32};
+        if (to[i].others != 0) return i + 1;
+    }
+    return blocks;
+}
+
+}  // namespace
+
+unsigned classifyBlocks(const char* at, unsigned blocks, ByteMasks* to) {
+    return (hasWidest ? classifyBlocksWidely : classifyBlocksNarrowly)(at, blocks, to);
+}
+
+#else
+
+unsigned classifyBlocks(const char* at, unsigned blocks, ByteMasks* to) {
+    return classifyBlocksNarrowly(at, blocks, to);
+}
+
+#endif
