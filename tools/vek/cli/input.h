@@ -44,7 +44,7 @@ private:
     bool isWhole_ = false;
     bool isStandardInput_;
     bool isRegular_ = false;  ///< it can be read again, from any place on
-    std::size_t size_ = 0;  ///< as far as known beforehand
+    std::size_t size_ = 0;    ///< as far as known beforehand
     int descriptor_ = -1;
 };
 

@@ -29,8 +29,7 @@ LightweightString<wchar_t> wide(const std::string& path) {
 // wrong length: every row is kept and reported.
 class TableReader {
 public:
-    TableReader(Input& input, Log& log)
-        : input_(input), path_(input.loaderPath()), log_(log) {}
+    TableReader(Input& input, Log& log) : input_(input), path_(input.loaderPath()), log_(log) {}
 
     void read() {
         std::future<std::size_t> lines = std::async([this] { return input_.countLines(); });
