@@ -47,6 +47,50 @@ INSTANTIATE_TEST_SUITE_P(Sizes, HeaderAroundTheFirstPiece,
                          testing::Values(40, 4000, 4040, 4062, 4064, 4070, 4075, 4080, 4081, 4082,
                                          4083, 4084, 4085, 4089, 4090, 4091, 4096));
 
+// Lines that are no rows are found wherever they stand.
+class LongTable : public testing::Test {
+protected:
+    static constexpr int rowCount = 40000;
+
+    // A table with a line put in front of one of its rows.
+    void writeWith(const std::string& line, int row) const {
+        std::string text = headerOf(40);
+        for (int i = 0; i < rowCount; ++i) {
+            if (i == row) text += line;
+            text += "\"" + std::to_string(i) + "\",\"2\"\n";
+        }
+        folder_.write("long.vek", text);
+    }
+
+    WorkFolder folder_;
+};
+
+TEST_F(LongTable, IsReadWhole) {
+    writeWith("", 0);
+    Finish finish = runVek(folder_, "vek show long.vek --where A==39999");
+    EXPECT_EQ(finish.exitCode, 0);
+    EXPECT_EQ(finish.errors, "");
+    EXPECT_NE(finish.output.find("1 of 40000 rows"), std::string::npos) << finish.output;
+}
+
+TEST_F(LongTable, EndsAtAnEmptyLine) {
+    writeWith("\n", 30000);
+    Finish finish = runVek(folder_, "vek show long.vek --limit 1");
+    EXPECT_EQ(finish.exitCode, 1);
+    EXPECT_EQ(
+        finish.errors,
+        "vek: long.vek:30009: an empty line, which ends the rows, expected rows to the end of "
+        "the file; 10000 lines from line 30010 on not read\n");
+}
+
+TEST_F(LongTable, KeepsARowThatLooksLikeAHeader) {
+    writeWith("\"VEKDB\",\"2\"\n", 39998);
+    Finish finish = runVek(folder_, "vek check long.vek");
+    EXPECT_EQ(finish.exitCode, 1);
+    EXPECT_NE(finish.output.find("long.vek:40007:A: \"VEKDB\""), std::string::npos)
+        << finish.output;
+}
+
 // The plain variant is read under another name, from a folder for temporary files.
 class TemporaryFolder : public testing::Test {
 protected:
