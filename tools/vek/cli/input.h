@@ -29,7 +29,7 @@ public:
     /// called and also for standard input. Ends with the Input.
     std::string loaderPath();
     /// How many lines there are, a last one without a line feed included. Asked for behind
-    /// `loaderPath`; keeps nothing, and may go on in a thread of its own.
+    /// `loaderPath`; nothing is kept of them.
     std::size_t countLines() const;
 
 private:

@@ -7,7 +7,6 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
-#include <future>
 #include <numeric>
 
 #include "host/text_file.h"
@@ -32,13 +31,12 @@ public:
     TableReader(Input& input, Log& log) : input_(input), path_(input.loaderPath()), log_(log) {}
 
     void read() {
-        std::future<std::size_t> lines = std::async([this] { return input_.countLines(); });
         log_.table = std::make_unique<vekdb>(wide(path_), allRows, true);
         if (!log_.table->get_valid()) refuse();
         headerLines_ = headerLines();
         // A file with a line for every row and no other was read whole. The library stops at a
         // line of the wrong length, and skips lines behind a row that looks like a header.
-        if (lines.get() == headerLines_ + log_.rowCount())
+        if (input_.countLines() == headerLines_ + log_.rowCount())
             numberRows();
         else
             readRest();
