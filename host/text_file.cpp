@@ -3,6 +3,7 @@
 #include "host/exceptions.h"
 #include "host/file_io_impl.h"
 #include "host/text_arrival_impl.h"
+#include "host/text_departure_impl.h"
 #include "host/text_util.h"
 
 #include <algorithm>
@@ -18,6 +19,7 @@ namespace {
 
 constexpr std::size_t kFirstRoom = 256;
 constexpr std::size_t kFirstLines = 16;
+constexpr std::size_t kDeparture = std::size_t{512} << 10;
 constexpr std::size_t kChunk = std::size_t{256} << 10;
 constexpr unsigned kMostLines = 0xFFFFFFFFu;
 
@@ -116,6 +118,31 @@ bool TextFile::save(const LightweightString<wchar_t>& path, eEOLStyle style) con
     return writeLines(output, end) && output.flush() && target.commit();
 }
 
+void TextFile::beginSave(const LightweightString<wchar_t>& path) {
+    LightweightString<char> file;
+    const bool isPath = pathToUTF8(path, file);
+    departure_ = Quor::Ptr<TextDeparture>(
+        new TextDeparture(isPath ? file.c_str() : nullptr, syncToDisk));
+}
+
+bool TextFile::endSave() {
+    sendLines();
+    const bool isSaved = departure_->end();
+    clear();
+    return isSaved;
+}
+
+// Lines that were appended lie in the block just as the file is to hold them.
+void TextFile::sendLines() {
+    if (textSize_ == 0) {
+        return;
+    }
+    departure_->send(block_->data(), textSize_);
+    block_->data()[0] = '\0';
+    starts_.clear();
+    textSize_ = loadedSize_ = scanned_ = 0;
+}
+
 LightweightString<char> TextFile::operator[](unsigned i) const {
     return LightweightString<char>(line(i));
 }
@@ -159,6 +186,9 @@ void TextFile::appendLine(std::string_view text) {
 // behind the text, which endLine then surely puts back.
 char* TextFile::beginLine(std::size_t atMost) {
     completeLoadedText();
+    if (departure_ && textSize_ >= kDeparture) {
+        sendLines();
+    }
     reserve(atMost);
     if (starts_.size() == starts_.capacity()) {
         starts_.reserve(std::max(kFirstLines, starts_.size() * 2));
@@ -191,6 +221,7 @@ Quor::Ptr<TextBlock> TextFile::takeText() {
 
 void TextFile::clear() {
     arrival_.reset();
+    departure_.reset();
     arrived_ = 0;
     block_.reset();
     textSize_ = loadedSize_ = scanned_ = 0;

@@ -9,6 +9,7 @@
 #include <vector>
 
 class TextArrival;
+class TextDeparture;
 
 /// The lines of a text file, in memory. The whole text lies in one block; lines
 /// are found in it only as far as somebody asks.
@@ -56,6 +57,13 @@ public:
     /// is as it was and nothing is left beside it. A character device or FIFO is
     /// written to directly. A style that is none of the above counts as eLF.
     bool save(const LightweightString<wchar_t>& path, eEOLStyle style) const;
+
+    /// Saves as save does with eLF, while the lines are made. In a file that was not loaded,
+    /// between the two calls lines are appended and nothing else is done; those that are there
+    /// go to the disk from time to time instead of staying. endSave answers as save does and
+    /// leaves no lines; without it the file at the path stays as it was.
+    void beginSave(const LightweightString<wchar_t>& path);
+    bool endSave();
 
     /// Line i without its end of line; past the end the null string.
     LightweightString<char> operator[](unsigned i) const;
@@ -106,6 +114,7 @@ private:
     bool scanTo(std::size_t i) const;
     std::size_t endOfScannedLine() const;
     void completeLoadedText();
+    void sendLines();
     void reserve(std::size_t more);
     void grow(std::size_t size);
     template <class Sink>
@@ -113,6 +122,7 @@ private:
 
     Quor::Ptr<TextBlock> block_;
     mutable Quor::Ptr<TextArrival> arrival_;
+    Quor::Ptr<TextDeparture> departure_;
     std::size_t textSize_ = 0;
     std::size_t loadedSize_ = 0;  // text up to here was loaded, not appended
     char separator_ = '\n';

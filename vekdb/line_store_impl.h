@@ -27,7 +27,8 @@ struct LineSlices {
         std::size_t from = i == 0 ? 0 : next()[i - 1];
         return {first() + from, static_cast<std::size_t>(next()[i] - from) - gap()};
     }
-    void raiseLengths(unsigned* lengths, unsigned values) const;
+    /// Raises each length to that of the value.
+    void raiseLengths(std::uint16_t* lengths, unsigned values) const;
     const char* first() const;
     /// Replaces a value by another of the same length, which may stand in the same text.
     void overwrite(unsigned i, std::string_view value);

@@ -218,16 +218,6 @@ void dbrecord::resizeRecord(int count, const int* widths, bool) {
 
 void dbrecord::resizeField(int, int) {}
 
-void RecordAccess::raiseLengths(const dbrecord& record, unsigned* lengths, unsigned fields) {
-    const unsigned stored = std::min<unsigned>(fields, record.stored_);
-    if (record.storage_ == dbrecord::Storage::slices) {
-        return record.values_.slices->raiseLengths(lengths, stored);
-    }
-    for (unsigned i = 0; i < stored; ++i) {
-        lengths[i] = std::max(lengths[i], static_cast<unsigned>(record.fieldView(i).size()));
-    }
-}
-
 void RecordAccess::append(dbrecord& record, std::string_view value) {
     if (record.count_ == 0xFFFF) return;
     ++record.count_;

@@ -32,8 +32,13 @@ public:
     }
     /// Empties the list of values: the count is 0 afterwards.
     static void drop(dbrecord& record) { record.resize(0); }
-    /// Raises each of `fields` lengths to that of the record's value.
-    static void raiseLengths(const dbrecord& record, unsigned* lengths, unsigned fields);
+    /// The slices that the record stands on, all of its stored values; null for strings.
+    static const LineSlices* slices(const dbrecord& record) {
+        const bool onSlices = record.storage_ == dbrecord::Storage::slices;
+        return onSlices ? record.values_.slices : nullptr;
+    }
+    /// How many values the record stores; those behind them are empty.
+    static unsigned storedCount(const dbrecord& record) { return record.stored_; }
     /// Appends a value behind the last without marking anything changed.
     static void append(dbrecord& record, std::string_view value);
     /// Takes the memory that removing the value needs.

@@ -1,9 +1,13 @@
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <limits>
 #include <string>
 
 #include "host/text_file.h"
 #include "host/text_util.h"
 #include "vekdb/field_sizes_impl.h"
+#include "vekdb/record_access_impl.h"
 #include "vekdb/table.h"
 #include "vekdb/table_parts_impl.h"
 #include "vekdb/table_text_impl.h"
@@ -92,35 +96,46 @@ private:
     bool modified_;
 };
 
+// A tag as text.
+class TagText {
+public:
+    explicit TagText(unsigned tag) { *std::to_chars(text_, text_ + sizeof text_ - 1, tag).ptr = 0; }
+    const char* c_str() const { return text_; }
+
+private:
+    char text_[std::numeric_limits<std::uint8_t>::digits10 + 2];
+};
+
 // Stores the tag of one row after the other as text, through the table where the row is shown.
 class TagStore {
 public:
-    TagStore(vekdb& table, const Rows& rows) : table_(table), rows_(rows) {}
+    TagStore(vekdb& table, const Rows& rows, bool mayBeOverridden)
+        : table_(table), rows_(rows), mayBeOverridden_(mayBeOverridden) {}
 
     void store(dbrecord& record, unsigned column) {
         const bool isShown = rows_.shown(shown_) == &record;
         const unsigned row = isShown ? shown_++ : Rows::none;
         if (column == Columns::none) return;
+        const TagText text(record.get_tag());
+        if (isStored(record, column, text)) return;
         if (isShown) {
-            table_.set_field(row, column, textOf(record.get_tag()));
+            table_.set_field(row, column, text.c_str());
         } else {
-            record.set_field(static_cast<int>(column), textOf(record.get_tag()));
+            record.set_field(static_cast<int>(column), text.c_str());
         }
     }
 
 private:
-    // Most rows have the tag of the row before.
-    const char* textOf(unsigned tag) {
-        if (tag != tag_) text_ = StringFromInteger(static_cast<int>(tag));
-        tag_ = tag;
-        return text_.c_str();
+    // Storing what is there marks the record and its table as changed, which a save takes back.
+    bool isStored(const dbrecord& record, unsigned column, const TagText& text) const {
+        return !mayBeOverridden_ && record.get_container() == &table_ &&
+               RecordAccess::view(record, column) == text.c_str();
     }
 
     vekdb& table_;
     const Rows& rows_;
+    const bool mayBeOverridden_;
     unsigned shown_ = 0;
-    unsigned tag_ = 0;
-    LightweightString<char> text_ = StringFromInteger(0);
 };
 
 }  // namespace
@@ -153,40 +168,43 @@ int vekdb::save_text() {
     TextFile file;
     save_params(file);
     save_column_header(file, false);
+    file.beginSave(parts().fileName);
     const KeepModified keep(parts());
     const unsigned tagColumn = get_fieldnum("Tag");
-    TagStore tags(*this, parts().rows);
+    TagStore tags(*this, parts().rows, mayBeOverridden());
     unsigned written = 0;
     for (; written < parts().rows.count(); ++written) {
         dbrecord& record = *parts().rows.at(written);
         tags.store(record, tagColumn);
         if (record.write(file) == 0) break;
     }
-    return file.save(parts().fileName, TextFile::eLF) ? static_cast<int>(written) : 0;
+    return file.endSave() ? static_cast<int>(written) : 0;
 }
 
 int vekdb::save_text_without_header() {
     TextFile file;
     save_params(file);
     save_column_header(file, true);
+    file.beginSave(parts().fileName);
     const KeepModified keep(parts());
-    TagStore tags(*this, parts().rows);
+    TagStore tags(*this, parts().rows, mayBeOverridden());
     unsigned written = 0;
     for (; written < parts().rows.count(); ++written) {
         dbrecord& record = *parts().rows.at(written);
         tags.store(record, get_fieldnum("Tag"));
         if (record.write(file) == 0) break;
     }
-    return file.save(parts().fileName, TextFile::eLF) ? static_cast<int>(written) : 0;
+    return file.endSave() ? static_cast<int>(written) : 0;
 }
 
 int vekdb::save_tags() {
     TextFile file;
     save_params(file);
     save_column_header(file, false);
+    file.beginSave(parts().fileName);
     for (unsigned i = 0; i < parts().rows.count(); ++i) {
         const dbrecord& record = *parts().rows.at(i);
         if (record.get_tag() != 0) record.write(file);
     }
-    return file.save(parts().fileName, TextFile::eLF) ? 1 : 0;
+    return file.endSave() ? 1 : 0;
 }

@@ -398,6 +398,83 @@ private:
     FileIO::SystemCalls before_;
 };
 
+// Lines that take more room than is kept of them.
+class TextFileSaveWhileMade : public ::testing::Test {
+protected:
+    void makeLines() {
+        for (int i = 0; i < 30000; ++i) {
+            const std::string line = "line " + std::to_string(i) + std::string(i % 97, '.');
+            made += line + "\n";
+            file.appendLine(line.c_str());
+        }
+    }
+
+    TempDir folder;
+    TextFile file;
+    std::string made;
+};
+
+TEST_F(TextFileSaveWhileMade, GivesTheFileThatASaveGivesAndLeavesNoLines) {
+    file.appendLine("before");
+    file.beginSave(folder.widePath("out"));
+    makeLines();
+    EXPECT_TRUE(file.endSave());
+    EXPECT_EQ(folder.read("out"), "before\n" + made);
+    EXPECT_EQ(folder.names(), Names{"out"});
+    EXPECT_EQ(file.size(), 0u);
+    EXPECT_EQ(file.textSize(), 0u);
+}
+
+TEST_F(TextFileSaveWhileMade, NoLinesAreAnEmptyFile) {
+    file.beginSave(folder.widePath("out"));
+    EXPECT_TRUE(file.endSave());
+    EXPECT_EQ(folder.read("out"), "");
+}
+
+TEST_F(TextFileSaveWhileMade, KeepsOnlyAPartOfTheLinesInMemory) {
+    file.beginSave(folder.widePath("out"));
+    makeLines();
+    EXPECT_LT(file.textSize(), made.size() / 2);
+}
+
+TEST_F(TextFileSaveWhileMade, FailsWherePathOrFolderIsNone) {
+    for (const auto& path : {LightweightString<wchar_t>(), folder.widePath("no/out")}) {
+        file.beginSave(path);
+        makeLines();
+        EXPECT_FALSE(file.endSave());
+        EXPECT_EQ(file.size(), 0u);
+    }
+    EXPECT_EQ(folder.names(), Names{});
+}
+
+TEST_F(TextFileSaveWhileMade, AbandonedLeavesTheOldFileAndNoLitter) {
+    folder.write("out", "old\n");
+    {
+        TextFile abandoned;
+        abandoned.beginSave(folder.widePath("out"));
+        abandoned.appendLine("new");
+    }
+    EXPECT_EQ(folder.read("out"), "old\n");
+    EXPECT_EQ(folder.names(), Names{"out"});
+}
+
+TEST_F(TextFileSaveWhileMade, AFailedWriteLeavesTheOldFileAndNoLitter) {
+    folder.write("out", "old\n");
+    static int writes;
+    writes = 0;
+    const FileIO::SystemCalls before = FileIO::systemCalls();
+    FileIO::systemCalls().write = [](int to, const void* from, std::size_t size) {
+        return ++writes == 2 ? ssize_t{-1} : ::write(to, from, size);
+    };
+    file.beginSave(folder.widePath("out"));
+    makeLines();
+    EXPECT_FALSE(file.endSave());
+    FileIO::systemCalls() = before;
+    EXPECT_EQ(writes, 2);
+    EXPECT_EQ(folder.read("out"), "old\n");
+    EXPECT_EQ(folder.names(), Names{"out"});
+}
+
 TEST_F(TextFileSave, EveryFailingCallLeavesTheOldFileAndNoLitter) {
     bool fired = true;
     int failures = 0;

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "testing/failing_allocator.h"
+#include "testing/random.h"
 #include "testing/table_files.h"
 #include "testing/tables.h"
 #include "testing/temp_dir.h"
@@ -119,6 +120,30 @@ TEST_F(Save, SizesAskedForAfterwardsAreThoseOfTheRowsThen) {
     table.save_column_header(file, false);
     table.set_field(0, 0, "12345");
     EXPECT_EQ(5u, table.get_fieldsize(0));
+}
+
+TEST_F(Save, WidthsAreThoseOfTheLongestValuesHoweverManyColumnsThereAre) {
+    testing_support::Random random;
+    for (unsigned columns = 1; columns < 40; ++columns) {
+        Strings lines;
+        for (std::size_t i = random.below(9); i > 0; --i) {
+            Strings values(columns);
+            for (std::string& value : values) value = random.text("a", random.oneIn(9) ? 3000 : 9);
+            if (random.oneIn(3)) values[0] += "\\\\";  // no plainly quoted line
+            lines.push_back(testing_support::quotedLine(values));
+        }
+        folder_.write("in", joined(testing_support::headerAnd(Strings(columns, "c"), lines)));
+        vekdb table(folder_.widePath("in"), 100, true);
+        ASSERT_EQ(lines.size(), table.get_num_records());
+        if (table.get_num_records() > 2) table.set_field(1, columns - 1, "now a string");
+        std::string widths;
+        for (unsigned i = 0; i < columns; ++i) {
+            widths += (i > 0 ? ",\"" : "\"") + std::to_string(table.get_fieldsize(i)) + "\"";
+        }
+        TextFile file;
+        table.save_column_header(file, false);
+        ASSERT_EQ(widths, linesOf(file)[1]);
+    }
 }
 
 TEST_F(Save, NamesOnlyIsOneLine) {
