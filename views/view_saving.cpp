@@ -26,6 +26,7 @@ bool VDBViewRep::beginSave(TextFile& file, const LightweightString<wchar_t>& nam
         appendParam(file, *param);
     }
     bottom->save_column_header(file, false);
+    file.beginSave(name);
     return true;
 }
 
@@ -66,7 +67,7 @@ int VDBViewRep::saveAsText(LightweightString<wchar_t> name, bool headerOnly) {
         return 0;
     }
     const int written = headerOnly ? 0 : writeRows(file);
-    return file.save(name, TextFile::eLF) ? written : 0;
+    return file.endSave() ? written : 0;
 }
 
 int VDBViewRep::saveAsText(const char* name, bool headerOnly) {
@@ -79,7 +80,7 @@ int VDBViewRep::saveOnlyTagged(LightweightString<wchar_t> name) {
         return 0;
     }
     const int looked = writeTaggedRecords(file);
-    return file.save(name, TextFile::eLF) ? looked : 0;
+    return file.endSave() ? looked : 0;
 }
 
 int VDBViewRep::saveOnlyTagged(const char* name) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 #include "testing/failing_allocator.h"
@@ -132,13 +133,15 @@ TEST_F(Save, WidthsAreThoseOfTheLongestValuesHoweverManyColumnsThereAre) {
             if (random.oneIn(3)) values[0] += "\\\\";  // no plainly quoted line
             lines.push_back(testing_support::quotedLine(values));
         }
-        folder_.write("in", joined(testing_support::headerAnd(Strings(columns, "c"), lines)));
-        vekdb table(folder_.widePath("in"), 100, true);
+        folder.write("in", joined(testing_support::headerAnd(Strings(columns, "c"), lines)));
+        vekdb table(folder.widePath("in"), 100, true);
         ASSERT_EQ(lines.size(), table.get_num_records());
         if (table.get_num_records() > 2) table.set_field(1, columns - 1, "now a string");
         std::string widths;
         for (unsigned i = 0; i < columns; ++i) {
-            widths += (i > 0 ? ",\"" : "\"") + std::to_string(table.get_fieldsize(i)) + "\"";
+            const auto least = static_cast<unsigned>(vekdb::getMinFieldSize("c"));
+            const unsigned width = std::max(least, table.get_fieldsize(i));
+            widths += (i > 0 ? ",\"" : "\"") + std::to_string(width) + "\"";
         }
         TextFile file;
         table.save_column_header(file, false);
