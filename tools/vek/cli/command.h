@@ -13,7 +13,7 @@
 ///
 /// 1. Write `tools/vek/NAME.cpp` with one function `Command NAMECommand()` that returns its
 ///    declaration, and name that function in `tools/vek/commands.h` and in the list in
-///    `tools/vek/main.cpp`.
+///    `tools/vek/commands.cpp`.
 /// 2. The declaration's last member is `int run(const Args&)`. It returns an ExitCode. Whatever
 ///    ends it early is thrown as a Failure{code, text}; main says it and leaves with the code.
 /// 3. Read with `readLog(args)` (cli/log.h): any format, a path or "-". A Log is the library's
