@@ -29,13 +29,6 @@ bool areSame(RecordKey a, RecordKey b) {
 
 }  // namespace
 
-WideItem wideItem(const SortKeys& keys, RecordKey key, std::size_t index) {
-    __extension__ using Form = unsigned __int128;
-    const Form form = keys.shortForm<Form>(key) << (WideItem::keyBits - keys.chosenBits());
-    return {static_cast<std::uint64_t>(form >> 32), static_cast<std::uint32_t>(form),
-            static_cast<std::uint32_t>(index)};
-}
-
 KeyRanks::KeyRanks(SortKeys& keys)
     : keys_(keys),
       most_(keys.count() / rowsForEach),
@@ -70,14 +63,11 @@ std::uint32_t KeyRanks::idOf(RecordKey key) {
 }
 
 void KeyRanks::rank() {
-    keys_.choosePlaces(WideItem::keyBits);
-    std::vector<WideItem> items;
-    items.reserve(different_.size());
-    for (std::size_t id = 0; id < different_.size(); ++id) {
-        items.push_back(wideItem(keys_, different_[id], id));
-    }
-    sortItems(items.data(), items.size(), *this);
-    Numbers ranks = std::make_unique_for_overwrite<std::uint32_t[]>(items.size());
-    for (std::uint32_t rank = 0; rank < items.size(); ++rank) ranks[items[rank].index] = rank;
-    ranks_ = std::move(ranks);
+    const std::size_t n = different_.size();
+    SortItems items(n);
+    keys_.choosePlaces(items.keyRoom());
+    for (std::size_t id = 0; id < n; ++id) items.set(id, keys_.shortForm(different_[id]));
+    items.sort(keys_.chosenBits(), this);
+    ranks_ = std::make_unique_for_overwrite<std::uint32_t[]>(n);
+    for (std::uint32_t rank = 0; rank < n; ++rank) ranks_[items[rank]] = rank;
 }

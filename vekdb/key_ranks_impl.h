@@ -36,6 +36,3 @@ private:
     Numbers ids_;                       // by row
     Numbers ranks_;                     // by id
 };
-
-/// The first 96 bits of a key's short form; the places must have been chosen for as many.
-WideItem wideItem(const SortKeys& keys, RecordKey key, std::size_t index);

@@ -17,6 +17,13 @@ public:
         if (record.storage_ == dbrecord::Storage::slices) return record.values_.slices->view(index);
         return record.values_.strings->view(index);
     }
+    /// Has the processor fetch what `view` will read first, and then, when it is there, the start
+    /// of the text.
+    static void expectView(const dbrecord& record) { __builtin_prefetch(record.values_.slices); }
+    static void expectText(const dbrecord& record) {
+        if (record.storage_ != dbrecord::Storage::slices) return;
+        __builtin_prefetch(record.values_.slices->first());
+    }
     static void setChanged(const dbrecord& record, bool changed) { record.changed_ = changed; }
 
     /// What reading a line does to a record that it filled: the record is changed, its table

@@ -59,21 +59,9 @@ std::string_view textToCompare(const dbrecord& record, int column) {
     return record.fieldView(static_cast<unsigned>(column)).data();
 }
 
-std::string_view withoutLeadingSpace(std::string_view text) {
-    std::size_t blanks = 0;
-    while (blanks < text.size() && isAsciiSpace(text[blanks])) ++blanks;
-    return text.substr(blanks);
-}
-
 ValueOrder valueOrderOf(int column) {
     if (column == timecode_field) return ValueOrder::timecode;
     return s_off == 0 && force_normal_sort == 0 ? ValueOrder::people : ValueOrder::part;
-}
-
-std::string_view timecodeHead(std::string_view text) { return text.substr(0, timecodeHeadLength); }
-
-std::string_view timecodeTail(std::string_view text) {
-    return text.substr(std::min<std::size_t>(timecodeHeadLength + 1, text.size()));
 }
 
 std::string_view partToCompare(std::string_view text) {
@@ -109,13 +97,13 @@ int compareDescending(const dbrecord& a, const dbrecord& b) {
 }
 
 int dbr_cmp(const void* a, const void* b) {
-    countComparison();
+    countComparisons(1);
     return compareAscending(**static_cast<dbrecord* const*>(a),
                             **static_cast<dbrecord* const*>(b));
 }
 
 int dbr_backcmp(const void* a, const void* b) {
-    countComparison();
+    countComparisons(1);
     return compareDescending(**static_cast<dbrecord* const*>(a),
                              **static_cast<dbrecord* const*>(b));
 }

@@ -29,6 +29,35 @@ std::size_t leadingZeros(std::string_view digits) {
     return std::min(digits.find_first_not_of('0'), digits.size());
 }
 
+// Eight characters at once: what is above 'Z' is carried into a byte's top bit where it is added
+// to, and so is what is not below 'A'.
+std::uint64_t foldedWord(std::uint64_t word) {
+    constexpr std::uint64_t ones = 0x0101010101010101;
+    constexpr std::uint64_t tops = 0x80 * ones;
+    const std::uint64_t low = word & ~tops;
+    const std::uint64_t fromA = low + (0x80 - 'A') * ones;
+    const std::uint64_t aboveZ = low + (0x7F - 'Z') * ones;
+    return word | ((fromA & ~aboveZ & ~word & tops) >> 2);
+}
+
+void foldWord(unsigned char* to, const char* from) {
+    std::uint64_t word;
+    std::memcpy(&word, from, sizeof word);
+    word = foldedWord(word);
+    std::memcpy(to, &word, sizeof word);
+}
+
+// The last word reaches back over what was folded before.
+void foldTo(unsigned char* to, const char* from, std::size_t n) {
+    constexpr std::size_t word = sizeof(std::uint64_t);
+    if (n < word) {
+        for (std::size_t i = 0; i < n; ++i) to[i] = static_cast<unsigned char>(asciiLower(from[i]));
+        return;
+    }
+    for (std::size_t i = 0; i < n - word; i += word) foldWord(to + i, from + i);
+    foldWord(to + n - word, from + n - word);
+}
+
 }  // namespace
 
 KeyLayout::KeyLayout(bool descending) : descending_(descending) {
@@ -79,24 +108,14 @@ private:
     bool isCut_ = false;
 };
 
-void RecordKeyWriter::open(unsigned places) {
-    segment_ = at_++;
-    end_ = at_ + places;
-}
-
-void RecordKeyWriter::close() {
-    *segment_ = static_cast<unsigned char>(at_ - segment_ - 1);
-    ++segments_;
-}
-
 RecordKey RecordKeyWriter::write(const dbrecord& record, unsigned char* to) {
-    begin_ = to;
     at_ = to + RecordKey::header;
     segments_ = 0;
     isCut_ = layout_.leavesColumnsOut();
     layout_.isDescending() ? writeDescending(record) : writeAscending(record);
-    while ((at_ - begin_) % RecordKey::word != 0) *at_++ = 0;
-    to[0] = static_cast<unsigned char>(at_ - begin_);
+    std::memset(at_, 0, RecordKey::word);
+    const auto used = static_cast<std::size_t>(at_ - to);
+    to[0] = static_cast<unsigned char>((used + RecordKey::word - 1) & ~(RecordKey::word - 1));
     to[1] = static_cast<unsigned char>(segments_ | (isCut_ ? RecordKey::cutMark : 0));
     return RecordKey(to);
 }
@@ -159,9 +178,7 @@ bool RecordKeyWriter::writeMarks(const KeyLayout::Column& column, const ZeroMark
 
 void RecordKeyWriter::putFolded(std::string_view text) {
     const std::size_t n = std::min(text.size(), static_cast<std::size_t>(end_ - at_));
-    for (std::size_t i = 0; i < n; ++i) {
-        at_[i] = static_cast<unsigned char>(asciiLower(text[i]));
-    }
+    foldTo(at_, text.data(), n);
     at_ += n;
 }
 

@@ -65,7 +65,7 @@ private:
 class RecordKey {
 public:
     static constexpr std::size_t word = 8;
-    static constexpr std::size_t largest = 80;  // sizes, lengths and all places
+    static constexpr std::size_t largest = 88;  // sizes, lengths, all places and a word of zeros
 
     explicit RecordKey(const unsigned char* bytes) : bytes_(bytes) {}
 
@@ -78,7 +78,8 @@ public:
     template <class Take>
     void forEachSegment(Take take) const {
         const unsigned char* at = bytes_ + header;
-        for (unsigned i = 0; i < segmentCount(); ++i) {
+        const unsigned count = segmentCount();
+        for (unsigned i = 0; i < count; ++i) {
             take(i, at + 1, unsigned{at[0]});
             at += 1 + at[0];
         }
@@ -111,8 +112,14 @@ private:
         if (at_ != end_) *at_++ = byte;
     }
     bool isFull() const { return at_ == end_; }
-    void open(unsigned places);
-    void close();
+    void open(unsigned places) {
+        segment_ = at_++;
+        end_ = at_ + places;
+    }
+    void close() {
+        *segment_ = static_cast<unsigned char>(at_ - segment_ - 1);
+        ++segments_;
+    }
 
     void writeAscending(const dbrecord& record);
     void writeDescending(const dbrecord& record);
@@ -124,7 +131,6 @@ private:
     void putDigits(std::string_view digits);
 
     const KeyLayout& layout_;
-    unsigned char* begin_ = nullptr;
     unsigned char* segment_ = nullptr;  // the length of the open one
     unsigned char* at_ = nullptr;
     unsigned char* end_ = nullptr;  // of the open segment

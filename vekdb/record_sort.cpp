@@ -1,176 +1,134 @@
 #include "vekdb/record_sort_impl.h"
 
 #include <algorithm>
-#include <bit>
-#include <cstdint>
-#include <cstring>
-#include <iterator>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "vekdb/key_ranks_impl.h"
 #include "vekdb/record_compare_impl.h"
-#include "vekdb/sort_items_impl.h"
 #include "vekdb/sort_keys_impl.h"
+#include "vekdb/sort_room_impl.h"
 
 namespace {
 
 // Fewer rows are sorted before their keys would be made.
 constexpr std::size_t worthKeys = 48;
 
-template <class Item>
-std::unique_ptr<Item[]> makeItems(std::size_t n) {
-    return std::make_unique_for_overwrite<Item[]>(n);
-}
-
-/// One sort: makes items of the rows, has them sorted and puts the entries in their order.
+/// One sort: makes items of the records and has them sorted.
 class RecordSort final : private iTieBreak {
 public:
-    RecordSort(SortEntry* entries, std::size_t n, bool descending);
+    RecordSort(const dbrecord* const* records, std::size_t n, bool descending)
+        : records_(records), n_(n), descending_(descending), items_(n) {}
 
-    void run() { isForKeys_ ? sortByKeys() : sortByRecords(); }
+    SortItems order();
 
 private:
     void sortByRecords();
     void sortByKeys();
+    void keepKeys(const SortKeys& keys);
     template <class KeyOf>
-    void sortNarrow(const SortKeys& keys, KeyOf keyOf);
-    void sortWide(SortKeys& keys);
-    template <class Item, class IndexOf>
-    void putInOrder(const Item* items, IndexOf indexOf);
+    void sortBy(unsigned keyBits, KeyOf keyOf, const iTieBreak* ties);
 
     int decide(std::size_t a, std::size_t b) const override;
     int compareRecords(std::size_t a, std::size_t b) const;
-    int compareByKeys(std::size_t a, std::size_t b) const;
 
-    SortEntry* entries_;
+    const dbrecord* const* records_;
     std::size_t n_;
     bool descending_;
-    unsigned indexBits_;
-    bool isForKeys_;
-    bool inOrder_ = true;             // by position
-    const SortKeys* keys_ = nullptr;  // where the short ones do not tell everything
+    SortItems items_;
+    const SortKeys* keys_ = nullptr;
     std::unique_ptr<const unsigned char*[]> keyOf_;
 };
 
-RecordSort::RecordSort(SortEntry* entries, std::size_t n, bool descending)
-    : entries_(entries),
-      n_(n),
-      descending_(descending),
-      indexBits_(static_cast<unsigned>(std::bit_width(n - 1))),
-      isForKeys_(n >= worthKeys) {
-    for (std::size_t i = 1; i < n_; ++i) {
-        inOrder_ = inOrder_ && entries_[i - 1].position < entries_[i].position;
-    }
-}
-
 int RecordSort::compareRecords(std::size_t a, std::size_t b) const {
-    const dbrecord& x = *entries_[a].record;
-    const dbrecord& y = *entries_[b].record;
+    const dbrecord& x = *records_[a];
+    const dbrecord& y = *records_[b];
     return descending_ ? compareDescending(x, y) : compareAscending(x, y);
 }
 
-int RecordSort::compareByKeys(std::size_t a, std::size_t b) const {
+int RecordSort::decide(std::size_t a, std::size_t b) const {
+    if (keys_ == nullptr) return compareRecords(a, b);
     const RecordKey x(keyOf_[a]);
     const int order = keys_->compare(x, RecordKey(keyOf_[b]));
     return order == 0 && x.isCut() ? compareRecords(a, b) : order;
 }
 
-int RecordSort::decide(std::size_t a, std::size_t b) const {
-    int order = 0;
-    if (!isForKeys_) {
-        order = compareRecords(a, b);
-    } else if (keys_ != nullptr) {
-        order = compareByKeys(a, b);
-    }
-    if (order != 0) return order;
-    return int{entries_[a].position > entries_[b].position} -
-           int{entries_[a].position < entries_[b].position};
-}
-
-template <class Item, class IndexOf>
-void RecordSort::putInOrder(const Item* items, IndexOf indexOf) {
-    auto sorted = makeItems<SortEntry>(n_);
-    for (std::size_t i = 0; i < n_; ++i) {
-        sorted[i] = entries_[indexOf(items[i])];
-    }
-    std::memcpy(entries_, sorted.get(), n_ * sizeof(SortEntry));
+SortItems RecordSort::order() {
+    n_ < worthKeys ? sortByRecords() : sortByKeys();
+    return std::move(items_);
 }
 
 void RecordSort::sortByRecords() {
-    auto items = makeItems<std::uint32_t>(n_);
-    for (std::size_t i = 0; i < n_; ++i) items[i] = static_cast<std::uint32_t>(i);
-    sortItems(items.get(), n_, *this);
-    putInOrder(items.get(), [](std::uint32_t index) { return index; });
+    sortBy(0, [](std::size_t) { return 0; }, this);
 }
 
 void RecordSort::sortByKeys() {
-    SortKeys keys(entries_, n_, descending_);
-    const bool isNarrow = keys.bits() + indexBits_ <= narrowBits;
-    if (keys.anyCut() || !isNarrow) {
-        keys_ = &keys;
-        keyOf_ = makeItems<const unsigned char*>(n_);
-        RecordKey key = keys.first();
-        for (std::size_t i = 0; i < n_; ++i, key = SortKeys::next(key)) keyOf_[i] = key.bytes();
+    countComparisons(n_ - 1);
+    SortKeys keys(records_, n_, descending_);
+    const bool isShort = keys.bits() <= items_.keyRoom();
+    if (keys.anyCut() || !isShort) keepKeys(keys);
+    if (!isShort) {
+        const KeyRanks ranks(keys);
+        if (ranks.areKnown()) {
+            return sortBy(
+                ranks.bits(), [&](std::size_t i) { return ranks.rankOf(i); },
+                keys.anyCut() ? this : nullptr);
+        }
     }
-    if (isNarrow) {
-        keys.choosePlaces(narrowBits - indexBits_);
-        RecordKey key = keys.first();
-        return sortNarrow(keys, [&](std::size_t) {
-            const auto form = keys.shortForm<NarrowItem>(key);
-            key = SortKeys::next(key);
-            return form;
-        });
-    }
-    const KeyRanks ranks(keys);
-    if (!ranks.areKnown()) return sortWide(keys);
-    if (!keys.anyCut()) keys_ = nullptr;
-    sortNarrow(keys, [&](std::size_t i) { return NarrowItem{ranks.rankOf(i)}; });
+    keys.choosePlaces(items_.keyRoom());
+    RecordKey key = keys.first();
+    auto nextForm = [&](std::size_t) {
+        const SortItem form = keys.shortForm(key);
+        key = SortKeys::next(key);
+        return form;
+    };
+    sortBy(keys.chosenBits(), nextForm, keys_ != nullptr ? this : nullptr);
 }
 
-// Where indices go up with positions, and keys tell everything, the item's number decides alone.
+// Where the short ones do not tell everything.
+void RecordSort::keepKeys(const SortKeys& keys) {
+    keys_ = &keys;
+    keyOf_ = makeSortRoom<const unsigned char*>(n_);
+    RecordKey key = keys.first();
+    for (std::size_t i = 0; i < n_; ++i, key = SortKeys::next(key)) keyOf_[i] = key.bytes();
+}
+
 template <class KeyOf>
-void RecordSort::sortNarrow(const SortKeys&, KeyOf keyOf) {
-    auto items = makeItems<NarrowItem>(n_);
-    for (std::size_t i = 0; i < n_; ++i) items[i] = keyOf(i) << indexBits_ | i;
-    if (keys_ == nullptr && inOrder_) {
-        sortItems(items.get(), n_);
-    } else {
-        sortItems(items.get(), n_, indexBits_, *this);
-    }
-    const NarrowItem indices = (NarrowItem{1} << indexBits_) - 1;
-    putInOrder(items.get(), [=](NarrowItem item) { return item & indices; });
-}
-
-void RecordSort::sortWide(SortKeys& keys) {
-    keys.choosePlaces(WideItem::keyBits);
-    auto items = makeItems<WideItem>(n_);
-    for (std::size_t i = 0; i < n_; ++i) items[i] = wideItem(keys, RecordKey(keyOf_[i]), i);
-    sortItems(items.get(), n_, *this);
-    putInOrder(items.get(), [](const WideItem& item) { return item.index; });
-}
-
-void sortAll(SortEntry* entries, std::size_t n, bool descending) {
-    if (n >= 2) RecordSort(entries, n, descending).run();
+void RecordSort::sortBy(unsigned keyBits, KeyOf keyOf, const iTieBreak* ties) {
+    for (std::size_t i = 0; i < n_; ++i) items_.set(i, keyOf(i));
+    items_.sort(keyBits, ties);
 }
 
 bool hasRecord(const SortEntry& entry) { return entry.record != nullptr; }
 
+bool comesBefore(const SortEntry& a, const SortEntry& b) { return a.position < b.position; }
+
 // A row that is equal to every other would leave no order among them: it is kept out.
-void sortAround(SortEntry* entries, std::size_t n, bool descending) {
+std::vector<SortEntry> presentByPosition(const SortEntry* entries, std::size_t n) {
     std::vector<SortEntry> present;
     present.reserve(n);
     std::copy_if(entries, entries + n, std::back_inserter(present), hasRecord);
-    sortAll(present.data(), present.size(), descending);
-    auto next = present.begin();
-    for (std::size_t i = 0; i < n; ++i) {
-        if (hasRecord(entries[i])) entries[i] = *next++;
+    if (!std::is_sorted(present.begin(), present.end(), comesBefore)) {
+        std::sort(present.begin(), present.end(), comesBefore);
     }
+    return present;
 }
 
 }  // namespace
 
+SortItems orderOfRecords(const dbrecord* const* records, std::size_t n, int direction) {
+    return RecordSort(records, n, direction < 0).order();
+}
+
 void sortRecordEntries(SortEntry* entries, std::size_t n, int direction) {
-    const bool allPresent = std::all_of(entries, entries + n, hasRecord);
-    (allPresent ? sortAll : sortAround)(entries, n, direction < 0);
+    const std::vector<SortEntry> present = presentByPosition(entries, n);
+    std::vector<const dbrecord*> records;
+    records.reserve(present.size());
+    for (const SortEntry& entry : present) records.push_back(entry.record);
+    const SortItems order = orderOfRecords(records.data(), records.size(), direction);
+    std::size_t next = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        if (hasRecord(entries[i])) entries[i] = present[order[next++]];
+    }
 }

@@ -8,8 +8,8 @@
 /// The columns to compare by, in order, ended by the first negative entry. Belongs to the table
 /// or to whoever gave the list to `set_sortfields`.
 extern int* cmp_fields;
-/// How many comparisons were made since the last `sortPrepare`, also those that a prepared key
-/// decided.
+/// How many comparisons were made since the last `sortPrepare`. Keys that a sort prepares count as
+/// one for each row but the first.
 extern int comco;
 /// Where in a value the comparison begins: so many characters from its front, or, when negative,
 /// from its end.

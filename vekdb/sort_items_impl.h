@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 
 /// Decides between rows, by their indices, whose short keys are the same.
 class iTieBreak {
@@ -12,26 +13,35 @@ protected:
     ~iTieBreak() = default;
 };
 
-// What C's qsort moves about in place of rows. qsort hands its comparison the items and nothing
-// else, so what belongs to the sort under way stands in variables of the process: only one sort
-// may run at a time. Every comparison is counted.
+/// What a sort moves about in place of rows: a short key above, the row's index in the lowest
+/// bits.
+using SortItem = std::uint64_t;
 
-/// A short key above, the row's index in the lowest bits.
-using NarrowItem = std::uint64_t;
-inline constexpr unsigned narrowBits = 64;
+/// The items of a sort, made in the order of their indices.
+class SortItems {
+public:
+    static constexpr unsigned bits = 64;
 
-/// A short key beside the row's index.
-struct WideItem {
-    static constexpr unsigned keyBits = 96;
+    explicit SortItems(std::size_t n);
 
-    std::uint64_t high;
-    std::uint32_t low;
-    std::uint32_t index;
+    /// The bits that the indices leave for keys.
+    unsigned keyRoom() const { return bits - indexBits_; }
+    void set(std::size_t index, SortItem key) { items_[index] = key << indexBits_ | index; }
+    /// The index that has come to the place.
+    std::size_t operator[](std::size_t place) const { return items_[place] & indices(); }
+
+    /// Sorts by keys of so many bits. Where they are the same the ties are decided; without
+    /// `ties` the indices decide.
+    void sort(unsigned keyBits, const iTieBreak* ties);
+
+private:
+    using Items = std::unique_ptr<SortItem[]>;
+
+    SortItem indices() const { return (SortItem{1} << indexBits_) - 1; }
+    void deal(Items& spare, unsigned shift, unsigned digitBits);
+    void sortTies(Items& spare, const iTieBreak& ties);
+
+    std::size_t n_;
+    unsigned indexBits_;
+    Items items_;
 };
-
-/// Sorts by the whole number, so that indices decide between keys that are the same.
-void sortItems(NarrowItem* items, std::size_t n);
-void sortItems(NarrowItem* items, std::size_t n, unsigned indexBits, const iTieBreak& ties);
-void sortItems(WideItem* items, std::size_t n, const iTieBreak& ties);
-/// Items are indices and nothing else: every comparison is the tie-breaker's.
-void sortItems(std::uint32_t* items, std::size_t n, const iTieBreak& ties);

@@ -1,12 +1,13 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "vekdb/record_key_impl.h"
-#include "vekdb/record_sort_impl.h"
 
-/// The sort keys of a run of entries, and their short forms: numbers of as few bits as tell the
+/// The sort keys of a run of records, and their short forms: numbers of as few bits as tell the
 /// keys apart.
 ///
 /// The short form numbers the bytes that occur at each place of the keys and writes these
@@ -14,7 +15,7 @@
 /// of a number take four bits, so two columns of a log often fit into five or six bytes.
 class SortKeys {
 public:
-    SortKeys(const SortEntry* entries, std::size_t n, bool descending);
+    SortKeys(const dbrecord* const* records, std::size_t n, bool descending);
     ~SortKeys();
     SortKeys(const SortKeys&) = delete;
     SortKeys& operator=(const SortKeys&) = delete;
@@ -34,27 +35,29 @@ public:
 
     /// The bits of a short form that nothing is left out of.
     unsigned bits() const { return bits_; }
-    /// Prepares short forms of at most `room` bits: the first ones.
+    /// Prepares short forms of at most `room` bits, fewer than 64: the first ones.
     void choosePlaces(unsigned room);
     unsigned chosenBits() const { return chosenBits_; }
-    /// The short form of a key. `Form` has room for the bits chosen and is unsigned.
-    template <class Form>
-    Form shortForm(RecordKey key) const;
+    std::uint64_t shortForm(RecordKey key) const;
 
 private:
+    // What each byte at a place adds to a short form.
+    using Forms = std::array<std::uint64_t, 256>;
     struct Place {
-        std::uint8_t place;    // of all
-        std::uint8_t offset;   // in its segment
-        std::uint8_t dropped;  // low bits of the number that there is no room for
-        std::uint8_t shift;
+        unsigned offset;  // in its segment
+        const Forms* forms;
+        std::uint64_t padForm;  // of this place and those behind it in the segment
     };
     static constexpr unsigned mostSegments = 8;
+    static constexpr unsigned behindSegment = 0xFF;  // as an offset
 
-    void write(const SortEntry* entries);
+    void write(const dbrecord* const* records);
     void makeRoom(std::size_t used);
     void noteBytes(RecordKey key);
     void notePads();
     void numberBytes();
+    void addForms(unsigned place, unsigned dropped, unsigned shift);
+    void sumPads(Place* first, Place* end, unsigned char pad);
 
     KeyLayout layout_;
     std::size_t n_;
@@ -69,27 +72,8 @@ private:
     std::uint8_t widths_[KeyLayout::mostPlaces] = {};
     unsigned bits_ = 0;
 
-    Place places_[KeyLayout::mostPlaces];
-    unsigned placesEnd_[mostSegments] = {};  // in places_, of each segment
+    std::vector<Forms> forms_;  // of the places chosen
+    Place places_[KeyLayout::mostPlaces + mostSegments];
+    const Place* chosen_[mostSegments] = {};  // in places_, of each segment
     unsigned chosenBits_ = 0;
 };
-
-// Where the key has no such place its pad stands there.
-template <class Form>
-Form SortKeys::shortForm(RecordKey key) const {
-    Form form = 0;
-    auto add = [&](unsigned segment, const unsigned char* bytes, unsigned length) {
-        const unsigned from = segment == 0 ? 0 : placesEnd_[segment - 1];
-        const unsigned char pad = layout_.segment(segment).pad;
-        for (unsigned i = from; i < placesEnd_[segment]; ++i) {
-            const Place& at = places_[i];
-            const unsigned char byte = at.offset < length ? bytes[at.offset] : pad;
-            form |= static_cast<Form>(numbers_[at.place][byte] >> at.dropped) << at.shift;
-        }
-    };
-    key.forEachSegment(add);
-    for (unsigned i = key.segmentCount(); i < layout_.segmentCount(); ++i) add(i, nullptr, 0);
-    // The complement turns the order round.
-    const Form all = static_cast<Form>((static_cast<Form>(1) << chosenBits_) - 1);
-    return layout_.isDescending() ? all - form : form;
-}

@@ -1,7 +1,8 @@
-#include <memory>
+#include <algorithm>
 
 #include "vekdb/record_sort_impl.h"
 #include "vekdb/sort.h"
+#include "vekdb/sort_room_impl.h"
 #include "vekdb/table.h"
 #include "vekdb/table_parts_impl.h"
 
@@ -31,14 +32,10 @@ int* vekdb::sortPrepare(int, int forceNormal) {
 void vekdb::sort(int direction, int forceNormal) {
     sortPrepare(direction, forceNormal);
     const unsigned count = parts().rows.count();
-    auto entries = std::make_unique_for_overwrite<SortEntry[]>(count);
     dbrecord** rows = parts().rows.inOneArray();
-    for (unsigned i = 0; i < count; ++i) {
-        entries[i] = {rows[i], i};
-    }
-    sortRecordEntries(entries.get(), count, direction);
-    for (unsigned i = 0; i < count; ++i) {
-        rows[i] = const_cast<dbrecord*>(entries[i].record);  // the table's own, only moved
-    }
+    const SortItems order = orderOfRecords(rows, count, direction);
+    auto before = makeSortRoom<dbrecord*>(count);
+    std::copy(rows, rows + count, before.get());
+    for (unsigned i = 0; i < count; ++i) rows[i] = before[order[i]];
     if (parts().rows.tagsOnly() != 0) index_tags();
 }

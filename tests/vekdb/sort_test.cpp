@@ -642,6 +642,29 @@ TEST(RandomSort, GivesTheOrderOfThePlainModel) {
     }
 }
 
+// So many rows that every way of preparing keys is worth it; the second sort finds them in
+// another order than they were made in.
+TEST(RandomSort, OrdersManyRowsAndThenThemAnew) {
+    RandomTables random;
+    for (int round = 0; round < 14; ++round) {
+        const unsigned columns = 2 + random.below(2);
+        Settings settings = random.settings(columns);
+        Rows rows = random.rows(columns, 1500 + random.below(1500));
+        auto table = tableOf(columnsFor(settings), rows);
+        for (int sort = 0; sort < 2; ++sort) {
+            std::vector<int> list;
+            apply(*table, settings, list);
+            table->sort(settings.direction, settings.forceNormal);
+            std::stable_sort(rows.begin(), rows.end(), [&](const Values& a, const Values& b) {
+                return modelCompare(a, b, settings) < 0;
+            });
+            ASSERT_EQ(rows, rowsOf(*table));
+            settings.columns = {static_cast<int>(random.below(columns)), 0};
+            settings.direction = -settings.direction;
+        }
+    }
+}
+
 TEST(RandomSort, TheRoutinesAgreeWithThePlainModel) {
     RandomTables random;
     for (int round = 0; round < 60; ++round) {
@@ -705,6 +728,30 @@ TEST(SortKey, DecidesAsTheRecordComparisonWhereItDecides) {
     EXPECT_GT(decided, 10000u);
 }
 
+TEST(SortKey, FoldsLettersAndNothingElseWhereverTheyStand) {
+    auto table = oneColumn({"", ""});
+    table->sortPrepare(-1, 0);
+    const KeyLayout layout(true);
+    const dbrecord& plain = *table->get_record(0);
+    const dbrecord& folded = *table->get_record(1);
+    for (unsigned length = 1; length < 20; ++length) {
+        for (unsigned place = 0; place < length; ++place) {
+            for (int byte = 1; byte < 256; ++byte) {
+                std::string text(length, 'Q');
+                text[place] = static_cast<char>(byte);
+                table->setField(0, 0, text.c_str());
+                table->setField(1, 0, lower(text).c_str());
+                ASSERT_EQ(0, KeysOfTwo(layout, plain, folded).order) << text;
+                const std::string other = lower(std::string(length, 'Q'));
+                table->setField(1, 0, other.c_str());
+                ASSERT_EQ(sign(lower(text).compare(other)),
+                          sign(KeysOfTwo(layout, plain, folded).order))
+                    << text;
+            }
+        }
+    }
+}
+
 // --- entries
 
 std::vector<unsigned> positionsOf(const std::vector<SortEntry>& entries) {
@@ -764,6 +811,21 @@ TEST(SortEntries, RowsWithoutARecordAloneStayAsTheyAre) {
 }
 
 // --- exhausted memory
+
+TEST(SortEntries, StandAsTheyDidWhenMemoryIsExhausted) {
+    auto table = oneColumn({"c", "b", "a"});
+    table->sortPrepare(1, 0);
+    std::vector<SortEntry> entries;
+    for (unsigned i = 0; i < 90; ++i) {
+        entries.push_back({i % 7 == 0 ? nullptr : table->get_record(i % 3), i * 31 % 97});
+    }
+    const std::vector<unsigned> before = positionsOf(entries);
+    const unsigned failures = testing_support::failEachAllocation(
+        [&] { sortRecordEntries(entries.data(), entries.size(), 1); },
+        [&] { ASSERT_EQ(before, positionsOf(entries)); });
+    EXPECT_GT(failures, 1u);
+    EXPECT_NE(before, positionsOf(entries));
+}
 
 TEST(TableSort, LeavesTheRowsAsTheyWereWhenMemoryIsExhausted) {
     Values values;
