@@ -35,7 +35,7 @@ void raiseWide(std::uint16_t* lengths, const std::uint16_t* ends, unsigned gap) 
 
 #endif
 
-void raise(std::uint16_t& length, unsigned found) {
+void raiseTo(std::uint16_t& length, unsigned found) {
     length = std::max(length, static_cast<std::uint16_t>(found));
 }
 
@@ -45,14 +45,14 @@ void raise(std::uint16_t& length, unsigned found) {
 void LineSlices::raiseLengths(std::uint16_t* lengths, unsigned values) const {
     if (values == 0) return;
     const std::uint16_t* const ends = next();
-    raise(lengths[0], ends[0] - gap());
+    raiseTo(lengths[0], ends[0] - gap());
 #if defined(__SSE2__)
     if (values > wide) {
         for (unsigned i = 1; i + wide < values; i += wide) raiseWide(lengths + i, ends + i, gap());
         return raiseWide(lengths + values - wide, ends + values - wide, gap());
     }
 #endif
-    for (unsigned i = 1; i < values; ++i) raise(lengths[i], ends[i] - ends[i - 1] - gap());
+    for (unsigned i = 1; i < values; ++i) raiseTo(lengths[i], ends[i] - ends[i - 1] - gap());
 }
 
 LineStore::LineStore(Quor::Ptr<TextBlock> text)
