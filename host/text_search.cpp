@@ -227,7 +227,8 @@ namespace {
 
 // Before this is known the narrower steps are taken.
 const bool hasMaskedLoads =
-    __builtin_cpu_supports("avx512bw") != 0 && __builtin_cpu_supports("bmi2") != 0;
+    __builtin_cpu_supports("avx512bw") != 0 && __builtin_cpu_supports("avx512vl") != 0 &&
+    __builtin_cpu_supports("bmi2") != 0;
 
 }  // namespace
 
@@ -253,16 +254,31 @@ constexpr std::size_t kWidest = 64;
     return _mm512_mask_cmpeq_epi8_mask(bytes, _mm512_or_si512(loaded, setBits), expected);
 }
 
-}  // namespace
+// As 16 bytes, which seldom reach into a piece of memory that the value does not.
+[[gnu::target("avx512bw,avx512vl")]] __mmask16 fewPassing(__mmask16 bytes, const char* from,
+                                                          const Criterion::Filter& filter,
+                                                          unsigned half) {
+    const __m128i setBits = _mm_set1_epi8(static_cast<char>(filter.setBits[half]));
+    const __m128i expected = _mm_set1_epi8(static_cast<char>(filter.expected[half]));
+    const __m128i loaded = _mm_maskz_loadu_epi8(bytes, from);
+    return _mm_mask_cmpeq_epi8_mask(bytes, _mm_or_si128(loaded, setBits), expected);
+}
 
-// Most values are looked through in a single step.
-[[gnu::target("avx512bw,bmi2")]] bool containsBySixtyFour(std::string_view text,
-                                                          const Needle& needle) {
-    if (text.size() < needle.term.size()) {
-        return false;
-    }
+[[gnu::target("avx512bw,avx512vl,bmi2")]] bool containsInFew(std::string_view text,
+                                                             std::size_t places,
+                                                             const Needle& needle) {
     const Criterion::Filter& filter = filterOf(needle);
-    const std::size_t places = text.size() - needle.term.size() + 1;
+    const auto here = static_cast<__mmask16>(_bzhi_u32(0xFFFF, static_cast<unsigned>(places)));
+    const char* from = text.data();
+    const __mmask16 first = fewPassing(here, from + needle.anchors.places[0], filter, 0);
+    const __mmask16 both = fewPassing(first, from + needle.anchors.places[1], filter, 1);
+    return standsAmong(text, 0, both, needle);
+}
+
+// Most long values are looked through in a single step.
+[[gnu::target("avx512bw,bmi2")]] bool containsInMany(std::string_view text, std::size_t places,
+                                                     const Needle& needle) {
+    const Criterion::Filter& filter = filterOf(needle);
     for (std::size_t i = 0; i < places; i += kWidest) {
         const char* from = text.data() + i;
         const auto left = static_cast<unsigned>(std::min(places - i, kWidest));
@@ -274,6 +290,17 @@ constexpr std::size_t kWidest = 64;
         }
     }
     return false;
+}
+
+}  // namespace
+
+bool containsBySixtyFour(std::string_view text, const Needle& needle) {
+    if (text.size() < needle.term.size()) {
+        return false;
+    }
+    const std::size_t places = text.size() - needle.term.size() + 1;
+    return places <= kWide ? containsInFew(text, places, needle)
+                           : containsInMany(text, places, needle);
 }
 
 bool contains(std::string_view text, const Needle& needle) {
@@ -333,15 +360,6 @@ void Criteria::add(const Criterion& criterion) {
 const Criterion& Criteria::getCriterion(unsigned short i) const {
     static const Criterion none;
     return i < criteria_.size() ? criteria_[i] : none;
-}
-
-bool Criteria::areSatisfiedBy(std::string_view text, unsigned flags) const {
-    for (const Criterion& criterion : criteria_) {
-        if (!criterion.isSatisfiedBy(text, flags)) {
-            return false;
-        }
-    }
-    return true;
 }
 
 }  // namespace TextSearch

@@ -75,7 +75,14 @@ public:
     const Criterion& getCriterion(unsigned short i) const;
 
     /// Whether the text satisfies every criterion.
-    bool areSatisfiedBy(std::string_view text, unsigned flags) const;
+    bool areSatisfiedBy(std::string_view text, unsigned flags) const {
+        for (const Criterion& criterion : criteria_) {
+            if (!criterion.isSatisfiedBy(text, flags)) {
+                return false;
+            }
+        }
+        return true;
+    }
 
 private:
     std::vector<Criterion> criteria_;

@@ -23,9 +23,16 @@ QueryPass::QueryPass(const VDBBase& table, const Query& query, const Columns& co
     }
 }
 
+unsigned QueryPass::firstColumn() const {
+    if (!ranges_.empty()) return ranges_.front().columns.start;
+    return questions_.empty() ? LabelColumns::missing : questions_.front().column;
+}
+
 bool QueryPass::matches(const dbrecord& record) const {
     for (const RangeQuestion& range : ranges_) {
-        if (!rangeHolds(record, range.columns, range.text)) return false;
+        const std::string_view start = RecordAccess::view(record, range.columns.start);
+        const std::string_view end = RecordAccess::view(record, range.columns.end);
+        if (!rangeHolds(start, end, range.text)) return false;
     }
     for (const Question& question : questions_) {
         const std::string_view value = RecordAccess::view(record, question.column);

@@ -8,6 +8,7 @@
 #include "vekdb/value_match_impl.h"
 
 class VDBBase;
+class dbrecord;
 struct SpecialLabelPair;
 
 /// The two columns of a pair as the table has them.
@@ -20,6 +21,8 @@ public:
     QueryPass(const VDBBase& table, const Query& query, const Columns& columns);
 
     bool matches(const dbrecord& record) const;
+    /// The column whose value every record is asked for first.
+    unsigned firstColumn() const;
 
 private:
     struct Question {

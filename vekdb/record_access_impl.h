@@ -17,12 +17,18 @@ public:
         if (record.storage_ == dbrecord::Storage::slices) return record.values_.slices->view(index);
         return record.values_.strings->view(index);
     }
-    /// Has the processor fetch what `view` will read first, and then, when it is there, the start
-    /// of the text.
-    static void expectView(const dbrecord& record) { __builtin_prefetch(record.values_.slices); }
-    static void expectText(const dbrecord& record) {
+    // Have the processor fetch what `view` will read first, and then, when it is there, the start
+    // of the text or a value of it. Always inlined: as functions they would be taken to have no
+    // effect, and calls of them would go away.
+    [[gnu::always_inline]] static void expectView(const dbrecord& record) {
+        __builtin_prefetch(record.values_.slices);
+    }
+    [[gnu::always_inline]] static void expectText(const dbrecord& record) {
         if (record.storage_ != dbrecord::Storage::slices) return;
         __builtin_prefetch(record.values_.slices->first());
+    }
+    [[gnu::always_inline]] static void expectValue(const dbrecord& record, unsigned index) {
+        __builtin_prefetch(view(record, index).data());
     }
     static void setChanged(const dbrecord& record, bool changed) { record.changed_ = changed; }
 

@@ -110,6 +110,12 @@ unsigned Rows::newRow(unsigned raw) const {
     return found == end ? none : static_cast<unsigned>(found - tagged_);
 }
 
+Rows::Piece Rows::shownFrom(unsigned position) const {
+    if (tagsOnly_ != 0) return {tagged_ + position, taggedCount_ - position};
+    if (position < gapAt_) return {slots_ + position, gapAt_ - position};
+    return {slots_ + gap_ + position, count_ - position};
+}
+
 unsigned Rows::rawRow(unsigned shown) const {
     if (tagsOnly_ == 0) return shown;
     if (shown > taggedCount_ || shown >= taggedRoom_ || tagged_[shown] == nullptr) return none;

@@ -32,6 +32,12 @@ public:
         if (position >= shownCount()) return nullptr;
         return tagsOnly_ != 0 ? tagged_[position] : at(position);
     }
+    /// Shown rows that stand behind each other, from a position below their count on.
+    struct Piece {
+        dbrecord* const* records;
+        unsigned count;
+    };
+    Piece shownFrom(unsigned position) const;
     unsigned newRow(unsigned raw) const;
     unsigned rawRow(unsigned shown) const;
 

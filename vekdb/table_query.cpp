@@ -2,6 +2,7 @@
 
 #include "vekdb/query_pass_impl.h"
 #include "vekdb/record_access_impl.h"
+#include "vekdb/row_ahead_impl.h"
 #include "vekdb/special_labels_impl.h"
 #include "vekdb/table.h"
 #include "vekdb/table_parts_impl.h"
@@ -74,7 +75,9 @@ int vekdb::found_in_special_label_field(dbrecord* record, int field) const {
     const SpecialLabelPair* pair = specialLabelPair(parts().columns.name(column).view());
     if (pair == nullptr) return 1;
     if (record == nullptr) return 0;
-    return rangeHolds(*record, labelColumns(*this, *pair), rangeText(*criteria));
+    const LabelColumns columns = labelColumns(*this, *pair);
+    return rangeHolds(record->fieldView(columns.start), record->fieldView(columns.end),
+                      rangeText(*criteria));
 }
 
 namespace {
@@ -90,14 +93,19 @@ void retag(dbrecord* record, bool isMatch, bool keepTags) {
 // A row without a record counts as one that matches, as match_record answers for it.
 unsigned vekdb::tagPlainRows(bool keepTags) {
     const QueryPass pass(*this, parts().query, parts().columns);
+    const unsigned column = pass.firstColumn();
     const Rows& rows = parts().rows;
-    const unsigned count = rows.shownCount();
     unsigned matching = 0;
-    for (unsigned row = 0; row < count; ++row) {
-        dbrecord* record = rows.shown(row);
-        const bool isMatch = record == nullptr || pass.matches(*record);
-        matching += isMatch;
-        retag(record, isMatch, keepTags);
+    for (unsigned from = 0; from < rows.shownCount();) {
+        const Rows::Piece piece = rows.shownFrom(from);
+        for (unsigned i = 0; i < piece.count; ++i) {
+            RowAhead::fetchValue(piece, i, column);
+            dbrecord* record = piece.records[i];
+            const bool isMatch = record == nullptr || pass.matches(*record);
+            matching += isMatch;
+            retag(record, isMatch, keepTags);
+        }
+        from += piece.count;
     }
     return matching;
 }

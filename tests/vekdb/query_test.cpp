@@ -206,6 +206,35 @@ TEST_F(Log, TaggingLooksAtTheRowsShown) {
     EXPECT_EQ((RowNumbers{2}), tagged(table));
 }
 
+// More rows than are looked ahead, in two pieces with values of every storage.
+TEST(Query, TaggingManyRowsTagsThoseThatMatchByThemselves) {
+    testing_support::Random random;
+    vekdb table({{"Reel", DBFieldTypes::text},
+                 {"Start time", DBFieldTypes::text},
+                 {"End time", DBFieldTypes::text}});
+    for (int row = 0; row < 400; ++row) {
+        const std::string reel = random.text("AB1", 40);
+        const std::string start = random.text("012", 3);
+        const std::string end = random.text("012", 3);
+        addRow(table, {reel.c_str(), start.c_str(), end.c_str()});
+    }
+    table.get_record(7)->resizeRecord(1, std::vector<int>(1).data(), false);
+    table.get_record(390)->resizeRecord(0, std::vector<int>(1).data(), false);
+    unsigned matched = 0;
+    for (int round = 0; round < 50; ++round) {
+        table.delete_records(static_cast<int>(random.below(table.get_num_records())), 1);
+        const std::string reel = random.oneIn(3) ? "" : random.text("AB1", 3);
+        const std::string time = random.oneIn(3) ? "" : random.text("012", 3);
+        ask(table, {reel.c_str(), time.c_str(), ""});
+        const RowNumbers expected = matching(table);
+        ASSERT_EQ(expected.size(), table.tag_matching_records(0));
+        ASSERT_EQ(expected, tagged(table));
+        matched += static_cast<unsigned>(expected.size());
+    }
+    EXPECT_GT(matched, 50u);
+    EXPECT_LT(matched, 50u * 390);
+}
+
 TEST_F(Log, TaggingMarksNothingChanged) {
     table.clear_changed();
     ask(table, {"A", "", ""});

@@ -84,6 +84,47 @@ TEST(Rows, KeepTheOrderOfAPlainListUnderAnyEdits) {
     }
 }
 
+// The shown rows as the pieces give them that follow each other.
+Model piecesOf(const Rows& rows, unsigned& pieces) {
+    Model all;
+    for (pieces = 0; all.size() < rows.shownCount(); ++pieces) {
+        const Rows::Piece piece = rows.shownFrom(static_cast<unsigned>(all.size()));
+        if (piece.count == 0) break;
+        all.insert(all.end(), piece.records, piece.records + piece.count);
+    }
+    return all;
+}
+
+TEST(Rows, OnBothSidesOfADeletionAreTwoPieces) {
+    Rows rows;
+    rows.cover(10);
+    for (int i = 0; i < 10; ++i) rows.append(rows.pool().create(1));
+    unsigned pieces = 0;
+    EXPECT_EQ(contentsOf(rows), piecesOf(rows, pieces));
+    EXPECT_EQ(1u, pieces);
+    rows.erase(3, 2);
+    EXPECT_EQ(contentsOf(rows), piecesOf(rows, pieces));
+    EXPECT_EQ(2u, pieces);
+    rows.erase(0, 3);
+    EXPECT_EQ(contentsOf(rows), piecesOf(rows, pieces));
+    EXPECT_EQ(1u, pieces);
+}
+
+TEST(Rows, ThatAreTaggedAreOnePieceWhileOnlyTheyAreShown) {
+    Rows rows;
+    rows.cover(10);
+    for (int i = 0; i < 10; ++i) rows.append(rows.pool().create(1));
+    const Model all = contentsOf(rows);
+    rows.erase(4, 1);
+    for (unsigned row : {1u, 5u, 9u}) RecordAccess::setTag(*all[row], 1);
+    rows.indexTags();
+    rows.setTagsOnly(1);
+    unsigned pieces = 0;
+    EXPECT_EQ((Model{all[1], all[5], all[9]}), piecesOf(rows, pieces));
+    EXPECT_EQ(1u, pieces);
+    EXPECT_EQ(2u, rows.shownFrom(1).count);
+}
+
 TEST(RecordPool, GivesAPlaceAgainOnlyAfterItsRecordWent) {
     RecordPool pool;
     dbrecord* first = pool.create(2);

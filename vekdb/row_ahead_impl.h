@@ -1,0 +1,26 @@
+#pragma once
+
+#include "vekdb/record_access_impl.h"
+#include "vekdb/rows_impl.h"
+
+/// For passes over the rows that read a value of each: starts to fetch from memory what the rows
+/// ahead will need, so that the waits for several rows run side by side with the work on one. A
+/// value stands behind the record and the record's slices, so these are fetched further ahead.
+class RowAhead {
+public:
+    /// Called for each row. Always inlined, as what it calls.
+    [[gnu::always_inline]] static void fetchValue(const Rows::Piece& piece, unsigned row,
+                                                  unsigned column) {
+        if (row + recordsAhead >= piece.count) return;
+        const dbrecord* slices = piece.records[row + slicesAhead];
+        const dbrecord* text = piece.records[row + textAhead];
+        __builtin_prefetch(piece.records[row + recordsAhead]);
+        if (slices != nullptr) RecordAccess::expectView(*slices);
+        if (text != nullptr) RecordAccess::expectValue(*text, column);
+    }
+
+private:
+    static constexpr unsigned recordsAhead = 48;
+    static constexpr unsigned slicesAhead = 32;
+    static constexpr unsigned textAhead = 16;
+};
