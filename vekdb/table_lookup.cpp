@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <array>
 #include <cstring>
 #include <utility>
 
@@ -46,8 +48,14 @@ void vekdb::enterCookieRows() {
     ValueReader value(*this, mayBeOverridden());
     CookieRows entered;
     entered.reserve(count);
-    for (unsigned row = 0; row < count; ++row) {
-        entered.enter(Cookie::fromText(value(row, column)).uuid, row);
+    std::array<Quor::UUID, 32> ids;
+    for (unsigned first = 0; first < count; first += ids.size()) {
+        const unsigned end = std::min<std::size_t>(ids.size(), count - first);
+        for (unsigned i = 0; i < end; ++i) {
+            ids[i] = Cookie::fromText(value(first + i, column)).uuid;
+            entered.expect(ids[i]);
+        }
+        for (unsigned i = 0; i < end; ++i) entered.enter(ids[i], first + i);
     }
     parts().cookieRows = std::move(entered);
 }

@@ -25,9 +25,9 @@ class IdentityFinder {
 public:
     explicit IdentityFinder(vekdb& table) : table_(table) {}
 
-    unsigned find(const LightweightString<char>& identity) {
-        const unsigned row = table_.getRowIndexByID(Cookie(identity.c_str(), false));
-        return isFound(row) ? row : findText(identity.view());
+    unsigned find(const Cookie& identity) {
+        const unsigned row = table_.getRowIndexByID(identity);
+        return isFound(row) ? row : findText(identity.asString(false).view());
     }
 
 private:
@@ -111,7 +111,7 @@ int VDBViewRep::showMatches(vekdb& bottom, const CookieVec& list, int at) {
     IdentityFinder finder(bottom);
     std::vector<unsigned> found;
     for (const Cookie& identity : list) {
-        const unsigned row = finder.find(identity.asString(false));
+        const unsigned row = finder.find(identity);
         if (isFound(row)) {
             found.push_back(row);
         }

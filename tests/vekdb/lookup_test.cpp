@@ -117,6 +117,22 @@ TEST_F(Lookup, TheFirstRowWithAnIdentityWins) {
     EXPECT_EQ(1u, table.getRowIndexByID(cookieOf(2, 'B')));
 }
 
+TEST(LookupOfMany, EachIdentityHasItsFirstRowHoweverManyRowsThereAre) {
+    for (const unsigned rows : {1u, 31u, 32u, 33u, 64u, 250u}) {
+        vekdb table(textColumns({"Cookie"}));
+        for (unsigned round = 0; round < 2; ++round) {
+            for (unsigned row = 0; row < rows; ++row) {
+                addRow(table, {textOf(cookieOf(static_cast<unsigned char>(row + 1))).c_str()});
+            }
+        }
+        for (unsigned row = 0; row < rows; ++row) {
+            const Cookie identity = cookieOf(static_cast<unsigned char>(row + 1));
+            ASSERT_EQ(row, table.getRowIndexByID(identity)) << rows << " rows";
+        }
+        EXPECT_EQ(none, table.getRowIndexByID(cookieOf(static_cast<unsigned char>(rows + 1))));
+    }
+}
+
 TEST_F(Lookup, RowsWithoutAReadableCookieShareTheNilIdentity) {
     addRow(table, {"no cookie", "garbage"});
     addRow(table, {"empty", ""});
