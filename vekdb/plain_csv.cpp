@@ -50,5 +50,6 @@ void loadPlainCsv(const TextFile& file, vekdb& table, TableParts& parts, int max
         --maxRecords;
     }
     parts.valid = true;
+    parts.loadedWhole = lines == table.get_num_records() + 1;
     table.clear_changed();
 }

@@ -102,6 +102,7 @@ std::string_view TextLines::nextLine() {
 
 LineScan TextLines::read(dbrecord& record) {
     while (arrival_ && end_ - at_ < QuotedLine::mostLookedAt) awaitMore();
+    if (at_ != end_) ++read_;
     if (quoted_.recognise(at_, end_)) return cutUp(record);
     const std::string_view line = nextLine();
     return moveTogether(line.substr(0, line.find('\0')), record);

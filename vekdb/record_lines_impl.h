@@ -57,6 +57,8 @@ public:
     LineScan read(dbrecord& record) override;
     /// Whether any line was read that was not essentially empty.
     bool hasRead() const { return hasRead_; }
+    /// Whether so many lines were read, whatever was in them, and no more are left.
+    bool areAll(std::size_t lines) const { return lines == read_ && at_ == end_ && !arrival_; }
 
 private:
     void awaitMore();
@@ -75,6 +77,7 @@ private:
     std::uint32_t spareReferences_ = 0;
     bool marks_;
     bool hasRead_ = false;
+    std::size_t read_ = 0;  // lines
     QuotedLine quoted_;
     LineScanner scanner_;
 };

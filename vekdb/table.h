@@ -69,6 +69,9 @@ public:
     bool read_error_info(dberror& out) const;
     bool get_valid() const override;
     bool get_modified() const;
+    /// Whether the last load from a file made a row of every line behind the column names. False
+    /// where it stopped before the end, where it passed over a line, and where nothing was loaded.
+    bool get_loaded_whole() const;
     unsigned get_capacity() const;
     int get_revision() const;
     unsigned get_update_depth() const;

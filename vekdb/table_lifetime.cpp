@@ -92,6 +92,7 @@ void vekdb::copyRows(const vekdb& source) {
 void vekdb::init() {
     TableParts& table = parts();
     table.valid = false;
+    table.loadedWhole = false;
     table.columns.setCount(0);
     table.rows.release();
     table.parameters.clear();
@@ -134,6 +135,7 @@ bool vekdb::read_error_info(dberror& out) const {
 
 bool vekdb::get_valid() const { return parts().valid; }
 bool vekdb::get_modified() const { return parts().modified; }
+bool vekdb::get_loaded_whole() const { return parts().loadedWhole; }
 unsigned vekdb::get_capacity() const { return parts().rows.capacity(); }
 int vekdb::get_revision() const { return parts().revision; }
 unsigned vekdb::get_update_depth() const { return parts().updates.depth(); }

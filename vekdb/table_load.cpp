@@ -57,7 +57,8 @@ void vekdb::fillFrom(TextFile& file, int maxRecords, bool requireMagic) {
     post_init();
     // Records that nobody has seen yet are not marked as changed in the first place.
     TextLines lines(file, TextLines::Mark::none);
-    RecordLoader(*this, parts(), lines, false).load(maxRecords);
+    const unsigned rows = RecordLoader(*this, parts(), lines, false).load(maxRecords);
+    parts().loadedWhole = lines.areAll(rows);
     if (lines.hasRead()) parts().modificationTime = std::time(nullptr);
     parts().modified = false;
 }

@@ -31,6 +31,7 @@ struct TableParts {
     bool errorSet = false;
     bool modified = false;
     bool valid = false;
+    bool loadedWhole = false;
     std::time_t created = 0;
     std::time_t modificationTime = 0;
 };

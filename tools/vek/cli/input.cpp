@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdint>
 #include <cstring>
 
 #include "tools/vek/cli/exit.h"
@@ -18,7 +17,6 @@ namespace vek {
 namespace {
 
 constexpr std::size_t firstChunk = 1 << 16;
-constexpr std::size_t countedAtOnce = 1 << 17;
 
 [[noreturn]] void refuse(const std::string& name, int error) {
     std::string advice;
@@ -41,19 +39,6 @@ ssize_t uninterrupted(Read read) {
         got = read();
     } while (got < 0 && errno == EINTR);
     return got;
-}
-
-// Counts in bytes, of which a wide register holds many, and adds up before one overflows.
-std::size_t lineFeedsIn(std::string_view text) {
-    constexpr std::size_t mostAtOnce = 240;
-    std::size_t count = 0;
-    while (!text.empty()) {
-        std::uint8_t some = 0;
-        for (char c : text.substr(0, mostAtOnce)) some += c == '\n' ? 1 : 0;
-        count += some;
-        text.remove_prefix(std::min(mostAtOnce, text.size()));
-    }
-    return count;
 }
 
 bool writeAll(int descriptor, std::string_view text) {
@@ -126,25 +111,6 @@ void Input::spool() {
 std::string Input::loaderPath() {
     if (!isRegular_) spool();
     return "/proc/self/fd/" + std::to_string(descriptor_);
-}
-
-std::size_t Input::countLines() const {
-    std::string piece(countedAtOnce, '\0');
-    std::size_t lines = 0;
-    char last = '\n';
-    Progress progress("reading " + name_, size_);
-    for (std::size_t at = 0;;) {
-        progress.reach(at);
-        ssize_t got = uninterrupted([&] {
-            return ::pread(descriptor_, piece.data(), piece.size(), static_cast<off_t>(at));
-        });
-        if (got < 0) refuse(name_, errno);
-        if (got == 0) return lines + (last == '\n' ? 0 : 1);
-        std::string_view read(piece.data(), static_cast<std::size_t>(got));
-        lines += lineFeedsIn(read);
-        last = read.back();
-        at += read.size();
-    }
 }
 
 }  // namespace vek

@@ -28,9 +28,6 @@ public:
     /// A path under which the library's own loader finds the same bytes, whatever the file is
     /// called and also for standard input. Ends with the Input.
     std::string loaderPath();
-    /// How many lines there are, a last one without a line feed included. Asked for behind
-    /// `loaderPath`; nothing is kept of them.
-    std::size_t countLines() const;
 
 private:
     static constexpr std::size_t headSize = 4096;

@@ -34,9 +34,9 @@ public:
         log_.table = std::make_unique<vekdb>(wide(path_), allRows, true);
         if (!log_.table->get_valid()) refuse();
         headerLines_ = headerLines();
-        // A file with a line for every row and no other was read whole. The library stops at a
-        // line of the wrong length, and skips lines behind a row that looks like a header.
-        if (input_.countLines() == headerLines_ + log_.rowCount())
+        // The library stops at a line of the wrong length, and skips lines behind a row that
+        // looks like a header.
+        if (log_.table->get_loaded_whole())
             numberRows();
         else
             readRest();
