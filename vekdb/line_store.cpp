@@ -12,6 +12,7 @@ struct LineStore::Chunk {
     static constexpr std::size_t largest = std::size_t{16} << 20;
 
     Chunk* next;
+    std::size_t bytes;
 };
 
 namespace {
@@ -61,18 +62,16 @@ LineStore::LineStore(Quor::Ptr<TextBlock> text)
 LineStore::~LineStore() {
     while (chunks_ != nullptr) {
         Chunk* next = chunks_->next;
-        ::operator delete(chunks_);
+        FillingBlock::free(chunks_, chunks_->bytes);
         chunks_ = next;
     }
 }
 
 void LineStore::addChunk(std::size_t atLeast) {
-    const std::size_t size = sizeof(Chunk) + std::max(atLeast, nextChunk_);
-    auto* chunk = static_cast<Chunk*>(::operator new(size));
-    expectFilling(chunk, size);
-    chunk->next = chunks_;
-    chunks_ = chunk;
-    free_ = reinterpret_cast<char*>(chunk + 1);
-    end_ = reinterpret_cast<char*>(chunk) + size;
+    const std::size_t wanted = sizeof(Chunk) + std::max(atLeast, nextChunk_);
+    const std::size_t size = FillingBlock::goodSize(wanted);
+    chunks_ = new (FillingBlock::allocate(size)) Chunk{chunks_, size};
+    free_ = reinterpret_cast<char*>(chunks_ + 1);
+    end_ = reinterpret_cast<char*>(chunks_) + size;
     nextChunk_ = std::min(nextChunk_ * 2, Chunk::largest);
 }

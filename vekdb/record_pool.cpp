@@ -53,19 +53,19 @@ void* RecordPool::take() {
         unused_ = place->next;
         return place;
     }
-    if (fresh_ == end_) {
-        std::size_t bytes = sizeof(Slab) + nextSlab_ * sizeof(Place);
-        auto* slab = static_cast<Slab*>(::operator new(bytes));
-        expectFilling(slab, bytes);
-        *slab = {slabs_, bytes};
-        slabs_ = slab;
-        fresh_ = reinterpret_cast<char*>(slab + 1);
-        end_ = reinterpret_cast<char*>(slab) + bytes;
-        nextSlab_ = std::min(nextSlab_ * 2, largestSlab);
-    }
+    if (fresh_ == end_) addSlab();
     void* place = fresh_;
     fresh_ += sizeof(Place);
     return place;
+}
+
+void RecordPool::addSlab() {
+    const std::size_t bytes = FillingBlock::goodSize(sizeof(Slab) + nextSlab_ * sizeof(Place));
+    const std::size_t places = (bytes - sizeof(Slab)) / sizeof(Place);
+    slabs_ = new (FillingBlock::allocate(bytes)) Slab{slabs_, bytes};
+    fresh_ = reinterpret_cast<char*>(slabs_ + 1);
+    end_ = fresh_ + places * sizeof(Place);
+    nextSlab_ = std::min(nextSlab_ * 2, largestSlab);
 }
 
 void RecordPool::giveBack(void* memory) noexcept {
@@ -97,7 +97,7 @@ void RecordPool::releaseSlabs() noexcept {
     while (slabs_ != nullptr) {
         Slab* next = slabs_->next;
         allow(slabs_, slabs_->bytes);
-        ::operator delete(slabs_);
+        FillingBlock::free(slabs_, slabs_->bytes);
         slabs_ = next;
     }
     unused_ = nullptr;

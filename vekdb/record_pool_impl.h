@@ -24,6 +24,7 @@ private:
     union Place;
 
     void* take();
+    void addSlab();
     void giveBack(void* place) noexcept;
 
     Slab* slabs_ = nullptr;
