@@ -6,8 +6,18 @@
 #include <cerrno>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
+
+// Before this is known every file is read in the plain way.
+const pid_t ownProcess = ::getpid();
+
+// What reads ahead are threads of the process. A forked child has none of them, but the system's
+// library counts on them as before: it would wait for ever.
+bool isForked() {
+    return ::getpid() != ownProcess;
+}
 
 // 0 for what is no regular file.
 std::size_t sizeOf(int file) {
@@ -26,6 +36,9 @@ void waitFor(const aiocb& piece) {
 }  // namespace
 
 Quor::Ptr<TextArrival> TextArrival::begin(const char* path) {
+    if (isForked()) {
+        return nullptr;
+    }
     FileIO::Descriptor file(FileIO::openToRead(path));
     const std::size_t size = file.get() < 0 ? 0 : sizeOf(file.get());
     if (size < Terms::leastBytes || size > FileIO::memorySize()) {
@@ -47,13 +60,19 @@ TextArrival::TextArrival(int file, std::size_t size)
 }
 
 TextArrival::~TextArrival() {
+    if (!isForked()) {
+        giveUpRest();
+    }
+    FileIO::systemCalls().close(file_);
+}
+
+void TextArrival::giveUpRest() {
     ::aio_cancel(file_, nullptr);
     for (; count_ > 0; --count_, ++first_) {
         aiocb& piece = pieces_[first_ % kMostAsked];
         waitFor(piece);
         ::aio_return(&piece);
     }
-    FileIO::systemCalls().close(file_);
 }
 
 std::size_t TextArrival::waitBeyond(std::size_t have) {
@@ -80,7 +99,7 @@ bool TextArrival::askForPiece() {
 }
 
 void TextArrival::takePiece() {
-    if (count_ == 0) {
+    if (count_ == 0 || isForked()) {
         throw Broken();
     }
     aiocb& piece = pieces_[first_++ % kMostAsked];

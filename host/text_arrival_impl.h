@@ -12,7 +12,7 @@
 class TextArrival : public Quor::InternalRefCount {
 public:
     /// Thrown where the text does not come whole: the file cannot be read on, or does not have
-    /// the size it said it had.
+    /// the size it said it had, or in a process that was forked while it came.
     struct Broken {};
 
     /// How large a file is worth it, and how much is asked for at a time. Tests set these.
@@ -22,7 +22,8 @@ public:
     };
 
     /// Begins to read a file. Null where it is to be read in the plain way: it is small or no
-    /// regular file, cannot be opened, or the system does not read ahead. Throws BadAlloc.
+    /// regular file, cannot be opened, or the system does not read ahead, which it never does in a
+    /// forked process. Throws BadAlloc.
     static Quor::Ptr<TextArrival> begin(const char* path);
 
     TextArrival(const TextArrival&) = delete;
@@ -42,6 +43,7 @@ private:
     bool isAllAskedFor() const { return askedFor_ == text_->size(); }
     bool askForPiece();
     void takePiece();
+    void giveUpRest();
     bool isAsLargeAsItSaid() const;
 
     static constexpr unsigned kMostAsked = 8;

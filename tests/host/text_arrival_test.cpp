@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <string>
 
+#include <sys/wait.h>
 #include <unistd.h>
 
 using testing_support::ArrivalOf;
@@ -129,6 +130,41 @@ TEST_F(TextArrivals, AnAskingThatTheSystemRefusesIsBroken) {
         FileIO::systemCalls() = before;
         EXPECT_EQ(static_cast<bool>(arrival), refused > 8);
     }
+}
+
+// What a forked process makes of it, as its exit status; -1 where it does not end.
+template <class Task>
+int statusOfForked(Task task) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::alarm(20);
+        ::_exit(task());
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST_F(TextArrivals, AForkedProcessReadsInThePlainWay) {
+    EXPECT_EQ(whole(*begin("some text")), "some text");
+    const std::string path = folder_.file("in");
+    EXPECT_EQ(0, statusOfForked([&] { return TextArrival::begin(path.c_str()) ? 1 : 0; }));
+}
+
+TEST_F(TextArrivals, AForkedProcessWaitsForNothingThatWasComing) {
+    auto arrival = begin(std::string(1000, 'x'));
+    arrival->waitBeyond(0);
+    EXPECT_EQ(2, statusOfForked([&] {
+        int broken = 0;
+        try {
+            whole(*arrival);
+        } catch (const TextArrival::Broken&) {
+            broken = 2;
+        }
+        arrival.reset();
+        return broken;
+    }));
+    EXPECT_GT(arrival->waitBeyond(990), 990u);
 }
 
 TEST_F(TextArrivals, AFileGivesTheLinesThatItGivesWhenItIsReadAtOnce) {
