@@ -186,9 +186,6 @@ void TextFile::appendLine(std::string_view text) {
 // behind the text, which endLine then surely puts back.
 char* TextFile::beginLine(std::size_t atMost) {
     completeLoadedText();
-    if (departure_ && textSize_ >= kDeparture) {
-        sendLines();
-    }
     reserve(atMost);
     if (starts_.size() == starts_.capacity()) {
         starts_.reserve(std::max(kFirstLines, starts_.size() * 2));
@@ -204,6 +201,10 @@ void TextFile::endLine(std::size_t written) {
     end[0] = '\n';
     end[1] = '\0';
     scanned_ = ++textSize_;
+    // Not before the next line is made, which may be made of one of these.
+    if (departure_ && textSize_ >= kDeparture) {
+        sendLines();
+    }
 }
 
 std::size_t TextFile::lineOffset(unsigned i) const {

@@ -475,6 +475,38 @@ TEST_F(TextFileSaveWhileMade, AFailedWriteLeavesTheOldFileAndNoLitter) {
     EXPECT_EQ(folder.names(), Names{"out"});
 }
 
+TEST_F(TextFileSaveWhileMade, WaitsForTheDiskUnlessToldNotTo) {
+    static int waits;
+    const FileIO::SystemCalls before = FileIO::systemCalls();
+    const bool syncBefore = TextFile::syncToDisk;
+    FileIO::systemCalls().sync = [](int to) {
+        ++waits;
+        return ::fsync(to);
+    };
+    for (const bool sync : {false, true}) {
+        waits = 0;
+        TextFile::syncToDisk = sync;
+        file.beginSave(folder.widePath("out"));
+        file.appendLine("line");
+        EXPECT_TRUE(file.endSave());
+        EXPECT_EQ(waits > 0, sync);
+    }
+    TextFile::syncToDisk = syncBefore;
+    FileIO::systemCalls() = before;
+}
+
+TEST_F(TextFileSaveWhileMade, ALineMayBePartOfAnotherThatIsThere) {
+    file.beginSave(folder.widePath("out"));
+    const std::string other(100000, 'a');
+    for (int i = 0; i < 40; ++i) {
+        const std::string_view line = i % 5 == 0 ? other : file.line(0);
+        made.append(line).append("\n");
+        file.appendLine(line);
+    }
+    EXPECT_TRUE(file.endSave());
+    EXPECT_TRUE(folder.read("out") == made);
+}
+
 TEST_F(TextFileSave, EveryFailingCallLeavesTheOldFileAndNoLitter) {
     bool fired = true;
     int failures = 0;
