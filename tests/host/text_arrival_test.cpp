@@ -9,8 +9,12 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstdint>
+#include <filesystem>
+#include <iterator>
 #include <string>
 
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -69,6 +73,49 @@ TEST_F(TextArrivals, MayBeLetGoBeforeTheTextIsWhole) {
         ASSERT_TRUE(arrival);
         EXPECT_GT(arrival->waitBeyond(0), 0u);
     }
+}
+
+TEST_F(TextArrivals, LeaveNoFileOpen) {
+    const auto openFiles = [] {
+        const std::filesystem::directory_iterator files("/proc/self/fd");
+        return std::distance(std::filesystem::begin(files), std::filesystem::end(files));
+    };
+    const auto before = openFiles();
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(whole(*begin("some text")), "some text");
+        EXPECT_GT(begin(std::string(100, 'x'))->waitBeyond(0), 0u);
+    }
+    EXPECT_EQ(openFiles(), before);
+}
+
+TEST_F(TextArrivals, FilesLargerThanTheMemoryAreNotWaitedFor) {
+    folder_.write("large", "x");
+    const std::string path = folder_.file("large");
+    ASSERT_EQ(0, ::truncate(path.c_str(), static_cast<off_t>(FileIO::memorySize() + 1)));
+    EXPECT_FALSE(TextArrival::begin(path.c_str()));
+}
+
+// What the system reads in place of the file takes a while and cannot be called off.
+TEST_F(TextArrivals, AreNotGoneBeforeTheSystemHasWrittenItsLast) {
+    constexpr std::size_t size = std::size_t{64} << 20;
+    const ArrivalOf onePiece(size);
+    static int zeros;
+    zeros = ::open("/dev/zero", O_RDONLY | O_CLOEXEC);
+    folder_.write("in", "x");
+    ASSERT_EQ(0, ::truncate(folder_.file("in").c_str(), size));
+    const FileIO::SystemCalls before = FileIO::systemCalls();
+    FileIO::systemCalls().beginRead = [](aiocb* piece) {
+        static_cast<volatile char*>(piece->aio_buf)[piece->aio_nbytes - 1] = 'x';
+        piece->aio_fildes = zeros;
+        return ::aio_read(piece);
+    };
+    auto arrival = TextArrival::begin(folder_.file("in").c_str());
+    FileIO::systemCalls() = before;
+    ASSERT_TRUE(arrival);
+    const Quor::Ptr<TextBlock> text = arrival->text();
+    arrival.reset();
+    EXPECT_EQ(text->data()[size - 1], '\0');
+    ::close(zeros);
 }
 
 // The system's reading ahead, whose third piece comes as a test likes.

@@ -113,6 +113,23 @@ TEST(WaysToLoad, AFileThatIsStillComingMakesTheSameTable) {
     }
 }
 
+// The longest line that is told apart in one look, and each piece that may end around its end.
+TEST(WaysToLoad, AFileMayComeUpToAnyByteAroundTheEndOfALongLine) {
+    const TempDir folder;
+    for (const std::size_t size : {4094u, 4095u, 4096u}) {
+        const Strings values(5, std::string((size - 14) / 5, 'v'));
+        std::string line = quotedLine(values);
+        line.insert(1, size - line.size(), 'w');
+        const std::string front = joined(headerOf(Strings(5, "Column")));
+        folder.write("log", front + line + "\r\n" + line + "\r\n" + quotedLine(values) + "\n");
+        for (std::size_t behind = size - 5; behind < size + 10; ++behind) {
+            const ArrivalOf pieces(front.size() + behind);
+            const vekdb table(folder.widePath("log"), all, true);
+            ASSERT_EQ(3u, table.get_num_records()) << size << ' ' << behind;
+        }
+    }
+}
+
 // The n-th piece of a file that is read ahead does not come; the plain way works, or does not.
 class BrokenPiece {
 public:

@@ -186,6 +186,28 @@ TEST(SortAscending, NumbersThatReadAlikeAreToldApartByTheirZeros) {
     }
 }
 
+TEST(SortAscending, TheZerosOfEveryNumberCount) {
+    Values values;
+    for (int i = 0; i < 30; ++i) {
+        values.insert(values.end(), {"01 1 1", "01 1 0001", "01 01 1", "01 01 01"});
+    }
+    Values expected = values;
+    std::stable_sort(expected.begin(), expected.end(), [](const auto& a, const auto& b) {
+        return strxcmp(a.c_str(), b.c_str()) < 0;
+    });
+    EXPECT_EQ(expected, sorted(values));
+}
+
+TEST(SortAscending, IsTheDirectionThatIsNotNegative) {
+    for (int rows : {1, 30}) {  // few rows, and so many that keys are prepared
+        Values values;
+        for (int i = 0; i < rows; ++i) values.insert(values.end(), {"b", "c", "a"});
+        Values expected = values;
+        std::sort(expected.begin(), expected.end());
+        EXPECT_EQ(expected, sorted(values, 0));
+    }
+}
+
 TEST(SortAscending, ForcedNormalIgnoresCaseAndReadsNoNumbers) {
     EXPECT_EQ((Values{"10", "2", "a", "B"}), sorted({"B", "2", "a", "10"}, 1, 0, 1));
 }
@@ -748,6 +770,26 @@ TEST(SortKey, FoldsLettersAndNothingElseWhereverTheyStand) {
                           sign(KeysOfTwo(layout, plain, folded).order))
                     << text;
             }
+        }
+    }
+}
+
+TEST(SortKey, TellsBytesApartThatDifferAsLettersOfAnotherCaseDo) {
+    auto table = oneColumn({"", ""});
+    table->sortPrepare(-1, 0);
+    const KeyLayout layout(true);
+    for (unsigned length : {1u, 7u, 8u, 9u, 17u}) {
+        for (int byte = 1; byte < 256; ++byte) {
+            const int other = byte ^ 0x20;
+            if (other == 0) continue;
+            std::string a(length, 'q');
+            std::string b = a;
+            a.back() = static_cast<char>(byte);
+            b.back() = static_cast<char>(other);
+            table->setField(0, 0, a.c_str());
+            table->setField(1, 0, b.c_str());
+            const KeysOfTwo keys(layout, *table->get_record(0), *table->get_record(1));
+            ASSERT_EQ(sign(lower(a).compare(lower(b))), sign(keys.order)) << a;
         }
     }
 }
