@@ -343,6 +343,16 @@ TEST_F(Save, TagsAreStoredThroughTheTable) {
     EXPECT_EQ(3u, table.lookedUp);
 }
 
+TEST_F(SaveTable, ARowThatBelongsToAnotherTableTellsThatOneOfItsTag) {
+    vekdb other(textColumns({"A"}));
+    table.set_field(1, 1, "0");
+    table.get_record(1)->set_container(&other);
+    EXPECT_FALSE(other.get_modified());
+    EXPECT_EQ(3, table.save_text());
+    EXPECT_TRUE(other.get_modified());
+    EXPECT_STREQ("0", table.get_record(1)->get_field(1));
+}
+
 TEST_F(SaveTable, SaveTagsWritesTheTaggedRecordsAsTheyAre) {
     table.set_tag(0, 1);
     table.set_tag(2, 2);

@@ -408,6 +408,13 @@ TEST(SortCount, CountsTheComparisonsOfASort) {
     EXPECT_EQ(0, comco);
 }
 
+TEST(SortCount, PreparedKeysCountAsOneForEachRowButTheFirst) {
+    Values values;
+    for (int i = 0; i < 1000; ++i) values.push_back(std::to_string(i * 7919 % 1000));
+    sorted(values);
+    EXPECT_EQ(999, comco);
+}
+
 // --- the table around it
 
 struct SeesPreparation : vekdb {
