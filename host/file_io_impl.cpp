@@ -246,6 +246,19 @@ bool readWhole(const char* path, Quor::Ptr<TextBlock>& text, std::size_t& textSi
     return true;
 }
 
+namespace {
+
+bool isWrittenDirectly(const struct stat& status) {
+    return S_ISCHR(status.st_mode) || S_ISFIFO(status.st_mode);
+}
+
+}  // namespace
+
+bool isWrittenDirectly(const char* path) {
+    struct stat status;
+    return ::stat(path, &status) == 0 && isWrittenDirectly(status);
+}
+
 Replacement::~Replacement() {
     discard();
 }
@@ -257,7 +270,7 @@ bool Replacement::open(const std::string& path) {
         target_ = followLinks(path);
         return isNew && openBeside(0666);
     }
-    if (S_ISCHR(old.st_mode) || S_ISFIFO(old.st_mode)) {
+    if (isWrittenDirectly(old)) {
         return openDevice(path);
     }
     // A file that may not be written to is not to be replaced either.

@@ -66,6 +66,9 @@ bool readWhole(const char* path, Quor::Ptr<TextBlock>& text, std::size_t& textSi
 // that it may come in large pages. Changes nothing but speed.
 void expectFilling(TextBlock& block);
 
+// Whether the path leads to a character device or a FIFO, which cannot be replaced.
+bool isWrittenDirectly(const char* path);
+
 // Puts new contents in a file's place, whole or not at all: they are written to
 // a file of unique name in the same folder, flushed to disk, and renamed over
 // the target in commit(). Symbolic links are followed, the mode is kept. Until

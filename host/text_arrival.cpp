@@ -20,10 +20,19 @@ bool isForked() {
 }
 
 // 0 for what is no regular file.
+std::size_t sizeIn(const struct stat& status) {
+    return S_ISREG(status.st_mode) ? static_cast<std::size_t>(status.st_size) : 0;
+}
+
 std::size_t sizeOf(int file) {
     struct stat status;
-    const bool isRegular = ::fstat(file, &status) == 0 && S_ISREG(status.st_mode);
-    return isRegular ? static_cast<std::size_t>(status.st_size) : 0;
+    return ::fstat(file, &status) == 0 ? sizeIn(status) : 0;
+}
+
+// Only opening what is then read does no harm: a FIFO's writer takes notice of each reader.
+std::size_t sizeOf(const char* path) {
+    struct stat status;
+    return ::stat(path, &status) == 0 ? sizeIn(status) : 0;
 }
 
 void waitFor(const aiocb& piece) {
@@ -36,7 +45,7 @@ void waitFor(const aiocb& piece) {
 }  // namespace
 
 Quor::Ptr<TextArrival> TextArrival::begin(const char* path) {
-    if (isForked()) {
+    if (isForked() || sizeOf(path) < Terms::leastBytes) {
         return nullptr;
     }
     FileIO::Descriptor file(FileIO::openToRead(path));

@@ -1,12 +1,32 @@
 #include "host/text_departure_impl.h"
 
-TextDeparture::TextDeparture(const char* path, bool toDisk)
-    : target_(toDisk), works_(path != nullptr && target_.open(path)) {}
+#include <utility>
+
+TextDeparture::TextDeparture(std::string path, bool toDisk)
+    : target_(toDisk),
+      path_(std::move(path)),
+      goesInPieces_(!FileIO::isWrittenDirectly(path_.c_str())) {
+    if (goesInPieces_) {
+        open();
+    }
+}
+
+// A target that could not be opened takes nothing and is not committed.
+void TextDeparture::open() {
+    isOpened_ = true;
+    target_.open(path_);
+}
 
 void TextDeparture::send(const char* text, std::size_t size) {
-    works_ = works_ && target_.write(text, size);
+    if (!isOpened_) {
+        open();
+    }
+    target_.write(text, size);
 }
 
 bool TextDeparture::end() {
-    return works_ && target_.commit();
+    if (!isOpened_) {
+        open();
+    }
+    return target_.commit();
 }

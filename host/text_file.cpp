@@ -122,10 +122,11 @@ void TextFile::beginSave(const LightweightString<wchar_t>& path) {
     LightweightString<char> file;
     const bool isPath = pathToUTF8(path, file);
     departure_ = Quor::Ptr<TextDeparture>(
-        new TextDeparture(isPath ? file.c_str() : nullptr, syncToDisk));
+        new TextDeparture(isPath ? file.c_str() : "", syncToDisk));
 }
 
 bool TextFile::endSave() {
+    assert(departure_);
     sendLines();
     const bool isSaved = departure_->end();
     clear();
@@ -145,6 +146,12 @@ void TextFile::sendLines() {
 
 LightweightString<char> TextFile::operator[](unsigned i) const {
     return LightweightString<char>(line(i));
+}
+
+void TextFile::awaitAll() const {
+    if (arrival_) {
+        arrived_ = arrival_->waitBeyond(textSize_ - 1);
+    }
 }
 
 std::string_view TextFile::line(unsigned i) const {
@@ -202,7 +209,7 @@ void TextFile::endLine(std::size_t written) {
     end[1] = '\0';
     scanned_ = ++textSize_;
     // Not before the next line is made, which may be made of one of these.
-    if (departure_ && textSize_ >= kDeparture) {
+    if (departure_ && departure_->goesInPieces() && textSize_ >= kDeparture) {
         sendLines();
     }
 }

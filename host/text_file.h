@@ -47,6 +47,9 @@ public:
     /// lines, also for every file that load takes at once.
     bool loadAhead(const LightweightString<wchar_t>& path, char separator);
 
+    /// Waits for all of a text that is still coming; may throw what asking for a line may throw.
+    void awaitAll() const;
+
     /// The text that is still coming; null when all is there.
     const Quor::Ptr<TextArrival>& arrival() const { return arrival_; }
 
@@ -60,8 +63,9 @@ public:
 
     /// Saves as save does with eLF, while the lines are made. In a file that was not loaded,
     /// between the two calls lines are appended and nothing else is done; those that are there
-    /// go to the disk from time to time instead of staying. endSave answers as save does and
-    /// leaves no lines; without it the file at the path stays as it was.
+    /// go to the disk from time to time instead of staying, but to a device or FIFO all at once
+    /// at the end. endSave answers as save does and leaves no lines; without it the file at the
+    /// path stays as it was.
     void beginSave(const LightweightString<wchar_t>& path);
     bool endSave();
 

@@ -254,7 +254,7 @@ constexpr std::size_t kWidest = 64;
     return _mm512_mask_cmpeq_epi8_mask(bytes, _mm512_or_si512(loaded, setBits), expected);
 }
 
-// As 16 bytes, which seldom reach into a piece of memory that the value does not.
+// As 16 bytes, which seldom reach into a cache line that the value does not.
 [[gnu::target("avx512bw,avx512vl")]] __mmask16 fewPassing(__mmask16 bytes, const char* from,
                                                           const Criterion::Filter& filter,
                                                           unsigned half) {

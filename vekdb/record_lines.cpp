@@ -81,6 +81,10 @@ void TextLines::awaitMore() {
     if (now == size) arrival_.reset();
 }
 
+void TextLines::awaitAll() {
+    while (arrival_) awaitMore();
+}
+
 // Bytes before the next line feed, or all.
 std::size_t TextLines::lineLength() {
     for (std::size_t looked = 0;;) {

@@ -22,6 +22,9 @@ public:
     /// Makes the record's values those of the next line. No steps: the line is essentially
     /// empty or there is none, and the record has no values and is not marked.
     virtual LineScan read(dbrecord& record) = 0;
+    /// Waits until all lines are there, so that nothing is said of a file that then turns out to
+    /// be unreadable.
+    virtual void awaitAll() {}
 };
 
 /// The lines of a caller's file from its current line on. The text stays as it is, and the
@@ -55,6 +58,7 @@ public:
     TextLines& operator=(const TextLines&) = delete;
 
     LineScan read(dbrecord& record) override;
+    void awaitAll() override;
     /// Whether any line was read that was not essentially empty.
     bool hasRead() const { return hasRead_; }
     /// Whether so many lines were read, whatever was in them, and no more are left.

@@ -44,6 +44,7 @@ bool RecordLoader::appendNext() {
 
 bool RecordLoader::isComplete(const LineScan& line) {
     if (line.values == parts_.columns.count()) return true;
+    lines_.awaitAll();
     table_.fill_error_info(1, static_cast<int>(loaded_), 0, 0);
     LogBoth("vekdb::add_text: returning because not all fields filled\n");
     return false;
@@ -59,6 +60,7 @@ bool RecordLoader::replacePassedOver(dbrecord& record) {
         lines_.read(record);
     }
     if (lines_.read(record).steps != 0) return true;
+    lines_.awaitAll();
     debug_printf("vekdb::add_text: returning because no more lines\n");
     return false;
 }

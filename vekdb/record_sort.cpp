@@ -1,6 +1,7 @@
 #include "vekdb/record_sort_impl.h"
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <utility>
 #include <vector>

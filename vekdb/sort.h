@@ -9,7 +9,7 @@
 /// or to whoever gave the list to `set_sortfields`.
 extern int* cmp_fields;
 /// How many comparisons were made since the last `sortPrepare`. Keys that a sort prepares count as
-/// one for each row but the first.
+/// one for each row but the first, and each tie between keys that had to be decided as one more.
 extern int comco;
 /// Where in a value the comparison begins: so many characters from its front, or, when negative,
 /// from its end.

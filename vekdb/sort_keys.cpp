@@ -90,6 +90,7 @@ void SortKeys::numberBytes() {
 
 void SortKeys::choosePlaces(unsigned room) {
     chosenBits_ = std::min(bits_, room);
+    forms_.clear();
     forms_.reserve(chosenBits_);  // every place takes a bit at least
     unsigned left = chosenBits_;
     Place* next = places_;
@@ -121,7 +122,11 @@ void SortKeys::addForms(unsigned place, unsigned dropped, unsigned shift) {
 }
 
 void SortKeys::sumPads(Place* first, Place* end, unsigned char pad) {
-    for (Place* at = end; at-- != first;) at->padForm = (*at->forms)[pad] | at[1].padForm;
+    while (end != first) {
+        const std::uint64_t behind = end->padForm;
+        --end;
+        end->padForm = (*end->forms)[pad] | behind;
+    }
 }
 
 // Where the key has no such place its pad stands there.

@@ -37,9 +37,11 @@ int revisionOf(std::string_view value) {
     return parseInt(value.substr(static_cast<std::size_t>(digit - value.begin())));
 }
 
-int readRevision(std::string_view value) {
+// Nothing is said of a file that then turns out to be unreadable.
+int readRevision(std::string_view value, const TextFile& file) {
     const int revision = revisionOf(value);
     if (revision != currentRevision) {
+        file.awaitAll();
         debug_printf("vekdb::read_text:  Warning: vekdb is revision %d, current level is %d\n",
                      revision, currentRevision);
     }
@@ -67,7 +69,7 @@ TableHeader::Block TableHeader::readParameters() {
     readLine();
     if (!startsBlock(first())) return Block::missing;
     storeParameter(parts_.parameters, first());
-    parts_.revision = readRevision(parts_.parameters.value(0));
+    parts_.revision = readRevision(parts_.parameters.value(0), file_);
     return readFurtherParameters();
 }
 

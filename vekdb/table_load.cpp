@@ -38,10 +38,11 @@ void vekdb::fillFromFile(int maxRecords, bool requireMagic) {
     }
 }
 
-// False, with an empty table, where the file is to be read in the other way.
+// False, with an empty table, where the file is to be read in the other way. Others' code, which
+// would see a file begun twice, is called in the other way only.
 bool vekdb::fillWhileReading(int maxRecords, bool requireMagic) {
     TextFile file;
-    if (!file.loadAhead(parts().fileName, '\n')) return false;
+    if (mayBeOverridden() || !file.loadAhead(parts().fileName, '\n')) return false;
     try {
         fillFrom(file, maxRecords, requireMagic);
         return true;
@@ -53,11 +54,14 @@ bool vekdb::fillWhileReading(int maxRecords, bool requireMagic) {
 
 void vekdb::fillFrom(TextFile& file, int maxRecords, bool requireMagic) {
     dbrecord header(headerRoom);
-    if (!TableHeader(*this, parts(), file, header).readColumns(requireMagic)) return;
+    if (!TableHeader(*this, parts(), file, header).readColumns(requireMagic)) {
+        return file.awaitAll();
+    }
     post_init();
     // Records that nobody has seen yet are not marked as changed in the first place.
     TextLines lines(file, TextLines::Mark::none);
     const unsigned rows = RecordLoader(*this, parts(), lines, false).load(maxRecords);
+    lines.awaitAll();
     parts().loadedWhole = lines.areAll(rows);
     if (lines.hasRead()) parts().modificationTime = std::time(nullptr);
     parts().modified = false;

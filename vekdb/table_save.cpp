@@ -4,6 +4,7 @@
 #include <limits>
 #include <string>
 
+#include "host/lines_to_save_impl.h"
 #include "host/text_file.h"
 #include "host/text_util.h"
 #include "vekdb/field_sizes_impl.h"
@@ -168,7 +169,7 @@ int vekdb::save_text() {
     TextFile file;
     save_params(file);
     save_column_header(file, false);
-    file.beginSave(parts().fileName);
+    LinesToSave lines(file, parts().fileName, mayBeOverridden());
     const KeepModified keep(parts());
     const unsigned tagColumn = get_fieldnum("Tag");
     TagStore tags(*this, parts().rows, mayBeOverridden());
@@ -178,14 +179,14 @@ int vekdb::save_text() {
         tags.store(record, tagColumn);
         if (record.write(file) == 0) break;
     }
-    return file.endSave() ? static_cast<int>(written) : 0;
+    return lines.end() ? static_cast<int>(written) : 0;
 }
 
 int vekdb::save_text_without_header() {
     TextFile file;
     save_params(file);
     save_column_header(file, true);
-    file.beginSave(parts().fileName);
+    LinesToSave lines(file, parts().fileName, mayBeOverridden());
     const KeepModified keep(parts());
     TagStore tags(*this, parts().rows, mayBeOverridden());
     unsigned written = 0;
@@ -194,17 +195,17 @@ int vekdb::save_text_without_header() {
         tags.store(record, get_fieldnum("Tag"));
         if (record.write(file) == 0) break;
     }
-    return file.endSave() ? static_cast<int>(written) : 0;
+    return lines.end() ? static_cast<int>(written) : 0;
 }
 
 int vekdb::save_tags() {
     TextFile file;
     save_params(file);
     save_column_header(file, false);
-    file.beginSave(parts().fileName);
+    LinesToSave lines(file, parts().fileName, mayBeOverridden());
     for (unsigned i = 0; i < parts().rows.count(); ++i) {
         const dbrecord& record = *parts().rows.at(i);
         if (record.get_tag() != 0) record.write(file);
     }
-    return file.endSave() ? 1 : 0;
+    return lines.end() ? 1 : 0;
 }

@@ -286,7 +286,8 @@ private:
     void tellRemoved(int at, int n);
     void tell(const NotifyMsg& message, int type);
 
-    bool beginSave(TextFile& file, const LightweightString<wchar_t>& name) const;
+    bool othersMayRun() const;
+    bool appendHead(TextFile& file, const LightweightString<wchar_t>& name) const;
     int writeRows(TextFile& file) const;
     int writeTaggedRecords(TextFile& file) const;
     void tagLike(const VDBViewRep& other);

@@ -1,3 +1,6 @@
+#include <typeinfo>
+
+#include "host/lines_to_save_impl.h"
 #include "host/text_file.h"
 #include "host/text_util.h"
 #include "vekdb/record.h"
@@ -16,8 +19,12 @@ void appendParam(TextFile& file, const AssocListEntry& param) {
 
 }  // namespace
 
+bool VDBViewRep::othersMayRun() const {
+    return typeid(*this) != typeid(VDBViewRep) || plainTable() == nullptr;
+}
+
 // Everything that comes before the rows. False when there is nothing to save, or nowhere.
-bool VDBViewRep::beginSave(TextFile& file, const LightweightString<wchar_t>& name) const {
+bool VDBViewRep::appendHead(TextFile& file, const LightweightString<wchar_t>& name) const {
     const vekdb* bottom = table();
     if (source() == nullptr || bottom == nullptr || name.empty()) {
         return false;
@@ -26,7 +33,6 @@ bool VDBViewRep::beginSave(TextFile& file, const LightweightString<wchar_t>& nam
         appendParam(file, *param);
     }
     bottom->save_column_header(file, false);
-    file.beginSave(name);
     return true;
 }
 
@@ -63,11 +69,12 @@ int VDBViewRep::writeTaggedRecords(TextFile& file) const {
 
 int VDBViewRep::saveAsText(LightweightString<wchar_t> name, bool headerOnly) {
     TextFile file;
-    if (!beginSave(file, name)) {
+    if (!appendHead(file, name)) {
         return 0;
     }
+    LinesToSave lines(file, name, othersMayRun());
     const int written = headerOnly ? 0 : writeRows(file);
-    return file.endSave() ? written : 0;
+    return lines.end() ? written : 0;
 }
 
 int VDBViewRep::saveAsText(const char* name, bool headerOnly) {
@@ -76,11 +83,12 @@ int VDBViewRep::saveAsText(const char* name, bool headerOnly) {
 
 int VDBViewRep::saveOnlyTagged(LightweightString<wchar_t> name) {
     TextFile file;
-    if (!beginSave(file, name)) {
+    if (!appendHead(file, name)) {
         return 0;
     }
+    LinesToSave lines(file, name, othersMayRun());
     const int looked = writeTaggedRecords(file);
-    return file.endSave() ? looked : 0;
+    return lines.end() ? looked : 0;
 }
 
 int VDBViewRep::saveOnlyTagged(const char* name) {

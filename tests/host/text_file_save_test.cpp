@@ -425,6 +425,18 @@ TEST_F(TextFileSaveWhileMade, GivesTheFileThatASaveGivesAndLeavesNoLines) {
     EXPECT_EQ(file.textSize(), 0u);
 }
 
+TEST_F(TextFileSaveWhileMade, AFifoIsOpenedWhenAllLinesAreMade) {
+    ASSERT_EQ(::mkfifo(folder.file("out").c_str(), 0600), 0);
+    std::string received;
+    file.beginSave(folder.widePath("out"));
+    makeLines();
+    EXPECT_EQ(file.textSize(), made.size());
+    std::thread reader([&] { received = folder.read("out"); });
+    EXPECT_TRUE(file.endSave());
+    reader.join();
+    EXPECT_TRUE(received == made);
+}
+
 TEST_F(TextFileSaveWhileMade, NoLinesAreAnEmptyFile) {
     file.beginSave(folder.widePath("out"));
     EXPECT_TRUE(file.endSave());

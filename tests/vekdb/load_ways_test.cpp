@@ -1,7 +1,10 @@
 // Loading a file in one go and reading its lines one by one must come to the same table.
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <string>
+#include <thread>
 
 #include "host/file_io_impl.h"
 #include "testing/arrival.h"
@@ -166,6 +169,69 @@ TEST(WaysToLoad, AFileThatBreaksOffIsReadInThePlainWayAndElseLeavesNothing) {
             EXPECT_EQ(thenWorks ? 1u : 0u, table.get_num_params());
             EXPECT_EQ(thenWorks ? 500u : 0u, table.get_capacity());
         }
+    }
+}
+
+// Files of twenty rows and one more that the loader stops at, in the header or behind it.
+Strings filesThatEndEarly() {
+    const Strings rows(20, "\"value\"");
+    Strings files;
+    for (const char* stop : {"", "two,values", "\"VEKDB\""}) {
+        Strings lines = headerAnd({"A"}, rows);
+        lines.push_back(stop);
+        lines.insert(lines.end(), rows.begin(), rows.end());
+        files.push_back(joined(lines));
+    }
+    Strings header = headerAnd({"A"}, rows);
+    header[0] = "\"VEKDB:Rev 2\"";
+    header[4] = "\"A\",\"B\"";
+    files.push_back(joined(header));
+    return files;
+}
+
+TEST(WaysToLoad, AFileThatBreaksOffLeavesNothingHoweverLittleOfItIsWanted) {
+    const TempDir folder;
+    for (const std::string& text : filesThatEndEarly()) {
+        folder.write("log", text);
+        const ArrivalOf pieces(16);
+        for (const int most : {0, 3, all}) {
+            for (std::size_t failAt = 1; failAt <= text.size() / 16; ++failAt) {
+                const BrokenPiece broken(static_cast<int>(failAt), false);
+                const CaptureDiagnostics said;
+                const vekdb table(folder.widePath("log"), most, true);
+                ASSERT_FALSE(table.get_valid()) << text;
+                ASSERT_EQ(0u, table.get_num_params() + table.get_num_fields());
+                ASSERT_EQ(std::vector<int>{}, errorOf(table));
+                ASSERT_EQ(Strings{}, said.messages);
+                ASSERT_EQ(0, table.get_modification_time());
+            }
+        }
+    }
+}
+
+TEST(WaysToLoad, NothingIsSaidTwiceOfAFileThatIsReadTwice) {
+    const TempDir folder;
+    for (const std::string& text : filesThatEndEarly()) {
+        folder.write("log", text);
+        const Outcome atOnce = loadInOneGo(folder, all);
+        const ArrivalOf pieces(16);
+        for (std::size_t failAt = 1; failAt <= text.size() / 16; ++failAt) {
+            const BrokenPiece broken(static_cast<int>(failAt), true);
+            ASSERT_TRUE(loadInOneGo(folder, all) == atOnce) << text;
+        }
+    }
+}
+
+// Whoever writes to a FIFO takes notice of each reader.
+TEST(WaysToLoad, AFifoIsReadByTheFirstWhoOpensIt) {
+    const TempDir folder;
+    ASSERT_EQ(0, ::mkfifo(folder.file("log").c_str(), 0600));
+    const std::string text = joined(headerAnd({"A"}, Strings(3, "\"value\"")));
+    for (int i = 0; i < 20; ++i) {
+        std::thread writer([&] { folder.write("log", text); });
+        const vekdb table(folder.widePath("log"), all, true);
+        writer.join();
+        ASSERT_EQ(3u, table.get_num_records());
     }
 }
 

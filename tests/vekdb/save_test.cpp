@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <functional>
 #include <string>
+#include <utility>
 
 #include "testing/failing_allocator.h"
 #include "testing/random.h"
@@ -44,6 +47,52 @@ protected:
     }
     vekdb table;
 };
+
+// Does something once, in the middle of a save.
+struct Interrupts : vekdb {
+    using vekdb::vekdb;
+    using vekdb::set_field;
+    bool set_field(unsigned row, unsigned field, const char* text) override {
+        if (auto action = std::exchange(inTheMiddle, nullptr)) action();
+        return vekdb::set_field(row, field, text);
+    }
+    std::function<void()> inTheMiddle;
+};
+
+class SaveInterrupted : public Save {
+protected:
+    SaveInterrupted() : table(textColumns({"Reel", "Tag"})) {
+        name(table);
+        addRow(table, {"A001", ""});
+        addRow(table, {"A002", ""});
+        EXPECT_EQ(2, table.save_text());
+        table.set_tag(1, 1);
+    }
+    Interrupts table;
+};
+
+TEST_F(SaveInterrupted, ARenamedTableGoesWhereItIsThenCalled) {
+    const Strings before = saved();
+    table.inTheMiddle = [&] { table.set_filename(folder.widePath("other.vek")); };
+    EXPECT_EQ(2, table.save_text());
+    EXPECT_EQ(before, saved());
+    TextFile other;
+    ASSERT_TRUE(other.load(folder.widePath("other.vek"), '\n', false));
+    EXPECT_EQ(std::string_view("\"A002\",\"1\""), other.line(5));
+}
+
+TEST_F(SaveInterrupted, TheFileKeepsTheModeThatItThenHas) {
+    using std::filesystem::perms;
+    for (const bool header : {true, false}) {
+        const perms mode = header ? perms::owner_all : perms::owner_read | perms::owner_write;
+        table.inTheMiddle = [&] {
+            std::filesystem::permissions(folder.file("log.vek"), mode);
+            EXPECT_EQ((std::vector<std::string>{"log.vek"}), folder.names());
+        };
+        EXPECT_EQ(2, header ? table.save_text() : table.save_text_without_header());
+        EXPECT_EQ(mode, std::filesystem::status(folder.file("log.vek")).permissions());
+    }
+}
 
 TEST_F(Save, TheWholeLayout) {
     vekdb table({{"Reel", DBFieldTypes::text},
