@@ -16,7 +16,8 @@ namespace {
 constexpr std::size_t page = 4096;
 
 void touch(std::size_t bytes) {
-    void* block = ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    void* block =
+        ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (block == MAP_FAILED) return;
     ::madvise(block, bytes, MADV_HUGEPAGE);
     for (std::size_t at = 0; at < bytes; at += page) static_cast<volatile char*>(block)[at] = 1;
