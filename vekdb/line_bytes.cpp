@@ -18,9 +18,6 @@ unsigned classifyBlocksNarrowly(const char* at, unsigned blocks, ByteMasks* to) 
 
 namespace {
 
-// Before this is known the narrower registers are taken.
-const bool hasWidest = __builtin_cpu_supports("avx2") != 0;
-
 // Starts to fetch what comes soon; behind the end of the text that does no harm. Another processor
 // may just have written it.
 inline void expect(const char* at) {
@@ -65,16 +62,47 @@ struct Half {
     return blocks;
 }
 
+[[gnu::target("avx512bw")]] unsigned classifyBlocksWidest(const char* at, unsigned blocks,
+                                                          ByteMasks* to) {
+    const __m512i blank = _mm512_set1_epi8(' ');
+    for (unsigned i = 0; i < blocks; ++i, at += 64) {
+        expect(at);
+        const __m512i bytes = _mm512_loadu_si512(at);
+        const std::uint64_t below = _mm512_cmplt_epu8_mask(bytes, blank);
+        to[i] = {_mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8('"')),
+                 _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8(',')),
+                 _mm512_cmpeq_epi8_mask(bytes, blank),
+                 below | _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8('\\'))};
+        if (to[i].others != 0) return i + 1;
+    }
+    return blocks;
+}
+
+}  // namespace
+
+#endif
+
+ClassifyBlocks* classifyBlocksIn(unsigned registerBytes) {
+#if defined(__x86_64__)
+    if (registerBytes == 64 && __builtin_cpu_supports("avx512bw")) return classifyBlocksWidest;
+    if (registerBytes == 32 && __builtin_cpu_supports("avx2")) return classifyBlocksWidely;
+#endif
+    return registerBytes == 16 ? classifyBlocksNarrowly : nullptr;
+}
+
+namespace {
+
+ClassifyBlocks* widest() {
+    if (ClassifyBlocks* way = classifyBlocksIn(64)) return way;
+    if (ClassifyBlocks* way = classifyBlocksIn(32)) return way;
+    return classifyBlocksNarrowly;
+}
+
+// Null before it is known.
+ClassifyBlocks* const best = widest();
+
 }  // namespace
 
 unsigned classifyBlocks(const char* at, unsigned blocks, ByteMasks* to) {
-    return (hasWidest ? classifyBlocksWidely : classifyBlocksNarrowly)(at, blocks, to);
+    return (best != nullptr ? best : classifyBlocksNarrowly)(at, blocks, to);
 }
-
-#else
-
-unsigned classifyBlocks(const char* at, unsigned blocks, ByteMasks* to) {
-    return classifyBlocksNarrowly(at, blocks, to);
-}
-
-#endif

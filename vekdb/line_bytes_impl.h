@@ -135,6 +135,10 @@ using LineBytes = PlainBytes;
 
 /// Sorts blocks of 64 bytes, one behind the other, up to the first that holds one of the others.
 /// How many blocks were sorted.
-unsigned classifyBlocks(const char* at, unsigned blocks, ByteMasks* to);
-/// The same in the registers that every machine of its kind has.
-unsigned classifyBlocksNarrowly(const char* at, unsigned blocks, ByteMasks* to);
+using ClassifyBlocks = unsigned(const char* at, unsigned blocks, ByteMasks* to);
+/// In the widest registers that the machine has.
+ClassifyBlocks classifyBlocks;
+/// In the registers that every machine of its kind has.
+ClassifyBlocks classifyBlocksNarrowly;
+/// In registers of 16, 32 or 64 bytes; null where the machine has none of these.
+ClassifyBlocks* classifyBlocksIn(unsigned registerBytes);

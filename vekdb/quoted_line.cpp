@@ -106,16 +106,16 @@ bool QuotedLine::takeEnd(const char* line, const char* end) {
 }
 
 unsigned QuotedLine::cutUp(char* line, std::uint16_t* next) const {
-    unsigned count = 0;
-    for (std::size_t word = 0; word * wordBits < size_; ++word) {
-        for (std::uint64_t left = openings_[word]; left != 0; left &= left - 1) {
-            const std::size_t opening =
-                word * wordBits + static_cast<std::size_t>(std::countr_zero(left));
+    std::uint16_t* to = next;
+    const std::size_t size = size_;
+    for (std::size_t first = 0; first < size; first += wordBits) {
+        for (std::uint64_t left = openings_[first / wordBits]; left != 0; left &= left - 1) {
+            const std::size_t opening = first + static_cast<std::size_t>(std::countr_zero(left));
             line[opening - 2] = '\0';
-            next[count++] = static_cast<std::uint16_t>(opening);
+            *to++ = static_cast<std::uint16_t>(opening);
         }
     }
-    line[size_ - 1] = '\0';
-    next[count++] = static_cast<std::uint16_t>(size_ + 1);
-    return count;
+    line[size - 1] = '\0';
+    *to++ = static_cast<std::uint16_t>(size + 1);
+    return static_cast<unsigned>(to - next);
 }

@@ -343,6 +343,33 @@ TEST(LineBytes, BlocksAreSortedAlikeInWhateverRegisters) {
     }
 }
 
+void expectSortedAsBytes(const std::string& block) {
+    const ByteMasks plain = PlainBytes::classify(block.data());
+    for (const unsigned registerBytes : {16u, 32u, 64u}) {
+        ClassifyBlocks* const classify = classifyBlocksIn(registerBytes);
+        if (classify == nullptr) continue;
+        ByteMasks found;
+        ASSERT_EQ(1u, classify(block.data(), 1, &found));
+        ASSERT_EQ(plain.quotes, found.quotes) << registerBytes;
+        ASSERT_EQ(plain.commas, found.commas) << registerBytes;
+        ASSERT_EQ(plain.blanks, found.blanks) << registerBytes;
+        ASSERT_EQ(plain.others, found.others) << registerBytes;
+    }
+}
+
+TEST(LineBytes, RegistersOfEveryWidthSortABlockAsBytesDo) {
+    Random random;
+    for (unsigned byte = 0; byte < 256; ++byte) {
+        expectSortedAsBytes(std::string(64, static_cast<char>(byte)));
+    }
+    for (int i = 0; i < 3000; ++i) {
+        std::string block(64, ' ');
+        for (char& c : block) c = random.pick(std::string("\", a\x80\xFF\\\n\x1F\x01\x7F"));
+        expectSortedAsBytes(block);
+    }
+    EXPECT_EQ(nullptr, classifyBlocksIn(8));
+}
+
 #if defined(__SSE2__)
 
 TEST(LineBytes, WideAndPlainClassifyAlike) {
