@@ -67,6 +67,10 @@ LineStore::~LineStore() {
     }
 }
 
+void LineStore::expect(std::size_t bytes) noexcept {
+    nextChunk_ = std::clamp(bytes, nextChunk_, Chunk::largest);
+}
+
 void LineStore::addChunk(std::size_t atLeast) {
     const std::size_t wanted = sizeof(Chunk) + std::max(atLeast, nextChunk_);
     const std::size_t size = FillingBlock::goodSize(wanted);

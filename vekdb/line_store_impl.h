@@ -62,6 +62,9 @@ public:
 
     char* text() const { return text_; }
 
+    /// About so many bytes of slices are still to come.
+    void expect(std::size_t bytes) noexcept;
+
     /// Room for the slices of one line of `values` values, 1 or more.
     LineSlices* addSlices(unsigned values, std::uint64_t offset, unsigned gap) {
         LineSlices* slices = openSlices(values, offset, gap);
@@ -79,6 +82,9 @@ public:
         free_ = reinterpret_cast<char*>(slices) +
                 ((LineSlices::bytesFor(values) + alignof(LineSlices) - 1) & aligned);
     }
+
+    /// The slices made last are not needed; the next ones take their place.
+    void takeBack(LineSlices* last) { free_ = reinterpret_cast<char*>(last); }
 
     void addReferences(std::uint32_t n) { references_.fetch_add(n, std::memory_order_relaxed); }
     void release(std::uint32_t n = 1) {

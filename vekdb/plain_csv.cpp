@@ -4,6 +4,7 @@
 
 #include "host/split.h"
 #include "host/text_file.h"
+#include "vekdb/row_sieve_impl.h"
 #include "vekdb/table.h"
 #include "vekdb/table_parts_impl.h"
 
@@ -25,31 +26,46 @@ void nameColumns(vekdb& table, Columns& columns, const Pieces& names) {
     }
 }
 
+void fill(dbrecord& record, const Pieces& values) {
+    const std::size_t count = std::min<std::size_t>(values.size(), record.get_num_fields());
+    for (std::size_t i = 0; i < count; ++i) {
+        record.setField(static_cast<unsigned short>(i), values[i]);
+    }
+}
+
 void appendRecord(vekdb& table, const Pieces& values) {
     dbrecord* record = table.get_record(table.add_records(1));
-    if (record == nullptr) return;
-    const std::size_t count = std::min<std::size_t>(values.size(), table.get_num_fields());
-    for (std::size_t i = 0; i < count; ++i) {
-        record->setField(static_cast<unsigned short>(i), values[i]);
-    }
+    if (record != nullptr) fill(*record, values);
+}
+
+// A row is tried out on a record of its own.
+bool isTaken(const RowSieve& sieve, vekdb& table, const Pieces& values) {
+    if (sieve.isOpen()) return true;
+    dbrecord record(static_cast<unsigned short>(table.get_num_fields()));
+    record.set_container(&table);
+    fill(record, values);
+    return sieve.takes(record);
 }
 
 }  // namespace
 
-void loadPlainCsv(const TextFile& file, vekdb& table, TableParts& parts, int maxRecords) {
+void loadPlainCsv(const TextFile& file, vekdb& table, TableParts& parts, int maxRecords,
+                  RowChoice* choice) {
     const unsigned lines = file.size();
     Pieces pieces;
     if (lines > 0) {
         split(file, 0, pieces);
         nameColumns(table, parts.columns, pieces);
     }
-    for (unsigned line = 1; line < lines && maxRecords > 0; ++line) {
+    const RowSieve sieve(choice, table, parts);
+    int records = 0;
+    for (unsigned line = 1; line < lines && records < maxRecords; ++line) {
         split(file, line, pieces);
         if (pieces.empty()) continue;
-        appendRecord(table, pieces);
-        --maxRecords;
+        if (isTaken(sieve, table, pieces)) appendRecord(table, pieces);
+        ++records;
     }
     parts.valid = true;
-    parts.loadedWhole = lines == table.get_num_records() + 1;
+    parts.loadedWhole = lines == static_cast<unsigned>(records) + 1;
     table.clear_changed();
 }

@@ -43,6 +43,17 @@ public:
         record.storage_ = dbrecord::Storage::slices;
         record.count_ = record.stored_ = values;
     }
+    /// Empties the list of values of a record on slices that no other reads, whose reference is
+    /// the caller's then. Null, and nothing done, for every other record.
+    static LineSlices* leaveSlices(dbrecord& record) {
+        if (record.storage_ != dbrecord::Storage::slices) return nullptr;
+        LineSlices* slices = record.values_.slices;
+        if (slices->isShared()) return nullptr;
+        record.values_.strings = nullptr;
+        record.storage_ = dbrecord::Storage::strings;
+        record.count_ = record.stored_ = 0;
+        return slices;
+    }
     /// Empties the list of values: the count is 0 afterwards.
     static void drop(dbrecord& record) { record.resize(0); }
     /// The slices that the record stands on, all of its stored values; null for strings.

@@ -46,11 +46,11 @@ LineScan FileLines::read(dbrecord& record) {
 
 TextLines::TextLines(TextFile& file, Mark mark)
     : arrival_(file.arrival()), marks_(mark == Mark::asRead) {
-    const std::size_t size = file.textSize();
+    size_ = arrival_ ? arrival_->text()->size() : file.textSize();
     const std::size_t offset = file.lineOffset(file.currentLine);
     store_ = new LineStore(file.takeText());
-    at_ = store_->text() + offset;
-    end_ = arrival_ ? at_ : store_->text() + size;
+    begin_ = at_ = store_->text() + offset;
+    end_ = arrival_ ? at_ : store_->text() + size_;
 }
 
 TextLines::~TextLines() {
@@ -75,14 +75,30 @@ void TextLines::noteRead(dbrecord& record) {
 
 void TextLines::awaitMore() {
     const auto have = static_cast<std::size_t>(end_ - store_->text());
-    const std::size_t size = arrival_->text()->size();
-    const std::size_t now = have < size ? arrival_->waitBeyond(have) : size;
+    const std::size_t now = have < size_ ? arrival_->waitBeyond(have) : size_;
     end_ = store_->text() + now;
-    if (now == size) arrival_.reset();
+    if (now == size_) arrival_.reset();
 }
 
 void TextLines::awaitAll() {
     while (arrival_) awaitMore();
+}
+
+std::size_t TextLines::expectRest(unsigned values) {
+    if (read_ == 0) return 0;
+    const auto done = static_cast<std::size_t>(at_ - begin_);
+    const auto left = static_cast<std::size_t>(store_->text() + size_ - at_);
+    const std::size_t lines = left / (done / read_ + 1);
+    store_->expect(lines * LineSlices::bytesFor(values));
+    return lines;
+}
+
+// Slices that another record reads, too, stay.
+void TextLines::takeBack(dbrecord& record) {
+    LineSlices* slices = RecordAccess::leaveSlices(record);
+    if (slices == nullptr) return;
+    store_->takeBack(slices);
+    ++spareReferences_;
 }
 
 // Bytes before the next line feed, or all.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -25,6 +26,12 @@ public:
     /// Waits until all lines are there, so that nothing is said of a file that then turns out to
     /// be unreadable.
     virtual void awaitAll() {}
+    /// Makes room for what is kept of the lines that are still to come, each of about so many
+    /// values. About how many lines that are, by those that came; 0 where that is not known.
+    virtual std::size_t expectRest(unsigned) { return 0; }
+    /// The record of the line read last is not kept: what it took is there for the next one. Its
+    /// values are undefined until then.
+    virtual void takeBack(dbrecord&) {}
 };
 
 /// The lines of a caller's file from its current line on. The text stays as it is, and the
@@ -59,6 +66,8 @@ public:
 
     LineScan read(dbrecord& record) override;
     void awaitAll() override;
+    std::size_t expectRest(unsigned values) override;
+    void takeBack(dbrecord& record) override;
     /// Whether any line was read that was not essentially empty.
     bool hasRead() const { return hasRead_; }
     /// Whether so many lines were read, whatever was in them, and no more are left.
@@ -76,6 +85,8 @@ private:
 
     Quor::Ptr<TextArrival> arrival_;  // null when all the text is there
     LineStore* store_;
+    std::size_t size_;  // of the text, with what is still to come
+    char* begin_;
     char* at_;
     char* end_;  // of what is there
     std::uint32_t spareReferences_ = 0;

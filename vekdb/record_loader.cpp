@@ -1,20 +1,28 @@
 #include "vekdb/record_loader_impl.h"
 
+#include <algorithm>
+
 #include "host/diagnostics.h"
 #include "vekdb/table_text_impl.h"
 
-/// A record on its way into the rows, destroyed where it does not arrive.
+// So many lines tell how long the others are.
+static constexpr unsigned sampled = 16;
+
+/// The record of the line that is read, destroyed where it does not arrive in the rows.
 class RecordLoader::Row {
 public:
-    Row(vekdb& table, Rows& rows)
-        : rows_(rows), record_(rows.pool().create(0)) {
-        record_->set_container(&table);
-    }
+    Row(vekdb& table, Rows& rows) : table_(table), rows_(rows) {}
     ~Row() { rows_.pool().destroy(record_); }
     Row(const Row&) = delete;
     Row& operator=(const Row&) = delete;
 
-    dbrecord& record() { return *record_; }
+    dbrecord& record() {
+        if (record_ == nullptr) {
+            record_ = rows_.pool().create(0);
+            record_->set_container(&table_);
+        }
+        return *record_;
+    }
 
     /// Takes the next slot, and as many more as it takes for one to be free.
     void append() {
@@ -24,22 +32,35 @@ public:
     }
 
 private:
+    vekdb& table_;
     Rows& rows_;
-    dbrecord* record_;
+    dbrecord* record_ = nullptr;
 };
 
 unsigned RecordLoader::load(int most) {
     if (parts_.rows.count() >= parts_.rows.capacity() || most < 1) return 0;
-    while (loaded_ < static_cast<unsigned>(most) && appendNext()) ++loaded_;
+    const auto wanted = static_cast<unsigned>(most);
+    Row row(table_, parts_.rows);
+    while (loaded_ < wanted && readNext(row.record())) {
+        if (sieve_.takes(row.record()))
+            row.append();
+        else
+            lines_.takeBack(row.record());
+        if (++loaded_ == sampled) expectRest(wanted - sampled);
+    }
     return loaded_;
 }
 
-bool RecordLoader::appendNext() {
-    Row row(table_, parts_.rows);
-    const LineScan line = lines_.read(row.record());
-    if (line.steps == 0 || !isComplete(line) || !replacePassedOver(row.record())) return false;
-    row.append();
-    return true;
+// How many rows a sieve will take nobody knows.
+void RecordLoader::expectRest(unsigned most) {
+    if (!sieve_.isOpen()) return;
+    const std::size_t expected = lines_.expectRest(parts_.columns.count());
+    parts_.rows.pool().expect(std::min<std::size_t>(most, expected));
+}
+
+bool RecordLoader::readNext(dbrecord& record) {
+    const LineScan line = lines_.read(record);
+    return line.steps != 0 && isComplete(line) && replacePassedOver(record);
 }
 
 bool RecordLoader::isComplete(const LineScan& line) {

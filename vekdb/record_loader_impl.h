@@ -1,6 +1,7 @@
 #pragma once
 
 #include "vekdb/record_lines_impl.h"
+#include "vekdb/row_sieve_impl.h"
 #include "vekdb/table.h"
 #include "vekdb/table_parts_impl.h"
 
@@ -8,23 +9,26 @@
 /// essentially empty one, or one with another number of values than the table has columns.
 class RecordLoader {
 public:
-    /// With `skipFirst` the first line is passed over.
-    RecordLoader(vekdb& table, TableParts& parts, RecordLines& lines, bool skipFirst)
-        : table_(table), parts_(parts), lines_(lines), skips_(skipFirst) {}
+    /// With `skipFirst` the first line is passed over. The sieve outlives the loader.
+    RecordLoader(vekdb& table, TableParts& parts, RecordLines& lines, const RowSieve& sieve,
+                 bool skipFirst)
+        : table_(table), parts_(parts), lines_(lines), sieve_(sieve), skips_(skipFirst) {}
 
-    /// Appends at most `most` records; how many it appended.
+    /// Reads at most `most` records and appends those that the sieve takes; how many it read.
     unsigned load(int most);
 
 private:
     class Row;
 
-    bool appendNext();
+    bool readNext(dbrecord& record);
     bool isComplete(const LineScan& line);
     bool replacePassedOver(dbrecord& record);
+    void expectRest(unsigned most);
 
     vekdb& table_;
     TableParts& parts_;
     RecordLines& lines_;
+    const RowSieve& sieve_;
     bool skips_;
     unsigned loaded_ = 0;
 };

@@ -68,6 +68,10 @@ void RecordPool::addSlab() {
     nextSlab_ = std::min(nextSlab_ * 2, largestSlab);
 }
 
+void RecordPool::expect(std::size_t records) noexcept {
+    nextSlab_ = std::clamp(records, nextSlab_, largestSlab);
+}
+
 void RecordPool::giveBack(void* memory) noexcept {
     auto* place = static_cast<Place*>(memory);
     place->next = unused_;
@@ -102,5 +106,5 @@ void RecordPool::releaseSlabs() noexcept {
     }
     unused_ = nullptr;
     fresh_ = end_ = nullptr;
-    nextSlab_ = 32;
+    nextSlab_ = firstSlab;
 }

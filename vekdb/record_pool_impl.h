@@ -16,12 +16,16 @@ public:
     dbrecord* create(unsigned short count);
     dbrecord* create(const dbrecord& other);
     void destroy(dbrecord* record) noexcept;
+    /// About so many more records are to come; the next slab holds them, if one can.
+    void expect(std::size_t records) noexcept;
     /// Gives the memory back; every record has been destroyed before.
     void releaseSlabs() noexcept;
 
 private:
     struct Slab;
     union Place;
+
+    static constexpr std::size_t firstSlab = 32;
 
     void* take();
     void addSlab();
@@ -31,5 +35,5 @@ private:
     Place* unused_ = nullptr;  // places of destroyed records
     char* fresh_ = nullptr;
     char* end_ = nullptr;
-    std::size_t nextSlab_ = 32;  // records; doubles
+    std::size_t nextSlab_ = firstSlab;  // records; doubles
 };

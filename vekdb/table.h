@@ -11,6 +11,7 @@
 #include "vekdb/vdb_base.h"
 
 class Cookie;
+class RowChoice;
 class TextFile;
 class configb;
 struct TableParts;
@@ -69,8 +70,9 @@ public:
     bool read_error_info(dberror& out) const;
     bool get_valid() const override;
     bool get_modified() const;
-    /// Whether the last load from a file made a row of every line behind the column names. False
-    /// where it stopped before the end, where it passed over a line, and where nothing was loaded.
+    /// Whether the last load from a file made a row of every line behind the column names, those
+    /// that a RowChoice did not take included. False where it stopped before the end, where it
+    /// passed over a line, and where nothing was loaded. Appending text changes nothing of it.
     bool get_loaded_whole() const;
     unsigned get_capacity() const;
     int get_revision() const;
@@ -176,6 +178,8 @@ public:
     /// read, none for 0 or less; `requireMagic` refuses files without a column header. Where
     /// memory ends the table is freed before the exception leaves.
     void loadFromFile(int maxRecords, bool requireMagic);
+    /// The same, with the rows that the choice takes.
+    void loadFromFile(RowChoice& choice, bool requireMagic);
     /// Reads the parameter block from the file's current line on; `header` holds the line behind
     /// it afterwards. 1 when that is the magic line, 2 when it is a line without a colon and no
     /// magic line follows, 0 when the file does not begin with parameters, 3 when it ends inside
@@ -277,9 +281,11 @@ private:
     void copyParameters(const vekdb& source);
     void copyRows(const vekdb& source);
     dbrecord* newRow();
-    void fillFromFile(int maxRecords, bool requireMagic);
-    bool fillWhileReading(int maxRecords, bool requireMagic);
-    void fillFrom(TextFile& file, int maxRecords, bool requireMagic);
+    struct Load;
+    void load(const Load& load);
+    void fillFromFile(const Load& load);
+    bool fillWhileReading(const Load& load);
+    void fillFrom(TextFile& file, const Load& load);
     bool mayBeOverridden() const;
     void enterCookieRows();
     unsigned tagPlainRows(bool keepTags);

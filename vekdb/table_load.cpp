@@ -1,3 +1,4 @@
+#include <climits>
 #include <ctime>
 
 #include "host/text_arrival_impl.h"
@@ -5,6 +6,7 @@
 #include "vekdb/plain_csv_impl.h"
 #include "vekdb/record_lines_impl.h"
 #include "vekdb/record_loader_impl.h"
+#include "vekdb/row_sieve_impl.h"
 #include "vekdb/table.h"
 #include "vekdb/table_header_impl.h"
 #include "vekdb/table_parts_impl.h"
@@ -15,36 +17,51 @@ constexpr unsigned short headerRoom = 24;
 
 }  // namespace
 
-// A part of a file's rows must not pass for the table, to be saved over all of them.
+// What a load is asked for. Without a choice every row is taken.
+struct vekdb::Load {
+    int maxRecords;
+    bool requireMagic;
+    RowChoice* choice;
+};
+
 void vekdb::loadFromFile(int maxRecords, bool requireMagic) {
+    load({maxRecords, requireMagic, nullptr});
+}
+
+void vekdb::loadFromFile(RowChoice& choice, bool requireMagic) {
+    load({INT_MAX, requireMagic, &choice});
+}
+
+// A part of a file's rows must not pass for the table, to be saved over all of them.
+void vekdb::load(const Load& load) {
     free();
     try {
-        fillFromFile(maxRecords, requireMagic);
+        fillFromFile(load);
     } catch (...) {
         free();
         throw;
     }
 }
 
-void vekdb::fillFromFile(int maxRecords, bool requireMagic) {
+void vekdb::fillFromFile(const Load& load) {
     const bool isPlainCsv = parts().fileName.endsWith(L".csv", true);
-    if (!isPlainCsv && fillWhileReading(maxRecords, requireMagic)) return;
+    if (!isPlainCsv && fillWhileReading(load)) return;
     TextFile file;
     if (!file.load(parts().fileName, '\n', false)) return;
     if (isPlainCsv) {
-        loadPlainCsv(file, *this, parts(), maxRecords);
+        loadPlainCsv(file, *this, parts(), load.maxRecords, load.choice);
     } else {
-        fillFrom(file, maxRecords, requireMagic);
+        fillFrom(file, load);
     }
 }
 
 // False, with an empty table, where the file is to be read in the other way. Others' code, which
 // would see a file begun twice, is called in the other way only.
-bool vekdb::fillWhileReading(int maxRecords, bool requireMagic) {
+bool vekdb::fillWhileReading(const Load& load) {
     TextFile file;
     if (mayBeOverridden() || !file.loadAhead(parts().fileName, '\n')) return false;
     try {
-        fillFrom(file, maxRecords, requireMagic);
+        fillFrom(file, load);
         return true;
     } catch (const TextArrival::Broken&) {
         free();
@@ -52,15 +69,16 @@ bool vekdb::fillWhileReading(int maxRecords, bool requireMagic) {
     }
 }
 
-void vekdb::fillFrom(TextFile& file, int maxRecords, bool requireMagic) {
+void vekdb::fillFrom(TextFile& file, const Load& load) {
     dbrecord header(headerRoom);
-    if (!TableHeader(*this, parts(), file, header).readColumns(requireMagic)) {
+    if (!TableHeader(*this, parts(), file, header).readColumns(load.requireMagic)) {
         return file.awaitAll();
     }
     post_init();
+    const RowSieve sieve(load.choice, *this, parts());
     // Records that nobody has seen yet are not marked as changed in the first place.
     TextLines lines(file, TextLines::Mark::none);
-    const unsigned rows = RecordLoader(*this, parts(), lines, false).load(maxRecords);
+    const unsigned rows = RecordLoader(*this, parts(), lines, sieve, false).load(load.maxRecords);
     lines.awaitAll();
     parts().loadedWhole = lines.areAll(rows);
     if (lines.hasRead()) parts().modificationTime = std::time(nullptr);
@@ -73,12 +91,12 @@ int vekdb::read_params(TextFile& file, dbrecord& header) {
 
 unsigned vekdb::add_text(TextFile& file, int skipFirst, int maxRecords) {
     FileLines lines(file);
-    return RecordLoader(*this, parts(), lines, skipFirst != 0).load(maxRecords);
+    return RecordLoader(*this, parts(), lines, RowSieve(), skipFirst != 0).load(maxRecords);
 }
 
 unsigned vekdb::load_text(int maxRecords) {
     TextFile file;
     if (!file.load(parts().fileName, '\n', false)) return 0;
     TextLines lines(file, TextLines::Mark::asRead);
-    return RecordLoader(*this, parts(), lines, true).load(maxRecords);
+    return RecordLoader(*this, parts(), lines, RowSieve(), true).load(maxRecords);
 }

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include "host/file_io_impl.h"
 #include "host/text_arrival_impl.h"
 
 namespace testing_support {
@@ -23,6 +24,29 @@ public:
 private:
     std::size_t piece_ = TextArrival::Terms::piece;
     std::size_t leastBytes_ = TextArrival::Terms::leastBytes;
+};
+
+/// While in scope, the n-th piece of a file that is read ahead does not come; the plain way works,
+/// or does not.
+class BrokenPiece {
+public:
+    BrokenPiece(int failAt, bool thenWorks) : before_(FileIO::systemCalls()) {
+        left_ = failAt;
+        FileIO::systemCalls().endRead = [](aiocb* piece) {
+            const ssize_t got = ::aio_return(piece);
+            return --left_ == 0 ? ssize_t{-1} : got;
+        };
+        if (!thenWorks) {
+            FileIO::systemCalls().read = [](int, void*, std::size_t) { return ssize_t{-1}; };
+        }
+    }
+    BrokenPiece(const BrokenPiece&) = delete;
+    BrokenPiece& operator=(const BrokenPiece&) = delete;
+    ~BrokenPiece() { FileIO::systemCalls() = before_; }
+
+private:
+    static inline int left_ = 0;
+    FileIO::SystemCalls before_;
 };
 
 }  // namespace testing_support

@@ -6,7 +6,6 @@
 #include <string>
 #include <thread>
 
-#include "host/file_io_impl.h"
 #include "testing/arrival.h"
 #include "testing/capture_diagnostics.h"
 #include "testing/failing_allocator.h"
@@ -17,6 +16,7 @@
 namespace {
 
 using testing_support::ArrivalOf;
+using testing_support::BrokenPiece;
 using testing_support::CaptureDiagnostics;
 using testing_support::CountingAllocator;
 using testing_support::errorOf;
@@ -133,28 +133,6 @@ TEST(WaysToLoad, AFileMayComeUpToAnyByteAroundTheEndOfALongLine) {
         }
     }
 }
-
-// The n-th piece of a file that is read ahead does not come; the plain way works, or does not.
-class BrokenPiece {
-public:
-    BrokenPiece(int failAt, bool thenWorks) : before_(FileIO::systemCalls()) {
-        left_ = failAt;
-        FileIO::systemCalls().endRead = [](aiocb* piece) {
-            const ssize_t got = ::aio_return(piece);
-            return --left_ == 0 ? ssize_t{-1} : got;
-        };
-        if (!thenWorks) {
-            FileIO::systemCalls().read = [](int, void*, std::size_t) { return ssize_t{-1}; };
-        }
-    }
-    BrokenPiece(const BrokenPiece&) = delete;
-    BrokenPiece& operator=(const BrokenPiece&) = delete;
-    ~BrokenPiece() { FileIO::systemCalls() = before_; }
-
-private:
-    static inline int left_ = 0;
-    FileIO::SystemCalls before_;
-};
 
 TEST(WaysToLoad, AFileThatBreaksOffIsReadInThePlainWayAndElseLeavesNothing) {
     const TempDir folder;
