@@ -26,7 +26,7 @@ std::vector<unsigned> shownColumns(const Log& log, const Args& args) {
 
 std::string footer(const Sheet& sheet, std::size_t matched, std::size_t columnsPrinted) {
     std::size_t shown = sheet.rowCount();
-    std::size_t there = sheet.log.rowCount();
+    std::size_t there = sheet.log.rowsInSource();
     std::string text = std::to_string(shown) + " of " + counted(there, "row");
     if (matched != shown && matched != there) text += ", " + std::to_string(matched) + " matched";
     std::size_t tagged = sheet.view->get_num_tags();
@@ -46,7 +46,7 @@ void printTable(const Sheet& sheet, std::size_t matched, const Args& args, Outpu
     grid.cell = [&](std::size_t row, std::size_t column) -> std::string_view {
         unsigned at = static_cast<unsigned>(row);
         if (column > 0) return sheet.cell(at, static_cast<unsigned>(column - 1));
-        number = std::to_string(sheet.view->baseIndex(at) + 1);
+        number = std::to_string(sheet.log.numberOf(sheet.view->baseIndex(at)));
         number += sheet.view->get_tag(at) != 0 ? '*' : ' ';
         return number;
     };
@@ -75,9 +75,12 @@ void printAs(Target target, const Sheet& sheet, const Args& args, Output& out) {
 }
 
 int run(const Args& args) {
-    // The process ends with the command, and its memory with it, faster than row by row.
-    static const Log& log = *new Log(readLog(args));
     Selection selection = selectionFrom(args);
+    // A table file says how long the values of all its rows are.
+    bool isTableFile = !wantsTable(args) && wantedTarget(args) == Target::table;
+    Wanted wanted = isTableFile ? Wanted() : wantedRows(selection);
+    // The process ends with the command, and its memory with it, faster than row by row.
+    static const Log& log = *new Log(readLog(args, "FILE", wanted));
     Selected selected = selectRows(log, selection);
     Sheet sheet{log, selected.view, shownColumns(log, args)};
     Output out(args.text("output"));

@@ -250,9 +250,9 @@ std::vector<unsigned> groupColumns(const Log& log, const Args& args) {
 }
 
 int run(const Args& args) {
-    Log log = readLog(args);
-    Rates rates = ratesOf(log, args);
     Selection selection = selectionFrom(args);
+    Log log = readLog(args, "FILE", wantedRows(selection));
+    Rates rates = ratesOf(log, args);
     VDBView view = selectRows(log, selection).view;
     Counter counter(log, rates);
     Output out;

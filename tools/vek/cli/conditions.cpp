@@ -153,7 +153,12 @@ RowTest testOf(const Log& log, const Condition& condition) {
     }
 }
 
-RowTest containsTest(const Log& log, const std::vector<Condition>& conditions) {
+bool asksFor(const std::vector<Condition>& conditions, unsigned column) {
+    return std::any_of(conditions.begin(), conditions.end(),
+                       [&](const Condition& condition) { return condition.column == column; });
+}
+
+void askTable(const Log& log, const std::vector<Condition>& conditions) {
     using namespace TextSearch;
     // The query has one entry a column; the empty ones match everything.
     std::vector<Criteria> query(log.columnCount());
@@ -161,8 +166,6 @@ RowTest containsTest(const Log& log, const std::vector<Condition>& conditions) {
         query[condition.column] = Criteria(Criterion(cellText(condition.text), eMatchContains));
     }
     log.table->setQuery(query);
-    log.table->tag_matching_records(0);
-    return [&log](unsigned row) { return log.table->get_record(row)->get_tag() != 0; };
 }
 
 std::vector<RangeColumns> rangeColumns(const Log& log) {

@@ -14,10 +14,12 @@ using RowTest = std::function<bool(unsigned row)>;
 /// Whether the row's value in one column is as the condition says, any but "contains".
 RowTest testOf(const Log& log, const Condition& condition);
 
-/// Whether the row holds all these "contains" conditions, of which no two are about the same
-/// column. They are the table's own query, so timecodes match by their digits and the start/end
-/// columns as ranges. The table's tags keep the answers, so the next such test ends this one.
-RowTest containsTest(const Log& log, const std::vector<Condition>& conditions);
+/// Whether one of the conditions is about the column.
+bool asksFor(const std::vector<Condition>& conditions, unsigned column);
+
+/// Makes these "contains" conditions, of which no two are about the same column, the table's own
+/// query: timecodes match by their digits and the start/end columns as ranges.
+void askTable(const Log& log, const std::vector<Condition>& conditions);
 
 /// Whether a pair of the row's columns, whatever it is called, holds the timecode; both ends
 /// belong to a range. A Failure when the text is no timecode or no such columns exist.

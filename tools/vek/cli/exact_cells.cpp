@@ -116,6 +116,13 @@ std::size_t noteExactCells(vekdb& table, const std::vector<ExactCell>& cells) {
     return noted;
 }
 
+bool hasExactNotes(const Log& log) {
+    for (std::size_t note = 0; note < mostNotes; ++note) {
+        if (!log.parameter(nameOf(note).c_str()).empty()) return true;
+    }
+    return false;
+}
+
 void restoreExactCells(Log& log) {
     for (std::size_t note = 0; note < mostNotes; ++note) {
         std::string text = log.parameter(nameOf(note).c_str());

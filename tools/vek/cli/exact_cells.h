@@ -26,6 +26,9 @@ std::string afterTableFile(std::string_view value);
 /// room, from the first on.
 std::size_t noteExactCells(vekdb& table, const std::vector<ExactCell>& cells);
 
+/// Whether the log's parameters hold any.
+bool hasExactNotes(const Log& log);
+
 /// Puts noted values back into the cells.
 void restoreExactCells(Log& log);
 

@@ -80,8 +80,8 @@ void refuseBinary(Input& input) {
                   input.name() + ":" + std::to_string(line) + ": a zero byte, expected text"};
 }
 
-void readAs(Format format, Input& input, Log& log) {
-    if (format == Format::table) return readTable(input, log);
+void readAs(Format format, Input& input, const Wanted& wanted, Log& log) {
+    if (format == Format::table) return readTable(input, wanted, log);
     refuseBinary(input);
     if (format == Format::plainCsv) return readPlainCsv(input, log);
     std::string_view text = input.text();
@@ -164,7 +164,8 @@ bool Log::setParameter(const std::string& wanted, const std::string& value) {
     return table->set_param_val(wanted.c_str(), value.c_str()) != noColumn;
 }
 
-Log openLog(Input& input, const std::string& path, const std::string& from) {
+Log openLog(Input& input, const std::string& path, const std::string& from,
+            const Wanted& wanted) {
     Log log;
     log.path = path;
     log.name = input.name();
@@ -172,19 +173,19 @@ Log openLog(Input& input, const std::string& path, const std::string& from) {
         throw Failure{unreadable, log.name + ": is empty, expected a log"};
     }
     log.format = from.empty() ? recognised(path, input.head()) : formatNamed(from);
-    readAs(log.format, input, log);
+    readAs(log.format, input, wanted, log);
     return log;
 }
 
-Log readLog(const std::string& path, const std::string& from) {
+Log readLog(const std::string& path, const std::string& from, const Wanted& wanted) {
     Input input(path);
-    Log log = openLog(input, path, from);
+    Log log = openLog(input, path, from, wanted);
     tellProblems(log);
     return log;
 }
 
-Log readLog(const Args& args, std::string_view argument) {
-    return readLog(args.text(argument), args.text("from"));
+Log readLog(const Args& args, std::string_view argument, const Wanted& wanted) {
+    return readLog(args.text(argument), args.text("from"), wanted);
 }
 
 void requireWhole(const Log& log) {

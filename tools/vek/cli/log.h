@@ -39,12 +39,18 @@ struct Log {
     Format format = Format::table;
     std::unique_ptr<vekdb> table;
     std::vector<std::uint32_t> lines;
+    std::vector<std::uint32_t> numbers;  ///< of the rows, from 1 on, where some were left out
+    std::size_t leftOut = 0;             ///< rows that were not wanted
     std::vector<Problem> problems;  ///< told on reading; nothing was lost by them
     std::string notRead;            ///< why rows are missing; empty when all are there
     bool endsLinesWithCr = false;   ///< text formats are written back as they came
     bool beganWithMark = false;     ///< a UTF-8 byte order mark stood in front
 
     unsigned rowCount() const { return table->get_num_records(); }
+    /// Those that were left out included.
+    std::size_t rowsInSource() const { return rowCount() + leftOut; }
+    /// The number of a row in the source, from 1 on.
+    std::size_t numberOf(unsigned row) const { return numbers.empty() ? row + 1 : numbers[row]; }
     unsigned columnCount() const { return table->get_num_fields(); }
     std::string_view cell(unsigned row, unsigned column) const {
         return table->get_record(row)->fieldView(column);
@@ -70,15 +76,20 @@ inline LightweightString<char> cellText(std::string_view text) {
     return LightweightString<char>(text.data(), text.size());
 }
 
+/// Conditions that all must hold, as parseCondition reads them. A reader may leave out rows of
+/// which one does not hold; which, the log tells.
+using Wanted = std::vector<std::string>;
+
 /// Reads a log. The format comes from `from` ("" finds it out by the ending and the content).
 /// A Failure when nothing could be read. Problems are left to the caller.
-Log openLog(Input& input, const std::string& path, const std::string& from = {});
+Log openLog(Input& input, const std::string& path, const std::string& from = {},
+            const Wanted& wanted = {});
 
 /// The same, and says the problems.
-Log readLog(const std::string& path, const std::string& from = {});
+Log readLog(const std::string& path, const std::string& from = {}, const Wanted& wanted = {});
 
 /// The log named by an argument, "FILE" as a rule, with the --from of the command line.
-Log readLog(const Args& args, std::string_view argument = "FILE");
+Log readLog(const Args& args, std::string_view argument = "FILE", const Wanted& wanted = {});
 
 /// A Failure when rows of the file could not be read, so that writing it would lose them.
 void requireWhole(const Log& log);

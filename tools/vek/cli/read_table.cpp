@@ -7,12 +7,13 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
-#include <numeric>
 
 #include "host/text_file.h"
 #include "host/text_util.h"
+#include "tools/vek/cli/conditions.h"
 #include "tools/vek/cli/exact_cells.h"
 #include "tools/vek/cli/readers.h"
+#include "vekdb/row_choice.h"
 
 namespace vek {
 
@@ -24,14 +25,83 @@ LightweightString<wchar_t> wide(const std::string& path) {
     return fromUTF8(LightweightString<char>(path.c_str()));
 }
 
+// Leaves out rows that the table's query answers for.
+class WantedRows : public RowChoice {
+public:
+    WantedRows(const Wanted& wanted, const Log& log) : wanted_(wanted), log_(log) {}
+
+    void begin(vekdb&) override {
+        numbers_.clear();
+        read_ = 0;
+        std::vector<Condition> asked = conditions();
+        if (!asked.empty()) askTable(log_, asked);
+    }
+    bool takes(const dbrecord&, bool matches) override {
+        ++read_;
+        if (matches) numbers_.push_back(read_);
+        return matches;
+    }
+
+    std::size_t leftOut() const { return read_ - numbers_.size(); }
+    /// Of the rows taken.
+    const std::vector<std::uint32_t>& numbers() const { return numbers_; }
+
+private:
+    // Only what can be asked in one query. What is wrong with a condition is said where all are
+    // put to the rows. Notes of exact cells tell rows by their numbers, so all are wanted then.
+    std::vector<Condition> conditions() const {
+        if (hasExactNotes(log_)) return {};
+        std::vector<Condition> asked;
+        try {
+            for (const std::string& text : wanted_) addTo(asked, parseCondition(log_, text));
+        } catch (const Failure&) {
+            return {};
+        }
+        return asked;
+    }
+
+    static void addTo(std::vector<Condition>& asked, const Condition& condition) {
+        if (condition.op != Operator::contains) return;
+        if (!asksFor(asked, condition.column)) asked.push_back(condition);
+    }
+
+    const Wanted& wanted_;
+    const Log& log_;
+    std::vector<std::uint32_t> numbers_;
+    std::uint32_t read_ = 0;
+};
+
 // Reads a table file through the library, and goes on where the library stops at a line of the
 // wrong length: every row is kept and reported.
 class TableReader {
 public:
     TableReader(Input& input, Log& log) : input_(input), path_(input.loaderPath()), log_(log) {}
 
-    void read() {
-        log_.table = std::make_unique<vekdb>(wide(path_), allRows, true);
+    void read(const Wanted& wanted) {
+        log_.table = std::make_unique<vekdb>();
+        log_.table->set_filename(wide(path_));
+        if (!readWanted(wanted)) readAll();
+        restoreExactCells(log_);
+        log_.table->set_filename(wide(log_.path));
+        if (log_.table->get_modified()) log_.table->clear_changed();
+    }
+
+private:
+    // False where every row is wanted, and where the file has anything but rows of its table.
+    bool readWanted(const Wanted& wanted) {
+        if (wanted.empty()) return false;
+        WantedRows rows(wanted, log_);
+        log_.table->loadFromFile(rows, true);
+        if (!log_.table->get_loaded_whole()) return false;
+        headerLines_ = headerLines();
+        log_.leftOut = rows.leftOut();
+        log_.numbers = rows.numbers();
+        numberRows();
+        return true;
+    }
+
+    void readAll() {
+        log_.table->loadFromFile(allRows, true);
         if (!log_.table->get_valid()) refuse();
         headerLines_ = headerLines();
         // The library stops at a line of the wrong length, and skips lines behind a row that
@@ -40,12 +110,8 @@ public:
             numberRows();
         else
             readRest();
-        restoreExactCells(log_);
-        log_.table->set_filename(wide(log_.path));
-        if (log_.table->get_modified()) log_.table->clear_changed();
     }
 
-private:
     // As a rule the header stands in the first piece of the text.
     std::size_t headerLines() {
         std::string_view head = input_.head();
@@ -93,8 +159,9 @@ private:
 
     void numberRows() {
         log_.lines.resize(log_.rowCount());
-        std::iota(log_.lines.begin(), log_.lines.end(),
-                  static_cast<std::uint32_t>(headerLines_ + 1));
+        for (unsigned row = 0; row < log_.rowCount(); ++row) {
+            log_.lines[row] = static_cast<std::uint32_t>(headerLines_ + log_.numberOf(row));
+        }
     }
 
     [[noreturn]] void refuse(std::size_t line, const std::string& found,
@@ -259,8 +326,8 @@ private:
 
 }  // namespace
 
-void readTable(Input& input, Log& log) {
-    TableReader(input, log).read();
+void readTable(Input& input, const Wanted& wanted, Log& log) {
+    TableReader(input, log).read(wanted);
 }
 
 void readPlainCsv(Input& input, Log& log) {

@@ -7,7 +7,8 @@
 /// stands: nothing is trimmed, rounded or given another type.
 namespace vek {
 
-void readTable(Input& input, Log& log);
+/// Leaves out rows of an undamaged file that do not hold the wanted "contains" conditions.
+void readTable(Input& input, const Wanted& wanted, Log& log);
 void readPlainCsv(Input& input, Log& log);
 void readDelimited(std::string_view text, char separator, Log& log);
 void readAle(std::string_view text, Log& log);

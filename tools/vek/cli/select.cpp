@@ -28,11 +28,12 @@ public:
 
     void add(const Condition& condition) {
         if (condition.op != Operator::contains) return apply(testOf(log_, condition));
-        if (any_ || isAsked(condition.column)) ask();
+        if (any_ || asksFor(asked_, condition.column)) ask();
         asked_.push_back(condition);
     }
 
-    void apply(const RowTest& holds) {
+    template <class Holds>
+    void apply(const Holds& holds) {
         for (unsigned row = 0; row < marks_.size(); ++row) {
             if (marks_[row] != any_) marks_[row] = holds(row);
         }
@@ -44,13 +45,11 @@ public:
     }
 
 private:
-    bool isAsked(unsigned column) const {
-        return std::any_of(asked_.begin(), asked_.end(),
-                           [&](const Condition& other) { return other.column == column; });
-    }
-
     void ask() {
-        if (!asked_.empty()) apply(containsTest(log_, asked_));
+        if (asked_.empty()) return;
+        askTable(log_, asked_);
+        log_.table->tag_matching_records(0);
+        apply([this](unsigned row) { return log_.table->get_record(row)->get_tag() != 0; });
         asked_.clear();
     }
 
@@ -200,6 +199,10 @@ Selection selectionFrom(const Args& args) {
 bool narrows(const Selection& selection) {
     return !selection.where.empty() || !selection.at.empty() || selection.tagged ||
            !selection.unique.empty() || !selection.duplicates.empty();
+}
+
+Wanted wantedRows(const Selection& selection) {
+    return selection.any ? Wanted() : selection.where;
 }
 
 Selected selectRows(const Log& log, const Selection& selection) {

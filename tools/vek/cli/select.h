@@ -32,6 +32,9 @@ std::vector<Option> selectionOptions();
 /// What the command line says; options that the command does not have count as not given.
 Selection selectionFrom(const Args& args);
 
+/// What a reader may know of it: rows that are not wanted can be left out in the first place.
+Wanted wantedRows(const Selection& selection);
+
 /// Whether anything narrows the rows down.
 bool narrows(const Selection& selection);
 
