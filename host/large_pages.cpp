@@ -9,6 +9,8 @@
 namespace {
 
 constexpr std::size_t kLargePage = std::size_t{2} << 20;
+// A block that does not begin on a large page holds a whole one only from this size on.
+constexpr std::size_t kLarge = 2 * kLargePage;
 constexpr std::align_val_t kOnLargePage{kLargePage};
 
 void adviseLargePages([[maybe_unused]] void* block, [[maybe_unused]] std::size_t bytes) noexcept {
@@ -22,11 +24,22 @@ void adviseLargePages([[maybe_unused]] void* block, [[maybe_unused]] std::size_t
 
 }  // namespace
 
-// A block that does not begin on a large page holds a whole one only from this size on.
 void expectFilling(void* block, std::size_t bytes) noexcept {
-    if (bytes >= 2 * kLargePage) {
+    if (bytes >= kLarge) {
         adviseLargePages(block, bytes);
     }
+}
+
+std::size_t LargePages::slackFor(std::size_t bytes) noexcept {
+    return bytes < kLarge ? 0 : kLargePage;
+}
+
+char* LargePages::startIn(char* block, std::size_t slack) noexcept {
+    if (slack == 0) {
+        return block;
+    }
+    const std::size_t beyond = reinterpret_cast<std::uintptr_t>(block) % kLargePage;
+    return beyond == 0 ? block : block + (kLargePage - beyond);
 }
 
 std::size_t FillingBlock::goodSize(std::size_t bytes) noexcept {

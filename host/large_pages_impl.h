@@ -9,6 +9,16 @@
 // large pages; small blocks are left alone.
 void expectFilling(void* block, std::size_t bytes) noexcept;
 
+/// A large text begins on a large page, so that it has whole ones from its start on.
+namespace LargePages {
+
+/// How many bytes more a block of so many needs for that; 0 for small ones.
+std::size_t slackFor(std::size_t bytes) noexcept;
+/// Where a text begins in a block that has so much slack.
+char* startIn(char* block, std::size_t slack) noexcept;
+
+}  // namespace LargePages
+
 /// Blocks that are filled from their start on, by little and little.
 namespace FillingBlock {
 

@@ -1,16 +1,21 @@
 #include "host/text_block.h"
 
 #include "host/exceptions.h"
+#include "host/large_pages_impl.h"
 
 #include <cassert>
 
 namespace {
 
-std::size_t withTerminator(std::size_t bytes) {
-    if (bytes + 1 == 0) {
+std::size_t withTerminator(std::size_t before, std::size_t bytes) {
+    if (bytes >= static_cast<std::size_t>(-1) - before) {
         throw Quor::Exception::BadAlloc();
     }
-    return bytes + 1;
+    return before + bytes + 1;
+}
+
+char* allocate(std::size_t bytes) {
+    return static_cast<char*>(OS()->allocator()->allocate(bytes));
 }
 
 }  // namespace
@@ -20,17 +25,21 @@ Quor::Ptr<TextBlock> TextBlock::create(std::size_t bytes) {
 }
 
 TextBlock::TextBlock(std::size_t bytes)
-    : data_(static_cast<char*>(OS()->allocator()->allocate(withTerminator(bytes)))), size_(bytes) {
+    : block_(allocate(withTerminator(LargePages::slackFor(bytes), bytes))),
+      data_(LargePages::startIn(block_, LargePages::slackFor(bytes))), size_(bytes) {
     data_[size_] = 0;
 }
 
 TextBlock::~TextBlock() {
-    OS()->allocator()->free(data_);
+    OS()->allocator()->free(block_);
 }
 
 void TextBlock::resize(std::size_t bytes) {
     assert(isUnshared());
-    data_ = static_cast<char*>(OS()->allocator()->reallocate(data_, withTerminator(bytes)));
+    const auto before = static_cast<std::size_t>(data_ - block_);
+    const std::size_t needed = withTerminator(before, bytes);
+    block_ = static_cast<char*>(OS()->allocator()->reallocate(block_, needed));
+    data_ = block_ + before;
     size_ = bytes;
     data_[size_] = 0;
 }

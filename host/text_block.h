@@ -42,6 +42,7 @@ private:
     explicit TextBlock(std::size_t bytes);
     ~TextBlock();
 
-    char* data_;
+    char* block_;
+    char* data_;  // in it
     std::size_t size_;
 };

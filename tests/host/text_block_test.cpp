@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <string_view>
@@ -37,6 +38,29 @@ TEST(TextBlock, ResizeKeepsWhatFits) {
     EXPECT_EQ(block->data()[100000], 0);
     block->resize(3);
     EXPECT_STREQ(block->data(), "abc");
+}
+
+TEST(TextBlock, ALargeOneHoldsItsBytesFromALargePageOn) {
+    constexpr std::size_t large = std::size_t{4} << 20;
+    for (const std::size_t size : {large - 1, large, large + 1, 3 * large}) {
+        const CountingAllocator counting;
+        const Ptr<TextBlock> block = TextBlock::create(size);
+        EXPECT_GT(counting.lastSize(), size);
+        const auto start = reinterpret_cast<std::uintptr_t>(block->data());
+        EXPECT_TRUE(size < large || start % (large / 2) == 0);
+        std::memset(block->data(), 'x', size);
+        EXPECT_EQ(block->data()[size], 0);
+    }
+}
+
+TEST(TextBlock, ALargeOneKeepsItsTextThroughEverySize) {
+    const Ptr<TextBlock> block = TextBlock::create(std::size_t{5} << 20);
+    std::memcpy(block->data(), "abcdefgh", 8);
+    for (const std::size_t size : {std::size_t{9} << 20, std::size_t{8}, std::size_t{5} << 20}) {
+        block->resize(size);
+        EXPECT_EQ(std::string_view(block->data(), 8), "abcdefgh");
+        EXPECT_EQ(block->data()[size], 0);
+    }
 }
 
 TEST(TextBlock, TextComesFromTheHostAllocatorAndGoesWithTheLastShare) {
@@ -90,8 +114,10 @@ TEST(TextBlock, FailedCreationLeavesNothingBehind) {
     CountingAllocator counting;
     testing_support::failEachAllocation([] { TextBlock::create(10); },
                                         [&] { EXPECT_EQ(counting.liveBlocks(), 0); });
-    EXPECT_THROW(TextBlock::create(std::numeric_limits<std::size_t>::max()),
-                 Quor::Exception::BadAlloc);
+    const std::size_t most = std::numeric_limits<std::size_t>::max();
+    for (const std::size_t less : {std::size_t{0}, std::size_t{1}, std::size_t{2} << 20}) {
+        EXPECT_THROW(TextBlock::create(most - less), Quor::Exception::BadAlloc);
+    }
     EXPECT_EQ(counting.liveBlocks(), 0);
 }
 
