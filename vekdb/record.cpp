@@ -57,6 +57,7 @@ void dbrecord::release() {
     values_.strings = nullptr;
     storage_ = Storage::strings;
     stored_ = 0;
+    isKeyed_ = false;
 }
 
 dbrecord& dbrecord::operator=(const dbrecord& other) {
@@ -95,6 +96,7 @@ RecordStrings& dbrecord::ownStrings(unsigned atLeast) const {
 
 void dbrecord::store(unsigned index, String value) {
     if (index >= stored_ && value.empty()) return;
+    isKeyed_ = false;
     RecordStrings& own = ownStrings(index + 1);
     own.set(index, std::move(value));
     if (index >= stored_) stored_ = static_cast<unsigned short>(index + 1);
@@ -106,6 +108,7 @@ bool dbrecord::overwrite(unsigned index, std::string_view value) {
     if (storage_ != Storage::slices || index >= stored_ || values_.slices->isShared()) return false;
     if (values_.slices->view(index).size() != value.size()) return false;
     if (LineBytes::writableRun(value.data(), value.size()) != value.size()) return false;
+    isKeyed_ = false;
     values_.slices->overwrite(index, value);
     return true;
 }
@@ -182,6 +185,7 @@ bool dbrecord::is_blank() const {
 }
 
 void dbrecord::resize(unsigned count) {
+    isKeyed_ = false;
     if (count == 0) release();
     if (count < stored_) {
         if (storage_ == Storage::strings) values_.strings->cut(count);
@@ -192,6 +196,7 @@ void dbrecord::resize(unsigned count) {
 
 void dbrecord::removeField(unsigned short index) {
     if (index >= count_) return;
+    isKeyed_ = false;
     if (index + 1 == stored_) {
         unsigned count = count_ - 1u;
         resize(index);

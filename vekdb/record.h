@@ -123,4 +123,5 @@ private:
     mutable Storage storage_ = Storage::strings;
     std::uint8_t tag_ = 0;
     mutable bool changed_ = false;
+    mutable bool isKeyed_ = false;  // its table keeps keys of its values, which end with a change
 };

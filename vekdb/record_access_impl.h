@@ -30,6 +30,9 @@ public:
     [[gnu::always_inline]] static void expectValue(const dbrecord& record, unsigned index) {
         __builtin_prefetch(view(record, index).data());
     }
+    /// Whether the values are those that they were when the record was marked.
+    static bool isKeyed(const dbrecord& record) { return record.isKeyed_; }
+    static void markKeyed(const dbrecord& record) { record.isKeyed_ = true; }
     static void setChanged(const dbrecord& record, bool changed) { record.changed_ = changed; }
 
     /// What reading a line does to a record that it filled: the record is changed, its table
@@ -42,6 +45,7 @@ public:
         record.values_.slices = slices;
         record.storage_ = dbrecord::Storage::slices;
         record.count_ = record.stored_ = values;
+        record.isKeyed_ = false;
     }
     /// Empties the list of values of a record on slices that no other reads, whose reference is
     /// the caller's then. Null, and nothing done, for every other record.

@@ -8,13 +8,17 @@
 /// value stands behind the record and the record's slices, so these are fetched further ahead.
 class RowAhead {
 public:
+    /// For passes that look at the records alone.
+    static constexpr unsigned noValue = 0xFFFFFFFF;
+
     /// Called for each row. Always inlined, as what it calls.
     [[gnu::always_inline]] static void fetchValue(const Rows::Piece& piece, unsigned row,
                                                   unsigned column) {
         if (row + recordsAhead >= piece.count) return;
+        __builtin_prefetch(piece.records[row + recordsAhead]);
+        if (column == noValue) return;
         const dbrecord* slices = piece.records[row + slicesAhead];
         const dbrecord* text = piece.records[row + textAhead];
-        __builtin_prefetch(piece.records[row + recordsAhead]);
         if (slices != nullptr) RecordAccess::expectView(*slices);
         if (text != nullptr) RecordAccess::expectValue(*text, column);
     }

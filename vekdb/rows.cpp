@@ -73,6 +73,7 @@ void Rows::moveGapTo(unsigned at) {
 }
 
 void Rows::erase(unsigned first, unsigned n) {
+    ++order_;
     for (unsigned i = first; i < first + n; ++i) {
         pool_.destroy(at(i));
     }
@@ -90,6 +91,7 @@ void Rows::erase(unsigned first, unsigned n) {
 dbrecord** Rows::inOneArray() {
     moveGapTo(count_);
     gap_ = 0;
+    ++order_;
     return slots_;
 }
 
@@ -126,6 +128,7 @@ unsigned Rows::rawRow(unsigned shown) const {
 }
 
 void Rows::release() {
+    ++order_;
     for (unsigned i = 0; i < count_; ++i) {
         pool_.destroy(at(i));
     }

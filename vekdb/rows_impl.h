@@ -57,6 +57,8 @@ public:
     void erase(unsigned first, unsigned n);
     /// The rows as one array of `count()`, for reordering in place.
     dbrecord** inOneArray();
+    /// Another number whenever a row may have another place than before.
+    std::uint64_t order() const { return order_; }
 
     /// Destroys all rows and returns to capacity 0.
     void release();
@@ -74,6 +76,7 @@ private:
     unsigned capacity_ = 0;
     unsigned gapAt_ = 0;  // rows before the gap; all of them while there is none
     unsigned gap_ = 0;
+    std::uint64_t order_ = 0;
 
     dbrecord** tagged_ = nullptr;
     std::size_t taggedRoom_ = 0;

@@ -95,6 +95,7 @@ void vekdb::init() {
     table.loadedWhole = false;
     table.columns.setCount(0);
     table.rows.release();
+    table.rangeKeys.forget();
     table.parameters.clear();
     table.errorSet = false;
     table.modified = false;

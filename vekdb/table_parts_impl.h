@@ -8,6 +8,7 @@
 #include "vekdb/cookie_rows_impl.h"
 #include "vekdb/parameters_impl.h"
 #include "vekdb/query_impl.h"
+#include "vekdb/range_keys_impl.h"
 #include "vekdb/rows_impl.h"
 #include "vekdb/sort_settings_impl.h"
 #include "vekdb/table.h"
@@ -23,6 +24,7 @@ struct TableParts {
     SortSettings sort;
     UpdateBatch updates;
     Query query;
+    RangeKeys rangeKeys;
     CookieRows cookieRows;
     // The longest values of all columns, while a header that asks for each is being written.
     const std::vector<unsigned>* knownSizes = nullptr;

@@ -88,24 +88,39 @@ void retag(dbrecord* record, bool isMatch, bool keepTags) {
     if (record->get_tag() != isMatch) RecordAccess::setTag(*record, isMatch);
 }
 
-}  // namespace
-
-// A row without a record counts as one that matches, as match_record answers for it.
-unsigned vekdb::tagPlainRows(bool keepTags) {
-    const QueryPass pass(*this, parts().query, parts().columns);
-    const unsigned column = pass.firstColumn();
-    const Rows& rows = parts().rows;
+// `matches` tells of a record and its row. A row without a record counts as one that matches, as
+// match_record answers for it.
+template <class Matches>
+unsigned tagEach(const Rows& rows, unsigned columnAhead, bool keepTags, Matches matches) {
     unsigned matching = 0;
     for (unsigned from = 0; from < rows.shownCount();) {
         const Rows::Piece piece = rows.shownFrom(from);
         for (unsigned i = 0; i < piece.count; ++i) {
-            RowAhead::fetchValue(piece, i, column);
+            RowAhead::fetchValue(piece, i, columnAhead);
             dbrecord* record = piece.records[i];
-            const bool isMatch = record == nullptr || pass.matches(*record);
+            const bool isMatch = record == nullptr || matches(*record, from + i);
             matching += isMatch;
             retag(record, isMatch, keepTags);
         }
         from += piece.count;
     }
+    return matching;
+}
+
+}  // namespace
+
+unsigned vekdb::tagPlainRows(bool keepTags) {
+    const QueryPass pass(*this, parts().query, parts().columns);
+    const Rows& rows = parts().rows;
+    RangeFilter filter = parts().rangeKeys.filterFor(pass.firstRange(), rows);
+    if (!filter.isOn()) {
+        return tagEach(rows, pass.firstColumn(), keepTags,
+                       [&](const dbrecord& record, unsigned) { return pass.matches(record); });
+    }
+    const unsigned matching = tagEach(
+        rows, RowAhead::noValue, keepTags, [&](const dbrecord& record, unsigned row) {
+            return !filter.rulesOut(record, row) && pass.matches(record);
+        });
+    parts().rangeKeys.note(filter, rows);
     return matching;
 }

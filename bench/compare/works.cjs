@@ -1,7 +1,8 @@
 // The work that is compared, and what is aimed at.
 'use strict';
 
-// `same` names the sums of compare_check in which all answers must agree: all rows, their
+// `asks` is what participants are asked for where it is not the id, and `repeat` how often one
+// process is timed where it is not five times. `same` names the sums of compare_check in which all answers must agree: all rows, their
 // order, or the order of the sort columns where equal rows may fall either way.
 const works = [
     { id: 'floor', title: 'read the bytes, look at each once', same: [], aims: [] },
@@ -11,7 +12,9 @@ const works = [
         aims: [{ times: 3 }] },
     { id: 'contains', title: 'Description has "dolly", Reel has "A1"', same: ['rows', 'order'],
         aims: [{ times: 1.5 }] },
-    { id: 'range', title: 'Start..End holds a time', same: ['rows', 'order'],
+    { id: 'range', title: 'Start..End holds a time, five times over', same: ['rows', 'order'],
+        aims: [{ times: 1 }] },
+    { id: 'range-once', asks: 'range', repeat: 1, title: 'the same, once', same: ['rows', 'order'],
         aims: [{ times: 1 }] },
     { id: 'sort', title: 'sort by Scene, Start time: characters', same: ['rows', 'all', 'keys'],
         aims: [{ times: 4 }] },
