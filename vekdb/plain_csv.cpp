@@ -58,14 +58,17 @@ void loadPlainCsv(const TextFile& file, vekdb& table, TableParts& parts, int max
         nameColumns(table, parts.columns, pieces);
     }
     const RowSieve sieve(choice, table, parts);
-    int records = 0;
-    for (unsigned line = 1; line < lines && records < maxRecords; ++line) {
+    unsigned leftOut = 0;
+    for (unsigned line = 1; line < lines && maxRecords > 0; ++line) {
         split(file, line, pieces);
         if (pieces.empty()) continue;
-        if (isTaken(sieve, table, pieces)) appendRecord(table, pieces);
-        ++records;
+        if (isTaken(sieve, table, pieces))
+            appendRecord(table, pieces);
+        else
+            ++leftOut;
+        --maxRecords;
     }
     parts.valid = true;
-    parts.loadedWhole = lines == static_cast<unsigned>(records) + 1;
+    parts.loadedWhole = lines == table.get_num_records() + leftOut + 1;
     table.clear_changed();
 }

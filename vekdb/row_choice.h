@@ -11,11 +11,12 @@ public:
     virtual ~RowChoice() = default;
 
     /// The table's columns and parameters are known and none of its rows is there. The query that
-    /// it has when this returns, set here as a rule, is put to every row of the file. Called once
-    /// more where the file must be read anew; the rows taken before are gone then.
+    /// it has when this returns, set here as a rule, is put to every row of the file; nothing else
+    /// of the table may be changed here. Called once more where the file must be read anew; the
+    /// rows taken before are gone then.
     virtual void begin(vekdb& table) = 0;
     /// Whether the table takes the file's next row. `matches`: the row answers the query, or there
-    /// is none. A record that is not taken ends with this call; the table must not be changed in
-    /// it.
+    /// is none. A record that is not taken ends with this call. Nothing of the table may be changed
+    /// in it but the query, and another one is not for the rows of this load.
     virtual bool takes(const dbrecord& record, bool matches) = 0;
 };

@@ -16,6 +16,8 @@ public:
     RowSieve() = default;
     /// Begins the choice, if there is one; the table has its columns.
     RowSieve(RowChoice* choice, vekdb& table, const TableParts& parts);
+    RowSieve(const RowSieve&) = delete;
+    RowSieve& operator=(const RowSieve&) = delete;
 
     bool isOpen() const { return choice_ == nullptr; }
     bool takes(const dbrecord& record) const { return isOpen() || chooses(record); }
@@ -25,5 +27,5 @@ private:
 
     RowChoice* choice_ = nullptr;
     Query query_;  // of its own: the choice may set the table another one
-    std::optional<QueryPass> pass_;
+    std::optional<QueryPass> pass_;  // reads the query
 };

@@ -55,8 +55,8 @@ void vekdb::fillFromFile(const Load& load) {
     }
 }
 
-// False, with an empty table, where the file is to be read in the other way. Others' code, which
-// would see a file begun twice, is called in the other way only.
+// False, with an empty table, where the file is to be read in the other way. A derived class's
+// code, which would see a file begun twice, is called in the other way only.
 bool vekdb::fillWhileReading(const Load& load) {
     TextFile file;
     if (mayBeOverridden() || !file.loadAhead(parts().fileName, '\n')) return false;

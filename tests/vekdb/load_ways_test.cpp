@@ -3,6 +3,7 @@
 
 #include <sys/stat.h>
 
+#include <cstdint>
 #include <string>
 #include <thread>
 
@@ -12,6 +13,7 @@
 #include "testing/random.h"
 #include "testing/table_files.h"
 #include "testing/temp_dir.h"
+#include "vekdb/record_access_impl.h"
 
 namespace {
 
@@ -246,6 +248,29 @@ TEST(LoadedRows, CostAtMostOneAllocationInAHundredRows) {
     const vekdb table(folder.widePath("log"), all, true);
     EXPECT_EQ(20000u, table.get_num_records());
     EXPECT_LE(counted.allocations(), 200);
+}
+
+// Far apart is where memory of its own begins.
+template <class Place>
+bool areFarApart(const Place* a, const Place* b) {
+    const auto from = reinterpret_cast<std::uintptr_t>(a);
+    return reinterpret_cast<std::uintptr_t>(b) - from > 2 * sizeof(Place);
+}
+
+TEST(LoadedRows, OfALargeFileStandTogetherFromTheFirstFewOn) {
+    const TempDir folder;
+    folder.write("log", joined(headerAnd({"A", "B"}, Strings(20000, "\"a\",\"b\""))));
+    const vekdb table(folder.widePath("log"), all, true);
+    unsigned records = 0;
+    unsigned slices = 0;
+    for (unsigned row = 1; row < table.get_num_records(); ++row) {
+        const dbrecord* before = table.get_record(row - 1);
+        const dbrecord* record = table.get_record(row);
+        records += areFarApart(before, record);
+        slices += areFarApart(RecordAccess::slices(*before), RecordAccess::slices(*record));
+    }
+    EXPECT_LE(records, 2u);
+    EXPECT_LE(slices, 2u);
 }
 
 TEST(LoadedRows, NothingIsLeftOfAFailedLoad) {

@@ -80,6 +80,20 @@ TEST_F(LoadedWhole, IsAPlainFileOfValuesWithAllItsLines) {
     EXPECT_FALSE(loads("", all, "log.csv"));
 }
 
+// A table may have an operation of its own to make rows, which makes none.
+struct WithoutRows : vekdb {
+    unsigned add_records(int) override { return 0xFFFFFFFF; }
+};
+
+TEST_F(LoadedWhole, IsNoPlainFileOfWhichALineBecameNoRow) {
+    folder.write("log.csv", "A,B\na,b\n");
+    WithoutRows table;
+    table.set_filename(folder.widePath("log.csv"));
+    table.loadFromFile(all, true);
+    EXPECT_EQ(0u, table.get_num_records());
+    EXPECT_FALSE(table.get_loaded_whole());
+}
+
 TEST_F(LoadedWhole, IsAFileOfAsManyLinesAsRowsHoweverItComes) {
     Random random;
     for (int i = 0; i < 300; ++i) {

@@ -12,6 +12,7 @@
 #include "testing/random.h"
 #include "testing/table_files.h"
 #include "testing/temp_dir.h"
+#include "vekdb/record_access_impl.h"
 #include "vekdb/row_choice.h"
 
 namespace {
@@ -259,6 +260,43 @@ TEST_F(ChosenRows, OfAPlainFileOfValuesAreTakenInTheSameWay) {
     vekdb whole(folder.widePath("log.csv"), all, true);
     EXPECT_EQ(whole.get_num_records(), choice.seen.size());
     EXPECT_EQ(whole.get_loaded_whole(), table.get_loaded_whole());
+}
+
+TEST_F(ChosenRows, OfAPlainFileCountAsLoadedWholeWhateverIsTaken) {
+    folder.write("log.csv", "A,B\na1,x\nb1,y\n");
+    Choice some(startsWith('b'));
+    load(some, "log.csv");
+    EXPECT_TRUE(table.get_loaded_whole());
+    Choice none(nothing);
+    load(none, "log.csv");
+    EXPECT_TRUE(table.get_loaded_whole());
+}
+
+TEST_F(ChosenRows, BelongToTheTableWhenTheChoiceIsAskedAboutThem) {
+    write(threeLines);
+    folder.write("log.csv", "A,B\na1,x\n");
+    Choice choice([this](const dbrecord& record) { return record.get_container() != &table; });
+    for (const char* name : {"log", "log.csv"}) {
+        load(choice, name);
+        EXPECT_FALSE(choice.seen.empty());
+        EXPECT_EQ(0u, table.get_num_records());
+    }
+}
+
+TEST_F(ChosenRows, StandAsIfTheOthersHadNotBeenThere) {
+    Strings lines(5000, threeLines[0]);
+    lines.front() = lines.back() = quotedLine({"b1", "y"});
+    write(lines);
+    Choice choice(startsWith('b'));
+    load(choice);
+    ASSERT_EQ(2u, table.get_num_records());
+    const LineSlices* first = RecordAccess::slices(*table.get_record(0));
+    const LineSlices* last = RecordAccess::slices(*table.get_record(1));
+    const std::ptrdiff_t apart =
+        reinterpret_cast<const char*>(last) - reinterpret_cast<const char*>(first);
+    EXPECT_GT(apart, 0);
+    EXPECT_LT(apart, 64);
+    EXPECT_EQ(table.get_record(0) + 1, table.get_record(1));
 }
 
 TEST_F(ChosenRows, WhatTheChoiceThrowsLeavesNothing) {

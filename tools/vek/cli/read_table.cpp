@@ -25,7 +25,7 @@ LightweightString<wchar_t> wide(const std::string& path) {
     return fromUTF8(LightweightString<char>(path.c_str()));
 }
 
-// Leaves out rows that the table's query answers for.
+// Takes the rows that answer what can be asked of the table in one query, and notes their numbers.
 class WantedRows : public RowChoice {
 public:
     WantedRows(const Wanted& wanted, const Log& log) : wanted_(wanted), log_(log) {}
