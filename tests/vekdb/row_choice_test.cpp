@@ -5,6 +5,8 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "testing/arrival.h"
 #include "testing/capture_diagnostics.h"
@@ -370,6 +372,65 @@ TEST_F(ChosenRows, AreThoseThatATableOfAllRowsFindsHoweverTheFileComes) {
         ASSERT_EQ(rowsOf(whole), rowsOf(table)) << joined(lines);
         ASSERT_EQ(errorOf(whole), errorOf(table));
         ASSERT_EQ(whole.get_loaded_whole(), table.get_loaded_whole());
+    }
+}
+
+// Copies, copies of copies and strings of rows, each with the values that it must keep.
+class Keepsakes {
+public:
+    explicit Keepsakes(Random& random) : random_(random) {}
+
+    void takeFrom(const dbrecord& record) {
+        for (unsigned n = random_.below(3); n > 0; --n) takeOneFrom(record);
+    }
+    void expectKept() const {
+        for (const auto& [record, values] : records_) ASSERT_EQ(values, valuesOf(record));
+        for (const auto& [string, value] : strings_) ASSERT_EQ(value, string.view());
+    }
+
+private:
+    void takeOneFrom(const dbrecord& record) {
+        if (random_.oneIn(3)) {
+            strings_.emplace_back(record.getField(1), record.fieldView(1));
+            return;
+        }
+        const bool again = random_.oneIn(2) && !records_.empty();
+        dbrecord copy(again ? records_[random_.below(records_.size())].first : record);
+        if (random_.oneIn(2)) changeFirst(copy);
+        records_.emplace_back(copy, valuesOf(copy));
+    }
+    // To a value as long as the old one, which may take its place in the text.
+    static void changeFirst(dbrecord& copy) {
+        const std::string value(copy.fieldView(0).size(), 'q');
+        copy.set_field(0, value.c_str());
+    }
+
+    Random& random_;
+    std::vector<std::pair<dbrecord, Strings>> records_;
+    std::vector<std::pair<LightweightString<char>, std::string>> strings_;
+};
+
+TEST_F(ChosenRows, LeaveWhatWasTakenFromThemAsItWasAndTheOtherWayRound) {
+    Random random;
+    for (int i = 0; i < 200; ++i) {
+        Strings lines(random.below(60));
+        for (std::string& line : lines) line = randomLine(random);
+        write(lines);
+        const CaptureDiagnostics said;
+        const ArrivalOf pieces(1 + random.below(500), random.oneIn(2) ? 1 : 1 << 20);
+        Keepsakes keepsakes(random);
+        std::vector<Strings> taken;
+        Choice choice([&](const dbrecord& record) {
+            const bool isTaken = random.oneIn(2);
+            if (isTaken) taken.push_back(valuesOf(record));
+            keepsakes.takeFrom(record);
+            return isTaken;
+        });
+        load(choice);
+        ASSERT_EQ(taken, rowsOf(table)) << joined(lines);
+        keepsakes.expectKept();
+        table.free();
+        keepsakes.expectKept();
     }
 }
 
