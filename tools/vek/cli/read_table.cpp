@@ -34,16 +34,18 @@ public:
         numbers_.clear();
         read_ = 0;
         std::vector<Condition> asked = conditions();
-        if (!asked.empty()) askTable(log_, asked);
+        takesAll_ = asked.empty();
+        if (!takesAll_) askTable(log_, asked);
     }
     bool takes(const dbrecord&, bool matches) override {
+        if (takesAll_) return true;
         ++read_;
         if (matches) numbers_.push_back(read_);
         return matches;
     }
 
     std::size_t leftOut() const { return read_ - numbers_.size(); }
-    /// Of the rows taken.
+    /// Of the rows taken; none where all were.
     const std::vector<std::uint32_t>& numbers() const { return numbers_; }
 
 private:
@@ -67,6 +69,7 @@ private:
 
     const Wanted& wanted_;
     const Log& log_;
+    bool takesAll_ = false;
     std::vector<std::uint32_t> numbers_;
     std::uint32_t read_ = 0;
 };
