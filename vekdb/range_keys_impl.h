@@ -21,6 +21,7 @@ class RangeFilter {
 public:
     /// Knows no keys and rules nothing out.
     RangeFilter() = default;
+    /// The keys are one a row; the text is not empty.
     RangeFilter(const RangeKey* keys, std::string_view text);
 
     bool isOn() const { return keys_ != nullptr; }

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "testing/failing_allocator.h"
 #include "testing/random.h"
 #include "testing/table_files.h"
 #include "testing/temp_dir.h"
@@ -145,6 +146,23 @@ TEST_F(RangeQueries, KeysAreMadeAnewAfterAllValuesHaveChanged) {
     EXPECT_FALSE(RecordAccess::isKeyed(*table.get_record(0)));
     expectTagsAreRight("01:00:30:00");
     EXPECT_TRUE(RecordAccess::isKeyed(*table.get_record(0)));
+}
+
+TEST_F(RangeQueries, FindTheSameWhereThereIsNoMemoryForKeys) {
+    ask("01:00:30:00");
+    const unsigned found = table.tag_matching_records(0);
+    unsigned again = 0;
+    unsigned withoutKeys = 0;
+    testing_support::failEachAllocation(
+        [&] {
+            again = 0;
+            again = table.tag_matching_records(0);
+        },
+        [&] { withoutKeys += again == found; });
+    EXPECT_EQ(found, again);
+    EXPECT_EQ(1u, withoutKeys);
+    EXPECT_FALSE(RecordAccess::isKeyed(*table.get_record(0)));
+    expectTagsAreRight("01:00:30");
 }
 
 TEST_F(RangeQueries, ARecordLosesItsMarkWithEveryChangeAndWithNothingElse) {
