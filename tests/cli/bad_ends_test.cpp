@@ -95,6 +95,13 @@ TEST_P(Unreadable, FileThatCannotBeReadThrough) {
     expectUnreadable("/proc/self/mem", "/proc/self/mem: ");
 }
 
+TEST(UnreadableTable, ForWantOfDescriptorsIsNotCalledMalformed) {
+    const WorkFolder folder;
+    Start start;
+    start.words = {"/bin/sh", "-c", "ulimit -n 4; exec \"$0\" show samples/docs.vek", VEK_PROGRAM};
+    expectRefused(run(folder, start), 3, "samples/docs.vek: Too many open files");
+}
+
 TEST_P(Unreadable, TextThatIsNoLog) {
     folder_.write("odd.vek", "\"VEKDB:Rev 1\"\n\"VEKDB\"\n\"1\",\"2\"\n\"text\"\n");
     expectUnreadable("odd.vek", "odd.vek:4: ");

@@ -25,6 +25,13 @@ LightweightString<wchar_t> wide(const std::string& path) {
     return fromUTF8(LightweightString<char>(path.c_str()));
 }
 
+// The library does not tell why it has no table; it may have had no file.
+void requireThatItOpens(const std::string& path, const Log& log) {
+    int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0) throw Failure{unreadable, log.name + ": " + std::strerror(errno)};
+    ::close(file);
+}
+
 // Takes the rows that answer what can be asked of the table in one query, and notes their numbers.
 class WantedRows : public RowChoice {
 public:
@@ -173,6 +180,7 @@ private:
     }
 
     [[noreturn]] void refuse() {
+        requireThatItOpens(path_, log_);
         text_ = input_.text();
         headerLines_ = headerLines(text_);
         dberror error{};
@@ -337,6 +345,7 @@ void readPlainCsv(Input& input, Log& log) {
     CsvName name(input.loaderPath());
     log.table = std::make_unique<vekdb>(wide(name.path()), allRows, false);
     if (!log.table->get_valid()) {
+        requireThatItOpens(name.path(), log);
         throw Failure{unreadable, log.name + ":1: could not be read as comma-separated text"};
     }
     for (unsigned row = 0; row < log.rowCount(); ++row) log.lines.push_back(row + 2);
