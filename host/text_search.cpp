@@ -352,6 +352,19 @@ bool Criterion::isSatisfiedBy(std::string_view text, unsigned flags) const {
     }
 }
 
+std::optional<Finder> Finder::of(const Criteria& criteria, unsigned flags) {
+    if (criteria.size() != 1) {
+        return std::nullopt;
+    }
+    const Criterion& criterion = criteria.getCriterion(0);
+    const bool isForOne = criterion.method() == eMatchContains && !criterion.empty();
+    return isForOne ? std::optional(Finder(criterion, flags & kFlags)) : std::nullopt;
+}
+
+Finder::Finder(const Criterion& criterion, unsigned flags)
+    : needle_{criterion.text().view(), criterion.anchors(), flags},
+      search_(canSearchBySixtyFour() ? containsBySixtyFour : containsBySixteen) {}
+
 void Criteria::add(const Criterion& criterion) {
     criteria_.push_back(criterion);
     isEmpty_ = isEmpty_ && criterion.empty();

@@ -51,6 +51,8 @@ public:
         Filter filters[4] = {};  ///< for each sum of flags
     };
 
+    const Anchors& anchors() const { return anchors_; }
+
 private:
     LightweightString<char> text_;
     eMatchMethod method_ = eMatchContains;

@@ -3,6 +3,7 @@
 #include "host/text_search.h"
 
 #include <cstddef>
+#include <optional>
 #include <string_view>
 
 namespace TextSearch {
@@ -28,5 +29,24 @@ bool containsBySixteen(std::string_view text, const Needle& needle);
 bool containsBySixtyFour(std::string_view text, const Needle& needle);
 bool canSearchBySixtyFour();
 bool contains(std::string_view text, const Needle& needle);
+
+// Looks for one term in many texts, with all that does not depend on the text decided before. The
+// criteria that it was made of stay as they are meanwhile.
+class Finder {
+public:
+    // None for criteria that ask for anything but that one term stands in the text.
+    static std::optional<Finder> of(const Criteria& criteria, unsigned flags);
+
+    // The same as criteria.areSatisfiedBy(text, flags).
+    bool finds(std::string_view text) const {
+        return text.size() >= needle_.term.size() && search_(text, needle_);
+    }
+
+private:
+    Finder(const Criterion& criterion, unsigned flags);
+
+    Needle needle_;
+    bool (*search_)(std::string_view, const Needle&);
+};
 
 }  // namespace TextSearch

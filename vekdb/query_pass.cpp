@@ -1,6 +1,5 @@
 #include "vekdb/query_pass_impl.h"
 
-#include "vekdb/record_access_impl.h"
 #include "vekdb/special_labels_impl.h"
 #include "vekdb/vdb_base.h"
 
@@ -13,7 +12,9 @@ QueryPass::QueryPass(const VDBBase& table, const Query& query, const Columns& co
     for (unsigned column : query.asked()) {
         if (column >= columns.count()) break;
         if (!columns.isSpecial(column)) {
-            questions_.push_back({column, columns.type(column), query.of(column)});
+            const TextSearch::Criteria& criteria = *query.of(column);
+            const DBFieldTypes::eType type = columns.type(column);
+            questions_.push_back({column, type, &criteria, finderFor(type, criteria, flags_)});
             continue;
         }
         // A column that was renamed since it was marked matches whatever is asked.
@@ -26,17 +27,4 @@ QueryPass::QueryPass(const VDBBase& table, const Query& query, const Columns& co
 unsigned QueryPass::firstColumn() const {
     if (!ranges_.empty()) return ranges_.front().columns.start;
     return questions_.empty() ? LabelColumns::missing : questions_.front().column;
-}
-
-bool QueryPass::matches(const dbrecord& record) const {
-    for (const RangeQuestion& range : ranges_) {
-        const std::string_view start = RecordAccess::view(record, range.columns.start);
-        const std::string_view end = RecordAccess::view(record, range.columns.end);
-        if (!rangeHolds(start, end, range.text)) return false;
-    }
-    for (const Question& question : questions_) {
-        const std::string_view value = RecordAccess::view(record, question.column);
-        if (!valueMatches(value, question.type, *question.criteria, flags_)) return false;
-    }
-    return true;
 }

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <optional>
 #include <string_view>
 #include <vector>
 
 #include "vekdb/columns_impl.h"
 #include "vekdb/query_impl.h"
+#include "vekdb/record_access_impl.h"
 #include "vekdb/value_match_impl.h"
 
 class VDBBase;
@@ -26,7 +28,19 @@ class QueryPass {
 public:
     QueryPass(const VDBBase& table, const Query& query, const Columns& columns);
 
-    bool matches(const dbrecord& record) const;
+    bool matches(const dbrecord& record) const {
+        for (const RangeQuestion& range : ranges_) {
+            const std::string_view start = RecordAccess::view(record, range.columns.start);
+            const std::string_view end = RecordAccess::view(record, range.columns.end);
+            if (!rangeHolds(start, end, range.text)) return false;
+        }
+        for (const Question& question : questions_) {
+            if (!question.isAnsweredBy(RecordAccess::view(record, question.column), flags_)) {
+                return false;
+            }
+        }
+        return true;
+    }
     /// The column whose value every record is asked for first.
     unsigned firstColumn() const;
 
@@ -38,6 +52,11 @@ private:
         unsigned column;
         DBFieldTypes::eType type;
         const Query::Criteria* criteria;
+        std::optional<TextSearch::Finder> finder;
+
+        bool isAnsweredBy(std::string_view value, unsigned flags) const {
+            return finder ? finder->finds(value) : valueMatches(value, type, *criteria, flags);
+        }
     };
     unsigned flags_;
     std::vector<Question> questions_;

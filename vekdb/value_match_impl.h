@@ -4,9 +4,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <string_view>
 
-#include "host/text_search.h"
+#include "host/text_search_impl.h"
 #include "vekdb/field_types.h"
 
 /// Whether a date stored as a number of seconds satisfies the criteria as it is printed.
@@ -27,6 +28,22 @@ inline bool valueMatches(std::string_view value, DBFieldTypes::eType type,
             return dateMatches(value, criteria, flags);
         default:
             return TextSearch::match(value, criteria, flags);
+    }
+}
+
+/// What finds the values of a column of this type that satisfy the criteria, where that is one
+/// term that stands in the value as it is.
+inline std::optional<TextSearch::Finder> finderFor(DBFieldTypes::eType type,
+                                                   const TextSearch::Criteria& criteria,
+                                                   unsigned flags) {
+    switch (type) {
+        case DBFieldTypes::timecode:
+            return TextSearch::Finder::of(criteria, flags | TextSearch::eMatchTimecode);
+        case DBFieldTypes::timecode_s:
+        case DBFieldTypes::dos_date:
+            return std::nullopt;
+        default:
+            return TextSearch::Finder::of(criteria, flags);
     }
 }
 

@@ -15,6 +15,7 @@ namespace {
 
 using TextSearch::Criteria;
 using TextSearch::Criterion;
+using TextSearch::Finder;
 
 bool found(const char* text, const char* term, unsigned flags = 0) {
     return TextSearch::match(text, Criteria(Criterion(term, TextSearch::eMatchMethod(1))), flags);
@@ -221,6 +222,37 @@ TEST(TextSearch, WideStepsAgreeWithPlainOnes) {
     }
     EXPECT_GT(hits, 6000u);
     EXPECT_LT(hits, 54000u);
+}
+
+TEST(Finder, FindsWhatTheCriteriaFind) {
+    const unsigned seed = 20240608;
+    std::mt19937 random(seed);
+    unsigned hits = 0;
+    for (int round = 0; round < 20000; ++round) {
+        const std::string term = randomText(random, 1 + random() % 4);
+        const Criteria criteria{Criterion({term.data(), term.size()})};
+        const auto flags = static_cast<unsigned>(random() % 8);
+        const std::optional<Finder> finder = Finder::of(criteria, flags);
+        ASSERT_TRUE(finder);
+        const ExactText text(randomText(random, random() % 20));
+        const bool isThere = TextSearch::match(text.view(), criteria, flags);
+        ASSERT_EQ(isThere, finder->finds(text.view())) << "seed " << seed << " round " << round;
+        hits += isThere;
+    }
+    EXPECT_GT(hits, 2000u);
+    EXPECT_LT(hits, 18000u);
+}
+
+TEST(Finder, IsForOneTermThatMayStandAnywhere) {
+    const Criterion term("dolly");
+    EXPECT_TRUE(Finder::of(Criteria(term), 0));
+    EXPECT_FALSE(Finder::of(Criteria(), 0));
+    EXPECT_FALSE(Finder::of(Criteria(Criterion(" ")), 0));
+    EXPECT_FALSE(Finder::of(Criteria(Criterion("dolly", TextSearch::eMatchWhole)), 0));
+    EXPECT_FALSE(Finder::of(Criteria(Criterion("dolly", TextSearch::eMatchBegins)), 0));
+    Criteria two(term);
+    two.add(Criterion("track"));
+    EXPECT_FALSE(Finder::of(two, 0));
 }
 
 }  // namespace
