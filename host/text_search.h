@@ -51,6 +51,7 @@ public:
         Filter filters[4] = {};  ///< for each sum of flags
     };
 
+    /// Lives with the criterion; of no meaning for an empty one.
     const Anchors& anchors() const { return anchors_; }
 
 private:

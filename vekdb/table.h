@@ -178,7 +178,8 @@ public:
     /// read, none for 0 or less; `requireMagic` refuses files without a column header. Where
     /// memory ends the table is freed before the exception leaves.
     void loadFromFile(int maxRecords, bool requireMagic);
-    /// The same, with the rows that the choice takes.
+    /// The same, with the rows that the choice takes. Saved over its file, the table leaves no
+    /// others there.
     void loadFromFile(RowChoice& choice, bool requireMagic);
     /// Reads the parameter block from the file's current line on; `header` holds the line behind
     /// it afterwards. 1 when that is the magic line, 2 when it is a line without a colon and no

@@ -2,8 +2,9 @@
 'use strict';
 
 // `asks` is what participants are asked for where it is not the id, and `repeat` how often one
-// process is timed where it is not five times. `same` names the sums of compare_check in which all answers must agree: all rows, their
-// order, or the order of the sort columns where equal rows may fall either way.
+// process is timed where it is not five times. `same` names the sums of compare_check in which all
+// answers must agree: all rows, their order, or the order of the sort columns where equal rows may
+// fall either way.
 const works = [
     { id: 'floor', title: 'read the bytes, look at each once', same: [], aims: [] },
     { id: 'load', title: 'load', same: ['rows', 'order'],
