@@ -21,6 +21,7 @@ public:
 
     void add(const std::string& name, DBFieldTypes::eType type) {
         refuseTaken(name);
+        if (type != DBFieldTypes::text) requireTypes();
         log_.table->addField({cellText(name), type});
         if (map_) map_->append(cellText(name), true);
         store();
@@ -42,7 +43,9 @@ public:
     }
 
     void setType(const std::string& name, DBFieldTypes::eType type) {
-        log_.table->set_fieldtype(log_.requireColumn(name), type);
+        unsigned column = log_.requireColumn(name);
+        requireTypes();
+        log_.table->set_fieldtype(column, type);
     }
 
     // These are shown, in this order; all others are hidden behind them. A map is read three
@@ -63,6 +66,13 @@ private:
     void refuseTaken(const std::string& name) const {
         if (log_.findColumn(name) == noColumn) return;
         throw Failure{wrongUsage, log_.name + ": there is a column " + inQuotes(name) + " already"};
+    }
+
+    void requireTypes() const {
+        if (targetOf(log_) == Target::table) return;
+        throw Failure{wrongUsage, log_.name + ": " + formatName(log_.format) +
+                                      " holds no column types, only table files do; make one of "
+                                      "it with vek convert"};
     }
 
     void store() {

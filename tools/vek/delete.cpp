@@ -19,11 +19,7 @@ VDBView others(const Log& log, const VDBView& chosen) {
 
 int run(const Args& args) {
     Selection selection = selectionFrom(args);
-    if (!narrows(selection) && !args.has("every")) {
-        throw Failure{wrongUsage,
-                      "delete: which rows? expected --where or another choice, or "
-                      "--every for all of them"};
-    }
+    requireChoice("delete", selection, args);
     Log log = readLog(args);
     VDBView chosen = selectRows(log, selection).view;
     std::string summary =
@@ -56,7 +52,7 @@ Command deleteCommand() {
         {{"vek delete log.vek --where 'Notes~^NG' --dry-run", "print the rows, delete nothing"},
          {"vek delete log.vek --where 'Notes~^NG' --backup", "delete, and keep log.vek.bak"}},
         {{"FILE", "the log, changed in place; - reads standard input and prints"}},
-        join(choosingOptions(), {{"--every", "", "all rows, when there is no condition"},
+        join(choosingOptions(), {everyOption(),
                                  {"-n,--dry-run", "", "print the rows as CSV, delete nothing"},
                                  backupOption(),
                                  fromOption()}),

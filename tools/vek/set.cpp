@@ -57,12 +57,13 @@ void printEdits(const Log& log, const std::vector<Edit>& edits, const Args& args
 }
 
 int run(const Args& args) {
+    Selection selection = selectionFrom(args);
+    requireChoice("set", selection, args);
     Log log = readLog(args);
     std::vector<Change> changes;
     for (const std::string& text : args.all("COLUMN=VALUE")) {
         changes.push_back(parseChange(log, text));
     }
-    Selection selection = selectionFrom(args);
     VDBView view = selectRows(log, selection).view;
     std::vector<Edit> edits = editsOf(view, changes);
     std::string summary = log.name + ": " + counted(view->get_num_records(), "row") + " matched, " +
@@ -90,14 +91,17 @@ Command setCommand() {
     return {
         "set",
         "edit cells of the rows that match",
-        "Stores the values in all matching rows, in all rows when no condition is given. The file "
-        "is replaced whole or not at all. Ends with 1 when nothing matched.",
+        "Stores the values in all matching rows. Changing all rows has to be asked for by name. "
+        "The "
+        "file is replaced whole or not at all. Ends with 1 when nothing matched.",
         {{"vek set log.vek 'Notes=no good' --where Take==1", "a note on first takes"},
          {"vek set log.vek Reel=A002 Scene= --where Reel=A001 --dry-run",
-          "show before and after of two columns, change nothing"}},
+          "show before and after of two columns, change nothing"},
+         {"vek set log.vek Notes= --every", "empty a column"}},
         {{"FILE", "the log, changed in place; - reads standard input and prints"},
          {"COLUMN=VALUE", "a column and its new value", false, true}},
-        join(join(choosingOptions(), {{"-n,--dry-run", "", "show before and after, change nothing"},
+        join(join(choosingOptions(), {everyOption(),
+                                      {"-n,--dry-run", "", "show before and after, change nothing"},
                                       backupOption(),
                                       fromOption()}),
              screenOptions()),

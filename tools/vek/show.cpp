@@ -19,11 +19,6 @@ std::vector<unsigned> mappedColumns(const Log& log) {
     return columns.empty() ? allColumns(log) : columns;
 }
 
-std::vector<unsigned> shownColumns(const Log& log, const Args& args) {
-    if (args.has("columns")) return columnList(log, args.text("columns"));
-    return args.has("all") ? allColumns(log) : mappedColumns(log);
-}
-
 std::string footer(const Sheet& sheet, std::size_t matched, std::size_t columnsPrinted) {
     std::size_t shown = sheet.rowCount();
     std::size_t there = sheet.log.rowsInSource();
@@ -59,6 +54,17 @@ void printTable(const Sheet& sheet, std::size_t matched, const Args& args, Outpu
 bool wantsTable(const Args& args) {
     if (args.has("format")) return args.text("format") == "table";
     return !hasTargetEnding(args.text("output"));
+}
+
+// The field map is for eyes; what is kept or read by a program has all columns.
+bool isForEyes(const Args& args) {
+    std::string output = args.text("output");
+    return wantsTable(args) && (output.empty() || output == "-");
+}
+
+std::vector<unsigned> shownColumns(const Log& log, const Args& args) {
+    if (args.has("columns")) return columnList(log, args.text("columns"));
+    return args.has("all") || !isForEyes(args) ? allColumns(log) : mappedColumns(log);
 }
 
 Target wantedTarget(const Args& args) {
@@ -101,7 +107,8 @@ Command showCommand() {
         "print a log: chosen rows, in order, fitted to the terminal",
         "Prints the rows of a log of any format. Rows are chosen, sorted and cut; row numbers are "
         "those of the file and tagged rows have a star. Columns are those that the log's own field "
-        "map shows. Ends with 1 when nothing matched.",
+        "map shows; files and other formats get all of them, unless --columns says which. Ends "
+        "with 1 when nothing matched.",
         {{"vek show samples/docs.vek", "the whole log"},
          {"vek show samples/dailies.vek --where Scene=67 --sort Take --limit 5",
           "the first takes of a scene"},

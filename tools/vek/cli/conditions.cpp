@@ -1,7 +1,5 @@
 #include "tools/vek/cli/conditions.h"
 
-#include <regex.h>
-
 #include <algorithm>
 #include <memory>
 
@@ -9,6 +7,7 @@
 #include "host/text_search.h"
 #include "host/text_util.h"
 #include "tools/vek/cli/readers.h"
+#include "tools/vek/cli/regex.h"
 #include "tools/vek/cli/timecode.h"
 
 namespace vek {
@@ -19,28 +18,6 @@ template <class Holds>
 RowTest testOfCell(const Log& log, unsigned column, Holds holds) {
     return [&log, column, holds](unsigned row) { return holds(log.cell(row, column)); };
 }
-
-// An extended regular expression of the system, which needs no more memory than its text.
-class Regex {
-public:
-    explicit Regex(const std::string& text) {
-        int error = ::regcomp(&compiled_, text.c_str(), REG_EXTENDED | REG_NOSUB);
-        if (error == 0) return;
-        char why[128];
-        ::regerror(error, &compiled_, why, sizeof why);
-        throw Failure{wrongUsage, inQuotes(text) + " is no regular expression: " + why};
-    }
-    ~Regex() { ::regfree(&compiled_); }
-    Regex(const Regex&) = delete;
-    Regex& operator=(const Regex&) = delete;
-
-    bool matches(std::string_view text) const {
-        return ::regexec(&compiled_, std::string(text).c_str(), 0, nullptr, 0) == 0;
-    }
-
-private:
-    regex_t compiled_{};
-};
 
 bool holds(Operator op, int order) {
     switch (op) {

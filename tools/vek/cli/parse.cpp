@@ -90,12 +90,16 @@ private:
     }
 
     void checkLeftovers() {
-        for (const std::string& word : app_.remaining()) {
-            if (word.size() > 1 && word[0] == '-') refuseOption(word.substr(0, word.find('=')));
+        // The mark that ends the options stands among what is left.
+        std::vector<std::string> left = unmarked(app_.remaining());
+        auto end = std::find(left.begin(), left.end(), "--");
+        for (auto word = left.begin(); word != end; ++word) {
+            if (word->size() > 1 && word->front() == '-') {
+                refuseOption(word->substr(0, word->find('=')));
+            }
         }
-        if (app_.remaining_size() > 0) {
-            refuse("did not expect " + inQuotes(unmarked(app_.remaining()).front()));
-        }
+        if (end != left.end()) left.erase(end);
+        if (!left.empty()) refuse("did not expect " + inQuotes(left.front()));
         for (std::size_t i = 0; i < arguments_.size(); ++i) {
             if (arguments_[i]->count() > 0 || command_.arguments[i].optional) continue;
             refuse(std::string(command_.arguments[i].name) +

@@ -201,6 +201,17 @@ bool narrows(const Selection& selection) {
            !selection.unique.empty() || !selection.duplicates.empty();
 }
 
+Option everyOption() {
+    return {"--every", "", "all rows, when there is no condition"};
+}
+
+void requireChoice(const std::string& command, const Selection& selection, const Args& args) {
+    if (narrows(selection) || args.has("every")) return;
+    throw Failure{wrongUsage, command +
+                                  ": which rows? expected --where or another choice, or "
+                                  "--every for all of them"};
+}
+
 Wanted wantedRows(const Selection& selection) {
     return selection.any ? Wanted() : selection.where;
 }

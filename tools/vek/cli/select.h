@@ -38,6 +38,10 @@ Wanted wantedRows(const Selection& selection);
 /// Whether anything narrows the rows down.
 bool narrows(const Selection& selection);
 
+/// The --every option, and a Failure for a command that would change all rows without it.
+Option everyOption();
+void requireChoice(const std::string& command, const Selection& selection, const Args& args);
+
 /// The chosen rows in their order, each with the tag that the file's column "Tag" gives it.
 struct Selected {
     VDBView view;
