@@ -2,10 +2,11 @@
 #include <unordered_map>
 
 #include "tools/vek/cli/conditions.h"
+#include "tools/vek/cli/counting.h"
 #include "tools/vek/cli/input.h"
+#include "tools/vek/cli/keycode.h"
 #include "tools/vek/cli/readers.h"
 #include "tools/vek/cli/table_lines.h"
-#include "tools/vek/cli/timecode.h"
 #include "tools/vek/cli/width.h"
 #include "tools/vek/cli/write_formats.h"
 #include "tools/vek/commands.h"
@@ -14,14 +15,12 @@ namespace vek {
 
 namespace {
 
-constexpr int anyGauge = 16;  // only the form of keycodes is looked at
-
 bool isTimecode(std::string_view text) {
     return parseTimecode(text).has_value();
 }
 
 bool isKeycode(std::string_view text) {
-    return keycodeFrames(text, anyGauge).has_value();
+    return parseKeycode(text).has_value();
 }
 
 // Whether at least half of the filled cells are such values.
@@ -40,12 +39,12 @@ bool isMostly(const Log& log, unsigned column, Is is) {
 // Goes through a log and notes everything that is wrong with it.
 class Checker {
 public:
-    explicit Checker(const Log& log, std::string_view text)
-        : log_(log), text_(text), problems_(log.problems) {
-        rate_ = parseFrameRate(log.parameter("FPS"));
-    }
+    Checker(const Log& log, std::string_view text, const Gauge& gauge)
+        : log_(log), text_(text), gauge_(gauge), counting_(log), problems_(log.problems) {}
 
     std::vector<Problem> check() {
+        std::vector<Problem> odd = counting_.contradictions();
+        problems_.insert(problems_.end(), odd.begin(), odd.end());
         if (log_.format == Format::table) checkTableLines();
         for (unsigned column = 0; column < log_.columnCount(); ++column) checkColumn(column);
         for (const RangeColumns& pair : rangeColumns(log_)) checkRange(pair);
@@ -54,6 +53,9 @@ public:
                          [](const Problem& a, const Problem& b) { return a.line < b.line; });
         return problems_;
     }
+
+    /// How many of them are remarks, about what is odd and yet right.
+    std::size_t remarks() const { return remarks_; }
 
 private:
     void add(unsigned row, unsigned column, const std::string& found, const std::string& expected) {
@@ -91,21 +93,52 @@ private:
     // Drop-frame counting leaves out the first numbers of most minutes. How many frames a
     // second has is known from the log; logs of two rates name the higher one.
     void checkCounting(unsigned row, unsigned column, std::string_view cell, const Timecode& code) {
-        if (rate_ && code.frames >= rate_->nominal) {
+        int nominal = counting_.nominal();
+        if (nominal != 0 && code.frames >= nominal) {
             add(row, column, inQuotes(cell),
-                "frames below " + std::to_string(rate_->nominal) + ", as the FPS parameter says");
-        } else if (code.dropFrame && code.seconds == 0 && code.frames < 2 && code.minutes % 10) {
+                "frames below " + std::to_string(nominal) + ", as the FPS parameter says");
+        } else if (isLeftOut(row, code)) {
+            addLeftOut(row, column, cell);
+        } else if (code.dropFrame && !mayDrop(row)) {
             add(row, column, inQuotes(cell),
-                "frame 02 or later: drop-frame counting leaves out "
-                "00 and 01 here");
+                "a colon before the frames, as FPS or FCM says that none are dropped");
         }
+    }
+
+    bool mayDrop(unsigned row) const {
+        bool canDrop = counting_.nominal() == 0 || canDropFrames(counting_.nominal());
+        return canDrop && counting_.counting(row) != Counting::nonDrop;
+    }
+
+    int nominalOfDropFrame() const {
+        return canDropFrames(counting_.nominal()) && counting_.nominal() != 0 ? counting_.nominal()
+                                                                              : 30;
+    }
+
+    bool isLeftOut(unsigned row, Timecode code) const {
+        code.dropFrame = code.dropFrame || counting_.counting(row) == Counting::dropFrame;
+        int nominal = nominalOfDropFrame();
+        return code.frames < nominal && !isCounted(code, nominal);
+    }
+
+    void addLeftOut(unsigned row, unsigned column, std::string_view cell) {
+        std::string first = std::to_string(droppedEachMinute(nominalOfDropFrame()));
+        add(row, column, inQuotes(cell),
+            "frame 0" + first + " or later: drop-frame counting leaves out " +
+                (first == "2" ? "00 and 01 here" : "the numbers before it here"));
     }
 
     void checkKeycodes(unsigned column) {
         for (unsigned row = 0; row < log_.rowCount(); ++row) {
             std::string_view cell = trimmed(log_.cell(row, column));
-            if (cell.empty() || isKeycode(cell)) continue;
-            add(row, column, inQuotes(cell), "a keycode that ends in feet+frames");
+            if (cell.empty()) continue;
+            std::optional<Keycode> code = parseKeycode(cell);
+            if (!code)
+                add(row, column, inQuotes(cell), "a keycode that ends in feet+frames");
+            else if (code->frames >= gauge_.mostFramesInFoot())
+                add(row, column, inQuotes(cell),
+                    "frames below " + std::to_string(gauge_.mostFramesInFoot()) + ", as " +
+                        gauge_.title + " has, or another --gauge");
         }
     }
 
@@ -138,20 +171,43 @@ private:
         for (unsigned row = 0; row < log_.rowCount(); ++row) {
             std::string_view start = log_.cell(row, pair.start);
             std::string_view end = log_.cell(row, pair.end);
-            if (!endsBefore(start, end)) continue;
-            add(row, pair.end, inQuotes(end),
-                "an end that is not before the start " + inQuotes(start));
+            std::optional<Timecode> from = parseTimecode(start);
+            std::optional<Timecode> to = parseTimecode(end);
+            if (from && to)
+                checkTimes(row, pair, *from, *to);
+            else if (endsBefore(parseKeycode(start), parseKeycode(end)))
+                addEndBefore(row, pair);
         }
     }
 
-    static bool endsBefore(std::string_view start, std::string_view end) {
-        std::optional<Timecode> from = parseTimecode(start);
-        std::optional<Timecode> to = parseTimecode(end);
-        if (from && to) return to->order() < from->order();
-        std::optional<std::int64_t> head = keycodeFrames(trimmed(start), 40);
-        std::optional<std::int64_t> tail = keycodeFrames(trimmed(end), 40);
-        std::string_view roll = keycodeRoll(start);
-        return head && tail && roll == keycodeRoll(end) && *tail < *head;
+    void checkTimes(unsigned row, const RangeColumns& pair, const Timecode& from,
+                    const Timecode& to) {
+        if (isOverMidnight(from, to))
+            addRemark(row, pair);
+        else if (to.order() < from.order())
+            addEndBefore(row, pair);
+        if (from.dropFrame == to.dropFrame || !mayDrop(row)) return;
+        add(row, pair.end, inQuotes(log_.cell(row, pair.end)),
+            "the form of the start " + inQuotes(log_.cell(row, pair.start)) +
+                ": a semicolon before the frames of both, or of none");
+    }
+
+    void addEndBefore(unsigned row, const RangeColumns& pair) {
+        add(row, pair.end, inQuotes(log_.cell(row, pair.end)),
+            "an end that is not before the start " + inQuotes(log_.cell(row, pair.start)));
+    }
+
+    void addRemark(unsigned row, const RangeColumns& pair) {
+        ++remarks_;
+        problems_.push_back({log_.lineOf(row), log_.columnName(pair.end),
+                             inQuotes(log_.cell(row, pair.end)) + " is before the start " +
+                                 inQuotes(log_.cell(row, pair.start)),
+                             "", "remark: a clip over midnight"});
+    }
+
+    bool endsBefore(const std::optional<Keycode>& start, const std::optional<Keycode>& end) const {
+        return start && end && sameText(start->roll, end->roll) &&
+               !perforationsBetween(*start, *end, gauge_);
     }
 
     void checkIdentifiers() {
@@ -171,26 +227,40 @@ private:
 
     const Log& log_;
     std::string_view text_;
+    const Gauge& gauge_;
+    LogCounting counting_;
     std::vector<Problem> problems_;
-    std::optional<FrameRate> rate_;
+    std::size_t remarks_ = 0;
 };
 
-std::size_t checkFile(const std::string& path, const Args& args, Output& out) {
+struct Count {
+    std::size_t problems = 0;
+    std::size_t remarks = 0;
+};
+
+void checkFile(const std::string& path, const Args& args, Output& out, Count& count) {
     Input input(path);
     Log log = openLog(input, path, args.text("from"));
-    std::vector<Problem> problems = Checker(log, input.text()).check();
+    Checker checker(log, input.text(), wantedGauge(args));
+    std::vector<Problem> problems = checker.check();
     for (const Problem& problem : problems) out.line(escaped(worded(log.name, problem)));
     if (!log.notRead.empty()) out.line(escaped(log.notRead));
-    return problems.size() + (log.notRead.empty() ? 0 : 1);
+    count.problems += problems.size() - checker.remarks() + (log.notRead.empty() ? 0 : 1);
+    count.remarks += checker.remarks();
+}
+
+void tell(const Count& count) {
+    if (count.problems > 0) say(counted(count.problems, "problem"));
+    if (count.remarks > 0) say(counted(count.remarks, "remark"));
 }
 
 int run(const Args& args) {
     Output out;
-    std::size_t problems = 0;
+    Count count;
     int result = done;
     for (const std::string& path : args.all("FILE")) {
         try {
-            problems += checkFile(path, args, out);
+            checkFile(path, args, out, count);
         } catch (const Failure& failure) {
             if (failure.code != unreadable) throw;
             say(failure.text);
@@ -198,8 +268,8 @@ int run(const Args& args) {
         }
     }
     out.close();
-    if (problems > 0) say(counted(problems, "problem"));
-    return result != done ? result : problems > 0 ? found : done;
+    tell(count);
+    return result != done ? result : count.problems > 0 ? found : done;
 }
 
 }  // namespace
@@ -210,13 +280,14 @@ Command checkCommand() {
         "find every problem in logs",
         "Prints one line a problem, file:line:column: what was found, what was expected. It finds "
         "damaged and ragged lines, values that a table file would change on the way, timecodes "
-        "and keycodes that do not parse, ends before starts, identifiers that appear twice and "
-        "unknown column types. Ends with 1 when it found something, with 3 when a file could not "
-        "be read.",
+        "and keycodes that do not parse, drop-frame counting that contradicts itself, ends before "
+        "starts, identifiers that appear twice and unknown column types. A clip over midnight is "
+        "a remark and no problem. Ends with 1 when it found a problem, with 3 when a file could "
+        "not be read.",
         {{"vek check samples/*.vek", "several files"},
          {"vek check samples/docs.vek && echo fine", "in a script"}},
         {{"FILE", "a log, or - for standard input", false, true}},
-        {fromOption()},
+        {gaugeOption(), fromOption()},
         run,
     };
 }

@@ -3,33 +3,17 @@
 #include <set>
 
 #include "host/strxcmp.h"
-#include "tools/vek/cli/conditions.h"
+#include "tools/vek/cli/counting.h"
+#include "tools/vek/cli/film_columns.h"
 #include "tools/vek/cli/grid.h"
-#include "tools/vek/cli/timecode.h"
+#include "tools/vek/cli/keycode.h"
+#include "tools/vek/cli/readers.h"
 #include "tools/vek/cli/writers.h"
 #include "tools/vek/commands.h"
 
 namespace vek {
 
 namespace {
-
-// The first of these columns that the log has.
-unsigned firstColumn(const Log& log, std::initializer_list<const char*> names) {
-    for (const char* name : names) {
-        unsigned column = log.findColumn(name);
-        if (column != noColumn) return column;
-    }
-    return noColumn;
-}
-
-RangeColumns firstPair(const Log& log,
-                       std::initializer_list<std::pair<const char*, const char*>> names) {
-    for (const auto& [start, end] : names) {
-        RangeColumns pair{log.findColumn(start), log.findColumn(end)};
-        if (pair.start != noColumn && pair.end != noColumn) return pair;
-    }
-    return {noColumn, noColumn};
-}
 
 // Where a log keeps what statistics are made of.
 struct Places {
@@ -41,16 +25,15 @@ struct Places {
     explicit Places(const Log& log)
         : scene(firstColumn(log, {"Scene"})),
           take(firstColumn(log, {"Take"})),
-          time(firstPair(log, {{"Start time", "End time"},
-                               {"Start", "End"},
-                               {"Source In", "Source Out"},
-                               {"Mark IN", "Mark OUT"}})),
-          keycode(firstPair(log, {{"start keycode", "end keycode"}, {"KN Start", "KN End"}})) {}
+          time(sourceColumns(log)),
+          keycode(keycodeColumns(log)) {}
 };
 
 struct Rates {
-    int nominal = 0;  // 0 where it is not known
-    int framesPerFoot = 16;
+    LogCounting counting;
+    const Gauge& gauge;
+
+    int nominal() const { return counting.nominal(); }  // 0 where it is not known
 };
 
 // The sums over the rows of one group.
@@ -61,7 +44,8 @@ struct Sums {
     std::int64_t frames = 0;
     std::size_t untimed = 0;
     bool dropFrame = false;
-    std::int64_t filmFrames = 0;
+    std::int64_t perforations = 0;
+    std::size_t unfilmed = 0;
 };
 
 struct PeopleLess {
@@ -91,35 +75,37 @@ public:
 
 private:
     void countTime(unsigned row, Sums& sums) const {
-        if (places_.time.start == noColumn || rates_.nominal == 0) return;
-        std::optional<Timecode> start = parseTimecode(log_.cell(row, places_.time.start));
-        std::optional<Timecode> end = parseTimecode(log_.cell(row, places_.time.end));
-        std::int64_t frames =
-            start && end ? framesOf(*end, rates_.nominal) - framesOf(*start, rates_.nominal) : -1;
-        if (frames < 0) {
+        if (places_.time.start == noColumn || rates_.nominal() == 0) return;
+        std::optional<Timecode> start = rates_.counting.timecode(row, places_.time.start);
+        std::optional<Timecode> end = rates_.counting.timecode(row, places_.time.end);
+        std::optional<std::int64_t> frames;
+        if (start && end) frames = framesBetween(*start, *end, rates_.nominal());
+        if (!frames) {
             ++sums.untimed;
             return;
         }
-        sums.frames += frames;
-        sums.dropFrame = sums.dropFrame || start->dropFrame;
+        sums.frames += *frames;
+        sums.dropFrame = sums.dropFrame || start->dropFrame || end->dropFrame;
     }
 
+    // Clips without film have no keycodes, and nothing that could be left out.
     void countFilm(unsigned row, Sums& sums) const {
         if (places_.keycode.start == noColumn) return;
-        auto start = keycodeFrames(log_.cell(row, places_.keycode.start), rates_.framesPerFoot);
-        auto end = keycodeFrames(log_.cell(row, places_.keycode.end), rates_.framesPerFoot);
-        if (start && end && *end >= *start) sums.filmFrames += *end - *start;
+        std::string_view head = log_.cell(row, places_.keycode.start);
+        std::string_view tail = log_.cell(row, places_.keycode.end);
+        if (trimmed(head).empty() && trimmed(tail).empty()) return;
+        std::optional<Keycode> start = parseKeycode(head);
+        std::optional<Keycode> end = parseKeycode(tail);
+        std::optional<std::int64_t> length;
+        if (start && end) length = perforationsBetween(*start, *end, rates_.gauge);
+        sums.perforations += length.value_or(0);
+        sums.unfilmed += length ? 0 : 1;
     }
 
     const Log& log_;
     const Rates& rates_;
     Places places_;
 };
-
-std::string footage(std::int64_t frames, int framesPerFoot) {
-    std::string rest = std::to_string(frames % framesPerFoot);
-    return std::to_string(frames / framesPerFoot) + "+" + (rest.size() < 2 ? "0" : "") + rest;
-}
 
 std::string bar(std::int64_t value, std::int64_t most, std::size_t width) {
     if (most <= 0) return {};
@@ -136,7 +122,7 @@ public:
         : rates_(rates),
           hasScenes_(places.scene != noColumn && places.scene != column),
           hasTakes_(places.take != noColumn),
-          hasTime_(places.time.start != noColumn && rates.nominal != 0),
+          hasTime_(places.time.start != noColumn && rates.nominal() != 0),
           hasFilm_(places.keycode.start != noColumn) {}
 
     void print(const std::string& title, const Groups& groups, const Screen& screen, Output& out) {
@@ -177,8 +163,8 @@ private:
         std::vector<std::string> out = {name, std::to_string(sums.clips)};
         if (hasScenes_) out.push_back(std::to_string(sums.scenes.size()));
         if (hasTakes_) out.push_back(std::to_string(sums.takes));
-        if (hasTime_) out.push_back(timecodeText(sums.frames, rates_.nominal, sums.dropFrame));
-        if (hasFilm_) out.push_back(footage(sums.filmFrames, rates_.framesPerFoot));
+        if (hasTime_) out.push_back(timecodeText(sums.frames, rates_.nominal(), sums.dropFrame));
+        if (hasFilm_) out.push_back(footageText(sums.perforations, rates_.gauge));
         return out;
     }
 
@@ -192,7 +178,7 @@ private:
         total.takes += sums.takes;
         total.frames += sums.frames;
         total.dropFrame = total.dropFrame || sums.dropFrame;
-        total.filmFrames += sums.filmFrames;
+        total.perforations += sums.perforations;
     }
 
     const Rates& rates_;
@@ -203,15 +189,7 @@ private:
 };
 
 Rates ratesOf(const Log& log, const Args& args) {
-    Rates rates;
-    rates.framesPerFoot = args.text("gauge", "35") == "16" ? 40 : 16;
-    std::string text = args.text("fps", log.parameter("FPS"));
-    std::optional<FrameRate> rate = parseFrameRate(text);
-    if (args.has("fps") && !rate) {
-        throw Failure{wrongUsage, "--fps takes a rate such as 24 or 29.97, not " + inQuotes(text)};
-    }
-    if (rate) rates.nominal = rate->nominal;
-    return rates;
+    return {LogCounting(log, wantedRate(args)), wantedGauge(args)};
 }
 
 Groups groupsBy(const Counter& counter, const Log& log, const VDBView& view, unsigned column) {
@@ -223,17 +201,31 @@ Groups groupsBy(const Counter& counter, const Log& log, const VDBView& view, uns
     return groups;
 }
 
+void tellRate(const Log& log, const Rates& rates) {
+    std::string odd = rates.counting.oddRate();
+    say(log.name +
+        (odd.empty()
+             ? ": no frame rate, expected a parameter FPS"
+             : ": FPS " + inQuotes(odd) + " is no frame rate, expected one such as 24 or 29.97df") +
+        "; running times need --fps");
+}
+
 void tellWhatIsMissing(const Log& log, const Groups& groups, const Rates& rates,
                        const Places& places) {
-    if (places.time.start != noColumn && rates.nominal == 0) {
-        say(log.name + ": no frame rate, expected a parameter FPS; running times need --fps");
-    }
+    if (places.time.start != noColumn && rates.nominal() == 0) tellRate(log, rates);
     std::size_t untimed = 0;
-    for (const auto& [name, sums] : groups) untimed += sums.untimed;
+    std::size_t unfilmed = 0;
+    for (const auto& [name, sums] : groups) {
+        untimed += sums.untimed;
+        unfilmed += sums.unfilmed;
+    }
     if (untimed > 0) {
         say(log.name + ": " + counted(untimed, "clip") +
-            " without a start and an end behind it, "
-            "not in the running time");
+            " without a start and an end behind it, not in the running time");
+    }
+    if (unfilmed > 0) {
+        say(log.name + ": " + counted(unfilmed, "clip") +
+            " without two keycodes of one roll, the end behind the start, not in the footage");
     }
 }
 
@@ -279,16 +271,16 @@ Command statsCommand() {
         "stats",
         "count clips, takes, running time and footage by reel and scene",
         "Counts clips, scenes and takes, and adds up running times (end minus start, in timecode "
-        "of the log's FPS parameter or of --fps, drop-frame where the log's is) and footage from "
+        "of the log's FPS parameter or of --fps; drop-frame where a semicolon, the rate or FCM "
+        "says so; over midnight where that makes a clip shorter than 12 hours) and footage from "
         "keycodes. The longest group has the longest bar.",
         {{"vek stats samples/docs.vek", "by reel, then by scene"},
          {"vek stats samples/dailies.vek --by 'cam reel'", "by any column"},
          {"vek stats samples/docs.vek --where Tag==1 --fps 25", "chosen rows, another rate"}},
         {{"FILE", "the log, or - for standard input"}},
         join(join({{"--by", "COLUMN", "one table, a row for each value of this column"},
-                   {"--fps", "RATE", "frames a second: 24, 25, 29.97, ..."},
-                   {"--gauge", "MM", "35 mm film has 16 frames a foot, 16 mm film 40", false,
-                    "35|16"}},
+                   fpsOption(),
+                   gaugeOption()},
                   join(choosingOptions(), {fromOption()})),
              screenOptions()),
         run,

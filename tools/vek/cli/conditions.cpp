@@ -82,7 +82,10 @@ unsigned endColumnFor(const Log& log, const std::string& name) {
 bool rangeHolds(std::string_view start, std::string_view end, long long wanted) {
     std::optional<Timecode> from = parseTimecode(start);
     std::optional<Timecode> to = parseTimecode(end);
-    return from && to && from->order() <= wanted && wanted <= to->order();
+    if (!from || !to) return false;
+    bool isBehindStart = from->order() <= wanted;
+    bool isBeforeEnd = wanted <= to->order();
+    return isOverMidnight(*from, *to) ? isBehindStart || isBeforeEnd : isBehindStart && isBeforeEnd;
 }
 
 }  // namespace

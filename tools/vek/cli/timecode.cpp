@@ -2,10 +2,10 @@
 
 #include <array>
 #include <charconv>
-#include <cmath>
 #include <cstdio>
 
 #include "host/text_util.h"
+#include "tools/vek/cli/readers.h"
 
 namespace vek {
 
@@ -38,8 +38,88 @@ std::optional<Timecode> parsePunctuated(std::string_view text) {
     return checked(pair(text, 0), pair(text, 3), pair(text, 6), pair(text, 9), text[8] == ';');
 }
 
-int droppedEachMinute(int nominal) {
-    return nominal / 30 * 2;
+constexpr int fastest = 1000;
+
+// Whole digits taken off the front of a text; nothing when there are none, or too many.
+std::optional<std::int64_t> takeDigits(std::string_view& text) {
+    std::size_t count = 0;
+    while (count < text.size() && isAsciiDigit(text[count])) ++count;
+    if (count == 0 || count > 9) return {};
+    std::int64_t number = 0;
+    std::from_chars(text.data(), text.data() + count, number);
+    text.remove_prefix(count);
+    return number;
+}
+
+// The rates that have a version slower by 1000/1001.
+bool hasSlowed(std::int64_t nominal) {
+    return nominal % 24 == 0 || nominal % 30 == 0;
+}
+
+std::optional<FrameRate> wholeRate(std::int64_t nominal) {
+    if (nominal < 1 || nominal > fastest) return {};
+    return FrameRate{static_cast<int>(nominal)};
+}
+
+// A rate with decimals, of which there are `scale` in one: 2397 or 2398 of 100 are 24000/1001.
+// The last decimal may be rounded or cut.
+std::optional<FrameRate> slowedRate(std::int64_t whole, std::int64_t decimals, std::int64_t scale) {
+    std::int64_t value = whole * scale + decimals;
+    std::int64_t nominal = whole + 1;
+    std::int64_t cut = nominal * 1000 * scale / 1001;
+    std::int64_t rounded = (nominal * 2000 * scale / 1001 + 1) / 2;
+    bool isKnown = hasSlowed(nominal) && scale >= 100 && nominal <= fastest;
+    if (!isKnown || (value != cut && value != rounded)) return {};
+    return FrameRate{static_cast<int>(nominal), true};
+}
+
+std::optional<FrameRate> takeDecimals(std::int64_t whole, std::string_view& text) {
+    text.remove_prefix(1);
+    std::size_t before = text.size();
+    std::optional<std::int64_t> decimals = takeDigits(text);
+    if (!decimals) return {};
+    if (*decimals == 0) return wholeRate(whole);
+    std::int64_t scale = 1;
+    for (std::size_t i = text.size(); i < before; ++i) scale *= 10;
+    return slowedRate(whole, *decimals, scale);
+}
+
+std::optional<FrameRate> takeFraction(std::int64_t above, std::string_view& text) {
+    text.remove_prefix(1);
+    std::optional<std::int64_t> below = takeDigits(text);
+    if (below == 1) return wholeRate(above);
+    bool isSlowed = below == 1001 && above % 1000 == 0 && hasSlowed(above / 1000);
+    std::optional<FrameRate> rate = isSlowed ? wholeRate(above / 1000) : std::nullopt;
+    if (rate) rate->isSlowed = true;
+    return rate;
+}
+
+std::optional<FrameRate> takeRate(std::string_view& text) {
+    std::optional<std::int64_t> whole = takeDigits(text);
+    if (!whole) return {};
+    if (text.starts_with('/')) return takeFraction(*whole, text);
+    return text.starts_with('.') || text.starts_with(',') ? takeDecimals(*whole, text)
+                                                          : wholeRate(*whole);
+}
+
+// Without blanks, hyphens and underlines, in small letters.
+std::string squeezed(std::string_view text) {
+    std::string out;
+    for (char c : text) {
+        if (!isAsciiSpace(c) && c != '-' && c != '_') out += asciiLower(c);
+    }
+    return out;
+}
+
+// The words behind a rate; nothing for any that are not known.
+std::optional<Counting> countingBehind(std::string_view text) {
+    std::string words = squeezed(text);
+    if (words.starts_with("fps")) words.erase(0, 3);
+    if (words.ends_with("fps")) words.erase(words.size() - 3);
+    if (words.empty()) return Counting::unsaid;
+    if (words == "df" || words == "drop" || words == "dropframe") return Counting::dropFrame;
+    if (words == "ndf" || words == "nondrop" || words == "nondropframe") return Counting::nonDrop;
+    return {};
 }
 
 }  // namespace
@@ -51,11 +131,42 @@ std::optional<Timecode> parseTimecode(std::string_view text) {
 }
 
 std::optional<FrameRate> parseFrameRate(std::string_view text) {
-    double value = parseDouble(text);
-    if (!(value >= 1 && value <= 1000)) return {};
-    int nominal = static_cast<int>(std::lround(value));
-    bool isFractional = std::abs(value - nominal) > 0.0005;
-    return FrameRate{nominal, isFractional ? nominal * 1000.0 / 1001.0 : value};
+    text = trimmed(text);
+    std::optional<FrameRate> rate = takeRate(text);
+    std::optional<Counting> counting = countingBehind(text);
+    if (!rate || !counting) return {};
+    if (counting == Counting::dropFrame && !canDropFrames(rate->nominal)) return {};
+    rate->counting = *counting;
+    return rate;
+}
+
+std::string rateText(const FrameRate& rate) {
+    std::string text = std::to_string(rate.nominal);
+    if (rate.isSlowed) {
+        // Two decimals where they say it: 29.97; three for 23.976.
+        int thousandths = (rate.nominal * 2000000 / 1001 + 1) / 2;
+        bool needsThird = thousandths % 10 != 0 && rate.nominal % 24 == 0;
+        int scale = needsThird ? 1000 : 100;
+        int value = needsThird ? thousandths : thousandths / 10;
+        std::string decimals = std::to_string(scale + value % scale).substr(1);
+        text = concat(std::to_string(value / scale), ".", decimals);
+    }
+    if (rate.counting == Counting::unsaid) return text;
+    return text + (rate.counting == Counting::dropFrame ? "df" : "ndf");
+}
+
+bool canDropFrames(int nominal) {
+    return nominal % 30 == 0;
+}
+
+int droppedEachMinute(int nominal) {
+    return canDropFrames(nominal) ? nominal / 30 * 2 : 0;
+}
+
+bool isCounted(const Timecode& code, int nominal) {
+    if (code.frames >= nominal) return false;
+    bool isDroppingMinute = code.dropFrame && code.seconds == 0 && code.minutes % 10 != 0;
+    return !isDroppingMinute || code.frames >= droppedEachMinute(nominal);
 }
 
 std::int64_t framesOf(const Timecode& code, int nominal) {
@@ -83,36 +194,21 @@ std::string timecodeText(std::int64_t frames, int nominal, bool dropFrame) {
     return text.data();
 }
 
-namespace {
-
-// Where the feet of a keycode begin, and the plus behind them; npos when it has none. Written
-// without separators the last four digits are the feet, the rest names the roll.
-struct FeetPlace {
-    std::size_t start = std::string_view::npos;
-    std::size_t plus = std::string_view::npos;
-};
-
-FeetPlace findFeet(std::string_view text) {
-    std::size_t plus = text.rfind('+');
-    if (plus == std::string_view::npos || plus + 3 != text.size()) return {};
-    std::size_t start = plus;
-    while (start > 0 && isAsciiDigit(text[start - 1])) --start;
-    if (start == plus || pair(text, plus + 1) < 0) return {};
-    return {plus - start > 6 ? plus - 4 : start, plus};
+std::int64_t framesInDay(int nominal, bool dropFrame) {
+    return framesOf({24, 0, 0, 0, dropFrame}, nominal);
 }
 
-}  // namespace
-
-std::optional<std::int64_t> keycodeFrames(std::string_view text, int framesPerFoot) {
-    FeetPlace place = findFeet(text);
-    if (place.plus == std::string_view::npos) return {};
-    int feet = 0;
-    std::from_chars(text.data() + place.start, text.data() + place.plus, feet);
-    return feet * std::int64_t{framesPerFoot} + pair(text, place.plus + 1);
+bool isOverMidnight(const Timecode& start, const Timecode& end) {
+    long long length = end.order() - start.order() + 24 * Timecode::ordersInHour;
+    return end.order() < start.order() && length < 12 * Timecode::ordersInHour;
 }
 
-std::string_view keycodeRoll(std::string_view text) {
-    return text.substr(0, findFeet(text).start);
+std::optional<std::int64_t> framesBetween(Timecode start, Timecode end, int nominal) {
+    start.dropFrame = end.dropFrame = start.dropFrame || end.dropFrame;
+    std::int64_t frames = framesOf(end, nominal) - framesOf(start, nominal);
+    if (isOverMidnight(start, end)) return frames + framesInDay(nominal, start.dropFrame);
+    if (frames < 0) return {};
+    return frames;
 }
 
 }  // namespace vek

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-/// Arithmetic of the two ways that film counts: timecodes and keycodes.
+/// Arithmetic of timecodes, in whole numbers throughout.
 namespace vek {
 
 /// A timecode as it is written. Timecodes of one rate compare by their parts in order, drop
@@ -17,6 +17,8 @@ struct Timecode {
     int frames = 0;
     bool dropFrame = false;
 
+    static constexpr long long ordersInHour = 3600LL * 1000;
+
     auto order() const { return ((hours * 60LL + minutes) * 60 + seconds) * 1000 + frames; }
 };
 
@@ -24,26 +26,56 @@ struct Timecode {
 /// of the compact form; nothing for any other text.
 std::optional<Timecode> parseTimecode(std::string_view text);
 
-/// A frame rate: what a second is called (`nominal`: 24, 25, 30, ...), and what it is.
+/// Whether a text says that timecodes drop frames. Without a word the semicolon decides.
+enum class Counting { unsaid, dropFrame, nonDrop };
+
+/// A frame rate: how many frame numbers a second has (`nominal`: 24, 25, 30, ...), and whether it
+/// runs slower by 1000/1001, as 23.976 and 29.97 do.
 struct FrameRate {
     int nominal = 0;
-    double exact = 0;
+    bool isSlowed = false;
+    Counting counting = Counting::unsaid;
+
+    /// Frames in `seconds()` seconds: 30000 in 1001, or 25 in 1.
+    std::int64_t frames() const { return isSlowed ? nominal * std::int64_t{1000} : nominal; }
+    std::int64_t seconds() const { return isSlowed ? 1001 : 1; }
+    bool isAsFastAs(const FrameRate& other) const {
+        return nominal == other.nominal && isSlowed == other.isSlowed;
+    }
 };
 
-/// "24", "23.98", "23.976", "29.97", "29.97 DF"; nothing for any other text.
+/// "24", "23.98", "23.976", "23,976", "24000/1001", "29.97 DF", "59.94ndf", "25 fps"; nothing
+/// for any other text, and nothing for drop-frame at a rate that has no such counting.
 std::optional<FrameRate> parseFrameRate(std::string_view text);
 
-/// Frames from 00:00:00:00. Drop-frame timecodes leave out two numbers at 30 (four at 60) at
-/// the start of every minute but each tenth.
+/// "29.97df": what parseFrameRate reads as this rate.
+std::string rateText(const FrameRate& rate);
+
+/// Drop-frame counting is there for 29.97, 59.94 and the like.
+bool canDropFrames(int nominal);
+
+/// Frame numbers that drop-frame counting leaves out at the start of most minutes: 2 at 30, 4 at
+/// 60, 0 where there is no such counting.
+int droppedEachMinute(int nominal);
+
+/// Whether a timecode names a frame: below the rate, and none that drop-frame counting leaves out.
+bool isCounted(const Timecode& code, int nominal);
+
+/// Frames from 00:00:00:00. Drop-frame timecodes leave out their numbers at the start of every
+/// minute but each tenth.
 std::int64_t framesOf(const Timecode& code, int nominal);
 /// The way back; the text has a semicolon before the frames when `dropFrame`.
 std::string timecodeText(std::int64_t frames, int nominal, bool dropFrame);
 
-/// The frame count of a keycode, "KJ 230004 0213+08" or "KX654321-0000+00": feet times
-/// `framesPerFoot` plus frames. Nothing when the text does not end in feet+frames.
-std::optional<std::int64_t> keycodeFrames(std::string_view text, int framesPerFoot);
+/// Frames in 24 hours.
+std::int64_t framesInDay(int nominal, bool dropFrame);
 
-/// What stands in front of a keycode's feet: two with the same are on one roll.
-std::string_view keycodeRoll(std::string_view text);
+/// Whether a clip ends past midnight: its end is before its start by the clock, and it is shorter
+/// than 12 hours that way.
+bool isOverMidnight(const Timecode& start, const Timecode& end);
+
+/// Frames from start to end, past midnight where that makes the clip shorter than 12 hours;
+/// nothing for an end before its start. Both count alike, drop-frame when one of them does.
+std::optional<std::int64_t> framesBetween(Timecode start, Timecode end, int nominal);
 
 }  // namespace vek
