@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "tools/vek/cli/column_names.h"
 #include "tools/vek/cli/readers.h"
 #include "tools/vek/cli/writers.h"
 #include "tools/vek/commands.h"
@@ -12,10 +13,11 @@ namespace {
 
 constexpr const char* mapName = "V5_FIELD_MAP";
 
-// Edits the columns of a log, and with them the field map, which names columns by position.
+// Edits the columns of a log, and with them the field map, which names columns by position. The
+// map works by names, so columns of one name are told apart meanwhile.
 class Columns {
 public:
-    explicit Columns(Log& log) : log_(log) {
+    explicit Columns(Log& log) : log_(log), distinct_(log) {
         if (!log.parameter(mapName).empty()) map_.emplace(*log.table);
     }
 
@@ -27,23 +29,20 @@ public:
         store();
     }
 
-    void remove(const std::string& name) {
-        log_.requireColumn(name);
+    void remove(unsigned column) {
+        std::string name = log_.columnName(column);
         log_.table->removeField(cellText(name));
+        distinct_.removed(column);
         if (map_) map_->remove(cellText(name));
         store();
     }
 
-    void rename(const std::string& name, const std::string& to) {
-        unsigned column = log_.requireColumn(name);
-        if (!sameText(name, to)) refuseTaken(to);
-        if (map_) map_->setName(map_->getFieldIdx(cellText(log_.columnName(column))), cellText(to));
-        log_.table->set_fieldname(column, to.c_str());
-        store();
+    void rename(unsigned column, const std::string& was, const std::string& to) {
+        if (!sameText(was, to)) refuseTaken(to);
+        distinct_.renamed(column, to);
     }
 
-    void setType(const std::string& name, DBFieldTypes::eType type) {
-        unsigned column = log_.requireColumn(name);
+    void setType(unsigned column, DBFieldTypes::eType type) {
         requireTypes();
         log_.table->set_fieldtype(column, type);
     }
@@ -80,6 +79,7 @@ private:
     }
 
     Log& log_;
+    DistinctNames distinct_;
     std::optional<FieldMap> map_;
 };
 
@@ -121,29 +121,49 @@ void requireWords(const std::vector<std::string>& words, std::size_t least, std:
     throw Failure{wrongUsage, std::string("column: expected ") + expected};
 }
 
+void addColumn(Log& log, const std::vector<std::string>& words) {
+    requireWords(words, 1, 2, "add FILE NAME [TYPE]");
+    Columns(log).add(words[0], words.size() > 1 ? typeNamed(words[1]) : DBFieldTypes::text);
+}
+
+void removeColumn(Log& log, const std::vector<std::string>& words) {
+    requireWords(words, 1, 1, "remove FILE NAME");
+    unsigned column = log.requireColumn(words[0]);
+    Columns(log).remove(column);
+}
+
+void renameColumn(Log& log, const std::vector<std::string>& words) {
+    requireWords(words, 2, 2, "rename FILE NAME NEW");
+    unsigned column = log.requireColumn(words[0]);
+    std::string was = log.columnName(column);
+    Columns(log).rename(column, was, words[1]);
+}
+
+void typeColumn(Log& log, const std::vector<std::string>& words) {
+    requireWords(words, 2, 2, "type FILE NAME TYPE");
+    DBFieldTypes::eType type = typeNamed(words[1]);
+    unsigned column = log.requireColumn(words[0]);
+    Columns(log).setType(column, type);
+}
+
+int orderColumns(Log& log, const std::vector<std::string>& words, bool backup) {
+    requireWords(words, 1, 65535, "order FILE NAME...");
+    std::vector<unsigned> order = namedColumns(log, words);
+    if (log.format != Format::table) return saveReordered(log, order, backup);
+    Columns(log).order(order);
+    saveInPlace(log, backup);
+    return done;
+}
+
 int run(const Args& args) {
     std::string action = args.text("ACTION");
     const std::vector<std::string>& words = args.all("WORD");
     Log log = readLog(args);
-    Columns columns(log);
-    if (action == "add") {
-        requireWords(words, 1, 2, "add FILE NAME [TYPE]");
-        columns.add(words[0], words.size() > 1 ? typeNamed(words[1]) : DBFieldTypes::text);
-    } else if (action == "remove") {
-        requireWords(words, 1, 1, "remove FILE NAME");
-        columns.remove(words[0]);
-    } else if (action == "rename") {
-        requireWords(words, 2, 2, "rename FILE NAME NEW");
-        columns.rename(words[0], words[1]);
-    } else if (action == "type") {
-        requireWords(words, 2, 2, "type FILE NAME TYPE");
-        columns.setType(words[0], typeNamed(words[1]));
-    } else {
-        requireWords(words, 1, 65535, "order FILE NAME...");
-        std::vector<unsigned> order = namedColumns(log, words);
-        if (log.format != Format::table) return saveReordered(log, order, args.has("backup"));
-        columns.order(order);
-    }
+    if (action == "order") return orderColumns(log, words, args.has("backup"));
+    if (action == "add") addColumn(log, words);
+    if (action == "remove") removeColumn(log, words);
+    if (action == "rename") renameColumn(log, words);
+    if (action == "type") typeColumn(log, words);
     saveInPlace(log, args.has("backup"));
     return done;
 }

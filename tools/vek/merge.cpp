@@ -1,8 +1,11 @@
 #include <algorithm>
+#include <optional>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "host/timecode.h"
 #include "tools/vek/cli/readers.h"
+#include "tools/vek/cli/timecode.h"
 #include "tools/vek/cli/writers.h"
 #include "tools/vek/commands.h"
 
@@ -32,6 +35,21 @@ std::string inForm(std::string_view value, DBFieldTypes::eType from, DBFieldType
                                                     : time_def::databaseForm(value, buffer));
 }
 
+// What "FPS" says, where it says a frame rate.
+std::optional<FrameRate> rateOf(const Log& log) {
+    return parseFrameRate(log.parameter("FPS"));
+}
+
+// Timecodes of two rates count differently, and nothing in a joined log tells which is which.
+void refuseOtherRate(const Log& into, const Log& from) {
+    std::optional<FrameRate> ours = rateOf(into);
+    std::optional<FrameRate> theirs = rateOf(from);
+    if (!ours || !theirs || ours->isAsFastAs(*theirs)) return;
+    throw Failure{found, from.name + ": FPS is " + from.parameter("FPS") + ", expected " +
+                             into.parameter("FPS") + " as in " + into.name +
+                             "; nothing is written, --yes joins the logs all the same"};
+}
+
 // Joins further logs to the first one.
 class Merger {
 public:
@@ -41,10 +59,10 @@ public:
         key_ = into_.requireColumn(name);
         for (unsigned row = 0; row < into_.rowCount(); ++row) {
             std::string value(into_.cell(row, key_));
-            if (!rows_.try_emplace(value, row).second && !value.empty()) {
-                say(worded(into_.name, {into_.lineOf(row), name, inQuotes(value) + " a second time",
-                                        "each key once", "rows are joined to the first"}));
-            }
+            if (value.empty()) continue;
+            std::vector<unsigned>& rows = rows_[value];
+            if (!rows.empty()) tellRepeated(into_, row, key_, value);
+            rows.push_back(row);
         }
     }
 
@@ -58,23 +76,30 @@ public:
     }
 
     std::size_t conflicts() const { return conflicts_; }
+    std::size_t repeatedKeys() const { return repeatedKeys_; }
 
 private:
     // Two columns of one name would end up in one, and a cell of them be lost.
-    static void refuseRepeated(const Log& from, unsigned column) {
-        std::string name = from.columnName(column);
-        if (name.empty() || from.findColumn(name) == column) return;
+    static void refuseRepeated(const Log& from) {
+        if (from.repeatedNames.empty()) return;
+        std::string name = from.columnName(from.repeatedNames.front().columns.front());
         throw Failure{wrongUsage, from.name + ": column " + inQuotes(name) +
                                       " is there twice, expected names that differ; give one of "
                                       "them another name"};
     }
 
     void addColumns(const Log& from) {
+        refuseRepeated(from);
         columns_.clear();
         for (unsigned i = 0; i < from.columnCount(); ++i) {
-            refuseRepeated(from, i);
-            columns_.push_back(into_.table->addField(
-                {cellText(from.columnName(i)), from.table->get_field_type(i)}));
+            unsigned column = into_.table->addField(
+                {cellText(from.columnName(i)), from.table->get_field_type(i)});
+            if (column == noColumn) {
+                throw Failure{unwritable, from.name + ": no room for column " +
+                                              inQuotes(from.columnName(i)) +
+                                              ", a log holds at most 65535"};
+            }
+            columns_.push_back(column);
         }
     }
 
@@ -94,46 +119,93 @@ private:
         }
     }
 
-    // The library appends by column name and converts timecodes. It drops blanks in front of a
-    // value and passes by columns without a name; what it left out is put back.
     void append(const Log& from) {
+        unsigned first = addRows(from, 0, from.rowCount());
+        for (unsigned row = 0; row < from.rowCount(); ++row) fill(from, row, first + row);
+    }
+
+    // Rows for so many of the log's from one on; the first of them.
+    unsigned addRows(const Log& from, unsigned row, unsigned count) {
         unsigned first = into_.rowCount();
-        VDBView all(from.table.get());
-        all->displayAllRecords();
-        into_.table->merge_all_matching(all.get());
-        for (unsigned row = 0; row < from.rowCount(); ++row) {
-            for (unsigned i = 0; i < columns_.size(); ++i) restoreCell(from, row, i, first + row);
-            into_.lines.push_back(static_cast<std::uint32_t>(from.lineOf(row)));
+        into_.table->add_records(static_cast<int>(count));
+        for (unsigned i = 0; i < count; ++i) {
+            into_.lines.push_back(static_cast<std::uint32_t>(from.lineOf(row + i)));
+        }
+        return first;
+    }
+
+    // Puts what a row has into the empty cells of ours.
+    void fill(const Log& from, unsigned row, unsigned target) {
+        for (unsigned i = 0; i < columns_.size(); ++i) {
+            if (from.cell(row, i).empty() || !into_.cell(target, columns_[i]).empty()) continue;
+            store(target, columns_[i], inOurForm(from, row, i));
         }
     }
 
-    void restoreCell(const Log& from, unsigned row, unsigned column, unsigned target) {
-        std::string value = inOurForm(from, row, column);
-        if (value != into_.cell(target, columns_[column])) store(target, columns_[column], value);
-    }
+    using RowsOfKeys = std::unordered_map<std::string, std::vector<unsigned>>;
+
+    // How many rows of the log that is being added have a key, and how many of them had their turn.
+    struct Turns {
+        std::size_t count = 0;
+        std::size_t done = 0;
+    };
 
     void join(const Log& from) {
         unsigned key = from.requireColumn(into_.columnName(key_));
-        std::unordered_map<std::string, unsigned> seen;
+        std::unordered_map<std::string, Turns> turns;
         for (unsigned row = 0; row < from.rowCount(); ++row) {
             std::string value = inOurForm(from, row, key);
-            if (!seen.try_emplace(value, row).second && !value.empty()) {
-                say(worded(from.name, {from.lineOf(row), from.columnName(key),
-                                       inQuotes(value) + " a second time", "each key once",
-                                       "it is joined all the same"}));
-            }
-            joinRow(from, row, targetRow(value, from.lineOf(row)));
+            bool isRepeated = turns[value].count++ > 0 && !value.empty();
+            if (isRepeated) tellRepeated(from, row, key, value);
+        }
+        taken_.clear();
+        for (unsigned row = 0; row < from.rowCount(); ++row) {
+            std::string value = inOurForm(from, row, key);
+            joinRow(from, row, value, turns[value]);
         }
     }
 
-    // The row of a key; a new one for a key that is not there, and for rows without a key.
-    unsigned targetRow(const std::string& value, std::size_t line) {
-        auto known = rows_.find(value);
-        if (known != rows_.end() && !value.empty()) return known->second;
-        unsigned row = into_.table->add_records(1);
-        into_.lines.push_back(static_cast<std::uint32_t>(line));
-        rows_[value] = row;
-        return row;
+    void joinRow(const Log& from, unsigned row, const std::string& key, Turns& turns) {
+        auto known = key.empty() ? rows_.end() : rows_.find(key);
+        if (known == rows_.end()) return addRow(from, row, key);
+        if (turns.count == 1 && known->second.size() == 1) {
+            return settleRow(from, row, known->second.front());
+        }
+        // A key that one of the logs has twice names no single row, so nothing is replaced.
+        unsigned target = agreeingRow(from, row, known->second, turns.done++);
+        if (target == noRow) return addRow(from, row, key);
+        taken_.insert(target);
+        fill(from, row, target);
+    }
+
+    void addRow(const Log& from, unsigned row, const std::string& key) {
+        unsigned target = addRows(from, row, 1);
+        fill(from, row, target);
+        if (key.empty()) return;
+        rows_[key].push_back(target);
+        taken_.insert(target);
+    }
+
+    // Of some rows one that no other row of this log went to and no cell speaks against. The one
+    // whose turn it is comes first; that there is an end to the looking keeps the time in
+    // proportion to the logs.
+    unsigned agreeingRow(const Log& from, unsigned row, const std::vector<unsigned>& targets,
+                         std::size_t turn) const {
+        constexpr std::size_t mostLooks = 100;
+        for (std::size_t i = 0; i < std::min(targets.size(), mostLooks); ++i) {
+            unsigned target = targets[(turn + i) % targets.size()];
+            if (!taken_.contains(target) && agrees(from, row, target)) return target;
+        }
+        return noRow;
+    }
+
+    bool agrees(const Log& from, unsigned row, unsigned target) const {
+        for (unsigned i = 0; i < columns_.size(); ++i) {
+            std::string_view old = into_.cell(target, columns_[i]);
+            if (old.empty() || from.cell(row, i).empty()) continue;
+            if (old != inOurForm(from, row, i)) return false;
+        }
+        return true;
     }
 
     std::string inOurForm(const Log& from, unsigned row, unsigned column) const {
@@ -141,7 +213,7 @@ private:
                       into_.table->get_field_type(columns_[column]));
     }
 
-    void joinRow(const Log& from, unsigned row, unsigned target) {
+    void settleRow(const Log& from, unsigned row, unsigned target) {
         for (unsigned i = 0; i < columns_.size(); ++i) {
             unsigned column = columns_[i];
             std::string value = inOurForm(from, row, i);
@@ -169,23 +241,46 @@ private:
                                "the first is kept"}));
     }
 
+    void tellRepeated(const Log& log, unsigned row, unsigned column, const std::string& value) {
+        ++repeatedKeys_;
+        say(worded(log.name,
+                   {log.lineOf(row), log.columnName(column), inQuotes(value) + " a second time",
+                    "each key once", "both rows are kept"}));
+    }
+
     void store(unsigned row, unsigned column, std::string_view value) {
         into_.table->get_record(row)->setField(static_cast<unsigned short>(column),
                                                cellText(value));
     }
 
+    static constexpr unsigned noRow = 0xFFFFFFFF;
+
     Log& into_;
     Prefer prefer_;
     unsigned key_ = noColumn;
-    std::vector<unsigned> columns_;  // of the log that is being added, in ours
-    std::unordered_map<std::string, unsigned> rows_;
+    std::vector<unsigned> columns_;       // of the log that is being added, in ours
+    RowsOfKeys rows_;                     // ours, by their keys
+    std::unordered_set<unsigned> taken_;  // ours of repeated keys that a row of this log went to
     std::size_t conflicts_ = 0;
+    std::size_t repeatedKeys_ = 0;
 };
 
 Target wantedTarget(const Args& args) {
     if (args.has("to")) return targetNamed(args.text("to"));
     if (!args.has("output") || args.text("output") == "-") return Target::table;
     return targetOfPath(args.text("output"));
+}
+
+bool tellConflicts(const Merger& merger) {
+    if (merger.repeatedKeys() > 0) {
+        say(counted(merger.repeatedKeys(), "conflict") +
+            " of keys; rows of a repeated key are only joined where no cell differs");
+    }
+    if (merger.conflicts() > 0) {
+        say(counted(merger.conflicts(), "conflict") +
+            "; choose with --prefer first, last or filled");
+    }
+    return merger.repeatedKeys() + merger.conflicts() > 0;
 }
 
 int run(const Args& args) {
@@ -200,6 +295,7 @@ int run(const Args& args) {
     if (args.has("key")) merger.useKey(args.text("key"));
     for (std::size_t i = 1; i < paths.size(); ++i) {
         Log from = readLog(paths[i], args.text("from"));
+        if (!args.has("yes")) refuseOtherRate(into, from);
         result = std::max(result, readingResult(from));
         merger.add(from);
     }
@@ -208,9 +304,7 @@ int run(const Args& args) {
     writeSheet(wholeSheet(into), target, {}, out, losses);
     out.close();
     losses.tell(out.name());
-    if (merger.conflicts() == 0) return result;
-    say(counted(merger.conflicts(), "conflict") + "; choose with --prefer first, last or filled");
-    return found;
+    return tellConflicts(merger) ? found : result;
 }
 
 }  // namespace
@@ -222,7 +316,10 @@ Command mergeCommand() {
         "Appends the rows of further logs to those of the first. Columns go by their names, case "
         "ignored; new ones are added, and timecodes are stored in the form of the first log's "
         "column. With --key, a row whose key is there already fills the empty cells of that row, "
-        "and every cell in which the two differ is told; ends with 1 then.",
+        "and every cell in which the two differ is told; ends with 1 then. Rows of one file stay "
+        "rows of their own also where they have one key: that is told as a conflict, whatever "
+        "--prefer says, and such a row is joined only to one that it does not contradict. Logs of "
+        "two frame rates (FPS) are joined with --yes only.",
         {{"vek merge day1.vek day2.vek -o both.vek", "one log of two"},
          {"vek merge log.vek sound.csv --key Name -o full.vek", "sound notes beside the clips"},
          {"vek merge log.vek fixes.csv --key Name --prefer last -o fixed.vek",
@@ -233,6 +330,7 @@ Command mergeCommand() {
           "of two values keep the first, the last (also when it is empty), or the last that is "
           "filled",
           false, "first|last|filled"},
+         {"-y,--yes", "", "join logs of different frame rates all the same"},
          {"-o,--output", "OUT", "write this file; standard output as a rule"},
          {"--to", "FORMAT", "what to write; the ending of OUT as a rule", false,
           "vekdb|csv|tsv|json|jsonl|ale|markdown|html"},

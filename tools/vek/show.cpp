@@ -1,3 +1,4 @@
+#include "tools/vek/cli/column_names.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/writers.h"
 #include "tools/vek/commands.h"
@@ -10,6 +11,7 @@ namespace {
 // The columns that the file's field map shows; all of them in a file without one.
 std::vector<unsigned> mappedColumns(const Log& log) {
     if (log.parameter("V5_FIELD_MAP").empty()) return allColumns(log);
+    DistinctNames distinct(log);
     FieldMap map(*log.table);
     std::vector<unsigned> columns;
     for (unsigned n = 0; n < map.numVisible(); ++n) {

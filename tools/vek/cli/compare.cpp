@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "tools/vek/cli/column_names.h"
+
 namespace vek {
 
 namespace {
@@ -21,15 +23,19 @@ struct RowPair {
 class Comparison {
 public:
     Comparison(const Log& a, const Log& b) : a_(a), b_(b), found_{a, b, {}, {}, {}, {}} {
+        // Columns of one name belong together in their order.
+        std::vector<unsigned> others = sameColumns(a, b);
+        std::vector<char> isShared(b.columnCount());
         for (unsigned i = 0; i < a.columnCount(); ++i) {
-            unsigned other = b.findColumn(a.columnName(i));
-            if (other == noColumn)
+            if (others[i] == noColumn) {
                 found_.onlyInA.push_back(a.columnName(i));
-            else
-                shared_.push_back({i, other});
+                continue;
+            }
+            shared_.push_back({i, others[i]});
+            isShared[others[i]] = 1;
         }
-        for (const std::string& name : b.columnNames()) {
-            if (a.findColumn(name) == noColumn) found_.onlyInB.push_back(name);
+        for (unsigned i = 0; i < b.columnCount(); ++i) {
+            if (!isShared[i]) found_.onlyInB.push_back(b.columnName(i));
         }
     }
 

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "host/text_util.h"
+#include "tools/vek/cli/column_names.h"
 #include "tools/vek/cli/input.h"
 #include "tools/vek/cli/readers.h"
 
@@ -145,11 +146,20 @@ std::vector<std::string> Log::columnNames() const {
 }
 
 unsigned Log::findColumn(std::string_view name) const {
-    return table->get_fieldnum(cellText(name));
+    // The library finds the first or the last of several.
+    unsigned column = table->get_fieldnum(cellText(name));
+    const RepeatedName* repeated = repeatedNameOf(*this, column);
+    return repeated == nullptr ? column : repeated->columns.front();
 }
 
 unsigned Log::requireColumn(std::string_view wanted) const {
     unsigned column = findColumn(wanted);
+    if (const RepeatedName* repeated = repeatedNameOf(*this, column)) {
+        throw Failure{wrongUsage, concat(name, ": ", std::to_string(repeated->columns.size()),
+                                         " columns are named ", inQuotes(wanted),
+                                         ", expected one of them: ", choicesOf(*this, *repeated))};
+    }
+    if (column == noColumn) column = numberedColumn(*this, wanted);
     if (column != noColumn) return column;
     throw Failure{wrongUsage, name + ": there is no column " + inQuotes(wanted) +
                                   suggestion(wanted, columnNames())};
@@ -164,8 +174,7 @@ bool Log::setParameter(const std::string& wanted, const std::string& value) {
     return table->set_param_val(wanted.c_str(), value.c_str()) != noColumn;
 }
 
-Log openLog(Input& input, const std::string& path, const std::string& from,
-            const Wanted& wanted) {
+Log openLog(Input& input, const std::string& path, const std::string& from, const Wanted& wanted) {
     Log log;
     log.path = path;
     log.name = input.name();
@@ -174,6 +183,7 @@ Log openLog(Input& input, const std::string& path, const std::string& from,
     }
     log.format = from.empty() ? recognised(path, input.head()) : formatNamed(from);
     readAs(log.format, input, wanted, log);
+    noteRepeatedNames(log);
     return log;
 }
 
@@ -196,8 +206,9 @@ void requireWhole(const Log& log) {
 }
 
 int readingResult(const Log& log) {
-    bool isDamaged = log.format == Format::table && !log.problems.empty();
-    return isDamaged || !log.notRead.empty() ? found : done;
+    bool isDamaged = std::any_of(log.problems.begin(), log.problems.end(),
+                                 [](const Problem& problem) { return problem.isDamage; });
+    return (log.format == Format::table && isDamaged) || !log.notRead.empty() ? found : done;
 }
 
 Option fromOption() {

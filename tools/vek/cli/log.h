@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "tools/vek/cli/command.h"
@@ -25,6 +26,12 @@ struct Problem {
     std::string found;     ///< what is there
     std::string expected;  ///< what should be
     std::string outcome;   ///< what was made of it, or what to do
+    bool isDamage = true;  ///< a table file that has it ends a command with 1
+};
+
+/// Columns that have one name, case ignored, in their order.
+struct RepeatedName {
+    std::vector<unsigned> columns;
 };
 
 /// "file:line: found, expected ...; outcome".
@@ -39,12 +46,14 @@ struct Log {
     Format format = Format::table;
     std::unique_ptr<vekdb> table;
     std::vector<std::uint32_t> lines;
-    std::vector<std::uint32_t> numbers;  ///< of the rows, from 1 on, where some were left out
-    std::size_t leftOut = 0;             ///< rows that were not wanted
-    std::vector<Problem> problems;  ///< told on reading; nothing was lost by them
-    std::string notRead;            ///< why rows are missing; empty when all are there
-    bool endsLinesWithCr = false;   ///< text formats are written back as they came
-    bool beganWithMark = false;     ///< a UTF-8 byte order mark stood in front
+    std::vector<std::uint32_t> numbers;       ///< of the rows, from 1 on, where some were left out
+    std::size_t leftOut = 0;                  ///< rows that were not wanted
+    std::vector<Problem> problems;            ///< told on reading; nothing was lost by them
+    std::vector<RepeatedName> repeatedNames;  ///< as they were read
+    std::unordered_map<unsigned, std::size_t> repeatedAt;  ///< of their columns, where there
+    std::string notRead;           ///< why rows are missing; empty when all are there
+    bool endsLinesWithCr = false;  ///< text formats are written back as they came
+    bool beganWithMark = false;    ///< a UTF-8 byte order mark stood in front
 
     unsigned rowCount() const { return table->get_num_records(); }
     /// Those that were left out included.
@@ -57,9 +66,10 @@ struct Log {
     }
     std::string columnName(unsigned column) const;
     std::vector<std::string> columnNames() const;
-    /// Without regard to case; a Failure with a suggestion when there is none.
+    /// Without regard to case; "Name#2" is the second of several of the name. A Failure with a
+    /// suggestion when there is none, and with the choices when there are several.
     unsigned requireColumn(std::string_view name) const;
-    /// The position, or noColumn.
+    /// The position of the first that has the name, or noColumn.
     unsigned findColumn(std::string_view name) const;
     /// The line a row began on, 0 when it is not known.
     std::size_t lineOf(unsigned row) const { return row < lines.size() ? lines[row] : 0; }

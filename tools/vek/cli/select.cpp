@@ -242,7 +242,7 @@ VDBView viewOf(const Log& log, const std::vector<unsigned>& rows) {
 
 std::vector<unsigned> columnList(const Log& log, const std::string& names) {
     // A name that holds a comma itself is taken whole.
-    if (log.findColumn(names) != noColumn) return {log.findColumn(names)};
+    if (log.findColumn(names) != noColumn) return {log.requireColumn(names)};
     std::vector<unsigned> columns;
     for (std::string_view name : split(names, ',')) {
         columns.push_back(log.requireColumn(trimmed(name)));

@@ -12,17 +12,19 @@ namespace vek {
 
 namespace {
 
-constexpr const char* byteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 const char* lineEnd(const WriteStyle& style) {
     return style.crlf ? "\r\n" : "\n";
 }
 
 // A quote is needed where the reader would else see another text, and for a lone empty cell,
-// whose line would read as no row.
+// whose line would read as no row. One that begins with the bytes of a byte order mark would be
+// taken for a file with one.
 void addDelimited(std::string& out, std::string_view cell, char separator, bool isAlone) {
     const char special[] = {'"', '\n', '\r', separator};
-    bool isPlain = cell.find_first_of(std::string_view(special, 4)) == std::string_view::npos;
+    bool isPlain = cell.find_first_of(std::string_view(special, 4)) == std::string_view::npos &&
+                   !cell.starts_with(byteOrderMark);
     if (isPlain && !(isAlone && cell.empty())) {
         out += cell;
         return;
@@ -192,7 +194,11 @@ void writeDelimited(const Sheet& sheet, char separator, const WriteStyle& style,
 void writeJson(const Sheet& sheet, bool asLines, Output& out, Losses& losses) {
     loseParameters(sheet.log, losses);
     std::vector<std::string> names;
-    for (const std::string& name : distinctNames(sheet, losses)) names.push_back(jsonString(name));
+    for (const std::string& name : distinctNames(sheet, losses)) {
+        bool wasChanged = false;
+        names.push_back(jsonString(name, wasChanged));
+        if (wasChanged) losses.add("column names that are no UTF-8", inQuotes(name));
+    }
     if (!asLines) out.line("[");
     Progress progress("writing", sheet.rowCount());
     for (unsigned row = 0; row < sheet.rowCount(); ++row) {
@@ -215,6 +221,10 @@ void writeAle(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& 
     writeAleHeading(sheet, end, out, losses);
     std::string names;
     for (unsigned i = 0; i < sheet.columns.size(); ++i) {
+        if (!isAleSafe(sheet.name(i))) {
+            losses.add("column names whose tabs and line ends become blanks",
+                       inQuotes(sheet.name(i)));
+        }
         names += concat(i == 0 ? "" : "\t", forAle(sheet.name(i)));
     }
     out.write(std::string(end) + "Column" + end + names + end + end + "Data" + end);
