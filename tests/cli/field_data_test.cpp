@@ -195,3 +195,17 @@ TEST(FieldData, EditListsLoseNoWord) {
         }
     }
 }
+
+TEST(FieldData, EditListsGoBackEqual) {
+    for (const fs::path& path : filesOf("edl")) {
+        SCOPED_TRACE(path);
+        WorkFolder folder;
+        vek(folder, {"convert", path, "back.edl"});
+        vek(folder, {"diff", path, "back.edl"});
+        EXPECT_EQ(vek(folder, {"param", "list", path}).output,
+                  vek(folder, {"param", "list", "back.edl"}).output);
+        vek(folder, {"convert", path, "table.vek"});
+        vek(folder, {"convert", "table.vek", "again.edl"});
+        EXPECT_EQ(folder.read("again.edl"), folder.read("back.edl"));
+    }
+}

@@ -1,3 +1,4 @@
+#include "tools/vek/cli/counting.h"
 #include "tools/vek/cli/writers.h"
 #include "tools/vek/commands.h"
 
@@ -16,7 +17,8 @@ int run(const Args& args) {
     Log log = readLog(args, "IN");
     Output out(args.text("OUT"));
     Losses losses;
-    writeSheet(wholeSheet(log), target, {args.has("crlf"), false}, out, losses);
+    writeSheet(wholeSheet(log), target,
+               {args.has("crlf"), false, wantedRate(args), args.has("short-reels")}, out, losses);
     out.close();
     losses.tell(out.name());
     return readingResult(log);
@@ -30,17 +32,22 @@ Command convertCommand() {
         "turn a log into another format, no cell changed",
         "Reads a log of any format and writes all its rows and columns. Heading entries become "
         "parameters and the other way round. No cell is trimmed, rounded or given another type; "
-        "what the target cannot hold is said.",
+        "what the target cannot hold is said. An edit list takes its events from the source and "
+        "record times; where a log has no record times the events are laid end to end, which "
+        "needs a frame rate.",
         {{"vek convert samples/docs.vek docs.csv", "a table file as CSV"},
          {"vek convert docs.csv docs.vek", "and back"},
          {"vek convert samples/docs.vek - --to ale", "a log exchange file on standard output"},
+         {"vek convert samples/docs.vek docs.edl", "an edit list, its events end to end"},
          {"vek convert - docs.json --from csv < docs.csv", "from a pipe"}},
         {{"IN", "the log to read, or - for standard input"},
          {"OUT", "the file to write, its ending names the format; or - for standard output"}},
         {fromOption(),
          {"--to", "FORMAT", "what to write; the ending of OUT as a rule", false,
-          "vekdb|csv|tsv|json|jsonl|ale|markdown|html"},
-         {"--crlf", "", "end lines of CSV, TSV and ALE with CR and LF"}},
+          "vekdb|csv|tsv|json|jsonl|ale|edl|markdown|html"},
+         {"--crlf", "", "end lines of CSV, TSV, ALE and EDL with CR and LF"},
+         {"--short-reels", "", "reels of an edit list in 8 characters, the whole name beside them"},
+         fpsOption()},
         run,
     };
 }

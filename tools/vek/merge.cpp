@@ -333,7 +333,7 @@ Command mergeCommand() {
          {"-y,--yes", "", "join logs of different frame rates all the same"},
          {"-o,--output", "OUT", "write this file; standard output as a rule"},
          {"--to", "FORMAT", "what to write; the ending of OUT as a rule", false,
-          "vekdb|csv|tsv|json|jsonl|ale|markdown|html"},
+          "vekdb|csv|tsv|json|jsonl|ale|edl|markdown|html"},
          fromOption()},
         run,
     };

@@ -123,7 +123,7 @@ Command showCommand() {
                   {{"-c,--columns", "A,B", "these columns, in this order"},
                    {"-a,--all", "", "all columns, whatever the field map says"},
                    {"-f,--format", "FORMAT", "what to print", false,
-                    "table|csv|tsv|json|jsonl|markdown|html|vekdb|ale"},
+                    "table|csv|tsv|json|jsonl|markdown|html|vekdb|ale|edl"},
                    {"-o,--output", "OUT", "write a file; its ending gives the format"},
                    {"--crlf", "", "end lines of CSV, TSV and ALE with CR and LF"},
                    fromOption()}),

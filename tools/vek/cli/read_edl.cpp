@@ -1,101 +1,35 @@
-#include <array>
-#include <optional>
-
-#include "host/text_util.h"
+#include "tools/vek/cli/edl_lines.h"
 #include "tools/vek/cli/readers.h"
-#include "tools/vek/cli/timecode.h"
 
 namespace vek {
 
 namespace {
 
-enum Column {
-    event,
-    reel,
-    track,
-    kind,
-    length,
-    sourceIn,
-    sourceOut,
-    recordIn,
-    recordOut,
-    clipName,
-    toClipName,
-    comments,
-    columns
+// An event, what belongs to it, and the line it stands on; 0 while there is none.
+struct OpenEvent {
+    EdlEvent cells;
+    std::string counting;
+    std::size_t line = 0;
+
+    bool isOpen() const { return line != 0; }
 };
 
-const std::vector<std::string> columnNames = {
-    "Event",      "Reel",      "Track",      "Kind",      "Length",       "Source In",
-    "Source Out", "Record In", "Record Out", "Clip Name", "To Clip Name", "Comments"};
-
-using Event = std::array<std::string, columns>;
-
-std::vector<std::string_view> words(std::string_view line) {
-    std::vector<std::string_view> out;
-    while (!(line = trimmed(line)).empty()) {
-        std::size_t end = 0;
-        while (end < line.size() && !isAsciiSpace(line[end])) ++end;
-        out.push_back(line.substr(0, end));
-        line.remove_prefix(end);
-    }
-    return out;
-}
-
-bool startsWithNumber(std::string_view word) {
-    return !word.empty() && isAsciiDigit(word.front());
-}
-
-std::string joined(const std::vector<std::string_view>& parts, std::size_t from, std::size_t to) {
-    std::string out;
-    for (std::size_t i = from; i < to; ++i) out += concat(out.empty() ? "" : " ", parts[i]);
-    return out;
-}
-
-// Number, reel, track, kind, perhaps a length, and four timecodes. A reel may hold blanks. False
-// for other lines.
-bool parseEvent(std::string_view line, Event& made) {
-    std::vector<std::string_view> parts = words(line);
-    if (parts.size() < 8 || !startsWithNumber(parts[0])) return false;
-    std::size_t codes = parts.size() - 4;
-    for (std::size_t i = codes; i < parts.size(); ++i) {
-        if (parts[i].size() != 11 || !parseTimecode(parts[i])) return false;
-    }
-    bool hasLength = codes >= 5 && startsWithNumber(parts[codes - 1]);
-    std::size_t kindAt = hasLength ? codes - 2 : codes - 1;
-    if (kindAt < 3) return false;
-    made = {};
-    made[event] = parts[0];
-    made[reel] = joined(parts, 1, kindAt - 1);
-    made[track] = parts[kindAt - 1];
-    made[kind] = parts[kindAt];
-    if (hasLength) made[length] = parts[codes - 1];
-    for (std::size_t i = 0; i < 4; ++i) made[sourceIn + i] = parts[codes + i];
-    return true;
-}
-
-// The text behind "NAME:", with or without the star of a comment; nothing for other lines.
-std::optional<std::string_view> valueOf(std::string_view line, std::string_view name) {
-    std::string_view rest = trimmed(line);
-    if (rest.starts_with('*')) rest = trimmed(rest.substr(1));
-    if (!sameText(rest.substr(0, name.size()), name)) return {};
-    rest = trimmed(rest.substr(name.size()));
-    if (!rest.starts_with(':')) return {};
-    return trimmed(rest.substr(1));
+void addComment(std::string& cell, std::string_view line) {
+    if (!cell.empty()) cell += '\n';
+    cell += trimmed(line);
 }
 
 class EdlReader {
 public:
     EdlReader(std::string_view text, Log& log)
-        : walk_(text), log_(log), builder_(log, columnNames) {}
+        : walk_(text), log_(log), builder_(log, edlColumnNames) {}
 
     void read() {
         std::string_view line;
         while (walk_.next(line)) {
             if (!trimmed(line).empty()) take(line);
         }
-        store();
-        if (!waiting_.empty()) builder_.addParameter(0, "Comments", waiting_);
+        end();
         if (log_.rowCount() == 0 && log_.parameter("TITLE").empty()) refuse();
         builder_.finish();
         log_.endsLinesWithCr = walk_.sawCr();
@@ -103,23 +37,30 @@ public:
 
 private:
     void take(std::string_view line) {
-        Event next;
-        if (parseEvent(line, next)) {
-            store();
-            open_ = std::move(next);
-            open_[comments].swap(waiting_);
-            openLine_ = walk_.number();
-        } else if (!takeHeading(line) && !takeClipName(line)) {
-            reportOddEvent(line);
-            addComment(isOpen() ? open_[comments] : waiting_, line);
-        }
+        EdlEvent next;
+        if (parseEdlEvent(line, next))
+            begin(std::move(next));
+        else if (!takeHeading(line) && !takeCounting(line) && !takeClipName(line))
+            takeComment(line);
     }
 
-    // Only in front of the first event: behind it, counting that changes is a comment there.
+    // The line before stays at hand: speeds of both may follow the two lines of a transition.
+    void begin(EdlEvent next) {
+        store(before_);
+        before_ = std::move(open_);
+        open_ = {std::move(next), counting_, walk_.number()};
+        open_.cells[edlComments].swap(splits_);
+        if (!waiting_.empty()) addComment(open_.cells[edlComments], waiting_);
+        waiting_.clear();
+        isBehindOddEvent_ = false;
+    }
+
+    bool isBehindFirst() const { return open_.isOpen(); }
+
     bool takeHeading(std::string_view line) {
-        if (isOpen() || log_.rowCount() > 0) return false;
+        if (isBehindFirst()) return false;
         for (const char* name : {"TITLE", "FCM"}) {
-            std::optional<std::string_view> value = valueOf(line, name);
+            std::optional<std::string_view> value = edlValue(line, name);
             if (!value) continue;
             builder_.addParameter(walk_.number(), name, *value);
             return true;
@@ -127,39 +68,81 @@ private:
         return false;
     }
 
+    // Counting that changes between two events, for all behind it.
+    bool takeCounting(std::string_view line) {
+        std::optional<std::string_view> value = edlCounting(line);
+        if (value) counting_ = *value;
+        return value.has_value();
+    }
+
+    // What follows an event that could not be read names no other event's clips.
     bool takeClipName(std::string_view line) {
-        if (!isOpen()) return false;
-        return takeClipName(line, "FROM CLIP NAME", open_[clipName]) ||
-               takeClipName(line, "TO CLIP NAME", open_[toClipName]);
+        if (!open_.isOpen() || isBehindOddEvent_) return false;
+        return takeClipName(line, "FROM CLIP NAME", open_.cells[edlClipName]) ||
+               takeClipName(line, "TO CLIP NAME", open_.cells[edlToClipName]);
     }
 
     static bool takeClipName(std::string_view line, const char* name, std::string& cell) {
-        std::optional<std::string_view> value = valueOf(line, name);
+        std::optional<std::string_view> value = edlValue(line, name);
         if (!value || !cell.empty()) return false;
         cell = *value;
         return true;
     }
 
+    void takeComment(std::string_view line) {
+        if (isEdlSplit(line)) return addComment(splits_, line);
+        if (isOddEdlEvent(line)) reportOddEvent(line);
+        addComment(commentsFor(line), line);
+    }
+
+    std::string& commentsFor(std::string_view line) {
+        if (!open_.isOpen()) return waiting_;
+        bool isOfBefore = isEdlMotion(line) && before_.isOpen() &&
+                          before_.cells[edlEvent] == open_.cells[edlEvent] &&
+                          isEdlMotionOf(line, before_.cells[edlReel]) &&
+                          !isEdlMotionOf(line, open_.cells[edlReel]);
+        return (isOfBefore ? before_ : open_).cells[edlComments];
+    }
+
     void reportOddEvent(std::string_view line) {
-        std::vector<std::string_view> parts = words(line);
-        if (parts.size() < 4 || !startsWithNumber(parts[0])) return;
+        isBehindOddEvent_ = true;
         log_.problems.push_back({walk_.number(), "", inQuotes(trimmed(line)),
                                  "number, reel, track, kind and four timecodes",
                                  "the line is kept as a comment"});
     }
 
-    static void addComment(std::string& cell, std::string_view line) {
-        if (!cell.empty()) cell += '\n';
-        cell += trimmed(line);
+    void store(OpenEvent& event) {
+        if (!event.isOpen()) return;
+        std::vector<std::string> pieces = edlPieces(event.cells[edlComments]);
+        event.cells[edlComments] = pieces[0];
+        builder_.addRow(event.line, {event.cells.begin(), event.cells.end()});
+        for (std::size_t i = 1; i < pieces.size(); ++i) put(edlCommentsName(i), pieces[i]);
+        if (!event.counting.empty()) put("FCM", event.counting);
     }
 
-    void store() {
-        if (isOpen()) builder_.addRow(openLine_, {open_.begin(), open_.end()});
-        open_ = {};
-        openLine_ = 0;
+    // A cell of the last row in a column that not every edit list has.
+    void put(const std::string& name, std::string_view value) {
+        unsigned column = log_.findColumn(name);
+        if (column == noColumn) column = log_.table->addField({cellText(name), DBFieldTypes::text});
+        if (column == noColumn) {
+            throw Failure{unreadable, log_.name + ":" + std::to_string(walk_.number()) +
+                                          ": more comments than 65535 columns hold"};
+        }
+        dbrecord* record = log_.table->get_record(log_.rowCount() - 1);
+        record->setField(static_cast<unsigned short>(column), cellText(value));
     }
 
-    bool isOpen() const { return openLine_ != 0; }
+    void end() {
+        std::string& last = open_.isOpen() ? open_.cells[edlComments] : waiting_;
+        if (!splits_.empty()) addComment(last, splits_);
+        store(before_);
+        store(open_);
+        if (waiting_.empty()) return;
+        std::vector<std::string> pieces = edlPieces(waiting_);
+        for (std::size_t i = 0; i < pieces.size(); ++i) {
+            builder_.addParameter(0, edlCommentsName(i), pieces[i]);
+        }
+    }
 
     [[noreturn]] void refuse() const {
         throw Failure{unreadable, log_.name +
@@ -170,9 +153,12 @@ private:
     LineWalk walk_;
     Log& log_;
     TableBuilder builder_;
-    Event open_;
-    std::size_t openLine_ = 0;  // 0 while no event is open
-    std::string waiting_;
+    OpenEvent before_;
+    OpenEvent open_;
+    std::string counting_;  // that changed behind the first event
+    std::string splits_;    // for the event behind them
+    std::string waiting_;   // in front of the first event
+    bool isBehindOddEvent_ = false;
 };
 
 }  // namespace

@@ -10,6 +10,7 @@ void writeDelimited(const Sheet& sheet, char separator, const WriteStyle& style,
                     Losses& losses);
 void writeJson(const Sheet& sheet, bool asLines, Output& out, Losses& losses);
 void writeAle(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses);
+void writeEdl(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses);
 void writeMarkdown(const Sheet& sheet, Output& out, Losses& losses);
 void writeHtml(const Sheet& sheet, Output& out, Losses& losses);
 

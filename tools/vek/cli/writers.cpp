@@ -24,6 +24,7 @@ constexpr TargetEntry targets[] = {
     {Target::json, "json", "|.json|"},
     {Target::jsonl, "jsonl", "|.jsonl|.ndjson|"},
     {Target::ale, "ale", "|.ale|"},
+    {Target::edl, "edl", "|.edl|"},
     {Target::markdown, "markdown", "|.md|"},
     {Target::html, "html", "|.html|.htm|"},
 };
@@ -60,9 +61,10 @@ bool hasTargetEnding(const std::string& path) {
 
 Target targetOfPath(const std::string& path) {
     if (const TargetEntry* entry = entryOfPath(path)) return entry->target;
-    throw Failure{wrongUsage, path +
-                                  ": the ending names no format, expected .vek, .csv, .tsv, "
-                                  ".json, .jsonl, .ale, .md or .html, or the format with --to"};
+    throw Failure{wrongUsage,
+                  path +
+                      ": the ending names no format, expected .vek, .csv, .tsv, "
+                      ".json, .jsonl, .ale, .edl, .md or .html, or the format with --to"};
 }
 
 Target targetOf(const Log& log) {
@@ -81,6 +83,10 @@ Target targetOf(const Log& log) {
                                           ": JSON is not changed in place, as its numbers "
                                           "would become texts; make a table file of it with vek "
                                           "convert"};
+        case Format::edl:
+            throw Failure{wrongUsage, log.name +
+                                          ": an edit list is not changed in place; make a table "
+                                          "file of it with vek convert, and an edit list again"};
         default:
             break;
     }
@@ -108,7 +114,16 @@ void Losses::add(const std::string& what, const std::string& firstPlace) {
         ++kind->count;
 }
 
+void Losses::addEach(const std::string& message) {
+    messages_.push_back(message);
+}
+
 void Losses::tell(const std::string& output) const {
+    constexpr std::size_t most = 20;
+    for (std::size_t i = 0; i < messages_.size() && i < most; ++i) say(messages_[i]);
+    if (messages_.size() > most) {
+        say(output + ": " + std::to_string(messages_.size() - most) + " more like these");
+    }
     for (const Kind& kind : kinds_) {
         say(output + ": " + kind.what + ": " + std::to_string(kind.count) +
             (kind.firstPlace.empty() ? "" : ", first " + kind.firstPlace));
@@ -116,7 +131,7 @@ void Losses::tell(const std::string& output) const {
 }
 
 std::size_t Losses::count() const {
-    std::size_t sum = 0;
+    std::size_t sum = messages_.size();
     for (const Kind& kind : kinds_) sum += kind.count;
     return sum;
 }
@@ -136,6 +151,8 @@ void writeSheet(const Sheet& sheet, Target target, const WriteStyle& style, Outp
             return writeJson(sheet, true, out, losses);
         case Target::ale:
             return writeAle(sheet, style, out, losses);
+        case Target::edl:
+            return writeEdl(sheet, style, out, losses);
         case Target::markdown:
             return writeMarkdown(sheet, out, losses);
         case Target::html:

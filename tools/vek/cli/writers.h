@@ -7,7 +7,7 @@
 /// Writers of logs. None changes a cell; what a format cannot hold is counted, to be said.
 namespace vek {
 
-enum class Target { table, csv, tsv, json, jsonl, ale, markdown, html };
+enum class Target { table, csv, tsv, json, jsonl, ale, edl, markdown, html };
 
 /// The name that --to and --format take.
 const char* targetName(Target target);
@@ -41,6 +41,8 @@ std::vector<unsigned> allColumns(const Log& log);
 class Losses {
 public:
     void add(const std::string& what, const std::string& firstPlace);
+    /// What is said in full, place by place: a row that is left out.
+    void addEach(const std::string& message);
     /// Says each kind once: "OUT: 3 cells lose blanks at their ends, first FILE:12:Scene".
     void tell(const std::string& output) const;
     std::size_t count() const;
@@ -52,11 +54,14 @@ private:
         std::size_t count;
     };
     std::vector<Kind> kinds_;
+    std::vector<std::string> messages_;
 };
 
 struct WriteStyle {
     bool crlf = false;
     bool byteOrderMark = false;
+    std::string rate = {};    ///< of timecodes, where the log's own FPS is not meant
+    bool shortReels = false;  ///< reels of edit lists in eight characters
 };
 
 /// Writes the sheet and adds up what is lost. The output is not closed.
