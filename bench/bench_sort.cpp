@@ -3,8 +3,8 @@
 #include <cstdlib>
 #include <vector>
 
+#include <vekdb/sort.h>
 #include "log_fixture.h"
-#include "vekdb/sort.h"
 
 using namespace bench;
 using benchmark::State;

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "host/text_file.h"
+#include <vekdb/host/text_file.h>
 #include "log_fixture.h"
 
 using namespace bench;

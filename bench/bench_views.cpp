@@ -1,8 +1,8 @@
 // Views over a log: built, sorted, tagged, copied, and rows deleted through them.
 
+#include <vekdb/views/view.h>
+#include <vekdb/views/view_rep.h>
 #include "log_fixture.h"
-#include "views/view.h"
-#include "views/view_rep.h"
 
 using namespace bench;
 using benchmark::State;

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <map>
 
-#include "host/text_util.h"
+#include <vekdb/host/text_util.h>
 
 #include <stdlib.h>
 #include <unistd.h>

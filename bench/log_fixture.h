@@ -8,7 +8,7 @@
 #include <string>
 #include <utility>
 
-#include "vekdb/table.h"
+#include <vekdb/table.h>
 
 // What the benchmarks share: generated logs of every size, loaded tables, checks that come
 // before the clock starts, and rates.

@@ -3,10 +3,8 @@ include(CMakePackageConfigHelpers)
 install(TARGETS vekdb EXPORT vekdbTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-foreach(floor IN LISTS VEKDB_FLOORS)
-    install(DIRECTORY ${floor}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vekdb/${floor}
-            FILES_MATCHING PATTERN "*.h" PATTERN "*_impl.h" EXCLUDE)
-endforeach()
+install(DIRECTORY include/vekdb DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+        FILES_MATCHING PATTERN "*.h")
 install(EXPORT vekdbTargets NAMESPACE vekdb:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vekdb
         FILE vekdbTargets.cmake)
 configure_package_config_file(cmake/vekdbConfig.cmake.in vekdbConfig.cmake

@@ -4,10 +4,10 @@
 #include <cstdio>
 #include <memory>
 
-#include "host/text_util.h"
-#include "vekdb/table.h"
-#include "views/view.h"
-#include "views/view_rep.h"
+#include <vekdb/host/text_util.h>
+#include <vekdb/table.h>
+#include <vekdb/views/view.h>
+#include <vekdb/views/view_rep.h>
 
 int main(int count, char** arguments) {
     if (count != 4) {

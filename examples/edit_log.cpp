@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "host/text_util.h"
-#include "vekdb/table.h"
+#include <vekdb/host/text_util.h>
+#include <vekdb/table.h>
 
 int main(int count, char** arguments) {
     if (count != 5) {

@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <vector>
 
-#include "host/text_util.h"
-#include "vekdb/table.h"
+#include <vekdb/host/text_util.h>
+#include <vekdb/table.h>
 
 namespace {
 

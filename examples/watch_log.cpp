@@ -3,12 +3,12 @@
 
 #include <cstdio>
 
-#include "host/cookie.h"
-#include "host/cookie_containers.h"
-#include "host/notify.h"
-#include "host/text_util.h"
-#include "host/wrapped_data.h"
-#include "vekdb/table.h"
+#include <vekdb/host/cookie.h>
+#include <vekdb/host/cookie_containers.h>
+#include <vekdb/host/notify.h>
+#include <vekdb/host/text_util.h>
+#include <vekdb/host/wrapped_data.h>
+#include <vekdb/table.h>
 
 namespace {
 

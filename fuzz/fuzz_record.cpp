@@ -1,9 +1,9 @@
 // Any bytes as one record line: parse, write, parse is equal.
 
-#include "host/text_file.h"
+#include <vekdb/host/text_file.h>
+#include <vekdb/record.h>
 #include "round_trip.h"
 #include "target.h"
-#include "vekdb/record.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Any bytes as a timecode: each form, read again, gives the other one, and no text is lost.
 
-#include "host/timecode.h"
+#include <vekdb/host/timecode.h>
 #include "target.h"
 
 namespace {

@@ -2,9 +2,9 @@
 
 #include <cstdio>
 
-#include "host/text_file.h"
-#include "host/text_util.h"
-#include "vekdb/table.h"
+#include <vekdb/host/text_file.h>
+#include <vekdb/host/text_util.h>
+#include <vekdb/table.h>
 
 namespace fuzz {
 

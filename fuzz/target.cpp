@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "host/diagnostics.h"
-#include "host/text_file.h"
+#include <vekdb/host/diagnostics.h>
+#include <vekdb/host/text_file.h>
 
 #include <stdlib.h>
 

@@ -10,14 +10,14 @@
 #include <string>
 #include <string_view>
 
-#include "host/cookie.h"
-#include "host/cookie_containers.h"
-#include "host/text_file.h"
+#include <vekdb/host/cookie.h>
+#include <vekdb/host/cookie_containers.h>
+#include <vekdb/host/text_file.h>
+#include <vekdb/support/version.h>
+#include <vekdb/table.h>
+#include <vekdb/views/view.h>
+#include <vekdb/views/view_rep.h>
 #include "measure.h"
-#include "support/version.h"
-#include "vekdb/table.h"
-#include "views/view.h"
-#include "views/view_rep.h"
 
 using compare::Answer;
 using compare::fail;

@@ -4,11 +4,11 @@
 #include <cstdio>
 #include <new>
 
-#include "host/os.h"
-#include "host/text_util.h"
-#include "vekdb/table.h"
-#include "views/view.h"
-#include "views/view_rep.h"
+#include <vekdb/host/os.h>
+#include <vekdb/host/text_util.h>
+#include <vekdb/table.h>
+#include <vekdb/views/view.h>
+#include <vekdb/views/view_rep.h>
 
 namespace {
 

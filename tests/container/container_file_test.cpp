@@ -1,10 +1,10 @@
-#include "container/container_file.h"
+#include <vekdb/container/container_file.h>
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
-#include "host/os.h"
+#include <vekdb/host/os.h>
 #include "testing/capture_diagnostics.h"
 #include "testing/print_strings.h"
 #include "testing/tables.h"

@@ -1,7 +1,7 @@
-#include "host/array.h"
+#include <vekdb/host/array.h>
 
-#include "host/exceptions.h"
-#include "host/grow_string.h"
+#include <vekdb/host/exceptions.h>
+#include <vekdb/host/grow_string.h>
 #include "testing/failing_allocator.h"
 #include "testing/random.h"
 

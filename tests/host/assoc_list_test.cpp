@@ -1,4 +1,4 @@
-#include "host/assoc_list.h"
+#include <vekdb/host/assoc_list.h>
 
 #include "testing/failing_allocator.h"
 #include "testing/print_strings.h"

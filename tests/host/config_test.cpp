@@ -1,4 +1,4 @@
-#include "host/config.h"
+#include <vekdb/host/config.h>
 
 #include "testing/print_strings.h"
 

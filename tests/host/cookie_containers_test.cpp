@@ -1,8 +1,8 @@
-#include "host/cookie_containers.h"
+#include <vekdb/host/cookie_containers.h>
 
-#include "host/exceptions.h"
-#include "host/grow_string.h"
-#include "host/wrapped_data.h"
+#include <vekdb/host/exceptions.h>
+#include <vekdb/host/grow_string.h>
+#include <vekdb/host/wrapped_data.h>
 #include "testing/failing_allocator.h"
 #include "testing/print_strings.h"
 #include "testing/random.h"

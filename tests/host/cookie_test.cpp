@@ -1,4 +1,4 @@
-#include "host/cookie.h"
+#include <vekdb/host/cookie.h>
 
 #include "testing/print_strings.h"
 #include "testing/random.h"

@@ -1,4 +1,4 @@
-#include "host/critical_section.h"
+#include <vekdb/host/critical_section.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "host/diagnostics.h"
+#include <vekdb/host/diagnostics.h>
 
 #include "testing/capture_diagnostics.h"
 

@@ -1,6 +1,6 @@
-#include "host/grow_string.h"
+#include <vekdb/host/grow_string.h>
 
-#include "host/exceptions.h"
+#include <vekdb/host/exceptions.h>
 #include "testing/failing_allocator.h"
 #include "testing/random.h"
 

@@ -1,4 +1,4 @@
-#include "host/large_pages_impl.h"
+#include "host/large_pages.h"
 
 #include <gtest/gtest.h>
 

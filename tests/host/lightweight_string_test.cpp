@@ -1,6 +1,6 @@
-#include "host/lightweight_string.h"
+#include <vekdb/host/lightweight_string.h>
 
-#include "host/exceptions.h"
+#include <vekdb/host/exceptions.h>
 #include "testing/failing_allocator.h"
 #include "testing/print_strings.h"
 #include "testing/random.h"

@@ -1,4 +1,4 @@
-#include "host/notify.h"
+#include <vekdb/host/notify.h>
 
 #include "testing/failing_allocator.h"
 #include "testing/print_strings.h"

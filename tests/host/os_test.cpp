@@ -1,8 +1,8 @@
-#include "host/os.h"
+#include <vekdb/host/os.h>
 
-#include "host/exceptions.h"
-#include "host/lightweight_string.h"
-#include "host/ptr.h"
+#include <vekdb/host/exceptions.h>
+#include <vekdb/host/lightweight_string.h>
+#include <vekdb/host/ptr.h>
 #include "testing/failing_allocator.h"
 #include "testing/temp_dir.h"
 

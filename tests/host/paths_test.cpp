@@ -1,4 +1,4 @@
-#include "host/paths.h"
+#include <vekdb/host/paths.h>
 
 #include "testing/print_strings.h"
 #include "testing/temp_dir.h"

@@ -1,7 +1,7 @@
-#include "host/ptr.h"
+#include <vekdb/host/ptr.h>
 
-#include "host/exceptions.h"
-#include "host/wrapped_data.h"
+#include <vekdb/host/exceptions.h>
+#include <vekdb/host/wrapped_data.h>
 #include "testing/failing_allocator.h"
 
 #include <gtest/gtest.h>

@@ -1,10 +1,10 @@
-#include "host/row_numbers.h"
+#include <vekdb/host/row_numbers.h>
 
 #include <gtest/gtest.h>
 
 #include <climits>
 
-#include "host/notify.h"
+#include <vekdb/host/notify.h>
 
 namespace {
 

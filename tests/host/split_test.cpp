@@ -1,4 +1,4 @@
-#include "host/split.h"
+#include <vekdb/host/split.h>
 
 #include "testing/print_strings.h"
 #include "testing/random.h"

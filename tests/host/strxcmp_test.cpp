@@ -1,4 +1,4 @@
-#include "host/strxcmp.h"
+#include <vekdb/host/strxcmp.h>
 
 #include "testing/random.h"
 

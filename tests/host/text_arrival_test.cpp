@@ -1,7 +1,7 @@
-#include "host/text_arrival_impl.h"
+#include "host/text_arrival.h"
 
-#include "host/file_io_impl.h"
-#include "host/text_file.h"
+#include <vekdb/host/text_file.h>
+#include "host/file_io.h"
 #include "testing/arrival.h"
 #include "testing/random.h"
 #include "testing/temp_dir.h"

@@ -1,6 +1,6 @@
-#include "host/text_block.h"
+#include <vekdb/host/text_block.h>
 
-#include "host/exceptions.h"
+#include <vekdb/host/exceptions.h>
 #include "testing/failing_allocator.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-#include "host/file_io_impl.h"
-#include "host/text_file.h"
+#include <vekdb/host/text_file.h>
+#include "host/file_io.h"
 
 #include "testing/failing_allocator.h"
 #include "testing/print_strings.h"

@@ -1,4 +1,4 @@
-#include "host/text_file.h"
+#include <vekdb/host/text_file.h>
 
 #include "testing/failing_allocator.h"
 #include "testing/print_strings.h"

@@ -1,6 +1,6 @@
-#include "host/text_search.h"
+#include <vekdb/host/text_search.h>
 
-#include "host/text_search_impl.h"
+#include "host/text_finder.h"
 
 #include "testing/print_strings.h"
 

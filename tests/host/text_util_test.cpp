@@ -1,4 +1,4 @@
-#include "host/text_util.h"
+#include <vekdb/host/text_util.h>
 
 #include "testing/print_strings.h"
 #include "testing/random.h"

@@ -1,4 +1,4 @@
-#include "host/timecode.h"
+#include <vekdb/host/timecode.h>
 
 #include "testing/print_strings.h"
 

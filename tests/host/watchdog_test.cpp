@@ -1,4 +1,4 @@
-#include "host/watchdog.h"
+#include <vekdb/host/watchdog.h>
 
 #include <gtest/gtest.h>
 

@@ -12,25 +12,26 @@ namespace {
 
 struct Include {
     std::string where;
-    std::string target;
+    std::string target;  // from the root; the library's public headers are named in angles
 };
 
 std::vector<Include> includesOf(const SourceFile& file) {
-    static const std::regex quoted("^\\s*#\\s*include\\s*\"([^\"]+)\"");
+    static const std::regex named("^\\s*#\\s*include\\s*(\"|<vekdb/)([^\">]+)[\">]");
     std::vector<Include> found;
     for (std::size_t i = 0; i < file.lines.size(); ++i) {
         std::match_results<std::string_view::const_iterator> match;
-        if (std::regex_search(file.lines[i].begin(), file.lines[i].end(), match, quoted)) {
-            found.push_back({file.at(i), match[1].str()});
+        if (!std::regex_search(file.lines[i].begin(), file.lines[i].end(), match, named)) {
+            continue;
         }
+        std::string folder = match[1] == "\"" ? "src/" : "include/vekdb/";
+        found.push_back({file.at(i), folder + match[2].str()});
     }
     return found;
 }
 
 // A floor's height, or nothing for a folder that is no floor.
 std::optional<std::size_t> heightOf(std::string_view path) {
-    std::string folder(path.substr(0, path.find('/')));
-    auto floor = std::find(floors().begin(), floors().end(), folder);
+    auto floor = std::find(floors().begin(), floors().end(), SourceFile::folderOf(path));
     if (floor == floors().end()) {
         return std::nullopt;
     }
@@ -61,7 +62,7 @@ TEST(Floors, AFileIncludesOnlyFromItsOwnFloorAndThoseBelow) {
     EXPECT_THAT(wrong, IsEmpty());
 }
 
-TEST(Floors, EveryIncludeNamesAFileFromTheRoot) {
+TEST(Floors, EveryIncludeNamesAHeaderByItsWholePath) {
     std::vector<std::string> wrong;
     for (const SourceFile* file : librarySources()) {
         for (const Include& include : includesOf(*file)) {
@@ -77,7 +78,7 @@ TEST(Floors, ThePublicHeadersLeanOnPublicHeadersOnly) {
     std::vector<std::string> wrong;
     for (const SourceFile* file : librarySources()) {
         for (const Include& include : includesOf(*file)) {
-            if (isPublicHeader(*file) && include.target.ends_with("_impl.h")) {
+            if (isPublicHeader(*file) && !include.target.starts_with("include/")) {
                 wrong.push_back(include.where + " includes " + include.target);
             }
         }
@@ -90,9 +91,11 @@ TEST(Floors, ProgramsBenchesAndExamplesUsePublicHeadersOnly) {
     for (const char* folder : {"tools", "bench", "examples"}) {
         for (const SourceFile* file : sourcesOf(folder)) {
             for (const Include& include : includesOf(*file)) {
-                const SourceFile* target = findSource(include.target);
-                bool fromLibrary = heightOf(include.target).has_value();
-                if (fromLibrary && (!target || !isPublicHeader(*target))) {
+                if (include.target.starts_with("include/") && !findSource(include.target)) {
+                    wrong.push_back(include.where + " includes " + include.target);
+                }
+                if (heightOf(include.target) && findSource(include.target) &&
+                    !include.target.starts_with("include/")) {
                     wrong.push_back(include.where + " includes " + include.target);
                 }
             }

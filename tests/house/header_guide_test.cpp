@@ -15,7 +15,7 @@ Paths publicHeaders() {
     Paths paths;
     for (const SourceFile* file : librarySources()) {
         if (isPublicHeader(*file)) {
-            paths.insert(file->path);
+            paths.insert(file->path.substr(std::string_view("include/").size()));
         }
     }
     return paths;
@@ -24,7 +24,7 @@ Paths publicHeaders() {
 // The guide's rows: a header in backticks first in a table row, and a text of its own.
 Paths guidedHeaders() {
     std::string readme = readFile(sourceRoot() / "README.md");
-    static const std::regex row("\\n\\| `([a-z]+/[a-z0-9_]+\\.h)`[^|]*\\| *[^| ][^|]*\\|");
+    static const std::regex row("\\n\\| `<(vekdb/[a-z0-9_/]+\\.h)>`[^|]*\\| *[^| ][^|]*\\|");
     Paths paths;
     for (std::sregex_iterator match(readme.begin(), readme.end(), row), end; match != end;
          ++match) {
@@ -41,5 +41,5 @@ TEST(HeaderGuide, TheReadmeListsEveryPublicHeaderAndNoOther) {
 
 TEST(HeaderGuide, TheHeaderToReadFirstIsMarked) {
     EXPECT_THAT(readFile(sourceRoot() / "README.md"),
-                testing::HasSubstr("| `vekdb/table.h` | **start here**"));
+                testing::HasSubstr("| `<vekdb/table.h>` | **start here**"));
 }

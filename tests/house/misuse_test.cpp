@@ -14,7 +14,7 @@ struct Outcome {
 // What the compiler that built this test makes of the file of mistakes.
 Outcome compileWith(int misuse) {
     std::string command =
-        VEKDB_COMPILER " -std=c++20 -fsyntax-only -I" VEKDB_SOURCE_DIR " -DMISUSE=" +
+        VEKDB_COMPILER " -std=c++20 -fsyntax-only -I" VEKDB_SOURCE_DIR "/include -DMISUSE=" +
         std::to_string(misuse) + " " VEKDB_SOURCE_DIR "/tests/house/misuse/misuse.cpp 2>&1";
     std::FILE* pipe = popen(command.c_str(), "r");
     Outcome outcome{false, {}};

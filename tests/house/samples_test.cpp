@@ -3,10 +3,10 @@
 #include <cstdlib>
 #include <memory>
 
+#include <vekdb/table.h>
 #include "house/source_tree.h"
 #include "testing/print_strings.h"
 #include "testing/temp_dir.h"
-#include "vekdb/table.h"
 
 using testing_support::TempDir;
 

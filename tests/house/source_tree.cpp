@@ -37,10 +37,8 @@ void collect(const std::string& folder, std::vector<SourceFile>& files) {
 
 std::vector<SourceFile> collectAll() {
     std::vector<SourceFile> files;
-    for (const std::string& folder : floors()) {
-        collect(folder, files);
-    }
-    for (const char* folder : {"tools", "tests", "bench", "fuzz", "examples"}) {
+    for (const char* folder :
+         {"include", "src", "tools", "tests", "bench", "fuzz", "examples"}) {
         collect(folder, files);
     }
     std::sort(files.begin(), files.end(),
@@ -116,8 +114,19 @@ std::vector<const SourceFile*> librarySources() {
 }
 
 bool isPublicHeader(const SourceFile& file) {
-    bool onFloor = std::find(floors().begin(), floors().end(), file.folder()) != floors().end();
-    return onFloor && file.isHeader() && !file.path.ends_with("_impl.h");
+    return file.isHeader() && file.path.starts_with("include/vekdb/");
+}
+
+std::string SourceFile::folderOf(std::string_view path) {
+    if (path.starts_with("src/")) {
+        path.remove_prefix(std::string_view("src/").size());
+    } else if (path.starts_with("include/vekdb/")) {
+        path.remove_prefix(std::string_view("include/vekdb/").size());
+        if (path.find('/') == std::string_view::npos) {
+            return "vekdb";
+        }
+    }
+    return std::string(path.substr(0, path.find('/')));
 }
 
 std::string codeOnly(std::string_view text) {

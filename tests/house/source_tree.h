@@ -14,7 +14,10 @@ struct SourceFile {
 
     std::string at(std::size_t line) const { return path + ":" + std::to_string(line + 1); }
     bool isHeader() const { return path.ends_with(".h"); }
-    std::string folder() const { return path.substr(0, path.find('/')); }
+    // The floor of the library that it stands on, else its topmost folder.
+    std::string folder() const { return folderOf(path); }
+
+    static std::string folderOf(std::string_view path);
 };
 
 // Where the project's root is, and the bytes of a file below it ("" when there is none).
@@ -31,7 +34,7 @@ const std::vector<std::string>& floors();
 std::vector<const SourceFile*> sourcesOf(std::string_view folder);
 std::vector<const SourceFile*> librarySources();
 
-// A header that callers may include: on a floor, and not named as an inner one.
+// A header that callers may include.
 bool isPublicHeader(const SourceFile& file);
 
 // A source's lines with comments and the insides of literals blanked, so that a search sees

@@ -3,11 +3,11 @@
 #include <string>
 #include <vector>
 
+#include <vekdb/table.h>
+#include <vekdb/views/view.h>
+#include <vekdb/views/view_rep.h>
 #include "model/budget.h"
 #include "model/plain_model.h"
-#include "vekdb/table.h"
-#include "views/view.h"
-#include "views/view_rep.h"
 
 // Tables of many rows are put in order by the library and by the plain model: whatever the
 // library prepares to sort fast, the order is that of the record comparison.

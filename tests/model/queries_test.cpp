@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
+#include <vekdb/table.h>
 #include "model/budget.h"
 #include "model/plain_model.h"
-#include "vekdb/table.h"
 
 // Random queries over columns of every kind, each row of the answer compared with the rule
 // applied to it alone.

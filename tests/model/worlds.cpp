@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/wrapped_data.h"
+#include <vekdb/host/wrapped_data.h>
 
 namespace {
 

@@ -4,13 +4,13 @@
 #include <string>
 #include <vector>
 
-#include "host/cookie_containers.h"
-#include "host/notify.h"
+#include <vekdb/host/cookie_containers.h>
+#include <vekdb/host/notify.h>
+#include <vekdb/table.h>
+#include <vekdb/views/view.h>
+#include <vekdb/views/view_rep.h>
 #include "model/account.h"
 #include "model/plain_model.h"
-#include "vekdb/table.h"
-#include "views/view.h"
-#include "views/view_rep.h"
 
 /// The library and the plain model, each as a world with a table, views that are held one by
 /// one, and listeners that write down what they hear. Both answer to the same names.

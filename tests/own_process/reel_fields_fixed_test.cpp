@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "host/config.h"
+#include <vekdb/host/config.h>
 #include "testing/tables.h"
 
 namespace {

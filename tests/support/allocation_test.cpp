@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "host/exceptions.h"
-#include "host/os.h"
-#include "support/version.h"
+#include <vekdb/host/exceptions.h>
+#include <vekdb/host/os.h>
+#include <vekdb/support/version.h>
 #include "testing/failing_allocator.h"
 
 namespace {

@@ -3,8 +3,8 @@
 #include <memory>
 #include <string>
 
-#include "host/grow_string.h"
-#include "support/sexpr.h"
+#include <vekdb/host/grow_string.h>
+#include <vekdb/support/sexpr.h>
 #include "testing/tables.h"
 
 namespace {

@@ -2,8 +2,8 @@
 
 #include <cstddef>
 
-#include "host/file_io_impl.h"
-#include "host/text_arrival_impl.h"
+#include "host/file_io.h"
+#include "host/text_arrival.h"
 
 namespace testing_support {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/diagnostics.h"
+#include <vekdb/host/diagnostics.h>
 
 #include <string>
 #include <vector>

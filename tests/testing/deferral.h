@@ -1,6 +1,6 @@
 #pragma once
 
-#include "views/view_index_impl.h"
+#include "views/view_index.h"
 
 /// While in scope, indexes of at least so many rows defer their removals after so many passes.
 class DeferralFrom {

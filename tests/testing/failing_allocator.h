@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/exceptions.h"
-#include "host/os.h"
+#include <vekdb/host/exceptions.h>
+#include <vekdb/host/os.h>
 
 #include <atomic>
 #include <cstddef>

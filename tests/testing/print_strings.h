@@ -1,8 +1,8 @@
 #pragma once
 
-#include "host/cookie.h"
-#include "host/lightweight_string.h"
-#include "host/text_util.h"
+#include <vekdb/host/cookie.h>
+#include <vekdb/host/lightweight_string.h>
+#include <vekdb/host/text_util.h>
 
 #include <ostream>
 

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "host/text_file.h"
-#include "vekdb/table.h"
+#include <vekdb/host/text_file.h>
+#include <vekdb/table.h>
 
 // Table files and records as tests write and compare them.
 

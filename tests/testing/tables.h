@@ -4,8 +4,8 @@
 #include <utility>
 #include <vector>
 
-#include "host/notify.h"
-#include "vekdb/table.h"
+#include <vekdb/host/notify.h>
+#include <vekdb/table.h>
 
 // Small tables for tests, and the notices that they issue.
 

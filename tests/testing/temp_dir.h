@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/lightweight_string.h"
-#include "host/text_util.h"
+#include <vekdb/host/lightweight_string.h>
+#include <vekdb/host/text_util.h>
 
 #include <algorithm>
 #include <filesystem>

@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
+#include <vekdb/record.h>
+#include <vekdb/views/view.h>
+#include <vekdb/views/view_rep.h>
 #include "testing/tables.h"
-#include "vekdb/record.h"
-#include "views/view.h"
-#include "views/view_rep.h"
 
 // Views over small tables, and what they show and say, as short texts.
 

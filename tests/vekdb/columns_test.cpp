@@ -1,4 +1,4 @@
-#include "vekdb/columns_impl.h"
+#include "vekdb/columns/columns.h"
 
 #include <gtest/gtest.h>
 

@@ -3,8 +3,8 @@
 
 #include <map>
 
+#include "vekdb/rows/cookie_rows.h"
 #include "testing/random.h"
-#include "vekdb/cookie_rows_impl.h"
 
 namespace {
 

@@ -4,13 +4,13 @@
 #include <memory>
 #include <string>
 
-#include "fuzz/round_trip.h"
-#include "host/diagnostics.h"
-#include "host/file_io_impl.h"
-#include "host/text_file.h"
+#include <vekdb/host/diagnostics.h>
+#include <vekdb/host/text_file.h>
+#include <vekdb/table.h>
+#include "host/file_io.h"
+#include "round_trip.h"
 #include "testing/failing_allocator.h"
 #include "testing/temp_dir.h"
-#include "vekdb/table.h"
 
 using testing::ElementsAre;
 using testing_support::CountingAllocator;

@@ -1,4 +1,4 @@
-#include "vekdb/field_types.h"
+#include <vekdb/field_types.h>
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "vekdb/line_scanner_impl.h"
-#include "vekdb/quoted_line_impl.h"
+#include "vekdb/lines/line_scanner.h"
+#include "vekdb/lines/quoted_line.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 
 #include "testing/random.h"
 #include "testing/table_files.h"
-#include "vekdb/line_bytes_impl.h"
+#include "vekdb/lines/line_bytes.h"
 
 namespace {
 

@@ -13,7 +13,7 @@
 #include "testing/random.h"
 #include "testing/table_files.h"
 #include "testing/temp_dir.h"
-#include "vekdb/record_access_impl.h"
+#include "vekdb/record/record_access.h"
 
 namespace {
 

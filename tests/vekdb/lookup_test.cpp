@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "host/cookie.h"
+#include <vekdb/host/cookie.h>
+#include <vekdb/table.h>
 #include "testing/failing_allocator.h"
 #include "testing/tables.h"
-#include "vekdb/table.h"
 
 namespace {
 

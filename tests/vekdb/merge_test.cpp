@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <vekdb/table.h>
 #include "testing/capture_diagnostics.h"
 #include "testing/tables.h"
 #include "testing/temp_dir.h"
-#include "vekdb/table.h"
 
 namespace {
 

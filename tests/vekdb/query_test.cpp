@@ -4,11 +4,11 @@
 #include <ctime>
 #include <memory>
 
-#include "host/timecode.h"
+#include <vekdb/host/timecode.h>
+#include <vekdb/table.h>
 #include "testing/random.h"
 #include "testing/tables.h"
 #include "testing/temp_dir.h"
-#include "vekdb/table.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "vekdb/range_keys_impl.h"
+#include "vekdb/query/range_keys.h"
 
 #include <gtest/gtest.h>
 

@@ -3,10 +3,10 @@
 #include <cstring>
 #include <memory>
 
-#include "host/text_block.h"
-#include "vekdb/line_store_impl.h"
-#include "vekdb/record.h"
-#include "vekdb/record_access_impl.h"
+#include <vekdb/host/text_block.h>
+#include <vekdb/record.h>
+#include "vekdb/record/line_store.h"
+#include "vekdb/record/record_access.h"
 
 // A record that stands on slices of its file's text behaves as one of strings does.
 namespace {

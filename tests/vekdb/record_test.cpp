@@ -1,11 +1,11 @@
-#include "vekdb/record.h"
+#include <vekdb/record.h>
 
 #include <gtest/gtest.h>
 
 #include <clocale>
 #include <cstring>
 
-#include "host/config.h"
+#include <vekdb/host/config.h>
 #include "testing/tables.h"
 
 namespace {

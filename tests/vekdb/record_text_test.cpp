@@ -2,11 +2,11 @@
 
 #include <string>
 
+#include <vekdb/record.h>
 #include "testing/random.h"
 #include "testing/table_files.h"
 #include "testing/tables.h"
-#include "vekdb/record.h"
-#include "vekdb/record_lines_impl.h"
+#include "vekdb/lines/record_lines.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // What a pass over the rows fetches ahead stays within the rows it is given.
-#include "vekdb/row_ahead_impl.h"
+#include "vekdb/rows/row_ahead.h"
 
 #include <gtest/gtest.h>
 

@@ -8,14 +8,14 @@
 #include <utility>
 #include <vector>
 
+#include <vekdb/row_choice.h>
 #include "testing/arrival.h"
 #include "testing/capture_diagnostics.h"
 #include "testing/failing_allocator.h"
 #include "testing/random.h"
 #include "testing/table_files.h"
 #include "testing/temp_dir.h"
-#include "vekdb/record_access_impl.h"
-#include "vekdb/row_choice.h"
+#include "vekdb/record/record_access.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
-#include "vekdb/rows_impl.h"
+#include "vekdb/rows/rows.h"
 
 #include <gtest/gtest.h>
 
 
 #include "testing/random.h"
-#include "vekdb/record_access_impl.h"
+#include "vekdb/record/record_access.h"
 
 namespace {
 

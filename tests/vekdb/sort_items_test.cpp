@@ -1,4 +1,4 @@
-#include "vekdb/sort_items_impl.h"
+#include "vekdb/order/sort_items.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "vekdb/sort.h"
+#include <vekdb/sort.h>
 
 #include <gtest/gtest.h>
 
@@ -7,12 +7,12 @@
 #include <cstring>
 #include <memory>
 
-#include "host/strxcmp.h"
+#include <vekdb/host/strxcmp.h>
 #include "testing/failing_allocator.h"
 #include "testing/random.h"
 #include "testing/tables.h"
-#include "vekdb/record_key_impl.h"
-#include "vekdb/record_sort_impl.h"
+#include "vekdb/order/record_key.h"
+#include "vekdb/order/record_sort.h"
 
 namespace {
 

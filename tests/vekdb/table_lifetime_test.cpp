@@ -4,8 +4,8 @@
 #include <ctime>
 #include <memory>
 
+#include <vekdb/table.h>
 #include "testing/tables.h"
-#include "vekdb/table.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 // What listeners may do to a table while it tells them something.
 #include <gtest/gtest.h>
 
-#include "host/cookie.h"
+#include <vekdb/host/cookie.h>
+#include <vekdb/table.h>
 #include "testing/tables.h"
-#include "vekdb/table.h"
 
 namespace {
 

@@ -5,12 +5,12 @@
 #include <memory>
 #include <string>
 
-#include "host/cookie.h"
+#include <vekdb/host/cookie.h>
+#include <vekdb/table.h>
 #include "testing/failing_allocator.h"
 #include "testing/table_files.h"
 #include "testing/tables.h"
 #include "testing/temp_dir.h"
-#include "vekdb/table.h"
 
 namespace {
 

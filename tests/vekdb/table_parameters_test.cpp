@@ -2,8 +2,8 @@
 
 #include <string>
 
+#include <vekdb/table.h>
 #include "testing/tables.h"
-#include "vekdb/table.h"
 
 namespace {
 

@@ -4,10 +4,10 @@
 #include <string>
 
 #include "testing/failing_allocator.h"
-#include "vekdb/cookie_rows_impl.h"
-#include "vekdb/parameters_impl.h"
-#include "vekdb/sort_settings_impl.h"
-#include "vekdb/update_batch_impl.h"
+#include "vekdb/order/sort_settings.h"
+#include "vekdb/rows/cookie_rows.h"
+#include "vekdb/table/parameters.h"
+#include "vekdb/table/update_batch.h"
 
 namespace {
 

@@ -2,10 +2,10 @@
 
 #include <climits>
 
-#include "host/exceptions.h"
+#include <vekdb/host/exceptions.h>
+#include <vekdb/table.h>
 #include "testing/tables.h"
-#include "vekdb/rows_impl.h"
-#include "vekdb/table.h"
+#include "vekdb/rows/rows.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <vekdb/table.h>
 #include "testing/tables.h"
-#include "vekdb/table.h"
 
 namespace {
 

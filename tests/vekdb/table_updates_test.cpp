@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "host/config.h"
-#include "host/cookie_containers.h"
-#include "host/wrapped_data.h"
+#include <vekdb/host/config.h>
+#include <vekdb/host/cookie_containers.h>
+#include <vekdb/host/wrapped_data.h>
+#include <vekdb/table.h>
 #include "testing/tables.h"
-#include "vekdb/table.h"
 
 namespace {
 

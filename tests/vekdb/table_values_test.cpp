@@ -2,9 +2,9 @@
 
 #include <cstring>
 
-#include "host/cookie.h"
+#include <vekdb/host/cookie.h>
+#include <vekdb/table.h>
 #include "testing/tables.h"
-#include "vekdb/table.h"
 
 namespace {
 

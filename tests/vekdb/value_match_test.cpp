@@ -1,5 +1,5 @@
 // How values are compared with the text that a range is asked for.
-#include "vekdb/value_match_impl.h"
+#include "vekdb/query/value_match.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "views/cursor.h"
+#include <vekdb/views/cursor.h>
 
 #include <gtest/gtest.h>
 #include <sys/time.h>
@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "vekdb/table.h"
-#include "views/view_rep.h"
+#include <vekdb/table.h>
+#include <vekdb/views/view_rep.h>
 
 namespace {
 

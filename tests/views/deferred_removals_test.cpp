@@ -9,8 +9,8 @@
 #include "testing/deferral.h"
 #include "testing/random.h"
 #include "testing/views.h"
-#include "views/ranked_set_impl.h"
-#include "views/view_index_impl.h"
+#include "views/ranked_set.h"
+#include "views/view_index.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "host/text_util.h"
-#include "vekdb/table.h"
-#include "views/field_map.h"
-#include "views/view_rep.h"
+#include <vekdb/host/text_util.h>
+#include <vekdb/table.h>
+#include <vekdb/views/field_map.h>
+#include <vekdb/views/view_rep.h>
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "views/field_map.h"
+#include <vekdb/views/field_map.h>
 
 #include <gtest/gtest.h>
 
@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "vekdb/table.h"
-#include "views/view_rep.h"
+#include <vekdb/table.h>
+#include <vekdb/views/view_rep.h>
 
 namespace {
 

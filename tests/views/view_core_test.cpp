@@ -2,8 +2,8 @@
 
 #include <type_traits>
 
-#include "host/grow_string.h"
-#include "support/sexpr.h"
+#include <vekdb/host/grow_string.h>
+#include <vekdb/support/sexpr.h>
 #include "testing/capture_diagnostics.h"
 #include "testing/views.h"
 

@@ -2,7 +2,7 @@
 
 #include <climits>
 
-#include "host/watchdog.h"
+#include <vekdb/host/watchdog.h>
 #include "testing/random.h"
 #include "testing/views.h"
 

@@ -2,7 +2,7 @@
 
 #include <climits>
 
-#include "host/watchdog.h"
+#include <vekdb/host/watchdog.h>
 #include "testing/views.h"
 
 using testing::ElementsAre;

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "host/exceptions.h"
+#include "views/view_index.h"
+#include <vekdb/host/exceptions.h>
 #include "testing/failing_allocator.h"
 #include "testing/random.h"
-#include "views/view_index_impl.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "host/grow_string.h"
-#include "support/sexpr.h"
+#include <vekdb/host/grow_string.h>
+#include <vekdb/support/sexpr.h>
 #include "testing/capture_diagnostics.h"
 #include "testing/temp_dir.h"
 #include "testing/views.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "host/diagnostics.h"
+#include <vekdb/host/diagnostics.h>
 #include "testing/deferral.h"
 #include "testing/failing_allocator.h"
 #include "testing/temp_dir.h"

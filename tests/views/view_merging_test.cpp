@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <vekdb/views/view.h>
+#include <vekdb/views/view_rep.h>
 #include "testing/tables.h"
-#include "views/view.h"
-#include "views/view_rep.h"
 
 namespace {
 

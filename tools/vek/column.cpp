@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <optional>
 
+#include <vekdb/views/field_map.h>
 #include "tools/vek/cli/column_names.h"
 #include "tools/vek/cli/readers.h"
 #include "tools/vek/cli/writers.h"
 #include "tools/vek/commands.h"
-#include "views/field_map.h"
 
 namespace vek {
 

@@ -1,7 +1,7 @@
-#include "container/container_file.h"
+#include <vekdb/container/container_file.h>
 
-#include "host/paths.h"
-#include "host/text_util.h"
+#include <vekdb/host/paths.h>
+#include <vekdb/host/text_util.h>
 #include "tools/vek/cli/width.h"
 #include "tools/vek/cli/writers.h"
 #include "tools/vek/commands.h"

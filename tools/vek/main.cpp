@@ -1,9 +1,9 @@
 #include <csignal>
 #include <new>
 
-#include "host/config.h"
-#include "host/diagnostics.h"
-#include "support/version.h"
+#include <vekdb/host/config.h>
+#include <vekdb/host/diagnostics.h>
+#include <vekdb/support/version.h>
 #include "tools/vek/cli/output.h"
 #include "tools/vek/commands.h"
 

@@ -1,4 +1,4 @@
-#include "support/version.h"
+#include <vekdb/support/version.h>
 #include "tools/vek/cli/output.h"
 #include "tools/vek/commands.h"
 

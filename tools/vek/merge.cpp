@@ -3,7 +3,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
-#include "host/timecode.h"
+#include <vekdb/host/timecode.h>
 #include "tools/vek/cli/readers.h"
 #include "tools/vek/cli/timecode.h"
 #include "tools/vek/cli/writers.h"

@@ -1,8 +1,8 @@
+#include <vekdb/views/field_map.h>
 #include "tools/vek/cli/column_names.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/writers.h"
 #include "tools/vek/commands.h"
-#include "views/field_map.h"
 
 namespace vek {
 

@@ -2,7 +2,7 @@
 #include <map>
 #include <set>
 
-#include "host/strxcmp.h"
+#include <vekdb/host/strxcmp.h>
 #include "tools/vek/cli/counting.h"
 #include "tools/vek/cli/film_columns.h"
 #include "tools/vek/cli/grid.h"

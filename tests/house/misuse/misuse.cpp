@@ -1,11 +1,11 @@
 // Mistakes that the compiler catches. With MISUSE 0 the file compiles; each other number adds
 // one mistake, and the test that compiles them knows what the compiler must say to it.
 
-#include "host/cookie.h"
-#include "host/lightweight_string.h"
-#include "host/text_file.h"
-#include "vekdb/record.h"
-#include "vekdb/table.h"
+#include <vekdb/host/cookie.h>
+#include <vekdb/host/lightweight_string.h>
+#include <vekdb/host/text_file.h>
+#include <vekdb/record.h>
+#include <vekdb/table.h>
 
 using Text = LightweightString<char>;
 

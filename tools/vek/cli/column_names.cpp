@@ -4,7 +4,7 @@
 #include <charconv>
 #include <unordered_map>
 
-#include "host/text_util.h"
+#include <vekdb/host/text_util.h>
 
 namespace vek {
 

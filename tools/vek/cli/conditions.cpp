@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <memory>
 
-#include "host/strxcmp.h"
-#include "host/text_search.h"
-#include "host/text_util.h"
+#include <vekdb/host/strxcmp.h>
+#include <vekdb/host/text_search.h>
+#include <vekdb/host/text_util.h>
 #include "tools/vek/cli/readers.h"
 #include "tools/vek/cli/regex.h"
 #include "tools/vek/cli/timecode.h"

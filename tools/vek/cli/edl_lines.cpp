@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/text_util.h"
+#include <vekdb/host/text_util.h>
 #include "tools/vek/cli/exit.h"
 #include "tools/vek/cli/readers.h"
 #include "tools/vek/cli/timecode.h"

@@ -2,8 +2,8 @@
 
 #include <charconv>
 
-#include "host/text_file.h"
-#include "host/text_util.h"
+#include <vekdb/host/text_file.h>
+#include <vekdb/host/text_util.h>
 #include "tools/vek/cli/readers.h"
 
 namespace vek {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
-#include "host/text_util.h"
+#include <vekdb/host/text_util.h>
 #include "tools/vek/cli/readers.h"
 
 namespace vek {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "host/text_util.h"
+#include <vekdb/host/text_util.h>
 #include "tools/vek/cli/column_names.h"
 #include "tools/vek/cli/input.h"
 #include "tools/vek/cli/readers.h"

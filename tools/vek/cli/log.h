@@ -7,8 +7,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include <vekdb/table.h>
 #include "tools/vek/cli/command.h"
-#include "vekdb/table.h"
 
 namespace vek {
 

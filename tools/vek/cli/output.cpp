@@ -8,8 +8,8 @@
 #include <cstring>
 #include <filesystem>
 
-#include "host/text_file.h"
-#include "host/text_util.h"
+#include <vekdb/host/text_file.h>
+#include <vekdb/host/text_util.h>
 #include "tools/vek/cli/exit.h"
 
 namespace vek {

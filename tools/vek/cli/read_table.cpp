@@ -8,12 +8,12 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "host/text_file.h"
-#include "host/text_util.h"
+#include <vekdb/host/text_file.h>
+#include <vekdb/host/text_util.h>
+#include <vekdb/row_choice.h>
 #include "tools/vek/cli/conditions.h"
 #include "tools/vek/cli/exact_cells.h"
 #include "tools/vek/cli/readers.h"
-#include "vekdb/row_choice.h"
 
 namespace vek {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <unordered_map>
 
-#include "host/text_util.h"
+#include <vekdb/host/text_util.h>
 #include "tools/vek/cli/conditions.h"
 #include "tools/vek/cli/readers.h"
 

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
+#include <vekdb/views/view.h>
+#include <vekdb/views/view_rep.h>
 #include "tools/vek/cli/log.h"
-#include "views/view.h"
-#include "views/view_rep.h"
 
 namespace vek {
 

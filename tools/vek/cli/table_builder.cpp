@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "host/text_util.h"
+#include <vekdb/host/text_util.h>
 #include "tools/vek/cli/readers.h"
 #include "tools/vek/cli/timecode.h"
 

@@ -4,7 +4,7 @@
 #include <charconv>
 #include <cstdio>
 
-#include "host/text_util.h"
+#include <vekdb/host/text_util.h>
 #include "tools/vek/cli/readers.h"
 
 namespace vek {

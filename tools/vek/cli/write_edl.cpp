@@ -3,8 +3,8 @@
 #include <numeric>
 #include <set>
 
-#include "host/text_util.h"
-#include "host/timecode.h"
+#include <vekdb/host/text_util.h>
+#include <vekdb/host/timecode.h>
 #include "tools/vek/cli/counting.h"
 #include "tools/vek/cli/edl_lines.h"
 #include "tools/vek/cli/film_columns.h"

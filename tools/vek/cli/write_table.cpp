@@ -1,7 +1,7 @@
 #include <cstring>
 
-#include "host/text_file.h"
-#include "host/text_util.h"
+#include <vekdb/host/text_file.h>
+#include <vekdb/host/text_util.h>
 #include "tools/vek/cli/exact_cells.h"
 #include "tools/vek/cli/progress.h"
 #include "tools/vek/cli/readers.h"

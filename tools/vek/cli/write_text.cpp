@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <set>
 
-#include "host/text_util.h"
+#include <vekdb/host/text_util.h>
 #include "tools/vek/cli/exact_cells.h"
 #include "tools/vek/cli/json.h"
 #include "tools/vek/cli/progress.h"

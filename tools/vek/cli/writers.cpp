@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <numeric>
 
-#include "host/text_util.h"
+#include <vekdb/host/text_util.h>
 #include "tools/vek/cli/readers.h"
 #include "tools/vek/cli/write_formats.h"
 

@@ -1,0 +1,183 @@
+#pragma once
+
+#include <vekdb/host/os.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+namespace Quor {
+
+/// What a count word stands at. Only the answer 1, given to a holder, stays true.
+std::uint32_t currentCount(std::uint32_t& count) noexcept;
+
+/// Carries the reference count of an object that is shared through Ptr. The
+/// count belongs to the object's place, not to its value: copying or assigning
+/// the object never copies it.
+class InternalRefCount {
+public:
+    InternalRefCount() noexcept = default;
+    InternalRefCount(const InternalRefCount&) noexcept {}
+    InternalRefCount& operator=(const InternalRefCount&) noexcept { return *this; }
+
+    std::uint32_t* refCountWord() const noexcept { return &count_; }
+
+protected:
+    ~InternalRefCount() = default;
+
+private:
+    mutable std::uint32_t count_ = 0;
+};
+
+/// How the last Ptr destroys its object: by delete, which reaches the whole
+/// object through its virtual destructor.
+struct DtorTraits {
+    template <class T>
+    static void destroy(T* object) {
+        delete object;
+    }
+};
+
+/// The count word lives inside the object (see InternalRefCount).
+struct InternalRefCountTraits {
+    template <class T>
+    static std::uint32_t* countFor(T* object) noexcept {
+        return object->refCountWord();
+    }
+    static void dispose(std::uint32_t*) noexcept {}
+};
+
+/// The count word is a block of its own, so any object can be shared. Only one
+/// Ptr may be made from a given object pointer; the others are copies of it.
+struct ExternalRefCountTraits {
+    template <class T>
+    static std::uint32_t* countFor(T*) {
+        return new std::uint32_t(0);
+    }
+    static void dispose(std::uint32_t* count) noexcept { delete count; }
+};
+
+/// Shares an object: two words, the place of its count and the object. The last
+/// Ptr destroys the object. Counting is safe between threads; a Ptr itself is
+/// used by one thread at a time.
+template <class T, class Destruction = DtorTraits, class Counting = InternalRefCountTraits>
+class Ptr {
+public:
+    Ptr() noexcept = default;
+    Ptr(std::nullptr_t) noexcept {}
+
+    /// Takes a share in the object. Should the count word not be had, the object
+    /// is destroyed before BadAlloc leaves.
+    explicit Ptr(T* object) : object_(object) {
+        if (object != nullptr) {
+            bindCount();
+            incRef();
+        }
+    }
+
+    Ptr(const Ptr& other) noexcept : count_(other.count_), object_(other.object_) { incRef(); }
+
+    Ptr(Ptr&& other) noexcept
+        : count_(std::exchange(other.count_, nullptr)),
+          object_(std::exchange(other.object_, nullptr)) {}
+
+    /// From a Ptr to a derived object.
+    template <class U>
+    Ptr(const Ptr<U, Destruction, Counting>& other) noexcept
+        : count_(other.count_), object_(other.object_) {
+        incRef();
+    }
+
+    ~Ptr() { decRef(); }
+
+    /// The new object is held before the old one is let go, so assigning what
+    /// the old object owned is safe.
+    Ptr& operator=(const Ptr& other) noexcept {
+        Ptr held(other);
+        swap(held);
+        return *this;
+    }
+
+    Ptr& operator=(Ptr&& other) noexcept {
+        Ptr held(std::move(other));
+        swap(held);
+        return *this;
+    }
+
+    void reset() noexcept { Ptr().swap(*this); }
+    void reset(T* object) { Ptr(object).swap(*this); }
+
+    void swap(Ptr& other) noexcept {
+        std::swap(count_, other.count_);
+        std::swap(object_, other.object_);
+    }
+
+    T* get() const noexcept { return object_; }
+    T* operator->() const noexcept { return object_; }
+    T& operator*() const noexcept { return *object_; }
+    explicit operator bool() const noexcept { return object_ != nullptr; }
+
+    /// True for an object that nobody else shares.
+    bool isUnshared() const noexcept { return object_ != nullptr && currentCount(*count_) == 1; }
+
+    /// Adds one count for a holder outside any Ptr.
+    void incRef() const noexcept {
+        if (object_ != nullptr) {
+            OS()->refCounts()->increment(*count_);
+        }
+    }
+
+    /// Takes one count away. With the last one the object goes and this Ptr is
+    /// null; otherwise it keeps pointing at an object it no longer holds.
+    void decRef() noexcept {
+        if (object_ != nullptr && OS()->refCounts()->decrement(*count_) == 0) {
+            destroy();
+        }
+    }
+
+    template <class U>
+    friend bool operator==(const Ptr& a, const Ptr<U, Destruction, Counting>& b) noexcept {
+        return a.get() == b.get();
+    }
+    friend bool operator==(const Ptr& a, std::nullptr_t) noexcept { return a.object_ == nullptr; }
+
+private:
+    template <class, class, class>
+    friend class Ptr;
+
+    void bindCount() {
+        try {
+            count_ = Counting::countFor(object_);
+        } catch (...) {
+            Destruction::destroy(object_);
+            throw;
+        }
+    }
+
+    // The words are cleared first: a destructor that comes back to this Ptr
+    // finds it null.
+    void destroy() noexcept {
+        std::uint32_t* count = std::exchange(count_, nullptr);
+        T* object = std::exchange(object_, nullptr);
+        Counting::dispose(count);
+        Destruction::destroy(object);
+    }
+
+    std::uint32_t* count_ = nullptr;
+    T* object_ = nullptr;
+};
+
+}  // namespace Quor
+
+/// Root of what is destroyed through a base of it.
+class iVirtual {
+public:
+    iVirtual() = default;
+    iVirtual(const iVirtual&) = default;
+    iVirtual& operator=(const iVirtual&) = default;
+    virtual ~iVirtual() = default;
+};
+
+/// A shared object: tables, views and the payloads of notices. Held through
+/// Quor::Ptr<T>. An object on the stack is never handed to a Ptr.
+class iObject : public virtual Quor::InternalRefCount, public virtual iVirtual {};

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <vekdb/host/lightweight_string.h>
+
+#include <string_view>
+
+// Text rules of the house. They are the same under every locale of the host
+// process, so that a file means the same on every machine: only the 7-bit
+// characters have a class or a case, and numbers have a decimal point.
+
+constexpr bool isAsciiSpace(char c) noexcept {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+constexpr bool isAsciiControl(char c) noexcept {
+    return (c >= 0 && c < ' ') || c == 0x7F;
+}
+
+constexpr bool isAsciiDigit(char c) noexcept {
+    return c >= '0' && c <= '9';
+}
+
+template <class C>
+constexpr C asciiLower(C c) noexcept {
+    return c >= C('A') && c <= C('Z') ? static_cast<C>(c + ('a' - 'A')) : c;
+}
+
+/// "true" or "false".
+LightweightString<char> BoolAsString(bool value);
+
+/// Reads true, false, t, f, 1 and 0 in any case. Answers whether the text was one
+/// of these; otherwise value is untouched.
+bool BoolFromString(const LightweightString<char>& text, bool& value);
+
+/// Decimal digits with blanks around them; anything else, or a number past 32
+/// bits, gives otherwise.
+unsigned UIntFromString(const LightweightString<char>& text, unsigned otherwise);
+unsigned parseUInt(std::string_view text, unsigned otherwise) noexcept;
+
+LightweightString<char> StringFromInteger(int number);
+
+/// The text that printf's "%.8lf" gives in the "C" locale.
+LightweightString<char> StringFromDouble(double number);
+
+/// Reads a number as atoi and atof do in the "C" locale: white space, a sign, and
+/// as much as makes sense, 0 when nothing does. Integers out of range give the
+/// nearest int; doubles out of range give infinity or 0.
+int parseInt(std::string_view text) noexcept;
+double parseDouble(std::string_view text) noexcept;
+
+/// True for the null string and for a text of 7-bit white space only.
+bool isEssentiallyEmpty(const LightweightString<char>& text);
+bool isEssentiallyEmpty(std::string_view text) noexcept;
+
+/// The letters A to Z become a to z.
+void toLower(LightweightString<char>& text);
+
+/// Whatever is no UTF-8, or no code point, becomes U+FFFD.
+LightweightString<wchar_t> fromUTF8(const LightweightString<char>& text);
+LightweightString<char> toUTF8(const LightweightString<wchar_t>& text);
+
+/// The bytes that name a file to the system. False, with bytes untouched, for the
+/// null path and for one that no file can have: with a character that is no code
+/// point, or one that ends the name early.
+bool pathToUTF8(const LightweightString<wchar_t>& path, LightweightString<char>& bytes);
+
+namespace Quor {
+
+/// Each byte becomes the character of that number.
+LightweightString<wchar_t> WStringFromAscii(const char* text);
+
+}  // namespace Quor

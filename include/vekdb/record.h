@@ -1,0 +1,127 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include <vekdb/host/lightweight_string.h>
+
+class TextFile;
+class configb;
+class vekdb;
+struct LineSlices;
+struct RecordStrings;
+
+/// One row: an ordered list of at most 65,535 values, each held as text, a changed flag, an
+/// 8-bit tag and a link back to the table that owns it.
+///
+/// A table creates, owns and destroys its records; whoever reaches one through `get_record`
+/// never frees it, and it lives until its row is deleted or its table goes. Records made with
+/// the constructors belong to whoever made them and to no table. Copies share text.
+/// Not locked: one thread at a time, reading included.
+class dbrecord {
+public:
+    /// `count` empty values, no container, neither changed nor tagged.
+    explicit dbrecord(unsigned short count);
+    /// The other's values; no container, neither changed nor tagged.
+    dbrecord(const dbrecord& other);
+    ~dbrecord();
+
+    /// Takes the other's count and stores each of its values as `set_field` with trim does, so
+    /// leading white space is dropped and the changed flags are set even for equal values.
+    /// Container and tag stay.
+    dbrecord& operator=(const dbrecord& other);
+
+    /// Empties every value; the count and the flags stay.
+    void clear();
+
+    /// Stores a value; false, and nothing changed, when `index` is out of range. A null text
+    /// counts as empty. With `trim`, leading white space of the 7-bit range is skipped. Sets the
+    /// changed flag of the record and the modified flag of its table.
+    bool set_field(int index, const char* text, bool trim = true);
+    bool set_field(int index, int value);           ///< as "%d"
+    bool set_field(int index, unsigned int value);  ///< as "%u"
+    bool set_field(int index, double value);        ///< as "%.8lf", at most 255 characters
+    bool set_field(int index, bool value);          ///< as "t" or "f"
+
+    /// Stores `value` (shared) only where it differs; an equal value sets no flag.
+    /// False when `index` is out of range.
+    bool setField(unsigned short index, LightweightString<char> value);
+
+    /// The value's characters, "" when it is empty, null when `index` is out of range. Valid
+    /// until the value is changed or the record goes.
+    const char* get_field(unsigned short index) const;
+
+    /// The value, or an empty string when `index` is out of range. The reference is valid until
+    /// the record is changed, copied over or destroyed.
+    const LightweightString<char>& getField(unsigned short index) const;
+
+    /// The value without making a string of it; empty when `index` is out of range. A NUL
+    /// stands behind its end. Valid as `get_field` is.
+    std::string_view fieldView(unsigned index) const;
+
+    /// Copies at most `length` characters as strncpy does and writes a zero at `length`, so the
+    /// destination holds `length` + 1. An empty value writes a zero at position 0. False, and
+    /// nothing written, when `index` or `length` is out of range or `destination` is null.
+    bool in_field(int index, char* destination, int length) const;
+
+    /// True when there are no values or all of them are empty.
+    bool is_blank() const;
+
+    void set_container(vekdb* table) { container_ = table; }
+    vekdb* get_container() const { return container_; }
+
+    /// Removes one value; an index out of range is ignored. No flag is set.
+    void removeField(unsigned short index);
+    /// Makes the record `count` values long. Nothing happens when `count` is negative or above
+    /// 65,535, or `widths` is null; the widths themselves and the flag are not read.
+    void resizeRecord(int count, const int* widths, bool flag);
+    /// Values have no width: does nothing.
+    void resizeField(int index, int width);
+
+    /// Copies the record's named values into `settings`; returns how many of the mapped fields
+    /// it copied, 0 without a container or a column "name".
+    int update(configb* settings) const;
+
+    /// Reads the file's next line into the record: 0 for an essentially empty line, otherwise
+    /// the number of scan steps (one a field, one a skipped control character). Marks the record
+    /// changed and its table modified.
+    int read(TextFile& file);
+    /// Appends the record to the file as one line and clears the changed flag; always 1.
+    int write(TextFile& file) const;
+
+    bool get_changed() const { return changed_; }
+    unsigned get_tag() const { return tag_; }
+    unsigned short get_num_fields() const { return count_; }
+
+private:
+    friend class RecordAccess;
+
+    // Either slices of the text that a table was loaded from, or strings of the record's own
+    // (null while every value is empty), some of which may still stand for a slice.
+    enum class Storage : std::uint8_t { strings, slices };
+
+    RecordStrings& ownStrings(unsigned atLeast) const;
+    void store(unsigned index, LightweightString<char> value);
+    bool overwrite(unsigned index, std::string_view value);
+    void markChanged();
+    void markRead();
+    char* writeValues(char* to) const;
+    std::size_t longestLine() const;
+    void share(const dbrecord& other);
+    void release();
+    void resize(unsigned count);
+    void prepareRemoval(unsigned index);
+
+    vekdb* container_ = nullptr;
+    mutable union {
+        RecordStrings* strings;
+        LineSlices* slices;
+    } values_ = {nullptr};
+    unsigned short count_;
+    mutable unsigned short stored_ = 0;  // values behind these were never stored: empty
+    mutable Storage storage_ = Storage::strings;
+    std::uint8_t tag_ = 0;
+    mutable bool changed_ = false;
+    mutable bool isKeyed_ = false;  // its table keeps keys of its values, which end with a change
+};

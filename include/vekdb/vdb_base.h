@@ -1,0 +1,152 @@
+#pragma once
+
+#include <vekdb/field_types.h>
+#include <vekdb/host/lightweight_string.h>
+#include <vekdb/host/ptr.h>
+
+class Cookie;
+class dbrecord;
+class VDBBase;
+
+/// Refers to a record source without holding it, and turns null when the source is destroyed.
+/// Whatever outlives a source by mistake, a view its table above all, then has no source
+/// instead of a dangling one. Linking and unlinking take constant time and no memory.
+class SourceLink {
+public:
+    SourceLink() noexcept = default;
+    explicit SourceLink(VDBBase* source) noexcept { set(source); }
+    SourceLink(const SourceLink&) = delete;
+    SourceLink& operator=(const SourceLink&) = delete;
+    ~SourceLink() { set(nullptr); }
+
+    /// Refers to another source, or to none.
+    void set(VDBBase* source) noexcept;
+    VDBBase* get() const noexcept { return source_; }
+
+private:
+    void unlink() noexcept;
+
+    VDBBase* source_ = nullptr;
+    SourceLink* next_ = nullptr;
+    SourceLink** place_ = nullptr;
+};
+
+/// A SourceLink to a table or to a view.
+template <class T>
+class SourceRef {
+public:
+    SourceRef() noexcept = default;
+    explicit SourceRef(T* source) noexcept : link_(source) {}
+
+    void set(T* source) noexcept { link_.set(source); }
+    T* get() const noexcept { return static_cast<T*>(link_.get()); }
+
+private:
+    SourceLink link_;
+};
+
+/// The record-source interface that tables and views both answer, so that saving, cursors,
+/// field maps and merging take either.
+///
+/// Rows and columns are 32-bit and relative to what the source shows. "No row", "nothing found"
+/// and refusals are 0xFFFFFFFF on unsigned results. A record got here is never freed by the
+/// caller; one from `make_dummy_record` is. The declaration order is the order of the slots.
+///
+/// The same operation may mean something milder on a view: `delete_tagged_records` and
+/// `set_show_tags_only` of a view only take rows out of the stack of views.
+/// Not locked: one thread at a time.
+class VDBBase : public iObject {
+public:
+    VDBBase() = default;
+    VDBBase(const VDBBase&) = delete;
+    VDBBase& operator=(const VDBBase&) = delete;
+    ~VDBBase() override {
+        while (links_ != nullptr) {
+            links_->set(nullptr);
+        }
+    }
+
+    virtual int save_text() = 0;
+    virtual int save_tags() = 0;
+    virtual void insert_records(unsigned at, int n) = 0;
+    virtual void delete_records(unsigned first, int n) = 0;
+    virtual unsigned delete_tagged_records() = 0;
+    virtual unsigned get_num_records() const = 0;
+    virtual unsigned get_num_fields() const = 0;
+    virtual dbrecord* get_record(unsigned row) const = 0;
+    virtual dbrecord* make_dummy_record() const = 0;
+    virtual LightweightString<char> getField(unsigned row, unsigned field) const = 0;
+    virtual const char* get_fieldname(unsigned field) const = 0;
+    virtual unsigned get_fieldsize(unsigned field) const = 0;
+    virtual DBFieldTypes::eType get_field_type(unsigned field) const = 0;
+    virtual bool set_fieldtype(unsigned field, DBFieldTypes::eType type) = 0;
+    virtual DBFieldTypes::eType get_fieldtype(unsigned field) const {
+        return get_field_type(field);
+    }
+    virtual unsigned get_fieldnum(LightweightString<char> name) const = 0;
+    virtual bool set_fieldname(unsigned field, const char* name) = 0;
+    virtual void set_filename(LightweightString<wchar_t> name) = 0;
+    virtual LightweightString<wchar_t> get_filename() const = 0;
+    virtual void set_sortfield(int field) = 0;
+    virtual void set_sortfields(int* fields) = 0;
+    virtual void set_sort_offset(int offset) = 0;
+    virtual void sort(int direction, int forceNormal) = 0;
+    virtual void set_tag(unsigned row, int value) = 0;
+    virtual void invert_tag(unsigned row) = 0;
+    virtual void set_all_tags(int value) = 0;
+    virtual void invert_all_tags() = 0;
+    virtual void set_show_tags_only(unsigned flag) = 0;
+    virtual unsigned get_show_tags_only() const = 0;
+    virtual unsigned get_tag(unsigned row) const = 0;
+    virtual unsigned get_num_tags() const = 0;
+    virtual void set_query(dbrecord* query) = 0;
+    virtual unsigned tag_matching_records(int keepTags) = 0;
+    virtual unsigned tag_all_different(int field) = 0;
+    virtual bool set_field(unsigned row, const Cookie& cookie) = 0;
+    virtual bool set_field(unsigned row, unsigned field, const char* text) = 0;
+    virtual bool set_field(unsigned row, unsigned field, int value) = 0;
+    virtual bool set_field(unsigned row, unsigned field, double value) = 0;
+    virtual bool set_field(unsigned row, unsigned field, bool value) = 0;
+    virtual bool in_field(unsigned row, unsigned field, char* buffer, int length) const = 0;
+    virtual bool in_field(unsigned row, unsigned field, int& value) const = 0;
+    virtual bool in_field(unsigned row, unsigned field, double& value) const = 0;
+    virtual bool in_field(unsigned row, unsigned field, bool& value) const = 0;
+    virtual unsigned add_records(int n) = 0;
+    virtual unsigned add_param(const char* name, const char* value) = 0;
+    virtual unsigned set_param_val(const char* name, const char* value) = 0;
+    virtual const char* get_param_val(const char* name) = 0;
+    virtual unsigned findFirst(const char* field, const char* value, int prefixLength) = 0;
+    virtual int* sortPrepare(int direction, int forceNormal) = 0;
+    virtual unsigned match_record(int row) const = 0;
+    virtual unsigned baseIndex(unsigned row) const = 0;
+    virtual bool get_valid() const = 0;
+
+private:
+    friend class SourceLink;
+
+    SourceLink* links_ = nullptr;
+};
+
+inline void SourceLink::unlink() noexcept {
+    if (source_ == nullptr) {
+        return;
+    }
+    *place_ = next_;
+    if (next_ != nullptr) {
+        next_->place_ = place_;
+    }
+}
+
+inline void SourceLink::set(VDBBase* source) noexcept {
+    unlink();
+    source_ = source;
+    if (source == nullptr) {
+        return;
+    }
+    place_ = &source->links_;
+    next_ = source->links_;
+    if (next_ != nullptr) {
+        next_->place_ = &next_;
+    }
+    source->links_ = this;
+}

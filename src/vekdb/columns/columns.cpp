@@ -1,0 +1,115 @@
+#include "vekdb/columns/columns.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <vekdb/host/text_util.h>
+#include "vekdb/columns/special_labels.h"
+
+std::size_t NameHash::operator()(std::string_view name) const {
+    std::size_t hash = 14695981039346656037u;  // FNV-1a's offset and prime, 64 bits
+    for (char c : name) {
+        hash = (hash ^ static_cast<unsigned char>(asciiLower(c))) * 1099511628211u;
+    }
+    return hash;
+}
+
+bool NameEqual::same(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char x, char y) { return asciiLower(x) == asciiLower(y); });
+}
+
+void Columns::makePlaces() {
+    names_.resize(count_);
+    types_.resize(count_);
+}
+
+const Columns::Name& Columns::name(unsigned column) const {
+    static const Name nothing;
+    return column < names_.size() ? names_[column] : nothing;
+}
+
+DBFieldTypes::eType Columns::type(unsigned column) const {
+    return column < types_.size() ? types_[column] : DBFieldTypes::none;
+}
+
+unsigned Columns::find(std::string_view name) const {
+    if (count_ == 0 || name.empty()) return none;
+    if (index_.empty()) return findByScan(name);
+    auto found = index_.find(name);
+    return found == index_.end() ? none : found->second;
+}
+
+unsigned Columns::findByScan(std::string_view name) const {
+    for (unsigned i = 0; i < names_.size(); ++i) {
+        if (NameEqual::same(name, names_[i].view())) return i;
+    }
+    return none;
+}
+
+bool Columns::setName(unsigned column, Name name) {
+    if (column >= count_ || column >= names_.size()) return false;
+    if (!name.empty()) index_[name] = column;
+    names_[column] = std::move(name);
+    return true;
+}
+
+bool Columns::setType(unsigned column, DBFieldTypes::eType type) {
+    if (column >= count_ || column >= types_.size()) return false;
+    types_[column] = type;
+    return true;
+}
+
+bool Columns::isSpecialName(unsigned column) const {
+    return specialLabelPair(name(column).view()) != nullptr;
+}
+
+void Columns::flagSpecialLabels() {
+    special_.clear();
+    for (unsigned i = 0; i < count_; ++i) {
+        special_.push_back(isSpecialName(i));
+    }
+}
+
+// What may lack memory comes first, so that a column is added wholly or not at all.
+void Columns::append(const DBFieldDesc& field) {
+    const unsigned column = count_;
+    names_.resize(column + 1);
+    types_.resize(column + 1);
+    // A column removed earlier left its flag behind; the new flag goes behind that.
+    if (special_.size() < column) special_.resize(column, false);
+    special_.reserve(special_.size() + 1);
+    if (!field.name.empty()) index_[field.name] = column;
+
+    names_[column] = field.name;
+    types_[column] = field.type;
+    special_.push_back(isSpecialName(column));
+    ++count_;
+}
+
+void Columns::remove(unsigned column) {
+    Index index;
+    for (unsigned i = 0; i < names_.size(); ++i) {
+        if (i != column) index.emplace(names_[i], i < column ? i : i - 1);
+    }
+    index_.swap(index);
+    if (column < names_.size()) names_.erase(names_.begin() + column);
+    if (column < types_.size()) types_.erase(types_.begin() + column);
+    --count_;
+}
+
+void Columns::copyFrom(const Columns& other) {
+    if (this == &other) return;
+    names_ = other.names_;
+    types_ = other.types_;
+    index_ = other.index_;
+    count_ = other.count_;
+}
+
+void Columns::clear() {
+    names_.clear();
+    types_.clear();
+    index_.clear();
+    special_.clear();
+    count_ = 0;
+}

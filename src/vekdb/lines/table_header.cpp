@@ -1,0 +1,162 @@
+#include "vekdb/lines/table_header.h"
+
+#include <algorithm>
+
+#include <vekdb/host/diagnostics.h>
+#include <vekdb/host/text_file.h>
+#include <vekdb/host/text_util.h>
+#include "vekdb/lines/record_lines.h"
+#include "vekdb/lines/table_text.h"
+
+namespace {
+
+constexpr std::string_view blockStart = "VEKDB:";
+
+bool startsBlock(std::string_view value) {
+    return NameEqual::same(value.substr(0, blockStart.size()), blockStart);
+}
+
+bool hasColon(std::string_view value) { return value.find(':') != value.npos; }
+
+std::string_view withoutLeadingSpace(std::string_view text) {
+    while (!text.empty() && isAsciiSpace(text.front())) text.remove_prefix(1);
+    return text;
+}
+
+// Stores what stands before the first colon and what stands behind it. A parameter without a
+// name is passed over.
+void storeParameter(Parameters& parameters, std::string_view text) {
+    text = withoutLeadingSpace(text);
+    const std::size_t colon = text.find(':');
+    if (colon == 0) return;
+    parameters.append(text.substr(0, colon), withoutLeadingSpace(text.substr(colon + 1)));
+}
+
+int revisionOf(std::string_view value) {
+    const auto digit = std::find_if(value.begin(), value.end(), isAsciiDigit);
+    return parseInt(value.substr(static_cast<std::size_t>(digit - value.begin())));
+}
+
+// Nothing is said of a file that then turns out to be unreadable.
+int readRevision(std::string_view value, const TextFile& file) {
+    const int revision = revisionOf(value);
+    if (revision != currentRevision) {
+        file.awaitAll();
+        debug_printf("vekdb::read_text:  Warning: vekdb is revision %d, current level is %d\n",
+                     revision, currentRevision);
+    }
+    return revision;
+}
+
+bool isLabelName(const LightweightString<char>& name) {
+    LightweightString<char> lower = name;
+    toLower(lower);
+    return lower.view().find("start") != std::string_view::npos ||
+           lower.view().find("end") != std::string_view::npos;
+}
+
+}  // namespace
+
+bool TableHeader::hasLine() const {
+    return file_.lineOffset(file_.currentLine) < file_.textSize();
+}
+
+// How many values the line has, also when the record has no room for all.
+std::size_t TableHeader::readLine() { return FileLines(file_).read(line_).values; }
+
+TableHeader::Block TableHeader::readParameters() {
+    parts_.parameters.clear();
+    readLine();
+    if (!startsBlock(first())) return Block::missing;
+    storeParameter(parts_.parameters, first());
+    parts_.revision = readRevision(parts_.parameters.value(0), file_);
+    return readFurtherParameters();
+}
+
+TableHeader::Block TableHeader::readFurtherParameters() {
+    while (hasLine()) {
+        readLine();
+        if (isMagic(first())) return Block::magic;
+        if (!hasColon(first())) return endWithoutColon();
+        storeParameter(parts_.parameters, first());
+    }
+    return Block::broken;
+}
+
+TableHeader::Block TableHeader::endWithoutColon() {
+    return magicFollows() ? Block::broken : Block::names;
+}
+
+// Looks ahead; the line read last and the file's place stay.
+bool TableHeader::magicFollows() {
+    const unsigned place = file_.currentLine;
+    dbrecord line(0);
+    FileLines lines(file_);
+    bool found = false;
+    while (!found && hasLine()) {
+        lines.read(line);
+        found = isMagic(line.fieldView(0));
+    }
+    file_.currentLine = place;
+    return found;
+}
+
+bool TableHeader::readColumns(bool requireMagic) {
+    bool read = false;
+    switch (readParameters()) {
+        case Block::magic:
+            read = readColumnHeader();
+            break;
+        case Block::names:
+            read = !requireMagic && takeNamesOnly();
+            break;
+        case Block::missing:
+        case Block::broken:
+            break;
+    }
+    if (!read) return false;
+    parts_.timecodeColumns.push_back(-1);
+    parts_.valid = true;
+    nameColumns();
+    return true;
+}
+
+bool TableHeader::readColumnHeader() {
+    Columns& columns = parts_.columns;
+    const std::size_t widths = readLine();
+    columns.setCount(static_cast<unsigned>(std::min<std::size_t>(widths, Columns::most)));
+    if (readLine() != widths) return refuse(3);
+    columns.makePlaces();
+    for (unsigned i = 0; i < columns.count(); ++i) {
+        const char* type = line_.get_field(static_cast<unsigned short>(i));
+        table_.set_fieldtype(i, vekdb_string_to_fieldtype(type));
+    }
+    return readLine() == widths || refuse(4);
+}
+
+bool TableHeader::refuse(int line) {
+    table_.fill_error_info(3, line, 0, 0);
+    return false;
+}
+
+// Without a header the names tell which columns hold timecodes.
+bool TableHeader::takeNamesOnly() {
+    Columns& columns = parts_.columns;
+    columns.setCount(line_.get_num_fields());
+    columns.makePlaces();
+    for (unsigned i = 0; i < columns.count(); ++i) {
+        if (isLabelName(line_.getField(static_cast<unsigned short>(i)))) {
+            table_.set_fieldtype(i, DBFieldTypes::timecode);
+            parts_.timecodeColumns.push_back(static_cast<int>(i));
+        } else {
+            columns.setType(i, DBFieldTypes::text);
+        }
+    }
+    return true;
+}
+
+void TableHeader::nameColumns() {
+    for (unsigned i = 0; i < parts_.columns.count(); ++i) {
+        table_.set_fieldname(i, line_.get_field(static_cast<unsigned short>(i)));
+    }
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <vekdb/record.h>
+#include <vekdb/table.h>
+#include "vekdb/table/table_parts.h"
+
+class TextFile;
+
+/// Reads what stands before the records of a table file: parameters and column header.
+class TableHeader {
+public:
+    /// How the parameter block ended; the numbers are what `read_params` answers.
+    enum class Block {
+        missing,  ///< the file does not begin with one; the line stands in `line`
+        magic,    ///< at the magic line, which stands in `line`
+        names,    ///< at a line without a colon, with no magic line behind it
+        broken,   ///< at the end of the file, or a magic line follows a line without a colon
+    };
+
+    TableHeader(vekdb& table, TableParts& parts, TextFile& file, dbrecord& line)
+        : table_(table), parts_(parts), file_(file), line_(line) {}
+
+    Block readParameters();
+    /// Sets the columns up. False: the file is not one to be loaded, and an error is set where
+    /// the header's lines do not fit together.
+    bool readColumns(bool requireMagic);
+
+private:
+    bool hasLine() const;
+    std::size_t readLine();
+    std::string_view first() const { return line_.fieldView(0); }
+    Block readFurtherParameters();
+    Block endWithoutColon();
+    bool magicFollows();
+    bool readColumnHeader();
+    bool takeNamesOnly();
+    bool refuse(int line);
+    void nameColumns();
+
+    vekdb& table_;
+    TableParts& parts_;
+    TextFile& file_;
+    dbrecord& line_;
+};

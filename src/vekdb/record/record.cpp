@@ -1,0 +1,292 @@
+#include <vekdb/record.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <utility>
+
+#include <vekdb/host/config.h>
+#include <vekdb/host/text_util.h>
+#include <vekdb/table.h>
+#include "vekdb/lines/line_bytes.h"
+#include "vekdb/record/record_access.h"
+#include "vekdb/record/record_strings.h"
+
+namespace {
+
+using String = LightweightString<char>;
+
+constexpr unsigned formatBuffer = 256;
+
+const String& emptyString() {
+    static const String empty;
+    return empty;
+}
+
+const char* skipLeadingSpace(const char* text) {
+    while (isAsciiSpace(*text)) ++text;
+    return text;
+}
+
+}  // namespace
+
+dbrecord::dbrecord(unsigned short count) : count_(count) {}
+
+dbrecord::dbrecord(const dbrecord& other) : count_(0) { share(other); }
+
+dbrecord::~dbrecord() { release(); }
+
+void dbrecord::share(const dbrecord& other) {
+    if (other.storage_ == Storage::slices) {
+        other.values_.slices->share();
+        values_.slices = other.values_.slices;
+    } else if (other.values_.strings != nullptr) {
+        values_.strings = RecordStrings::copy(*other.values_.strings, other.stored_);
+    }
+    storage_ = other.storage_;
+    count_ = other.count_;
+    stored_ = other.stored_;
+}
+
+void dbrecord::release() {
+    if (storage_ == Storage::slices) {
+        values_.slices->store->release();
+    } else if (values_.strings != nullptr) {
+        RecordStrings::destroy(values_.strings);
+    }
+    values_.strings = nullptr;
+    storage_ = Storage::strings;
+    stored_ = 0;
+    isKeyed_ = false;
+}
+
+dbrecord& dbrecord::operator=(const dbrecord& other) {
+    dbrecord source(other);
+    resize(0);
+    resize(source.count_);
+    for (unsigned i = 0; i < count_; ++i) {
+        set_field(static_cast<int>(i), source.get_field(static_cast<unsigned short>(i)));
+    }
+    return *this;
+}
+
+void dbrecord::clear() { release(); }
+
+void dbrecord::markChanged() {
+    changed_ = true;
+    if (container_ != nullptr) container_->noteModified();
+}
+
+// The record's strings with room for `atLeast` values. Room doubles, so that a row which is
+// filled from left to right is not copied once a column.
+RecordStrings& dbrecord::ownStrings(unsigned atLeast) const {
+    if (storage_ == Storage::slices) {
+        values_.strings = RecordStrings::over(values_.slices, stored_, atLeast);
+        storage_ = Storage::strings;
+    } else if (values_.strings == nullptr) {
+        values_.strings = RecordStrings::make(std::max(atLeast, std::min<unsigned>(count_, 4)));
+    } else if (values_.strings->room < atLeast) {
+        unsigned room = std::min(std::max(atLeast, 2u * values_.strings->room), 0xFFFFu);
+        RecordStrings* larger = RecordStrings::copy(*values_.strings, room);
+        RecordStrings::destroy(values_.strings);
+        values_.strings = larger;
+    }
+    return *values_.strings;
+}
+
+void dbrecord::store(unsigned index, String value) {
+    if (index >= stored_ && value.empty()) return;
+    isKeyed_ = false;
+    RecordStrings& own = ownStrings(index + 1);
+    own.set(index, std::move(value));
+    if (index >= stored_) stored_ = static_cast<unsigned short>(index + 1);
+}
+
+// Where no other record reads it, a value of the same length takes the old one's place in the
+// text itself. It must stand there as it would be written.
+bool dbrecord::overwrite(unsigned index, std::string_view value) {
+    if (storage_ != Storage::slices || index >= stored_ || values_.slices->isShared()) return false;
+    if (values_.slices->view(index).size() != value.size()) return false;
+    if (LineBytes::writableRun(value.data(), value.size()) != value.size()) return false;
+    isKeyed_ = false;
+    values_.slices->overwrite(index, value);
+    return true;
+}
+
+bool dbrecord::set_field(int index, const char* text, bool trim) {
+    if (index < 0 || index >= count_) return false;
+    if (text == nullptr) text = "";
+    if (trim) text = skipLeadingSpace(text);
+    const std::string_view value(text);
+    const auto at = static_cast<unsigned>(index);
+    if (fieldView(at) != value && !overwrite(at, value)) store(at, String(value));
+    markChanged();
+    return true;
+}
+
+bool dbrecord::set_field(int index, int value) {
+    char text[formatBuffer];
+    std::snprintf(text, sizeof text, "%d", value);
+    return set_field(index, text);
+}
+
+bool dbrecord::set_field(int index, unsigned int value) {
+    char text[formatBuffer];
+    std::snprintf(text, sizeof text, "%u", value);
+    return set_field(index, text);
+}
+
+bool dbrecord::set_field(int index, double value) {
+    return set_field(index, StringFromDouble(value).substr(0, formatBuffer - 1).c_str());
+}
+
+bool dbrecord::set_field(int index, bool value) { return set_field(index, value ? "t" : "f"); }
+
+bool dbrecord::setField(unsigned short index, String value) {
+    if (index >= count_) return false;
+    if (fieldView(index) == value.view()) return true;
+    store(index, std::move(value));
+    markChanged();
+    return true;
+}
+
+std::string_view dbrecord::fieldView(unsigned index) const {
+    return RecordAccess::view(*this, index);
+}
+
+const char* dbrecord::get_field(unsigned short index) const {
+    if (index >= count_) return nullptr;
+    std::string_view value = fieldView(index);
+    return value.empty() ? "" : value.data();
+}
+
+const String& dbrecord::getField(unsigned short index) const {
+    if (index >= stored_ || fieldView(index).empty()) return emptyString();
+    return ownStrings(stored_).string(index);
+}
+
+bool dbrecord::in_field(int index, char* destination, int length) const {
+    if (index < 0 || index >= count_ || destination == nullptr || length < 0) return false;
+    std::string_view value = fieldView(static_cast<unsigned>(index));
+    if (value.empty()) {
+        destination[0] = '\0';
+        return true;
+    }
+    std::strncpy(destination, value.data(), static_cast<std::size_t>(length));
+    destination[length] = '\0';
+    return true;
+}
+
+bool dbrecord::is_blank() const {
+    for (unsigned i = 0; i < stored_; ++i) {
+        if (!fieldView(i).empty()) return false;
+    }
+    return true;
+}
+
+void dbrecord::resize(unsigned count) {
+    isKeyed_ = false;
+    if (count == 0) release();
+    if (count < stored_) {
+        if (storage_ == Storage::strings) values_.strings->cut(count);
+        stored_ = static_cast<unsigned short>(count);
+    }
+    count_ = static_cast<unsigned short>(count);
+}
+
+void dbrecord::removeField(unsigned short index) {
+    if (index >= count_) return;
+    isKeyed_ = false;
+    if (index + 1 == stored_) {
+        unsigned count = count_ - 1u;
+        resize(index);
+        count_ = static_cast<unsigned short>(count);
+        return;
+    }
+    if (index < stored_) {
+        prepareRemoval(index);
+        values_.strings->erase(index, stored_);
+        --stored_;
+    }
+    --count_;
+}
+
+// Takes the memory that removing a value needs; the removal itself cannot fail afterwards.
+void dbrecord::prepareRemoval(unsigned index) {
+    if (index + 1 < stored_) ownStrings(stored_).makeStrings(index + 1, stored_);
+}
+
+void dbrecord::resizeRecord(int count, const int* widths, bool) {
+    if (count < 0 || count > 0xFFFF || widths == nullptr) return;
+    resize(static_cast<unsigned>(count));
+}
+
+void dbrecord::resizeField(int, int) {}
+
+void RecordAccess::append(dbrecord& record, std::string_view value) {
+    if (record.count_ == 0xFFFF) return;
+    ++record.count_;
+    record.store(record.count_ - 1u, String(value));
+}
+
+void RecordAccess::place(dbrecord& record, unsigned index, String value) {
+    record.store(index, std::move(value));
+}
+
+namespace {
+
+struct SettingsKey {
+    const char* field;
+    const char* key;
+    bool reel;  // only where reels may be edited
+};
+
+// The names of a log's columns and the settings of a clip that they fill.
+constexpr SettingsKey settingsKeys[] = {
+    {"notes", "notes", false},          {"who", "who", false},
+    {"scene", "scene", false},          {"description", "description", false},
+    {"shot", "shot", false},            {"reel", "reelid", false},
+    {"snd reel", "reelid1", true},      {"24P reel", "24P_reel", true},
+    {"cam reel", "camreel", true},      {"comp reel", "comp_reel", true},
+    {"lab reel", "lab_reel", true},
+};
+
+bool reelFieldsEditable() {
+    static const bool editable =
+        config_int("dbv_reel_field_editable", 1, INT32_MIN, INT32_MAX) != 0;
+    return editable;
+}
+
+const SettingsKey* settingsKeyFor(const char* field, bool reels) {
+    for (const SettingsKey& entry : settingsKeys) {
+        if ((reels || !entry.reel) && String::icompare(field, entry.field) == 0) return &entry;
+    }
+    return nullptr;
+}
+
+strp_field settingOf(const String& value) {
+    strp_field setting;
+    setting.set(value);
+    return setting;
+}
+
+}  // namespace
+
+int dbrecord::update(configb* settings) const {
+    const bool reels = reelFieldsEditable();
+    if (container_ == nullptr || settings == nullptr) return 0;
+    unsigned name = container_->get_fieldnum("name");
+    if (name == 0xFFFFFFFF) return 0;
+    strp_field clip = settingOf(getField(static_cast<unsigned short>(name)));
+    settings->set("slate/take", clip);
+    settings->set("name", clip);
+
+    int copied = 0;
+    for (unsigned i = 0; i < count_; ++i) {
+        const SettingsKey* entry = settingsKeyFor(container_->get_fieldname(i), reels);
+        if (entry == nullptr) continue;
+        settings->set(entry->key, settingOf(getField(static_cast<unsigned short>(i))));
+        ++copied;
+    }
+    return copied;
+}

@@ -1,0 +1,110 @@
+#include "vekdb/record/record_pool.h"
+
+#include <algorithm>
+#include <new>
+
+#include "host/large_pages.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+#define VEKDB_POISON 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define VEKDB_POISON 1
+#endif
+#endif
+
+#ifdef VEKDB_POISON
+#include <sanitizer/asan_interface.h>
+#endif
+
+namespace {
+
+constexpr std::size_t largestSlab = std::size_t{1} << 19;
+
+// A destroyed record's place stays in the pool; the sanitizer is told that nobody may touch it.
+void forbid([[maybe_unused]] void* place, [[maybe_unused]] std::size_t bytes) {
+#ifdef VEKDB_POISON
+    ASAN_POISON_MEMORY_REGION(place, bytes);
+#endif
+}
+
+void allow([[maybe_unused]] void* place, [[maybe_unused]] std::size_t bytes) {
+#ifdef VEKDB_POISON
+    ASAN_UNPOISON_MEMORY_REGION(place, bytes);
+#endif
+}
+
+}  // namespace
+
+struct RecordPool::Slab {
+    Slab* next;
+    std::size_t bytes;
+};
+
+union RecordPool::Place {
+    Place* next;
+    alignas(dbrecord) unsigned char record[sizeof(dbrecord)];
+};
+
+void* RecordPool::take() {
+    if (unused_ != nullptr) {
+        Place* place = unused_;
+        allow(place, sizeof(Place));
+        unused_ = place->next;
+        return place;
+    }
+    if (fresh_ == end_) addSlab();
+    void* place = fresh_;
+    fresh_ += sizeof(Place);
+    return place;
+}
+
+void RecordPool::addSlab() {
+    const std::size_t bytes = FillingBlock::goodSize(sizeof(Slab) + nextSlab_ * sizeof(Place));
+    const std::size_t places = (bytes - sizeof(Slab)) / sizeof(Place);
+    slabs_ = new (FillingBlock::allocate(bytes)) Slab{slabs_, bytes};
+    fresh_ = reinterpret_cast<char*>(slabs_ + 1);
+    end_ = fresh_ + places * sizeof(Place);
+    nextSlab_ = std::min(nextSlab_ * 2, largestSlab);
+}
+
+void RecordPool::expect(std::size_t records) noexcept {
+    nextSlab_ = std::clamp(records, nextSlab_, largestSlab);
+}
+
+void RecordPool::giveBack(void* memory) noexcept {
+    auto* place = static_cast<Place*>(memory);
+    place->next = unused_;
+    unused_ = place;
+    forbid(place, sizeof(Place));
+}
+
+dbrecord* RecordPool::create(unsigned short count) { return new (take()) dbrecord(count); }
+
+dbrecord* RecordPool::create(const dbrecord& other) {
+    void* place = take();
+    try {
+        return new (place) dbrecord(other);
+    } catch (...) {
+        giveBack(place);
+        throw;
+    }
+}
+
+void RecordPool::destroy(dbrecord* record) noexcept {
+    if (record == nullptr) return;
+    record->~dbrecord();
+    giveBack(record);
+}
+
+void RecordPool::releaseSlabs() noexcept {
+    while (slabs_ != nullptr) {
+        Slab* next = slabs_->next;
+        allow(slabs_, slabs_->bytes);
+        FillingBlock::free(slabs_, slabs_->bytes);
+        slabs_ = next;
+    }
+    unused_ = nullptr;
+    fresh_ = end_ = nullptr;
+    nextSlab_ = firstSlab;
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+
+#include <vekdb/record.h>
+
+/// The memory of a table's records, taken in slabs: a row costs its bytes and no more, and rows
+/// that were made together stand together. Destroys what is left with itself.
+class RecordPool {
+public:
+    RecordPool() = default;
+    ~RecordPool() { releaseSlabs(); }
+    RecordPool(const RecordPool&) = delete;
+    RecordPool& operator=(const RecordPool&) = delete;
+
+    dbrecord* create(unsigned short count);
+    dbrecord* create(const dbrecord& other);
+    void destroy(dbrecord* record) noexcept;
+    /// About so many more records are to come; the next slab holds them, if one can.
+    void expect(std::size_t records) noexcept;
+    /// Gives the memory back; every record has been destroyed before.
+    void releaseSlabs() noexcept;
+
+private:
+    struct Slab;
+    union Place;
+
+    static constexpr std::size_t firstSlab = 32;
+
+    void* take();
+    void addSlab();
+    void giveBack(void* place) noexcept;
+
+    Slab* slabs_ = nullptr;
+    Place* unused_ = nullptr;  // places of destroyed records
+    char* fresh_ = nullptr;
+    char* end_ = nullptr;
+    std::size_t nextSlab_ = firstSlab;  // records; doubles
+};

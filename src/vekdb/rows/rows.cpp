@@ -1,0 +1,139 @@
+#include "vekdb/rows/rows.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include <vekdb/host/exceptions.h>
+#include <vekdb/host/os.h>
+
+namespace {
+
+// Makes room for `slots` pointers and zeroes what is new.
+void resizeSlots(dbrecord**& block, std::size_t& room, std::size_t slots) {
+    block = static_cast<dbrecord**>(
+        OS()->allocator()->reallocate(block, slots * sizeof(dbrecord*)));
+    std::memset(block + room, 0, (slots - room) * sizeof(dbrecord*));
+    room = slots;
+}
+
+void freeSlots(dbrecord**& block, std::size_t& room) {
+    OS()->allocator()->free(block);
+    block = nullptr;
+    room = 0;
+}
+
+}  // namespace
+
+void Rows::makeRoom(std::size_t slots) {
+    if (slots <= room_) return;
+    resizeSlots(slots_, room_, std::max(slots, room_ + room_ / 2));
+}
+
+void Rows::addChunk() { cover(std::uint64_t{capacity_} + 1); }
+
+void Rows::cover(std::uint64_t rows) {
+    if (rows <= capacity_) return;
+    std::uint64_t capacity = (rows + chunk - 1) / chunk * chunk;
+    if (capacity >= none) throw Quor::Exception::BadAlloc();
+    makeRoom(static_cast<std::size_t>(capacity));
+    capacity_ = static_cast<unsigned>(capacity);
+}
+
+void Rows::append(dbrecord* record) {
+    if (gap_ != 0 && std::size_t{count_} + gap_ >= room_) moveGapTo(count_);
+    if (gapAt_ == count_) {
+        slots_[count_++] = record;
+        gapAt_ = count_;
+        gap_ = gap_ > 0 ? gap_ - 1 : 0;
+    } else {
+        slots_[count_++ + gap_] = record;
+    }
+}
+
+void Rows::insert(unsigned at, dbrecord* const* records, unsigned n) {
+    inOneArray();
+    std::memmove(slots_ + at + n, slots_ + at, (count_ - at) * sizeof(dbrecord*));
+    std::memcpy(slots_ + at, records, n * sizeof(dbrecord*));
+    count_ += n;
+    gapAt_ = count_;
+}
+
+// Rows keep their order; those between the gap's old and new place cross it.
+void Rows::moveGapTo(unsigned at) {
+    if (gap_ == 0) {
+        gapAt_ = at;
+        return;
+    }
+    if (at > gapAt_) {
+        std::memmove(slots_ + gapAt_, slots_ + gapAt_ + gap_, (at - gapAt_) * sizeof(dbrecord*));
+    } else {
+        std::memmove(slots_ + at + gap_, slots_ + at, (gapAt_ - at) * sizeof(dbrecord*));
+    }
+    gapAt_ = at;
+}
+
+void Rows::erase(unsigned first, unsigned n) {
+    ++order_;
+    for (unsigned i = first; i < first + n; ++i) {
+        pool_.destroy(at(i));
+    }
+    // The tagged slots are behind rows that may have gone; no lookup may find those.
+    if (taggedRoom_ != 0) {
+        freeSlots(tagged_, taggedRoom_);
+        taggedCount_ = 0;
+    }
+    if (gapAt_ < first || gapAt_ > first + n) moveGapTo(gapAt_ < first ? first : first + n);
+    gapAt_ = first;
+    gap_ += n;
+    count_ -= n;
+}
+
+dbrecord** Rows::inOneArray() {
+    moveGapTo(count_);
+    gap_ = 0;
+    ++order_;
+    return slots_;
+}
+
+void Rows::indexTags() {
+    if (taggedRoom_ <= capacity_) resizeSlots(tagged_, taggedRoom_, std::size_t{capacity_} + 1);
+    taggedCount_ = 0;
+    for (unsigned i = 0; i < count_; ++i) {
+        dbrecord* record = at(i);
+        if (record == nullptr || record->get_tag() != 0) tagged_[taggedCount_++] = record;
+    }
+}
+
+unsigned Rows::newRow(unsigned raw) const {
+    if (tagsOnly_ == 0) return raw;
+    if (raw >= count_) return none;
+    dbrecord* const* end = tagged_ + taggedCount_;
+    dbrecord* const* found = std::find(tagged_, const_cast<dbrecord**>(end), at(raw));
+    return found == end ? none : static_cast<unsigned>(found - tagged_);
+}
+
+Rows::Piece Rows::shownFrom(unsigned position) const {
+    if (tagsOnly_ != 0) return {tagged_ + position, taggedCount_ - position};
+    if (position < gapAt_) return {slots_ + position, gapAt_ - position};
+    return {slots_ + gap_ + position, count_ - position};
+}
+
+unsigned Rows::rawRow(unsigned shown) const {
+    if (tagsOnly_ == 0) return shown;
+    if (shown > taggedCount_ || shown >= taggedRoom_ || tagged_[shown] == nullptr) return none;
+    for (unsigned i = 0; i < count_; ++i) {
+        if (at(i) == tagged_[shown]) return i;
+    }
+    return none;
+}
+
+void Rows::release() {
+    ++order_;
+    for (unsigned i = 0; i < count_; ++i) {
+        pool_.destroy(at(i));
+    }
+    pool_.releaseSlabs();
+    freeSlots(slots_, room_);
+    freeSlots(tagged_, taggedRoom_);
+    count_ = capacity_ = gapAt_ = gap_ = taggedCount_ = tagsOnly_ = 0;
+}

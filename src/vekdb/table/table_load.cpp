@@ -1,0 +1,102 @@
+#include <climits>
+#include <ctime>
+
+#include <vekdb/host/text_file.h>
+#include <vekdb/table.h>
+#include "host/text_arrival.h"
+#include "vekdb/lines/plain_csv.h"
+#include "vekdb/lines/record_lines.h"
+#include "vekdb/lines/record_loader.h"
+#include "vekdb/lines/row_sieve.h"
+#include "vekdb/lines/table_header.h"
+#include "vekdb/table/table_parts.h"
+
+namespace {
+
+constexpr unsigned short headerRoom = 24;
+
+}  // namespace
+
+// What a load is asked for. Without a choice every row is taken.
+struct vekdb::Load {
+    int maxRecords;
+    bool requireMagic;
+    RowChoice* choice;
+};
+
+void vekdb::loadFromFile(int maxRecords, bool requireMagic) {
+    load({maxRecords, requireMagic, nullptr});
+}
+
+void vekdb::loadFromFile(RowChoice& choice, bool requireMagic) {
+    load({INT_MAX, requireMagic, &choice});
+}
+
+// A part of a file's rows must not pass for the table, to be saved over all of them.
+void vekdb::load(const Load& load) {
+    free();
+    try {
+        fillFromFile(load);
+    } catch (...) {
+        free();
+        throw;
+    }
+}
+
+void vekdb::fillFromFile(const Load& load) {
+    const bool isPlainCsv = parts().fileName.endsWith(L".csv", true);
+    if (!isPlainCsv && fillWhileReading(load)) return;
+    TextFile file;
+    if (!file.load(parts().fileName, '\n', false)) return;
+    if (isPlainCsv) {
+        loadPlainCsv(file, *this, parts(), load.maxRecords, load.choice);
+    } else {
+        fillFrom(file, load);
+    }
+}
+
+// False, with an empty table, where the file is to be read in the other way. A derived class's
+// code, which would see a file begun twice, is called in the other way only.
+bool vekdb::fillWhileReading(const Load& load) {
+    TextFile file;
+    if (mayBeOverridden() || !file.loadAhead(parts().fileName, '\n')) return false;
+    try {
+        fillFrom(file, load);
+        return true;
+    } catch (const TextArrival::Broken&) {
+        free();
+        return false;
+    }
+}
+
+void vekdb::fillFrom(TextFile& file, const Load& load) {
+    dbrecord header(headerRoom);
+    if (!TableHeader(*this, parts(), file, header).readColumns(load.requireMagic)) {
+        return file.awaitAll();
+    }
+    post_init();
+    const RowSieve sieve(load.choice, *this, parts());
+    // Records that nobody has seen yet are not marked as changed in the first place.
+    TextLines lines(file, TextLines::Mark::none);
+    const unsigned rows = RecordLoader(*this, parts(), lines, sieve, false).load(load.maxRecords);
+    lines.awaitAll();
+    parts().loadedWhole = lines.areAll(rows);
+    if (lines.hasRead()) parts().modificationTime = std::time(nullptr);
+    parts().modified = false;
+}
+
+int vekdb::read_params(TextFile& file, dbrecord& header) {
+    return static_cast<int>(TableHeader(*this, parts(), file, header).readParameters());
+}
+
+unsigned vekdb::add_text(TextFile& file, int skipFirst, int maxRecords) {
+    FileLines lines(file);
+    return RecordLoader(*this, parts(), lines, RowSieve(), skipFirst != 0).load(maxRecords);
+}
+
+unsigned vekdb::load_text(int maxRecords) {
+    TextFile file;
+    if (!file.load(parts().fileName, '\n', false)) return 0;
+    TextLines lines(file, TextLines::Mark::asRead);
+    return RecordLoader(*this, parts(), lines, RowSieve(), true).load(maxRecords);
+}
