@@ -18,6 +18,7 @@ constexpr CommandEntry commands[] = {
     {"tag", tagCommand},
     {"untag", untagCommand},
     {"set", setCommand},
+    {"timecode", timecodeCommand},
     {"delete", deleteCommand},
     {"column", columnCommand},
     {"param", paramCommand},

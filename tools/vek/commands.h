@@ -20,6 +20,7 @@ Command setCommand();
 Command showCommand();
 Command statsCommand();
 Command tagCommand();
+Command timecodeCommand();
 Command untagCommand();
 
 /// All of them, in the order of the help.

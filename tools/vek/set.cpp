@@ -1,3 +1,4 @@
+#include "tools/vek/cli/edits.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/writers.h"
 #include "tools/vek/commands.h"
@@ -21,39 +22,16 @@ Change parseChange(const Log& log, const std::string& text) {
     return {static_cast<unsigned short>(column), text.substr(equals + 1)};
 }
 
-// A cell before and after.
-struct Edit {
-    unsigned row = 0;
-    Change change;
-    std::string before;
-};
-
 std::vector<Edit> editsOf(const VDBView& view, const std::vector<Change>& changes) {
     std::vector<Edit> edits;
     for (unsigned i = 0; i < view->get_num_records(); ++i) {
         for (const Change& change : changes) {
             std::string before(view->get_record(i)->fieldView(change.column));
-            if (before != change.value) edits.push_back({view->baseIndex(i), change, before});
+            if (before == change.value) continue;
+            edits.push_back({view->baseIndex(i), change.column, before, change.value});
         }
     }
     return edits;
-}
-
-void printEdits(const Log& log, const std::vector<Edit>& edits, const Args& args) {
-    Output out;
-    Screen screen = screenOf(out, args);
-    std::vector<std::vector<std::string>> cells;
-    for (const Edit& edit : edits) {
-        cells.push_back({std::to_string(edit.row + 1), log.columnName(edit.change.column),
-                         edit.before, edit.change.value});
-    }
-    Grid grid{{{"#", true, true}, {"Column"}, {"Before"}, {"After"}},
-              cells.size(),
-              [&](std::size_t row, std::size_t column) -> std::string_view {
-                  return cells[row][column];
-              }};
-    printGrid(grid, screen, out);
-    out.close();
 }
 
 int run(const Args& args) {
@@ -77,9 +55,7 @@ int run(const Args& args) {
         say(log.name + ": no row matches, nothing changed");
         return found;
     }
-    for (const Edit& edit : edits) {
-        log.table->get_record(edit.row)->setField(edit.change.column, cellText(edit.change.value));
-    }
+    makeEdits(log, edits);
     saveInPlace(log, args.has("backup"));
     say(summary + " changed");
     return done;
@@ -100,10 +76,7 @@ Command setCommand() {
          {"vek set log.vek Notes= --every", "empty a column"}},
         {{"FILE", "the log, changed in place; - reads standard input and prints"},
          {"COLUMN=VALUE", "a column and its new value", false, true}},
-        join(join(choosingOptions(), {everyOption(),
-                                      {"-n,--dry-run", "", "show before and after, change nothing"},
-                                      backupOption(),
-                                      fromOption()}),
+        join(join(choosingOptions(), {everyOption(), dryRunOption(), backupOption(), fromOption()}),
              screenOptions()),
         run,
     };

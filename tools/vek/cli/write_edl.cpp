@@ -218,11 +218,12 @@ private:
         }
     }
 
-    std::string title() const {
+    std::string title() {
         std::string name = oneLine(sheet_.log.parameter("TITLE"));
         if (!name.empty() || places_.isEdl()) return name;
         name = oneLine(sheet_.log.parameter("Project"));
-        if (!name.empty()) return name;
+        isTitle_ = !name.empty();
+        if (isTitle_) return name;
         std::string path = sheet_.log.name.substr(sheet_.log.name.rfind('/') + 1);
         return oneLine(path.substr(0, path.rfind('.')));
     }
@@ -233,7 +234,8 @@ private:
                          sameText(parameter.name.substr(0, 8), edlColumnNames[edlComments]);
         if (isComment) {
             for (std::string_view text : split(parameter.value, '\n')) line(oneLine(text));
-        } else if (!isOneOf(parameter.name, {"TITLE", "FCM"})) {
+        } else if (!isOneOf(parameter.name, {"TITLE", "FCM"}) &&
+                   !(isTitle_ && sameText(parameter.name, "Project"))) {
             losses_.add("parameters have no place in this format", inQuotes(parameter.name));
         }
     }
@@ -458,6 +460,7 @@ private:
     std::size_t number_ = 0;
     std::int64_t recorded_ = -1;  // the frame that the next event begins at
     bool recordDrops_ = false;
+    bool isTitle_ = false;  // the parameter Project
 };
 
 }  // namespace

@@ -1,0 +1,475 @@
+#include <algorithm>
+#include <charconv>
+
+#include "tools/vek/cli/counting.h"
+#include "tools/vek/cli/edits.h"
+#include "tools/vek/cli/film_columns.h"
+#include "tools/vek/cli/grid.h"
+#include "tools/vek/cli/readers.h"
+#include "tools/vek/cli/timecode_form.h"
+#include "tools/vek/cli/writers.h"
+#include "tools/vek/commands.h"
+
+namespace vek {
+
+namespace {
+
+constexpr int fastestWritten = 100;  // two digits of frames
+
+// A log whose timecodes are to be changed: what is found out about it, and the edits so far.
+struct Work {
+    Log& log;
+    LogCounting counting;
+    std::vector<unsigned> rows;
+    std::vector<Edit> edits;
+    std::vector<Problem> odd;  // cells that stay as they are
+    std::size_t overMidnight = 0;
+
+    int nominal() const { return counting.nominal(); }
+
+    bool drops(unsigned row, unsigned column) const {
+        std::optional<Timecode> code = counting.timecode(row, column);
+        return code && code->dropFrame;
+    }
+
+    void put(unsigned row, unsigned column, const std::string& after) {
+        std::string before(log.cell(row, column));
+        if (before == after) return;
+        edits.push_back({row, static_cast<unsigned short>(column), before, after});
+    }
+
+    void leave(unsigned row, unsigned column, const std::string& expected) {
+        odd.push_back({log.lineOf(row), log.columnName(column), inQuotes(log.cell(row, column)),
+                       expected, "the cell stays as it is"});
+    }
+};
+
+void requireRate(const Work& work) {
+    if (work.nominal() == 0) {
+        throw Failure{wrongUsage,
+                      work.log.name + ": no frame rate, expected a parameter FPS or --fps RATE"};
+    }
+    if (work.nominal() <= fastestWritten) return;
+    throw Failure{wrongUsage, work.log.name + ": " + rateText(*work.counting.rate()) +
+                                  " frames a second, expected at most 100, which the two digits "
+                                  "of a timecode hold"};
+}
+
+// Whether at least half of a column's filled cells are timecodes, or its type says so.
+bool isTimeColumn(const Log& log, unsigned column) {
+    DBFieldTypes::eType type = log.table->get_field_type(column);
+    if (type == DBFieldTypes::timecode || type == DBFieldTypes::timecode_s) return true;
+    std::size_t filled = 0;
+    std::size_t good = 0;
+    for (unsigned row = 0; row < log.rowCount(); ++row) {
+        std::string_view cell = trimmed(log.cell(row, column));
+        filled += cell.empty() ? 0 : 1;
+        good += parseTimecode(cell) ? 1 : 0;
+    }
+    return filled > 0 && good * 2 >= filled;
+}
+
+std::vector<unsigned> timeColumns(const Log& log) {
+    std::vector<unsigned> out;
+    for (unsigned column = 0; column < log.columnCount(); ++column) {
+        if (isTimeColumn(log, column)) out.push_back(column);
+    }
+    return out;
+}
+
+// The one pair that begins and ends something; which of several is meant a person has to say.
+std::vector<unsigned> onlyPair(const Log& log) {
+    std::vector<RangeColumns> pairs;
+    for (const RangeColumns& pair : rangeColumns(log)) {
+        if (isTimeColumn(log, pair.start) && isTimeColumn(log, pair.end)) pairs.push_back(pair);
+    }
+    if (pairs.size() == 1) return {pairs[0].start, pairs[0].end};
+    std::string names;
+    for (const RangeColumns& pair : pairs) {
+        names += concat(names.empty() ? "" : "; ", log.columnName(pair.start), ",",
+                        log.columnName(pair.end));
+    }
+    throw Failure{wrongUsage, log.name + ": " +
+                                  (pairs.empty() ? std::string("no pair of start and end columns")
+                                                 : "several pairs of columns (" + names + ")") +
+                                  ", expected --columns A,B"};
+}
+
+// The cell's timecode. Nothing for an empty cell, and for one that is none, which is told.
+std::optional<Timecode> codeOf(Work& work, unsigned row, unsigned column) {
+    if (trimmed(work.log.cell(row, column)).empty()) return {};
+    std::optional<Timecode> code = work.counting.timecode(row, column);
+    if (code && isCounted(*code, work.nominal())) return code;
+    work.leave(row, column,
+               code ? "a frame that is there at " + rateText(*work.counting.rate())
+                    : "a timecode such as 01:00:00:00");
+    return {};
+}
+
+std::optional<std::int64_t> wholeNumber(std::string_view text) {
+    std::int64_t number = 0;
+    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    bool isWhole = error == std::errc() && end == text.data() + text.size() && number >= 0;
+    return isWhole ? std::optional(number) : std::nullopt;
+}
+
+// "48" or "00:00:02:00": so many frames, counted as the row counts.
+std::optional<std::int64_t> lengthOf(std::string_view text, int nominal, bool drops) {
+    text = trimmed(text);
+    std::optional<Timecode> code = parseTimecode(text);
+    bool isPlain = !code || text.find_first_not_of("0123456789") == std::string_view::npos;
+    if (isPlain && text.size() < 8) return wholeNumber(text);
+    if (!code || code->frames >= nominal) return {};
+    code->dropFrame = code->dropFrame || drops;
+    return framesOf(*code, nominal);
+}
+
+// A frame of the day; what is past midnight begins anew.
+std::int64_t inDay(Work& work, std::int64_t frames, std::int64_t day) {
+    bool isWithin = frames >= 0 && frames < day;
+    work.overMidnight += isWithin ? 0 : 1;
+    return isWithin ? frames : (frames % day + day) % day;
+}
+
+void shift(Work& work, const std::vector<unsigned>& columns, const std::string& by) {
+    std::string_view text = by;
+    bool isBack = text.starts_with('-');
+    if (isBack || text.starts_with('+')) text.remove_prefix(1);
+    if (!lengthOf(text, work.nominal(), false)) {
+        throw Failure{wrongUsage, "timecode shift: " + inQuotes(by) +
+                                      " is no length, expected frames (48, -48) or a timecode"};
+    }
+    for (unsigned row : work.rows) {
+        for (unsigned column : columns) {
+            std::optional<Timecode> code = codeOf(work, row, column);
+            if (!code) continue;
+            std::int64_t length = *lengthOf(text, work.nominal(), code->dropFrame);
+            std::int64_t frames = framesOf(*code, work.nominal()) + (isBack ? -length : length);
+            frames = inDay(work, frames, framesInDay(work.nominal(), code->dropFrame));
+            work.put(row, column,
+                     inFormOf(work.log.cell(row, column),
+                              timecodeText(frames, work.nominal(), code->dropFrame)));
+        }
+    }
+}
+
+// From one rate to another, the moment kept or the number of the frame.
+class Conform {
+public:
+    Conform(Work& work, const FrameRate& to, const Args& args)
+        : work_(work),
+          from_(*work.counting.rate()),
+          to_(to),
+          keepsFrames_(args.text("keep") == "frames"),
+          round_(args.text("round")) {}
+
+    void cells(const std::vector<unsigned>& columns) {
+        for (unsigned row : work_.rows) {
+            for (unsigned column : columns) cell(row, column);
+            countAnew(row);
+        }
+        if (inexact_ > 0) refuse();
+    }
+
+    /// What the log says of itself afterwards.
+    void parameters() {
+        if (!work_.log.setParameter("FPS", rateText(said()))) {
+            say(work_.log.name + ": there is no room for a parameter FPS");
+        }
+        std::string fcm = work_.log.parameter("FCM");
+        if (!fcm.empty()) work_.log.setParameter("FCM", fcmText(dropsAll()));
+    }
+
+private:
+    bool dropsAll() const { return drops(work_.counting.countingOfAll() == Counting::dropFrame); }
+
+    FrameRate said() const {
+        FrameRate rate = to_;
+        bool wasSaid = work_.counting.rate()->counting != Counting::unsaid;
+        if (rate.counting == Counting::unsaid && wasSaid && canDropFrames(to_.nominal)) {
+            rate.counting = dropsAll() ? Counting::dropFrame : Counting::nonDrop;
+        }
+        return rate;
+    }
+
+    // Drop-frame stays drop-frame where the new rate can and nothing else is said.
+    bool drops(bool before) const {
+        if (to_.counting != Counting::unsaid) return to_.counting == Counting::dropFrame;
+        return before && canDropFrames(to_.nominal);
+    }
+
+    static std::string fcmText(bool drops) { return drops ? "DROP FRAME" : "NON-DROP FRAME"; }
+
+    void cell(unsigned row, unsigned column) {
+        std::optional<Timecode> code = codeOf(work_, row, column);
+        if (!code) return;
+        bool dropsNow = drops(code->dropFrame);
+        std::int64_t frames = converted(row, column, framesOf(*code, from_.nominal));
+        frames = inDay(work_, frames, framesInDay(to_.nominal, dropsNow));
+        std::string text = timecodeText(frames, to_.nominal, dropsNow);
+        work_.put(row, column, inFormOf(work_.log.cell(row, column), text, mark(code->dropFrame)));
+    }
+
+    Mark mark(bool before) const {
+        if (drops(before) == before) return Mark::asBefore;
+        return before ? Mark::nonDrop : Mark::dropFrame;
+    }
+
+    std::int64_t converted(unsigned row, unsigned column, std::int64_t frames) {
+        if (keepsFrames_) return frames;
+        std::int64_t above = frames * from_.seconds() * to_.frames();
+        std::int64_t below = from_.frames() * to_.seconds();
+        std::int64_t rest = above % below;
+        if (rest == 0) return above / below;
+        if (round_ == "up") return above / below + 1;
+        if (round_ == "nearest") return above / below + (2 * rest >= below ? 1 : 0);
+        if (round_.empty()) noteInexact(row, column);
+        return above / below;
+    }
+
+    void noteInexact(unsigned row, unsigned column) {
+        if (inexact_++ > 0) return;
+        first_ = worded(work_.log.name,
+                        {work_.log.lineOf(row), work_.log.columnName(column),
+                         inQuotes(work_.log.cell(row, column)) + " is between two frames",
+                         "a whole frame at " + rateText(to_), ""});
+    }
+
+    [[noreturn]] void refuse() const {
+        throw Failure{found, first_ + "; " + counted(inexact_, "cell") +
+                                 " like this, nothing is changed; choose with --round nearest, "
+                                 "down or up, or with --keep frames"};
+    }
+
+    // Edit lists say row by row how they count.
+    void countAnew(unsigned row) {
+        unsigned column = work_.log.findColumn("FCM");
+        if (column == noColumn) return;
+        Counting before = countingOfFcm(work_.log.cell(row, column));
+        if (before == Counting::unsaid) return;
+        work_.put(row, column, fcmText(drops(before == Counting::dropFrame)));
+    }
+
+    Work& work_;
+    FrameRate from_;
+    FrameRate to_;
+    bool keepsFrames_;
+    std::string round_;
+    std::size_t inexact_ = 0;
+    std::string first_;
+};
+
+void conform(Work& work, const std::vector<unsigned>& columns, const Args& args) {
+    std::optional<FrameRate> to = parseFrameRate(args.text("BY"));
+    if (!to || to->nominal > fastestWritten) {
+        throw Failure{wrongUsage, "timecode conform: " + inQuotes(args.text("BY")) +
+                                      " is no rate, expected one such as 25 or 29.97df"};
+    }
+    Conform job(work, *to, args);
+    job.cells(columns);
+    job.parameters();
+}
+
+unsigned columnOrNew(Log& log, const std::string& name) {
+    unsigned column = log.findColumn(name);
+    if (column == noColumn) column = log.table->addField({cellText(name), DBFieldTypes::text});
+    if (column != noColumn) return column;
+    throw Failure{unwritable, log.name + ": there is no room for a column " + inQuotes(name)};
+}
+
+void durations(Work& work, const RangeColumns& pair, unsigned into, bool asFrames) {
+    for (unsigned row : work.rows) {
+        std::optional<Timecode> start = codeOf(work, row, pair.start);
+        std::optional<Timecode> end = codeOf(work, row, pair.end);
+        if (!start || !end) continue;
+        std::optional<std::int64_t> frames = framesBetween(*start, *end, work.nominal());
+        if (!frames) {
+            work.leave(row, pair.end, "an end behind the start");
+            continue;
+        }
+        bool drops = start->dropFrame || end->dropFrame;
+        bool isMarked = hasDropMark(work.log.cell(row, pair.start)) ||
+                        hasDropMark(work.log.cell(row, pair.end));
+        std::string text = timecodeText(*frames, work.nominal(), drops);
+        text = inFormOf(text, text, isMarked ? Mark::asBefore : Mark::nonDrop);
+        work.put(row, into, asFrames ? std::to_string(*frames) : text);
+    }
+}
+
+void ends(Work& work, unsigned start, unsigned length, unsigned into) {
+    for (unsigned row : work.rows) {
+        std::optional<Timecode> code = codeOf(work, row, start);
+        std::string_view text = trimmed(work.log.cell(row, length));
+        if (!code || text.empty()) continue;
+        std::optional<std::int64_t> frames = lengthOf(text, work.nominal(), code->dropFrame);
+        if (!frames) {
+            work.leave(row, length, "frames (48) or a timecode");
+            continue;
+        }
+        std::int64_t day = framesInDay(work.nominal(), code->dropFrame);
+        std::int64_t end = inDay(work, framesOf(*code, work.nominal()) + *frames, day);
+        work.put(row, into,
+                 inFormOf(work.log.cell(row, start),
+                          timecodeText(end, work.nominal(), code->dropFrame)));
+    }
+}
+
+// The two columns of --columns, or nothing.
+std::optional<RangeColumns> givenPair(const Log& log, const Args& args) {
+    if (!args.has("columns")) return {};
+    std::vector<unsigned> columns = columnList(log, args.text("columns"));
+    if (columns.size() == 2) return RangeColumns{columns[0], columns[1]};
+    throw Failure{wrongUsage, "timecode " + args.text("ACTION") + ": --columns takes two columns"};
+}
+
+void durations(Work& work, const Args& args) {
+    std::optional<RangeColumns> pair = givenPair(work.log, args);
+    if (!pair) pair = sourceColumns(work.log);
+    if (pair->start == noColumn) {
+        throw Failure{wrongUsage,
+                      work.log.name + ": no columns such as Start and End, expected --columns"};
+    }
+    unsigned into = columnOrNew(work.log, args.text("into", "Duration"));
+    durations(work, *pair, into, args.text("as") == "frames");
+}
+
+// What the end is called where the start is called so.
+std::string endNameOf(const std::string& start) {
+    for (auto [from, to] :
+         {std::pair{"Start time", "End time"}, std::pair{"Start", "End"},
+          std::pair{"Source In", "Source Out"}, std::pair{"Mark IN", "Mark OUT"}}) {
+        if (sameText(start, from)) return to;
+    }
+    throw Failure{wrongUsage,
+                  "timecode end: expected --into COLUMN for the end of " + inQuotes(start)};
+}
+
+void ends(Work& work, const Args& args) {
+    RangeColumns pair =
+        givenPair(work.log, args)
+            .value_or(
+                RangeColumns{firstColumn(work.log, {"Start time", "Start", "Source In", "Mark IN"}),
+                             firstColumn(work.log, {"Duration"})});
+    if (pair.start == noColumn || pair.end == noColumn) {
+        throw Failure{wrongUsage, work.log.name +
+                                      ": no columns such as Start and Duration, expected "
+                                      "--columns START,DURATION"};
+    }
+    std::string into = args.text("into");
+    if (into.empty()) into = endNameOf(work.log.columnName(pair.start));
+    ends(work, pair.start, pair.end, columnOrNew(work.log, into));
+}
+
+void requireFitting(const Args& args, const Selection& selection) {
+    std::string action = args.text("ACTION");
+    bool takesBy = action == "shift" || action == "conform";
+    if (args.has("BY") != takesBy) {
+        throw Failure{wrongUsage,
+                      "timecode: expected shift FILE BY, conform FILE RATE, duration FILE or "
+                      "end FILE"};
+    }
+    if (action == "conform" && narrows(selection)) {
+        throw Failure{wrongUsage,
+                      "timecode conform: a log has one rate, so all its rows are conformed"};
+    }
+}
+
+std::vector<unsigned> columnsFor(const Log& log, const Args& args) {
+    if (args.has("columns")) return columnList(log, args.text("columns"));
+    return args.text("ACTION") == "conform" ? timeColumns(log) : onlyPair(log);
+}
+
+void change(Work& work, const Args& args) {
+    std::string action = args.text("ACTION");
+    if (action == "shift") return shift(work, columnsFor(work.log, args), args.text("BY"));
+    if (action == "conform") return conform(work, columnsFor(work.log, args), args);
+    if (action == "duration") return durations(work, args);
+    ends(work, args);
+}
+
+void tellOdd(const Work& work) {
+    constexpr std::size_t most = 20;
+    for (std::size_t i = 0; i < work.odd.size() && i < most; ++i) {
+        say(worded(work.log.name, work.odd[i]));
+    }
+    if (work.odd.size() > most) {
+        say(work.log.name + ": " + std::to_string(work.odd.size() - most) + " more like these");
+    }
+    if (work.overMidnight > 0) {
+        say(work.log.name + ": " + counted(work.overMidnight, "cell") + " past midnight");
+    }
+}
+
+void save(const Log& log, const Args& args) {
+    if (!args.has("output")) return saveInPlace(log, args.has("backup"));
+    requireWhole(log);
+    Output out(args.text("output"));
+    Losses losses;
+    Target target = out.isStandardOutput() ? targetOf(log) : targetOfPath(args.text("output"));
+    writeSheet(wholeSheet(log), target, {log.endsLinesWithCr, log.beganWithMark}, out, losses);
+    out.close();
+    losses.tell(out.name());
+}
+
+int run(const Args& args) {
+    Selection selection = selectionFrom(args);
+    requireFitting(args, selection);
+    Log log = readLog(args);
+    Work work{log, LogCounting(log, wantedRate(args)), {}, {}, {}};
+    requireRate(work);
+    VDBView view = selectRows(log, selection).view;
+    for (unsigned i = 0; i < view->get_num_records(); ++i) work.rows.push_back(view->baseIndex(i));
+    change(work, args);
+    tellOdd(work);
+    bool isDry = args.has("dry-run");
+    if (isDry)
+        printEdits(log, work.edits, args);
+    else if (!work.rows.empty()) {
+        makeEdits(log, work.edits);
+        save(log, args);
+    }
+    say(log.name + ": " + counted(work.rows.size(), "row") + ", " +
+        counted(work.edits.size(), "cell") + (isDry ? " would change" : " changed"));
+    return work.rows.empty() || !work.odd.empty() ? found : done;
+}
+
+}  // namespace
+
+Command timecodeCommand() {
+    return {
+        "timecode",
+        "shift timecodes, bring them to another rate, work out durations and ends",
+        "shift adds frames or a timecode to the start and end columns. conform brings all "
+        "timecodes to another rate, or to drop-frame or non-drop counting: the moment is kept, "
+        "which is refused where it is between two frames and no --round is given, or, with --keep "
+        "frames, the number of the frame. duration fills a column from start and end, end one from "
+        "start and duration. Counting is exact, drop-frame where the log says so, and goes on past "
+        "midnight. Cells that are no timecode stay and are told; it ends with 1 then.",
+        {{"vek timecode shift log.vek 01:00:00:00", "an hour later"},
+         {"vek timecode shift log.vek -12 --columns 'Start time' --where Reel=A001",
+          "twelve frames earlier, in one column of some rows"},
+         {"vek timecode conform log.vek 29.97ndf --dry-run", "from drop-frame to non-drop"},
+         {"vek timecode conform log.vek 25 --fps 24 --keep frames", "the same frames, faster"},
+         {"vek timecode duration log.vek --as frames", "a column Duration"}},
+        {{"ACTION", "what to do", false, false, "shift|conform|duration|end"},
+         {"FILE", "the log, changed in place; - reads standard input and prints"},
+         {"BY", "frames or a timecode to shift by, or the rate to conform to", true}},
+        join(join({{"--columns", "A,B",
+                    "the columns: those to shift or conform, start and end, or start and "
+                    "duration"},
+                   {"--into", "COLUMN", "the column that a duration or an end goes into"},
+                   fpsOption(),
+                   {"--keep", "WHAT", "when a rate changes keep the time (as a rule) or the frames",
+                    false, "time|frames"},
+                   {"--round", "HOW", "what to do with a time between two frames", false,
+                    "nearest|down|up"},
+                   {"--as", "FORM", "durations as timecodes (as a rule) or as frames", false,
+                    "timecode|frames"},
+                   {"-o,--output", "OUT", "write this file, leave the log as it is"}},
+                  choosingOptions()),
+             join({dryRunOption(), backupOption(), fromOption()}, screenOptions())),
+        run,
+    };
+}
+
+}  // namespace vek
