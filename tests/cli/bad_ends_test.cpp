@@ -318,6 +318,19 @@ TEST(ProgressBar, ShowsOnATerminalWhenAJobTakesLongAndGoesAtItsEnd) {
     EXPECT_TRUE(finish.errors.ends_with("\r\x1b[K")) << finish.errors;
 }
 
+TEST(ProgressBar, ShowsTheFilesNameEscaped) {
+    WorkFolder folder;
+    Start start;
+    start.words = {"/bin/sh", "-c",
+                   "mkfifo \"$1\"; (echo Name; sleep 1.2; echo A; sleep 0.2) > \"$1\" & "
+                   "\"$0\" convert \"$1\" - --to csv --from csv; wait",
+                   VEK_PROGRAM, "a\x1b[2Jb"};
+    start.errorsToTerminal = true;
+    Finish finish = run(folder, start);
+    EXPECT_EQ(finish.output, "Name\nA\n");
+    EXPECT_TRUE(finish.errors.starts_with("\rreading a\\x1b[2Jb 0 KB")) << finish.errors;
+}
+
 TEST(ProgressBar, IsNotForPipes) {
     EXPECT_EQ(readSlowly(false).errors, "");
 }

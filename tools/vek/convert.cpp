@@ -17,8 +17,7 @@ int run(const Args& args) {
     Log log = readLog(args, "IN");
     Output out(args.text("OUT"));
     Losses losses;
-    writeSheet(wholeSheet(log), target,
-               {args.has("crlf"), false, wantedRate(args), args.has("short-reels")}, out, losses);
+    writeSheet(wholeSheet(log), target, styleFrom(args, target), out, losses);
     out.close();
     losses.tell(out.name());
     return readingResult(log);
@@ -42,12 +41,13 @@ Command convertCommand() {
          {"vek convert - docs.json --from csv < docs.csv", "from a pipe"}},
         {{"IN", "the log to read, or - for standard input"},
          {"OUT", "the file to write, its ending names the format; or - for standard output"}},
-        {fromOption(),
-         {"--to", "FORMAT", "what to write; the ending of OUT as a rule", false,
-          "vekdb|csv|tsv|json|jsonl|ale|edl|markdown|html"},
-         {"--crlf", "", "end lines of CSV, TSV, ALE and EDL with CR and LF"},
-         {"--short-reels", "", "reels of an edit list in 8 characters, the whole name beside them"},
-         fpsOption()},
+        join({fromOption(),
+              {"--to", "FORMAT", "what to write; the ending of OUT as a rule", false,
+               "vekdb|csv|tsv|json|jsonl|ale|edl|markdown|html"}},
+             join(styleOptions(),
+                  {{"--short-reels", "",
+                    "reels of an edit list in 8 characters, the whole name beside them"},
+                   fpsOption()})),
         run,
     };
 }

@@ -31,7 +31,7 @@ private:
     void printColumns(const char* what, const Log& log, const std::vector<std::string>& names,
                       Ink ink, char sign) {
         if (names.empty()) return;
-        out_.line(inked(
+        out_.inkedLine(inked(
             ink,
             sign + std::string(" ") + what + escaped(log.name) + ": " + escaped(joinedNames(names)),
             screen_));
@@ -54,7 +54,7 @@ private:
             std::string_view cell = log.cell(row, i);
             if (!cell.empty()) text += concat(" ", log.columnName(i), "=", inQuotes(cell));
         }
-        out_.line(inked(ink, escaped(text), screen_));
+        out_.inkedLine(inked(ink, escaped(text), screen_));
     }
 
     void printChanged(const RowDifference& difference) {
@@ -63,9 +63,9 @@ private:
         if (!difference.key.empty()) title += " (" + inQuotes(difference.key) + ")";
         out_.line("~ " + escaped(title));
         for (const CellDifference& cell : difference.cells) {
-            out_.line("    " + escaped(cell.column) + ": " +
-                      inked(Ink::red, escaped(inQuotes(cell.before)), screen_) + " -> " +
-                      inked(Ink::green, escaped(inQuotes(cell.after)), screen_));
+            out_.inkedLine("    " + escaped(cell.column) + ": " +
+                           inked(Ink::red, escaped(inQuotes(cell.before)), screen_) + " -> " +
+                           inked(Ink::green, escaped(inQuotes(cell.after)), screen_));
         }
     }
 
@@ -154,7 +154,7 @@ int run(const Args& args) {
     } else {
         Screen screen = screenOf(out, args);
         DifferencePrinter(found, out, screen).print();
-        if (!found.isEmpty()) out.line(inked(Ink::faint, summary(found), screen));
+        if (!found.isEmpty()) out.inkedLine(inked(Ink::faint, summary(found), screen));
     }
     out.close();
     return found.isEmpty() ? done : vek::found;

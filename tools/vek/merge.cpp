@@ -301,7 +301,7 @@ int run(const Args& args) {
     }
     Output out(args.text("output"));
     Losses losses;
-    writeSheet(wholeSheet(into), target, {}, out, losses);
+    writeSheet(wholeSheet(into), target, styleFrom(args, target), out, losses);
     out.close();
     losses.tell(out.name());
     return tellConflicts(merger) ? found : result;
@@ -325,16 +325,18 @@ Command mergeCommand() {
          {"vek merge log.vek fixes.csv --key Name --prefer last -o fixed.vek",
           "where both have a value, take the second"}},
         {{"FILE", "logs of any format, at least one", false, true}},
-        {{"-k,--key", "COLUMN", "join rows that have the same value here"},
-         {"--prefer", "WHICH",
-          "of two values keep the first, the last (also when it is empty), or the last that is "
-          "filled",
-          false, "first|last|filled"},
-         {"-y,--yes", "", "join logs of different frame rates all the same"},
-         {"-o,--output", "OUT", "write this file; standard output as a rule"},
-         {"--to", "FORMAT", "what to write; the ending of OUT as a rule", false,
-          "vekdb|csv|tsv|json|jsonl|ale|edl|markdown|html"},
-         fromOption()},
+        join(
+            {{"-k,--key", "COLUMN", "join rows that have the same value here"},
+             {"--prefer", "WHICH",
+              "of two values keep the first, the last (also when it is empty), or the last that is "
+              "filled",
+              false, "first|last|filled"},
+             {"-y,--yes", "", "join logs of different frame rates all the same"},
+             {"-o,--output", "OUT", "write this file; standard output as a rule"},
+             {"--to", "FORMAT", "what to write; the ending of OUT as a rule", false,
+              "vekdb|csv|tsv|json|jsonl|ale|edl|markdown|html"},
+             fromOption()},
+            styleOptions()),
         run,
     };
 }

@@ -50,7 +50,7 @@ void printTable(const Sheet& sheet, std::size_t matched, const Args& args, Outpu
     Screen screen = screenOf(out, args);
     std::size_t printed = printGrid(grid, screen, out);
     out.line("");
-    out.line(inked(Ink::faint, footer(sheet, matched, printed - 1), screen));
+    out.inkedLine(inked(Ink::faint, footer(sheet, matched, printed - 1), screen));
 }
 
 bool wantsTable(const Args& args) {
@@ -75,8 +75,9 @@ Target wantedTarget(const Args& args) {
 }
 
 void printAs(Target target, const Sheet& sheet, const Args& args, Output& out) {
+    WriteStyle style = styleFrom(args, target);
     Losses losses;
-    writeSheet(sheet, target, {args.has("crlf"), false}, out, losses);
+    writeSheet(sheet, target, style, out, losses);
     out.close();
     // Text for people and pipes tells nothing about parameters; a file kept does.
     if (args.has("output")) losses.tell(out.name());
@@ -84,6 +85,9 @@ void printAs(Target target, const Sheet& sheet, const Args& args, Output& out) {
 
 int run(const Args& args) {
     Selection selection = selectionFrom(args);
+    if (args.has("guard-formulas") && wantsTable(args)) {
+        throw Failure{wrongUsage, "show: --guard-formulas is for --format csv and tsv"};
+    }
     // A table file says how long the values of all its rows are.
     bool isTableFile = !wantsTable(args) && wantedTarget(args) == Target::table;
     Wanted wanted = isTableFile ? Wanted() : wantedRows(selection);
@@ -125,9 +129,8 @@ Command showCommand() {
                    {"-f,--format", "FORMAT", "what to print", false,
                     "table|csv|tsv|json|jsonl|markdown|html|vekdb|ale|edl"},
                    {"-o,--output", "OUT", "write a file; its ending gives the format"},
-                   {"--crlf", "", "end lines of CSV, TSV and ALE with CR and LF"},
                    fromOption()}),
-             screenOptions()),
+             join(styleOptions(), screenOptions())),
         run,
     };
 }

@@ -97,7 +97,7 @@ private:
             bool isLast = i + 1 == widths_.size();
             addCell(line, fitted(cell(i), widths_[i]), i, ink, isLast);
         }
-        out_.line(line);
+        out_.inkedLine(line);
     }
 
     void addCell(std::string& line, const std::string& text, std::size_t i, Ink ink, bool isLast) {

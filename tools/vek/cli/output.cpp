@@ -3,6 +3,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -11,6 +12,7 @@
 #include <vekdb/host/text_file.h>
 #include <vekdb/host/text_util.h>
 #include "tools/vek/cli/exit.h"
+#include "tools/vek/cli/width.h"
 
 namespace vek {
 
@@ -48,6 +50,23 @@ private:
     sigset_t before_;
 };
 
+// Line ends and tabs are the text's own form; a carriage return belongs to a line end or moves
+// the cursor.
+std::string forTerminal(std::string_view text) {
+    std::string out;
+    while (!text.empty()) {
+        std::size_t end = std::min(text.find_first_of("\n\t"), text.size());
+        std::size_t kept = std::min(end + 1, text.size());
+        bool endsInBoth =
+            end > 0 && end < text.size() && text[end] == '\n' && text[end - 1] == '\r';
+        if (endsInBoth) --end;
+        out += escaped(text.substr(0, end));
+        out += text.substr(end, kept - end);
+        text.remove_prefix(kept);
+    }
+    return out;
+}
+
 // Whoever read the pipe has seen enough.
 [[noreturn]] void endQuietly() {
     throw Failure{done, ""};
@@ -57,14 +76,24 @@ private:
 
 Output::Output(const std::string& path) : path_(path == "-" ? "" : path) {}
 
-void Output::write(std::string_view text) {
+void Output::add(std::string_view text) {
     pending_ += text;
     if (isStandardOutput() && pending_.size() >= flushAt) flush();
 }
 
+void Output::write(std::string_view text) {
+    if (isTerminal()) return add(forTerminal(text));
+    add(text);
+}
+
 void Output::line(std::string_view text) {
+    if (isTerminal()) return inkedLine(forTerminal(text));
+    inkedLine(text);
+}
+
+void Output::inkedLine(std::string_view text) {
     pending_ += text;
-    write("\n");
+    add("\n");
 }
 
 void Output::flush() {
@@ -90,7 +119,8 @@ std::string Output::name() const {
 }
 
 bool Output::isTerminal() const {
-    return isStandardOutput() && ::isatty(STDOUT_FILENO) == 1;
+    if (!isTerminal_) isTerminal_ = isStandardOutput() && ::isatty(STDOUT_FILENO) == 1;
+    return *isTerminal_;
 }
 
 void replaceFile(const std::string& path, std::string_view text) {

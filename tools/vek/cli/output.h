@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,8 +17,11 @@ public:
 
     /// A Failure with `unwritable` when a full disk or a closed stream takes no more. A pipe
     /// that nobody reads any more ends the program quietly.
+    /// On a terminal all but line ends and tabs is escaped.
     void write(std::string_view text);
     void line(std::string_view text);
+    /// A line whose parts are escaped already, with colours between them.
+    void inkedLine(std::string_view text);
     /// Says that everything is written. To be called before the end; nothing is saved without.
     void close();
 
@@ -28,10 +32,12 @@ public:
     bool isTerminal() const;
 
 private:
+    void add(std::string_view text);
     void flush();
 
     std::string path_;
     std::string pending_;
+    mutable std::optional<bool> isTerminal_;
 };
 
 /// Replaces a file atomically: mode and links are kept, and on any failure the old file stays.

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "tools/vek/cli/width.h"
+
 namespace vek {
 
 namespace {
@@ -21,8 +23,8 @@ void show(std::string_view text) {
 
 }  // namespace
 
-Progress::Progress(std::string what, std::size_t total)
-    : what_(std::move(what)),
+Progress::Progress(const std::string& what, std::size_t total)
+    : what_(escaped(what)),
       total_(total),
       step_(total / looks),
       isWatched_(::isatty(STDERR_FILENO) == 1),

@@ -10,8 +10,9 @@ namespace vek {
 /// has lasted over a second, and gone when the job is done.
 class Progress {
 public:
-    /// `what` is done ("reading"); `total` is all there is to do, 0 when it is not known.
-    Progress(std::string what, std::size_t total);
+    /// `what` is done ("reading", shown escaped); `total` is all there is to do, 0 when it is not
+    /// known.
+    Progress(const std::string& what, std::size_t total);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;

@@ -40,16 +40,20 @@ std::size_t widthOf(utf8proc_int32_t code) {
     return static_cast<std::size_t>(std::max(0, utf8proc_charwidth(code)));
 }
 
-// Characters that end lines, move the cursor, turn the direction of writing or cannot be seen.
+// Characters that end lines, move the cursor, turn the direction of writing or cannot be seen,
+// which make two names look alike that are not.
 bool needsEscape(utf8proc_int32_t code) {
     if (code == broken) return true;
-    switch (utf8proc_category(code)) {
+    const utf8proc_property_t* property = utf8proc_get_property(code);
+    switch (property->category) {
         case UTF8PROC_CATEGORY_CC:
         case UTF8PROC_CATEGORY_ZL:
         case UTF8PROC_CATEGORY_ZP:
             return true;
+        case UTF8PROC_CATEGORY_CF:
+            return property->ignorable || widthOf(code) == 0;
         default:
-            return (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+            return property->ignorable;
     }
 }
 

@@ -10,8 +10,8 @@ namespace vek {
 /// Terminal cells of an escaped text: wide characters take two, combining ones none.
 std::size_t displayWidth(std::string_view text);
 
-/// The text with control characters and broken bytes written out (\n, \t, \x1b), so that
-/// it is safe on a terminal and takes one line.
+/// The text with control characters, broken bytes and characters that cannot be seen or turn
+/// the direction written out (\n, \t, \x1b), so that it is safe on a terminal and takes one line.
 std::string escaped(std::string_view text);
 
 /// The escaped text in at most `width` cells; what does not fit is cut and ends in an ellipsis.

@@ -37,15 +37,43 @@ void addDelimited(std::string& out, std::string_view cell, char separator, bool 
     out += '"';
 }
 
-template <class Cell>
-std::string delimitedLine(std::size_t count, char separator, const WriteStyle& style, Cell cell) {
-    std::string line;
-    for (unsigned i = 0; i < count; ++i) {
-        if (i > 0) line += separator;
-        addDelimited(line, cell(i), separator, count == 1);
-    }
-    return line + lineEnd(style);
+bool looksLikeFormula(std::string_view cell) {
+    return !cell.empty() &&
+           std::string_view("=+-@\t\r").find(cell.front()) != std::string_view::npos;
 }
+
+// Writes lines of delimited text.
+class DelimitedWriter {
+public:
+    DelimitedWriter(char separator, const WriteStyle& style, Output& out, Losses& losses)
+        : separator_(separator), style_(style), out_(out), losses_(losses) {}
+
+    /// `place` is asked for where a cell is to be told of.
+    template <class Cell, class Place>
+    void write(std::size_t count, Cell cell, Place place) {
+        std::string line;
+        for (unsigned i = 0; i < count; ++i) {
+            if (i > 0) line += separator_;
+            add(line, cell(i), count == 1, [&] { return place(i); });
+        }
+        out_.write(line + lineEnd(style_));
+    }
+
+private:
+    template <class Place>
+    void add(std::string& line, std::string_view cell, bool isAlone, Place place) {
+        if (!style_.guardsFormulas || !looksLikeFormula(cell)) {
+            return addDelimited(line, cell, separator_, isAlone);
+        }
+        losses_.add("cells that begin like formulas, given an apostrophe", place());
+        addDelimited(line, concat("'", cell), separator_, isAlone);
+    }
+
+    char separator_;
+    const WriteStyle& style_;
+    Output& out_;
+    Losses& losses_;
+};
 
 // Names that differ, as JSON objects need them.
 std::vector<std::string> distinctNames(const Sheet& sheet, Losses& losses) {
@@ -120,15 +148,50 @@ void addEscaped(std::string& out, std::string_view text) {
     }
 }
 
+bool isWordByte(char c) {
+    unsigned char byte = static_cast<unsigned char>(c);
+    return isAsciiDigit(c) || (asciiLower(c) >= 'a' && asciiLower(c) <= 'z') || byte >= 0x80;
+}
+
+bool isWordByteAt(std::string_view text, std::size_t at) {
+    return at < text.size() && isWordByte(text[at]);
+}
+
+// "&amp;" and "&#65;" stand for other characters.
+bool beginsEntity(std::string_view text) {
+    std::size_t end = 1;
+    while (end < text.size() && (text[end] == '#' || isWordByte(text[end]))) ++end;
+    return end > 1 && end < text.size() && text[end] == ';';
+}
+
+// Whether a character would be read as markup, or make a link of the text around it. An
+// underscore within a word is no markup.
+bool isMarkup(std::string_view text, std::size_t at) {
+    switch (text[at]) {
+        case '_':
+            return at == 0 || !isWordByte(text[at - 1]) || !isWordByteAt(text, at + 1);
+        case '&':
+            return beginsEntity(text.substr(at));
+        case ':':
+            return text.substr(at).starts_with("://");
+        case '.':
+            return at >= 3 && sameText(text.substr(at - 3, 3), "www");
+        case '@':
+            return at > 0 && isWordByteAt(text, at + 1);
+        default:
+            return std::string_view("|\\`*[]<>~").find(text[at]) != std::string_view::npos;
+    }
+}
+
 void addMarkdown(std::string& out, std::string_view text) {
-    for (char c : text) {
-        if (c == '|' || c == '\\') out += '\\';
-        if (c == '\n')
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (isMarkup(text, i)) out += '\\';
+        if (text[i] == '\n')
             out += "<br>";
-        else if (c == '\r')
+        else if (text[i] == '\r')
             out += "&#13;";
         else
-            out += c;
+            out += text[i];
     }
 }
 
@@ -183,11 +246,15 @@ void writeDelimited(const Sheet& sheet, char separator, const WriteStyle& style,
     std::size_t count = sheet.columns.size();
     Progress progress("writing", sheet.rowCount());
     if (style.byteOrderMark) out.write(byteOrderMark);
-    out.write(delimitedLine(count, separator, style, [&](unsigned i) { return sheet.name(i); }));
+    DelimitedWriter writer(separator, style, out, losses);
+    writer.write(
+        count, [&](unsigned i) { return sheet.name(i); },
+        [&](unsigned i) { return inQuotes(sheet.name(i)); });
     for (unsigned row = 0; row < sheet.rowCount(); ++row) {
         progress.reach(row);
-        out.write(
-            delimitedLine(count, separator, style, [&](unsigned i) { return sheet.cell(row, i); }));
+        writer.write(
+            count, [&](unsigned i) { return sheet.cell(row, i); },
+            [&](unsigned i) { return place(sheet, row, i); });
     }
 }
 

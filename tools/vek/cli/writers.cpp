@@ -4,6 +4,7 @@
 #include <numeric>
 
 #include <vekdb/host/text_util.h>
+#include "tools/vek/cli/counting.h"
 #include "tools/vek/cli/readers.h"
 #include "tools/vek/cli/write_formats.h"
 
@@ -158,6 +159,28 @@ void writeSheet(const Sheet& sheet, Target target, const WriteStyle& style, Outp
         case Target::html:
             return writeHtml(sheet, out, losses);
     }
+}
+
+WriteStyle styleFrom(const Args& args, Target target) {
+    WriteStyle style;
+    style.crlf = args.has("crlf");
+    style.rate = wantedRate(args);
+    style.shortReels = args.has("short-reels");
+    style.guardsFormulas = args.has("guard-formulas");
+    if (style.guardsFormulas && target != Target::csv && target != Target::tsv) {
+        throw Failure{wrongUsage, std::string("--guard-formulas is for csv and tsv, not ") +
+                                      targetName(target)};
+    }
+    return style;
+}
+
+std::vector<Option> styleOptions() {
+    return {
+        {"--crlf", "", "end lines of CSV, TSV, ALE and EDL with CR and LF"},
+        {"--guard-formulas", "",
+         "CSV and TSV for spreadsheets: an apostrophe in front of cells that begin with =, +, -, "
+         "@, a tab or CR, which would be read as formulas; says how many"},
+    };
 }
 
 void saveInPlace(const Sheet& sheet, bool backup) {

@@ -62,7 +62,13 @@ struct WriteStyle {
     bool byteOrderMark = false;
     std::string rate = {};    ///< of timecodes, where the log's own FPS is not meant
     bool shortReels = false;  ///< reels of edit lists in eight characters
+    bool guardsFormulas = false;  ///< CSV and TSV: no cell is one for a spreadsheet
 };
+
+/// The style that the command line asks for; a Failure where it does not go with the target.
+WriteStyle styleFrom(const Args& args, Target target);
+/// Its options.
+std::vector<Option> styleOptions();
 
 /// Writes the sheet and adds up what is lost. The output is not closed.
 void writeSheet(const Sheet& sheet, Target target, const WriteStyle& style, Output& out,
