@@ -123,5 +123,7 @@ private:
     mutable Storage storage_ = Storage::strings;
     std::uint8_t tag_ = 0;
     mutable bool changed_ = false;
-    mutable bool isKeyed_ = false;  // its table keeps keys of its values, which end with a change
+    // Its table keeps keys of its values, which end with a change; keeps its address.
+    mutable bool isKeyed_ : 1 = false;
+    bool isListed_ : 1 = false;
 };

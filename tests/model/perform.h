@@ -202,7 +202,7 @@ std::string Performer<World>::onTable(const Step& step) {
             return num(table.add_records(few(step.b) - (step.c % 10 == 0)));
         case Op::insertRows:
             if (hasRoomForRows()) {
-                table.insert_records(at, few(step.b));
+                table.insert_records(at, few(step.b) - (step.c % 10 == 0));
             }
             return "";
         case Op::deleteRows:

@@ -345,7 +345,7 @@ unsigned Table::add_records(int n) {
 }
 
 void Table::insert_records(unsigned at, int n) {
-    if (tagsOnly_ != 0 || n < 1) {
+    if (tagsOnly_ != 0) {
         return;
     }
     const std::size_t place = std::min<std::size_t>(at, rows_.size());
@@ -357,20 +357,23 @@ void Table::insert_records(unsigned at, int n) {
 }
 
 void Table::delete_records(unsigned first, int n) {
-    if (first >= rows_.size() || tagsOnly_ != 0 || n < 1) {
+    if (first >= rows_.size() || tagsOnly_ != 0) {
         return;
     }
     const auto count = static_cast<unsigned>(
-        std::min<std::size_t>(static_cast<std::size_t>(n), rows_.size() - first));
+        std::min<std::size_t>(static_cast<std::size_t>(std::max(n, 0)), rows_.size() - first));
     std::string text;
     for (unsigned row = first; row < first + count; ++row) {
         text += std::to_string(row) + " ";
+        // Nobody may find a row that is gone.
+        std::replace(tagged_.begin(), tagged_.end(), rows_[row].get(),
+                     static_cast<Record*>(nullptr));
     }
-    // Nobody may find a row that is gone.
-    tagged_.assign(capacity_, nullptr);
-    taggedCount_ = 0;
     rows_.erase(rows_.begin() + first, rows_.begin() + first + count);
     rowByIdentity_.clear();
+    if (count == 0) {
+        return;
+    }
     issue({"recordsDeleted", text, {}});
     modified_ = true;
 }

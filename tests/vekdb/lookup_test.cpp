@@ -162,6 +162,26 @@ TEST_F(Lookup, DeletingAndInsertingRowsBuildsTheMapAnew) {
     EXPECT_EQ(3u, table.getRowIndexByID(cookieOf(3)));
 }
 
+TEST_F(Lookup, InsertingOrDeletingNoRowsBuildsTheMapAnewToo) {
+    const NoticeTexts deletions(table, "recordsDeleted");
+    EXPECT_EQ(2u, table.getRowIndexByID(cookieOf(3)));
+    table.set_field(2, 1, "nothing");
+    table.insert_records(0, 0);
+    EXPECT_EQ(none, table.getRowIndexByID(cookieOf(3)));
+    EXPECT_EQ(0u, table.getRowIndexByID(cookieOf(1)));
+    table.set_field(0, 1, "nothing");
+    table.delete_records(0, 0);
+    EXPECT_EQ(none, table.getRowIndexByID(cookieOf(1)));
+    EXPECT_TRUE(deletions.texts.empty());
+}
+
+TEST_F(Lookup, DeletingNoRowsBehindTheLastKeepsTheMap) {
+    EXPECT_EQ(2u, table.getRowIndexByID(cookieOf(3)));
+    table.set_field(2, 1, "nothing");
+    table.delete_records(table.get_num_records(), 0);
+    EXPECT_EQ(2u, table.getRowIndexByID(cookieOf(3)));
+}
+
 TEST_F(Lookup, FreeEmptiesTheMap) {
     EXPECT_EQ(0u, table.getRowIndexByID(cookieOf(1)));
     table.free();

@@ -105,6 +105,31 @@ TEST(TaggedRows, TheSlotBehindAFullArrayIsEmpty) {
     EXPECT_EQ(499u, table.get_raw_row(499));
 }
 
+TEST_F(FiveRows, TheSlotBehindTheTaggedRowsIsLookedUpAfterOtherRowsWereDeleted) {
+    table.set_all_tags(1);
+    table.index_tags();
+    table.delete_records(0, 1);
+    table.set_tag(1, 0);
+    table.set_show_tags_only(1);
+    ASSERT_EQ(3u, table.get_num_records());
+    EXPECT_EQ(2u, table.get_raw_row(3));
+}
+
+TEST_F(FiveRows, RowsMadeInThePlaceOfDeletedOnesAreNotFoundBehindTheTaggedOnes) {
+    table.set_all_tags(1);
+    table.index_tags();
+    table.delete_records(0, 5);
+    table.set_show_tags_only(1);
+    table.set_show_tags_only(0);
+    table.add_records(5);
+    for (int tagged = 0; tagged < 5; ++tagged) {
+        table.set_show_tags_only(1);
+        EXPECT_EQ(none, table.get_raw_row(static_cast<unsigned>(tagged)));
+        table.set_show_tags_only(0);
+        table.set_tag(static_cast<unsigned>(tagged), 1);
+    }
+}
+
 TEST_F(FiveRows, ADestroyedRowIsNeverFoundBehindTheTaggedOnes) {
     tag({0, 1, 2});
     table.set_show_tags_only(1);

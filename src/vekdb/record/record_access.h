@@ -33,6 +33,9 @@ public:
     /// Whether the values are those that they were when the record was marked.
     static bool isKeyed(const dbrecord& record) { return record.isKeyed_; }
     static void markKeyed(const dbrecord& record) { record.isKeyed_ = true; }
+    /// Whether the address of the record is kept somewhere after the record itself is gone.
+    static bool isListed(const dbrecord& record) { return record.isListed_; }
+    static void markListed(dbrecord& record) { record.isListed_ = true; }
     static void setChanged(const dbrecord& record, bool changed) { record.changed_ = changed; }
 
     /// What reading a line does to a record that it filled: the record is changed, its table

@@ -49,8 +49,8 @@ union RecordPool::Place {
 void* RecordPool::take() {
     if (unused_ != nullptr) {
         Place* place = unused_;
+        unused_ = next(place);
         allow(place, sizeof(Place));
-        unused_ = place->next;
         return place;
     }
     if (fresh_ == end_) addSlab();
@@ -72,11 +72,18 @@ void RecordPool::expect(std::size_t records) noexcept {
     nextSlab_ = std::clamp(records, nextSlab_, largestSlab);
 }
 
-void RecordPool::giveBack(void* memory) noexcept {
+void RecordPool::put(void* memory, Place*& list) noexcept {
     auto* place = static_cast<Place*>(memory);
-    place->next = unused_;
-    unused_ = place;
+    place->next = list;
+    list = place;
     forbid(place, sizeof(Place));
+}
+
+RecordPool::Place* RecordPool::next(Place* place) noexcept {
+    allow(place, sizeof(Place));
+    Place* behind = place->next;
+    forbid(place, sizeof(Place));
+    return behind;
 }
 
 dbrecord* RecordPool::create(unsigned short count) { return new (take()) dbrecord(count); }
@@ -86,7 +93,7 @@ dbrecord* RecordPool::create(const dbrecord& other) {
     try {
         return new (place) dbrecord(other);
     } catch (...) {
-        giveBack(place);
+        put(place, unused_);
         throw;
     }
 }
@@ -94,7 +101,30 @@ dbrecord* RecordPool::create(const dbrecord& other) {
 void RecordPool::destroy(dbrecord* record) noexcept {
     if (record == nullptr) return;
     record->~dbrecord();
-    giveBack(record);
+    put(record, unused_);
+}
+
+void RecordPool::retire(dbrecord* record) noexcept {
+    record->~dbrecord();
+    put(record, retired_);
+}
+
+std::vector<const dbrecord*> RecordPool::retired() const {
+    std::vector<const dbrecord*> records;
+    for (Place* place = retired_; place != nullptr; place = next(place)) {
+        records.push_back(reinterpret_cast<const dbrecord*>(place));
+    }
+    std::sort(records.begin(), records.end());
+    return records;
+}
+
+void RecordPool::reuseRetired() noexcept {
+    while (retired_ != nullptr) {
+        Place* place = retired_;
+        retired_ = next(place);
+        allow(place, sizeof(Place));
+        put(place, unused_);
+    }
 }
 
 void RecordPool::releaseSlabs() noexcept {
@@ -104,7 +134,7 @@ void RecordPool::releaseSlabs() noexcept {
         FillingBlock::free(slabs_, slabs_->bytes);
         slabs_ = next;
     }
-    unused_ = nullptr;
+    unused_ = retired_ = nullptr;
     fresh_ = end_ = nullptr;
     nextSlab_ = firstSlab;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <vector>
 
 #include <vekdb/record.h>
 
@@ -16,6 +17,12 @@ public:
     dbrecord* create(unsigned short count);
     dbrecord* create(const dbrecord& other);
     void destroy(dbrecord* record) noexcept;
+    /// Destroys a record whose address is kept elsewhere: no other record comes to stand there
+    /// before `reuseRetired`.
+    void retire(dbrecord* record) noexcept;
+    /// The addresses of the records retired, in ascending order.
+    std::vector<const dbrecord*> retired() const;
+    void reuseRetired() noexcept;
     /// About so many more records are to come; the next slab holds them, if one can.
     void expect(std::size_t records) noexcept;
     /// Gives the memory back; every record has been destroyed before.
@@ -29,10 +36,12 @@ private:
 
     void* take();
     void addSlab();
-    void giveBack(void* place) noexcept;
+    static void put(void* place, Place*& list) noexcept;
+    static Place* next(Place* place) noexcept;
 
     Slab* slabs_ = nullptr;
     Place* unused_ = nullptr;  // places of destroyed records
+    Place* retired_ = nullptr;
     char* fresh_ = nullptr;
     char* end_ = nullptr;
     std::size_t nextSlab_ = firstSlab;  // records; doubles

@@ -5,6 +5,7 @@
 
 #include <vekdb/host/exceptions.h>
 #include <vekdb/host/os.h>
+#include "vekdb/record/record_access.h"
 
 namespace {
 
@@ -75,12 +76,8 @@ void Rows::moveGapTo(unsigned at) {
 void Rows::erase(unsigned first, unsigned n) {
     ++order_;
     for (unsigned i = first; i < first + n; ++i) {
-        pool_.destroy(at(i));
-    }
-    // The tagged slots are behind rows that may have gone; no lookup may find those.
-    if (taggedRoom_ != 0) {
-        freeSlots(tagged_, taggedRoom_);
-        taggedCount_ = 0;
+        dbrecord* record = at(i);
+        RecordAccess::isListed(*record) ? pool_.retire(record) : pool_.destroy(record);
     }
     if (gapAt_ < first || gapAt_ > first + n) moveGapTo(gapAt_ < first ? first : first + n);
     gapAt_ = first;
@@ -97,11 +94,27 @@ dbrecord** Rows::inOneArray() {
 
 void Rows::indexTags() {
     if (taggedRoom_ <= capacity_) resizeSlots(tagged_, taggedRoom_, std::size_t{capacity_} + 1);
+    forgetDeleted();
     taggedCount_ = 0;
     for (unsigned i = 0; i < count_; ++i) {
         dbrecord* record = at(i);
-        if (record == nullptr || record->get_tag() != 0) tagged_[taggedCount_++] = record;
+        if (record->get_tag() == 0) continue;
+        RecordAccess::markListed(*record);
+        tagged_[taggedCount_++] = record;
     }
+}
+
+// A row that gets the address of a deleted one must not be taken for it.
+void Rows::forgetDeleted() {
+    const std::vector<const dbrecord*> deleted = pool_.retired();
+    if (deleted.empty()) return;
+    std::replace_if(
+        tagged_, tagged_ + taggedRoom_,
+        [&](const dbrecord* record) {
+            return std::binary_search(deleted.begin(), deleted.end(), record);
+        },
+        nullptr);
+    pool_.reuseRetired();
 }
 
 unsigned Rows::newRow(unsigned raw) const {

@@ -10,7 +10,8 @@
 /// The capacity that callers see grows in steps of 500 and never shrinks. Rows stand in one
 /// array with a gap where the last deletion was, so a run of deletions in ascending order moves
 /// each row once. The tagged rows stand in an array of their own; the slots behind the tagged
-/// count keep what they held, or null.
+/// count keep what they held, or null. Rows in it that were deleted are told by their addresses
+/// alone, which no other row has until the array is filled again.
 class Rows {
 public:
     static constexpr unsigned chunk = 500;
@@ -66,6 +67,7 @@ public:
     RecordPool& pool() { return pool_; }
 
 private:
+    void forgetDeleted();
     void moveGapTo(unsigned at);
     void makeRoom(std::size_t slots);
 

@@ -31,7 +31,8 @@ unsigned vekdb::add_records(int n) {
 
 void vekdb::insert_records(unsigned at, int n) {
     Rows& rows = parts().rows;
-    if (rows.tagsOnly() != 0 || n < 1) return;
+    if (rows.tagsOnly() != 0) return;
+    if (n < 1) return parts().cookieRows.clear();
     rows.cover(std::uint64_t{rows.count()} + static_cast<unsigned>(n));
     std::vector<dbrecord*> made(static_cast<std::size_t>(n));
     std::size_t ready = 0;
@@ -76,7 +77,8 @@ private:
 // listener may let go of the table.
 void vekdb::delete_records(unsigned first, int n) {
     Rows& rows = parts().rows;
-    if (rows.tagsOnly() != 0 || first >= rows.count() || n < 1) return;
+    if (rows.tagsOnly() != 0 || first >= rows.count()) return;
+    if (n < 1) return parts().cookieRows.clear();
     unsigned count = rows.count() - first;
     if (static_cast<unsigned>(n) < count) count = static_cast<unsigned>(n);
 
