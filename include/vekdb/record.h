@@ -29,7 +29,7 @@ public:
 
     /// Takes the other's count and stores each of its values as `set_field` with trim does, so
     /// leading white space is dropped and the changed flags are set even for equal values.
-    /// Container and tag stay.
+    /// Container and tag stay. Where memory ends, the values behind are empty.
     dbrecord& operator=(const dbrecord& other);
 
     /// Empties every value; the count and the flags stay.

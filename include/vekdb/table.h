@@ -56,7 +56,7 @@ public:
     ~vekdb() override;
 
     // --- lifetime
-    /// Zeroes counts and flags of an empty table.
+    /// Zeroes counts and flags of an empty table; frees nothing.
     void init();
     /// Stamps the creation time, makes room for 500 rows and sorts by the first column.
     void post_init();
@@ -65,22 +65,32 @@ public:
     /// Destroys rows, columns and parameters; the table is then empty, not valid, and can be
     /// filled again.
     void free();
+    /// Sets the error record, in place of an earlier one.
     void fill_error_info(int a, int b, int c, int d);
     /// False, and `out` untouched, when no error is set. Reading does not clear it.
     bool read_error_info(dberror& out) const;
+    /// Whether there are columns: a table that could not be loaded is not valid.
     bool get_valid() const override;
+    /// Whether a value, a parameter or the number of rows was changed by a deletion since the
+    /// table was made or loaded, or since `clear_changed`. Saving leaves it.
     bool get_modified() const;
     /// Whether the last load from a file made a row of every line behind the column names, those
     /// that a RowChoice did not take included. False where it stopped before the end, where it
     /// passed over a line, and where nothing was loaded. Appending text changes nothing of it.
     bool get_loaded_whole() const;
+    /// Rows that there is room for; grows in steps of 500 and never shrinks.
     unsigned get_capacity() const;
+    /// The format revision that the file says, 1 for a table made in memory.
     int get_revision() const;
+    /// How many `beginUpdate` wait for their `endUpdate`.
     unsigned get_update_depth() const;
+    /// When the table was made.
     std::time_t get_creation_time() const;
+    /// When a line was last read into it, 0 before.
     std::time_t get_modification_time() const;
 
     // --- rows
+    /// The rows shown: all, or the tagged ones alone.
     unsigned get_num_records() const override;
     /// The record of a shown row, or null.
     dbrecord* get_record(unsigned row) const override;
@@ -90,53 +100,78 @@ public:
     /// argument equal to their count looks the slot behind them up.
     unsigned get_raw_row(unsigned shown) const;
     /// Appends rows; the raw position of the first, or 0xFFFFFFFF while only tagged are shown.
+    /// Where memory ends, the rows that were made stay.
     unsigned add_records(int n) override;
-    /// Inserts rows before raw position `at`; nothing while only tagged rows are shown.
+    /// Inserts rows before raw position `at`, at the end for one past it, 0xFFFFFFFF included
+    /// (which a view takes for its front); nothing while only tagged rows are shown. All or none
+    /// where memory ends.
     void insert_records(unsigned at, int n) override;
     /// Deletes up to `n` rows from raw position `first` and issues "recordsDeleted" with their
-    /// former numbers. Listeners see the new row count and the old modified flag.
+    /// former numbers. Listeners see the new row count and the old modified flag. Where memory
+    /// ends before that, no row goes; where it ends in whoever is told, the rows are gone and
+    /// all views have followed when the exception arrives, some reports of theirs left out.
     void delete_records(unsigned first, int n) override;
     /// Deletes every row whose tag is 1, one notice a run; how many, or 0xFFFFFFFF while only
     /// tagged rows are shown.
     unsigned delete_tagged_records() override;
-    /// Overwrites a row's values with another table's row; a missing row does nothing.
+    /// Overwrites a row's values with another table's row; a missing row does nothing. Where
+    /// memory ends, the values behind are empty.
     void copy_record(unsigned row, vekdb* source, unsigned sourceRow);
+    /// The same from a record; null does nothing.
     void copy_record(unsigned row, const dbrecord* source);
     /// A free-standing record of this table's column count; the caller owns it.
     dbrecord* make_dummy_record() const override;
     /// Clears the changed flag of every record and the modified flag; the record count.
     unsigned clear_changed();
 
-    // --- tags
+    // --- tags, of shown rows
+    /// Keeps the low eight bits; nothing for a row that is not there.
     void set_tag(unsigned row, int value) override;
+    /// 0 becomes 1, all else 0.
     void invert_tag(unsigned row) override;
+    /// 0xFFFFFFFF for a row that is not there.
     unsigned get_tag(unsigned row) const override;
+    /// Reaches the shown rows alone; `invert_all_tags` the hidden ones, too.
     void set_all_tags(int value) override;
     void invert_all_tags() override;
+    /// The shown rows whose tag is not 0.
     unsigned get_num_tags() const override;
+    /// Shows the rows that are tagged now, or with 0 all again. While tagged rows are shown no
+    /// row is added, inserted or deleted.
     void set_show_tags_only(unsigned flag) override;
     unsigned get_show_tags_only() const override;
+    /// Lists the tagged rows anew for being shown alone.
     void index_tags();
 
     // --- parameters: at most 40 pairs, names without regard to case
+    /// The slot of a name, or 0xFFFFFFFF.
     unsigned find_param(const char* name) const;
     /// The value, or null. Valid until the parameter is replaced or the table is freed.
     const char* get_param_val(const char* name) override;
     /// Adds or replaces; 0, or 0xFFFFFFFF when refused (no name, no room, "VEKDB" by hand).
+    /// Where memory ends the text is empty, and nothing is thrown.
     unsigned add_param(const char* name, const char* value) override;
+    /// `add_param`, as both tables and views answer it.
     unsigned set_param_val(const char* name, const char* value) override;
+    /// How many slots are in use.
     unsigned get_num_params() const;
     /// Name and value of a slot; "" when the slot is not in use.
     const char* get_param_name(unsigned slot) const;
     const char* get_param_text(unsigned slot) const;
 
-    // --- values
+    // --- values, of shown rows. Storing one that is not there gives false. An edit tells nobody;
+    // `addToUpdate` inside a bracket does.
+    /// Stores the identity in the column "cookie", where there is one, and enters the row under
+    /// it for `getRowIndexByID`.
     bool set_field(unsigned row, const Cookie& cookie) override;
+    /// As the record's `set_field`, leading white space dropped.
     bool set_field(unsigned row, unsigned field, const char* text) override;
     bool set_field(unsigned row, unsigned field, int value) override;
     bool set_field(unsigned row, unsigned field, double value) override;
     bool set_field(unsigned row, unsigned field, bool value) override;
+    /// Stores a value as it is, and only where it differs.
     bool setField(unsigned row, unsigned field, LightweightString<char> value);
+    /// The null string for a row or column that is not there.
     LightweightString<char> getField(unsigned row, unsigned field) const override;
     /// Unlike the record's: false, and nothing written, for an empty value.
     bool in_field(unsigned row, unsigned field, char* buffer, int length) const override;
@@ -146,32 +181,47 @@ public:
 
     // --- columns
     unsigned get_num_fields() const override;
+    /// "" for a column that is not there. Valid until columns are named, added or removed.
     const char* get_fieldname(unsigned field) const override;
     /// The longest value of a column in bytes, over all rows.
     unsigned get_fieldsize(unsigned field) const override;
+    /// `none` for a column that is not there.
     DBFieldTypes::eType get_field_type(unsigned field) const override;
+    /// False for a column that is not there. `none` makes a text column and sets the error record.
     bool set_fieldtype(unsigned field, DBFieldTypes::eType type) override;
+    /// A column by name, without regard to case; 0xFFFFFFFF for none.
     unsigned get_fieldnum(LightweightString<char> name) const override;
     /// A column's former name still finds it; only `removeField` forgets old names.
     bool set_fieldname(unsigned field, const char* name) override;
+    /// Does nothing: columns have no width.
     void setFieldWidth(unsigned field, int width);
     /// The new column's position, or that of the column which has the name already;
     /// 0xFFFFFFFF when there are 65,535 columns.
     unsigned addField(const DBFieldDesc& field);
+    /// Takes a column out with its values; nothing for an unknown name. Only while all rows are
+    /// shown.
     void removeField(const LightweightString<char>& name);
+    /// Whether both have the same column names, with regard to case, in the same order.
     bool sameColumns(const vekdb* other) const;
+    /// Whether the column is the start or the end of a range of labels by its name.
     bool isSpecialLabelField(unsigned long field) const;
     /// The minimum display width of a column of this name, 4 for unknown names.
     static std::int32_t getMinFieldSize(const char* name);
 
-    // --- update batches
+    // --- update batches: the only way in which anybody is told of changed values
+    /// Opens a bracket; the depth. The outermost one forgets what was collected before.
     unsigned beginUpdate();
+    /// Collects the identity of a record that was changed.
     void addToUpdate(const Cookie& cookie);
-    /// The outermost call issues "recordsChanged" with the cookies collected, if any.
+    /// The outermost call issues "recordsChanged" with the cookies collected, if any. Where
+    /// memory ends the bracket is closed, and the cookies are lost.
     void endUpdate();
+    /// Copies a row's values into a clip's settings, and collects its identity; false where the
+    /// row or what the settings need is not there.
     bool update(configb* settings, int row);
 
     // --- files
+    /// The file that loading and saving without a name use.
     void set_filename(LightweightString<wchar_t> name) override;
     LightweightString<wchar_t> get_filename() const override;
     /// Loads the table's own file; the result is the valid flag. At most `maxRecords` rows are
@@ -197,6 +247,13 @@ public:
     /// Writes all rows, also those not shown, and stores each one's tag in a column named "Tag".
     /// The number of records written, 0 when saving failed. Saving clears the changed flags, also
     /// when it fails, and leaves the modified flag as it is.
+    ///
+    /// What is written is not always what loads again. A table without parameters, as one that
+    /// came from a plain .csv, makes a file that does not load: `add_param` once. A value is
+    /// saved up to its first NUL, loses white space at both ends when it is read, and is cut when
+    /// it is longer than 4,095 bytes: the rest makes a value of its own, and the line has one too
+    /// many. A column's name is cut at about 250 bytes. A parameter's name ends at its first
+    /// colon, and its value must not hold a line end.
     int save_text() override;
     /// Writes the tagged records only; 1, or 0 when saving failed.
     int save_tags() override;
@@ -209,6 +266,7 @@ public:
     void save_column_header(TextFile& file, bool namesOnly) const;
 
     // --- sorting and lookup
+    /// Sorts by one column, and no more by a list set before.
     void set_sortfield(int field) override;
     /// `fields` ends at its first negative entry, stays the caller's, must outlive the sorts,
     /// and must be writable: entries past the last column are overwritten with -1. Null sorts
@@ -225,17 +283,22 @@ public:
     void sort(int direction, int forceNormal) override;
     /// The first shown row whose value in a column is `value`, with regard to case, or begins
     /// with its first `prefixLength` characters when that is not 0; 0xFFFFFFFF for none. A
-    /// cookie is looked up by its identity first.
+    /// cookie is looked up by its identity first, as `getRowIndexByID` does, and so as stale.
     unsigned findFirst(const char* field, const char* value, int prefixLength) override;
     /// The row whose "cookie" column holds an identity, or 0xFFFFFFFF; what else the cookie
-    /// carries does not count. Built on first use from the rows shown then, and emptied when
-    /// rows are inserted or deleted; stale after sorting, appending and changes of values.
+    /// carries does not count. The rows are entered on first use, from those shown then, and
+    /// forgotten by `insert_records` and `delete_records`, also of no rows. In between nothing is
+    /// noticed: after a sort, after appending, loading or merging rows, after a change of a
+    /// "cookie" value as text and while other rows are shown the answer may be another row's
+    /// number, or none for a row that is there. `insert_records(0, 0)` makes it right again.
     unsigned getRowIndexByID(const Cookie& id);
 
     // --- query
     /// Asks for rows whose values contain those of `query`, column by column and without regard
     /// to case; blank ones ask for nothing. The record is not kept. One that is null or has
-    /// fewer values than there are columns leaves the old query in force.
+    /// fewer values than there are columns leaves the old query in force. A start or an end
+    /// column of labels asks for its range: rows match whose start and end enclose the text,
+    /// whichever of the two it stands in.
     void set_query(dbrecord* query) override;
     /// Sets the criteria of each column; too few of them leave the old query in force.
     void setQuery(const std::vector<TextSearch::Criteria>& criteria);
@@ -262,12 +325,15 @@ public:
     int merge_all_matching(VDBBase* source);
     /// Appends copies of all rows of a table of the same revision, column types and names (with
     /// regard to case), hidden rows included; how many, or 0xFFFFFFFF when refused. Tags are not
-    /// copied, no notice is sent, and the modified flag stays.
+    /// copied, no notice is sent, and the modified flag stays. Where memory ends, the rows that
+    /// were appended stay.
     unsigned add_vekdb(vekdb* source);
     /// Sorts by the column and tags the first row of each value, without regard to case; the
-    /// number of tags. The column stays the sort field and all rows are shown afterwards.
+    /// number of tags. The column stays the sort field and all rows are shown afterwards, also
+    /// where memory ends; the rows stand as they did then, and none is tagged.
     unsigned tag_all_different(int field) override;
 
+    /// The row itself: there is nothing below a table.
     unsigned baseIndex(unsigned row) const override { return row; }
 
 protected:

@@ -18,9 +18,13 @@ Cookie cookieOfName(const LightweightString<wchar_t>& path) {
 
 }  // namespace
 
-LightweightString<char> QuorContainerFile::getNameParamKey() { return "Name"; }
+LightweightString<char> QuorContainerFile::getNameParamKey() {
+    return "Name";
+}
 
-LightweightString<char> QuorContainerFile::getPermanentParamKey() { return "Permanent"; }
+LightweightString<char> QuorContainerFile::getPermanentParamKey() {
+    return "Permanent";
+}
 
 Cookie QuorContainerFile::getCookieFromFilename(const LightweightString<wchar_t>& path) {
     const Cookie cookie = cookieOfName(path);
@@ -36,9 +40,15 @@ Writer::Writer(DBFieldDesc* schema)
 
 dbrecord* Writer::addItem(const Cookie& cookie) {
     if (cookie.type == cookieTypeInvalid) return nullptr;
+    const LightweightString<char> text = cookie.asString(true);
     const unsigned row = add_records(1);
     dbrecord* record = row == none ? nullptr : get_record(row);
-    if (record != nullptr) record->set_field(cookieColumn_, cookie.asString(true).c_str());
+    try {
+        if (record != nullptr) record->set_field(cookieColumn_, text.c_str());
+    } catch (...) {
+        delete_records(row, 1);  // an item without an identity would be saved as one
+        throw;
+    }
     return record;
 }
 
@@ -50,7 +60,9 @@ void Writer::setAttrib(LightweightString<char> key, LightweightString<char> valu
     add_param(key.c_str(), value.c_str());
 }
 
-void Writer::setPermanent(bool flag) { setAttrib(getPermanentParamKey(), BoolAsString(flag)); }
+void Writer::setPermanent(bool flag) {
+    setAttrib(getPermanentParamKey(), BoolAsString(flag));
+}
 
 // That the result of save_text is not looked at is what callers rely on; see the header.
 void Writer::save(const LightweightString<wchar_t>& path) {
@@ -71,7 +83,9 @@ using Reader = QuorContainerFile::Reader;
 Reader::Reader(LightweightString<wchar_t> path, bool headerOnly)
     : vekdb(path, headerOnly ? 0 : INT_MAX, true), cookie_(cookieOfName(path)) {}
 
-bool Reader::valid() const { return get_valid() && get_fieldnum(cookieColumnName) != none; }
+bool Reader::valid() const {
+    return get_valid() && get_fieldnum(cookieColumnName) != none;
+}
 
 LightweightString<char> Reader::getAttrib(LightweightString<char> key) const {
     if (!valid()) return nullptr;
@@ -89,16 +103,22 @@ double Reader::getAttrib(LightweightString<char> key, double otherwise) const {
     return value.empty() ? otherwise : parseDouble(value.view());
 }
 
-LightweightString<char> Reader::getName() const { return getAttrib(getNameParamKey()); }
+LightweightString<char> Reader::getName() const {
+    return getAttrib(getNameParamKey());
+}
 
-LightweightString<wchar_t> Reader::getNameW() const { return fromUTF8(getName()); }
+LightweightString<wchar_t> Reader::getNameW() const {
+    return fromUTF8(getName());
+}
 
 bool Reader::isPermanent() const {
     bool flag = false;
     return BoolFromString(getAttrib(getPermanentParamKey()), flag) && flag;
 }
 
-unsigned Reader::getNumItems() const { return get_num_records(); }
+unsigned Reader::getNumItems() const {
+    return get_num_records();
+}
 
 const char* Reader::cookieText(unsigned row, unsigned column) const {
     const dbrecord* record = get_record(row);
@@ -140,7 +160,9 @@ const char* Reader::Item::cell(unsigned column) const {
     return record_ == nullptr ? nullptr : record_->get_field(static_cast<unsigned short>(column));
 }
 
-LightweightString<char> Reader::Item::getAttrib(unsigned column) const { return cell(column); }
+LightweightString<char> Reader::Item::getAttrib(unsigned column) const {
+    return cell(column);
+}
 
 // An empty cell is there, and reads as 0: only a missing one gives the default.
 int Reader::Item::getAttrib(unsigned column, int otherwise) const {

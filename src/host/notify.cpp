@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
+#include <exception>
 #include <new>
 #include <utility>
 #include <vector>
@@ -238,10 +239,22 @@ void GenericNotifier<M>::issueNotification(const M& message, int type) {
     if (!listed) {
         return;
     }
+    std::exception_ptr failure;
     for (const auto& entry : listed->entries) {
-        if (entry->type == type && entry->stands) {
-            entry->callback->call(message);
+        if (entry->type != type || !entry->stands) {
+            continue;
         }
+        if (failure != nullptr && !entry->callback->isViewHandler()) {
+            continue;
+        }
+        try {
+            entry->callback->call(message);
+        } catch (...) {
+            failure = failure != nullptr ? failure : std::current_exception();
+        }
+    }
+    if (failure != nullptr) {
+        std::rethrow_exception(failure);
     }
 }
 

@@ -21,6 +21,11 @@ void RowNumbers::append(int row) {
     rows_[size_++] = row;
 }
 
+void RowNumbers::appendRun(int first, int n) {
+    reserve(size_ + static_cast<std::size_t>(n));
+    for (int i = 0; i < n; ++i) append(first + i);
+}
+
 LightweightString<char> RowNumbers::text() const {
     LightweightString<char> text;
     for (std::size_t i = 0; i < size_; ++i) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <string_view>
+#include <utility>
 
 #include <vekdb/host/text_util.h>
 #include <vekdb/views/view_rep.h>
@@ -39,15 +40,23 @@ FieldMap::FieldMap(vekdb& table) {
     setSourceDb(VDBView(&table));
 }
 
+FieldMap& FieldMap::operator=(const FieldMap& other) {
+    FieldMap copy(other);
+    *this = std::move(copy);
+    return *this;
+}
+
+// Bound apart from what is there, which stays where memory ends.
 void FieldMap::setSourceDb(const VDBView& view) {
-    source_ = view;
-    if (!source_) {
-        return;
+    FieldMap bound(*this);
+    bound.source_ = view;
+    if (view) {
+        bound.readFrom(view->get_param_val("V5_FIELD_MAP"));
+        if (bound.names_.empty()) {
+            bound.appendAllColumns();
+        }
     }
-    readFrom(source_->get_param_val("V5_FIELD_MAP"));
-    if (names_.empty()) {
-        appendAllColumns();
-    }
+    *this = std::move(bound);
 }
 
 // A sign or white space that the number reader takes and the step does not would be read for
@@ -111,8 +120,13 @@ void FieldMap::append(const LightweightString<char>& name, bool visible) {
     if (containsField(name)) {
         return;
     }
-    names_.push_back(name);
     visible_.push_back(visible);
+    try {
+        names_.push_back(name);
+    } catch (...) {
+        visible_.pop_back();
+        throw;
+    }
 }
 
 void FieldMap::set(int i, const LightweightString<char>& name, bool visible) {

@@ -58,21 +58,39 @@ void selectColumn(std::unique_ptr<SExpr>& list, VDBBase* source, const ColumnFin
                  static_cast<int>(name.size()), name.data());
 }
 
+// The columns of a spec, the last one in front.
+std::unique_ptr<SExpr> selectColumns(VDBBase* source, std::string_view spec) {
+    std::unique_ptr<SExpr> list;
+    std::string_view piece = nextPiece(spec);
+    if (piece.empty()) {
+        return list;
+    }
+    const ColumnFinder columns(source);
+    for (; !piece.empty(); piece = nextPiece(spec)) {
+        selectColumn(list, source, columns, piece);
+    }
+    return list;
+}
+
 }  // namespace
 
-// The text is copied before the old one goes: it may be the old one itself.
+// The text is copied before the old one goes: it may be the old one itself. The new columns are
+// all had before the list changes.
 SExpr* VDBViewRep::fieldSpec(const char* spec) {
     const LightweightString<char> text(spec);
+    std::unique_ptr<SExpr> added = selectColumns(source(), text.view());
     parts_->spec = text;
     parts_->hasSpec = spec != nullptr;
     if (spec == nullptr) {
         return parts_->fields.get();
     }
-    VDBBase* from = source();
-    const ColumnFinder columns(from);
-    std::string_view rest = text.view();
-    for (auto piece = nextPiece(rest); !piece.empty(); piece = nextPiece(rest)) {
-        selectColumn(parts_->fields, from, columns, piece);
+    SExpr* end = added.get();
+    while (end != nullptr && end->next != nullptr) {
+        end = end->next;
+    }
+    if (end != nullptr) {
+        end->next = parts_->fields.release();
+        parts_->fields = std::move(added);
     }
     parts_->fields.reset(SExpr::reverse(parts_->fields.release()));
     return parts_->fields.get();

@@ -83,9 +83,46 @@ vekdb* VDBViewRep::plainTable() const {
     return bottom != nullptr && typeid(*bottom) == typeid(vekdb) ? bottom : nullptr;
 }
 
-void VDBViewRep::dropRows() {
+namespace {
+
+void setParam(AssocList& params, const char* name, const char* value) {
+    const LightweightString<char> text(value);
+    params[LightweightString<char>(name)] = text;
+}
+
+void addParams(AssocList& params, const vekdb& from) {
+    for (unsigned i = 0; i < from.get_num_params(); ++i) {
+        setParam(params, from.get_param_name(i), from.get_param_text(i));
+    }
+}
+
+void addParams(AssocList& params, const AssocList& from) {
+    for (AssocListIter param(from); param; ++param) {
+        setParam(params, param->name.c_str(), param->value.c_str());
+    }
+}
+
+// Only a value without any text is marked. One that is merely empty has a text, so the entry
+// made here stays empty.
+void markRevision(AssocList& params) {
+    LightweightString<char>& revision = params[LightweightString<char>("VEKDB")];
+    if (revision.c_str() == nullptr) {
+        revision = "Rev 1";
+    }
+}
+
+}  // namespace
+
+// What a view takes over from a source, had before it lets go of the old one: a binding that
+// fails changes nothing.
+struct VDBViewRep::Binding {
+    AssocList params;
+    Quor::Ptr<Quor::Guard> registration;
+};
+
+void VDBViewRep::dropRows(AssocList& params) {
     index().clear();
-    parts_->params.clear();
+    parts_->params = std::move(params);
 }
 
 void VDBViewRep::vdb(vekdb* newTable) {
@@ -93,24 +130,22 @@ void VDBViewRep::vdb(vekdb* newTable) {
     if (newTable == old) {
         return;
     }
+    Binding binding;
+    LightweightString<wchar_t> name = parts_->fileName;
+    if (newTable != nullptr) {
+        name = newTable->get_filename();
+        addParams(binding.params, *newTable);
+        markRevision(binding.params);
+        binding.registration = listenTo(*newTable);
+    }
     baseView(nullptr);
-    dropRows();
+    dropRows(binding.params);
     if (old != nullptr) {
         old->deregisterNotification(parts_->tableRegistration);
     }
-    parts_->tableRegistration.reset();
+    parts_->tableRegistration = std::move(binding.registration);
     parts_->table.set(newTable);
-    if (newTable != nullptr) {
-        bindTable(newTable);
-    }
-}
-
-void VDBViewRep::bindTable(vekdb* newTable) {
-    parts_->fileName = newTable->get_filename();
-    parts_->params.clear();
-    addParamsFrom(newTable);
-    internRevision();
-    parts_->tableRegistration = listenTo(*newTable);
+    parts_->fileName = std::move(name);
 }
 
 // The new base is counted before the old one is let go, which may be all that keeps it.
@@ -119,26 +154,21 @@ void VDBViewRep::baseView(VDBViewRep* newBase) {
     if (newBase == old || (newBase != nullptr && newBase->standsOn(this))) {
         return;
     }
+    Binding binding;
     if (newBase != nullptr) {
+        addParams(binding.params, newBase->parts_->params);
+        binding.registration = listenTo(*newBase);
         newBase->retain();
     }
-    dropRows();
+    dropRows(binding.params);
     if (old != nullptr) {
         old->deregisterNotification(parts_->baseRegistration);
     }
-    parts_->baseRegistration.reset();
+    parts_->baseRegistration = std::move(binding.registration);
     parts_->base.set(newBase);
     if (old != nullptr) {
         old->release();
     }
-    if (newBase != nullptr) {
-        stackOn(newBase);
-    }
-}
-
-void VDBViewRep::stackOn(VDBViewRep* newBase) {
-    addParamsFrom(newBase);
-    parts_->baseRegistration = listenTo(*newBase);
 }
 
 bool VDBViewRep::standsOn(const VDBViewRep* view) const {
@@ -172,34 +202,20 @@ void VDBViewRep::fileName(LightweightString<wchar_t> name) {
     parts_->fileName = std::move(name);
 }
 
-void VDBViewRep::setParam(const char* name, const char* value) {
-    const LightweightString<char> text(value);
-    parts_->params[LightweightString<char>(name)] = text;
-}
-
 void VDBViewRep::addParamsFrom(vekdb* from) {
-    const unsigned params = from != nullptr ? from->get_num_params() : 0;
-    for (unsigned i = 0; i < params; ++i) {
-        setParam(from->get_param_name(i), from->get_param_text(i));
+    if (from != nullptr) {
+        addParams(parts_->params, *from);
     }
 }
 
 void VDBViewRep::addParamsFrom(VDBViewRep* other) {
-    if (other == nullptr || other == this) {
-        return;
-    }
-    for (AssocListIter param(other->parts_->params); param; ++param) {
-        setParam(param->name.c_str(), param->value.c_str());
+    if (other != nullptr && other != this) {
+        addParams(parts_->params, other->parts_->params);
     }
 }
 
-// Only a value without any text is marked. One that is merely empty has a text, so the entry
-// made here stays empty.
 void VDBViewRep::internRevision() {
-    LightweightString<char>& revision = parts_->params[LightweightString<char>("VEKDB")];
-    if (revision.c_str() == nullptr) {
-        revision = "Rev 1";
-    }
+    markRevision(parts_->params);
 }
 
 void VDBViewRep::clear() {

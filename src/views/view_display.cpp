@@ -2,6 +2,7 @@
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include <vekdb/host/cookie_containers.h>
@@ -14,6 +15,13 @@ namespace {
 
 constexpr char kIdentityColumn[] = "Cookie";
 constexpr char kTagColumn[] = "Tag";
+
+void showRun(ViewIndex& index, int first, int n, int at, ViewIndex::Room room) {
+    const int place = index.openGap(at, n, std::move(room));
+    for (int i = 0; i < n; ++i) {
+        index.setSourceRow(place + i, static_cast<unsigned>(first) + static_cast<unsigned>(i));
+    }
+}
 
 bool isFound(unsigned row) {
     return static_cast<int>(row) >= 0;
@@ -64,10 +72,7 @@ int VDBViewRep::displayRecordsAt(int first, int n, int at) {
     if (n < 0) {
         return n;
     }
-    const int place = index().openGap(at, n);
-    for (int i = 0; i < n; ++i) {
-        index().setSourceRow(place + i, static_cast<unsigned>(first) + static_cast<unsigned>(i));
-    }
+    showRun(index(), first, n, at, index().roomForMore(n));
     return n;
 }
 
@@ -145,10 +150,11 @@ void VDBViewRep::displayAllRecords() {
         return;
     }
     const Pin pin(*this);
+    ViewIndex::Room room = ViewIndex::roomForFirst(static_cast<int>(source()->get_num_records()));
     remove(0, rowCount());
     const VDBBase* from = pin.gone() ? nullptr : source();
     if (from != nullptr) {
-        displayRecordsAt(0, static_cast<int>(from->get_num_records()), 0);
+        showRun(index(), 0, static_cast<int>(from->get_num_records()), 0, std::move(room));
     }
 }
 

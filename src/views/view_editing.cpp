@@ -1,11 +1,13 @@
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include <vekdb/host/watchdog.h>
 #include "vekdb/order/record_sort.h"
 #include "views/view_parts.h"
 
-// Entries from `at` on are taken to show rows that the insertion moved up.
+// Entries from `at` on are taken to show rows that the insertion moved up. The room for the new
+// ones is had first: once the source has them, nothing may fail.
 void VDBViewRep::insertBlankRecords(int at, int n) {
     VDBBase* to = source();
     if (to == nullptr || n < 0) {
@@ -14,12 +16,13 @@ void VDBViewRep::insertBlankRecords(int at, int n) {
     at = std::clamp(at, 0, rowCount());
     const bool inside = at < rowCount();
     const unsigned first = inside ? sourceRow(at) : to->get_num_records();
+    ViewIndex::Room room = index().roomForMore(n);
     if (inside) {
         to->insert_records(first, n);
     } else {
         to->add_records(n);
     }
-    index().openGap(at, n);
+    index().openGap(at, n, std::move(room));
     index().raiseFrom(at + n, static_cast<unsigned>(n));
     for (int i = 0; i < n; ++i) {
         index().setSourceRow(at + i, first + static_cast<unsigned>(i));
@@ -92,8 +95,14 @@ void VDBViewRep::remove(int at, int n) {
         return;
     }
     const int removed = std::min(n, rowCount() - at);
+    if (!hasListeners(recordsDeletedType())) {
+        index().remove(at, removed);
+        return;
+    }
+    RowNumbers rows;
+    rows.appendRun(at, removed);
     index().remove(at, removed);
-    tellRemoved(at, removed);
+    tell(NotifyMsg(rows), recordsDeletedType());
 }
 
 // The lowest view of the stack takes the rows out; the ones above it follow its notices.

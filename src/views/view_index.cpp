@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstddef>
+#include <new>
 #include <vector>
 
 #include <vekdb/host/exceptions.h>
@@ -72,15 +73,25 @@ unsigned ViewIndex::capacityFor(int n) const noexcept {
     return capacity_ > 2 * wanted ? capacity_ / 2 : capacity_;
 }
 
-// Rows move to the new room; the slots behind them only as far as the rule says.
-void ViewIndex::moveTo(Slot* room, unsigned capacity, int wanted) noexcept {
+// The slots that a room of another capacity has from this one; those behind them are fresh.
+unsigned ViewIndex::keptIn(unsigned capacity, int wanted) const noexcept {
     const unsigned rows = static_cast<unsigned>(count_);
     const unsigned kept = std::min(capacity < rows ? wantedRoom(wanted) : rows, capacity_);
-    if (room != nullptr && kept > 0) {
-        std::copy_n(slots_, std::min(kept, capacity), room);
+    return std::min(kept, capacity);
+}
+
+// Rows move to the new room; the slots behind them only as far as the rule says.
+void ViewIndex::moveTo(Slot* room, unsigned capacity, int wanted) noexcept {
+    if (room != nullptr) {
+        std::copy_n(slots_, keptIn(capacity, wanted), room);
     }
     delete[] slots_;
     slots_ = room;
+    capacity_ = capacity;
+}
+
+void ViewIndex::shrinkInPlace(unsigned capacity, int wanted) noexcept {
+    std::fill(slots_ + keptIn(capacity, wanted), slots_ + capacity, Slot{});
     capacity_ = capacity;
 }
 
@@ -119,9 +130,24 @@ void ViewIndex::moveSlots(int from, int to) noexcept {
     }
 }
 
-int ViewIndex::openGap(int at, int n) {
+ViewIndex::Room ViewIndex::roomForMore(int n) const {
+    const unsigned capacity = capacityFor(countWith(n));
+    const bool sameRoom = capacity == capacity_ || capacity == 0;
+    return {sameRoom ? nullptr : std::make_unique<Slot[]>(capacity), capacity};
+}
+
+ViewIndex::Room ViewIndex::roomForFirst(int n) {
+    return ViewIndex().roomForMore(n);
+}
+
+int ViewIndex::openGap(int at, int n, Room room) {
     const int newCount = countWith(n);
-    sizeFor(newCount);
+    settle();
+    if (room.slots != nullptr && room.capacity == capacityFor(newCount)) {
+        moveTo(room.slots.release(), room.capacity, newCount);
+    } else {
+        sizeFor(newCount);
+    }
     at = std::clamp(at, 0, count_);
     moveSlots(at, at + n);
     count_ = newCount;
@@ -135,8 +161,13 @@ void ViewIndex::insertOneByOne(const unsigned* sourceRows, int n, int at) {
     settle();
     const int before = count_;
     const int end = countWith(n);
-    for (int i = 0; i < n; ++i) {
-        append(sourceRows[i]);
+    try {
+        for (int i = 0; i < n; ++i) {
+            append(sourceRows[i]);
+        }
+    } catch (...) {
+        count_ = before;
+        throw;
     }
     if (n == 0 || at >= before) {
         return;
@@ -154,8 +185,8 @@ void ViewIndex::insertOneByOne(const unsigned* sourceRows, int n, int at) {
     }
 }
 
-// The new room is had before anything moves, so that exhausted memory leaves the rows whole.
-void ViewIndex::remove(int at, int n) {
+// Whoever is told of removals cannot have them undone, so they must not fail.
+void ViewIndex::remove(int at, int n) noexcept {
     if (deferred_ != nullptr && !deferred_->mayRemove(unsigned(at), unsigned(n))) {
         settle();
     }
@@ -166,13 +197,23 @@ void ViewIndex::remove(int at, int n) {
         return;
     }
     settle();
-    const unsigned capacity = capacityFor(newCount);
-    Slot* room = capacity != capacity_ && capacity > 0 ? new Slot[capacity]() : nullptr;
     moveSlots(at + n, at);
-    if (capacity != capacity_) {
-        moveTo(room, capacity, newCount);
-    }
+    changeRoomFor(newCount);
     count_ = newCount;
+}
+
+// Without memory, rows that have no room get none, and a smaller room is kept in the larger one.
+void ViewIndex::changeRoomFor(int n) noexcept {
+    const unsigned capacity = capacityFor(n);
+    if (capacity == capacity_) {
+        return;
+    }
+    Slot* room = capacity > 0 ? new (std::nothrow) Slot[capacity]() : nullptr;
+    if (room != nullptr || capacity == 0) {
+        moveTo(room, capacity, n);
+    } else if (capacity < capacity_) {
+        shrinkInPlace(capacity, n);
+    }
 }
 
 // The slots keep their memory; only the account of them follows the rule.

@@ -58,15 +58,27 @@ public:
     void sizeFor(int n);
 
     void append(unsigned sourceRow);
+    /// Memory for an index that is about to hold more rows, taken before anything is changed.
+    struct Room {
+        std::unique_ptr<ViewSlot[]> slots;
+        unsigned capacity;
+    };
+    /// The room that `n` rows more need, and the one that the first `n` rows need after `clear`
+    /// or after the last row went. No memory where the room there is will do.
+    Room roomForMore(int n) const;
+    static Room roomForFirst(int n);
+
     /// Moves the rows from `at` on up by n and answers where, `at` being cut to the rows there
     /// are. The rows in the gap, counted from now on, are for the caller to set. n is not
-    /// negative.
-    int openGap(int at, int n);
+    /// negative. Takes no memory while the index is as it was when the room was taken.
+    int openGap(int at, int n, Room room);
+    int openGap(int at, int n) { return openGap(at, n, roomForMore(n)); }
     /// What n insertions of one row each would do, the first at `at` and each one behind the
     /// one before.
     void insertOneByOne(const unsigned* sourceRows, int n, int at);
-    /// Takes out n rows from `at` on, all of which must exist.
-    void remove(int at, int n);
+    /// Takes out n rows from `at` on, all of which must exist. Where there is no memory for a
+    /// smaller room, the rows stay in the one that they have.
+    void remove(int at, int n) noexcept;
 
     void raiseFrom(int at, unsigned by) noexcept;
     /// From row `from` on: lowers by one each source row above the target, up to the first that
@@ -87,6 +99,9 @@ private:
     using Slot = ViewSlot;
 
     unsigned capacityFor(int n) const noexcept;
+    void changeRoomFor(int n) noexcept;
+    void shrinkInPlace(unsigned capacity, int wanted) noexcept;
+    unsigned keptIn(unsigned capacity, int wanted) const noexcept;
     int countWith(int more) const;
     void moveTo(Slot* room, unsigned capacity, int wanted) noexcept;
     void moveSlots(int from, int to) noexcept;
@@ -102,7 +117,7 @@ private:
     unsigned capacity_ = 0;
     int count_ = 0;
     mutable std::unique_ptr<DeferredRemovals> deferred_;
-    bool midDrop_ = false;  // a drop has begun and not ended, and is not deferred
+    bool midDrop_ = false;              // a drop has begun and not ended, and is not deferred
     mutable std::uint64_t reads_ = 0;   // while deferred
     mutable std::uint64_t strain_ = 0;  // rows passed over by removals since they were in one piece
 };

@@ -1,3 +1,6 @@
+#include <exception>
+#include <new>
+
 #include <vekdb/host/row_numbers.h>
 #include <vekdb/host/text_util.h>
 #include "views/view_parts.h"
@@ -61,37 +64,59 @@ void VDBViewRep::tell(const NotifyMsg& message, int type) {
     issueNotification(message, type);
 }
 
-void VDBViewRep::tellRemoved(int at, int n) {
-    if (!hasListeners(recordsDeletedType())) {
-        return;
+// What a view loses by one notice of its source. The rows are gone there, so the view follows to
+// the end whatever fails on the way; the first failure goes on to the source when it has.
+struct VDBViewRep::Removals {
+    explicit Removals(VDBViewRep& view)
+        : pin(view), heard(view.hasListeners(recordsDeletedType())) {}
+
+    template <class Step>
+    void attempt(Step step) {
+        try {
+            step();
+        } catch (...) {
+            failure = failure != nullptr ? failure : std::current_exception();
+        }
     }
-    RowNumbers rows;
-    rows.reserve(static_cast<std::size_t>(n));
-    for (int row = at; row < at + n; ++row) {
-        rows.append(row);
+    // A report that is not whole would be read as one that is, so there is none then.
+    void note(int number) {
+        any = true;
+        if (!heard) {
+            return;
+        }
+        try {
+            report.append(number);
+        } catch (const std::bad_alloc&) {
+            heard = false;
+            failure = failure != nullptr ? failure : std::current_exception();
+        }
     }
-    tell(NotifyMsg(rows), recordsDeletedType());
-}
+
+    const Pin pin;
+    bool heard;
+    bool any = false;
+    RowNumbers report;
+    std::exception_ptr failure;
+};
 
 // Each number of the notice is taken as the row has it after the deletions before it, and rows
 // go one at a time with a notice each. Whatever is told may change this view, so nothing about
 // its rows is kept over a call.
 int VDBViewRep::recordsDeletedNotify(const NotifyMsg& msg) {
-    const Pin pin(*this);
     const ToldRows told(msg);
-    RowNumbers report;
-    for (std::size_t i = 0; i < told.size(); ++i) {
+    Removals removals(*this);
+    for (std::size_t i = 0; i < told.size() && !removals.pin.gone(); ++i) {
         const auto earlier = static_cast<unsigned>(i);
-        dropSourceRow(static_cast<unsigned>(told[i]) - earlier, earlier, report, pin);
-        if (pin.gone()) {
-            return 0;
-        }
+        dropSourceRow(static_cast<unsigned>(told[i]) - earlier, earlier, removals);
     }
-    if (report.size() > 0) {
-        tell(NotifyMsg(report), recordsDeletedType());
+    if (removals.report.size() > 0 && removals.heard && !removals.pin.gone()) {
+        removals.attempt([&] { tell(NotifyMsg(removals.report), recordsDeletedType()); });
     }
-    if (report.size() > 0 && !pin.gone()) {
-        tell(NotifyMsg(), recordsChangedType());
+    if (removals.any && !removals.pin.gone()) {
+        removals.attempt([&] { tell(NotifyMsg(), recordsChangedType()); });
+    }
+    if (removals.failure != nullptr) {
+        std::rethrow_exception(removals.failure);
     }
     return 0;
 }
@@ -99,15 +124,14 @@ int VDBViewRep::recordsDeletedNotify(const NotifyMsg& msg) {
 // Lowers the source rows above the target and takes out each row that shows it. The report
 // counts one less than the row's place among the rows before this notice: listeners have been
 // given these numbers from the beginning.
-void VDBViewRep::dropSourceRow(unsigned target, unsigned earlier, RowNumbers& report,
-                               const Pin& pin) {
+void VDBViewRep::dropSourceRow(unsigned target, unsigned earlier, Removals& removals) {
     int row = index().lowerAbove(target, 0);
     while (row < rowCount()) {
-        remove(row, 1);
-        if (pin.gone()) {
+        removals.attempt([&] { remove(row, 1); });
+        if (removals.pin.gone()) {
             return;
         }
-        report.append(static_cast<int>(earlier) + row - 1);
+        removals.note(static_cast<int>(earlier) + row - 1);
         row = index().lowerAbove(target, row);
     }
 }

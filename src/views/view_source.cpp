@@ -190,7 +190,8 @@ unsigned VDBViewRep::add_param(const char* name, const char* value) {
 }
 
 unsigned VDBViewRep::set_param_val(const char* name, const char* value) {
-    setParam(name, value);
+    const LightweightString<char> text(value);
+    parts_->params[LightweightString<char>(name)] = text;
     return 0;
 }
 

@@ -175,7 +175,7 @@ void Performer<World>::state() {
         for (unsigned row = 0; row < world_.view(i).get_num_records(); ++row) {
             const void* record = world_.view(i).get_record(row);
             const auto known = rowOf.find(record);
-            account().mark(" ") << (record == nullptr        ? -1L
+            account().mark(" ") << (record == nullptr      ? -1L
                                     : known == rowOf.end() ? -2L
                                                            : static_cast<long>(known->second));
             account().mark("/") << world_.view(i).baseIndex(row);
@@ -276,7 +276,7 @@ std::string Performer<World>::onTable(const Step& step) {
 
 template <class World>
 std::string Performer<World>::onColumns(const Step& step) {
-    static const char* const names[] = {"Name", "name",   "Reel", "R&D", "scene", "Tag",
+    static const char* const names[] = {"Name",   "name",     "Reel", "R&D",       "scene", "Tag",
                                         "cookie", "End time", "Reel", "snd start", ""};
     static const char* const params[] = {"Project", "PROJECT", "VEKDB", "vekdb", "Director", ""};
     auto& table = *world_.table();
@@ -471,10 +471,9 @@ std::string Performer<World>::onView(const Step& step) {
         case Op::displayAt:
             return mayShow ? num(view.displayRecordsAt(sourceAt, step.c % 6, at - step.c % 2)) : "";
         case Op::displayMatch:
-            return mayShow ? num(view.displayMatchAt(step.c % 2 == 0 ? "Name" : "Cookie",
-                                                     step.c % 2 == 0 ? value(step.b)
-                                                                     : cookie(step.b),
-                                                     at))
+            return mayShow ? num(view.displayMatchAt(
+                                 step.c % 2 == 0 ? "Name" : "Cookie",
+                                 step.c % 2 == 0 ? value(step.b) : cookie(step.b), at))
                            : "";
         case Op::displayCookies:
             return mayShow ? num(view.displayRecordsAt(world_.cookies(cookieTexts(step)), at)) : "";
@@ -512,8 +511,7 @@ std::string Performer<World>::addThrough(View& view, const Step& step) {
     if (step.op == Op::viewAddRecords) {
         return num(view.add_records(few(step.b)));
     }
-    view.insertBlankRecords(near(step.a, view.get_num_records()),
-                            few(step.b) - (step.c % 20 == 0));
+    view.insertBlankRecords(near(step.a, view.get_num_records()), few(step.b) - (step.c % 20 == 0));
     return "";
 }
 

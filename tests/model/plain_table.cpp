@@ -237,8 +237,8 @@ int SortOrder::ascending(const Record& a, const Record& b) const {
 
 int SortOrder::descending(const Record& a, const Record& b) const {
     for (int field : fields) {
-        const int order = caseless(a.value(static_cast<unsigned>(field)),
-                                   b.value(static_cast<unsigned>(field)));
+        const int order =
+            caseless(a.value(static_cast<unsigned>(field)), b.value(static_cast<unsigned>(field)));
         if (order != 0) {
             return -order;
         }

@@ -10,12 +10,15 @@
 namespace testing_support {
 
 // While in scope, the n-th allocation (counted from 1) that this thread asks of
-// the host allocator fails once; a reallocation counts as one. Other threads and
-// all other requests are served by the allocator that was in place. Scopes nest.
+// the host allocator fails once, or it and all behind it fail; a reallocation
+// counts as one. Other threads and all other requests are served by the allocator
+// that was in place. Scopes nest.
 class FailingAllocator final : public iAllocator {
 public:
-    explicit FailingAllocator(unsigned failAt)
-        : previous_(OS()->setAllocator(this)), left_(failAt) {}
+    enum class Failing { once, fromThereOn };
+
+    explicit FailingAllocator(unsigned failAt, Failing failing = Failing::once)
+        : previous_(OS()->setAllocator(this)), left_(failAt), failing_(failing) {}
     FailingAllocator(const FailingAllocator&) = delete;
     FailingAllocator& operator=(const FailingAllocator&) = delete;
     ~FailingAllocator() { OS()->setAllocator(previous_); }
@@ -35,15 +38,18 @@ public:
 
 private:
     void failIfDue() {
-        if (std::this_thread::get_id() == thread_ && left_ != 0 && --left_ == 0) {
-            fired_ = true;
-            throw Quor::Exception::BadAlloc();
+        if (std::this_thread::get_id() != thread_ || left_ == 0 || --left_ != 0) {
+            return;
         }
+        fired_ = true;
+        left_ = failing_ == Failing::fromThereOn ? 1 : 0;
+        throw Quor::Exception::BadAlloc();
     }
 
     iAllocator* previous_;
     std::thread::id thread_ = std::this_thread::get_id();
     unsigned left_;
+    Failing failing_;
     bool fired_ = false;
 };
 

@@ -17,7 +17,9 @@ Cookie cookieOf(unsigned char number, unsigned char type = 'M', std::uint16_t fi
     return cookie;
 }
 
-std::string textOf(const Cookie& cookie) { return cookie.asString(false).c_str(); }
+std::string textOf(const Cookie& cookie) {
+    return cookie.asString(false).c_str();
+}
 
 /// A table of the columns "Name" and "COOKIE" whose row n has the cookie n + 1.
 struct Lookup : testing::Test {

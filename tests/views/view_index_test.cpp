@@ -75,13 +75,14 @@ TEST_P(ViewIndexRoom, FollowsTheRule) {
     EXPECT_EQ(0, index.count());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Steps, ViewIndexRoom,
-    testing::Values(Sizing{0, {1}, {20}}, Sizing{20, {21}, {40}}, Sizing{20, {50}, {50}},
-                    Sizing{40, {20}, {40}}, Sizing{41, {20}, {20}}, Sizing{101, {30}, {50}},
-                    Sizing{100, {5, 5, 5, 25, 26}, {50, 25, 25, 25, 50}},
-                    Sizing{100, {50}, {100}}, Sizing{100, {49}, {50}}, Sizing{0, {0}, {0}},
-                    Sizing{100, {0, 1}, {0, 20}}, Sizing{100, {-1, INT_MIN}, {50, 25}}));
+INSTANTIATE_TEST_SUITE_P(Steps, ViewIndexRoom,
+                         testing::Values(Sizing{0, {1}, {20}}, Sizing{20, {21}, {40}},
+                                         Sizing{20, {50}, {50}}, Sizing{40, {20}, {40}},
+                                         Sizing{41, {20}, {20}}, Sizing{101, {30}, {50}},
+                                         Sizing{100, {5, 5, 5, 25, 26}, {50, 25, 25, 25, 50}},
+                                         Sizing{100, {50}, {100}}, Sizing{100, {49}, {50}},
+                                         Sizing{0, {0}, {0}}, Sizing{100, {0, 1}, {0, 20}},
+                                         Sizing{100, {-1, INT_MIN}, {50, 25}}));
 
 TEST(ViewIndexRoom, StaysFromOneToTwentyFive) {
     ViewIndex index;
@@ -342,10 +343,11 @@ TEST(ViewIndex, ExhaustedMemoryLeavesItAsItWas) {
     const Rows rows = rowsOf(index);
     const std::string slots = slotsOf(index);
     int failures = 0;
+    const std::vector<unsigned> added(200, 7);
     for (int step = 0; step < 3; ++step) {
         testing_support::FailingAllocator failing(1);
         try {
-            if (step == 0) index.remove(0, 80);
+            if (step == 0) index.insertOneByOne(added.data(), 200, 5);
             if (step == 1) index.openGap(0, 100);
             if (step == 2) index.sizeFor(1000);
         } catch (const Quor::Exception::BadAlloc&) {
@@ -354,7 +356,24 @@ TEST(ViewIndex, ExhaustedMemoryLeavesItAsItWas) {
     }
     EXPECT_EQ(3, failures);
     EXPECT_EQ(rows, rowsOf(index));
-    EXPECT_EQ(slots, slotsOf(index));
+    EXPECT_EQ(slots, slotsOf(index).substr(0, slots.size()));
+}
+
+TEST(ViewIndex, RowsGoWithoutMemoryAsTheyGoWithIt) {
+    for (int left = 0; left <= 100; ++left) {
+        Filled plain(100);
+        Filled exhausted(100);
+        tagRows(plain, {3, 60, 99});
+        tagRows(exhausted, {3, 60, 99});
+        plain.remove(0, 100 - left);
+        {
+            testing_support::FailingAllocator failing(1);
+            exhausted.remove(0, 100 - left);
+        }
+        ASSERT_EQ(rowsOf(plain), rowsOf(exhausted)) << left;
+        ASSERT_EQ(slotsOf(plain), slotsOf(exhausted)) << left;
+        ASSERT_EQ(plain.capacity(), exhausted.capacity()) << left;
+    }
 }
 
 TEST(ViewIndexOneByOne, AtTheEndEachRowKeepsItsSlotsTag) {

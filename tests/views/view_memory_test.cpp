@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <vekdb/host/diagnostics.h>
+#include <vekdb/host/grow_string.h>
 #include "testing/deferral.h"
 #include "testing/failing_allocator.h"
 #include "testing/temp_dir.h"
 #include "testing/views.h"
+#include <vekdb/views/field_map.h>
 
 // Every allocation of an operation fails once, in turn. The view must stay one that can be read,
 // edited and destroyed, and nothing may be lost.
@@ -13,6 +15,7 @@ namespace {
 
 using testing_support::CountingAllocator;
 using testing_support::failEachAllocation;
+using testing_support::FailingAllocator;
 
 /// Says nothing and takes no memory for it.
 struct Quiet final : iDiagnosticSink {
@@ -112,15 +115,124 @@ TEST(ViewMemory, RowsGoWhereThereIsNoMemoryToDeferTheirRemoval) {
     check();
 }
 
-TEST(ViewMemory, RemovalsThatFailLeaveEveryRow) {
+TEST(ViewMemory, RemovalsThatNobodyHearsOfTakeNone) {
     const auto table = numberedTable(100);
     VDBView view = viewOfAll(*table);
+    {
+        FailingAllocator failing(1);
+        view->remove(0, 90);
+    }
+    EXPECT_EQ("90 91 92 93 94 95 96 97 98 99", rowsOf(*view));
+}
+
+TEST(ViewMemory, RemovalsThatCannotBeToldLeaveEveryRow) {
+    const auto table = numberedTable(100);
+    VDBView view = viewOfAll(*table);
+    VDBView upper = stackedOnAll(view);
     const auto check = [&] {
         EXPECT_EQ(100u, view->get_num_records());
         EXPECT_EQ(99u, view->sourceRow(99));
+        EXPECT_EQ(100u, upper->get_num_records());
     };
-    EXPECT_EQ(1u, failEachAllocation([&] { view->remove(0, 90); }, check));
-    EXPECT_EQ("90 91 92 93 94 95 96 97 98 99", rowsOf(*view));
+    FailingAllocator failing(1);
+    EXPECT_THROW(view->remove(0, 90), Quor::Exception::BadAlloc);
+    check();
+}
+
+// The rows are gone from the table by then: whatever fails on the way, views must not show them.
+TEST(ViewMemory, ViewsFollowADeletionThatCannotBeReported) {
+    for (unsigned n = 1; n < 8; ++n) {
+        const auto table = numberedTable(60);
+        VDBView view = viewOfAll(*table);
+        VDBView upper = stackedOnAll(view);
+        VDBView later = viewOfAll(*table);
+        bool failed;
+        {
+            FailingAllocator failing(n);
+            try {
+                view->delete_records(2, 35);
+            } catch (const Quor::Exception::BadAlloc&) {
+            }
+            failed = failing.fired();
+        }
+        const unsigned left = table->get_num_records();
+        EXPECT_TRUE(left == 25 || (failed && left == 60)) << n << ": " << left;
+        EXPECT_EQ(left, view->get_num_records()) << n;
+        EXPECT_EQ(namesOf(*table), namesOf(*view)) << n;
+        EXPECT_EQ(namesOf(*table), namesOf(*later)) << n;
+        EXPECT_EQ(std::string::npos, namesOf(*upper).find("null")) << n;
+    }
+}
+
+TEST(ViewMemory, ShowingAllRowsAnewShowsAllOrWhatWasShown) {
+    const auto table = numberedTable(60);
+    VDBView view = viewOf(*table, {4, 2});
+    const auto check = [&] { EXPECT_EQ("4 2", rowsOf(*view)); };
+    EXPECT_EQ(1u, failEachAllocation([&] { view->displayAllRecords(); }, check));
+    EXPECT_EQ(60u, view->get_num_records());
+}
+
+TEST(ViewMemory, ABindingThatFailsLeavesTheOldOne) {
+    const auto table = numberedTable(6);
+    const auto other = numberedTable(3);
+    other->add_param("A name too long for a short text", "and a value that is one as well");
+    other->set_filename(L"a name that is too long to be a short text");
+    VDBView base(other.get());
+    VDBView view = viewOf(*table, {4, 2});
+    const auto check = [&] {
+        EXPECT_EQ("4 2", rowsOf(*view));
+        EXPECT_EQ(table.get(), view->table());
+        EXPECT_EQ(nullptr, view->base());
+        EXPECT_EQ(1u, base->handleCount());
+    };
+    EXPECT_GT(failEachAllocation([&] { view->baseView(base.get()); }, check), 3u);
+    EXPECT_EQ(2u, base->handleCount());
+    view->baseView(nullptr);
+    view->append(4);
+    view->append(2);
+    EXPECT_GT(failEachAllocation([&] { view->vdb(other.get()); }, check), 3u);
+    EXPECT_EQ(other.get(), view->table());
+}
+
+TEST(ViewMemory, AFieldSpecThatFailsLeavesTheColumns) {
+    const auto table = std::make_unique<vekdb>(textColumns({"A", "B", "C"}));
+    VDBViewRep* made = new VDBViewRep(table.get(), "B");
+    const VDBView view(made);
+    const auto columns = [&] {
+        GrowString text;
+        view->asString(text);
+        return std::string(static_cast<const char*>(text));
+    };
+    const std::string before = columns();
+    const auto check = [&] { EXPECT_EQ(before, columns()); };
+    EXPECT_GT(failEachAllocation([&] { view->fieldSpec("C,A"); }, check), 3u);
+    EXPECT_EQ("fieldSpec: C,A\nfields: (B C A)\n", columns());
+}
+
+TEST(FieldMapMemory, NamesAndFlagsStayOfOneLength) {
+    const auto table = std::make_unique<vekdb>(textColumns({"A", "B", "C"}));
+    FieldMap map(*table);
+    const auto check = [&] {
+        EXPECT_EQ("1 2 3", std::string(map.asString().c_str()));
+        EXPECT_EQ(map.size(), map.numVisible());
+    };
+    const auto append = [&] {
+        for (int i = 0; i < 70; ++i) {
+            map.append(std::to_string(i).c_str(), true);
+        }
+    };
+    const auto checkAppended = [&] {
+        EXPECT_EQ(map.size(), map.numVisible());
+        EXPECT_TRUE(map.isVisible(static_cast<int>(map.size()) - 1));
+    };
+    const VDBView other(table.get());
+    const auto bind = [&] { FieldMap(map).setSourceDb(other); };
+    EXPECT_GT(failEachAllocation(bind, check), 2u);
+    EXPECT_GT(failEachAllocation(append, checkAppended), 3u);
+    FieldMap target(other);
+    const auto checkTarget = [&] { EXPECT_EQ("1 2 3", std::string(target.asString().c_str())); };
+    EXPECT_GT(failEachAllocation([&] { target = map; }, checkTarget), 1u);
+    EXPECT_EQ(73u, target.size());
 }
 
 TEST(ViewMemory, CopiesThatFailLoseNothing) {

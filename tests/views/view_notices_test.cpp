@@ -2,6 +2,7 @@
 
 #include <functional>
 
+#include <vekdb/host/cookie.h>
 #include "testing/random.h"
 #include "testing/views.h"
 
@@ -52,39 +53,58 @@ TEST_P(OneView, TellsEveryRemovalThenAllOfThem) {
 
 INSTANTIATE_TEST_SUITE_P(
     Edits, OneView,
-    testing::Values(
-        Edit{"TwoRowsInOrder", 10, kTen,
-             [](vekdb& table, VDBViewRep&) { table.delete_records(3, 2); },
-             {"V 3 ", "V 3 ", "V 2 3 ", "V changed", "T 3 4 "},
-             "0 1 2 3 4 5 6 7"},
-        Edit{"FromTheTop", 10, kTen,
-             [](vekdb& table, VDBViewRep&) { table.delete_records(0, 2); },
-             {"V 0 ", "V 0 ", "V -1 0 ", "V changed", "T 0 1 "},
-             "0 1 2 3 4 5 6 7"},
-        Edit{"RowsInReverse", 10, {9, 8, 7, 6, 5, 4, 3, 2, 1, 0},
-             [](vekdb& table, VDBViewRep&) { table.delete_records(3, 3); },
-             {"V 6 ", "V 5 ", "V 4 ", "V 5 5 5 ", "V changed", "T 3 4 5 "},
-             "6 5 4 3 2 1 0"},
-        Edit{"ARowShownThrice", 10, {3, 1, 3, 3},
-             [](vekdb& table, VDBViewRep&) { table.delete_records(3, 1); },
-             {"V 0 ", "V 1 ", "V 1 ", "V -1 0 0 ", "V changed", "T 3 "},
-             "1"},
-        Edit{"ARowThatIsNotShown", 10, {2, 8, 9},
-             [](vekdb& table, VDBViewRep&) { table.delete_records(7, 1); },
-             {"T 7 "},
-             "2 7 8"},
-        Edit{"NothingAtAll", 4, {0, 1},
-             [](vekdb& table, VDBViewRep&) { table.delete_records(4, 2); }, {}, "0 1"},
-        Edit{"TaggedRowsRunByRun", 6, {0, 1, 2, 3, 4, 5},
-             [](vekdb&, VDBViewRep& view) {
-                 tagRows(view, {0, 1, 4});
-                 EXPECT_EQ(3, view.deleteTagged());
-             },
-             {"V 0 ", "V 0 ", "V -1 0 ", "V changed", "T 0 1 ", "V 2 ", "V 1 ", "V changed",
-              "T 2 "},
-             "0 1 2"},
-        Edit{"AllRowsDisplayedAnew", 3, {0, 1, 2},
-             [](vekdb&, VDBViewRep& view) { view.displayAllRecords(); }, {"V 0 1 2 "}, "0 1 2"}),
+    testing::Values(Edit{"TwoRowsInOrder",
+                         10,
+                         kTen,
+                         [](vekdb& table, VDBViewRep&) { table.delete_records(3, 2); },
+                         {"V 3 ", "V 3 ", "V 2 3 ", "V changed", "T 3 4 "},
+                         "0 1 2 3 4 5 6 7"},
+                    Edit{"FromTheTop",
+                         10,
+                         kTen,
+                         [](vekdb& table, VDBViewRep&) { table.delete_records(0, 2); },
+                         {"V 0 ", "V 0 ", "V -1 0 ", "V changed", "T 0 1 "},
+                         "0 1 2 3 4 5 6 7"},
+                    Edit{"RowsInReverse",
+                         10,
+                         {9, 8, 7, 6, 5, 4, 3, 2, 1, 0},
+                         [](vekdb& table, VDBViewRep&) { table.delete_records(3, 3); },
+                         {"V 6 ", "V 5 ", "V 4 ", "V 5 5 5 ", "V changed", "T 3 4 5 "},
+                         "6 5 4 3 2 1 0"},
+                    Edit{"ARowShownThrice",
+                         10,
+                         {3, 1, 3, 3},
+                         [](vekdb& table, VDBViewRep&) { table.delete_records(3, 1); },
+                         {"V 0 ", "V 1 ", "V 1 ", "V -1 0 0 ", "V changed", "T 3 "},
+                         "1"},
+                    Edit{"ARowThatIsNotShown",
+                         10,
+                         {2, 8, 9},
+                         [](vekdb& table, VDBViewRep&) { table.delete_records(7, 1); },
+                         {"T 7 "},
+                         "2 7 8"},
+                    Edit{"NothingAtAll",
+                         4,
+                         {0, 1},
+                         [](vekdb& table, VDBViewRep&) { table.delete_records(4, 2); },
+                         {},
+                         "0 1"},
+                    Edit{"TaggedRowsRunByRun",
+                         6,
+                         {0, 1, 2, 3, 4, 5},
+                         [](vekdb&, VDBViewRep& view) {
+                             tagRows(view, {0, 1, 4});
+                             EXPECT_EQ(3, view.deleteTagged());
+                         },
+                         {"V 0 ", "V 0 ", "V -1 0 ", "V changed", "T 0 1 ", "V 2 ", "V 1 ",
+                          "V changed", "T 2 "},
+                         "0 1 2"},
+                    Edit{"AllRowsDisplayedAnew",
+                         3,
+                         {0, 1, 2},
+                         [](vekdb&, VDBViewRep& view) { view.displayAllRecords(); },
+                         {"V 0 1 2 "},
+                         "0 1 2"}),
     [](const auto& edit) { return edit.param.name; });
 
 // --- odd texts
@@ -412,14 +432,30 @@ TEST(CheckedStack, HoldsThroughEveryKindOfDeletionAndRemoval) {
             }
             stack.look();
             switch (random.between(0, 7)) {
-                case 0: stack.table->delete_records(static_cast<unsigned>(at), n); break;
-                case 1: view.deleteRecords(at, n); break;
-                case 2: view.deleteTagged(); break;
-                case 3: view.removeTagged(); break;
-                case 4: view.removeNonTagged(); break;
-                case 5: view.removeRecordsFromBaseView(at, n); break;
-                case 6: view.remove(at, n); break;
-                default: view.sort(1, 0); break;
+                case 0:
+                    stack.table->delete_records(static_cast<unsigned>(at), n);
+                    break;
+                case 1:
+                    view.deleteRecords(at, n);
+                    break;
+                case 2:
+                    view.deleteTagged();
+                    break;
+                case 3:
+                    view.removeTagged();
+                    break;
+                case 4:
+                    view.removeNonTagged();
+                    break;
+                case 5:
+                    view.removeRecordsFromBaseView(at, n);
+                    break;
+                case 6:
+                    view.remove(at, n);
+                    break;
+                default:
+                    view.sort(1, 0);
+                    break;
             }
             stack.expectSettled();
             if (HasFailure()) return;
@@ -428,4 +464,50 @@ TEST(CheckedStack, HoldsThroughEveryKindOfDeletionAndRemoval) {
             }
         }
     }
+}
+
+// The way to delete under a stack that docs/notices.md gives.
+TEST(Recipe, UpperViewsOfTheTaggedRowsAreMadeAnewAfterADeletionBelow) {
+    const auto table = numberedTable(10);
+    VDBView lower = viewOfAll(*table);
+    tagRows(*lower, {2, 5, 8, 9});
+    const VDBView upper(lower->newTagSubview());
+    EXPECT_EQ("r2 r5 r8 r9", namesOf(*upper));
+    lower->deleteRecords(4, 2);
+    EXPECT_NE("r2 r8 r9", namesOf(*upper));
+    upper->clear();
+    upper->displayTaggedRecordsAt(0);
+    EXPECT_EQ("r2 r8 r9", namesOf(*upper));
+}
+
+TEST(Recipe, ChangedCellsAreToldByTheBracketAlone) {
+    const auto table = numberedTable(3);
+    VDBView view = viewOfAll(*table);
+    NoticeLog log;
+    log.follow(*table, "table");
+    log.follow(*view, "view");
+    table->set_field(0, 0u, "changed");
+    view->set_field(1, 0u, "changed");
+    EXPECT_THAT(log.entries, IsEmpty());
+    table->beginUpdate();
+    table->addToUpdate(Cookie("0102030405060708090a0b0c0d0e0f1000004d", false));
+    table->endUpdate();
+    EXPECT_THAT(log.entries, ElementsAre("table changed with a payload"));
+}
+
+// A listener in front of a view must not leave the view with rows that the table has no more.
+TEST(ThrowingListener, LeavesNoViewBehindItWithDeletedRows) {
+    const auto table = numberedTable(10);
+    bool heardBehind = false;
+    const auto fail = [](const NotifyMsg&) { throw 7; };
+    const WhenTold before(*table, "recordsDeleted", fail);
+    VDBView view = viewOfAll(*table);
+    const WhenTold inside(*view, "recordsDeleted", fail);
+    VDBView upper = stackedOnAll(view);
+    const auto hear = [&](const NotifyMsg&) { heardBehind = true; };
+    const WhenTold behind(*table, "recordsDeleted", hear);
+    EXPECT_THROW(table->delete_records(3, 4), int);
+    EXPECT_FALSE(heardBehind);
+    EXPECT_EQ("r0 r1 r2 r7 r8 r9", namesOf(*view));
+    EXPECT_EQ(std::string::npos, namesOf(*upper).find("null"));
 }

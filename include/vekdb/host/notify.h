@@ -110,7 +110,8 @@ public:
     virtual const void* owner() const { return nullptr; }
 
     /// Whether this is a view's own handling of its source's notices, which
-    /// cannot tell several deletions in one pass from as many single ones.
+    /// cannot tell several deletions in one pass from as many single ones, and
+    /// must be told also where a callback before it has thrown.
     virtual bool isViewHandler() const { return false; }
 };
 
@@ -169,7 +170,8 @@ class Registrations;  // shared by a notifier and the guards of its registration
 /// is called from the next notice on. A callback may register, deregister (itself
 /// too), issue further notices, and destroy the notifier, which ends the delivery.
 /// No lock is held while a callback runs. An exception from a callback ends the
-/// delivery and goes on to the issuer.
+/// delivery for all but the views' own handlers, which must follow their source, and
+/// goes on to the issuer.
 template <class M>
 class GenericNotifier {
 public:

@@ -79,6 +79,9 @@ public:
     iFileService* fileService() const noexcept { return fileService_; }
     iRefCountService* refCounts() const noexcept { return refCounts_; }
 
+    /// To be called before anything of the process has taken memory, not only of the library:
+    /// with the global operators replaced, a block that was taken before would come back to an
+    /// allocator that did not give it.
     iAllocator* setAllocator(iAllocator* allocator) noexcept;
     iFileService* setFileService(iFileService* service) noexcept;
     iRefCountService* setRefCounts(iRefCountService* service) noexcept;

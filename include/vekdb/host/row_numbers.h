@@ -15,6 +15,8 @@ public:
     /// Makes room for this many numbers in all. Throws BadAlloc and stays as it was.
     void reserve(std::size_t room);
     void append(int row);
+    /// Appends n numbers from `first` up, all or none.
+    void appendRun(int first, int n);
 
     std::size_t size() const noexcept { return size_; }
     int operator[](std::size_t i) const noexcept { return rows_[i]; }

@@ -16,7 +16,7 @@ class vekdb;
 /// Reading it enters the parameter, with an empty value, in a view that has none.
 ///
 /// Names compare without regard to case. Positions out of range read as not there and change
-/// nothing. Not locked: one thread at a time.
+/// nothing. Where memory ends, the map is as it was. Not locked: one thread at a time.
 class FieldMap {
 public:
     /// No entries, no source.
@@ -24,6 +24,11 @@ public:
     explicit FieldMap(const VDBView& view);
     /// Over a view of the map's own. The table must outlive the map's use of it.
     explicit FieldMap(vekdb& table);
+    FieldMap(const FieldMap&) = default;
+    FieldMap(FieldMap&&) noexcept = default;
+    FieldMap& operator=(const FieldMap& other);
+    FieldMap& operator=(FieldMap&& other) noexcept = default;
+    ~FieldMap() = default;
 
     /// Binds to the view and appends what its parameter lists, or, when there is nothing
     /// listed and the map is empty, all its columns. An entry of the text is read from three
@@ -35,6 +40,7 @@ public:
     /// The position of a name, or -1.
     int getFieldIdx(const LightweightString<char>& name) const;
     bool containsField(const LightweightString<char>& name) const;
+    /// False also for an entry that is not there.
     bool isVisible(const LightweightString<char>& name) const;
     bool isVisible(int i) const;
     /// The name at a position; the null string out of range.
@@ -48,12 +54,14 @@ public:
     void setName(int i, const LightweightString<char>& name);
     void setVisible(int i, bool visible);
     void invertVisible(int i);
+    /// Exchanges two entries, flags included.
     void swap(int i, int j);
     /// False when the name is not there.
     bool remove(const LightweightString<char>& name);
     /// Removes all entries; the source stays.
     void clear();
 
+    /// How many entries are visible.
     unsigned numVisible() const;
     /// The source's column of the n-th visible entry, counted from 0; -1 when there is none.
     int getVisibleFieldIndex(int n) const;

@@ -8,6 +8,7 @@
 #include <vekdb/host/notify.h>
 #include <vekdb/vdb_base.h>
 
+class AssocList;
 class GrowString;
 class SExpr;
 class TextFile;
@@ -60,14 +61,17 @@ public:
     void vdb(vekdb* table);
     /// Stacks on another view, or on none: rows and parameters go, the base's parameters come.
     /// The table stays. Nothing happens for the present base, and for a base whose stack this
-    /// view is part of.
+    /// view is part of, and, as with `vdb`, where memory ends.
     void baseView(VDBViewRep* base);
+    /// The table at the bottom of the stack, null for none or one that went.
     vekdb* table() const;
+    /// The view it stands on, or null.
     VDBViewRep* base() const;
     /// The base view where there is one, else the table, else null.
     VDBBase* source() const;
 
     // --- sharing
+    /// How many handles and stacked views hold it.
     unsigned handleCount() const { return handleCount_; }
     /// Counts up, as a handle does.
     void retain();
@@ -78,20 +82,26 @@ public:
     // --- columns
     /// Rebuilds the field list from names between commas or tabs; a second call puts the new
     /// columns behind the reversed old ones. Null drops the text and keeps the list. Returns
-    /// the list, which stays the view's.
+    /// the list, which stays the view's. Where memory ends, text and list are the old ones.
     SExpr* fieldSpec(const char* spec);
     /// The text the field list was built from, or null.
     const char* fieldSpecText() const;
+    /// The columns chosen, as references into the source that there was then.
     const SExpr* fieldList() const;
+    /// Appends all columns of the source, with commas between them.
     void identityFieldSpec(GrowString& out) const;
     /// The first column of exactly this name, or -1.
     int dbFieldIndex(const char* name) const;
+    /// Appends the text and the list of the columns, a line each.
     void asString(GrowString& out) const;
 
     // --- parameters and file name
+    /// `set_filename` by another name.
     void fileName(LightweightString<wchar_t> name);
+    /// Sets each parameter of the table, or of the view, in this view.
     void addParamsFrom(vekdb* table);
     void addParamsFrom(VDBViewRep* other);
+    /// Gives the parameter "VEKDB" the text "Rev 1" where it has no text at all.
     void internRevision();
 
     // --- rows
@@ -102,11 +112,14 @@ public:
     void sizeIndexFor(int n);
     /// Shows one more source row at the end.
     void append(int row);
-    /// Shows every source row in source order.
+    /// Shows every source row in source order, and tells nobody. Where memory ends, the first
+    /// rows are shown.
     void buildIndex();
     /// The record of a row, or null.
     dbrecord* operator[](int row) const;
+    /// True for every record; where a condition is set, says that there are none yet.
     bool satisfiesCondition(dbrecord* record);
+    /// Sorts nothing; where an order is set, says so.
     void sortIndex();
     /// The first row that shows this source row, or -1.
     int findViewIndexForBaseRow(unsigned long row) const;
@@ -114,6 +127,7 @@ public:
     int find(const dbrecord* record) const;
     /// The source row behind a row, 0xFFFFFFFF out of range.
     unsigned sourceRow(int row) const;
+    /// Rows that there is room for.
     unsigned indexCapacity() const;
     /// The tag byte of a slot, those behind the last row included; 0 out of range. The next
     /// row to stand in such a slot starts out with this tag.
@@ -122,6 +136,7 @@ public:
     // --- tags of the view, none of the table's
     void tagAll(bool value);
     void invertAllTags();
+    /// How many rows are tagged.
     unsigned countTags() const;
     /// Tags the rows that match the source's query and counts them; untags the others unless
     /// `keep` is non-zero. Without a query every row matches.
@@ -133,9 +148,11 @@ public:
     unsigned tagDuplicates(int field);
     /// Writes the view's tags into its source.
     void tagBaseFromTags();
-    /// A view stacked on this one that shows its tagged rows, or null without a table. The
-    /// caller owns it; its count is 0.
+    /// A view stacked on this one that shows its tagged rows, or null without a table. Its count
+    /// is 0, so hand it to a handle at once: `VDBView tagged(view->newTagSubview());`. It keeps
+    /// this view, which must itself be held by somebody by then.
     VDBViewRep* newTagSubview();
+    /// Tests for `removeSome`: rows that are tagged, and all others, those out of range included.
     bool tag(int row);
     bool notTagged(int row);
 
@@ -150,6 +167,7 @@ public:
     /// Shows the rows that are tagged in the source.
     void displayTaggedRecordsAt(int at);
     /// Takes all rows out, which views stacked on this one are told, and shows every source row.
+    /// Where memory ends the rows are the old ones, or, once somebody was told, none.
     void displayAllRecords();
     /// The same, then takes over the source's tags where it has a column "Tag".
     void displayAllRecordsWithBaseTagStatus();
@@ -160,8 +178,11 @@ public:
 
     // --- editing. Deleting removes records from the table; removing only takes rows out.
     /// Inserts blank records into the source before the source row of row `at`, or at its end,
-    /// and shows them. Other views are not told.
+    /// and shows them. Other views are not told. Where memory ends this view is as it was; the
+    /// source is, too, or has more rows at its end.
     void insertBlankRecords(int at, int n);
+    /// Deletes the records of n rows from `at` on, a notice for each run of neighbours. Where
+    /// memory ends, the runs that were deleted are gone from the table and from all views.
     void deleteRecords(int at, int n);
     /// The number of rows in the runs it passed on for deletion.
     int deleteTagged();
@@ -170,10 +191,12 @@ public:
     /// Takes the rows that pass the test out of the lowest view of the stack, and so out of
     /// every view above it.
     int removeSome(RowTest test);
-    int removeTagged();
-    int removeNonTagged();
+    int removeTagged();     ///< `removeSome` of the tagged rows
+    int removeNonTagged();  ///< `removeSome` of the others
+    /// Takes n rows from `at` on out of the lowest view of the stack.
     void removeRecordsFromBaseView(int at, int n);
-    /// What a deletion notice of the source does here.
+    /// What a deletion notice of the source does here. Whatever fails on the way, the rows
+    /// follow; the first failure is thrown afterwards.
     int recordsDeletedNotify(const NotifyMsg& msg);
 
     // --- saving and copies
@@ -187,15 +210,22 @@ public:
     int saveOnlyTagged(const char* name);
     /// A view of the same rows and tags over the table; of a stacked view, a view that shows
     /// the whole base view. Its parameters and file name are the table's, so saving it under
-    /// its own name overwrites the table's file. Null without a table. The caller owns it.
+    /// its own name overwrites the table's file. Null without a table. Its count is 0: hand it to
+    /// a handle at once, or use `VDBView::copy`.
     VDBViewRep* copy();
-    /// A view of the same rows and tags over a copy of the table. The caller owns both.
+    /// A view of the same rows and tags over a copy of the table. Hold the view by a handle, and
+    /// delete its `table()` after the last handle went: nobody else owns that table.
     VDBViewRep* copyWithNewBaseView();
 
     // --- the record-source interface, in view rows
+    /// `saveAsText` under the view's own file name, which is the table's unless set.
     int save_text() override;
+    /// `saveOnlyTagged` under it.
     int save_tags() override;
+    /// `insertBlankRecords`: `at` is read as a signed number, so that 0xFFFFFFFF is the front (of
+    /// a table it is the end).
     void insert_records(unsigned at, int n) override;
+    /// `deleteRecords`.
     void delete_records(unsigned first, int n) override;
     /// Deletes nothing: takes the tagged rows out of the views of the stack. Returns 0.
     unsigned delete_tagged_records() override;
@@ -271,19 +301,17 @@ private:
     bool standsOn(const VDBViewRep* view) const;
 
     void useSpec(const char* spec);
-    void dropRows();
-    void bindTable(vekdb* table);
-    void stackOn(VDBViewRep* base);
+    struct Binding;
+    void dropRows(AssocList& params);
     Quor::Ptr<Quor::Guard> listenTo(Notifier& notifier);
-    void setParam(const char* name, const char* value);
 
     int showMatches(vekdb& bottom, const CookieVec& list, int at);
     int showMatchesSingly(const CookieVec& list, int at);
     int showOneByOne(const unsigned* sourceRows, int n, int at);
 
     int eachRun(RowTest test, void (VDBViewRep::*edit)(int at, int n));
-    void dropSourceRow(unsigned target, unsigned earlier, RowNumbers& report, const Pin& pin);
-    void tellRemoved(int at, int n);
+    struct Removals;
+    void dropSourceRow(unsigned target, unsigned earlier, Removals& removals);
     void tell(const NotifyMsg& message, int type);
 
     bool othersMayRun() const;

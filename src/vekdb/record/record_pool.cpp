@@ -86,7 +86,9 @@ RecordPool::Place* RecordPool::next(Place* place) noexcept {
     return behind;
 }
 
-dbrecord* RecordPool::create(unsigned short count) { return new (take()) dbrecord(count); }
+dbrecord* RecordPool::create(unsigned short count) {
+    return new (take()) dbrecord(count);
+}
 
 dbrecord* RecordPool::create(const dbrecord& other) {
     void* place = take();

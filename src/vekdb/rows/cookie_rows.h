@@ -22,6 +22,8 @@ public:
     /// Enters a row; one that has the identity already keeps it.
     void enter(const Quor::UUID& id, unsigned row);
     void replace(const Quor::UUID& id, unsigned row);
+    /// Takes the memory that one more identity needs.
+    void expectOneMore() { reserve(count_ + 1); }
     /// Makes room for so many rows, so that entering them moves nothing.
     void reserve(std::size_t rows);
     void clear() { *this = CookieRows(); }

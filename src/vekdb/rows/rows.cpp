@@ -11,8 +11,8 @@ namespace {
 
 // Makes room for `slots` pointers and zeroes what is new.
 void resizeSlots(dbrecord**& block, std::size_t& room, std::size_t slots) {
-    block = static_cast<dbrecord**>(
-        OS()->allocator()->reallocate(block, slots * sizeof(dbrecord*)));
+    block =
+        static_cast<dbrecord**>(OS()->allocator()->reallocate(block, slots * sizeof(dbrecord*)));
     std::memset(block + room, 0, (slots - room) * sizeof(dbrecord*));
     room = slots;
 }
@@ -30,7 +30,9 @@ void Rows::makeRoom(std::size_t slots) {
     resizeSlots(slots_, room_, std::max(slots, room_ + room_ / 2));
 }
 
-void Rows::addChunk() { cover(std::uint64_t{capacity_} + 1); }
+void Rows::addChunk() {
+    cover(std::uint64_t{capacity_} + 1);
+}
 
 void Rows::cover(std::uint64_t rows) {
     if (rows <= capacity_) return;

@@ -5,10 +5,18 @@
 #include "vekdb/record/record_access.h"
 #include "vekdb/table/table_parts.h"
 
-unsigned vekdb::get_num_records() const { return parts().rows.shownCount(); }
-dbrecord* vekdb::get_record(unsigned row) const { return parts().rows.shown(row); }
-unsigned vekdb::get_new_row(unsigned raw) const { return parts().rows.newRow(raw); }
-unsigned vekdb::get_raw_row(unsigned shown) const { return parts().rows.rawRow(shown); }
+unsigned vekdb::get_num_records() const {
+    return parts().rows.shownCount();
+}
+dbrecord* vekdb::get_record(unsigned row) const {
+    return parts().rows.shown(row);
+}
+unsigned vekdb::get_new_row(unsigned raw) const {
+    return parts().rows.newRow(raw);
+}
+unsigned vekdb::get_raw_row(unsigned shown) const {
+    return parts().rows.rawRow(shown);
+}
 
 dbrecord* vekdb::newRow() {
     dbrecord* record =
@@ -48,14 +56,6 @@ void vekdb::insert_records(unsigned at, int n) {
 
 namespace {
 
-// Appends first .. first + n - 1.
-void appendRun(RowNumbers& rows, unsigned first, unsigned n) {
-    rows.reserve(n);
-    for (unsigned row = first; row < first + n; ++row) {
-        rows.append(static_cast<int>(row));
-    }
-}
-
 // Sets a flag of a table when the scope is left, whichever way, unless the table went meanwhile.
 class SetOnLeave {
 public:
@@ -85,7 +85,7 @@ void vekdb::delete_records(unsigned first, int n) {
     static const int type = NotifyMsgTypeDictionary::instance().intern("recordsDeleted");
     bool heard = hasListeners(type);
     RowNumbers deleted;
-    if (heard) appendRun(deleted, first, count);
+    if (heard) deleted.appendRun(static_cast<int>(first), static_cast<int>(count));
     rows.erase(first, count);
     parts().cookieRows.clear();
     if (!heard) return noteModified();

@@ -9,7 +9,9 @@
 namespace {
 
 // Records take 16-bit positions; no column lies further.
-bool inRecord(unsigned field) { return field <= Columns::most; }
+bool inRecord(unsigned field) {
+    return field <= Columns::most;
+}
 
 }  // namespace
 
@@ -48,6 +50,7 @@ bool vekdb::set_field(unsigned row, const Cookie& cookie) {
     if (record == nullptr) return false;
     unsigned field = get_fieldnum("cookie");
     if (!inRecord(field)) return false;
+    parts().cookieRows.expectOneMore();
     bool stored = record->setField(static_cast<unsigned short>(field), cookie.asString(false));
     parts().cookieRows.replace(cookie.uuid, row);
     return stored;
