@@ -5,8 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
-#include <string>
+#include <utility>
 
 #include <aio.h>
 #include <sys/stat.h>
@@ -25,7 +24,26 @@ struct SystemCalls {
     int (*sync)(int file);
     int (*close)(int file);
     int (*setMode)(int file, mode_t mode);
-    int (*rename)(const char* from, const char* to);
+
+    // Of replacing alone. A name is looked for in an open folder; a link at the name itself is
+    // never followed, but by openAt where its flags do not forbid it.
+    int (*openAt)(int folder, const char* name, int flags, mode_t mode);
+    int (*duplicate)(int file);
+    int (*status)(int file, struct stat* status);
+    int (*statusAt)(int folder, const char* name, struct stat* status);
+    ssize_t (*linkAt)(int folder, const char* name, char* to, std::size_t size);
+    int (*mayWriteAt)(int folder, const char* name);
+    int (*renameAt)(int folder, const char* from, const char* to);
+    int (*removeAt)(int folder, const char* name);
+    int (*lock)(int file, int operation);
+    ssize_t (*readAt)(int file, void* to, std::size_t size, off_t from);
+    int (*makeRoom)(int file, off_t size);
+    int (*cut)(int file, off_t size);
+    int (*setOwner)(int file, uid_t owner, gid_t group);
+    ssize_t (*listAttributes)(int file, char* names, std::size_t size);
+    ssize_t (*attribute)(int file, const char* name, void* value, std::size_t size);
+    int (*setAttribute)(int file, const char* name, const void* value, std::size_t size);
+    int (*removeAttribute)(int file, const char* name);
 };
 
 // The calls in use. Not to be changed while another thread reads or saves.
@@ -34,7 +52,7 @@ SystemCalls& systemCalls();
 // Closes a file with the scope, or leaves it to somebody else.
 class Descriptor {
 public:
-    explicit Descriptor(int file) : file_(file) {}
+    explicit Descriptor(int file = -1) : file_(file) {}
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
     ~Descriptor() {
@@ -42,7 +60,14 @@ public:
             systemCalls().close(file_);
         }
     }
+    Descriptor(Descriptor&& other) noexcept : file_(other.take()) {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        const Descriptor before(std::exchange(file_, other.take()));
+        return *this;
+    }
     int get() const { return file_; }
+    bool isOpen() const { return file_ >= 0; }
+    int take() { return std::exchange(file_, -1); }
     void release() { file_ = -1; }
 
 private:
@@ -65,45 +90,5 @@ bool readWhole(const char* path, Quor::Ptr<TextBlock>& text, std::size_t& textSi
 // Tells the system that a large block is about to be filled from end to end, so
 // that it may come in large pages. Changes nothing but speed.
 void expectFilling(TextBlock& block);
-
-// Whether the path leads to a character device or a FIFO, which cannot be replaced.
-bool isWrittenDirectly(const char* path);
-
-// Puts new contents in a file's place, whole or not at all: they are written to
-// a file of unique name in the same folder, flushed to disk, and renamed over
-// the target in commit(). Symbolic links are followed, the mode is kept. Until
-// commit() answers true the old file stands as it was; whatever goes wrong, the
-// file of unique name is removed, at the latest by the destructor.
-//
-// A character device or a FIFO cannot be replaced: it is written to directly.
-class Replacement {
-public:
-    // toDisk: wait until the contents are on the disk before the rename.
-    explicit Replacement(bool toDisk) : toDisk_(toDisk) {}
-    Replacement(const Replacement&) = delete;
-    Replacement& operator=(const Replacement&) = delete;
-    ~Replacement();
-
-    // Call in this order, each once (write as often as needed); after a false
-    // the others do nothing and answer false.
-    bool open(const std::string& path);
-    bool write(const char* from, std::size_t size);
-    bool commit();
-
-private:
-    bool openDevice(const std::string& path);
-    bool openBeside(mode_t mode);
-    bool createUnique(mode_t mode);
-    void keepAttributes(const struct stat& old);
-    bool complete();
-    bool closeFile();
-    void discard();
-
-    bool toDisk_;
-    int file_ = -1;
-    std::optional<mode_t> mode_;  // of the file that is replaced
-    std::string target_;
-    std::string temporary_;  // empty: nothing to remove or to rename
-};
 
 }  // namespace FileIO

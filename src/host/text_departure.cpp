@@ -1,12 +1,8 @@
 #include "host/text_departure.h"
 
-#include <utility>
-
-TextDeparture::TextDeparture(std::string path, bool toDisk)
-    : target_(toDisk),
-      path_(std::move(path)),
-      goesInPieces_(!FileIO::isWrittenDirectly(path_.c_str())) {
-    if (goesInPieces_) {
+TextDeparture::TextDeparture(const char* path, bool toDisk) : target_(toDisk) {
+    target_.find(path);
+    if (goesInPieces()) {
         open();
     }
 }
@@ -14,14 +10,14 @@ TextDeparture::TextDeparture(std::string path, bool toDisk)
 // A target that could not be opened takes nothing and is not committed.
 void TextDeparture::open() {
     isOpened_ = true;
-    target_.open(path_);
+    target_.open();
 }
 
 void TextDeparture::send(const char* text, std::size_t size) {
     if (!isOpened_) {
         open();
     }
-    target_.write(text, size);
+    target_.write({text, size});
 }
 
 bool TextDeparture::end() {

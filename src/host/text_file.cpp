@@ -1,6 +1,7 @@
 #include <vekdb/host/text_file.h>
 
 #include <vekdb/host/exceptions.h>
+#include <vekdb/host/file_replacement.h>
 #include <vekdb/host/text_util.h>
 #include "host/file_io.h"
 #include "host/text_arrival.h"
@@ -45,27 +46,27 @@ std::string_view endOfLine(TextFile::eEOLStyle style) {
 // Collects small pieces so that they reach the file in few calls.
 class ChunkedOutput {
 public:
-    explicit ChunkedOutput(FileIO::Replacement& file) : file_(file) { chunk_.reserve(kChunk); }
+    explicit ChunkedOutput(FileReplacement& file) : file_(file) { chunk_.reserve(kChunk); }
 
     bool put(std::string_view piece) {
         if (chunk_.size() + piece.size() > kChunk && !flush()) {
             return false;
         }
         if (piece.size() > kChunk) {
-            return file_.write(piece.data(), piece.size());
+            return file_.write(piece);
         }
         chunk_.append(piece);
         return true;
     }
 
     bool flush() {
-        const bool written = file_.write(chunk_.data(), chunk_.size());
+        const bool written = file_.write(chunk_);
         chunk_.clear();
         return written;
     }
 
 private:
-    FileIO::Replacement& file_;
+    FileReplacement& file_;
     std::string chunk_;
 };
 
@@ -104,15 +105,15 @@ bool TextFile::loadAhead(const LightweightString<wchar_t>& path, char separator)
 
 bool TextFile::save(const LightweightString<wchar_t>& path, eEOLStyle style) const {
     LightweightString<char> file;
-    FileIO::Replacement target(syncToDisk);
-    if (!pathToUTF8(path, file) || !target.open(file.c_str())) {
+    FileReplacement target(syncToDisk);
+    if (!pathToUTF8(path, file) || !target.find(file.c_str()) || !target.open()) {
         return false;
     }
     const std::string_view end = endOfLine(style);
     // Appended text lies in the block just as the file is to hold it.
     if (loadedSize_ == 0 && end == "\n") {
         const char* text = block_ ? block_->data() : "";
-        return target.write(text, textSize_) && target.commit();
+        return target.write({text, textSize_}) && target.commit();
     }
     ChunkedOutput output(target);
     return writeLines(output, end) && output.flush() && target.commit();
@@ -121,8 +122,8 @@ bool TextFile::save(const LightweightString<wchar_t>& path, eEOLStyle style) con
 void TextFile::beginSave(const LightweightString<wchar_t>& path) {
     LightweightString<char> file;
     const bool isPath = pathToUTF8(path, file);
-    departure_ = Quor::Ptr<TextDeparture>(
-        new TextDeparture(isPath ? file.c_str() : "", syncToDisk));
+    departure_ =
+        Quor::Ptr<TextDeparture>(new TextDeparture(isPath ? file.c_str() : "", syncToDisk));
 }
 
 bool TextFile::endSave() {

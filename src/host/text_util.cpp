@@ -211,8 +211,10 @@ LeadByte leadByte(unsigned char byte) {
 }
 
 // Takes one character off the front. A byte that begins no whole character is
-// taken alone, so what follows it is read afresh.
-char32_t takeCharacter(std::string_view& text) {
+// taken alone, so what follows it is read afresh; oddByte says what it becomes.
+template <class OddByte>
+char32_t takeCharacter(std::string_view& text, OddByte oddByte) {
+    const char first = text[0];
     const LeadByte lead = leadByte(static_cast<unsigned char>(text[0]));
     char32_t character = lead.bits;
     bool whole = lead.length != 0 && lead.length <= text.size();
@@ -223,7 +225,31 @@ char32_t takeCharacter(std::string_view& text) {
     }
     whole = whole && character >= lead.smallest && isCodePoint(character);
     text.remove_prefix(whole ? lead.length : 1);
-    return whole ? character : replacementCharacter;
+    return whole ? character : oddByte(first);
+}
+
+template <class OddByte>
+LightweightString<wchar_t> decoded(std::string_view text, OddByte oddByte) {
+    std::size_t count = 0;
+    for (std::string_view rest = text; !rest.empty(); ++count) {
+        takeCharacter(rest, oddByte);
+    }
+    LightweightString<wchar_t> wide;
+    wide.resizeFor(count);
+    wchar_t* out = wide.mutableData();
+    for (std::string_view rest = text; !rest.empty();) {
+        *out++ = static_cast<wchar_t>(takeCharacter(rest, oddByte));
+    }
+    return wide;
+}
+
+// A byte of a path that is part of no character.
+char32_t unitOfByte(char byte) {
+    return 0xDC00 + static_cast<unsigned char>(byte);
+}
+
+bool isUnitOfByte(char32_t c) {
+    return c >= 0xDC80 && c <= 0xDCFF;
 }
 
 unsigned encodedLength(char32_t c) {
@@ -254,17 +280,7 @@ char32_t codePointOf(wchar_t c) {
 }  // namespace
 
 LightweightString<wchar_t> fromUTF8(const LightweightString<char>& text) {
-    std::size_t count = 0;
-    for (std::string_view rest = text.view(); !rest.empty(); ++count) {
-        takeCharacter(rest);
-    }
-    LightweightString<wchar_t> wide;
-    wide.resizeFor(count);
-    wchar_t* out = wide.mutableData();
-    for (std::string_view rest = text.view(); !rest.empty();) {
-        *out++ = static_cast<wchar_t>(takeCharacter(rest));
-    }
-    return wide;
+    return decoded(text.view(), [](char) { return replacementCharacter; });
 }
 
 LightweightString<char> toUTF8(const LightweightString<wchar_t>& text) {
@@ -281,16 +297,36 @@ LightweightString<char> toUTF8(const LightweightString<wchar_t>& text) {
     return bytes;
 }
 
+LightweightString<wchar_t> pathFromBytes(const LightweightString<char>& bytes) {
+    return decoded(bytes.view(), unitOfByte);
+}
+
 bool pathToUTF8(const LightweightString<wchar_t>& path, LightweightString<char>& bytes) {
+    std::size_t count = 0;
+    bool hasUnits = false;
     for (const wchar_t c : path.view()) {
-        if (c == 0 || !isCodePoint(static_cast<char32_t>(c))) {
+        const char32_t character = static_cast<char32_t>(c);
+        hasUnits = hasUnits || isUnitOfByte(character);
+        if (c == 0 || !(isCodePoint(character) || isUnitOfByte(character))) {
             return false;
         }
+        count += isUnitOfByte(character) ? 1 : encodedLength(character);
     }
-    if (path.empty()) {
+    if (count == 0) {
         return false;
     }
-    bytes = toUTF8(path);
+    LightweightString<char> encoded;
+    encoded.resizeFor(count);
+    char* out = encoded.mutableData();
+    for (const wchar_t c : path.view()) {
+        const char32_t character = static_cast<char32_t>(c);
+        out = isUnitOfByte(character) ? (*out = static_cast<char>(character & 0xFF), out + 1)
+                                      : encode(character, out);
+    }
+    if (hasUnits && pathFromBytes(encoded).view() != path.view()) {
+        return false;
+    }
+    bytes = encoded;
     return true;
 }
 

@@ -317,6 +317,33 @@ TEST(PathToUTF8, RefusesWhatNoFileCanBeCalled) {
     EXPECT_EQ(bytes, "before");
 }
 
+TEST(PathFromBytes, AnyNameComesBackByteForByte) {
+    std::string every = "/logs/";
+    for (int byte = 1; byte < 256; ++byte) {
+        every += static_cast<char>(byte);
+    }
+    for (const std::string& name :
+         {every, std::string("caf\xE9.vek"), std::string("caf\xC3\xA9.vek"),
+          std::string("\xED\xB2\x80"), std::string("\xF0\x9F\x8E"), std::string("\xC3")}) {
+        S bytes;
+        EXPECT_TRUE(pathToUTF8(pathFromBytes(name.c_str()), bytes));
+        EXPECT_EQ(bytes, name.c_str());
+    }
+}
+
+TEST(PathFromBytes, TakesCharactersAsTheyAreAndOtherBytesOneByOne) {
+    EXPECT_EQ(pathFromBytes("\xC3\xA9"), L"\xE9");
+    const wchar_t units[] = {wchar_t(0xDCE9), wchar_t(0xDC80), 0};
+    EXPECT_EQ(pathFromBytes("\xE9\x80"), units);
+}
+
+TEST(PathToUTF8, RefusesASecondWayToNameAFile) {
+    S bytes("before");
+    const wchar_t twoBytes[] = {wchar_t(0xDCC3), wchar_t(0xDCA9), 0};
+    EXPECT_FALSE(pathToUTF8(twoBytes, bytes));
+    EXPECT_EQ(bytes, "before");
+}
+
 TEST(WStringFromAscii, WidensEachByte) {
     EXPECT_EQ(Quor::WStringFromAscii("log.txt"), W(L"log.txt"));
     EXPECT_EQ(Quor::WStringFromAscii("\xE9"), W(L"\xE9"));

@@ -10,6 +10,7 @@
 #include "host/file_io.h"
 #include "round_trip.h"
 #include "testing/failing_allocator.h"
+#include "testing/failing_calls.h"
 #include "testing/temp_dir.h"
 
 using testing::ElementsAre;
@@ -156,65 +157,12 @@ TEST_F(Damage, ALoadThatMemoryCutsShortLeavesNoPartOfATable) {
     }
 }
 
-namespace {
-
-// While in scope, the n-th call of the operating system that reading and saving make fails.
-class FailingCalls {
-public:
-    explicit FailingCalls(unsigned failAt) : previous_(FileIO::systemCalls()) {
-        real_ = previous_;
-        countdown_ = failAt;
-        fired_ = false;
-        auto& calls = FileIO::systemCalls();
-        calls.open = [](const char* path, int flags, mode_t mode) {
-            return isDue() ? -1 : real_.open(path, flags, mode);
-        };
-        calls.read = [](int file, void* to, std::size_t size) {
-            return isDue() ? ssize_t{-1} : real_.read(file, to, size);
-        };
-        calls.write = [](int file, const void* from, std::size_t size) {
-            return isDue() ? ssize_t{-1} : real_.write(file, from, size);
-        };
-        calls.sync = [](int file) { return isDue() ? -1 : real_.sync(file); };
-        calls.close = [](int file) {
-            int closed = real_.close(file);
-            return isDue() ? -1 : closed;
-        };
-        calls.setMode = [](int file, mode_t mode) {
-            return isDue() ? -1 : real_.setMode(file, mode);
-        };
-        calls.rename = [](const char* from, const char* to) {
-            return isDue() ? -1 : real_.rename(from, to);
-        };
-    }
-    FailingCalls(const FailingCalls&) = delete;
-    FailingCalls& operator=(const FailingCalls&) = delete;
-    ~FailingCalls() { FileIO::systemCalls() = previous_; }
-
-    bool fired() const { return fired_; }
-
-private:
-    static bool isDue() {
-        bool due = countdown_ != 0 && --countdown_ == 0;
-        fired_ = fired_ || due;
-        errno = due ? ENOSPC : errno;
-        return due;
-    }
-
-    static inline FileIO::SystemCalls real_;
-    static inline unsigned countdown_ = 0;
-    static inline bool fired_ = false;
-    FileIO::SystemCalls previous_;
-};
-
-}  // namespace
-
 TEST_F(Damage, AnySystemCallOfALoadMayFail) {
     folder_.write("log.vek", smallFile);
     auto path = folder_.widePath("log.vek");
     unsigned calls = 0;
     for (bool fired = true; fired; ++calls) {
-        FailingCalls failing(calls + 1);
+        testing_support::FailingCalls failing(calls + 1);
         vekdb table(path, 100, true);
         fired = failing.fired();
         bool whole = table.get_valid() && table.get_num_records() == 2;
@@ -266,7 +214,7 @@ TEST_F(SavedLater, AnySystemCallOfASaveMayFail) {
     unsigned calls = 0;
     for (bool fired = true; fired; ++calls) {
         folder_.write("log.vek", smallFile);
-        FailingCalls failing(calls + 1);
+        testing_support::FailingCalls failing(calls + 1);
         bool saved = table_->save_text() == 2;
         fired = failing.fired();
         EXPECT_TRUE(saved || fired);

@@ -158,7 +158,7 @@ int orderColumns(Log& log, const std::vector<std::string>& words, bool backup) {
 int run(const Args& args) {
     std::string action = args.text("ACTION");
     const std::vector<std::string>& words = args.all("WORD");
-    Log log = readLog(args);
+    Log log = readLogToChange(args);
     if (action == "order") return orderColumns(log, words, args.has("backup"));
     if (action == "add") addColumn(log, words);
     if (action == "remove") removeColumn(log, words);

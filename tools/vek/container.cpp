@@ -11,7 +11,14 @@ namespace vek {
 namespace {
 
 LightweightString<wchar_t> wide(const std::string& path) {
-    return fromUTF8(cellText(path));
+    return pathFromBytes(cellText(path));
+}
+
+// A container is called as its file is, byte for byte.
+LightweightString<char> nameOf(const std::string& path) {
+    LightweightString<char> name;
+    pathToUTF8(stripPathAndExt(wide(path)), name);
+    return name;
 }
 
 // An item is named by the text of its identity.
@@ -27,12 +34,19 @@ std::string textOf(const Cookie& cookie) {
     return std::string(cookie.asString(true).view());
 }
 
-Log readContainer(const std::string& path) {
-    Log log = readLog(path, "vekdb");
+Log requireContainer(Log log) {
     if (log.findColumn("Cookie") == noColumn) {
         throw Failure{unreadable, log.name + ": no column \"Cookie\", expected a container file"};
     }
     return log;
+}
+
+Log readContainer(const std::string& path) {
+    return requireContainer(readLog(path, "vekdb"));
+}
+
+Log readContainerToChange(const std::string& path) {
+    return requireContainer(readLogToChange(path, "vekdb"));
 }
 
 unsigned findItem(const Log& log, const Cookie& wanted) {
@@ -66,8 +80,7 @@ int create(const std::string& path, const std::vector<std::string>& items, const
     refuseExisting(path);
     DBFieldDesc schema[] = {{"Cookie", DBFieldTypes::text}, {}};
     QuorContainerFile::Writer writer(schema);
-    writer.setName(args.has("name") ? cellText(args.text("name"))
-                                    : toUTF8(stripPathAndExt(wide(path))));
+    writer.setName(args.has("name") ? cellText(args.text("name")) : nameOf(path));
     writer.setPermanent(args.has("permanent"));
     for (const Cookie& cookie : cookies) writer.addItem(cookie);
     writer.save(wide(path));
@@ -79,7 +92,7 @@ int create(const std::string& path, const std::vector<std::string>& items, const
 // Existing files are replaced whole or not at all, which the library's own writer of containers
 // does not promise.
 int add(const std::string& path, const std::vector<std::string>& items, const Args& args) {
-    Log log = readContainer(path);
+    Log log = readContainerToChange(path);
     auto column = static_cast<unsigned short>(log.findColumn("Cookie"));
     std::size_t added = 0;
     for (const std::string& item : items) {
@@ -97,7 +110,7 @@ int add(const std::string& path, const std::vector<std::string>& items, const Ar
 }
 
 int remove(const std::string& path, const std::vector<std::string>& items, const Args& args) {
-    Log log = readContainer(path);
+    Log log = readContainerToChange(path);
     std::size_t missing = 0;
     for (const std::string& item : items) {
         unsigned row = findItem(log, cookieNamed(item));

@@ -14,8 +14,9 @@ Target wantedTarget(const Args& args) {
 
 int run(const Args& args) {
     Target target = wantedTarget(args);
+    Held held = holdInput({args.text("IN")}, args.text("OUT"));
     Log log = readLog(args, "IN");
-    Output out(args.text("OUT"));
+    Output out(args.text("OUT"), held);
     Losses losses;
     writeSheet(wholeSheet(log), target, styleFrom(args, target), out, losses);
     out.close();

@@ -20,7 +20,7 @@ VDBView others(const Log& log, const VDBView& chosen) {
 int run(const Args& args) {
     Selection selection = selectionFrom(args);
     requireChoice("delete", selection, args);
-    Log log = readLog(args);
+    Log log = args.has("dry-run") ? readLog(args) : readLogToChange(args);
     VDBView chosen = selectRows(log, selection).view;
     std::string summary =
         counted(chosen->get_num_records(), "row") + " of " + std::to_string(log.rowCount());

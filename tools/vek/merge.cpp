@@ -289,6 +289,7 @@ int run(const Args& args) {
         throw Failure{wrongUsage, "merge: --prefer is for rows of one key, expected --key"};
     }
     Target target = wantedTarget(args);
+    Held held = holdInput(paths, args.text("output"));
     Log into = readLog(paths[0], args.text("from"));
     int result = readingResult(into);
     Merger merger(into, preferOf(args));
@@ -299,7 +300,7 @@ int run(const Args& args) {
         result = std::max(result, readingResult(from));
         merger.add(from);
     }
-    Output out(args.text("output"));
+    Output out(args.text("output"), held);
     Losses losses;
     writeSheet(wholeSheet(into), target, styleFrom(args, target), out, losses);
     out.close();

@@ -69,7 +69,7 @@ int run(const Args& args) {
                       "param: expected list FILE, get FILE NAME, or set FILE NAME "
                       "VALUE"};
     }
-    Log log = readLog(args);
+    Log log = action == "set" ? readLogToChange(args) : readLog(args);
     if (action == "list") return list(log);
     if (action == "get") return get(log, args.text("NAME"));
     return set(log, args.text("NAME"), args.text("VALUE"), args.has("backup"));

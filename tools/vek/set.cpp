@@ -37,7 +37,7 @@ std::vector<Edit> editsOf(const VDBView& view, const std::vector<Change>& change
 int run(const Args& args) {
     Selection selection = selectionFrom(args);
     requireChoice("set", selection, args);
-    Log log = readLog(args);
+    Log log = args.has("dry-run") ? readLog(args) : readLogToChange(args);
     std::vector<Change> changes;
     for (const std::string& text : args.all("COLUMN=VALUE")) {
         changes.push_back(parseChange(log, text));

@@ -92,10 +92,11 @@ int run(const Args& args) {
     bool isTableFile = !wantsTable(args) && wantedTarget(args) == Target::table;
     Wanted wanted = isTableFile ? Wanted() : wantedRows(selection);
     // The process ends with the command, and its memory with it, faster than row by row.
+    Held held = holdInput({args.text("FILE")}, args.text("output"));
     static const Log& log = *new Log(readLog(args, "FILE", wanted));
     Selected selected = selectRows(log, selection);
     Sheet sheet{log, selected.view, shownColumns(log, args)};
-    Output out(args.text("output"));
+    Output out(args.text("output"), held);
     if (wantsTable(args)) {
         printTable(sheet, selected.matched, args, out);
         out.close();

@@ -59,7 +59,7 @@ int runTag(const Args& args) {
     if (args.has("clear") + args.has("invert") + args.has("keep") > 1) {
         throw Failure{wrongUsage, "tag: --keep, --clear and --invert exclude each other"};
     }
-    Log log = readLog(args);
+    Log log = readLogToChange(args);
     requireWhole(log);
     Tags tags(log);
     std::vector<unsigned> rows = matchingRows(log, args);
@@ -75,7 +75,7 @@ int runTag(const Args& args) {
 }
 
 int runUntag(const Args& args) {
-    Log log = readLog(args);
+    Log log = readLogToChange(args);
     requireWhole(log);
     Tags tags(log);
     std::vector<unsigned> rows = matchingRows(log, args);

@@ -59,9 +59,13 @@ void toLower(LightweightString<char>& text);
 LightweightString<wchar_t> fromUTF8(const LightweightString<char>& text);
 LightweightString<char> toUTF8(const LightweightString<wchar_t>& text);
 
-/// The bytes that name a file to the system. False, with bytes untouched, for the
-/// null path and for one that no file can have: with a character that is no code
-/// point, or one that ends the name early.
+/// A path of any bytes, as the system has them, in the form in which the library takes paths: a
+/// byte that belongs to no UTF-8 character becomes the code unit U+DC00 + byte, which no text has.
+LightweightString<wchar_t> pathFromBytes(const LightweightString<char>& bytes);
+
+/// The bytes that name a file to the system, the reverse of pathFromBytes. False, with bytes
+/// untouched, for the null path and for one that no file can have: with a character that is no
+/// code point, or one that ends the name early, or with units for bytes that are a character.
 bool pathToUTF8(const LightweightString<wchar_t>& path, LightweightString<char>& bytes);
 
 namespace Quor {

@@ -198,6 +198,17 @@ Log readLog(const Args& args, std::string_view argument, const Wanted& wanted) {
     return readLog(args.text(argument), args.text("from"), wanted);
 }
 
+Log readLogToChange(const std::string& path, const std::string& from) {
+    Held held = holdFile(path);
+    Log log = readLog(path, from);
+    log.held = held;
+    return log;
+}
+
+Log readLogToChange(const Args& args, std::string_view argument) {
+    return readLogToChange(args.text(argument), args.text("from"));
+}
+
 void requireWhole(const Log& log) {
     if (log.notRead.empty()) return;
     throw Failure{unreadable, log.name +

@@ -9,6 +9,7 @@
 
 #include <vekdb/table.h>
 #include "tools/vek/cli/command.h"
+#include "tools/vek/cli/output.h"
 
 namespace vek {
 
@@ -54,6 +55,7 @@ struct Log {
     std::string notRead;           ///< why rows are missing; empty when all are there
     bool endsLinesWithCr = false;  ///< text formats are written back as they came
     bool beganWithMark = false;    ///< a UTF-8 byte order mark stood in front
+    Held held;                     ///< of a log that is to be changed in place
 
     unsigned rowCount() const { return table->get_num_records(); }
     /// Those that were left out included.
@@ -100,6 +102,11 @@ Log readLog(const std::string& path, const std::string& from = {}, const Wanted&
 
 /// The log named by an argument, "FILE" as a rule, with the --from of the command line.
 Log readLog(const Args& args, std::string_view argument = "FILE", const Wanted& wanted = {});
+
+/// The same for a command that changes the file: from before it is read until it has been
+/// replaced no other one changes it.
+Log readLogToChange(const Args& args, std::string_view argument = "FILE");
+Log readLogToChange(const std::string& path, const std::string& from);
 
 /// A Failure when rows of the file could not be read, so that writing it would lose them.
 void requireWhole(const Log& log);

@@ -8,9 +8,9 @@
 #include <csignal>
 #include <cstring>
 #include <filesystem>
+#include <optional>
+#include <utility>
 
-#include <vekdb/host/text_file.h>
-#include <vekdb/host/text_util.h>
 #include "tools/vek/cli/exit.h"
 #include "tools/vek/cli/width.h"
 
@@ -19,6 +19,7 @@ namespace vek {
 namespace {
 
 constexpr std::size_t flushAt = 1 << 16;
+constexpr unsigned longestWait = 5000;  // milliseconds for a program that changes the file
 
 std::string because(int error) {
     std::string text = error == 0 ? "could not be written" : std::strerror(error);
@@ -30,6 +31,54 @@ std::string because(int error) {
 
 [[noreturn]] void refuse(const std::string& name, int error) {
     throw Failure{unwritable, name + ": " + because(error)};
+}
+
+std::string oldBeside(const FileReplacement& file) {
+    return concat("could not be written (", std::strerror(file.error()),
+                  "), nor be put back; what it held stands beside it, in ", file.oldBeside(),
+                  "; copy that back when there is room");
+}
+
+std::string because(const FileReplacement& file) {
+    switch (file.trouble()) {
+        case FileReplacement::eInUse:
+            return "another program is changing it; try again when that is done";
+        case FileReplacement::eChanged:
+            return "was changed by another program since it was read, so nothing is written; look "
+                   "at it, and give the command again";
+        case FileReplacement::eForeignLink:
+            return "the path leads through a link that somebody else put there, which is not "
+                   "followed to write; name the file itself";
+        case FileReplacement::eForeignName:
+            return "is also another file, by a name that somebody else may have put there; change "
+                   "a copy";
+        case FileReplacement::eOldBeside:
+            return oldBeside(file);
+        default:
+            return because(file.error());
+    }
+}
+
+[[noreturn]] void refuse(const std::string& name, const FileReplacement& file) {
+    throw Failure{unwritable, name + ": " + because(file)};
+}
+
+// Said before the old file is gone.
+void tellLosses(const std::string& path, unsigned losses) {
+    constexpr struct {
+        unsigned loss;
+        const char* what;
+    } kinds[] = {
+        {FileReplacement::eOwner, "its owner could not be kept, the new file is yours"},
+        {FileReplacement::eGroup,
+         "its group could not be kept, nor the rights that the group had alone"},
+        {FileReplacement::eAccessList,
+         "its access list could not be kept, nobody but the owner has access now"},
+        {FileReplacement::eAttributes, "not all of its extended attributes could be kept"},
+    };
+    for (const auto& kind : kinds) {
+        if ((losses & kind.loss) != 0) say(path + ": " + kind.what);
+    }
 }
 
 // Keeps Ctrl-C and its kin waiting while a file is being replaced, which is soon done: the old
@@ -74,7 +123,24 @@ std::string forTerminal(std::string_view text) {
 
 }  // namespace
 
-Output::Output(const std::string& path) : path_(path == "-" ? "" : path) {}
+Held holdFile(const std::string& path) {
+    if (path == "-") return nullptr;
+    auto held = std::make_shared<FileReplacement>();
+    bool isHeld = held->find(path.c_str()) && held->hold(longestWait);
+    if (!isHeld && held->trouble() != FileReplacement::eSystem) refuse(path, *held);
+    return held;
+}
+
+Held holdInput(const std::vector<std::string>& inputs, const std::string& output) {
+    for (const std::string& input : inputs) {
+        std::error_code ignored;
+        if (std::filesystem::equivalent(input, output, ignored)) return holdFile(output);
+    }
+    return nullptr;
+}
+
+Output::Output(const std::string& path, Held held)
+    : path_(path == "-" ? "" : path), held_(std::move(held)) {}
 
 void Output::add(std::string_view text) {
     pending_ += text;
@@ -111,7 +177,7 @@ void Output::close() {
     if (isStandardOutput())
         flush();
     else
-        replaceFile(path_, pending_);
+        replaceFile();
 }
 
 std::string Output::name() const {
@@ -123,22 +189,21 @@ bool Output::isTerminal() const {
     return *isTerminal_;
 }
 
-void replaceFile(const std::string& path, std::string_view text) {
-    // Saving ends every line, so the text goes in as one line without its last line feed.
-    TextFile file;
-    if (!text.empty()) file.appendLine(text.substr(0, text.size() - 1));
-    Undisturbed undisturbed;
-    errno = 0;
-    if (!file.save(fromUTF8(LightweightString<char>(path.c_str())), TextFile::eLF)) {
-        refuse(path, errno);
-    }
+void Output::replaceFile() {
+    Held file = held_ ? held_ : holdFile(path_);
+    // A FIFO may have no reader, and whoever waits for one may want to leave.
+    std::optional<Undisturbed> undisturbed;
+    if (!file->isWrittenDirectly()) undisturbed.emplace();
+    bool isReady = file->open() && file->write(pending_) && file->complete();
+    if (!isReady) refuse(path_, *file);
+    tellLosses(path_, file->losses());
+    if (!file->commit()) refuse(path_, *file);
 }
 
-void backUp(const std::string& path) {
-    std::error_code error;
-    auto overwrite = std::filesystem::copy_options::overwrite_existing;
-    std::filesystem::copy_file(path, path + ".bak", overwrite, error);
-    if (error) refuse(path + ".bak", error.value());
+void backUp(const std::string& path, FileReplacement& held) {
+    std::string copy = path + ".bak";
+    Undisturbed undisturbed;
+    if (!held.backUp(copy.c_str())) refuse(copy, held);
 }
 
 std::size_t terminalWidth(std::size_t otherwise) {

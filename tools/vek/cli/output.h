@@ -1,10 +1,25 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include <vekdb/host/file_replacement.h>
 
 namespace vek {
+
+/// A file that nobody else who asks changes before it has been replaced; null for none.
+using Held = std::shared_ptr<FileReplacement>;
+
+/// Takes hold of a file before it is read. A Failure with `unwritable` when another program has
+/// it, or when its path leads through somebody else's link. What else is wrong with a path is
+/// said by who reads it. Null for standard input.
+Held holdFile(const std::string& path);
+
+/// The same for an output that is one of the inputs, too; null when it is none of them.
+Held holdInput(const std::vector<std::string>& inputs, const std::string& output);
 
 /// Where a subcommand's text goes: standard output, or a file that is replaced whole or not at
 /// all. Nothing of a file is touched before `close`.
@@ -13,7 +28,7 @@ public:
     /// Standard output.
     Output() = default;
     /// A file; "" and "-" are standard output.
-    explicit Output(const std::string& path);
+    explicit Output(const std::string& path, Held held = nullptr);
 
     /// A Failure with `unwritable` when a full disk or a closed stream takes no more. A pipe
     /// that nobody reads any more ends the program quietly.
@@ -34,19 +49,16 @@ public:
 private:
     void add(std::string_view text);
     void flush();
+    void replaceFile();
 
     std::string path_;
+    Held held_;
     std::string pending_;
     mutable std::optional<bool> isTerminal_;
 };
 
-/// Replaces a file atomically: mode and links are kept, and on any failure the old file stays.
-/// Devices and pipes are written to. A Failure with `unwritable` says why it did not work. A
-/// text that is not empty ends in a line feed.
-void replaceFile(const std::string& path, std::string_view text);
-
-/// Copies a file beside itself, as "PATH.bak", before it is replaced.
-void backUp(const std::string& path);
+/// Copies a file that is held beside itself, as "PATH.bak", before it is replaced.
+void backUp(const std::string& path, FileReplacement& held);
 
 /// Columns of the terminal on standard output; `otherwise` when there is none.
 std::size_t terminalWidth(std::size_t otherwise);

@@ -22,7 +22,7 @@ namespace {
 constexpr int allRows = INT_MAX;
 
 LightweightString<wchar_t> wide(const std::string& path) {
-    return fromUTF8(LightweightString<char>(path.c_str()));
+    return pathFromBytes(LightweightString<char>(path.c_str()));
 }
 
 // The library does not tell why it has no table; it may have had no file.

@@ -187,10 +187,10 @@ void saveInPlace(const Sheet& sheet, bool backup) {
     const Log& log = sheet.log;
     requireWhole(log);
     Target target = targetOf(log);
-    Output out(log.path);
+    Output out(log.path, log.held);
     Losses losses;
     writeSheet(sheet, target, {log.endsLinesWithCr, log.beganWithMark}, out, losses);
-    if (backup && !out.isStandardOutput()) backUp(log.path);
+    if (backup && log.held) backUp(log.path, *log.held);
     out.close();
     losses.tell(out.name());
 }
