@@ -341,6 +341,7 @@ protected:
     const TableParts& parts() const { return *parts_; }
 
 private:
+    friend class TextRows;
     friend class dbrecord;
     void noteModified();
     void buildColumns(const DBFieldDesc* fields, std::size_t count);

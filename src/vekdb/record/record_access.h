@@ -61,6 +61,10 @@ public:
         record.count_ = record.stored_ = 0;
         return slices;
     }
+    /// Makes the list of values longer; those behind the stored ones are empty.
+    static void widen(dbrecord& record, unsigned short count) {
+        if (record.count_ < count) record.count_ = count;
+    }
     /// Empties the list of values: the count is 0 afterwards.
     static void drop(dbrecord& record) { record.resize(0); }
     /// The slices that the record stands on, all of its stored values; null for strings.

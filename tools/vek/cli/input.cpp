@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "tools/vek/cli/exit.h"
 #include "tools/vek/cli/progress.h"
@@ -17,6 +18,7 @@ namespace vek {
 namespace {
 
 constexpr std::size_t firstChunk = 1 << 16;
+constexpr std::size_t readAtOnce = 1 << 24;
 
 [[noreturn]] void refuse(const std::string& name, int error) {
     std::string advice;
@@ -53,7 +55,9 @@ bool writeAll(int descriptor, std::string_view text) {
 }  // namespace
 
 Input::Input(const std::string& path)
-    : name_(path == "-" ? "standard input" : path), isStandardInput_(path == "-") {
+    : name_(path == "-" ? "standard input" : path),
+      text_(TextBlock::create(0)),
+      isStandardInput_(path == "-") {
     descriptor_ = openInput(path);
     if (descriptor_ < 0) refuse(name_, errno);
     try {
@@ -73,29 +77,43 @@ void Input::open() {
     if (::fstat(descriptor_, &status) != 0) refuse(name_, errno);
     if (S_ISDIR(status.st_mode)) refuse(name_, EISDIR);
     isRegular_ = S_ISREG(status.st_mode) && !isStandardInput_;
-    if (isRegular_) size_ = static_cast<std::size_t>(status.st_size);
+    if (isRegular_) expected_ = static_cast<std::size_t>(status.st_size);
     readUpTo(isRegular_ ? headSize : SIZE_MAX);
 }
 
+// A large text gets a block of its own size; only what was read of it so far is copied there.
+void Input::makeRoom(std::size_t most) {
+    const std::size_t wanted = std::max({expected_ + 1, 2 * size_, firstChunk});
+    const std::size_t room = std::min(most, wanted);
+    if (size_ > headSize) return text_->resize(room);
+    Quor::Ptr<TextBlock> larger = TextBlock::create(room);
+    std::memcpy(larger->data(), text_->data(), size_);
+    text_ = std::move(larger);
+}
+
 void Input::readUpTo(std::size_t most) {
-    std::size_t expected = std::max(size_, firstChunk);
-    std::size_t size = text_.size();
-    Progress progress("reading " + name_, size_);
-    while (!isWhole_ && size < most) {
-        progress.reach(size);
-        if (size == text_.size()) text_.resize(std::min(most, std::max(expected + 1, 2 * size)));
+    Progress progress("reading " + name_, expected_);
+    while (!isWhole_ && size_ < most) {
+        progress.reach(size_);
+        if (size_ == text_->size()) makeRoom(most);
+        const std::size_t room = text_->size() - size_;
         ssize_t got = uninterrupted(
-            [&] { return ::read(descriptor_, text_.data() + size, text_.size() - size); });
+            [&] { return ::read(descriptor_, text_->data() + size_, std::min(room, readAtOnce)); });
         if (got < 0) refuse(name_, errno);
         isWhole_ = got == 0;
-        size += static_cast<std::size_t>(got);
+        size_ += static_cast<std::size_t>(got);
     }
-    text_.resize(size);
 }
 
 std::string_view Input::text() {
     readUpTo(SIZE_MAX);
-    return text_;
+    return got();
+}
+
+Quor::Ptr<TextBlock> Input::takeText() {
+    readUpTo(SIZE_MAX);
+    text_->resize(size_);
+    return std::exchange(text_, TextBlock::create(size_ = 0));
 }
 
 // A pipe can be read but once, so its bytes are kept where they can be read again.
@@ -104,7 +122,7 @@ void Input::spool() {
     if (copy < 0) refuse(name_, errno);
     ::close(descriptor_);
     descriptor_ = copy;
-    if (!writeAll(copy, text_)) refuse(name_, errno);
+    if (!writeAll(copy, got())) refuse(name_, errno);
     isRegular_ = true;
 }
 

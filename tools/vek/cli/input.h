@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include <vekdb/host/text_block.h>
+
 namespace vek {
 
 /// The bytes of one input, from a path or, for "-", from standard input. What can be read again
@@ -21,9 +23,11 @@ public:
     bool isStandardInput() const { return isStandardInput_; }
 
     /// The first 4 KB, enough to tell a format; ends with the first call of `text`.
-    std::string_view head() const { return std::string_view(text_).substr(0, headSize); }
+    std::string_view head() const { return got().substr(0, headSize); }
     /// All of it, kept in memory from then on.
     std::string_view text();
+    /// Gives up the memory that holds it all, for whoever makes something of it there.
+    Quor::Ptr<TextBlock> takeText();
 
     /// A path under which the library's own loader finds the same bytes, whatever the file is
     /// called and also for standard input. Ends with the Input.
@@ -34,14 +38,17 @@ private:
 
     void open();
     void readUpTo(std::size_t most);
+    void makeRoom(std::size_t most);
     void spool();
+    std::string_view got() const { return {text_->data(), size_}; }
 
     std::string name_;
-    std::string text_;  ///< as much of it as was read
+    Quor::Ptr<TextBlock> text_;  ///< begins with what was read
+    std::size_t size_ = 0;       ///< of what was read
     bool isWhole_ = false;
     bool isStandardInput_;
-    bool isRegular_ = false;  ///< it can be read again, from any place on
-    std::size_t size_ = 0;    ///< as far as known beforehand
+    bool isRegular_ = false;    ///< it can be read again, from any place on
+    std::size_t expected_ = 0;  ///< the size, as far as known beforehand
     int descriptor_ = -1;
 };
 

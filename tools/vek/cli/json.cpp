@@ -11,9 +11,11 @@ namespace {
 
 using nlohmann::json;
 
-// How far the parser has read.
+// How far the parser has read, in a text with another one in front.
 struct Place {
     const char* at;
+    const char* endBefore;
+    const char* text;
     std::size_t line;
 };
 
@@ -31,7 +33,8 @@ public:
     reference operator*() const { return *at_; }
     PlaceIterator& operator++() {
         if (*at_ == '\n') ++place_->line;
-        place_->at = ++at_;
+        if (++at_ == place_->endBefore) at_ = place_->text;
+        place_->at = at_;
         return *this;
     }
     bool operator==(const PlaceIterator& other) const { return at_ == other.at_; }
@@ -42,50 +45,74 @@ private:
     Place* place_;
 };
 
-// Collects rows. Values inside a row's values are written out again as compact JSON.
-class RowHandler : public json::json_sax_t {
+// Writes what is parsed as compact JSON.
+class CompactWriter : public json::json_sax_t {
 public:
-    RowHandler(JsonRows& out, const std::size_t& line) : out_(out), line_(line) {}
+    explicit CompactWriter(std::string& out) : out_(out) {}
 
-    bool null() override { return value("", "null"); }
+    bool null() override { return value("null"); }
     bool boolean(bool is) override { return value(is ? "true" : "false"); }
     bool number_integer(number_integer_t n) override { return value(std::to_string(n)); }
     bool number_unsigned(number_unsigned_t n) override { return value(std::to_string(n)); }
     bool number_float(number_float_t, const string_t& text) override { return value(text); }
-    bool string(string_t& text) override { return value(text, jsonString(text)); }
+    bool string(string_t& text) override { return value(jsonString(text)); }
+    bool binary(binary_t&) override { return false; }
+    bool start_object(std::size_t) override { return open('{'); }
+    bool end_object() override { return close('}'); }
+    bool start_array(std::size_t) override { return open('['); }
+    bool end_array() override { return close(']'); }
+    bool key(string_t& name) override {
+        out_ += jsonString(name) + ":";
+        return true;
+    }
+    bool parse_error(std::size_t, const std::string&, const json::exception&) override {
+        return false;
+    }
+
+private:
+    bool value(const std::string& text) {
+        out_ += text + ",";
+        return true;
+    }
+    bool open(char bracket) {
+        out_ += bracket;
+        return true;
+    }
+    bool close(char bracket) {
+        if (out_.ends_with(',')) out_.pop_back();
+        return value(std::string(1, bracket));
+    }
+
+    std::string& out_;
+};
+
+// Accepts rows of values, alone or in an array, and notes what is anything else.
+class RowJudge : public json::json_sax_t {
+public:
+    RowJudge(JsonFault& fault, const std::size_t& line) : fault_(fault), line_(line) {}
+
+    bool null() override { return value("null"); }
+    bool boolean(bool is) override { return value(is ? "true" : "false"); }
+    bool number_integer(number_integer_t n) override { return value(std::to_string(n)); }
+    bool number_unsigned(number_unsigned_t n) override { return value(std::to_string(n)); }
+    bool number_float(number_float_t, const string_t& text) override { return value(text); }
+    bool string(string_t& text) override { return isInRow() || refuse(jsonString(text)); }
     bool binary(binary_t&) override { return refuse("binary data"); }
+    bool key(string_t&) override { return true; }
 
     bool start_object(std::size_t) override {
-        if (rowDepth_ != 0) return open('{');
-        out_.rows.push_back({line_, {}, {}});
-        rowDepth_ = depth_ + 1;
         ++depth_;
+        if (!isInRow()) rowDepth_ = depth_;
         return true;
     }
-
-    bool key(string_t& name) override {
-        if (depth_ == rowDepth_)
-            out_.rows.back().names.push_back(name);
-        else
-            nest(jsonString(name) + ":", false);
-        return true;
-    }
-
     bool end_object() override {
-        if (depth_ != rowDepth_) return close('}');
-        rowDepth_ = 0;
-        --depth_;
+        if (depth_-- == rowDepth_) rowDepth_ = 0;
         return true;
     }
-
     bool start_array(std::size_t) override {
-        if (rowDepth_ != 0) return open('[');
-        if (++depth_ > 1) return refuse("an array in an array");
-        return true;
+        return ++depth_ == 1 || isInRow() || refuse("an array in an array");
     }
-
     bool end_array() override {
-        if (rowDepth_ != 0) return close(']');
         --depth_;
         return true;
     }
@@ -95,68 +122,54 @@ public:
     }
 
 private:
+    bool isInRow() const { return rowDepth_ != 0; }
+    bool value(const std::string& text) { return isInRow() || refuse(text); }
     bool refuse(const std::string& found) {
-        out_.errorLine = line_;
-        out_.error = found;
+        fault_ = {line_, found};
         return false;
     }
 
-    bool value(const std::string& cell) { return value(cell, cell); }
-
-    bool value(const std::string& cell, const std::string& nested) {
-        if (rowDepth_ == 0) return refuse(nested);
-        if (depth_ == rowDepth_)
-            out_.rows.back().values.push_back(cell);
-        else
-            nest(nested, true);
-        return true;
-    }
-
-    bool open(char bracket) {
-        nest(std::string(1, bracket), false);
-        ++depth_;
-        return true;
-    }
-
-    bool close(char bracket) {
-        if (nested_.ends_with(',')) nested_.pop_back();
-        --depth_;
-        nest(std::string(1, bracket), depth_ != rowDepth_);
-        if (depth_ == rowDepth_) out_.rows.back().values.push_back(std::move(nested_));
-        if (depth_ == rowDepth_) nested_.clear();
-        return true;
-    }
-
-    void nest(const std::string& text, bool endsValue) {
-        nested_ += text;
-        if (endsValue) nested_ += ',';
-    }
-
-    JsonRows& out_;
+    JsonFault& fault_;
     const std::size_t& line_;
     std::size_t depth_ = 0;
-    std::size_t rowDepth_ = 0;  // the depth inside the row that is open, 0 for none
-    std::string nested_;
+    std::size_t rowDepth_ = 0;  // the depth of the row that is open, 0 for none
 };
 
 }  // namespace
 
-JsonRows parseJsonRows(std::string_view text) {
-    JsonRows out;
-    Place place{text.data(), 1};
-    const char* end = text.data() + text.size();
-    RowHandler handler(out, place.line);
+JsonFault faultOfJsonRows(std::string_view before, std::string_view text, std::size_t line) {
+    JsonFault fault;
+    const char* const start = before.empty() ? text.data() : before.data();
+    const char* const end = text.data() + text.size();
+    Place place{start, before.data() + before.size(), text.data(), line};
+    if (before.empty()) place.endBefore = nullptr;
+    RowJudge judge(fault, place.line);
     auto skipBlanks = [&] {
         while (place.at != end && static_cast<unsigned char>(*place.at) <= ' ') {
             if (*place.at++ == '\n') ++place.line;
         }
     };
-    for (skipBlanks(); place.at != end && out.errorLine == 0; skipBlanks()) {
+    for (skipBlanks(); place.at != end && fault.line == 0; skipBlanks()) {
         PlaceIterator from(place.at, &place);
-        json::sax_parse(from, PlaceIterator(end, &place), &handler, json::input_format_t::json,
+        json::sax_parse(from, PlaceIterator(end, &place), &judge, json::input_format_t::json,
                         false);
     }
-    return out;
+    return fault;
+}
+
+std::optional<CompactJson> compactJson(std::string_view text) {
+    CompactJson found;
+    CompactWriter writer(found.text);
+    const char* const end = text.data() + text.size();
+    Place place{text.data(), nullptr, nullptr, 0};
+    PlaceIterator from(place.at, &place);
+    if (!json::sax_parse(from, PlaceIterator(end, &place), &writer, json::input_format_t::json,
+                         false)) {
+        return {};
+    }
+    found.text.pop_back();  // the comma behind the value
+    found.size = static_cast<std::size_t>(place.at - text.data());
+    return found;
 }
 
 std::string jsonString(std::string_view text, bool& wasChanged) {

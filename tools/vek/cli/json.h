@@ -1,30 +1,31 @@
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 /// JSON texts. The only place that knows the JSON library.
 namespace vek {
 
-/// One object of a JSON text: names and values in their order, the values as they were written
-/// (strings without their quotes, everything else as its own text, null as nothing).
-struct JsonRow {
+/// Where a JSON text is none, or holds something other than rows.
+struct JsonFault {
     std::size_t line = 0;
-    std::vector<std::string> names;
-    std::vector<std::string> values;
+    std::string found;
 };
 
-/// What a JSON text held, and where it went wrong: line 0 when it did not.
-struct JsonRows {
-    std::vector<JsonRow> rows;
-    std::size_t errorLine = 0;
-    std::string error;
+/// What is wrong with a text of rows that begins on a line; it is read as if `before` stood in
+/// front of it. Line 0 when nothing is.
+JsonFault faultOfJsonRows(std::string_view before, std::string_view text, std::size_t line);
+
+/// An array or object, without blanks.
+struct CompactJson {
+    std::string text;
+    std::size_t size = 0;  ///< as it stood
 };
 
-/// Reads an array of objects, one object, or objects one after the other.
-JsonRows parseJsonRows(std::string_view text);
+/// The one that a text begins with; nothing where there is none.
+std::optional<CompactJson> compactJson(std::string_view text);
 
 /// A quoted JSON string. Bytes that are no UTF-8 become U+FFFD, and `wasChanged` true.
 std::string jsonString(std::string_view text, bool& wasChanged);

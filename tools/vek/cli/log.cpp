@@ -81,25 +81,29 @@ void refuseBinary(Input& input) {
                   input.name() + ":" + std::to_string(line) + ": a zero byte, expected text"};
 }
 
+// The bytes of an input, without a mark in front.
+Text textOf(Input& input, Log& log) {
+    log.beganWithMark = input.text().starts_with(byteOrderMark);
+    return {input.takeText(), log.beganWithMark ? byteOrderMark.size() : 0};
+}
+
 void readAs(Format format, Input& input, const Wanted& wanted, Log& log) {
     if (format == Format::table) return readTable(input, wanted, log);
     refuseBinary(input);
     if (format == Format::plainCsv) return readPlainCsv(input, log);
-    std::string_view text = input.text();
-    log.beganWithMark = text.starts_with(byteOrderMark);
-    if (log.beganWithMark) text.remove_prefix(byteOrderMark.size());
+    Text text = textOf(input, log);
     switch (format) {
         case Format::tsv:
-            return readDelimited(text, '\t', log);
+            return readDelimited(std::move(text), '\t', log);
         case Format::ale:
-            return readAle(text, log);
+            return readAle(std::move(text), log);
         case Format::edl:
-            return readEdl(text, log);
+            return readEdl(text.view(), log);
         case Format::json:
         case Format::jsonl:
-            return readJson(text, log);
+            return readJson(std::move(text), log);
         default:
-            return readDelimited(text, ',', log);
+            return readDelimited(std::move(text), ',', log);
     }
 }
 

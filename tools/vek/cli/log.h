@@ -20,6 +20,9 @@ enum class Format { table, csv, tsv, plainCsv, ale, edl, json, jsonl };
 /// The name that --from and --to take: "vekdb", "csv", ...
 const char* formatName(Format format);
 
+/// What ends the lines of a text.
+enum class LineEnd { lf, crlf, cr };
+
 /// Something that a reader found. `line` counts from 1, 0 when it belongs to no line.
 struct Problem {
     std::size_t line = 0;
@@ -52,10 +55,10 @@ struct Log {
     std::vector<Problem> problems;            ///< told on reading; nothing was lost by them
     std::vector<RepeatedName> repeatedNames;  ///< as they were read
     std::unordered_map<unsigned, std::size_t> repeatedAt;  ///< of their columns, where there
-    std::string notRead;           ///< why rows are missing; empty when all are there
-    bool endsLinesWithCr = false;  ///< text formats are written back as they came
-    bool beganWithMark = false;    ///< a UTF-8 byte order mark stood in front
-    Held held;                     ///< of a log that is to be changed in place
+    std::string notRead;            ///< why rows are missing; empty when all are there
+    LineEnd lineEnd = LineEnd::lf;  ///< text formats are written back as they came
+    bool beganWithMark = false;     ///< a UTF-8 byte order mark stood in front
+    Held held;                      ///< of a log that is to be changed in place
 
     unsigned rowCount() const { return table->get_num_records(); }
     /// Those that were left out included.

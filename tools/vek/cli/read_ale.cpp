@@ -1,5 +1,4 @@
-#include <optional>
-
+#include "tools/vek/cli/delimited.h"
 #include "tools/vek/cli/readers.h"
 
 namespace vek {
@@ -9,17 +8,20 @@ namespace {
 // A log exchange file: a Heading of name/value pairs, a Column line and the rows behind Data.
 class AleReader {
 public:
-    AleReader(std::string_view text, Log& log) : walk_(text), log_(log) {}
+    AleReader(Text text, Log& log)
+        : log_(log),
+          builder_(log, std::move(text.block)),
+          begin_(builder_.text() + text.start),
+          walk_({begin_, static_cast<std::size_t>(builder_.textEnd() - begin_)}) {}
 
     void read() {
         expectSection("Heading");
         readHeading();
         readColumns();
-        if (!builder_) refuse("the end of the file", "a line of column names behind \"Column\"");
+        if (!hasColumns_) refuse("the end of the file", "a line of column names behind \"Column\"");
         expectSection("Data");
         readRows();
-        builder_->finish();
-        log_.endsLinesWithCr = walk_.sawCr();
+        builder_.finish();
     }
 
 private:
@@ -78,36 +80,44 @@ private:
         if (!nextFilled(line)) return;
         std::vector<std::string_view> names = split(line, '\t');
         while (names.size() > 1 && trimmed(names.back()).empty()) names.pop_back();
-        builder_.emplace(log_, std::vector<std::string>(names.begin(), names.end()));
+        builder_.setColumns(asStrings(names));
+        hasColumns_ = true;
         for (const Entry& entry : entries_) {
-            builder_->addParameter(entry.line, entry.name, entry.value);
+            builder_.addParameter(entry.line, entry.name, entry.value);
         }
     }
 
     void readRows() {
-        std::string_view line;
-        while (walk_.next(line)) {
-            bool isRow = line.find('\t') != std::string_view::npos || !trimmed(line).empty();
-            if (isRow) builder_->addRow(walk_.number(), withoutClosingTab(split(line, '\t')));
+        char* const first = builder_.textEnd() - walk_.rest().size();
+        DelimitedScanner scanner(first, builder_.textEnd(), '\t',
+                                 DelimitedScanner::Quotes::ordinary, walk_.number() + 1);
+        while (!scanner.atEnd()) {
+            const std::size_t line = scanner.line();
+            const std::vector<std::string_view>& cells = scanner.takeRecord();
+            if (cells.size() == 1 && trimmed(cells[0]).empty()) continue;
+            builder_.addRow(line, cells, scanner.room(), hasClosingTab(cells) ? 1 : 0);
         }
+        const bool isCrlf = scanner.lineEnd() == LineEnd::crlf;
+        log_.lineEnd = isCrlf ? LineEnd::crlf : walk_.lineEnd();
     }
 
     // Rows may end in a tab as the column line may; it opens no further cell.
-    std::vector<std::string_view> withoutClosingTab(std::vector<std::string_view> cells) const {
-        if (cells.size() == log_.columnCount() + 1 && cells.back().empty()) cells.pop_back();
-        return cells;
+    bool hasClosingTab(const std::vector<std::string_view>& cells) const {
+        return cells.size() == builder_.columnCount() + 1 && cells.back().empty();
     }
 
-    LineWalk walk_;
     Log& log_;
+    TableBuilder builder_;
+    char* begin_;
+    LineWalk walk_;
     std::vector<Entry> entries_;
-    std::optional<TableBuilder> builder_;
+    bool hasColumns_ = false;
 };
 
 }  // namespace
 
-void readAle(std::string_view text, Log& log) {
-    AleReader(text, log).read();
+void readAle(Text text, Log& log) {
+    AleReader(std::move(text), log).read();
 }
 
 }  // namespace vek

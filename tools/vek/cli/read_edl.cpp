@@ -32,7 +32,7 @@ public:
         end();
         if (log_.rowCount() == 0 && log_.parameter("TITLE").empty()) refuse();
         builder_.finish();
-        log_.endsLinesWithCr = walk_.sawCr();
+        log_.lineEnd = walk_.lineEnd();
     }
 
 private:

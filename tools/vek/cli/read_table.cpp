@@ -131,7 +131,7 @@ private:
 
     // The parameter lines, the magic line and the three lines of the column header.
     static std::size_t headerLines(std::string_view text) {
-        LineWalk walk(text);
+        LineWalk walk(text, LineWalk::Ends::lineFeed);
         std::string_view line;
         while (walk.next(line)) {
             if (isMagic(line)) return walk.number() + 3;
@@ -157,7 +157,7 @@ private:
 
     // Lines up to the end or to an empty one.
     std::size_t countRowLines() const {
-        LineWalk walk(text_);
+        LineWalk walk(text_, LineWalk::Ends::lineFeed);
         std::string_view line;
         while (walk.next(line)) {
             if (walk.number() > headerLines_ && isEssentiallyEmpty(line)) {
@@ -211,7 +211,7 @@ private:
     }
 
     std::size_t lineOfOddParameter() const {
-        LineWalk walk(text_);
+        LineWalk walk(text_, LineWalk::Ends::lineFeed);
         std::string_view line;
         while (walk.next(line)) {
             if (isMagic(line)) return 1;
@@ -261,17 +261,26 @@ private:
 
     // The columns come last: the library measures lines by the columns there are.
     void storeExtra() {
-        unsigned declared = log_.columnCount();
+        const unsigned declared = log_.columnCount();
+        std::size_t more = 0;
+        for (const Extra& value : extra_) more = std::max<std::size_t>(more, value.place + 1);
+        addExtraColumns(more);
         for (const Extra& value : extra_) {
-            while (declared + value.place >= log_.columnCount()) addExtraColumn(log_, declared);
             log_.table->get_record(value.row)->setField(
                 static_cast<unsigned short>(declared + value.place), value.text);
         }
     }
 
+    void addExtraColumns(std::size_t count) {
+        for (const std::string& name : extraColumnNames(log_.columnNames(), count)) {
+            if (log_.table->addField({cellText(name), DBFieldTypes::text}) != noColumn) continue;
+            throw Failure{unreadable, log_.name + ": more than 65535 columns"};
+        }
+    }
+
     // An empty line ends the rows; what stands behind it is not the table's.
     void reportRest(std::size_t readLines) {
-        LineWalk walk(text_);
+        LineWalk walk(text_, LineWalk::Ends::lineFeed);
         std::string_view line;
         std::size_t first = 0;
         std::size_t unread = 0;

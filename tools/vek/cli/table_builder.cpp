@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <set>
 
 #include <vekdb/host/text_util.h>
 #include "tools/vek/cli/readers.h"
@@ -35,49 +36,24 @@ bool holdsTimecodes(const Log& log, unsigned column) {
 
 }  // namespace
 
-bool LineWalk::next(std::string_view& line) {
-    if (rest_.empty()) return false;
-    std::size_t end = std::min(rest_.find('\n'), rest_.size());
-    line = rest_.substr(0, end);
-    rest_.remove_prefix(std::min(end + 1, rest_.size()));
-    if (line.ends_with('\r')) {
-        line.remove_suffix(1);
-        sawCr_ = true;
-    }
-    ++number_;
-    return true;
+std::vector<std::string> asStrings(const std::vector<std::string_view>& texts) {
+    return {texts.begin(), texts.end()};
 }
 
-std::vector<std::string_view> split(std::string_view text, char separator) {
-    std::vector<std::string_view> pieces;
-    for (;;) {
-        std::size_t end = text.find(separator);
-        pieces.push_back(text.substr(0, end));
-        if (end == std::string_view::npos) return pieces;
-        text.remove_prefix(end + 1);
+std::vector<std::string> extraColumnNames(const std::vector<std::string>& declared,
+                                          std::size_t count) {
+    constexpr std::string_view start = "Extra ";
+    std::set<std::string, std::less<>> taken;
+    for (const std::string& name : declared) {
+        if (!sameText(name.substr(0, start.size()), start)) continue;
+        taken.insert(concat(start, name.substr(start.size())));
     }
-}
-
-std::string_view trimmed(std::string_view text) {
-    while (!text.empty() && isAsciiSpace(text.front())) text.remove_prefix(1);
-    while (!text.empty() && isAsciiSpace(text.back())) text.remove_suffix(1);
-    return text;
-}
-
-bool sameText(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return asciiLower(x) == asciiLower(y); });
-}
-
-void addExtraColumn(Log& log, std::size_t declared) {
-    std::string name;
-    for (std::size_t n = log.columnCount() - declared + 1; name.empty(); ++n) {
-        name = "Extra " + std::to_string(n);
-        if (log.findColumn(name) != noColumn) name.clear();
+    std::vector<std::string> names;
+    for (std::size_t n = 1; names.size() < count; ++n) {
+        std::string name = concat(start, std::to_string(n));
+        if (!taken.contains(name)) names.push_back(std::move(name));
     }
-    if (log.table->addField({cellText(name), DBFieldTypes::text}) == noColumn) {
-        throw Failure{unreadable, log.name + ": more than 65535 columns"};
-    }
+    return names;
 }
 
 void reportLength(Log& log, std::size_t line, std::size_t found, std::size_t expected) {
@@ -87,30 +63,42 @@ void reportLength(Log& log, std::size_t line, std::size_t found, std::size_t exp
                                                "are in columns Extra 1, 2, ..."});
 }
 
+TableBuilder::TableBuilder(Log& log, Quor::Ptr<TextBlock> text) : log_(log) {
+    log.table = std::make_unique<vekdb>();
+    log.table->set_param_val("VEKDB", "Rev 1");
+    rows_.emplace(*log.table, std::move(text));
+}
+
 TableBuilder::TableBuilder(Log& log, const std::vector<std::string>& columns)
-    : log_(log), declared_(columns.size()) {
+    : TableBuilder(log, TextBlock::create(0)) {
+    setColumns(columns);
+}
+
+void TableBuilder::setColumns(std::vector<std::string> columns) {
     if (columns.size() > mostColumns) {
-        throw Failure{unreadable, log.name + ": " + std::to_string(columns.size()) +
+        throw Failure{unreadable, log_.name + ": " + std::to_string(columns.size()) +
                                       " columns, a table holds at most 65535"};
     }
-    log.table = std::make_unique<vekdb>(descriptors(columns));
-    log.table->set_param_val("VEKDB", "Rev 1");
+    columns_ = std::move(columns);
 }
 
-void TableBuilder::addRow(std::size_t line, const std::vector<std::string_view>& cells) {
-    if (cells.size() != declared_) reportLength(log_, line, cells.size(), declared_);
-    addRowCells(cells);
-    log_.lines.push_back(static_cast<std::uint32_t>(line));
+std::size_t TableBuilder::columnCount() const {
+    return std::max<std::size_t>(columns_.size(), rows_->longest());
 }
 
-void TableBuilder::addRowCells(const std::vector<std::string_view>& cells) {
-    unsigned row = log_.table->add_records(1);
-    for (std::size_t i = 0; i < cells.size(); ++i) {
-        if (cells[i].empty()) continue;
-        while (i >= log_.columnCount()) addExtraColumn(log_, declared_);
-        dbrecord* record = log_.table->get_record(row);
-        record->setField(static_cast<unsigned short>(i), cellText(cells[i]));
+void TableBuilder::addRow(std::size_t line, const std::vector<std::string_view>& cells,
+                          TextRows::Room room, std::size_t leftOut) {
+    const std::size_t count = cells.size() - leftOut;
+    if (count != columns_.size()) reportLength(log_, line, count, columns_.size());
+    addWholeRow(line, cells.data(), count, room);
+}
+
+void TableBuilder::addWholeRow(std::size_t line, const std::string_view* cells, std::size_t count,
+                               TextRows::Room room) {
+    if (!rows_->append(room, cells, count)) {
+        throw Failure{unreadable, log_.name + ": more than 65535 columns"};
     }
+    log_.lines.push_back(static_cast<std::uint32_t>(line));
 }
 
 void TableBuilder::addParameter(std::size_t line, std::string_view name, std::string_view value) {
@@ -125,6 +113,12 @@ void TableBuilder::addParameter(std::size_t line, std::string_view name, std::st
 }
 
 void TableBuilder::finish() {
+    const std::size_t declared = columns_.size();
+    for (std::string& name : extraColumnNames(columns_, columnCount() - declared)) {
+        columns_.push_back(std::move(name));
+    }
+    rows_->finish(descriptors(columns_));
+    rows_.reset();
     for (unsigned column = 0; column < log_.columnCount(); ++column) {
         if (holdsTimecodes(log_, column)) {
             log_.table->set_fieldtype(column, DBFieldTypes::timecode);

@@ -20,7 +20,8 @@ bool hasOuterBlanks(std::string_view value) {
 
 class TableText {
 public:
-    TableText(std::string_view text, const Log& log) : walk_(text), log_(log) {}
+    TableText(std::string_view text, const Log& log)
+        : walk_(text, LineWalk::Ends::lineFeed), log_(log) {}
 
     std::vector<Problem> problems() {
         std::string_view line;

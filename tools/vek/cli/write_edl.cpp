@@ -200,7 +200,7 @@ private:
 
     void line(std::string_view text) {
         out_.write(text);
-        out_.write(style_.crlf ? "\r\n" : "\n");
+        out_.write(bytesOf(style_.lineEnd));
     }
 
     std::string_view cell(unsigned row, unsigned column) const {

@@ -14,10 +14,6 @@ namespace {
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
-const char* lineEnd(const WriteStyle& style) {
-    return style.crlf ? "\r\n" : "\n";
-}
-
 // A quote is needed where the reader would else see another text, and for a lone empty cell,
 // whose line would read as no row. One that begins with the bytes of a byte order mark would be
 // taken for a file with one.
@@ -56,7 +52,7 @@ public:
             if (i > 0) line += separator_;
             add(line, cell(i), count == 1, [&] { return place(i); });
         }
-        out_.write(line + lineEnd(style_));
+        out_.write(line + bytesOf(style_.lineEnd));
     }
 
 private:
@@ -284,7 +280,7 @@ void writeJson(const Sheet& sheet, bool asLines, Output& out, Losses& losses) {
 }
 
 void writeAle(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses) {
-    const char* end = lineEnd(style);
+    const char* end = bytesOf(style.lineEnd);
     writeAleHeading(sheet, end, out, losses);
     std::string names;
     for (unsigned i = 0; i < sheet.columns.size(); ++i) {

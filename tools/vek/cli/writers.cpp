@@ -163,7 +163,7 @@ void writeSheet(const Sheet& sheet, Target target, const WriteStyle& style, Outp
 
 WriteStyle styleFrom(const Args& args, Target target) {
     WriteStyle style;
-    style.crlf = args.has("crlf");
+    if (args.has("crlf")) style.lineEnd = LineEnd::crlf;
     style.rate = wantedRate(args);
     style.shortReels = args.has("short-reels");
     style.guardsFormulas = args.has("guard-formulas");
@@ -189,7 +189,7 @@ void saveInPlace(const Sheet& sheet, bool backup) {
     Target target = targetOf(log);
     Output out(log.path, log.held);
     Losses losses;
-    writeSheet(sheet, target, {log.endsLinesWithCr, log.beganWithMark}, out, losses);
+    writeSheet(sheet, target, {log.lineEnd, log.beganWithMark}, out, losses);
     if (backup && log.held) backUp(log.path, *log.held);
     out.close();
     losses.tell(out.name());

@@ -58,7 +58,7 @@ private:
 };
 
 struct WriteStyle {
-    bool crlf = false;
+    LineEnd lineEnd = LineEnd::lf;
     bool byteOrderMark = false;
     std::string rate = {};    ///< of timecodes, where the log's own FPS is not meant
     bool shortReels = false;  ///< reels of edit lists in eight characters

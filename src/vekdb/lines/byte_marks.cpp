@@ -1,0 +1,83 @@
+#include <vekdb/byte_marks.h>
+
+#include <cstring>
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
+namespace {
+
+using Kinds = ByteMarks::Kinds;
+using Find = std::uint64_t(const char* block, const Kinds& kinds);
+
+#if defined(__x86_64__)
+
+inline __m128i either(__m128i a, __m128i b) {
+    return _mm_or_si128(a, b);
+}
+
+// SSE2, which every machine of this kind has.
+std::uint64_t findNarrowly(const char* block, const Kinds& kinds) {
+    std::uint64_t marks = 0;
+    for (unsigned i = 0; i < 64; i += 16) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block + i));
+        const auto equal = [&](char c) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c)); };
+        const __m128i found = either(either(equal(kinds[0]), equal(kinds[1])),
+                                     either(equal(kinds[2]), equal(kinds[3])));
+        marks |= std::uint64_t{static_cast<unsigned>(_mm_movemask_epi8(found))} << i;
+    }
+    return marks;
+}
+
+[[gnu::target("avx2")]] inline std::uint64_t findHalf(const char* half, const Kinds& kinds) {
+    const __m256i bytes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(half));
+    __m256i found = _mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(kinds[0]));
+    for (unsigned i = 1; i < 4; ++i) {
+        const __m256i more = _mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(kinds[i]));
+        found = _mm256_or_si256(found, more);
+    }
+    return static_cast<unsigned>(_mm256_movemask_epi8(found));
+}
+
+[[gnu::target("avx2")]] std::uint64_t findWidely(const char* block, const Kinds& kinds) {
+    return findHalf(block, kinds) | findHalf(block + 32, kinds) << 32;
+}
+
+Find* findInWidest() {
+    return __builtin_cpu_supports("avx2") ? findWidely : findNarrowly;
+}
+
+#else
+
+std::uint64_t findPlainly(const char* block, const Kinds& kinds) {
+    std::uint64_t marks = 0;
+    for (unsigned i = 0; i < 64; ++i) {
+        const char c = block[i];
+        const bool is = c == kinds[0] || c == kinds[1] || c == kinds[2] || c == kinds[3];
+        marks |= std::uint64_t{is} << i;
+    }
+    return marks;
+}
+
+Find* findInWidest() {
+    return findPlainly;
+}
+
+#endif
+
+}  // namespace
+
+ByteMarks::ByteMarks(const char* begin, const char* end, const Kinds& kinds)
+    : block_(begin), end_(end), kinds_(kinds), find_(findInWidest()) {
+    marks_ = look();
+}
+
+// Behind a text that ends inside of the block stand copies of nothing that is looked for.
+std::uint64_t ByteMarks::look() const {
+    const auto left = static_cast<std::size_t>(end_ - block_);
+    if (left >= blockSize) return find_(block_, kinds_);
+    char padded[blockSize] = {};
+    std::memcpy(padded, block_, left);
+    return find_(padded, kinds_) & ((std::uint64_t{1} << left) - 1);
+}

@@ -1,0 +1,165 @@
+#include <vekdb/text_rows.h>
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "vekdb/record/line_store.h"
+#include "vekdb/record/record_access.h"
+#include <vekdb/table.h>
+#include "vekdb/table/table_parts.h"
+
+namespace {
+
+constexpr std::uint32_t countedAhead = 4096;
+constexpr std::size_t copiesAtOnce = std::size_t{256} << 10;
+constexpr unsigned gap = 1;  // between values that were moved together
+
+std::size_t withoutEmptyEnd(const std::string_view* values, std::size_t count) {
+    while (count > 0 && values[count - 1].empty()) --count;
+    return count;
+}
+
+std::size_t bytesTogether(const std::string_view* values, unsigned count) {
+    std::size_t bytes = count;
+    for (unsigned i = 0; i < count; ++i) bytes += values[i].size();
+    return bytes;
+}
+
+// Writes where each value will end, seen from the first one. False where a value would be
+// overwritten by those before it, stands outside of the room or does not fit in.
+bool place(TextRows::Room room, const std::string_view* values, unsigned count,
+           std::uint16_t* next) {
+    const char* to = room.begin;
+    for (unsigned i = 0; i < count; ++i) {
+        const std::string_view value = values[i];
+        if (!value.empty() && (value.data() < to || value.data() >= room.end)) return false;
+        to += value.size() + gap;
+        if (to > room.end) return false;
+        next[i] = static_cast<std::uint16_t>(to - room.begin);
+    }
+    return static_cast<std::size_t>(to - room.begin) <= LineSlices::farthest;
+}
+
+void write(char* to, const std::string_view* values, unsigned count) {
+    for (unsigned i = 0; i < count; ++i) {
+        const std::string_view value = values[i];
+        if (!value.empty() && value.data() != to) std::memmove(to, value.data(), value.size());
+        to += value.size();
+        *to++ = '\0';
+    }
+}
+
+}  // namespace
+
+TextRows::TextRows(vekdb& table, Quor::Ptr<TextBlock> text) : table_(table), size_(text->size()) {
+    text_.lines = new LineStore(std::move(text));
+}
+
+TextRows::~TextRows() {
+    letGo(text_);
+    letGo(copies_);
+    if (!isFinished_) table_.free();
+}
+
+void TextRows::letGo(Store& store) {
+    if (store.lines != nullptr) store.lines->release(store.spareReferences + 1);
+    store = {};
+}
+
+char* TextRows::text() const {
+    return text_.lines->text();
+}
+
+unsigned TextRows::count() const {
+    return table_.parts().rows.count();
+}
+
+dbrecord& TextRows::newRow() {
+    Rows& rows = table_.parts().rows;
+    rows.cover(std::uint64_t{rows.count()} + 1);
+    dbrecord* record = rows.pool().create(0);
+    record->set_container(&table_);
+    rows.append(record);
+    return *record;
+}
+
+// References are counted many at a time, before they are needed.
+void TextRows::adopt(Store& store, LineSlices* slices, unsigned count, dbrecord& record) {
+    if (store.spareReferences == 0) {
+        store.lines->addReferences(countedAhead);
+        store.spareReferences = countedAhead;
+    }
+    --store.spareReferences;
+    RecordAccess::adopt(record, slices, static_cast<unsigned short>(count));
+}
+
+bool TextRows::append(Room room, const std::string_view* values, std::size_t count) {
+    count = withoutEmptyEnd(values, count);
+    if (count > Columns::most) return false;
+    dbrecord& record = newRow();
+    const auto stored = static_cast<unsigned>(count);
+    if (stored == 0) return true;
+    longest_ = std::max(longest_, stored);
+    values_ += stored;
+    if (LineSlices* slices = moveTogether(room, values, stored)) {
+        adopt(text_, slices, stored, record);
+    } else {
+        copy(values, stored, record);
+    }
+    return true;
+}
+
+LineSlices* TextRows::moveTogether(Room room, const std::string_view* values, unsigned count) {
+    const auto offset = static_cast<std::uint64_t>(room.begin - text_.lines->text());
+    LineSlices* slices = text_.lines->openSlices(count, offset, gap);
+    if (!place(room, values, count, slices->next())) return nullptr;
+    text_.lines->closeSlices(slices, count);
+    write(room.begin, values, count);
+    return slices;
+}
+
+void TextRows::copy(const std::string_view* values, unsigned count, dbrecord& record) {
+    const std::size_t bytes = bytesTogether(values, count);
+    if (bytes <= LineSlices::farthest) return copyTogether(bytes, values, count, record);
+    for (unsigned i = 0; i < count; ++i) {
+        RecordAccess::append(record, values[i]);
+    }
+}
+
+void TextRows::copyTogether(std::size_t bytes, const std::string_view* values, unsigned count,
+                            dbrecord& record) {
+    if (static_cast<std::size_t>(copies_.end - copies_.at) < bytes) openCopies(bytes);
+    const auto offset = static_cast<std::uint64_t>(copies_.at - copies_.lines->text());
+    LineSlices* slices = copies_.lines->addSlices(count, offset, gap);
+    std::size_t end = 0;
+    for (unsigned i = 0; i < count; ++i) {
+        end += values[i].size() + gap;
+        slices->next()[i] = static_cast<std::uint16_t>(end);
+    }
+    write(copies_.at, values, count);
+    copies_.at += bytes;
+    adopt(copies_, slices, count, record);
+}
+
+// The rows that stand on the copies made before keep them.
+void TextRows::openCopies(std::size_t bytes) {
+    Quor::Ptr<TextBlock> block = TextBlock::create(std::max(bytes, copiesAtOnce));
+    const std::size_t size = block->size();
+    auto* lines = new LineStore(std::move(block));
+    letGo(copies_);
+    copies_.lines = lines;
+    copies_.at = lines->text();
+    copies_.end = copies_.at + size;
+}
+
+void TextRows::finish(const std::vector<DBFieldDesc>& columns) {
+    table_.buildColumns(columns.data(), columns.size());
+    const Rows& rows = table_.parts().rows;
+    const auto count = static_cast<unsigned short>(table_.get_num_fields());
+    for (unsigned i = 0; i < rows.count(); ++i) {
+        RecordAccess::widen(*rows.at(i), count);
+    }
+    table_.parts().modified = false;
+    isFinished_ = true;
+}

@@ -1,0 +1,210 @@
+#include <vekdb/text_rows.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <vekdb/host/text_file.h>
+#include <vekdb/table.h>
+
+namespace {
+
+Quor::Ptr<TextBlock> blockOf(std::string_view text) {
+    Quor::Ptr<TextBlock> block = TextBlock::create(text.size());
+    std::memcpy(block->data(), text.data(), text.size());
+    return block;
+}
+
+std::vector<DBFieldDesc> columns(unsigned count) {
+    std::vector<DBFieldDesc> out;
+    for (unsigned i = 0; i < count; ++i) {
+        out.push_back({("c" + std::to_string(i)).c_str(), DBFieldTypes::text});
+    }
+    return out;
+}
+
+// A table of one text, filled by a test.
+class FromText : public testing::Test {
+protected:
+    void open(std::string_view text) { rows = std::make_unique<TextRows>(table, blockOf(text)); }
+    std::string_view at(std::size_t from, std::size_t size) const {
+        return {rows->text() + from, size};
+    }
+    TextRows::Room room(std::size_t from, std::size_t to) const {
+        return {rows->text() + from, rows->text() + to};
+    }
+    bool append(TextRows::Room room, std::vector<std::string_view> values) {
+        return rows->append(room, values.data(), values.size());
+    }
+    void finish(unsigned count) {
+        rows->finish(columns(count));
+        rows.reset();
+    }
+    std::string_view value(unsigned row, unsigned column) const {
+        return table.get_record(row)->fieldView(column);
+    }
+    void expectRow(unsigned row, std::vector<std::string_view> expected) const {
+        for (unsigned i = 0; i < expected.size(); ++i) {
+            EXPECT_EQ(value(row, i), expected[i]) << i;
+            EXPECT_EQ(table.get_record(row)->get_field(
+                          static_cast<unsigned short>(i))[expected[i].size()],
+                      '\0');
+        }
+    }
+
+    vekdb table;
+    std::unique_ptr<TextRows> rows;
+};
+
+}  // namespace
+
+TEST_F(FromText, ValuesStandInTheTextItself) {
+    open("ab,c\nd,ef");
+    const char* text = rows->text();
+    EXPECT_TRUE(append(room(0, 5), {at(0, 2), at(3, 1)}));
+    EXPECT_TRUE(append(room(5, 10), {at(5, 1), at(7, 2)}));
+    finish(2);
+    expectRow(0, {"ab", "c"});
+    expectRow(1, {"d", "ef"});
+    EXPECT_EQ(value(0, 0).data(), text);
+    EXPECT_EQ(value(1, 1).data(), text + 7);
+}
+
+TEST_F(FromText, ValuesThatStandApartAreMovedTogether) {
+    open("\"a\" , \"bc\";;\"d\"\n");
+    EXPECT_TRUE(append(room(0, 16), {at(1, 1), at(7, 2), {}, at(13, 1)}));
+    finish(4);
+    expectRow(0, {"a", "bc", "", "d"});
+}
+
+TEST_F(FromText, ValuesInAnotherOrderThanInTheTextAreCopied) {
+    open("first,second\n");
+    EXPECT_TRUE(append(room(0, 13), {at(6, 6), at(0, 5)}));
+    finish(2);
+    expectRow(0, {"second", "first"});
+}
+
+TEST_F(FromText, MoreEmptyValuesThanTheRoomHasBytesAreCopied) {
+    open("x\ny\n");
+    EXPECT_TRUE(append(room(0, 2), {{}, {}, {}, {}, at(0, 1)}));
+    EXPECT_TRUE(append(room(2, 4), {at(2, 1)}));
+    finish(5);
+    expectRow(0, {"", "", "", "", "x"});
+    expectRow(1, {"y", "", "", "", ""});
+}
+
+TEST_F(FromText, ValuesFromElsewhereAreCopied) {
+    open("x\n");
+    {
+        std::string other = "from elsewhere";
+        EXPECT_TRUE(append(room(0, 2), {at(0, 1), other}));
+        EXPECT_TRUE(append({}, {other, other}));
+        other.assign(other.size(), '?');
+    }
+    finish(2);
+    expectRow(0, {"x", "from elsewhere"});
+    expectRow(1, {"from elsewhere", "from elsewhere"});
+}
+
+TEST_F(FromText, ALineLongerThanSlicesReachIsKept) {
+    const std::string large(70000, 'l');
+    open(large + ",b,,\n");
+    EXPECT_TRUE(append(room(0, 70005), {at(0, 70000), {}, at(70001, 1), {}}));
+    EXPECT_EQ(rows->longest(), 3u);
+    finish(4);
+    expectRow(0, {large, "", "b", ""});
+}
+
+TEST_F(FromText, BytesAreKeptAsTheyAre) {
+    const std::string odd("\r\n\\n\"\0 \x80", 8);
+    open(odd + "\n");
+    EXPECT_TRUE(append(room(0, 9), {at(0, 8)}));
+    finish(1);
+    expectRow(0, {odd});
+}
+
+TEST_F(FromText, EmptyValuesAtTheEndOfARowDoNotCount) {
+    open("a,,\n,,\n");
+    EXPECT_TRUE(append(room(0, 4), {at(0, 1), {}, {}}));
+    EXPECT_TRUE(append(room(4, 7), {{}, {}, {}}));
+    EXPECT_EQ(rows->longest(), 1u);
+    EXPECT_EQ(rows->valueCount(), 1u);
+    EXPECT_EQ(rows->count(), 2u);
+    finish(3);
+    EXPECT_EQ(table.get_record(1)->get_num_fields(), 3);
+    EXPECT_TRUE(table.get_record(1)->is_blank());
+}
+
+TEST_F(FromText, TheLastRowMayUseTheByteBehindTheText) {
+    open("a,b");
+    EXPECT_TRUE(append(room(0, 4), {at(0, 1), at(2, 1)}));
+    finish(2);
+    expectRow(0, {"a", "b"});
+}
+
+TEST_F(FromText, AValueBehindTheLastColumnThatCanBeIsRefused) {
+    open("x\n");
+    std::vector<std::string_view> values(65536);
+    EXPECT_TRUE(append(room(0, 2), values));
+    values[65535] = at(0, 1);
+    EXPECT_FALSE(append(room(0, 2), values));
+    EXPECT_EQ(rows->count(), 1u);
+    values.erase(values.begin());
+    EXPECT_TRUE(append(room(0, 2), values));
+    finish(65535);
+    EXPECT_EQ(value(1, 65534), "x");
+}
+
+TEST_F(FromText, TheTableIsAsIfItHadBeenLoaded) {
+    open("a\n");
+    EXPECT_TRUE(append(room(0, 2), {at(0, 1)}));
+    finish(2);
+    EXPECT_TRUE(table.get_valid());
+    EXPECT_FALSE(table.get_modified());
+    EXPECT_FALSE(table.get_record(0)->get_changed());
+    EXPECT_EQ(table.get_num_fields(), 2u);
+    EXPECT_TRUE(table.set_field(0, 1, "b"));
+    EXPECT_TRUE(table.get_modified());
+    table.get_record(0)->set_field(0, "z");
+    expectRow(0, {"z", "b"});
+}
+
+TEST_F(FromText, WithoutAnEndTheTableIsEmpty) {
+    open("a\n");
+    append(room(0, 2), {at(0, 1)});
+    rows.reset();
+    EXPECT_EQ(table.get_num_records(), 0u);
+    EXPECT_FALSE(table.get_valid());
+}
+
+TEST_F(FromText, SuchARowIsWrittenAsAnyOther) {
+    open("say \"hi\",b\n");
+    append(room(0, 11), {at(0, 8), at(9, 1)});
+    finish(3);
+    TextFile file;
+    table.get_record(0)->write(file);
+    EXPECT_EQ(file.line(0), "\"say \"\"hi\"\"\",\"b\",\"\"");
+}
+
+TEST_F(FromText, ManyRowsOfBothKindsOutliveTheReader) {
+    std::string text;
+    for (int i = 0; i < 20000; ++i) text += std::to_string(10000 + i) + ",x\n";
+    open(text);
+    for (std::size_t i = 0; i < 20000; ++i) {
+        const std::string_view number = at(i * 8, 5);
+        const std::string_view letter = at(i * 8 + 6, 1);
+        if (i % 3 == 0)
+            append(room(i * 8, i * 8 + 8), {letter, number});
+        else
+            append(room(i * 8, i * 8 + 8), {number, letter});
+    }
+    finish(2);
+    for (unsigned i = 0; i < 20000; ++i) {
+        ASSERT_EQ(value(i, i % 3 == 0 ? 1 : 0), std::to_string(10000 + i));
+    }
+    table.delete_records(0, 19999);
+    EXPECT_EQ(value(0, 0), "29999");
+}

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <vekdb/byte_marks.h>
+
+namespace vek {
+
+/// Reads the pieces of a JSON text, one after the other, and accepts exactly what the format
+/// allows. Changes nothing of the text. After a piece that is not accepted nothing holds.
+class JsonText {
+public:
+    /// A string as it stands between its quotes.
+    struct String {
+        std::string_view raw;
+        bool hasEscapes = false;
+    };
+
+    JsonText(const char* begin, const char* end)
+        : at_(begin), end_(end), marks_(begin, end, {'"', '"', '\\', '\\'}) {}
+
+    const char* at() const { return at_; }
+    bool atEnd() const { return at_ == end_; }
+    char peek() const { return at_ == end_ ? '\0' : *at_; }
+    std::size_t line() const { return line_; }
+
+    /// Blanks as the format has them.
+    void skipBlanks();
+    /// All control characters and blanks, which may stand between the values of a text.
+    void skipBetween();
+    bool take(char c);
+    /// A byte order mark, which may stand in front of a text.
+    void takeMark();
+    std::optional<String> takeString();
+    /// A number, true, false or null, as it stands.
+    std::optional<std::string_view> takeWord();
+    /// Goes on behind a value that somebody else read.
+    void goTo(const char* at);
+
+private:
+    std::optional<std::string_view> takeNumber();
+
+    const char* at_;
+    const char* end_;
+    std::size_t line_ = 1;
+    ByteMarks marks_;
+};
+
+/// Writes what the escapes of a string stand for in their place; how long it is then. `text` is
+/// a string that was accepted.
+std::size_t resolveEscapes(char* text, std::size_t size);
+
+}  // namespace vek
