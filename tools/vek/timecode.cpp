@@ -406,7 +406,7 @@ void save(const Log& log, const Args& args) {
     Output out(args.text("output"));
     Losses losses;
     Target target = out.isStandardOutput() ? targetOf(log) : targetOfPath(args.text("output"));
-    writeSheet(wholeSheet(log), target, {log.endsLinesWithCr, log.beganWithMark}, out, losses);
+    writeSheet(wholeSheet(log), target, {log.lineEnd, log.beganWithMark}, out, losses);
     out.close();
     losses.tell(out.name());
 }
