@@ -1,4 +1,3 @@
-#include "tools/vek/cli/counting.h"
 #include "tools/vek/cli/writers.h"
 #include "tools/vek/commands.h"
 
@@ -45,10 +44,7 @@ Command convertCommand() {
         join({fromOption(),
               {"--to", "FORMAT", "what to write; the ending of OUT as a rule", false,
                "vekdb|csv|tsv|json|jsonl|ale|edl|markdown|html"}},
-             join(styleOptions(),
-                  {{"--short-reels", "",
-                    "reels of an edit list in 8 characters, the whole name beside them"},
-                   fpsOption()})),
+             styleOptions()),
         run,
     };
 }

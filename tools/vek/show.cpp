@@ -80,7 +80,7 @@ void printAs(Target target, const Sheet& sheet, const Args& args, Output& out) {
     writeSheet(sheet, target, style, out, losses);
     out.close();
     // Text for people and pipes tells nothing about parameters; a file kept does.
-    if (args.has("output")) losses.tell(out.name());
+    if (args.has("output") || target == Target::ale) losses.tell(out.name());
 }
 
 int run(const Args& args) {

@@ -2,6 +2,7 @@
 #include <set>
 
 #include <vekdb/host/text_util.h>
+#include "tools/vek/cli/ale_form.h"
 #include "tools/vek/cli/exact_cells.h"
 #include "tools/vek/cli/json.h"
 #include "tools/vek/cli/progress.h"
@@ -99,10 +100,11 @@ std::string forAle(std::string_view text) {
     return out;
 }
 
-void writeAleHeading(const Sheet& sheet, const char* end, Output& out, Losses& losses) {
+void writeAleHeading(const std::vector<Parameter>& heading, const char* end, Output& out,
+                     Losses& losses) {
     out.write(std::string("Heading") + end);
     bool hasDelimiter = false;
-    for (const Parameter& entry : ownParameters(sheet.log)) {
+    for (const Parameter& entry : heading) {
         hasDelimiter = hasDelimiter || sameText(entry.name, "FIELD_DELIM");
         if (!isAleSafe(entry.name) || !isAleSafe(entry.value)) {
             losses.add("heading entries whose tabs and line ends become blanks", entry.name);
@@ -110,6 +112,18 @@ void writeAleHeading(const Sheet& sheet, const char* end, Output& out, Losses& l
         out.write(forAle(entry.name) + "\t" + forAle(entry.value) + end);
     }
     if (!hasDelimiter) out.write(std::string("FIELD_DELIM\tTABS") + end);
+}
+
+std::string aleNames(const AleForm& form, Losses& losses) {
+    std::string line;
+    for (std::size_t i = 0; i < form.names.size(); ++i) {
+        if (!isAleSafe(form.names[i])) {
+            losses.add("column names whose tabs and line ends become blanks",
+                       inQuotes(form.names[i]));
+        }
+        line += concat(i == 0 ? "" : "\t", forAle(form.names[i]));
+    }
+    return form.tracks.empty() ? line : line + "\tTracks";
 }
 
 std::string aleRow(const Sheet& sheet, unsigned row, Losses& losses) {
@@ -281,18 +295,12 @@ void writeJson(const Sheet& sheet, bool asLines, Output& out, Losses& losses) {
 
 void writeAle(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses) {
     const char* end = bytesOf(style.lineEnd);
-    writeAleHeading(sheet, end, out, losses);
-    std::string names;
-    for (unsigned i = 0; i < sheet.columns.size(); ++i) {
-        if (!isAleSafe(sheet.name(i))) {
-            losses.add("column names whose tabs and line ends become blanks",
-                       inQuotes(sheet.name(i)));
-        }
-        names += concat(i == 0 ? "" : "\t", forAle(sheet.name(i)));
-    }
-    out.write(std::string(end) + "Column" + end + names + end + end + "Data" + end);
+    AleForm form = aleForm(sheet, style, out.name(), losses);
+    writeAleHeading(form.heading, end, out, losses);
+    out.write(concat(end, "Column", end, aleNames(form, losses), end, end, "Data", end));
+    std::string tracks = form.tracks.empty() ? "" : "\t" + forAle(form.tracks);
     for (unsigned row = 0; row < sheet.rowCount(); ++row) {
-        out.write(aleRow(sheet, row, losses) + end);
+        out.write(concat(aleRow(sheet, row, losses), tracks, end));
     }
 }
 

@@ -57,11 +57,24 @@ private:
     std::vector<std::string> messages_;
 };
 
+/// What a person says of an ALE that the log does not.
+struct AleWishes {
+    std::string videoFormat = {};
+    std::string audioFormat = {};
+    std::string tracks = {};
+    std::vector<std::string> map = {};  ///< "OLD=NEW", names of columns
+
+    bool isAny() const {
+        return !videoFormat.empty() || !audioFormat.empty() || !tracks.empty() || !map.empty();
+    }
+};
+
 struct WriteStyle {
     LineEnd lineEnd = LineEnd::lf;
     bool byteOrderMark = false;
     std::string rate = {};    ///< of timecodes, where the log's own FPS is not meant
     bool shortReels = false;  ///< reels of edit lists in eight characters
+    AleWishes ale = {};
     bool guardsFormulas = false;  ///< CSV and TSV: no cell is one for a spreadsheet
 };
 
