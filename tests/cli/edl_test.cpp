@@ -51,3 +51,11 @@ TEST(EditLists, CommentsOfAListWithoutEventsComeBack) {
     for (int i = 0; i < 1000; ++i) list += "* SOURCE " + std::to_string(i) + " of many\n";
     expectNothingLost(list);
 }
+
+TEST(EditLists, TabsWithinCommentsAndReelsStay) {
+    expectNothingLost(
+        "TITLE: a\tb\n"
+        "001  A\tB      V     C        01:00:00:00 01:00:01:00 02:00:00:00 02:00:01:00\n"
+        "* FROM CLIP NAME: c\td\n"
+        "* LOC: 01:00:00:05\tRED\tfix\n");
+}

@@ -22,7 +22,7 @@ constexpr std::size_t shortReel = 8;
 std::string oneLine(std::string_view text) {
     std::string out(trimmed(text));
     for (char& c : out) {
-        if (c == '\n' || c == '\r' || c == '\t') c = ' ';
+        if (c == '\n' || c == '\r') c = ' ';
     }
     return out;
 }
