@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "tools/vek/cli/edl_lines.h"
 #include "tools/vek/cli/readers.h"
 
@@ -30,7 +32,8 @@ public:
             if (!trimmed(line).empty()) take(line);
         }
         end();
-        if (log_.rowCount() == 0 && log_.parameter("TITLE").empty()) refuse();
+        if (log_.lines.empty() && log_.parameter("TITLE").empty()) refuse();
+        builder_.setColumns(columns_);
         builder_.finish();
         log_.lineEnd = walk_.lineEnd();
     }
@@ -114,22 +117,21 @@ private:
     void store(OpenEvent& event) {
         if (!event.isOpen()) return;
         std::vector<std::string> pieces = edlPieces(event.cells[edlComments]);
-        event.cells[edlComments] = pieces[0];
-        builder_.addRow(event.line, {event.cells.begin(), event.cells.end()});
-        for (std::size_t i = 1; i < pieces.size(); ++i) put(edlCommentsName(i), pieces[i]);
-        if (!event.counting.empty()) put("FCM", event.counting);
+        std::vector<std::string> cells(event.cells.begin(), event.cells.end());
+        cells[edlComments] = pieces[0];
+        for (std::size_t i = 1; i < pieces.size(); ++i) put(edlCommentsName(i), pieces[i], cells);
+        if (!event.counting.empty()) put("FCM", event.counting, cells);
+        const std::vector<std::string_view> values(cells.begin(), cells.end());
+        builder_.addWholeRow(event.line, values.data(), values.size(), {});
     }
 
-    // A cell of the last row in a column that not every edit list has.
-    void put(const std::string& name, std::string_view value) {
-        unsigned column = log_.findColumn(name);
-        if (column == noColumn) column = log_.table->addField({cellText(name), DBFieldTypes::text});
-        if (column == noColumn) {
-            throw Failure{unreadable, log_.name + ":" + std::to_string(walk_.number()) +
-                                          ": more comments than 65535 columns hold"};
-        }
-        dbrecord* record = log_.table->get_record(log_.rowCount() - 1);
-        record->setField(static_cast<unsigned short>(column), cellText(value));
+    // A cell in a column that not every edit list has.
+    void put(const std::string& name, std::string_view value, std::vector<std::string>& cells) {
+        auto place = std::find(columns_.begin(), columns_.end(), name) - columns_.begin();
+        const auto column = static_cast<std::size_t>(place);
+        if (column == columns_.size()) columns_.push_back(name);
+        if (cells.size() <= column) cells.resize(column + 1);
+        cells[column] = value;
     }
 
     void end() {
@@ -153,6 +155,7 @@ private:
     LineWalk walk_;
     Log& log_;
     TableBuilder builder_;
+    std::vector<std::string> columns_ = edlColumnNames;
     OpenEvent before_;
     OpenEvent open_;
     std::string counting_;  // that changed behind the first event
