@@ -5,6 +5,7 @@
 #include <vekdb/host/os.h>
 #include <vekdb/host/paths.h>
 #include <vekdb/host/text_util.h>
+#include "host/replacing/fresh_file.h"
 
 namespace {
 
@@ -73,7 +74,10 @@ void Writer::save(const LightweightString<wchar_t>& path) {
     }
     const LightweightString<wchar_t> temporary = path + L".tmp";
     set_filename(temporary);
-    save_text();
+    {
+        const FreshFile place(temporary, path);
+        save_text();
+    }
     OS()->fileService()->deleteFile(path);
     OS()->fileService()->moveFile(temporary, path, false);
 }

@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <filesystem>
 
 #include <vekdb/host/os.h>
+#include "host/file_io.h"
 #include "testing/capture_diagnostics.h"
 #include "testing/print_strings.h"
 #include "testing/tables.h"
@@ -213,6 +215,58 @@ TEST_F(Container, WhereTheOldFileCannotBeDeletedTheMoveIsAskedForAndTheOldOneSta
               files.calls);
     EXPECT_TRUE(Reader(path, false).contains(cookieOf(1)));
     EXPECT_TRUE(Reader(path + L".tmp", false).contains(cookieOf(2)));
+}
+
+TEST(ContainerWriter, WhatStandsInTheTemporarysPlaceIsNeitherFollowedNorWrittenTo) {
+    TempDir folder;
+    const WideString path = folder.widePath("bin.rak");
+    folder.write("target", "untouched");
+    for (const bool isLink : {true, false}) {
+        folder.write("bin.rak", "old");
+        if (isLink) {
+            std::filesystem::create_symlink("target", folder.file("bin.rak.tmp"));
+        } else {
+            std::filesystem::create_hard_link(folder.file("target"), folder.file("bin.rak.tmp"));
+        }
+        Writer writer(binColumns());
+        writer.setName("Bin");
+        writer.addItem(cookieOf(1));
+        writer.save(path);
+        EXPECT_EQ(folder.read("target"), "untouched");
+        EXPECT_TRUE(Reader(path, false).contains(cookieOf(1)));
+        EXPECT_FALSE(std::filesystem::is_symlink(folder.file("bin.rak")));
+        EXPECT_EQ(folder.names(), (std::vector<std::string>{"bin.rak", "target"}));
+    }
+}
+
+TEST(ContainerWriter, ASaveGivesNobodyElseAccess) {
+    TempDir folder;
+    using std::filesystem::perms;
+    const WideString path = folder.widePath("bin.rak");
+    for (const perms mode : {perms::owner_read | perms::owner_write,
+                             perms::owner_read | perms::owner_write | perms::group_read}) {
+        folder.write("bin.rak", "old");
+        std::filesystem::permissions(folder.file("bin.rak"), mode);
+        Writer writer(binColumns());
+        writer.setName("Bin");
+        writer.save(path);
+        EXPECT_EQ(std::filesystem::status(folder.file("bin.rak")).permissions(), mode);
+    }
+}
+
+TEST(ContainerWriter, ASaveThatFailsLeavesNoEmptyFile) {
+    TempDir folder;
+    folder.write("bin.rak", "old");
+    const FileIO::SystemCalls before = FileIO::systemCalls();
+    FileIO::systemCalls().write = [](int, const void*, std::size_t) {
+        errno = ENOSPC;
+        return ssize_t{-1};
+    };
+    Writer writer(binColumns());
+    writer.setName("Bin");
+    writer.save(folder.widePath("bin.rak"));
+    FileIO::systemCalls() = before;
+    EXPECT_EQ(folder.names(), std::vector<std::string>());
 }
 
 TEST_F(Container, WithoutAnAttributeItIsWrittenButCannotBeRead) {

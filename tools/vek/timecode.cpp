@@ -403,7 +403,7 @@ void tellOdd(const Work& work) {
 void save(const Log& log, const Args& args) {
     if (!args.has("output")) return saveInPlace(log, args.has("backup"));
     requireWhole(log);
-    Output out(args.text("output"));
+    Output out(args.text("output"), log.held);
     Losses losses;
     Target target = out.isStandardOutput() ? targetOf(log) : targetOfPath(args.text("output"));
     writeSheet(wholeSheet(log), target, {log.lineEnd, log.beganWithMark}, out, losses);
@@ -411,10 +411,19 @@ void save(const Log& log, const Args& args) {
     losses.tell(out.name());
 }
 
+Log readLogOf(const Args& args) {
+    if (args.has("dry-run")) return readLog(args);
+    if (!args.has("output")) return readLogToChange(args);
+    Held held = holdInput({args.text("FILE")}, args.text("output"));
+    Log log = readLog(args);
+    log.held = held;
+    return log;
+}
+
 int run(const Args& args) {
     Selection selection = selectionFrom(args);
     requireFitting(args, selection);
-    Log log = readLog(args);
+    Log log = readLogOf(args);
     Work work{log, LogCounting(log, wantedRate(args)), {}, {}, {}};
     requireRate(work);
     VDBView view = selectRows(log, selection).view;

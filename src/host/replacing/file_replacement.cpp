@@ -134,10 +134,8 @@ private:
 
     // A file that may not be written to is not to be replaced either.
     FileTrouble openBeside() {
-        if (!isHeld_) {
-            if (const FileTrouble trouble = place_.look()) {
-                return trouble;
-            }
+        if (const FileTrouble trouble = isHeld_ ? checkPlace() : place_.look()) {
+            return trouble;
         }
         const bool isThere = place_.kind() != Place::Kind::nothing;
         if (isThere && systemCalls().mayWriteAt(place_.folder(), place_.name().c_str()) != 0) {

@@ -12,9 +12,18 @@ namespace {
 // The parser would split a word such as "[a,b]" into two; a mark in front keeps it whole.
 constexpr char wholeMark = '\x01';
 
+// Where the value begins in a word, which may have an option in front of it.
+std::size_t placeOfValue(const std::string& word) {
+    if (word.starts_with("--")) return std::min(word.find('='), word.size() - 1) + 1;
+    return word.starts_with('-') && word.size() > 2 ? 2 : 0;
+}
+
+// A word that begins with the mark gets a second one, so that one can always be taken off.
 std::vector<std::string> marked(std::vector<std::string> words) {
     for (std::string& word : words) {
-        if (word.starts_with('[')) word.insert(0, 1, wholeMark);
+        std::size_t place = placeOfValue(word);
+        char first = place < word.size() ? word[place] : '\0';
+        if (first == '[' || first == wholeMark) word.insert(place, 1, wholeMark);
     }
     return words;
 }

@@ -1,11 +1,9 @@
 #include <fcntl.h>
-#include <stdlib.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <cstdlib>
 #include <cstring>
 
 #include <vekdb/host/text_file.h>
@@ -14,6 +12,7 @@
 #include "tools/vek/cli/conditions.h"
 #include "tools/vek/cli/exact_cells.h"
 #include "tools/vek/cli/readers.h"
+#include "tools/vek/cli/temporary_folder.h"
 
 namespace vek {
 
@@ -311,39 +310,6 @@ private:
     std::vector<Extra> extra_;
 };
 
-// A name ending in ".csv" for the bytes of any file: the library knows that variant by its name.
-class CsvName {
-public:
-    explicit CsvName(const std::string& target) {
-        std::string place = temporaryFolder();
-        folder_ = place + "/vek-XXXXXX";
-        if (::mkdtemp(folder_.data()) == nullptr) {
-            throw Failure{unreadable, place + ": " + std::strerror(errno) +
-                                          "; set TMPDIR to a folder that can be written to"};
-        }
-        path_ = folder_ + "/input.csv";
-        if (::symlink(target.c_str(), path_.c_str()) != 0) path_.clear();
-    }
-    ~CsvName() {
-        ::unlink(path_.c_str());
-        ::rmdir(folder_.c_str());
-    }
-    CsvName(const CsvName&) = delete;
-    CsvName& operator=(const CsvName&) = delete;
-
-    const std::string& path() const { return path_; }
-
-private:
-    // The standard library's answer does not tell which folder is the one that is not there.
-    static std::string temporaryFolder() {
-        const char* named = std::getenv("TMPDIR");
-        return named == nullptr || *named == '\0' ? "/tmp" : named;
-    }
-
-    std::string folder_;
-    std::string path_;
-};
-
 }  // namespace
 
 void readTable(Input& input, const Wanted& wanted, Log& log) {
@@ -351,7 +317,8 @@ void readTable(Input& input, const Wanted& wanted, Log& log) {
 }
 
 void readPlainCsv(Input& input, Log& log) {
-    CsvName name(input.loaderPath());
+    // The library knows that variant by the name's ending.
+    TemporaryFolder name("input.csv", input.loaderPath());
     log.table = std::make_unique<vekdb>(wide(name.path()), allRows, false);
     if (!log.table->get_valid()) {
         requireThatItOpens(name.path(), log);

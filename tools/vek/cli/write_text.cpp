@@ -39,6 +39,22 @@ bool looksLikeFormula(std::string_view cell) {
            std::string_view("=+-@\t\r").find(cell.front()) != std::string_view::npos;
 }
 
+// Text with a zero byte in it is taken for something else by whoever reads it.
+template <class Cell, class Place>
+void tellZeros(std::string_view line, std::size_t count, Cell cell, Place place, Losses& losses) {
+    if (line.find('\0') == std::string_view::npos) return;
+    for (unsigned i = 0; i < count; ++i) {
+        if (std::string_view(cell(i)).find('\0') == std::string_view::npos) continue;
+        losses.add("texts with a zero byte, for which readers refuse the file", place(i));
+    }
+}
+
+void tellZerosOf(std::string_view line, const Sheet& sheet, unsigned row, Losses& losses) {
+    tellZeros(
+        line, sheet.columns.size(), [&](unsigned i) { return sheet.cell(row, i); },
+        [&](unsigned i) { return place(sheet, row, i); }, losses);
+}
+
 // Writes lines of delimited text.
 class DelimitedWriter {
 public:
@@ -53,6 +69,7 @@ public:
             if (i > 0) line += separator_;
             add(line, cell(i), count == 1, [&] { return place(i); });
         }
+        tellZeros(line, count, cell, place, losses_);
         out_.write(line + bytesOf(style_.lineEnd));
     }
 
@@ -136,6 +153,7 @@ std::string aleRow(const Sheet& sheet, unsigned row, Losses& losses) {
         if (i > 0) line += '\t';
         line += forAle(cell);
     }
+    tellZerosOf(line, sheet, row, losses);
     return line;
 }
 
@@ -310,7 +328,9 @@ void writeMarkdown(const Sheet& sheet, Output& out, Losses& losses) {
     out.line(markdownLine(count, [&](unsigned i) { return sheet.name(i); }));
     out.line(markdownLine(count, [](unsigned) { return std::string_view("---"); }));
     for (unsigned row = 0; row < sheet.rowCount(); ++row) {
-        out.line(markdownLine(count, [&](unsigned i) { return sheet.cell(row, i); }));
+        std::string line = markdownLine(count, [&](unsigned i) { return sheet.cell(row, i); });
+        tellZerosOf(line, sheet, row, losses);
+        out.line(line);
     }
 }
 
@@ -322,7 +342,9 @@ void writeHtml(const Sheet& sheet, Output& out, Losses& losses) {
     out.line("<!DOCTYPE html>\n<meta charset=\"utf-8\">\n<title>" + title + "</title>\n<table>");
     out.line(htmlRow("th", count, [&](unsigned i) { return sheet.name(i); }));
     for (unsigned row = 0; row < sheet.rowCount(); ++row) {
-        out.line(htmlRow("td", count, [&](unsigned i) { return sheet.cell(row, i); }));
+        std::string line = htmlRow("td", count, [&](unsigned i) { return sheet.cell(row, i); });
+        tellZerosOf(line, sheet, row, losses);
+        out.line(line);
     }
     out.line("</table>");
 }

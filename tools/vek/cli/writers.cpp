@@ -204,10 +204,11 @@ void saveInPlace(const Sheet& sheet, bool backup) {
     const Log& log = sheet.log;
     requireWhole(log);
     Target target = targetOf(log);
-    Output out(log.path, log.held);
+    Held held = log.held ? log.held : holdFile(log.path);
+    Output out(log.path, held);
     Losses losses;
     writeSheet(sheet, target, {log.lineEnd, log.beganWithMark}, out, losses);
-    if (backup && log.held) backUp(log.path, *log.held);
+    if (backup && held) backUp(log.path, *held);
     out.close();
     losses.tell(out.name());
 }

@@ -1,0 +1,225 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <sstream>
+
+#include "cli/program.h"
+
+namespace {
+
+constexpr const char* logText =
+    "\"VEKDB:Rev 1\"\n\"VEKDB\"\n\"4\",\"4\"\n\"text\",\"text\"\n\"Reel\",\"Take\"\n"
+    "\"A001\",\"1\"\n\"A002\",\"2\"\n";
+
+Start shell(const std::string& script) {
+    Start start;
+    start.words = {"/bin/sh", "-c", script, VEK_PROGRAM};
+    return start;
+}
+
+std::string rows(int count) {
+    std::string text = "Name,Note\n";
+    for (int i = 0; i < count; ++i) text += "r" + std::to_string(i) + ",\n";
+    return text;
+}
+
+// Starts so many changes of one file at once; says which of them ended well and are not in it.
+void changeAtOnce(const WorkFolder& folder, int count) {
+    folder.write("log.csv", rows(count));
+    Finish finish = run(folder, shell("for i in $(seq 0 " + std::to_string(count - 1) +
+                                      "); do (\"$0\" set log.csv Note=done$i --where Name==r$i "
+                                      "2>/dev/null && echo r$i,done$i) & done; wait"));
+    std::string text = folder.read("log.csv");
+    std::istringstream told(finish.output);
+    int well = 0;
+    for (std::string line; std::getline(told, line); ++well) {
+        EXPECT_NE(text.find(line + "\n"), std::string::npos) << line << " is lost\n" << text;
+    }
+    EXPECT_GT(well, 0);
+}
+
+}  // namespace
+
+TEST(AtOnce, NoChangeThatEndedWellIsLost) {
+    WorkFolder folder;
+    for (int i = 0; i < 15; ++i) changeAtOnce(folder, 2);
+    for (int i = 0; i < 3; ++i) changeAtOnce(folder, 8);
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"log.csv"});
+}
+
+TEST(AtOnce, WhoWaitsTooLongForAnotherIsTold) {
+    WorkFolder folder;
+    folder.write("log.vek", logText);
+    int other = ::open((folder.path() / "log.vek").c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(::flock(other, LOCK_EX), 0);
+    Finish finish = run(folder, shell("exec \"$0\" set log.vek Take=9 --every"));
+    ::close(other);
+    EXPECT_EQ(finish.exitCode, 4);
+    EXPECT_NE(finish.errors.find("log.vek: another program is changing it"), std::string::npos)
+        << finish.errors;
+    EXPECT_EQ(folder.read("log.vek"), logText);
+}
+
+TEST(AtOnce, AFileThatWasChangedWhileItWasReadIsLeftAlone) {
+    WorkFolder folder;
+    folder.write("log.vek", logText);
+    // The second input keeps it waiting once the first is read.
+    Finish finish = run(folder, shell("(sleep 0.4; echo more >> log.vek) & "
+                                      "(cat log.vek; sleep 0.8) | "
+                                      "\"$0\" merge log.vek - -o log.vek 2>&1; echo $?; wait"));
+    EXPECT_NE(finish.output.find("log.vek: was changed by another program since it was read"),
+              std::string::npos)
+        << finish.output;
+    EXPECT_EQ(folder.read("log.vek"), std::string(logText) + "more\n");
+}
+
+TEST(Names, ThatAreNoUtf8AreReadAndWrittenByteForByte) {
+    const std::string name = "caf\xE9.vek";
+    const char* lines[] = {
+        "set NAME Take=9 --every", "tag NAME --invert",      "delete NAME -w Take==9",
+        "column add NAME Extra",   "param set NAME Day 2",   "convert other.csv NAME",
+        "merge other.csv -o NAME", "show other.csv -o NAME", "set NAME Take=9 --every --backup"};
+    for (const char* locale : {"C", "C.UTF-8"}) {
+        for (const char* line : lines) {
+            WorkFolder folder;
+            folder.write(name, logText);
+            folder.write("other.csv", "Reel,Take\nB001,9\n");
+            Start start;
+            start.words = shellWords("vek " + std::string(line));
+            for (std::string& word : start.words) {
+                if (word == "NAME") word = name;
+            }
+            start.environment = {std::string("LC_ALL=") + locale};
+            Finish finish = run(folder, start);
+            EXPECT_TRUE(finish.exitCode == 0 || finish.exitCode == 1) << line << finish.errors;
+            bool changes = std::string(line).find("delete") == std::string::npos;
+            EXPECT_EQ(folder.read(name) != logText, changes) << line;
+            bool backs = std::string(line).find("--backup") != std::string::npos;
+            EXPECT_EQ(folder.names().size(), backs ? 3u : 2u) << line;
+            EXPECT_EQ(backs ? folder.read(name + ".bak") : logText, logText);
+        }
+    }
+}
+
+TEST(Names, OfContainersAreBytesToo) {
+    WorkFolder folder;
+    const std::string name = "b\xFFin.vek";
+    Start start;
+    start.words = {"vek", "container", "create", name, "910a2debbeeb8da0f893a2ed71c1868f00004d"};
+    EXPECT_EQ(run(folder, start).exitCode, 0);
+    EXPECT_EQ(folder.names(), std::vector<std::string>{name});
+    EXPECT_NE(folder.read(name).find("Name:b\xFFin"), std::string::npos);
+    start.words[2] = "contains";
+    EXPECT_EQ(run(folder, start).exitCode, 0);
+}
+
+TEST(Names, ThatBeginWithAControlCharacterOpenThatFileOrNone) {
+    WorkFolder folder;
+    folder.write("log.vek", logText);
+    for (const char* control : {"\x01", "\x1b", "\t", "\n"}) {
+        const std::string name = std::string(control) + "log.vek";
+        Start start;
+        start.words = {"vek", "info", name};
+        EXPECT_EQ(run(folder, start).exitCode, 3);
+        for (const std::vector<std::string>& words :
+             {std::vector<std::string>{"vek", "show", "log.vek", "--output=" + name},
+              std::vector<std::string>{"vek", "show", "log.vek", "-o" + name},
+              std::vector<std::string>{"vek", "convert", "log.vek", name}}) {
+            start.words = words;
+            Finish finish = run(folder, start);
+            EXPECT_EQ(finish.exitCode, 0) << finish.errors;
+            EXPECT_TRUE(folder.has(name)) << words.back();
+            std::filesystem::remove(folder.path() / name);
+        }
+    }
+    EXPECT_EQ(folder.read("log.vek"), logText);
+}
+
+TEST(StandardOutput, ThatIsAFileIsWrittenToWhereItStands) {
+    for (const char* name : {"-", "/dev/stdout", "/dev/fd/1", "/proc/self/fd/1"}) {
+        WorkFolder folder;
+        folder.write("log.csv", "A\n1\n");
+        std::string program = std::string("\"$0\" convert log.csv ") + name + " --to csv";
+        run(folder, shell("echo head > f; " + program + " >> f; { " + program +
+                          "; echo tail; } > g; exec 3< g"));
+        EXPECT_EQ(folder.read("f"), "head\nA\n1\n") << name;
+        EXPECT_EQ(folder.read("g"), "A\n1\ntail\n") << name;
+        EXPECT_EQ(folder.names(), (std::vector<std::string>{"f", "g", "log.csv"})) << name;
+    }
+}
+
+TEST(Zeros, AFileGetsAllBytesThatTheStandardOutputGets) {
+    WorkFolder folder;
+    folder.write("in.json",
+                 "[{\"a\":\"x\",\"b\":\"1\"},{\"a\":\"p\\u0000q\",\"b\":\"2\"},{\"a\":\"z\","
+                 "\"b\":\"3\"}]");
+    for (const char* format : {"csv", "tsv"}) {
+        Start start;
+        start.words = {"vek", "convert", "in.json", "-", "--to", format};
+        Finish printed = run(folder, start);
+        start.words[3] = std::string("out.") + format;
+        Finish finish = run(folder, start);
+        EXPECT_EQ(finish.exitCode, 0);
+        EXPECT_EQ(folder.read(start.words[3]), printed.output);
+        EXPECT_EQ(printed.output.size(), 18u);
+        EXPECT_NE(finish.errors.find("zero byte"), std::string::npos) << finish.errors;
+    }
+}
+
+namespace {
+
+// Starts the program, gives it time to get to where it waits, and ends it by a signal.
+int endBySignal(const WorkFolder& folder, const std::string& line, int signal) {
+    return run(folder, shell("exec timeout -s " + std::to_string(signal) + " 0.5 \"$0\" " + line))
+        .exitCode;
+}
+
+}  // namespace
+
+TEST(Interrupted, AFifoWithoutAReaderIsLeft) {
+    for (int signal : {SIGINT, SIGTERM}) {
+        WorkFolder folder;
+        folder.write("log.csv", "A\n1\n");
+        ASSERT_EQ(::mkfifo((folder.path() / "fifo").c_str(), 0600), 0);
+        EXPECT_EQ(endBySignal(folder, "convert log.csv fifo --to csv", signal), 124);
+        EXPECT_EQ(folder.names(), (std::vector<std::string>{"fifo", "log.csv"}));
+    }
+}
+
+TEST(Interrupted, LeavesNoTemporaryFolder) {
+    WorkFolder folder;
+    std::filesystem::create_directory(folder.path() / "tmp");
+    std::string lines = "Name,Take\n";
+    for (int i = 0; i < 400000; ++i) lines += "A001C001,1\n";
+    folder.write("log.csv", lines);
+    bool wasThere = false;
+    for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        Finish finish =
+            run(folder, shell("export TMPDIR=tmp; \"$0\" info log.csv --from plain-csv & "
+                              "for i in $(seq 2000); do set -- tmp/vek-*; "
+                              "[ -e \"$1\" ] && { echo there; break; }; done; kill -" +
+                              std::to_string(signal) + " $!; wait $!; echo $?"));
+        wasThere = wasThere || finish.output.find("there\n" + std::to_string(128 + signal)) !=
+                                   std::string::npos;
+        EXPECT_TRUE(std::filesystem::is_empty(folder.path() / "tmp")) << finish.output;
+    }
+    EXPECT_TRUE(wasThere);
+}
+
+TEST(FullDisk, OfABackupIsCalledSoAndLeavesFileAndOlderBackup) {
+    WorkFolder folder;
+    folder.write("log.csv", rows(20000));
+    folder.write("log.csv.bak", "older");
+    Finish finish = run(folder, shell("trap '' XFSZ; ulimit -f 8; exec \"$0\" set log.csv Note=x "
+                                      "--every --backup"));
+    EXPECT_EQ(finish.exitCode, 4);
+    EXPECT_NE(finish.errors.find("log.csv.bak: File too large"), std::string::npos)
+        << finish.errors;
+    EXPECT_EQ(folder.read("log.csv.bak"), "older");
+    EXPECT_EQ(folder.read("log.csv"), rows(20000));
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"log.csv", "log.csv.bak"}));
+}
