@@ -17,8 +17,8 @@ class Watcher {
 public:
     explicit Watcher(vekdb& table)
         : table_(table),
-          deleted_(listen("recordsDeleted", &Watcher::rowsDeleted)),
-          changed_(listen("recordsChanged", &Watcher::recordsChanged)) {}
+          deleted_(listen(kRecordsDeleted, &Watcher::rowsDeleted)),
+          changed_(listen(kRecordsChanged, &Watcher::recordsChanged)) {}
     Watcher(const Watcher&) = delete;
     Watcher& operator=(const Watcher&) = delete;
 

@@ -5,9 +5,11 @@
 #include <cstddef>
 #include <cstdint>
 
+#include <vekdb/host/visibility.h>
+
 /// Finds the few bytes of a text that mean something among the many that do not: separators,
 /// quotes, ends of lines. Looks at 64 bytes at once, in the widest registers that the machine has.
-class ByteMarks {
+class VEKDB_PUBLIC ByteMarks {
 public:
     using Kinds = std::array<char, 4>;  ///< fewer kinds: one of them more than once
 

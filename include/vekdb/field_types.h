@@ -1,13 +1,15 @@
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 
 #include <vekdb/host/lightweight_string.h>
+#include <vekdb/host/visibility.h>
 
 /// The types a column can have. A type is the code of one ASCII letter; values are always held
 /// as text, and the type only tells loading, saving, sorting, query and merge how to read it.
 /// Any letter is a legal value: a file may declare a letter of its own.
-struct DBFieldTypes {
+struct VEKDB_PUBLIC DBFieldTypes {
     enum eType : std::uint32_t {
         none = 0,
         timecode = 't',    ///< punctuated timecode text
@@ -26,7 +28,7 @@ struct DBFieldTypes {
 
 /// One column when a table is built or a column is added. A pointer array of descriptors ends
 /// at the first entry whose type is none; `{}` makes such an entry.
-struct DBFieldDesc {
+struct VEKDB_PUBLIC DBFieldDesc {
     LightweightString<char> name;
     DBFieldTypes::eType type = DBFieldTypes::none;
 };
@@ -34,10 +36,15 @@ struct DBFieldDesc {
 /// The type of a written name: one of "timecode", "timecode_s", "text", "text_s",
 /// "time_of_day", "date", "dos_date", "char", "numeric", "long", "double" (case ignored), or a
 /// single character, which stands for its own code. Anything else is none. `name` is not null.
-DBFieldTypes::eType vekdb_string_to_fieldtype(const char* name);
+VEKDB_PUBLIC DBFieldTypes::eType vekdb_string_to_fieldtype(const char* name);
 
 /// The written name of a type, or null where it has none and is written as its letter.
-const char* vekdb_fieldtype_to_string(DBFieldTypes::eType type);
+VEKDB_PUBLIC const char* vekdb_fieldtype_to_string(DBFieldTypes::eType type);
 
 /// A copy of `s` (null counts as empty) without any occurrence of `c`.
-LightweightString<char> strip_char_from_string(char c, const char* s);
+VEKDB_PUBLIC LightweightString<char> strip_char_from_string(char c, const char* s);
+
+/// What is a character and no number: no value of a field by itself.
+template <class C>
+concept FieldCharacter = std::same_as<C, char> || std::same_as<C, wchar_t> ||
+    std::same_as<C, char8_t> || std::same_as<C, char16_t> || std::same_as<C, char32_t>;

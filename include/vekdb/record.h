@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <string_view>
 
+#include <vekdb/field_types.h>
 #include <vekdb/host/lightweight_string.h>
+#include <vekdb/host/visibility.h>
 
 class TextFile;
 class configb;
@@ -19,7 +21,7 @@ struct RecordStrings;
 /// never frees it, and it lives until its row is deleted or its table goes. Records made with
 /// the constructors belong to whoever made them and to no table. Copies share text.
 /// Not locked: one thread at a time, reading included.
-class dbrecord {
+class VEKDB_PUBLIC dbrecord {
 public:
     /// `count` empty values, no container, neither changed nor tagged.
     explicit dbrecord(unsigned short count);
@@ -39,10 +41,23 @@ public:
     /// counts as empty. With `trim`, leading white space of the 7-bit range is skipped. Sets the
     /// changed flag of the record and the modified flag of its table.
     bool set_field(int index, const char* text, bool trim = true);
-    bool set_field(int index, int value);           ///< as "%d"
-    bool set_field(int index, unsigned int value);  ///< as "%u"
-    bool set_field(int index, double value);        ///< as "%.8lf", at most 255 characters
-    bool set_field(int index, bool value);          ///< as "t" or "f"
+    /// The same for text without an end of its own; false also where it has a NUL inside, which
+    /// no log holds.
+    bool set_field(int index, std::string_view text, bool trim = true);
+    bool set_field(int index, int value);                 ///< as "%d"
+    bool set_field(int index, unsigned int value);        ///< as "%u"
+    bool set_field(int index, long value);                ///< as "%ld"
+    bool set_field(int index, unsigned long value);       ///< as "%lu"
+    bool set_field(int index, long long value);           ///< as "%lld"
+    bool set_field(int index, unsigned long long value);  ///< as "%llu"
+    bool set_field(int index, double value);              ///< as "%.8lf", at most 255 characters
+    bool set_field(int index, bool value);                ///< as "t" or "f"
+
+    /// A character would be stored as its number, a pointer to anything but `char` as "t".
+    template <FieldCharacter C>
+    bool set_field(int index, C value) = delete;
+    template <class T>
+    bool set_field(int index, const T* text, bool trim = true) = delete;
 
     /// Stores `value` (shared) only where it differs; an equal value sets no flag.
     /// False when `index` is out of range.
@@ -103,6 +118,7 @@ private:
 
     RecordStrings& ownStrings(unsigned atLeast) const;
     void store(unsigned index, LightweightString<char> value);
+    bool storeText(int index, std::string_view text, bool trim);
     bool overwrite(unsigned index, std::string_view value);
     void markChanged();
     void markRead();

@@ -1,12 +1,14 @@
 #pragma once
 
+#include <vekdb/host/visibility.h>
+
 class dbrecord;
 class vekdb;
 
 /// Which rows of a file a table takes while it is loaded, so that little memory and time go into
 /// a large file of which few rows are wanted. Belongs to the caller and is used until the load
 /// returns. What it throws leaves the table freed and goes on to the caller.
-class RowChoice {
+class VEKDB_PUBLIC RowChoice {
 public:
     virtual ~RowChoice() = default;
 

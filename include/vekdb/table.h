@@ -7,6 +7,7 @@
 #include <vekdb/field_types.h>
 #include <vekdb/host/notify.h>
 #include <vekdb/host/text_search.h>
+#include <vekdb/host/visibility.h>
 #include <vekdb/record.h>
 #include <vekdb/vdb_base.h>
 
@@ -20,7 +21,7 @@ struct TableParts;
 /// (3,3,0,0) and (3,4,0,0): the types or names line of a file has another number of values
 /// than its widths line. (1,n,0,0): a record line of the wrong length after n good ones.
 /// (2,3,0,0): a column was given no known type and became text.
-struct dberror {
+struct VEKDB_PUBLIC dberror {
     std::int32_t values[4];
 };
 
@@ -35,7 +36,7 @@ struct dberror {
 ///
 /// A new table has no parameters, and a file without parameters cannot be loaded: call
 /// `add_param` once before saving a table that is to be read back.
-class vekdb : public VDBBase, public Notifier {
+class VEKDB_PUBLIC vekdb : public VDBBase, public Notifier {
 public:
     /// No columns, no rows, not valid.
     vekdb();
@@ -169,6 +170,7 @@ public:
     bool set_field(unsigned row, unsigned field, int value) override;
     bool set_field(unsigned row, unsigned field, double value) override;
     bool set_field(unsigned row, unsigned field, bool value) override;
+    using VDBBase::set_field;
     /// Stores a value as it is, and only where it differs.
     bool setField(unsigned row, unsigned field, LightweightString<char> value);
     /// The null string for a row or column that is not there.

@@ -5,9 +5,10 @@
 #include <string_view>
 #include <vector>
 
+#include <vekdb/field_types.h>
 #include <vekdb/host/ptr.h>
 #include <vekdb/host/text_block.h>
-#include <vekdb/field_types.h>
+#include <vekdb/host/visibility.h>
 
 class LineStore;
 class dbrecord;
@@ -20,7 +21,7 @@ struct LineSlices;
 ///
 /// The text may be changed while it is read, to take escapes out of a value where it stands; what
 /// belongs to rows already appended is theirs.
-class TextRows {
+class VEKDB_PUBLIC TextRows {
 public:
     /// Bytes of the text that one row alone may use, from its first to behind its last. The byte
     /// behind the text's own end may be used as well.

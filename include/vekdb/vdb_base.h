@@ -1,17 +1,25 @@
 #pragma once
 
+#include <string_view>
+
 #include <vekdb/field_types.h>
 #include <vekdb/host/lightweight_string.h>
 #include <vekdb/host/ptr.h>
+#include <vekdb/host/visibility.h>
 
 class Cookie;
 class dbrecord;
 class VDBBase;
 
+/// What tables and views tell their listeners: a notice's name, of which
+/// NotifyMsgTypeDictionary makes its type.
+inline constexpr char kRecordsDeleted[] = "recordsDeleted";
+inline constexpr char kRecordsChanged[] = "recordsChanged";
+
 /// Refers to a record source without holding it, and turns null when the source is destroyed.
 /// Whatever outlives a source by mistake, a view its table above all, then has no source
 /// instead of a dangling one. Linking and unlinking take constant time and no memory.
-class SourceLink {
+class VEKDB_PUBLIC SourceLink {
 public:
     SourceLink() noexcept = default;
     explicit SourceLink(VDBBase* source) noexcept { set(source); }
@@ -33,7 +41,7 @@ private:
 
 /// A SourceLink to a table or to a view.
 template <class T>
-class SourceRef {
+class VEKDB_PUBLIC SourceRef {
 public:
     SourceRef() noexcept = default;
     explicit SourceRef(T* source) noexcept : link_(source) {}
@@ -55,7 +63,7 @@ private:
 /// The same operation may mean something milder on a view: `delete_tagged_records` and
 /// `set_show_tags_only` of a view only take rows out of the stack of views.
 /// Not locked: one thread at a time.
-class VDBBase : public iObject {
+class VEKDB_PUBLIC VDBBase : public iObject {
 public:
     VDBBase() = default;
     VDBBase(const VDBBase&) = delete;
@@ -120,6 +128,21 @@ public:
     virtual unsigned match_record(int row) const = 0;
     virtual unsigned baseIndex(unsigned row) const = 0;
     virtual bool get_valid() const = 0;
+
+    /// Text without an end of its own, and numbers of every width, through the operation for
+    /// text. False also for a text with a NUL inside, which no log holds.
+    bool set_field(unsigned row, unsigned field, std::string_view text);
+    bool set_field(unsigned row, unsigned field, unsigned int value);
+    bool set_field(unsigned row, unsigned field, long value);
+    bool set_field(unsigned row, unsigned field, unsigned long value);
+    bool set_field(unsigned row, unsigned field, long long value);
+    bool set_field(unsigned row, unsigned field, unsigned long long value);
+
+    /// A character would be stored as its number, a pointer to anything but `char` as "t".
+    template <FieldCharacter C>
+    bool set_field(unsigned row, unsigned field, C value) = delete;
+    template <class T>
+    bool set_field(unsigned row, unsigned field, const T* text) = delete;
 
 private:
     friend class SourceLink;

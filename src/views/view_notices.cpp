@@ -41,12 +41,12 @@ private:
 }  // namespace
 
 int recordsDeletedType() {
-    static const int type = NotifyMsgTypeDictionary::instance().intern("recordsDeleted");
+    static const int type = NotifyMsgTypeDictionary::instance().intern(kRecordsDeleted);
     return type;
 }
 
 int recordsChangedType() {
-    static const int type = NotifyMsgTypeDictionary::instance().intern("recordsChanged");
+    static const int type = NotifyMsgTypeDictionary::instance().intern(kRecordsChanged);
     return type;
 }
 

@@ -4,6 +4,9 @@
 
 #include <clocale>
 #include <cstring>
+#include <limits>
+#include <string>
+#include <string_view>
 
 #include <vekdb/host/config.h>
 #include "testing/tables.h"
@@ -30,6 +33,30 @@ TEST(Record, StartsEmptyUnchangedUntaggedAndFree) {
     EXPECT_EQ(0u, record.get_tag());
     EXPECT_EQ(nullptr, record.get_container());
     EXPECT_STREQ("", record.get_field(2));
+}
+
+TEST(Record, NumbersOfEveryWidthAreStoredInFull) {
+    dbrecord record(1);
+    EXPECT_TRUE(record.set_field(0, std::numeric_limits<long>::min()));
+    EXPECT_EQ(std::to_string(std::numeric_limits<long>::min()), record.get_field(0));
+    EXPECT_TRUE(record.set_field(0, std::numeric_limits<unsigned long>::max()));
+    EXPECT_EQ(std::to_string(std::numeric_limits<unsigned long>::max()), record.get_field(0));
+    EXPECT_TRUE(record.set_field(0, -1ll));
+    EXPECT_STREQ("-1", record.get_field(0));
+    EXPECT_FALSE(record.set_field(1, 1ll));
+    EXPECT_FALSE(record.set_field(-1, 1ull));
+}
+
+TEST(Record, TextWithoutAnEndIsStoredAsFarAsItGoes) {
+    dbrecord record(1);
+    const std::string_view text("  A001 and more");
+    EXPECT_TRUE(record.set_field(0, text.substr(0, 6)));
+    EXPECT_STREQ("A001", record.get_field(0));
+    EXPECT_TRUE(record.set_field(0, text.substr(0, 6), false));
+    EXPECT_STREQ("  A001", record.get_field(0));
+    EXPECT_TRUE(record.set_field(0, std::string_view("   ")));
+    EXPECT_TRUE(record.is_blank());
+    EXPECT_FALSE(record.set_field(1, text));
 }
 
 TEST(Record, StoringWithTrimSkipsLeadingBlanks) {

@@ -1,6 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstring>
+#include <limits>
+#include <string>
+#include <string_view>
 
 #include <vekdb/host/cookie.h>
 #include <vekdb/table.h>
@@ -36,12 +40,45 @@ TEST_F(Values, OfEveryKindAreStoredAsText) {
     EXPECT_TRUE(table.get_modified());
 }
 
+TEST_F(Values, OfEveryWidthAreStoredInFull) {
+    const auto stored = [&](auto value) {
+        EXPECT_TRUE(table.set_field(0, 1, value));
+        return std::string(table.getField(0, 1).view());
+    };
+    EXPECT_EQ("-7", stored(static_cast<signed char>(-7)));
+    EXPECT_EQ("65535", stored(static_cast<unsigned short>(65535)));
+    EXPECT_EQ("4294967295", stored(4294967295u));
+    EXPECT_EQ("-9223372036854775808", stored(std::numeric_limits<std::int64_t>::min()));
+    EXPECT_EQ("18446744073709551615", stored(std::numeric_limits<std::uint64_t>::max()));
+    EXPECT_EQ("-9223372036854775808", stored(std::numeric_limits<long long>::min()));
+    EXPECT_EQ("18446744073709551615", stored(std::numeric_limits<unsigned long long>::max()));
+}
+
+TEST_F(Values, OfTextWithoutAnEndAreStoredAsFarAsTheyGo) {
+    const std::string_view text("  A001 and more");
+    EXPECT_TRUE(table.set_field(0, 1, text.substr(0, 6)));
+    EXPECT_STREQ("A001", table.getField(0, 1).c_str());
+    EXPECT_TRUE(table.set_field(0, 1, std::string(300, 'x')));
+    EXPECT_EQ(300u, table.getField(0, 1).length());
+    EXPECT_TRUE(table.set_field(0, 1, std::string_view()));
+    EXPECT_STREQ("", table.getField(0, 1).c_str());
+}
+
+TEST_F(Values, AreRefusedWhereTheTextHasANulInside) {
+    table.set_field(0, 1, "kept");
+    EXPECT_FALSE(table.set_field(0, 1, std::string_view("a\0b", 3)));
+    EXPECT_FALSE(table.get_record(0)->set_field(1, std::string_view("a\0b", 3)));
+    EXPECT_STREQ("kept", table.getField(0, 1).c_str());
+}
+
 TEST_F(Values, AreRefusedOutsideTheTable) {
     EXPECT_FALSE(table.set_field(2, 1, "x"));
     EXPECT_FALSE(table.set_field(0, 2, "x"));
     EXPECT_FALSE(table.set_field(0, 65536, "x"));
     EXPECT_FALSE(table.set_field(0, 65536, 1));
     EXPECT_FALSE(table.set_field(0, 65536, 1.0));
+    EXPECT_FALSE(table.set_field(0, 65536, 1ull));
+    EXPECT_FALSE(table.set_field(0, 65536, std::string_view("x")));
     EXPECT_FALSE(table.set_field(0, 65536, true));
     EXPECT_FALSE(table.setField(0, 65536, "x"));
     EXPECT_FALSE(table.setField(9, 0, "x"));

@@ -2,13 +2,14 @@
 
 #include <vekdb/host/cookie.h>
 #include <vekdb/host/cookie_containers.h>
+#include <vekdb/host/visibility.h>
 #include <vekdb/table.h>
 
 /// Container files: tables that list the objects of one container (a bin or a log of clips).
 /// A record stands for an item; its column "Cookie" names the object, its other columns are the
 /// item's attributes. The table's parameters are the container's attributes, among them "Name"
 /// and "Permanent".
-class QuorContainerFile {
+class VEKDB_PUBLIC QuorContainerFile {
 public:
     class Writer;
     class Reader;

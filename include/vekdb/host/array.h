@@ -1,9 +1,11 @@
 #pragma once
 
+#include <vekdb/host/visibility.h>
+
 class GrowString;
 
 /// What an Array holds: a record that knows its order and how to print itself.
-class ArrayRec {
+class VEKDB_PUBLIC ArrayRec {
 public:
     ArrayRec() = default;
     ArrayRec(const ArrayRec&) = default;
@@ -22,7 +24,7 @@ public:
 /// After sort() the array is in sorted mode, where intern() finds its place by
 /// halving. It stays there until a record is put where the order does not hold.
 /// Pointers to records live until the record is replaced or the array emptied.
-class Array {
+class VEKDB_PUBLIC Array {
 public:
     Array() noexcept = default;
     Array(const Array&) = delete;
@@ -78,7 +80,7 @@ private:
 };
 
 /// An array that is always sorted and has no two equal records.
-class Set : private Array {
+class VEKDB_PUBLIC Set : private Array {
 public:
     Set() { init(); }
 

@@ -1,9 +1,10 @@
 #pragma once
 
 #include <vekdb/host/lightweight_string.h>
+#include <vekdb/host/visibility.h>
 
 /// A name with its value.
-struct AssocListEntry {
+struct VEKDB_PUBLIC AssocListEntry {
     LightweightString<char> name;
     LightweightString<char> value;
 };
@@ -11,7 +12,7 @@ struct AssocListEntry {
 /// What stands behind an AssocList: entries in the order in which their names
 /// first came, at most one a name. Entries stay where they are until the list
 /// goes, so a slot may be kept while others are added.
-class AssocListRep {
+class VEKDB_PUBLIC AssocListRep {
 public:
     /// Names that differ only in case are one name when ignoreCase is true.
     explicit AssocListRep(bool ignoreCase) noexcept : ignoreCase_(ignoreCase) {}
@@ -50,7 +51,7 @@ private:
 
 /// Parameters by name, in the order of their first entry; the names ignore case.
 /// A value: a copy has slots of its own.
-class AssocList {
+class VEKDB_PUBLIC AssocList {
 public:
     /// The value slot of the name, made (null) when there is none; it lives as long
     /// as the list.
@@ -76,7 +77,7 @@ private:
 /// Walks the entries of a list in their order:
 ///     for (AssocListIter it(list); it; ++it) use((*it).name);
 /// An entry added on the way is met; the iterator must not outlive the list.
-class AssocListIter {
+class VEKDB_PUBLIC AssocListIter {
 public:
     explicit AssocListIter(const AssocList& list) noexcept : node_(list.rep_.first_) {}
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <vekdb/host/lightweight_string.h>
+#include <vekdb/host/visibility.h>
 
 #include <cstddef>
 #include <vector>
@@ -10,16 +11,16 @@
 /// The integer setting of this name: what was set in the process, moved to the
 /// nearest end of min..max where it lies outside, or else the default value as it
 /// is. Names are told apart by every character. Safe from any thread.
-int config_int(const char* key, int defaultValue, int min, int max);
+VEKDB_PUBLIC int config_int(const char* key, int defaultValue, int min, int max);
 
 /// Sets an integer setting for the process, and takes it back. A null name sets
 /// nothing. The library reads each of its settings once in the life of a process,
 /// at its first use.
-void setConfigInt(const char* key, int value);
-void clearConfigInt(const char* key);
+VEKDB_PUBLIC void setConfigInt(const char* key, int value);
+VEKDB_PUBLIC void clearConfigInt(const char* key);
 
 /// One text of a settings record.
-class strp_field {
+class VEKDB_PUBLIC strp_field {
 public:
     strp_field() = default;
     explicit strp_field(const LightweightString<char>& text) : text_(text) {}
@@ -33,7 +34,7 @@ private:
 
 /// A settings record: text fields by key, in the order in which the keys were
 /// first set. Keys are told apart by every character; a null key is the empty one.
-class configb {
+class VEKDB_PUBLIC configb {
 public:
     /// Sets the field of a key anew, or adds it behind the others.
     void set(const char* key, const strp_field& field);

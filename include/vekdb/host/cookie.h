@@ -1,6 +1,7 @@
 #pragma once
 
 #include <vekdb/host/lightweight_string.h>
+#include <vekdb/host/visibility.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -10,7 +11,7 @@
 namespace Quor {
 
 /// A 128-bit identity. The default one is nil, all zeros.
-struct UUID {
+struct VEKDB_PUBLIC UUID {
     std::uint8_t bytes[16] = {};
 
     /// Negative, 0 or positive, by the bytes in their order.
@@ -46,7 +47,7 @@ enum CookieType : unsigned char {
 /// The text form is 38 lower-case hexadecimal digits: 32 of the identity, 4 of the
 /// field, 2 of the type code. It is fit to be a file's name. The flag that goes
 /// with it is of no consequence here: every text reads back under either value.
-class Cookie {
+class VEKDB_PUBLIC Cookie {
 public:
     Cookie() noexcept = default;
 
@@ -72,4 +73,4 @@ public:
 
 /// The cookie with the given type code, and with the given field unless that is
 /// 255, which leaves the field as it is.
-Cookie convertCookie(const Cookie& cookie, CookieType type, unsigned char field);
+VEKDB_PUBLIC Cookie convertCookie(const Cookie& cookie, CookieType type, unsigned char field);

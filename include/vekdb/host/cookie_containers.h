@@ -3,6 +3,7 @@
 #include <vekdb/host/array.h>
 #include <vekdb/host/cookie.h>
 #include <vekdb/host/ptr.h>
+#include <vekdb/host/visibility.h>
 
 #include <type_traits>
 
@@ -10,7 +11,7 @@
 /// is changed, so it may be passed by value freely. Pointers and references into
 /// it live until it is next changed.
 template <class T>
-class LightweightVector {
+class VEKDB_PUBLIC LightweightVector {
     static_assert(std::is_trivially_copyable_v<T>, "items are moved as bytes");
 
 public:
@@ -57,7 +58,7 @@ extern template class LightweightVector<Cookie>;
 using CookieVec = LightweightVector<Cookie>;
 
 /// A copy of one cookie, as it stands in a set.
-class CookieSetRec final : public ArrayRec {
+class VEKDB_PUBLIC CookieSetRec final : public ArrayRec {
 public:
     explicit CookieSetRec(const Cookie& cookie) : cookie_(cookie) {}
 
@@ -71,7 +72,7 @@ private:
 };
 
 /// The cookies of a set in their order, shared by the handles on it.
-class CookieSetRep final : public Set, public Quor::InternalRefCount {
+class VEKDB_PUBLIC CookieSetRep final : public Set, public Quor::InternalRefCount {
 public:
     CookieSetRep() = default;
     CookieSetRep(const CookieSetRep& other);
@@ -90,7 +91,7 @@ public:
 
 /// A set of cookies. Copies share one representation, which is copied before it is
 /// changed. A reference into it lives until the set is changed or gone.
-class CookieSet {
+class VEKDB_PUBLIC CookieSet {
 public:
     CookieSet() noexcept = default;
     explicit CookieSet(const CookieVec& cookies);

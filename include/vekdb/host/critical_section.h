@@ -2,10 +2,12 @@
 
 #include <cstddef>
 
+#include <vekdb/host/visibility.h>
+
 /// A recursive lock: the thread that holds it may enter again and leaves as
 /// often as it entered. Neither copied nor moved; must not be destroyed while
 /// held. The library locks nothing but its lists of notice registrations.
-class CriticalSection {
+class VEKDB_PUBLIC CriticalSection {
 public:
     CriticalSection();
     CriticalSection(const CriticalSection&) = delete;
@@ -28,7 +30,7 @@ private:
 };
 
 /// Holds a lock for the life of a scope.
-class CriticalSectionHold {
+class VEKDB_PUBLIC CriticalSectionHold {
 public:
     explicit CriticalSectionHold(CriticalSection& section) : section_(section) { section_.enter(); }
     CriticalSectionHold(const CriticalSectionHold&) = delete;

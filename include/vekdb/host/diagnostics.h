@@ -1,12 +1,14 @@
 #pragma once
 
+#include <vekdb/host/visibility.h>
+
 // What the library has to say for the eyes of developers. Messages never change
 // behaviour and are the only thing the library prints.
 
 /// Where messages go. Each text is one message exactly as it was worded, its line
 /// feed included where it has one, and lives only as long as the call. A sink is
 /// owned by the application and must outlive its time in place.
-class iDiagnosticSink {
+class VEKDB_PUBLIC iDiagnosticSink {
 public:
     /// From debug_printf and LogBoth.
     virtual void debug(const char* text) noexcept = 0;
@@ -23,7 +25,7 @@ protected:
 
 /// Puts a sink in place and returns the one before. Null is the built-in sink:
 /// debug and splat texts go to the standard error stream, log texts nowhere.
-iDiagnosticSink* setDiagnosticSink(iDiagnosticSink* sink) noexcept;
+VEKDB_PUBLIC iDiagnosticSink* setDiagnosticSink(iDiagnosticSink* sink) noexcept;
 
 /// printf-style message for the debug output. A message that memory is too short
 /// for is cut.
@@ -33,4 +35,4 @@ iDiagnosticSink* setDiagnosticSink(iDiagnosticSink* sink) noexcept;
 [[gnu::format(printf, 1, 2)]] void LogBoth(const char* format, ...) noexcept;
 
 /// Reports a condition that must not happen, and returns. Null counts as "".
-void vek_splat(const char* text) noexcept;
+VEKDB_PUBLIC void vek_splat(const char* text) noexcept;

@@ -2,12 +2,14 @@
 
 #include <new>
 
+#include <vekdb/host/visibility.h>
+
 namespace Quor::Exception {
 
 /// Root of what the host layer throws. It stands apart from std::exception on
 /// purpose: BadAlloc already is one through std::bad_alloc, and a second way
 /// there would make `catch (const std::exception&)` ambiguous and miss it.
-class Base {
+class VEKDB_PUBLIC Base {
 public:
     Base() noexcept = default;
     Base(const Base&) noexcept = default;
@@ -20,7 +22,7 @@ public:
 
 /// Memory is exhausted, or a size is past what a block may have. The only
 /// exception that leaves the library; the object it left is as it was before.
-class BadAlloc : public Base, public std::bad_alloc {
+class VEKDB_PUBLIC BadAlloc : public Base, public std::bad_alloc {
 public:
     const char* message() const noexcept override { return "out of memory"; }
     const char* what() const noexcept override { return message(); }

@@ -3,6 +3,8 @@
 #include <memory>
 #include <string_view>
 
+#include <vekdb/host/visibility.h>
+
 /// Puts new contents in a file's place, whole or not at all: they are written to a file of unique
 /// name in the same folder, flushed to the disk, and renamed over the target. Until `commit`
 /// answers true the old file stands as it was; whatever goes wrong, nothing is left beside it.
@@ -19,7 +21,7 @@
 /// The steps are called in the order in which they stand here, each once and `write` as often as
 /// needed; after a false the later ones do nothing and answer false. Used by one thread at a time;
 /// may throw bad_alloc, and then the old file stands as well.
-class FileReplacement {
+class VEKDB_PUBLIC FileReplacement {
 public:
     /// Why a step failed.
     enum eTrouble : unsigned char {

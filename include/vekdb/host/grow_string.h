@@ -3,10 +3,12 @@
 #include <cstddef>
 #include <string_view>
 
+#include <vekdb/host/visibility.h>
+
 /// A buffer that things print themselves into. It takes its room from the host
 /// allocator once the text is no longer short, grows by doubling, and always ends
 /// in a 0 character.
-class GrowString {
+class VEKDB_PUBLIC GrowString {
 public:
     GrowString() noexcept {}
     GrowString(const GrowString&) = delete;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <vekdb/host/os.h>
+#include <vekdb/host/visibility.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -20,7 +21,7 @@
 /// Pointers and views into the text live until the string is next changed,
 /// assigned or destroyed. Any operation may be given the string's own text.
 template <class C>
-class LightweightString {
+class VEKDB_PUBLIC LightweightString {
 public:
     using View = std::basic_string_view<C>;
 
@@ -150,8 +151,9 @@ private:
 extern template class LightweightString<char>;
 extern template class LightweightString<wchar_t>;
 
-LightweightString<wchar_t> operator+(const LightweightString<wchar_t>& a, const wchar_t* b);
+VEKDB_PUBLIC LightweightString<wchar_t> operator+(const LightweightString<wchar_t>& a,
+                                                  const wchar_t* b);
 
 /// Appends the decimal text of the number.
-LightweightString<char>& operator+=(LightweightString<char>& text, int number);
-LightweightString<char>& operator+=(LightweightString<char>& text, unsigned number);
+VEKDB_PUBLIC LightweightString<char>& operator+=(LightweightString<char>& text, int number);
+VEKDB_PUBLIC LightweightString<char>& operator+=(LightweightString<char>& text, unsigned number);

@@ -4,6 +4,7 @@
 #include <vekdb/host/lightweight_string.h>
 #include <vekdb/host/ptr.h>
 #include <vekdb/host/row_numbers.h>
+#include <vekdb/host/visibility.h>
 
 #include <cstdint>
 #include <string_view>
@@ -14,7 +15,7 @@
 /// The names of notice types and their numbers: one of each in the process, from
 /// 1 up, the same for a name for as long as the process lives. Names are told
 /// apart by every character. Safe from any thread.
-class NotifyMsgTypeDictionary {
+class VEKDB_PUBLIC NotifyMsgTypeDictionary {
 public:
     /// Lives from its first use until the process ends.
     static NotifyMsgTypeDictionary& instance();
@@ -38,7 +39,7 @@ private:
 ///
 /// A message made of row numbers has their text, and makes it when it is first asked
 /// for; the numbers are borrowed and outlive the message. Copies hold the text.
-class NotifyMsg {
+class VEKDB_PUBLIC NotifyMsg {
 public:
     NotifyMsg() = default;
     NotifyMsg(const LightweightString<char>& text, const Quor::Ptr<iObject>& object)
@@ -74,7 +75,7 @@ private:
 /// blanks. It keeps the text alive by itself.
 ///
 ///     for (NotifyMsgTokenIterator token(msg); token; ++token) use(*token);
-class NotifyMsgTokenIterator {
+class VEKDB_PUBLIC NotifyMsgTokenIterator {
 public:
     explicit NotifyMsgTokenIterator(const NotifyMsg& message);
 
@@ -99,7 +100,7 @@ private:
 /// Somebody who is told of notices. Shared: held by the notifier while it is
 /// registered, and by a delivery that has begun.
 template <class R, class M>
-class iCallbackBase : public Quor::InternalRefCount {
+class VEKDB_PUBLIC iCallbackBase : public Quor::InternalRefCount {
 public:
     virtual ~iCallbackBase() = default;
 
@@ -118,7 +119,7 @@ public:
 /// Calls a member function. It does not own the object: whoever registers it
 /// removes the registration before the object goes.
 template <class Obj, class M, class R>
-class MethodCallback : public iCallbackBase<R, M> {
+class VEKDB_PUBLIC MethodCallback : public iCallbackBase<R, M> {
 public:
     using Method = R (Obj::*)(const M&);
 
@@ -133,7 +134,7 @@ private:
 };
 
 /// Identifies one registration among all that the process ever made.
-class IdStamp {
+class VEKDB_PUBLIC IdStamp {
 public:
     IdStamp() = default;
     explicit IdStamp(std::uint64_t number) : number_(number) {}
@@ -151,7 +152,7 @@ namespace Quor {
 
 /// Holds a registration: with the last Ptr to its guard a registration ends. A
 /// guard may outlive its notifier.
-class Guard : public InternalRefCount {
+class VEKDB_PUBLIC Guard : public InternalRefCount {
 public:
     virtual ~Guard() = default;
     virtual const IdStamp& id() const = 0;
@@ -173,7 +174,7 @@ class Registrations;  // shared by a notifier and the guards of its registration
 /// delivery for all but the views' own handlers, which must follow their source, and
 /// goes on to the issuer.
 template <class M>
-class GenericNotifier {
+class VEKDB_PUBLIC GenericNotifier {
 public:
     using Callback = iCallbackBase<int, M>;
 
@@ -220,7 +221,7 @@ extern template class GenericNotifier<NotifyMsg>;
 
 /// The notifier of tables and views. Its registration list has a lock of its own,
 /// a CriticalSection.
-class Notifier : public GenericNotifier<NotifyMsg> {
+class VEKDB_PUBLIC Notifier : public GenericNotifier<NotifyMsg> {
 public:
     ~Notifier() override = default;
 };

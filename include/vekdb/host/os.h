@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include <vekdb/host/visibility.h>
+
 template <class C>
 class LightweightString;
 
@@ -12,7 +14,7 @@ class LightweightString;
 // the safe moment to put it in place is before anything of the library exists.
 
 /// Memory. Every block of the library, strings included, is taken here.
-class iAllocator {
+class VEKDB_PUBLIC iAllocator {
 public:
     /// Never null: throws Quor::Exception::BadAlloc instead. A request of 0
     /// bytes gives a block of its own.
@@ -31,7 +33,7 @@ protected:
 
 /// Files, by wide (UTF-32) path. Every operation answers true when done; on
 /// false nothing was changed.
-class iFileService {
+class VEKDB_PUBLIC iFileService {
 public:
     /// Removes a file's name. A folder is never removed, be it empty.
     virtual bool deleteFile(const LightweightString<wchar_t>& path) = 0;
@@ -47,7 +49,7 @@ protected:
 
 /// Reference counts. Objects and strings are shared between threads only on the
 /// strength of this service, so both directions must be atomic.
-class iRefCountService {
+class VEKDB_PUBLIC iRefCountService {
 public:
     virtual void increment(std::uint32_t& count) noexcept = 0;
 
@@ -67,7 +69,7 @@ protected:
 
 /// The process-wide set of services. Setters take null for the built-in service
 /// and return the service that was in place before.
-class iHostServices {
+class VEKDB_PUBLIC iHostServices {
 public:
     constexpr iHostServices(iAllocator& allocator, iFileService& files,
                             iRefCountService& counts) noexcept
@@ -94,4 +96,4 @@ private:
 
 /// Never null, from before the first static constructor until the process ends:
 /// the services are constants of the program image and are never destroyed.
-iHostServices* OS() noexcept;
+VEKDB_PUBLIC iHostServices* OS() noexcept;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <vekdb/host/os.h>
+#include <vekdb/host/visibility.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -9,12 +10,12 @@
 namespace Quor {
 
 /// What a count word stands at. Only the answer 1, given to a holder, stays true.
-std::uint32_t currentCount(std::uint32_t& count) noexcept;
+VEKDB_PUBLIC std::uint32_t currentCount(std::uint32_t& count) noexcept;
 
 /// Carries the reference count of an object that is shared through Ptr. The
 /// count belongs to the object's place, not to its value: copying or assigning
 /// the object never copies it.
-class InternalRefCount {
+class VEKDB_PUBLIC InternalRefCount {
 public:
     InternalRefCount() noexcept = default;
     InternalRefCount(const InternalRefCount&) noexcept {}
@@ -31,7 +32,7 @@ private:
 
 /// How the last Ptr destroys its object: by delete, which reaches the whole
 /// object through its virtual destructor.
-struct DtorTraits {
+struct VEKDB_PUBLIC DtorTraits {
     template <class T>
     static void destroy(T* object) {
         delete object;
@@ -39,7 +40,7 @@ struct DtorTraits {
 };
 
 /// The count word lives inside the object (see InternalRefCount).
-struct InternalRefCountTraits {
+struct VEKDB_PUBLIC InternalRefCountTraits {
     template <class T>
     static std::uint32_t* countFor(T* object) noexcept {
         return object->refCountWord();
@@ -49,7 +50,7 @@ struct InternalRefCountTraits {
 
 /// The count word is a block of its own, so any object can be shared. Only one
 /// Ptr may be made from a given object pointer; the others are copies of it.
-struct ExternalRefCountTraits {
+struct VEKDB_PUBLIC ExternalRefCountTraits {
     template <class T>
     static std::uint32_t* countFor(T*) {
         return new std::uint32_t(0);
@@ -61,7 +62,7 @@ struct ExternalRefCountTraits {
 /// Ptr destroys the object. Counting is safe between threads; a Ptr itself is
 /// used by one thread at a time.
 template <class T, class Destruction = DtorTraits, class Counting = InternalRefCountTraits>
-class Ptr {
+class VEKDB_PUBLIC Ptr {
 public:
     Ptr() noexcept = default;
     Ptr(std::nullptr_t) noexcept {}
@@ -170,7 +171,7 @@ private:
 }  // namespace Quor
 
 /// Root of what is destroyed through a base of it.
-class iVirtual {
+class VEKDB_PUBLIC iVirtual {
 public:
     iVirtual() = default;
     iVirtual(const iVirtual&) = default;
@@ -180,4 +181,4 @@ public:
 
 /// A shared object: tables, views and the payloads of notices. Held through
 /// Quor::Ptr<T>. An object on the stack is never handed to a Ptr.
-class iObject : public virtual Quor::InternalRefCount, public virtual iVirtual {};
+class VEKDB_PUBLIC iObject : public virtual Quor::InternalRefCount, public virtual iVirtual {};

@@ -3,9 +3,10 @@
 #include <cstddef>
 
 #include <vekdb/host/lightweight_string.h>
+#include <vekdb/host/visibility.h>
 
 /// The row numbers that a notice of deletion tells, in the order in which they are told.
-class RowNumbers {
+class VEKDB_PUBLIC RowNumbers {
 public:
     RowNumbers() noexcept {}
     RowNumbers(const RowNumbers&) = delete;

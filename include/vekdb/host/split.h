@@ -1,6 +1,7 @@
 #pragma once
 
 #include <vekdb/host/lightweight_string.h>
+#include <vekdb/host/visibility.h>
 
 #include <vector>
 
@@ -16,7 +17,7 @@ enum SplitFlags : unsigned {
 /// size. A double quote after a backslash neither opens nor closes a quotation;
 /// quotes and backslashes stay in the pieces. A separator at the very start or
 /// end of a longer text gives no empty piece there.
-unsigned splitIf(const LightweightString<char>& text, char separator,
-                 std::vector<LightweightString<char>>& out, unsigned flags);
+VEKDB_PUBLIC unsigned splitIf(const LightweightString<char>& text, char separator,
+                              std::vector<LightweightString<char>>& out, unsigned flags);
 
 }  // namespace Quor

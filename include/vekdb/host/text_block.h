@@ -1,6 +1,7 @@
 #pragma once
 
 #include <vekdb/host/ptr.h>
+#include <vekdb/host/visibility.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -10,7 +11,7 @@
 /// count taken and given back by hand where a pointer of two words is too much.
 /// Counting is safe between threads; the text is written by one thread while
 /// nobody else reads.
-class TextBlock final : public Quor::InternalRefCount {
+class VEKDB_PUBLIC TextBlock final : public Quor::InternalRefCount {
 public:
     /// A block of this many bytes, not yet written. Throws BadAlloc.
     static Quor::Ptr<TextBlock> create(std::size_t bytes);

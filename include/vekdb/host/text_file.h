@@ -3,6 +3,7 @@
 #include <vekdb/host/lightweight_string.h>
 #include <vekdb/host/ptr.h>
 #include <vekdb/host/text_block.h>
+#include <vekdb/host/visibility.h>
 
 #include <cstddef>
 #include <string_view>
@@ -21,7 +22,7 @@ class TextDeparture;
 /// mark handling. A line ends at its first NUL byte.
 ///
 /// Used by one thread at a time.
-class TextFile {
+class VEKDB_PUBLIC TextFile {
 public:
     enum eEOLStyle {
         eNative = 0,  ///< this platform's own, a line feed

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <vekdb/host/lightweight_string.h>
+#include <vekdb/host/visibility.h>
 
 #include <cstdint>
 #include <string_view>
@@ -24,7 +25,7 @@ enum eMatchFlags : unsigned {
 
 /// One term. It is prepared when it is made, so that one criterion is made for
 /// many texts. Only the letters A to Z have a case.
-class Criterion {
+class VEKDB_PUBLIC Criterion {
 public:
     Criterion() = default;
     explicit Criterion(const LightweightString<char>& text, eMatchMethod method = eMatchContains);
@@ -62,7 +63,7 @@ private:
 };
 
 /// The terms for one text; all of them must be satisfied.
-class Criteria {
+class VEKDB_PUBLIC Criteria {
 public:
     Criteria() = default;
     Criteria(const Criterion& criterion) { add(criterion); }

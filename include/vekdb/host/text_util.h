@@ -1,6 +1,7 @@
 #pragma once
 
 #include <vekdb/host/lightweight_string.h>
+#include <vekdb/host/visibility.h>
 
 #include <string_view>
 
@@ -26,51 +27,52 @@ constexpr C asciiLower(C c) noexcept {
 }
 
 /// "true" or "false".
-LightweightString<char> BoolAsString(bool value);
+VEKDB_PUBLIC LightweightString<char> BoolAsString(bool value);
 
 /// Reads true, false, t, f, 1 and 0 in any case. Answers whether the text was one
 /// of these; otherwise value is untouched.
-bool BoolFromString(const LightweightString<char>& text, bool& value);
+VEKDB_PUBLIC bool BoolFromString(const LightweightString<char>& text, bool& value);
 
 /// Decimal digits with blanks around them; anything else, or a number past 32
 /// bits, gives otherwise.
-unsigned UIntFromString(const LightweightString<char>& text, unsigned otherwise);
-unsigned parseUInt(std::string_view text, unsigned otherwise) noexcept;
+VEKDB_PUBLIC unsigned UIntFromString(const LightweightString<char>& text, unsigned otherwise);
+VEKDB_PUBLIC unsigned parseUInt(std::string_view text, unsigned otherwise) noexcept;
 
-LightweightString<char> StringFromInteger(int number);
+VEKDB_PUBLIC LightweightString<char> StringFromInteger(int number);
 
 /// The text that printf's "%.8lf" gives in the "C" locale.
-LightweightString<char> StringFromDouble(double number);
+VEKDB_PUBLIC LightweightString<char> StringFromDouble(double number);
 
 /// Reads a number as atoi and atof do in the "C" locale: white space, a sign, and
 /// as much as makes sense, 0 when nothing does. Integers out of range give the
 /// nearest int; doubles out of range give infinity or 0.
-int parseInt(std::string_view text) noexcept;
-double parseDouble(std::string_view text) noexcept;
+VEKDB_PUBLIC int parseInt(std::string_view text) noexcept;
+VEKDB_PUBLIC double parseDouble(std::string_view text) noexcept;
 
 /// True for the null string and for a text of 7-bit white space only.
-bool isEssentiallyEmpty(const LightweightString<char>& text);
-bool isEssentiallyEmpty(std::string_view text) noexcept;
+VEKDB_PUBLIC bool isEssentiallyEmpty(const LightweightString<char>& text);
+VEKDB_PUBLIC bool isEssentiallyEmpty(std::string_view text) noexcept;
 
 /// The letters A to Z become a to z.
-void toLower(LightweightString<char>& text);
+VEKDB_PUBLIC void toLower(LightweightString<char>& text);
 
 /// Whatever is no UTF-8, or no code point, becomes U+FFFD.
-LightweightString<wchar_t> fromUTF8(const LightweightString<char>& text);
-LightweightString<char> toUTF8(const LightweightString<wchar_t>& text);
+VEKDB_PUBLIC LightweightString<wchar_t> fromUTF8(const LightweightString<char>& text);
+VEKDB_PUBLIC LightweightString<char> toUTF8(const LightweightString<wchar_t>& text);
 
 /// A path of any bytes, as the system has them, in the form in which the library takes paths: a
 /// byte that belongs to no UTF-8 character becomes the code unit U+DC00 + byte, which no text has.
-LightweightString<wchar_t> pathFromBytes(const LightweightString<char>& bytes);
+VEKDB_PUBLIC LightweightString<wchar_t> pathFromBytes(const LightweightString<char>& bytes);
 
 /// The bytes that name a file to the system, the reverse of pathFromBytes. False, with bytes
 /// untouched, for the null path and for one that no file can have: with a character that is no
 /// code point, or one that ends the name early, or with units for bytes that are a character.
-bool pathToUTF8(const LightweightString<wchar_t>& path, LightweightString<char>& bytes);
+VEKDB_PUBLIC bool pathToUTF8(const LightweightString<wchar_t>& path,
+                             LightweightString<char>& bytes);
 
 namespace Quor {
 
 /// Each byte becomes the character of that number.
-LightweightString<wchar_t> WStringFromAscii(const char* text);
+VEKDB_PUBLIC LightweightString<wchar_t> WStringFromAscii(const char* text);
 
 }  // namespace Quor

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <vekdb/host/lightweight_string.h>
+#include <vekdb/host/visibility.h>
 
 #include <string_view>
 
@@ -22,7 +23,7 @@ enum label_t { label_none = 0, label_timecode = 6 };
 ///     see reel 4       see reel 4       see reel 4
 ///
 /// So either form, read again, gives the other one. Nothing gives nothing.
-class time_def {
+class VEKDB_PUBLIC time_def {
 public:
     /// The longest form of a timecode.
     static constexpr unsigned maxForm = 11;

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <vekdb/host/visibility.h>
+
 /// What an embedding application puts in place to learn of long operations. It
 /// is owned by the application and must outlive its time in place.
-class iWatchdog {
+class VEKDB_PUBLIC iWatchdog {
 public:
     virtual void beginLifeSupport() noexcept = 0;
     virtual void endLifeSupport() noexcept = 0;
@@ -15,7 +17,7 @@ protected:
 /// displaying records) stands between a begin and an end, so that it is not
 /// taken for a hang. Every begin has exactly one end on every path: use
 /// LifeSupport rather than the two calls.
-class SystemWatchdog {
+class VEKDB_PUBLIC SystemWatchdog {
 public:
     static void beginLifeSupport() noexcept;
     static void endLifeSupport() noexcept;
@@ -29,7 +31,7 @@ public:
 };
 
 /// Life support for the length of a scope, also when an exception leaves it.
-class LifeSupport {
+class VEKDB_PUBLIC LifeSupport {
 public:
     LifeSupport() noexcept { SystemWatchdog::beginLifeSupport(); }
     LifeSupport(const LifeSupport&) = delete;

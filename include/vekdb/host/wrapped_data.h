@@ -1,13 +1,14 @@
 #pragma once
 
 #include <vekdb/host/ptr.h>
+#include <vekdb/host/visibility.h>
 
 #include <utility>
 
 /// A plain value made into a shared object, so that a notice can carry it. A
 /// listener finds it with dynamic_cast<WrappedData<T>*> on the notice's object.
 template <class T>
-class WrappedData final : public iObject {
+class VEKDB_PUBLIC WrappedData final : public iObject {
 public:
     explicit WrappedData(T data) : data_(std::move(data)) {}
 

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include <vekdb/host/visibility.h>
 #include <vekdb/vdb_base.h>
 
 class GrowString;
@@ -11,7 +12,7 @@ class GrowString;
 ///
 /// A list owns its cells and their elements; destroying its head destroys all of it. The empty
 /// list is a null pointer. Not locked: one thread at a time.
-class SExprElt {
+class VEKDB_PUBLIC SExprElt {
 public:
     enum : std::int32_t { columnReference = 0, list = 1, anOperator = 2 };
 
@@ -27,7 +28,7 @@ public:
 };
 
 /// One cell of a list, an element of lists itself.
-class SExpr : public SExprElt {
+class VEKDB_PUBLIC SExpr : public SExprElt {
 public:
     /// Takes over the element and the rest of the list; either may be null.
     explicit SExpr(SExprElt* elementOfCell = nullptr, SExpr* rest = nullptr) noexcept
@@ -48,7 +49,7 @@ public:
 
 /// A reference to one column of a table or view, which it does not own. It loses its source,
 /// and prints "voidref", when that is destroyed.
-class SExprRef : public SExprElt {
+class VEKDB_PUBLIC SExprRef : public SExprElt {
 public:
     SExprRef(VDBBase* source, std::uint32_t columnOfSource) noexcept
         : SExprElt(columnReference), column(columnOfSource), source_(source) {}
@@ -62,7 +63,7 @@ private:
     SourceRef<VDBBase> source_;
 };
 
-class SExprOperator : public SExprElt {
+class VEKDB_PUBLIC SExprOperator : public SExprElt {
 public:
     SExprOperator() noexcept : SExprElt(anOperator) {}
     void asString(GrowString& out) const override;
@@ -71,7 +72,7 @@ public:
 /// Walks the cells of a list. It starts before the first one, and a step from the last one
 /// gives null, from which the next step starts again:
 ///     for (++it; it.current != nullptr; ++it)
-struct SExprIterator {
+struct VEKDB_PUBLIC SExprIterator {
     explicit SExprIterator(SExpr* headOfList) noexcept : head(headOfList) {}
 
     SExprIterator& operator++() noexcept {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <vekdb/host/visibility.h>
 #include <vekdb/views/view.h>
 
 class dbrecord;
@@ -11,7 +12,7 @@ class dbrecord;
 /// last. It is not told of changes: rows that come or go under it leave the number as it is.
 /// The cursor shares the view, as a handle does, but not the table. On a null handle, every
 /// operation ends at -1. Not locked: one thread at a time.
-class VDBViewCursor {
+class VEKDB_PUBLIC VDBViewCursor {
 public:
     /// Starts at -1.
     explicit VDBViewCursor(const VDBView& view, bool tagsOnly = false);

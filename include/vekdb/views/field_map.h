@@ -3,6 +3,7 @@
 #include <vector>
 
 #include <vekdb/host/lightweight_string.h>
+#include <vekdb/host/visibility.h>
 #include <vekdb/views/view.h>
 
 class vekdb;
@@ -17,7 +18,7 @@ class vekdb;
 ///
 /// Names compare without regard to case. Positions out of range read as not there and change
 /// nothing. Where memory ends, the map is as it was. Not locked: one thread at a time.
-class FieldMap {
+class VEKDB_PUBLIC FieldMap {
 public:
     /// No entries, no source.
     FieldMap() = default;

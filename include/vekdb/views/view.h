@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+#include <vekdb/host/visibility.h>
+
 class VDBViewRep;
 class vekdb;
 
@@ -11,7 +13,7 @@ class vekdb;
 /// A null handle has no view; its operations answer with null handles. Handles keep neither
 /// the table nor the records alive. Not locked: a table, its views and their handles are used
 /// from one thread at a time.
-class VDBView {
+class VEKDB_PUBLIC VDBView {
 public:
     /// A null handle.
     VDBView() noexcept = default;
@@ -51,4 +53,4 @@ private:
 /// A new table with the columns and parameters of the view's table and copies of the view's
 /// records, in the view's order; neither the view's tags nor the records' are carried. The
 /// caller owns it. Null where there is no view, the view has no table, or rows cannot be added.
-vekdb* Convert_VDBView_to_vekdb(VDBView view);
+VEKDB_PUBLIC vekdb* Convert_VDBView_to_vekdb(VDBView view);

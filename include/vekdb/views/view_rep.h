@@ -6,6 +6,7 @@
 #include <vekdb/host/cookie_containers.h>
 #include <vekdb/host/lightweight_string.h>
 #include <vekdb/host/notify.h>
+#include <vekdb/host/visibility.h>
 #include <vekdb/vdb_base.h>
 
 class AssocList;
@@ -39,7 +40,7 @@ struct ViewParts;
 /// stacked view makes of them. In short: a stacked view hears its table and its base view both,
 /// so that a deletion can take more rows out of it than were deleted, and deleting through it
 /// can hit other records than the ones shown. Delete through a view that reads the table itself.
-class VDBViewRep : public VDBBase, public Notifier {
+class VEKDB_PUBLIC VDBViewRep : public VDBBase, public Notifier {
 public:
     using RowTest = bool (VDBViewRep::*)(int);
 
@@ -265,6 +266,7 @@ public:
     bool set_field(unsigned row, unsigned field, int value) override;
     bool set_field(unsigned row, unsigned field, double value) override;
     bool set_field(unsigned row, unsigned field, bool value) override;
+    using VDBBase::set_field;
     bool in_field(unsigned row, unsigned field, char* buffer, int length) const override;
     bool in_field(unsigned row, unsigned field, int& value) const override;
     bool in_field(unsigned row, unsigned field, double& value) const override;

@@ -1,13 +1,13 @@
 #include <vekdb/record.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <utility>
 
 #include <vekdb/host/config.h>
 #include <vekdb/host/text_util.h>
 #include <vekdb/table.h>
+#include "host/decimal_text.h"
 #include "vekdb/lines/line_bytes.h"
 #include "vekdb/record/record_access.h"
 #include "vekdb/record/record_strings.h"
@@ -23,8 +23,8 @@ const String& emptyString() {
     return empty;
 }
 
-const char* skipLeadingSpace(const char* text) {
-    while (isAsciiSpace(*text)) ++text;
+std::string_view skipLeadingSpace(std::string_view text) {
+    while (!text.empty() && isAsciiSpace(text.front())) text.remove_prefix(1);
     return text;
 }
 
@@ -32,9 +32,13 @@ const char* skipLeadingSpace(const char* text) {
 
 dbrecord::dbrecord(unsigned short count) : count_(count) {}
 
-dbrecord::dbrecord(const dbrecord& other) : count_(0) { share(other); }
+dbrecord::dbrecord(const dbrecord& other) : count_(0) {
+    share(other);
+}
 
-dbrecord::~dbrecord() { release(); }
+dbrecord::~dbrecord() {
+    release();
+}
 
 void dbrecord::share(const dbrecord& other) {
     if (other.storage_ == Storage::slices) {
@@ -70,7 +74,9 @@ dbrecord& dbrecord::operator=(const dbrecord& other) {
     return *this;
 }
 
-void dbrecord::clear() { release(); }
+void dbrecord::clear() {
+    release();
+}
 
 void dbrecord::markChanged() {
     changed_ = true;
@@ -113,34 +119,54 @@ bool dbrecord::overwrite(unsigned index, std::string_view value) {
     return true;
 }
 
-bool dbrecord::set_field(int index, const char* text, bool trim) {
+bool dbrecord::storeText(int index, std::string_view text, bool trim) {
     if (index < 0 || index >= count_) return false;
-    if (text == nullptr) text = "";
     if (trim) text = skipLeadingSpace(text);
-    const std::string_view value(text);
     const auto at = static_cast<unsigned>(index);
-    if (fieldView(at) != value && !overwrite(at, value)) store(at, String(value));
+    if (fieldView(at) != text && !overwrite(at, text)) store(at, String(text));
     markChanged();
     return true;
 }
 
+bool dbrecord::set_field(int index, const char* text, bool trim) {
+    return storeText(index, text != nullptr ? text : std::string_view(), trim);
+}
+
+bool dbrecord::set_field(int index, std::string_view text, bool trim) {
+    return text.find('\0') == text.npos && storeText(index, text, trim);
+}
+
 bool dbrecord::set_field(int index, int value) {
-    char text[formatBuffer];
-    std::snprintf(text, sizeof text, "%d", value);
-    return set_field(index, text);
+    return storeText(index, DecimalText(value).view(), false);
 }
 
 bool dbrecord::set_field(int index, unsigned int value) {
-    char text[formatBuffer];
-    std::snprintf(text, sizeof text, "%u", value);
-    return set_field(index, text);
+    return storeText(index, DecimalText(value).view(), false);
+}
+
+bool dbrecord::set_field(int index, long value) {
+    return storeText(index, DecimalText(value).view(), false);
+}
+
+bool dbrecord::set_field(int index, unsigned long value) {
+    return storeText(index, DecimalText(value).view(), false);
+}
+
+bool dbrecord::set_field(int index, long long value) {
+    return storeText(index, DecimalText(value).view(), false);
+}
+
+bool dbrecord::set_field(int index, unsigned long long value) {
+    return storeText(index, DecimalText(value).view(), false);
 }
 
 bool dbrecord::set_field(int index, double value) {
     return set_field(index, StringFromDouble(value).substr(0, formatBuffer - 1).c_str());
 }
 
-bool dbrecord::set_field(int index, bool value) { return set_field(index, value ? "t" : "f"); }
+bool dbrecord::set_field(int index, bool value) {
+    return set_field(index, value ? "t" : "f");
+}
 
 bool dbrecord::setField(unsigned short index, String value) {
     if (index >= count_) return false;
@@ -243,11 +269,11 @@ struct SettingsKey {
 
 // The names of a log's columns and the settings of a clip that they fill.
 constexpr SettingsKey settingsKeys[] = {
-    {"notes", "notes", false},          {"who", "who", false},
-    {"scene", "scene", false},          {"description", "description", false},
-    {"shot", "shot", false},            {"reel", "reelid", false},
-    {"snd reel", "reelid1", true},      {"24P reel", "24P_reel", true},
-    {"cam reel", "camreel", true},      {"comp reel", "comp_reel", true},
+    {"notes", "notes", false},      {"who", "who", false},
+    {"scene", "scene", false},      {"description", "description", false},
+    {"shot", "shot", false},        {"reel", "reelid", false},
+    {"snd reel", "reelid1", true},  {"24P reel", "24P_reel", true},
+    {"cam reel", "camreel", true},  {"comp reel", "comp_reel", true},
     {"lab reel", "lab_reel", true},
 };
 

@@ -82,7 +82,7 @@ void vekdb::delete_records(unsigned first, int n) {
     unsigned count = rows.count() - first;
     if (static_cast<unsigned>(n) < count) count = static_cast<unsigned>(n);
 
-    static const int type = NotifyMsgTypeDictionary::instance().intern("recordsDeleted");
+    static const int type = NotifyMsgTypeDictionary::instance().intern(kRecordsDeleted);
     bool heard = hasListeners(type);
     RowNumbers deleted;
     if (heard) deleted.appendRun(static_cast<int>(first), static_cast<int>(count));

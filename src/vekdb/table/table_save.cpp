@@ -1,12 +1,10 @@
 #include <algorithm>
-#include <charconv>
-#include <cstdint>
-#include <limits>
 #include <string>
 
 #include <vekdb/host/text_file.h>
 #include <vekdb/host/text_util.h>
 #include <vekdb/table.h>
+#include "host/decimal_text.h"
 #include "host/lines_to_save.h"
 #include "vekdb/lines/table_text.h"
 #include "vekdb/record/record_access.h"
@@ -97,16 +95,6 @@ private:
     bool modified_;
 };
 
-// A tag as text.
-class TagText {
-public:
-    explicit TagText(unsigned tag) { *std::to_chars(text_, text_ + sizeof text_ - 1, tag).ptr = 0; }
-    const char* c_str() const { return text_; }
-
-private:
-    char text_[std::numeric_limits<std::uint8_t>::digits10 + 2];
-};
-
 // Stores the tag of one row after the other as text, through the table where the row is shown.
 class TagStore {
 public:
@@ -117,7 +105,7 @@ public:
         const bool isShown = rows_.shown(shown_) == &record;
         const unsigned row = isShown ? shown_++ : Rows::none;
         if (column == Columns::none) return;
-        const TagText text(record.get_tag());
+        const DecimalText text(record.get_tag());
         if (isStored(record, column, text)) return;
         if (isShown) {
             table_.set_field(row, column, text.c_str());
@@ -128,7 +116,7 @@ public:
 
 private:
     // Storing what is there marks the record and its table as changed, which a save takes back.
-    bool isStored(const dbrecord& record, unsigned column, const TagText& text) const {
+    bool isStored(const dbrecord& record, unsigned column, const DecimalText& text) const {
         return !mayBeOverridden_ && record.get_container() == &table_ &&
                RecordAccess::view(record, column) == text.c_str();
     }

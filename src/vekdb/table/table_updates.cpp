@@ -3,14 +3,18 @@
 #include <vekdb/table.h>
 #include "vekdb/table/table_parts.h"
 
-unsigned vekdb::beginUpdate() { return parts().updates.begin(); }
+unsigned vekdb::beginUpdate() {
+    return parts().updates.begin();
+}
 
-void vekdb::addToUpdate(const Cookie& cookie) { parts().updates.add(cookie); }
+void vekdb::addToUpdate(const Cookie& cookie) {
+    parts().updates.add(cookie);
+}
 
 void vekdb::endUpdate() {
     if (!parts().updates.end()) return;
     Quor::Ptr<iObject> changed(new WrappedData<CookieVec>(parts().updates.take()));
-    static const int type = NotifyMsgTypeDictionary::instance().intern("recordsChanged");
+    static const int type = NotifyMsgTypeDictionary::instance().intern(kRecordsChanged);
     issueNotification(NotifyMsg(changed), type);
 }
 
