@@ -8,8 +8,13 @@ AssocListRep::AssocListRep(const AssocListRep& other) : AssocListRep(other.ignor
     }
 }
 
-AssocListRep& AssocListRep::operator=(AssocListRep other) noexcept {
-    swap(other);
+AssocListRep& AssocListRep::operator=(const AssocListRep& other) {
+    return *this = AssocListRep(other);
+}
+
+AssocListRep& AssocListRep::operator=(AssocListRep&& other) noexcept {
+    AssocListRep taken(std::move(other));
+    swap(taken);
     return *this;
 }
 

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <type_traits>
 
 using testing_support::CountingAllocator;
 using testing_support::failEachAllocation;
@@ -135,6 +136,21 @@ TEST(AssocListRep, TellsNamesApartByCaseWhenAsked) {
     folded.slot("a") = "1";
     folded.slot("A") = "2";
     EXPECT_EQ(folded.size(), 1u);
+}
+
+TEST(AssocList, AssigningThrowsWhereMemoryEndsAndKeepsTheEntries) {
+    static_assert(!std::is_nothrow_copy_assignable_v<AssocList>);
+    AssocList list;
+    list["a"] = "1";
+    AssocList other;
+    other["b"] = "2";
+    other["c"] = "3";
+    const auto check = [&] { EXPECT_EQ(contents(list), "a=1;"); };
+    EXPECT_EQ(2u, failEachAllocation([&] { list = other; }, check));
+    EXPECT_EQ(contents(list), "b=2;c=3;");
+    const AssocList& itself = list;
+    list = itself;
+    EXPECT_EQ(contents(list), "b=2;c=3;");
 }
 
 TEST(AssocList, FailedAllocationKeepsTheEntries) {

@@ -18,7 +18,8 @@ public:
     explicit AssocListRep(bool ignoreCase) noexcept : ignoreCase_(ignoreCase) {}
     AssocListRep(const AssocListRep& other);
     AssocListRep(AssocListRep&& other) noexcept : AssocListRep(other.ignoreCase_) { swap(other); }
-    AssocListRep& operator=(AssocListRep other) noexcept;
+    AssocListRep& operator=(const AssocListRep& other);
+    AssocListRep& operator=(AssocListRep&& other) noexcept;
     ~AssocListRep();
 
     void swap(AssocListRep& other) noexcept;
