@@ -4,6 +4,7 @@
 
 #include <vekdb/host/diagnostics.h>
 #include <vekdb/host/grow_string.h>
+#include <vekdb/host/keyed_hash.h>
 #include "views/view_parts.h"
 
 namespace {
@@ -29,7 +30,7 @@ public:
     }
 
 private:
-    std::unordered_map<std::string_view, unsigned> columns_;
+    std::unordered_map<std::string_view, unsigned, Quor::KeyedHash> columns_;
 };
 
 /// Takes the next piece off a spec; empty when none is left.

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <vekdb/host/cookie_containers.h>
+#include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/text_util.h>
 #include <vekdb/host/watchdog.h>
 #include <vekdb/record.h>
@@ -60,7 +61,7 @@ private:
 
     vekdb& table_;
     bool read_ = false;
-    std::unordered_map<std::string_view, unsigned> rowOfText_;
+    std::unordered_map<std::string_view, unsigned, Quor::KeyedHash> rowOfText_;
 };
 
 }  // namespace

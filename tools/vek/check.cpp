@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include <vekdb/host/keyed_hash.h>
 #include "tools/vek/cli/conditions.h"
 #include "tools/vek/cli/counting.h"
 #include "tools/vek/cli/input.h"
@@ -213,7 +214,7 @@ private:
     void checkIdentifiers() {
         unsigned column = log_.findColumn("Cookie");
         if (column == noColumn) return;
-        std::unordered_map<std::string, unsigned> first;
+        std::unordered_map<std::string, unsigned, Quor::KeyedHash> first;
         for (unsigned row = 0; row < log_.rowCount(); ++row) {
             std::string cell(log_.cell(row, column));
             if (cell.empty()) continue;
@@ -244,8 +245,13 @@ void checkFile(const std::string& path, const Args& args, Output& out, Count& co
     Checker checker(log, input.text(), wantedGauge(args));
     std::vector<Problem> problems = checker.check();
     for (const Problem& problem : problems) out.line(escaped(worded(log.name, problem)));
+    if (log.moreProblems > 0) {
+        out.line(escaped(log.name) + ": " + counted(log.moreProblems, "problem") +
+                 " more of reading");
+    }
     if (!log.notRead.empty()) out.line(escaped(log.notRead));
-    count.problems += problems.size() - checker.remarks() + (log.notRead.empty() ? 0 : 1);
+    count.problems +=
+        problems.size() + log.moreProblems - checker.remarks() + (log.notRead.empty() ? 0 : 1);
     count.remarks += checker.remarks();
 }
 

@@ -1,5 +1,10 @@
 #include "tools/vek/commands.h"
 
+#include <algorithm>
+
+#include "tools/vek/cli/limits.h"
+#include "tools/vek/cli/log.h"
+
 namespace vek {
 
 namespace {
@@ -30,11 +35,20 @@ constexpr CommandEntry commands[] = {
     {"man", manCommand},
 };
 
+// Whatever reads logs may be told how large they are at most.
+Command withLimits(Command command) {
+    const std::string_view from = fromOption().names;
+    const bool readsLogs = std::any_of(command.options.begin(), command.options.end(),
+                                       [&](const Option& option) { return option.names == from; });
+    if (readsLogs) command.options = join(std::move(command.options), limitOptions());
+    return command;
+}
+
 }  // namespace
 
 std::vector<Command> allCommands() {
     std::vector<Command> all;
-    for (const CommandEntry& entry : commands) all.push_back(entry.make());
+    for (const CommandEntry& entry : commands) all.push_back(withLimits(entry.make()));
     return all;
 }
 
@@ -59,7 +73,7 @@ std::string programHelp() {
 Command commandNamed(const std::string& name) {
     std::vector<std::string> names;
     for (const CommandEntry& entry : commands) {
-        if (name == entry.name) return entry.make();
+        if (name == entry.name) return withLimits(entry.make());
         names.push_back(entry.name);
     }
     throw Failure{wrongUsage, "there is no command " + inQuotes(name) + suggestion(name, names) +

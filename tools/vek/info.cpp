@@ -66,7 +66,10 @@ void printFacts(const Log& log, Output& out) {
     }
     std::string map = log.parameter("V5_FIELD_MAP");
     if (!map.empty()) printFact("Field map", map, out);
-    printFact("Problems", std::to_string(log.problems.size() + (log.notRead.empty() ? 0 : 1)), out);
+    printFact(
+        "Problems",
+        std::to_string(log.problems.size() + log.moreProblems + (log.notRead.empty() ? 0 : 1)),
+        out);
     out.line("");
 }
 

@@ -4,6 +4,7 @@
 #include <vekdb/host/config.h>
 #include <vekdb/host/diagnostics.h>
 #include <vekdb/support/version.h>
+#include "tools/vek/cli/limits.h"
 #include "tools/vek/cli/output.h"
 #include "tools/vek/commands.h"
 
@@ -29,6 +30,7 @@ int print(const std::string& text) {
 int runCommand(const Command& command, const std::vector<std::string>& words) {
     Args args = parse(command, words);
     if (args.has("help")) return print(helpText(command));
+    setLimits(args);
     return command.run(args);
 }
 

@@ -3,6 +3,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/timecode.h>
 #include "tools/vek/cli/readers.h"
 #include "tools/vek/cli/timecode.h"
@@ -142,7 +143,7 @@ private:
         }
     }
 
-    using RowsOfKeys = std::unordered_map<std::string, std::vector<unsigned>>;
+    using RowsOfKeys = std::unordered_map<std::string, std::vector<unsigned>, Quor::KeyedHash>;
 
     // How many rows of the log that is being added have a key, and how many of them had their turn.
     struct Turns {
@@ -152,7 +153,7 @@ private:
 
     void join(const Log& from) {
         unsigned key = from.requireColumn(into_.columnName(key_));
-        std::unordered_map<std::string, Turns> turns;
+        std::unordered_map<std::string, Turns, Quor::KeyedHash> turns;
         for (unsigned row = 0; row < from.rowCount(); ++row) {
             std::string value = inOurForm(from, row, key);
             bool isRepeated = turns[value].count++ > 0 && !value.empty();

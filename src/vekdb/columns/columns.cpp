@@ -3,15 +3,20 @@
 #include <algorithm>
 #include <utility>
 
+#include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/text_util.h>
 #include "vekdb/columns/special_labels.h"
 
 std::size_t NameHash::operator()(std::string_view name) const {
-    std::size_t hash = 14695981039346656037u;  // FNV-1a's offset and prime, 64 bits
-    for (char c : name) {
-        hash = (hash ^ static_cast<unsigned char>(asciiLower(c))) * 1099511628211u;
+    constexpr std::size_t atOnce = 64;
+    std::uint64_t hash = name.size();
+    for (; !name.empty(); name.remove_prefix(std::min(atOnce, name.size()))) {
+        char lower[atOnce];
+        const std::string_view piece = name.substr(0, atOnce);
+        std::transform(piece.begin(), piece.end(), lower, [](char c) { return asciiLower(c); });
+        hash = hash * 31 + Quor::keyedHash({lower, piece.size()});
     }
-    return hash;
+    return static_cast<std::size_t>(hash);
 }
 
 bool NameEqual::same(std::string_view a, std::string_view b) {

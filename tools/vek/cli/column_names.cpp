@@ -4,6 +4,7 @@
 #include <charconv>
 #include <unordered_map>
 
+#include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/text_util.h>
 
 namespace vek {
@@ -54,7 +55,7 @@ void pairUnnamed(const Log& a, const Log& b, std::vector<unsigned>& others) {
 
 std::vector<RepeatedName> findRepeatedNames(const Log& log) {
     std::vector<RepeatedName> names;
-    std::unordered_map<std::string, std::size_t> places;
+    std::unordered_map<std::string, std::size_t, Quor::KeyedHash> places;
     for (unsigned column = 0; column < log.columnCount(); ++column) {
         std::string name = folded(log.columnName(column));
         if (name.empty()) continue;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include <vekdb/host/keyed_hash.h>
 #include "tools/vek/cli/column_names.h"
 
 namespace vek {
@@ -78,7 +79,7 @@ public:
 private:
     // The rows of each key in their order, and for every row the how-manieth of its key it is.
     struct Keys {
-        std::unordered_map<std::string, std::vector<unsigned>> rows;
+        std::unordered_map<std::string, std::vector<unsigned>, Quor::KeyedHash> rows;
         std::vector<unsigned> turn;
     };
 
@@ -152,7 +153,7 @@ private:
             unsigned inB = 0;
             unsigned rowB = 0;
         };
-        std::unordered_map<std::string_view, Seen> seen;
+        std::unordered_map<std::string_view, Seen, Quor::KeyedHash> seen;
         for (std::size_t i = head; i + tail < a.size(); ++i) ++seen[a[i]].inA;
         for (std::size_t i = head; i + tail < b.size(); ++i) {
             Seen& entry = seen[b[i]];

@@ -11,6 +11,7 @@ namespace vek {
 namespace {
 
 constexpr std::size_t gap = 2;
+constexpr std::size_t widestPadding = 200;  // where nothing is cut
 constexpr std::size_t narrowest = 12;  // a cut column still tells something; timecodes are whole
 
 // The widest cell of each column.
@@ -101,7 +102,10 @@ private:
     }
 
     void addCell(std::string& line, const std::string& text, std::size_t i, Ink ink, bool isLast) {
-        std::string padding(widths_[i] - std::min(widths_[i], displayWidth(text)), ' ');
+        // Where nothing is cut, one long cell makes not every row as long.
+        const std::size_t wanted =
+            screen_.width == 0 ? std::min(widths_[i], widestPadding) : widths_[i];
+        std::string padding(wanted - std::min(wanted, displayWidth(text)), ' ');
         if (grid_.columns[i].alignsRight) line += padding;
         line += text.empty() ? text : inked(ink, text, screen_);
         if (isLast) {

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "tools/vek/cli/exit.h"
+#include "tools/vek/cli/limits.h"
 #include "tools/vek/cli/progress.h"
 
 namespace vek {
@@ -78,6 +79,7 @@ void Input::open() {
     if (S_ISDIR(status.st_mode)) refuse(name_, EISDIR);
     isRegular_ = S_ISREG(status.st_mode) && !isStandardInput_;
     if (isRegular_) expected_ = static_cast<std::size_t>(status.st_size);
+    requireBytes(name_, expected_);
     readUpTo(isRegular_ ? headSize : SIZE_MAX);
 }
 
@@ -102,6 +104,7 @@ void Input::readUpTo(std::size_t most) {
         if (got < 0) refuse(name_, errno);
         isWhole_ = got == 0;
         size_ += static_cast<std::size_t>(got);
+        requireBytes(name_, size_);
     }
 }
 

@@ -177,6 +177,19 @@ std::string jsonString(std::string_view text, bool& wasChanged) {
     return json(std::string(text)).dump(-1, ' ', false, json::error_handler_t::replace);
 }
 
+// Nearly every text stands in a string as it is.
+void addJsonString(std::string& out, std::string_view text, bool& wasChanged) {
+    bool isPlain = true;
+    for (char c : text) isPlain &= c >= ' ' && c != '"' && c != '\\';
+    if (!isPlain) {
+        out += jsonString(text, wasChanged);
+        return;
+    }
+    out += '"';
+    out += text;
+    out += '"';
+}
+
 std::string jsonString(std::string_view text) {
     bool ignored = false;
     return jsonString(text, ignored);

@@ -30,5 +30,7 @@ std::optional<CompactJson> compactJson(std::string_view text);
 /// A quoted JSON string. Bytes that are no UTF-8 become U+FFFD, and `wasChanged` true.
 std::string jsonString(std::string_view text, bool& wasChanged);
 std::string jsonString(std::string_view text);
+/// The same behind another text.
+void addJsonString(std::string& out, std::string_view text, bool& wasChanged);
 
 }  // namespace vek

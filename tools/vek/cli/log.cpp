@@ -112,9 +112,10 @@ void tellProblems(const Log& log) {
     for (std::size_t i = 0; i < log.problems.size() && i < most; ++i) {
         say(worded(log.name, log.problems[i]));
     }
-    if (log.problems.size() > most) {
-        say(log.name + ": " + std::to_string(log.problems.size() - most) +
-            " more like these; vek check lists them all");
+    const std::size_t count = log.problems.size() + log.moreProblems;
+    if (count > most) {
+        say(log.name + ": " + std::to_string(count - most) + " more like these; vek check lists " +
+            (log.moreProblems == 0 ? "them all" : "the first thousand"));
     }
     if (!log.notRead.empty()) say(log.notRead);
 }

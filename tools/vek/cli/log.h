@@ -53,6 +53,7 @@ struct Log {
     std::vector<std::uint32_t> numbers;       ///< of the rows, from 1 on, where some were left out
     std::size_t leftOut = 0;                  ///< rows that were not wanted
     std::vector<Problem> problems;            ///< told on reading; nothing was lost by them
+    std::size_t moreProblems = 0;             ///< that were found behind those
     std::vector<RepeatedName> repeatedNames;  ///< as they were read
     std::unordered_map<unsigned, std::size_t> repeatedAt;  ///< of their columns, where there
     std::string notRead;            ///< why rows are missing; empty when all are there
@@ -80,6 +81,15 @@ struct Log {
     std::size_t lineOf(unsigned row) const { return row < lines.size() ? lines[row] : 0; }
     /// The value of a parameter, "" when there is none.
     std::string parameter(const char* name) const;
+    /// Notes a problem; behind the first thousand they are counted. `make` makes it.
+    template <class Make>
+    void report(Make make) {
+        if (problems.size() < mostProblems)
+            problems.push_back(make());
+        else
+            ++moreProblems;
+    }
+    static constexpr std::size_t mostProblems = 1000;
     /// Adds or replaces; false when the library has no room or refuses the name.
     bool setParameter(const std::string& name, const std::string& value);
 };

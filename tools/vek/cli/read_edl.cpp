@@ -1,6 +1,5 @@
-#include <algorithm>
-
 #include "tools/vek/cli/edl_lines.h"
+#include "tools/vek/cli/name_list.h"
 #include "tools/vek/cli/readers.h"
 
 namespace vek {
@@ -24,7 +23,9 @@ void addComment(std::string& cell, std::string_view line) {
 class EdlReader {
 public:
     EdlReader(std::string_view text, Log& log)
-        : walk_(text), log_(log), builder_(log, edlColumnNames) {}
+        : walk_(text), log_(log), builder_(log, edlColumnNames) {
+        for (const std::string& name : edlColumnNames) columns_.place(name);
+    }
 
     void read() {
         std::string_view line;
@@ -32,8 +33,8 @@ public:
             if (!trimmed(line).empty()) take(line);
         }
         end();
-        if (log_.lines.empty() && log_.parameter("TITLE").empty()) refuse();
-        builder_.setColumns(columns_);
+        if (log_.rowCount() == 0 && log_.parameter("TITLE").empty()) refuse();
+        builder_.setColumns({columns_.begin(), columns_.end()});
         builder_.finish();
         log_.lineEnd = walk_.lineEnd();
     }
@@ -117,21 +118,22 @@ private:
     void store(OpenEvent& event) {
         if (!event.isOpen()) return;
         std::vector<std::string> pieces = edlPieces(event.cells[edlComments]);
-        std::vector<std::string> cells(event.cells.begin(), event.cells.end());
-        cells[edlComments] = pieces[0];
+        event.cells[edlComments] = pieces[0];
+        std::vector<std::string_view> cells(event.cells.begin(), event.cells.end());
         for (std::size_t i = 1; i < pieces.size(); ++i) put(edlCommentsName(i), pieces[i], cells);
         if (!event.counting.empty()) put("FCM", event.counting, cells);
-        const std::vector<std::string_view> values(cells.begin(), cells.end());
-        builder_.addWholeRow(event.line, values.data(), values.size(), {});
+        builder_.addWholeRow(event.line, cells.data(), cells.size(), {});
     }
 
     // A cell in a column that not every edit list has.
-    void put(const std::string& name, std::string_view value, std::vector<std::string>& cells) {
-        auto place = std::find(columns_.begin(), columns_.end(), name) - columns_.begin();
-        const auto column = static_cast<std::size_t>(place);
-        if (column == columns_.size()) columns_.push_back(name);
+    void put(const std::string& name, std::string_view value,
+             std::vector<std::string_view>& cells) {
+        const std::size_t column = columns_.place(name);
         if (cells.size() <= column) cells.resize(column + 1);
         cells[column] = value;
+        if (column < 65535) return;
+        throw Failure{unreadable, log_.name + ":" + std::to_string(walk_.number()) +
+                                      ": more comments than 65535 columns hold"};
     }
 
     void end() {
@@ -155,7 +157,7 @@ private:
     LineWalk walk_;
     Log& log_;
     TableBuilder builder_;
-    std::vector<std::string> columns_ = edlColumnNames;
+    NameList columns_;
     OpenEvent before_;
     OpenEvent open_;
     std::string counting_;  // that changed behind the first event

@@ -96,8 +96,16 @@ private:
         const std::string_view rest(accepted_,
                                     static_cast<std::size_t>(builder_.textEnd() - accepted_));
         const JsonFault fault = faultOfJsonRows(before_, rest, acceptedLine_);
-        throw Failure{unreadable, worded(log_.name, {fault.line, "", fault.found,
+        throw Failure{unreadable, worded(log_.name, {fault.line, "", fromTheText(fault.found),
                                                      "JSON objects of names and values", ""})};
+    }
+
+    // What was found begins with what was only taken to stand in front.
+    std::string fromTheText(const std::string& found) const {
+        const std::string front = concat("\"", before_);
+        if (before_.empty() || !found.starts_with(front)) return found;
+        const std::string rest = found.substr(front.size());
+        return rest == "\"" ? "the end of the text" : "\"" + rest;
     }
 
     void readRow() {
@@ -176,8 +184,10 @@ private:
     }
 
     void reportTwice(std::size_t line, const std::string& name) {
-        log_.problems.push_back({line, "", "the name " + inQuotes(name) + " a second time",
-                                 "once in an object", "the last value is kept"});
+        log_.report([&]() -> Problem {
+            return {line, "", "the name " + inQuotes(name) + " a second time", "once in an object",
+                    "the last value is kept"};
+        });
     }
 
     Log& log_;

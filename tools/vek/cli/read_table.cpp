@@ -11,7 +11,9 @@
 #include <vekdb/row_choice.h>
 #include "tools/vek/cli/conditions.h"
 #include "tools/vek/cli/exact_cells.h"
+#include "tools/vek/cli/limits.h"
 #include "tools/vek/cli/readers.h"
+#include "tools/vek/cli/table_lines.h"
 #include "tools/vek/cli/temporary_folder.h"
 
 namespace vek {
@@ -139,10 +141,8 @@ private:
     }
 
     static bool isMagic(std::string_view line) {
-        line = trimmed(line);
-        if (line.starts_with('"')) line.remove_prefix(1);
-        line = line.substr(0, line.find_first_of("\","));
-        return sameText(trimmed(line), "VEKDB");
+        const std::vector<std::string_view> values = rawValues(trimmed(line));
+        return !values.empty() && sameText(trimmed(values[0]), "VEKDB");
     }
 
     void readRest() {
@@ -219,55 +219,73 @@ private:
         return std::max<std::size_t>(walk.number(), 1);
     }
 
+    // The columns come first, while there is no row that each of them would have to be added to.
     void readLineByLine() {
         log_.table->delete_records(0, static_cast<int>(log_.rowCount()));
         TextFile file;
         file.load(wide(path_), '\n', false);
-        unsigned lines = file.size();
+        const unsigned declared = log_.columnCount();
+        unsigned most = declared;
+        std::size_t rows = 0;
+        forEachRow(file, [&](const dbrecord& values, std::size_t) {
+            most = std::max(most, filledCount(values));
+            requireCells(log_.name, ++rows, most, text_.size());
+        });
+        addExtraColumns(most - declared);
+        forEachRow(file, [&](dbrecord& values, std::size_t steps) {
+            addRow(file.currentLine, values, declared);
+            if (steps > values.get_num_fields()) reportCut(file.currentLine, values);
+        });
+    }
+
+    template <class Take>
+    void forEachRow(TextFile& file, Take take) {
+        const unsigned lines = file.size();
         for (auto i = static_cast<unsigned>(headerLines_); i < lines; ++i) {
             if (isEssentiallyEmpty(file.line(i))) break;
             file.currentLine = i;
-            addRow(file);
+            dbrecord values(0);
+            const int steps = values.read(file);
+            take(values, static_cast<std::size_t>(steps));
         }
-        storeExtra();
     }
 
-    void addRow(TextFile& file) {
-        dbrecord values(0);
-        values.read(file);
-        unsigned declared = log_.columnCount();
+    // Up to the last value that is not empty.
+    static unsigned filledCount(const dbrecord& values) {
+        unsigned count = values.get_num_fields();
+        while (count > 0 && values.fieldView(count - 1).empty()) --count;
+        return count;
+    }
+
+    void addRow(std::size_t line, const dbrecord& values, unsigned declared) {
         dbrecord* record = log_.table->get_record(log_.table->add_records(1));
-        log_.lines.push_back(file.currentLine);
-        for (unsigned short i = 0; i < values.get_num_fields(); ++i) {
-            if (values.fieldView(i).empty()) continue;
-            if (i < declared)
-                record->setField(i, values.getField(i));
-            else
-                extra_.push_back({log_.rowCount() - 1, i - declared, values.getField(i)});
+        log_.lines.push_back(static_cast<std::uint32_t>(line));
+        const unsigned filled = filledCount(values);
+        for (unsigned i = 0; i < filled; ++i) {
+            const auto at = static_cast<unsigned short>(i);
+            record->setField(at, cellText(values.fieldView(i)));
         }
         if (values.get_num_fields() != declared) {
-            reportLength(log_, file.currentLine, values.get_num_fields(), declared);
+            reportLength(log_, line, values.get_num_fields(), declared);
         }
-        reportHeaderLike(file.currentLine, values.fieldView(0));
+        reportHeaderLike(line, values.fieldView(0));
+    }
+
+    // Control characters between values are steps, too, but lose nothing.
+    void reportCut(std::size_t line, const dbrecord& values) {
+        constexpr unsigned mostValues = 65535;
+        if (values.get_num_fields() < mostValues || !log_.notRead.empty()) return;
+        log_.notRead = worded(
+            log_.name, {line, "", "more than 65535 values",
+                        "as many as a table has columns at most", "the others are not read"});
     }
 
     void reportHeaderLike(std::size_t line, std::string_view value) {
         if (!sameText(value, "VEKDB")) return;
-        log_.problems.push_back({line, log_.columnName(0), inQuotes(value),
-                                 "another value in the first column",
-                                 "the row is kept, but other programs take it for a header"});
-    }
-
-    // The columns come last: the library measures lines by the columns there are.
-    void storeExtra() {
-        const unsigned declared = log_.columnCount();
-        std::size_t more = 0;
-        for (const Extra& value : extra_) more = std::max<std::size_t>(more, value.place + 1);
-        addExtraColumns(more);
-        for (const Extra& value : extra_) {
-            log_.table->get_record(value.row)->setField(
-                static_cast<unsigned short>(declared + value.place), value.text);
-        }
+        log_.report([&]() -> Problem {
+            return {line, log_.columnName(0), inQuotes(value), "another value in the first column",
+                    "the row is kept, but other programs take it for a header"};
+        });
     }
 
     void addExtraColumns(std::size_t count) {
@@ -295,19 +313,11 @@ private:
              counted(unread, "line") + " from line " + std::to_string(first) + " on not read"});
     }
 
-    // A value behind the last column.
-    struct Extra {
-        unsigned row;
-        unsigned place;
-        LightweightString<char> text;
-    };
-
     Input& input_;
     std::string path_;
     Log& log_;
     std::string_view text_;
     std::size_t headerLines_ = 0;
-    std::vector<Extra> extra_;
 };
 
 }  // namespace

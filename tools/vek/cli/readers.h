@@ -2,10 +2,10 @@
 
 #include <optional>
 
+#include <vekdb/text_rows.h>
 #include "tools/vek/cli/input.h"
 #include "tools/vek/cli/log.h"
 #include "tools/vek/cli/text_lines.h"
-#include <vekdb/text_rows.h>
 
 /// One reader a format. Each fills `log` (table, lines, problems) and keeps every cell as it
 /// stands: nothing is trimmed, rounded or given another type.
@@ -68,6 +68,9 @@ std::vector<std::string> extraColumnNames(const std::vector<std::string>& declar
                                           std::size_t count);
 /// Notes a row that has another number of values than there are columns.
 void reportLength(Log& log, std::size_t line, std::size_t found, std::size_t expected);
+
+/// Whether a table file keeps something of its own under the name of a parameter.
+bool isTableFilesOwn(std::string_view parameterName);
 
 std::vector<std::string> asStrings(const std::vector<std::string_view>& texts);
 

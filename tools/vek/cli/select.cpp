@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/text_util.h>
 #include "tools/vek/cli/conditions.h"
 #include "tools/vek/cli/readers.h"
@@ -87,7 +88,7 @@ void keepTagged(const Log& log, Marks& marks) {
 
 // The first of the rows that have a value.
 void keepFirstOfEach(const Log& log, unsigned column, Marks& marks) {
-    std::unordered_map<std::string, int> seen;
+    std::unordered_map<std::string, int, Quor::KeyedHash> seen;
     for (unsigned row = 0; row < marks.size(); ++row) {
         if (marks[row]) marks[row] = seen[foldedCase(log.cell(row, column))]++ == 0;
     }
@@ -95,7 +96,7 @@ void keepFirstOfEach(const Log& log, unsigned column, Marks& marks) {
 
 // Every row whose value another row has, too. No value is no duplicate.
 void keepRepeated(const Log& log, unsigned column, Marks& marks) {
-    std::unordered_map<std::string, int> count;
+    std::unordered_map<std::string, int, Quor::KeyedHash> count;
     for (unsigned row = 0; row < marks.size(); ++row) {
         if (marks[row]) ++count[foldedCase(log.cell(row, column))];
     }

@@ -2,6 +2,7 @@
 #include <set>
 
 #include <vekdb/host/text_util.h>
+#include "tools/vek/cli/limits.h"
 #include "tools/vek/cli/readers.h"
 #include "tools/vek/cli/timecode.h"
 
@@ -56,11 +57,18 @@ std::vector<std::string> extraColumnNames(const std::vector<std::string>& declar
     return names;
 }
 
+bool isTableFilesOwn(std::string_view parameterName) {
+    return sameText(trimmed(parameterName), "VEKDB") ||
+           sameText(trimmed(parameterName), "V5_FIELD_MAP");
+}
+
 void reportLength(Log& log, std::size_t line, std::size_t found, std::size_t expected) {
-    log.problems.push_back({line, "", counted(found, "value"), std::to_string(expected),
-                            found < expected ? "the row is kept, the missing cells are empty"
-                                             : "the row is kept, values behind the last column "
-                                               "are in columns Extra 1, 2, ..."});
+    const char* outcome = found < expected ? "the row is kept, the missing cells are empty"
+                                           : "the row is kept, values behind the last column "
+                                             "are in columns Extra 1, 2, ...";
+    log.report([&]() -> Problem {
+        return {line, "", counted(found, "value"), std::to_string(expected), outcome};
+    });
 }
 
 TableBuilder::TableBuilder(Log& log, Quor::Ptr<TextBlock> text) : log_(log) {
@@ -78,6 +86,13 @@ void TableBuilder::setColumns(std::vector<std::string> columns) {
     if (columns.size() > mostColumns) {
         throw Failure{unreadable, log_.name + ": " + std::to_string(columns.size()) +
                                       " columns, a table holds at most 65535"};
+    }
+    for (const std::string& name : columns) {
+        if (name.find('\0') == std::string::npos) continue;
+        log_.report([&]() -> Problem {
+            return {0, "", "a zero byte in the column name " + inQuotes(name), "text",
+                    "the name ends there"};
+        });
     }
     columns_ = std::move(columns);
 }
@@ -98,10 +113,22 @@ void TableBuilder::addWholeRow(std::size_t line, const std::string_view* cells, 
     if (!rows_->append(room, cells, count)) {
         throw Failure{unreadable, log_.name + ": more than 65535 columns"};
     }
+    // Only rows that stand on a text can be many for few bytes of it.
+    if (rows_->size() != 0) {
+        requireCells(log_.name, rows_->count(), columnCount(), rows_->size());
+    }
     log_.lines.push_back(static_cast<std::uint32_t>(line));
 }
 
 void TableBuilder::addParameter(std::size_t line, std::string_view name, std::string_view value) {
+    if (isTableFilesOwn(name)) {
+        return log_.report([&]() -> Problem {
+            return {line, "", "entry " + inQuotes(name),
+                    "another name: a table file keeps its own "
+                    "settings under this one",
+                    "the entry is left out"};
+        });
+    }
     std::string old = log_.parameter(std::string(name).c_str());
     if (!old.empty() && old != value) {
         log_.problems.push_back({line, "", inQuotes(name) + " a second time", "once",

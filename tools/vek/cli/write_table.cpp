@@ -17,6 +17,15 @@ bool hasAny(std::string_view text, std::string_view bytes) {
     return text.find_first_of(bytes) != std::string_view::npos;
 }
 
+// Whether a value may be another one on its way through a table file. Looks at all bytes, so that
+// many can be looked at together.
+bool mayChange(std::string_view value) {
+    if (value.empty()) return false;
+    bool has = isAsciiSpace(value.front()) || isAsciiSpace(value.back());
+    for (char c : value) has |= c == '\r' || c == '\\' || c == '\0';
+    return has;
+}
+
 // The table itself where all columns are wanted, else a table of the wanted ones.
 class TableToWrite {
 public:
@@ -147,9 +156,12 @@ public:
 
 private:
     void write(unsigned row) {
-        refuseHeaderLike(row);
-        source_.row(row).write(lines_);
+        const dbrecord& record = source_.row(row);
+        record.write(lines_);
+        if (isSurelyKept(record)) return refuseHeaderLike(row, record.fieldView(0));
+        lines_.currentLine = lines_.size() - 1;
         readBack_.read(lines_);
+        refuseHeaderLike(row, readBack_.fieldView(0));
         for (unsigned i = 0; i < sheet_.columns.size(); ++i) {
             std::string_view cell = sheet_.cell(row, i);
             if (readBack_.fieldView(i) == cell) continue;
@@ -158,9 +170,18 @@ private:
         }
     }
 
+    // Whether a reader is certain to find the values as they are.
+    bool isSurelyKept(const dbrecord& record) const {
+        for (unsigned i = 0; i < sheet_.columns.size(); ++i) {
+            const std::string_view value = record.fieldView(i);
+            if (value.size() > longestTableValue || mayChange(value)) return false;
+        }
+        return true;
+    }
+
     // A reader of the file would skip the lines behind such a row.
-    void refuseHeaderLike(unsigned row) const {
-        if (!sameText(trimmed(sheet_.cell(row, 0)), "VEKDB")) return;
+    void refuseHeaderLike(unsigned row, std::string_view first) const {
+        if (!sameText(first, "VEKDB")) return;
         throw Failure{unwritable, place(sheet_, row, 0) + ": " + inQuotes(sheet_.cell(row, 0)) +
                                       ", expected another value in a table file's first column, "
                                       "where it begins a header; put another column first"};
@@ -202,10 +223,7 @@ void writeLines(const TextFile& lines, Output& out) {
 }  // namespace
 
 TableLoss tableFileLoss(std::string_view value) {
-    bool mayChange =
-        !value.empty() && (isAsciiSpace(value.front()) || isAsciiSpace(value.back()) ||
-                           value.find('\0') != std::string_view::npos || hasAny(value, "\r\\"));
-    if (!mayChange || afterTableFile(value) == value) return TableLoss::none;
+    if (!mayChange(value) || afterTableFile(value) == value) return TableLoss::none;
     if (trimmed(value) != value) return TableLoss::blanks;
     if (hasAny(value, "\r")) return TableLoss::carriageReturns;
     return hasAny(value, "\\") ? TableLoss::backslash : TableLoss::other;

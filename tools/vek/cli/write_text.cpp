@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <array>
+#include <map>
 #include <set>
 
 #include <vekdb/host/text_util.h>
@@ -15,13 +17,19 @@ namespace {
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
+// Looks at all bytes, so that many can be looked at together.
+bool hasAnyOf(std::string_view text, std::array<char, 4> kinds) {
+    bool has = false;
+    for (char c : text) has |= c == kinds[0] || c == kinds[1] || c == kinds[2] || c == kinds[3];
+    return has;
+}
+
 // A quote is needed where the reader would else see another text, and for a lone empty cell,
 // whose line would read as no row. One that begins with the bytes of a byte order mark would be
 // taken for a file with one.
 void addDelimited(std::string& out, std::string_view cell, char separator, bool isAlone) {
-    const char special[] = {'"', '\n', '\r', separator};
-    bool isPlain = cell.find_first_of(std::string_view(special, 4)) == std::string_view::npos &&
-                   !cell.starts_with(byteOrderMark);
+    const bool isPlain =
+        !hasAnyOf(cell, {'"', '\n', '\r', separator}) && !cell.starts_with(byteOrderMark);
     if (isPlain && !(isAlone && cell.empty())) {
         out += cell;
         return;
@@ -64,13 +72,14 @@ public:
     /// `place` is asked for where a cell is to be told of.
     template <class Cell, class Place>
     void write(std::size_t count, Cell cell, Place place) {
-        std::string line;
+        line_.clear();
         for (unsigned i = 0; i < count; ++i) {
-            if (i > 0) line += separator_;
-            add(line, cell(i), count == 1, [&] { return place(i); });
+            if (i > 0) line_ += separator_;
+            add(line_, cell(i), count == 1, [&] { return place(i); });
         }
-        tellZeros(line, count, cell, place, losses_);
-        out_.write(line + bytesOf(style_.lineEnd));
+        tellZeros(line_, count, cell, place, losses_);
+        line_ += bytesOf(style_.lineEnd);
+        out_.write(line_);
     }
 
 private:
@@ -87,15 +96,18 @@ private:
     const WriteStyle& style_;
     Output& out_;
     Losses& losses_;
+    std::string line_;
 };
 
 // Names that differ, as JSON objects need them.
 std::vector<std::string> distinctNames(const Sheet& sheet, Losses& losses) {
     std::vector<std::string> names;
     std::set<std::string> used;
+    std::map<std::string, std::size_t> numbers;  // the first that may be free, of each name
     for (unsigned i = 0; i < sheet.columns.size(); ++i) {
         std::string name = sheet.name(i);
-        for (int n = 2; used.contains(name); ++n) name = sheet.name(i) + " " + std::to_string(n);
+        std::size_t& n = numbers.try_emplace(name, 2).first->second;
+        while (used.contains(name)) name = sheet.name(i) + " " + std::to_string(n++);
         if (name != sheet.name(i)) {
             losses.add("columns of a name that another has, given a number", inQuotes(name));
         }
@@ -106,7 +118,7 @@ std::vector<std::string> distinctNames(const Sheet& sheet, Losses& losses) {
 }
 
 bool isAleSafe(std::string_view text) {
-    return text.find_first_of("\t\n\r") == std::string_view::npos;
+    return !hasAnyOf(text, {'\t', '\n', '\r', '\r'});
 }
 
 std::string forAle(std::string_view text) {
@@ -126,7 +138,14 @@ void writeAleHeading(const std::vector<Parameter>& heading, const char* end, Out
         if (!isAleSafe(entry.name) || !isAleSafe(entry.value)) {
             losses.add("heading entries whose tabs and line ends become blanks", entry.name);
         }
-        out.write(forAle(entry.name) + "\t" + forAle(entry.value) + end);
+        const std::string line = forAle(entry.name) + "\t" + forAle(entry.value);
+        // A reader would take it for the end of the heading.
+        if (sameText(trimmed(line), "Column")) {
+            losses.add("heading entries that would begin the columns, left out",
+                       inQuotes(entry.name));
+            continue;
+        }
+        out.write(line + end);
     }
     if (!hasDelimiter) out.write(std::string("FIELD_DELIM\tTABS") + end);
 }
@@ -143,18 +162,19 @@ std::string aleNames(const AleForm& form, Losses& losses) {
     return form.tracks.empty() ? line : line + "\tTracks";
 }
 
-std::string aleRow(const Sheet& sheet, unsigned row, Losses& losses) {
-    std::string line;
+void addAleRow(std::string& line, const Sheet& sheet, unsigned row, Losses& losses) {
+    const dbrecord& record = sheet.record(row);
     for (unsigned i = 0; i < sheet.columns.size(); ++i) {
-        std::string_view cell = sheet.cell(row, i);
-        if (!isAleSafe(cell)) {
-            losses.add("cells whose tabs and line ends become blanks", place(sheet, row, i));
-        }
+        const std::string_view cell = record.fieldView(sheet.columns[i]);
         if (i > 0) line += '\t';
+        if (isAleSafe(cell)) {
+            line += cell;
+            continue;
+        }
+        losses.add("cells whose tabs and line ends become blanks", place(sheet, row, i));
         line += forAle(cell);
     }
     tellZerosOf(line, sheet, row, losses);
-    return line;
 }
 
 void addEscaped(std::string& out, std::string_view text) {
@@ -291,22 +311,25 @@ void writeJson(const Sheet& sheet, bool asLines, Output& out, Losses& losses) {
     std::vector<std::string> names;
     for (const std::string& name : distinctNames(sheet, losses)) {
         bool wasChanged = false;
-        names.push_back(jsonString(name, wasChanged));
+        names.push_back((names.empty() ? "" : ", ") + jsonString(name, wasChanged) + ": ");
         if (wasChanged) losses.add("column names that are no UTF-8", inQuotes(name));
     }
     if (!asLines) out.line("[");
+    std::string line;
     Progress progress("writing", sheet.rowCount());
     for (unsigned row = 0; row < sheet.rowCount(); ++row) {
         progress.reach(row);
-        std::string line = asLines ? "{" : "  {";
+        const dbrecord& record = sheet.record(row);
+        line = asLines ? "{" : "  {";
         for (unsigned i = 0; i < names.size(); ++i) {
             bool wasChanged = false;
-            std::string value = jsonString(sheet.cell(row, i), wasChanged);
+            line += names[i];
+            addJsonString(line, record.fieldView(sheet.columns[i]), wasChanged);
             if (wasChanged) losses.add("cells that are no UTF-8", place(sheet, row, i));
-            line += (i == 0 ? "" : ", ") + names[i] + ": " + value;
         }
         bool isLast = row + 1 == sheet.rowCount();
-        out.line(line + (asLines || isLast ? "}" : "},"));
+        line += asLines || isLast ? "}" : "},";
+        out.line(line);
     }
     if (!asLines) out.line("]");
 }
@@ -314,11 +337,20 @@ void writeJson(const Sheet& sheet, bool asLines, Output& out, Losses& losses) {
 void writeAle(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses) {
     const char* end = bytesOf(style.lineEnd);
     AleForm form = aleForm(sheet, style, out.name(), losses);
+    const std::string names = aleNames(form, losses);
+    if (trimmed(names).empty()) {
+        throw Failure{unwritable, out.name() +
+                                      ": a log exchange file needs a column with a name, " +
+                                      sheet.log.name + " has none"};
+    }
     writeAleHeading(form.heading, end, out, losses);
-    out.write(concat(end, "Column", end, aleNames(form, losses), end, end, "Data", end));
-    std::string tracks = form.tracks.empty() ? "" : "\t" + forAle(form.tracks);
+    out.write(concat(end, "Column", end, names, end, end, "Data", end));
+    const std::string rest = (form.tracks.empty() ? "" : "\t" + forAle(form.tracks)) + end;
+    std::string line;
     for (unsigned row = 0; row < sheet.rowCount(); ++row) {
-        out.write(concat(aleRow(sheet, row, losses), tracks, end));
+        line.clear();
+        addAleRow(line, sheet, row, losses);
+        out.write(line += rest);
     }
 }
 

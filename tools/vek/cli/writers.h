@@ -26,8 +26,9 @@ struct Sheet {
     std::vector<unsigned> columns;
 
     unsigned rowCount() const { return view->get_num_records(); }
+    const dbrecord& record(unsigned row) const { return *view->get_record(row); }
     std::string_view cell(unsigned row, unsigned place) const {
-        return view->get_record(row)->fieldView(columns[place]);
+        return record(row).fieldView(columns[place]);
     }
     std::string name(unsigned place) const { return log.columnName(columns[place]); }
     std::size_t line(unsigned row) const { return log.lineOf(view->baseIndex(row)); }
