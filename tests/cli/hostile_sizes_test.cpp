@@ -1,0 +1,102 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "cli/program.h"
+
+namespace {
+
+std::string times(std::string_view text, std::size_t count) {
+    std::string out;
+    for (std::size_t i = 0; i < count; ++i) out += text;
+    return out;
+}
+
+// A table file of two columns with a row of many values behind many of two.
+std::string longRowInATable() {
+    return "\"VEKDB:Rev 1\"\n\"VEKDB\"\n\"4\",\"4\"\n\"text\",\"text\"\n\"a\",\"b\"\n" +
+           times("\"1\",\"2\"\n", 50000) + times("x,", 60000) + "x\n";
+}
+
+std::string sparseLines() {
+    std::string out;
+    for (int i = 0; i < 60000; ++i) out += "{\"k" + std::to_string(i) + "\":\"1\"}\n";
+    return out;
+}
+
+Finish vek(const WorkFolder& folder, const std::string& line) {
+    Start start;
+    start.words = shellWords("vek " + line);
+    return run(folder, start);
+}
+
+void expectTooManyCells(const Finish& finish) {
+    EXPECT_EQ(finish.exitCode, 3);
+    EXPECT_NE(finish.errors.find("--max-cells allows more"), std::string::npos) << finish.errors;
+}
+
+}  // namespace
+
+TEST(HostileSizes, FewBytesThatWouldMakeAnEnormousTableAreRefused) {
+    WorkFolder folder;
+    folder.write("wide.csv", times("c,", 65534) + "c\n" + times("1\n", 50000));
+    folder.write("long.csv", "a\n" + times("1\n", 50000) + times("x,", 60000) + "x\n");
+    folder.write("long.vek", longRowInATable());
+    folder.write("sparse.jsonl", sparseLines());
+    for (const char* file : {"wide.csv", "long.csv", "long.vek", "sparse.jsonl"}) {
+        for (const char* command : {"info ", "show ", "check "}) {
+            expectTooManyCells(vek(folder, std::string(command) + file));
+        }
+    }
+}
+
+TEST(HostileSizes, ALongRowAmongFewIsATable) {
+    WorkFolder folder;
+    folder.write("long.csv", "a\n1\n" + times("x,", 60000) + "x\n2\n");
+    Finish finish = vek(folder, "convert long.csv - --to csv");
+    EXPECT_EQ(finish.exitCode, 0);
+    EXPECT_TRUE(finish.output.starts_with("a,Extra 1,Extra 2,")) << finish.output.substr(0, 50);
+    EXPECT_NE(finish.output.find(",Extra 60000\n1,,"), std::string::npos);
+}
+
+TEST(HostileSizes, EqualNamesGetNumbersInTheirOrder) {
+    WorkFolder folder;
+    folder.write("names.csv", times("x,", 15999) + "x\n1\n");
+    Finish finish = vek(folder, "convert names.csv - --to jsonl");
+    EXPECT_EQ(finish.exitCode, 0);
+    EXPECT_TRUE(finish.output.starts_with("{\"x\": \"1\", \"x 2\": \"\", \"x 3\": \"\""));
+    EXPECT_TRUE(finish.output.ends_with("\"x 16000\": \"\"}\n"));
+}
+
+TEST(HostileSizes, OneLongCellMakesNotEveryRowOfAPipeAsLong) {
+    WorkFolder folder;
+    folder.write("cell.csv", "a,b\n" + std::string(500000, 'x') + ",y\n" + times("1,2\n", 1000));
+    Finish finish = vek(folder, "show cell.csv");
+    EXPECT_EQ(finish.exitCode, 0);
+    EXPECT_NE(finish.output.find(std::string(500000, 'x') + "  y\n"), std::string::npos);
+    EXPECT_LT(finish.output.size(), 800000u);
+}
+
+TEST(HostileSizes, ProblemsAreKeptUpToAThousandAndCountedFromThere) {
+    WorkFolder folder;
+    folder.write("short.csv", "a,b\n" + times("1\n", 1500));
+    Finish info = vek(folder, "info short.csv");
+    EXPECT_NE(info.errors.find("1480 more like these; vek check lists the first thousand"),
+              std::string::npos)
+        << info.errors;
+    EXPECT_NE(info.output.find("Problems    1500\n"), std::string::npos) << info.output;
+    Finish check = vek(folder, "check short.csv");
+    EXPECT_NE(check.output.find("short.csv: 500 problems more of reading\n"), std::string::npos);
+    EXPECT_NE(check.errors.find("1500 problems"), std::string::npos) << check.errors;
+}
+
+TEST(HostileSizes, ARowOfMoreValuesThanATableHoldsIsNotLostInSilence) {
+    WorkFolder folder;
+    const std::string table =
+        "\"VEKDB:Rev 1\"\n\"VEKDB\"\n\"4\"\n\"text\"\n\"a\"\n" + times("x,", 65536) + "last\n";
+    folder.write("long.vek", table);
+    Finish finish = vek(folder, "set long.vek --every a=y");
+    EXPECT_NE(finish.exitCode, 0);
+    EXPECT_NE(finish.errors.find("more than 65535 values"), std::string::npos) << finish.errors;
+    EXPECT_EQ(folder.read("long.vek"), table);
+}
