@@ -79,6 +79,10 @@ public:
     /// that a RowChoice did not take included. False where it stopped before the end, where it
     /// passed over a line, and where nothing was loaded. Appending text changes nothing of it.
     bool get_loaded_whole() const;
+    /// Why the last load could not read its file: the system's number of the error (errno), for
+    /// the rest see `TextFile::error`. 0 where the file was read, whatever was in it, and where
+    /// nothing was loaded. A table that could not be read is not valid and has no error record.
+    int get_read_error() const;
     /// Rows that there is room for; grows in steps of 500 and never shrinks.
     unsigned get_capacity() const;
     /// The format revision that the file says, 1 for a table made in memory.
@@ -228,11 +232,16 @@ public:
     LightweightString<wchar_t> get_filename() const override;
     /// Loads the table's own file; the result is the valid flag. At most `maxRecords` rows are
     /// read, none for 0 or less; `requireMagic` refuses files without a column header. Where
-    /// memory ends the table is freed before the exception leaves.
+    /// memory ends the table is freed before the exception leaves. A file that is written to
+    /// while it is read is read again, and after some attempts refused.
     void loadFromFile(int maxRecords, bool requireMagic);
     /// The same, with the rows that the choice takes. Saved over its file, the table leaves no
     /// others there.
     void loadFromFile(RowChoice& choice, bool requireMagic);
+    /// The same from a file that the caller has opened, and closes: from its first byte on, where
+    /// it has one to go back to. The table's file name then only tells the variant of the format.
+    void loadFromDescriptor(int descriptor, int maxRecords, bool requireMagic);
+    void loadFromDescriptor(int descriptor, RowChoice& choice, bool requireMagic);
     /// Reads the parameter block from the file's current line on; `header` holds the line behind
     /// it afterwards. 1 when that is the magic line, 2 when it is a line without a colon and no
     /// magic line follows, 0 when the file does not begin with parameters, 3 when it ends inside

@@ -1,5 +1,6 @@
 #include "host/file_io.h"
 
+#include "host/file_stamp.h"
 #include "host/large_pages.h"
 
 #include <algorithm>
@@ -22,6 +23,7 @@ constexpr std::size_t kFirstRoom = std::size_t{64} << 10;
 constexpr std::size_t kProbe = std::size_t{4} << 10;
 constexpr std::uint64_t kMostOfDevice = std::uint64_t{64} << 20;
 constexpr std::size_t kMostPerCall = std::size_t{1} << 30;
+constexpr int kMostReadings = 5;
 
 int openFile(const char* path, int flags, mode_t mode) {
     return ::open(path, flags, mode);
@@ -36,6 +38,11 @@ ssize_t readSome(int file, char* to, std::size_t size) {
     }
 }
 
+// Never 0.
+int errorOfCall() {
+    return errno != 0 ? errno : EIO;
+}
+
 // Reads a file to its end into a block that grows, to the limit, where the hint was short.
 class WholeReader {
 public:
@@ -44,15 +51,20 @@ public:
         expectFilling(*text_);
     }
 
-    bool readToEnd() {
+    // 0, or the error.
+    int readToEnd() {
         bool more = true;
         while (more) {
-            if (!fillRoom(more) || (more && !readPastRoom(more))) {
-                return false;
+            int error = fillRoom(more);
+            if (error == 0 && more) {
+                error = readPastRoom(more);
+            }
+            if (error != 0) {
+                return error;
             }
         }
         text_->resize(used_);
-        return true;
+        return 0;
     }
 
     Quor::Ptr<TextBlock> text() const { return text_; }
@@ -61,33 +73,33 @@ public:
 private:
     std::size_t room() const { return text_->size() - used_; }
 
-    // False on a failed read; `more` turns false at the end of the file.
-    bool fillRoom(bool& more) {
+    // `more` turns false at the end of the file.
+    int fillRoom(bool& more) {
         while (room() > 0) {
             const ssize_t got = readSome(file_, text_->data() + used_, room());
             if (got <= 0) {
                 more = false;
-                return got == 0;
+                return got == 0 ? 0 : errorOfCall();
             }
             used_ += static_cast<std::size_t>(got);
         }
-        return true;
+        return 0;
     }
 
     // The end of a file whose hint was exact is found without a larger block.
-    bool readPastRoom(bool& more) {
+    int readPastRoom(bool& more) {
         char probe[kProbe];
         const ssize_t got = readSome(file_, probe, sizeof probe);
         if (got <= 0) {
             more = false;
-            return got == 0;
+            return got == 0 ? 0 : errorOfCall();
         }
         if (!grow(static_cast<std::size_t>(got))) {
-            return false;
+            return EFBIG;
         }
         std::memcpy(text_->data() + used_, probe, static_cast<std::size_t>(got));
         used_ += static_cast<std::size_t>(got);
-        return true;
+        return 0;
     }
 
     bool grow(std::size_t atLeast) {
@@ -105,8 +117,14 @@ private:
     std::size_t used_ = 0;
 };
 
-bool isReadable(const struct stat& status) {
-    return S_ISREG(status.st_mode) || S_ISFIFO(status.st_mode) || S_ISCHR(status.st_mode);
+// Why nothing can be read of what is open; 0 where it can.
+int errorOfKind(const struct stat& status) {
+    if (S_ISDIR(status.st_mode)) {
+        return EISDIR;
+    }
+    const bool isReadable =
+        S_ISREG(status.st_mode) || S_ISFIFO(status.st_mode) || S_ISCHR(status.st_mode);
+    return isReadable ? 0 : EOPNOTSUPP;
 }
 
 std::size_t sizeHint(const struct stat& status) {
@@ -118,6 +136,31 @@ std::size_t sizeHint(const struct stat& status) {
 std::uint64_t limitOf(const struct stat& status) {
     const std::uint64_t most = memorySize() / 2;
     return S_ISCHR(status.st_mode) ? std::min(most, kMostOfDevice) : most;
+}
+
+// Among the system's numbers: the file was changed while it was read.
+constexpr int kChanged = -1;
+
+// The outputs stay untouched but for 0.
+int readOnce(int file, const struct stat& status, Quor::Ptr<TextBlock>& text,
+             std::size_t& textSize) {
+    if (const int error = errorOfKind(status)) {
+        return error;
+    }
+    if (sizeHint(status) > memorySize()) {
+        return EFBIG;
+    }
+    ::lseek(file, 0, SEEK_SET);
+    WholeReader reader(file, sizeHint(status), limitOf(status));
+    if (const int error = reader.readToEnd()) {
+        return error;
+    }
+    if (!(FileStamp::of(file) == FileStamp(status))) {
+        return kChanged;
+    }
+    text = reader.text();
+    textSize = reader.size();
+    return 0;
 }
 
 int openFileAt(int folder, const char* name, int flags, mode_t mode) {
@@ -208,20 +251,21 @@ void expectFilling(TextBlock& block) {
     ::expectFilling(block.data(), block.size() + 1);
 }
 
-bool readWhole(const char* path, Quor::Ptr<TextBlock>& text, std::size_t& textSize) {
+int readWhole(const char* path, Quor::Ptr<TextBlock>& text, std::size_t& textSize) {
     const Descriptor file(openToRead(path));
-    struct stat status;
-    if (file.get() < 0 || ::fstat(file.get(), &status) != 0 || !isReadable(status) ||
-        sizeHint(status) > memorySize()) {
-        return false;
+    return file.get() < 0 ? errorOfCall() : readWhole(file.get(), text, textSize);
+}
+
+int readWhole(int file, Quor::Ptr<TextBlock>& text, std::size_t& textSize) {
+    for (int i = 0; i < kMostReadings; ++i) {
+        struct stat status;
+        const int error =
+            ::fstat(file, &status) != 0 ? errorOfCall() : readOnce(file, status, text, textSize);
+        if (error != kChanged) {
+            return error;
+        }
     }
-    WholeReader reader(file.get(), sizeHint(status), limitOf(status));
-    if (!reader.readToEnd()) {
-        return false;
-    }
-    text = reader.text();
-    textSize = reader.size();
-    return true;
+    return EBUSY;
 }
 
 }  // namespace FileIO

@@ -82,10 +82,14 @@ std::uint64_t memorySize();
 
 // Reads a file to its end into one block, with a NUL byte behind the last byte
 // read. Regular files, FIFOs and character devices are read; folders and block
-// devices are refused. A size told beforehand is only a hint. False when the
-// file cannot be read, is larger than the machine's memory, or is a device that
-// gives more than 64 MiB: the outputs are then untouched. Throws BadAlloc.
-bool readWhole(const char* path, Quor::Ptr<TextBlock>& text, std::size_t& textSize);
+// devices are refused. A size told beforehand is only a hint. A file that is
+// written to meanwhile is read again, a few times. 0, or with the outputs
+// untouched the system's number of what went wrong: EFBIG for what is larger
+// than the machine's memory and for a device that gives more than 64 MiB, EBUSY
+// for a file that was changed each time. Throws BadAlloc.
+int readWhole(const char* path, Quor::Ptr<TextBlock>& text, std::size_t& textSize);
+// The same for an open file, from its first byte on where it has one to go back to.
+int readWhole(int file, Quor::Ptr<TextBlock>& text, std::size_t& textSize);
 
 // Tells the system that a large block is about to be filled from end to end, so
 // that it may come in large pages. Changes nothing but speed.

@@ -1,5 +1,7 @@
 #include "host/large_pages.h"
 
+#include <vekdb/host/os.h>
+
 #include <cstdint>
 #include <new>
 
@@ -11,7 +13,6 @@ namespace {
 constexpr std::size_t kLargePage = std::size_t{2} << 20;
 // A block that does not begin on a large page holds a whole one only from this size on.
 constexpr std::size_t kLarge = 2 * kLargePage;
-constexpr std::align_val_t kOnLargePage{kLargePage};
 
 void adviseLargePages([[maybe_unused]] void* block, [[maybe_unused]] std::size_t bytes) noexcept {
 #if defined(MADV_HUGEPAGE)
@@ -42,23 +43,26 @@ char* LargePages::startIn(char* block, std::size_t slack) noexcept {
     return beyond == 0 ? block : block + (kLargePage - beyond);
 }
 
-std::size_t FillingBlock::goodSize(std::size_t bytes) noexcept {
+namespace {
+
+// From half a large page on.
+std::size_t wholeLargePages(std::size_t bytes) {
     return bytes < kLargePage / 2 ? bytes : (bytes + kLargePage - 1) / kLargePage * kLargePage;
 }
 
-void* FillingBlock::allocate(std::size_t bytes) {
-    if (bytes < kLargePage) {
-        return ::operator new(bytes);
+}  // namespace
+
+FillingBlock* FillingBlock::allocate(std::size_t bytes, FillingBlock* next) {
+    const std::size_t size = wholeLargePages(sizeof(FillingBlock) + bytes);
+    const std::size_t slack = size < kLargePage ? 0 : kLargePage;
+    auto* memory = static_cast<char*>(OS()->allocator()->allocate(size + slack));
+    char* const start = LargePages::startIn(memory, slack);
+    if (size >= kLargePage) {
+        adviseLargePages(start, size);
     }
-    void* block = ::operator new(bytes, kOnLargePage);
-    adviseLargePages(block, bytes);
-    return block;
+    return new (start) FillingBlock(next, memory, start + size);
 }
 
-void FillingBlock::free(void* block, std::size_t bytes) noexcept {
-    if (bytes < kLargePage) {
-        ::operator delete(block);
-    } else {
-        ::operator delete(block, kOnLargePage);
-    }
+void FillingBlock::free(FillingBlock* block) noexcept {
+    OS()->allocator()->free(block->memory_);
 }

@@ -19,14 +19,23 @@ char* startIn(char* block, std::size_t slack) noexcept;
 
 }  // namespace LargePages
 
-/// Blocks that are filled from their start on, by little and little.
-namespace FillingBlock {
+/// A block that is filled from its start on, by little and little; one of a list of such blocks.
+/// A large one stands on whole large pages.
+class alignas(std::max_align_t) FillingBlock {
+public:
+    /// Room for at least so many bytes behind the block's own. Throws BadAlloc.
+    static FillingBlock* allocate(std::size_t bytes, FillingBlock* next);
+    static void free(FillingBlock* block) noexcept;
 
-/// How large a block of about so many bytes is best: whole large pages from half a one on.
-std::size_t goodSize(std::size_t bytes) noexcept;
+    FillingBlock* next() const { return next_; }
+    char* begin() { return reinterpret_cast<char*>(this + 1); }
+    char* end() const { return end_; }
 
-/// A block of at least 1 byte; one of a large page or more begins on one. Throws bad_alloc.
-void* allocate(std::size_t bytes);
-void free(void* block, std::size_t bytes) noexcept;
+private:
+    FillingBlock(FillingBlock* next, void* memory, char* end)
+        : next_(next), memory_(memory), end_(end) {}
 
-}  // namespace FillingBlock
+    FillingBlock* next_;
+    void* memory_;  // as the allocator gave it
+    char* end_;
+};

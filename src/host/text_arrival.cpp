@@ -1,23 +1,15 @@
 #include "host/text_arrival.h"
 
+#include <vekdb/host/os.h>
 #include "host/file_io.h"
 
 #include <algorithm>
 #include <cerrno>
 
+#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
-
-// Before this is known every file is read in the plain way.
-const pid_t ownProcess = ::getpid();
-
-// What reads ahead are threads of the process. A forked child has none of them, but the system's
-// library counts on them as before: it would wait for ever.
-bool isForked() {
-    return ::getpid() != ownProcess;
-}
 
 // 0 for what is no regular file.
 std::size_t sizeIn(const struct stat& status) {
@@ -35,96 +27,93 @@ std::size_t sizeOf(const char* path) {
     return ::stat(path, &status) == 0 ? sizeIn(status) : 0;
 }
 
-void waitFor(const aiocb& piece) {
-    const aiocb* const pieces[] = {&piece};
-    while (::aio_error(&piece) == EINPROGRESS) {
-        ::aio_suspend(pieces, 1, nullptr);
-    }
-}
-
 }  // namespace
 
 Quor::Ptr<TextArrival> TextArrival::begin(const char* path) {
-    if (isForked() || sizeOf(path) < Terms::leastBytes) {
+    if (sizeOf(path) < Terms::leastBytes) {
         return nullptr;
     }
-    FileIO::Descriptor file(FileIO::openToRead(path));
+    return beginOwn(FileIO::openToRead(path));
+}
+
+Quor::Ptr<TextArrival> TextArrival::begin(int file) {
+    if (sizeOf(file) < Terms::leastBytes) {
+        return nullptr;
+    }
+    return beginOwn(::fcntl(file, F_DUPFD_CLOEXEC, 0));
+}
+
+Quor::Ptr<TextArrival> TextArrival::beginOwn(int opened) {
+    FileIO::Descriptor file(opened);
     const std::size_t size = file.get() < 0 ? 0 : sizeOf(file.get());
     if (size < Terms::leastBytes || size > FileIO::memorySize()) {
         return nullptr;
     }
     const Quor::Ptr<TextArrival> arrival(new TextArrival(file.get(), size));
     file.release();
-    while (arrival->count_ < kMostAsked && !arrival->isAllAskedFor()) {
-        if (!arrival->askForPiece()) {
-            return nullptr;
-        }
+    if (OS()->readsAhead() && !arrival->askAhead()) {
+        return nullptr;
     }
     return arrival;
 }
 
 TextArrival::TextArrival(int file, std::size_t size)
-    : file_(file), text_(TextBlock::create(size)) {
+    : file_(file), stamp_(FileStamp::of(file)), text_(TextBlock::create(size)) {
     FileIO::expectFilling(*text_);
 }
 
 TextArrival::~TextArrival() {
-    if (!isForked()) {
-        giveUpRest();
-    }
+    ahead_.reset();
     FileIO::systemCalls().close(file_);
 }
 
-void TextArrival::giveUpRest() {
-    ::aio_cancel(file_, nullptr);
-    for (; count_ > 0; --count_, ++first_) {
-        aiocb& piece = pieces_[first_ % kMostAsked];
-        waitFor(piece);
-        ::aio_return(&piece);
+bool TextArrival::askAhead() {
+    if (PiecesAhead::isForked()) {
+        return false;
     }
+    ahead_ = std::make_unique<PiecesAhead>(file_);
+    return askForPieces();
+}
+
+bool TextArrival::askForPieces() {
+    while (askedFor_ < text_->size() && !ahead_->isFull()) {
+        const std::size_t size = std::min(text_->size() - askedFor_, Terms::pieceAhead);
+        if (!ahead_->ask(text_->data() + askedFor_, size, askedFor_)) {
+            return false;
+        }
+        askedFor_ += size;
+    }
+    return true;
 }
 
 std::size_t TextArrival::waitBeyond(std::size_t have) {
     while (have_ <= have) {
-        takePiece();
+        const std::size_t now = have_ + (ahead_ ? takePiece() : readPiece());
+        if (now == text_->size() && !(FileStamp::of(file_) == stamp_)) {
+            throw Broken();
+        }
+        have_ = now;
     }
     return have_;
 }
 
-bool TextArrival::askForPiece() {
-    aiocb& piece = pieces_[(first_ + count_) % kMostAsked];
-    piece = {};
-    piece.aio_fildes = file_;
-    piece.aio_offset = static_cast<off_t>(askedFor_);
-    piece.aio_buf = text_->data() + askedFor_;
-    piece.aio_nbytes = std::min(text_->size() - askedFor_, Terms::piece);
-    piece.aio_sigevent.sigev_notify = SIGEV_NONE;
-    if (FileIO::systemCalls().beginRead(&piece) != 0) {
-        return false;
+std::size_t TextArrival::readPiece() {
+    const std::size_t size = std::min(text_->size() - have_, Terms::piece);
+    ssize_t got;
+    do {
+        got = FileIO::systemCalls().readAt(file_, text_->data() + have_, size,
+                                           static_cast<off_t>(have_));
+    } while (got < 0 && errno == EINTR);
+    if (got <= 0) {
+        throw Broken();
     }
-    askedFor_ += piece.aio_nbytes;
-    ++count_;
-    return true;
+    return static_cast<std::size_t>(got);
 }
 
-void TextArrival::takePiece() {
-    if (count_ == 0 || isForked()) {
+std::size_t TextArrival::takePiece() {
+    const std::size_t got = ahead_->take();
+    if (got == 0 || !askForPieces()) {
         throw Broken();
     }
-    aiocb& piece = pieces_[first_++ % kMostAsked];
-    --count_;
-    waitFor(piece);
-    const ssize_t got = FileIO::systemCalls().endRead(&piece);
-    if (got < 0 || static_cast<std::size_t>(got) != piece.aio_nbytes) {
-        throw Broken();
-    }
-    const std::size_t have = have_ + piece.aio_nbytes;
-    if (isAllAskedFor() ? have == text_->size() && !isAsLargeAsItSaid() : !askForPiece()) {
-        throw Broken();
-    }
-    have_ = have;
-}
-
-bool TextArrival::isAsLargeAsItSaid() const {
-    return sizeOf(file_) == text_->size();
+    return got;
 }

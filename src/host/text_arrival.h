@@ -2,29 +2,35 @@
 
 #include <vekdb/host/ptr.h>
 #include <vekdb/host/text_block.h>
+#include "host/file_stamp.h"
+#include "host/pieces_ahead.h"
 
 #include <cstddef>
+#include <memory>
 
-#include <aio.h>
-
-/// The text of a large file while the system reads it: what has come can be looked at, and
-/// written to, while the rest is still coming. Used by one thread at a time.
+/// The text of a large file that comes in pieces: what has come can be looked at, and written
+/// to, before the rest is there. A piece is read when somebody waits for it, while it is in the
+/// processor's cache then, or, where the host allows reading ahead, by the system while earlier
+/// pieces are looked at. Used by one thread at a time.
 class TextArrival : public Quor::InternalRefCount {
 public:
-    /// Thrown where the text does not come whole: the file cannot be read on, or does not have
-    /// the size it said it had, or in a process that was forked while it came.
+    /// Thrown where the text does not come whole: the file cannot be read on, is changed
+    /// meanwhile, or is read ahead in a process that was forked while it came.
     struct Broken {};
 
-    /// How large a file is worth it, and how much is asked for at a time. Tests set these.
+    /// How large a file is worth it, and how much of it comes at a time. Tests set these.
     struct Terms {
         static inline std::size_t leastBytes = std::size_t{4} << 20;
-        static inline std::size_t piece = std::size_t{1} << 20;
+        static inline std::size_t piece = std::size_t{256} << 10;
+        static inline std::size_t pieceAhead = std::size_t{1} << 20;
     };
 
     /// Begins to read a file. Null where it is to be read in the plain way: it is small or no
-    /// regular file, cannot be opened, or the system does not read ahead, which it never does in a
-    /// forked process. Throws BadAlloc.
+    /// regular file, cannot be opened, or is to be read ahead where the system does not do that,
+    /// which it never does in a forked process. Throws BadAlloc.
     static Quor::Ptr<TextArrival> begin(const char* path);
+    /// The same for an open file, from its first byte on; its place is not moved.
+    static Quor::Ptr<TextArrival> begin(int file);
 
     TextArrival(const TextArrival&) = delete;
     TextArrival& operator=(const TextArrival&) = delete;
@@ -39,20 +45,17 @@ public:
 
 private:
     TextArrival(int file, std::size_t size);
+    static Quor::Ptr<TextArrival> beginOwn(int file);
 
-    bool isAllAskedFor() const { return askedFor_ == text_->size(); }
-    bool askForPiece();
-    void takePiece();
-    void giveUpRest();
-    bool isAsLargeAsItSaid() const;
-
-    static constexpr unsigned kMostAsked = 8;
+    bool askAhead();
+    bool askForPieces();
+    std::size_t readPiece();
+    std::size_t takePiece();
 
     const int file_;
+    const FileStamp stamp_;
     const Quor::Ptr<TextBlock> text_;
-    std::size_t have_ = 0;      // bytes
-    std::size_t askedFor_ = 0;  // bytes, those that have come included
-    aiocb pieces_[kMostAsked];  // asked for and not yet taken, in a ring
-    unsigned first_ = 0;
-    unsigned count_ = 0;
+    std::unique_ptr<PiecesAhead> ahead_;  // null where nothing is read ahead
+    std::size_t have_ = 0;                // bytes
+    std::size_t askedFor_ = 0;            // bytes, those that have come included; when ahead
 };

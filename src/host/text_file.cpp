@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cerrno>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -79,7 +80,21 @@ bool TextFile::load(const LightweightString<wchar_t>& path, char separator, bool
     clear();
     LightweightString<char> file;
     std::size_t size = 0;
-    if (!pathToUTF8(path, file) || !FileIO::readWhole(file.c_str(), block_, size)) {
+    const int error =
+        pathToUTF8(path, file) ? FileIO::readWhole(file.c_str(), block_, size) : EINVAL;
+    return keepLoaded(error, size, separator);
+}
+
+bool TextFile::load(int descriptor, char separator) {
+    clear();
+    std::size_t size = 0;
+    const int error = FileIO::readWhole(descriptor, block_, size);
+    return keepLoaded(error, size, separator);
+}
+
+bool TextFile::keepLoaded(int error, std::size_t size, char separator) {
+    error_ = error;
+    if (error != 0) {
         return false;
     }
     textSize_ = loadedSize_ = size;
@@ -87,13 +102,22 @@ bool TextFile::load(const LightweightString<wchar_t>& path, char separator, bool
     return true;
 }
 
-bool TextFile::loadAhead(const LightweightString<wchar_t>& path, char separator) {
+bool TextFile::beginLoad(const LightweightString<wchar_t>& path, char separator) {
     clear();
     LightweightString<char> file;
-    if (!pathToUTF8(path, file)) {
-        return false;
+    if (pathToUTF8(path, file)) {
+        arrival_ = TextArrival::begin(file.c_str());
     }
-    arrival_ = TextArrival::begin(file.c_str());
+    return keepArriving(separator);
+}
+
+bool TextFile::beginLoad(int descriptor, char separator) {
+    clear();
+    arrival_ = TextArrival::begin(descriptor);
+    return keepArriving(separator);
+}
+
+bool TextFile::keepArriving(char separator) {
     if (!arrival_) {
         return false;
     }
@@ -101,6 +125,16 @@ bool TextFile::loadAhead(const LightweightString<wchar_t>& path, char separator)
     textSize_ = loadedSize_ = block_->size();
     separator_ = separator;
     return true;
+}
+
+std::string_view TextFile::textSoFar() const {
+    if (!block_) {
+        return "";
+    }
+    if (arrival_ && arrived_ == 0) {
+        arrived_ = arrival_->waitBeyond(0);
+    }
+    return {block_->data(), arrival_ ? arrived_ : textSize_};
 }
 
 bool TextFile::save(const LightweightString<wchar_t>& path, eEOLStyle style) const {
@@ -232,6 +266,7 @@ void TextFile::clear() {
     arrival_.reset();
     departure_.reset();
     arrived_ = 0;
+    error_ = 0;
     block_.reset();
     textSize_ = loadedSize_ = scanned_ = 0;
     starts_.clear();

@@ -101,7 +101,7 @@ TEST(UnreadableTable, ForWantOfDescriptorsIsNotCalledMalformed) {
     const WorkFolder folder;
     Start start;
     start.words = {"/bin/sh", "-c",
-                   "exec 3<&- 4<&- 5<&- 6<&- 7<&- 8<&- 9<&-; ulimit -n 4; "
+                   "exec 3<&- 4<&- 5<&- 6<&- 7<&- 8<&- 9<&-; ulimit -n 3; "
                    "exec \"$0\" show samples/docs.vek",
                    VEK_PROGRAM};
     expectRefused(run(folder, start), 3, "samples/docs.vek: Too many open files");

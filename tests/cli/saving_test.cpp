@@ -190,26 +190,6 @@ TEST(Interrupted, AFifoWithoutAReaderIsLeft) {
     }
 }
 
-TEST(Interrupted, LeavesNoTemporaryFolder) {
-    WorkFolder folder;
-    std::filesystem::create_directory(folder.path() / "tmp");
-    std::string lines = "Name,Take\n";
-    for (int i = 0; i < 400000; ++i) lines += "A001C001,1\n";
-    folder.write("log.csv", lines);
-    bool wasThere = false;
-    for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        Finish finish =
-            run(folder, shell("export TMPDIR=tmp; \"$0\" info log.csv --from plain-csv & "
-                              "for i in $(seq 2000); do set -- tmp/vek-*; "
-                              "[ -e \"$1\" ] && { echo there; break; }; done; kill -" +
-                              std::to_string(signal) + " $!; wait $!; echo $?"));
-        wasThere = wasThere || finish.output.find("there\n" + std::to_string(128 + signal)) !=
-                                   std::string::npos;
-        EXPECT_TRUE(std::filesystem::is_empty(folder.path() / "tmp")) << finish.output;
-    }
-    EXPECT_TRUE(wasThere);
-}
-
 TEST(FullDisk, OfABackupIsCalledSoAndLeavesFileAndOlderBackup) {
     WorkFolder folder;
     folder.write("log.csv", rows(20000));

@@ -1,5 +1,7 @@
 #include "host/large_pages.h"
 
+#include "testing/failing_allocator.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -13,21 +15,47 @@ std::uintptr_t numberOf(const void* place) {
     return reinterpret_cast<std::uintptr_t>(place);
 }
 
+std::size_t sizeFor(std::size_t room) {
+    FillingBlock* block = FillingBlock::allocate(room, nullptr);
+    const std::uintptr_t size = numberOf(block->end()) - numberOf(block);
+    FillingBlock::free(block);
+    return size;
+}
+
 TEST(FillingBlock, IsWholeLargePagesFromHalfAOneOn) {
-    EXPECT_EQ(1u, FillingBlock::goodSize(1));
-    EXPECT_EQ(largePage / 2 - 1, FillingBlock::goodSize(largePage / 2 - 1));
-    EXPECT_EQ(largePage, FillingBlock::goodSize(largePage / 2));
-    EXPECT_EQ(largePage, FillingBlock::goodSize(largePage));
-    EXPECT_EQ(2 * largePage, FillingBlock::goodSize(largePage + 1));
+    const std::size_t own = sizeof(FillingBlock);
+    EXPECT_EQ(own + 1, sizeFor(1));
+    EXPECT_EQ(largePage / 2 - 1, sizeFor(largePage / 2 - 1 - own));
+    EXPECT_EQ(largePage, sizeFor(largePage / 2 - own));
+    EXPECT_EQ(largePage, sizeFor(largePage - own));
+    EXPECT_EQ(2 * largePage, sizeFor(largePage + 1 - own));
 }
 
 TEST(FillingBlock, CanBeFilledToItsLastByteAndBeginsOnALargePageFromOneOn) {
-    for (const std::size_t size : {std::size_t{1}, largePage - 1, largePage, 3 * largePage}) {
-        void* block = FillingBlock::allocate(size);
-        EXPECT_TRUE(size < largePage || numberOf(block) % largePage == 0);
-        std::memset(block, 'x', size);
-        FillingBlock::free(block, size);
+    for (const std::size_t size : {std::size_t{1}, largePage / 4, largePage, 3 * largePage}) {
+        FillingBlock* block = FillingBlock::allocate(size, nullptr);
+        EXPECT_TRUE(size < largePage / 2 || numberOf(block) % largePage == 0);
+        ASSERT_GE(block->end() - block->begin(), static_cast<std::ptrdiff_t>(size));
+        std::memset(block->begin(), 'x', static_cast<std::size_t>(block->end() - block->begin()));
+        EXPECT_EQ(nullptr, block->next());
+        FillingBlock::free(block);
     }
+}
+
+TEST(FillingBlock, OfAnySizeComesFromTheHostsAllocatorAndGoesBackToIt) {
+    for (const std::size_t size : {std::size_t{1}, largePage, 9 * largePage}) {
+        const testing_support::CountingAllocator counted;
+        FillingBlock* block = FillingBlock::allocate(size, nullptr);
+        EXPECT_EQ(1, counted.liveBlocks());
+        EXPECT_GE(counted.lastSize(), size);
+        FillingBlock::free(block);
+        EXPECT_EQ(0, counted.liveBlocks());
+    }
+}
+
+TEST(FillingBlock, ThatCannotBeHadEndsWithTheHostsException) {
+    const testing_support::FailingAllocator failing(1);
+    EXPECT_THROW(FillingBlock::allocate(largePage, nullptr), Quor::Exception::BadAlloc);
 }
 
 TEST(LargePages, ATextBeginsWithinTheSlackOnOne) {

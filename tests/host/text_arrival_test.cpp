@@ -8,10 +8,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 #include <iterator>
 #include <string>
+#include <thread>
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -19,6 +22,7 @@
 
 using testing_support::ArrivalOf;
 using testing_support::Random;
+using testing_support::ReadingAhead;
 using testing_support::TempDir;
 
 namespace {
@@ -42,6 +46,11 @@ protected:
 
     TempDir folder_;
     ArrivalOf pieces_{7};
+    ReadingAhead ahead_;
+};
+
+class TextsInTurn : public TextArrivals {
+    ReadingAhead ahead_{false};
 };
 
 TEST_F(TextArrivals, AllOfTheTextComesInPieces) {
@@ -201,16 +210,120 @@ TEST_F(TextArrivals, AForkedProcessWaitsForNothingThatWasComing) {
     auto arrival = begin(std::string(1000, 'x'));
     arrival->waitBeyond(0);
     EXPECT_EQ(2, statusOfForked([&] {
-        int broken = 0;
-        try {
-            whole(*arrival);
-        } catch (const TextArrival::Broken&) {
-            broken = 2;
-        }
-        arrival.reset();
-        return broken;
-    }));
+                  int broken = 0;
+                  try {
+                      whole(*arrival);
+                  } catch (const TextArrival::Broken&) {
+                      broken = 2;
+                  }
+                  arrival.reset();
+                  return broken;
+              }));
     EXPECT_GT(arrival->waitBeyond(990), 990u);
+}
+
+TEST_F(TextsInTurn, ComeWholeInPiecesOfAnySize) {
+    Random random;
+    for (int i = 0; i < 100; ++i) {
+        const std::string text = "x" + random.bytes(100);
+        const auto arrival = begin(text);
+        ASSERT_TRUE(arrival);
+        ASSERT_EQ(whole(*arrival), text);
+        ASSERT_EQ(arrival->text()->data()[text.size()], '\0');
+    }
+}
+
+TEST_F(TextsInTurn, NeverAskTheSystemToReadAhead) {
+    static int asked;
+    asked = 0;
+    const FileIO::SystemCalls before = FileIO::systemCalls();
+    FileIO::systemCalls().beginRead = [](aiocb* piece) {
+        ++asked;
+        return ::aio_read(piece);
+    };
+    EXPECT_EQ(whole(*begin(std::string(100, 'x'))), std::string(100, 'x'));
+    const int inTurn = asked;
+    const ReadingAhead ahead;
+    EXPECT_EQ(whole(*begin(std::string(100, 'x'))), std::string(100, 'x'));
+    FileIO::systemCalls() = before;
+    EXPECT_EQ(inTurn, 0);
+    EXPECT_EQ(asked, 15);
+}
+
+TEST_F(TextsInTurn, AreReadOnlyAsFarAsSomebodyAsks) {
+    const auto arrival = begin(std::string(100, 'x'));
+    EXPECT_EQ(arrival->waitBeyond(0), 7u);
+    EXPECT_EQ(arrival->waitBeyond(6), 7u);
+    EXPECT_EQ(arrival->waitBeyond(7), 14u);
+}
+
+TEST_F(TextsInTurn, GoOnAfterInterruptedAndShortReads) {
+    static int calls;
+    calls = 0;
+    const FileIO::SystemCalls before = FileIO::systemCalls();
+    FileIO::systemCalls().readAt = [](int file, void* to, std::size_t size, off_t from) {
+        if (++calls % 2 == 1) {
+            errno = EINTR;
+            return ssize_t{-1};
+        }
+        return ::pread(file, to, std::min<std::size_t>(size, 3), from);
+    };
+    const std::string text = whole(*begin("a text in small pieces"));
+    FileIO::systemCalls() = before;
+    EXPECT_EQ(text, "a text in small pieces");
+}
+
+TEST_F(TextsInTurn, OfAFileThatShrinksOrCannotBeReadOnAreBroken) {
+    const auto shrunk = begin(std::string(100, 'x'));
+    EXPECT_EQ(shrunk->waitBeyond(0), 7u);
+    ASSERT_EQ(0, ::truncate(folder_.file("in").c_str(), 50));
+    EXPECT_THROW(whole(*shrunk), TextArrival::Broken);
+
+    const auto failing = begin(std::string(100, 'x'));
+    const testing_support::BrokenPiece broken(3, true);
+    EXPECT_THROW(whole(*failing), TextArrival::Broken);
+}
+
+// Writes over a file's bytes, at a later time than it was written at before.
+void rewrite(const std::filesystem::path& path, const std::string& text) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    const int file = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    ASSERT_EQ(::write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    ::close(file);
+}
+
+TEST_F(TextArrivals, AFileRewrittenAtTheSameSizeIsBroken) {
+    for (const bool isAhead : {false, true}) {
+        const ReadingAhead ahead(isAhead);
+        const auto arrival = begin(std::string(100, 'x'));
+        EXPECT_GT(arrival->waitBeyond(0), 0u);
+        rewrite(folder_.file("in"), std::string(100, 'y'));
+        EXPECT_THROW(whole(*arrival), TextArrival::Broken) << isAhead;
+    }
+}
+
+TEST_F(TextArrivals, AFileReplacedByAnotherIsReadOn) {
+    for (const bool isAhead : {false, true}) {
+        const ReadingAhead ahead(isAhead);
+        const auto arrival = begin(std::string(100, 'x'));
+        EXPECT_GT(arrival->waitBeyond(0), 0u);
+        folder_.write("other", std::string(100, 'y'));
+        std::filesystem::rename(folder_.file("other"), folder_.file("in"));
+        EXPECT_EQ(whole(*arrival), std::string(100, 'x')) << isAhead;
+    }
+}
+
+TEST_F(TextArrivals, AnOpenFileComesFromItsFirstByteAndKeepsItsPlace) {
+    for (const bool isAhead : {false, true}) {
+        const ReadingAhead ahead(isAhead);
+        folder_.write("in", "some text");
+        const FileIO::Descriptor file(FileIO::openToRead(folder_.file("in").c_str()));
+        ASSERT_EQ(::lseek(file.get(), 4, SEEK_SET), 4);
+        const auto arrival = TextArrival::begin(file.get());
+        ASSERT_TRUE(arrival);
+        EXPECT_EQ(whole(*arrival), "some text");
+        EXPECT_EQ(::lseek(file.get(), 0, SEEK_CUR), 4);
+    }
 }
 
 TEST_F(TextArrivals, AFileGivesTheLinesThatItGivesWhenItIsReadAtOnce) {
@@ -219,7 +332,7 @@ TEST_F(TextArrivals, AFileGivesTheLinesThatItGivesWhenItIsReadAtOnce) {
         folder_.write("in", "x" + random.text(std::string("ab\r\n\n\0", 6), 80));
         TextFile ahead;
         TextFile atOnce;
-        ASSERT_TRUE(ahead.loadAhead(folder_.widePath("in"), '\n'));
+        ASSERT_TRUE(ahead.beginLoad(folder_.widePath("in"), '\n'));
         ASSERT_TRUE(atOnce.load(folder_.widePath("in"), '\n', false));
         ASSERT_EQ(ahead.textSize(), atOnce.textSize());
         const auto asked = static_cast<unsigned>(random.below(8));
@@ -232,7 +345,7 @@ TEST_F(TextArrivals, AFileGivesTheLinesThatItGivesWhenItIsReadAtOnce) {
 TEST_F(TextArrivals, AFileThatIsStillComingCanBeAppendedToAndSaved) {
     folder_.write("in", std::string(50, 'a') + "\nb");
     TextFile file;
-    ASSERT_TRUE(file.loadAhead(folder_.widePath("in"), '\n'));
+    ASSERT_TRUE(file.beginLoad(folder_.widePath("in"), '\n'));
     file.appendLine("c");
     ASSERT_TRUE(file.save(folder_.widePath("out"), TextFile::eLF));
     EXPECT_EQ(folder_.read("out"), std::string(50, 'a') + "\nb\nc\n");
@@ -241,7 +354,7 @@ TEST_F(TextArrivals, AFileThatIsStillComingCanBeAppendedToAndSaved) {
 TEST_F(TextArrivals, AFileThatDoesNotComeAheadHasNoLines) {
     TextFile file;
     file.appendLine("old");
-    EXPECT_FALSE(file.loadAhead(folder_.widePath("missing"), '\n'));
+    EXPECT_FALSE(file.beginLoad(folder_.widePath("missing"), '\n'));
     EXPECT_EQ(file.size(), 0u);
 }
 

@@ -2,8 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <chrono>
 #include <cstdint>
+#include <fstream>
 #include <string>
 #include <thread>
 
@@ -28,6 +32,7 @@ using testing_support::headerOf;
 using testing_support::joined;
 using testing_support::quotedLine;
 using testing_support::Random;
+using testing_support::ReadingAhead;
 using testing_support::rowsOf;
 using testing_support::Strings;
 using testing_support::TempDir;
@@ -114,6 +119,7 @@ TEST(WaysToLoad, AFileThatIsStillComingMakesTheSameTable) {
         const int most = random.oneIn(4) ? random.between(-1, 30) : all;
         const Outcome atOnce = loadInOneGo(folder, most);
         const ArrivalOf pieces(1 + random.below(random.oneIn(2) ? 20 : 5000));
+        const ReadingAhead ahead(random.oneIn(2));
         ASSERT_TRUE(loadInOneGo(folder, most) == atOnce) << text;
     }
 }
@@ -142,6 +148,7 @@ TEST(WaysToLoad, AFileThatBreaksOffIsReadInThePlainWayAndElseLeavesNothing) {
     const ArrivalOf pieces(16);
     for (int failAt = 1; failAt < 50; ++failAt) {
         for (const bool thenWorks : {true, false}) {
+            const ReadingAhead ahead(failAt % 2 == 0);
             const BrokenPiece broken(failAt, thenWorks);
             const vekdb table(folder.widePath("log"), all, true);
             EXPECT_EQ(thenWorks, table.get_valid());
@@ -185,6 +192,182 @@ TEST(WaysToLoad, AFileThatBreaksOffLeavesNothingHoweverLittleOfItIsWanted) {
                 ASSERT_EQ(Strings{}, said.messages);
                 ASSERT_EQ(0, table.get_modification_time());
             }
+        }
+    }
+}
+
+// What a load says of why it could not read its file.
+int readErrorOf(const LightweightString<wchar_t>& path) {
+    const vekdb table(path, all, true);
+    EXPECT_TRUE(table.get_read_error() == 0 || !table.get_valid());
+    EXPECT_EQ(std::vector<int>{}, errorOf(table));
+    return table.get_read_error();
+}
+
+// The system's calls with a reading that fails from the n-th piece on.
+class FailingReads {
+public:
+    explicit FailingReads(int failAt) : before_(FileIO::systemCalls()) {
+        left_ = failAt;
+        FileIO::systemCalls().read = [](int file, void* to, std::size_t size) {
+            return isDue() ? ssize_t{-1} : ::read(file, to, size);
+        };
+        FileIO::systemCalls().readAt = [](int file, void* to, std::size_t size, off_t from) {
+            return isDue() ? ssize_t{-1} : ::pread(file, to, size, from);
+        };
+    }
+    FailingReads(const FailingReads&) = delete;
+    FailingReads& operator=(const FailingReads&) = delete;
+    ~FailingReads() { FileIO::systemCalls() = before_; }
+
+private:
+    static bool isDue() {
+        errno = EIO;
+        return --left_ <= 0;
+    }
+
+    static inline int left_ = 0;
+    FileIO::SystemCalls before_;
+};
+
+TEST(WaysToLoad, AnInputErrorIsToldAsOneWhereverItHappens) {
+    const TempDir folder;
+    for (const std::string& text : filesThatEndEarly()) {
+        folder.write("log", text);
+        for (const std::size_t leastBytes : {std::size_t{1}, std::size_t{1} << 20}) {
+            const ArrivalOf pieces(16, leastBytes);
+            const int reads = leastBytes == 1 ? static_cast<int>(text.size() / 16) : 2;
+            for (int failAt = 1; failAt <= reads; ++failAt) {
+                const FailingReads failing(failAt);
+                ASSERT_EQ(EIO, readErrorOf(folder.widePath("log"))) << text << failAt;
+            }
+        }
+    }
+}
+
+TEST(WaysToLoad, WhatCannotBeReadIsToldByItsError) {
+    const TempDir folder;
+    EXPECT_EQ(ENOENT, readErrorOf(folder.widePath("none")));
+    EXPECT_EQ(EISDIR, readErrorOf(folder.widePath(".")));
+    EXPECT_EQ(EINVAL, readErrorOf(LightweightString<wchar_t>()));
+    EXPECT_EQ(EFBIG, readErrorOf(LightweightString<wchar_t>(L"/dev/zero")));
+    folder.write("log", "no table");
+    EXPECT_EQ(0, readErrorOf(folder.widePath("log")));
+    vekdb table(folder.widePath("none"), all, true);
+    table.free();
+    EXPECT_EQ(0, table.get_read_error());
+}
+
+// Writes the file anew, with the same size, whenever some of it has been read.
+class Rewriting {
+public:
+    Rewriting(const TempDir& folder, int times) : before_(FileIO::systemCalls()) {
+        path_ = folder.file("log").string();
+        times_ = times;
+        FileIO::systemCalls().read = [](int file, void* to, std::size_t size) {
+            const ssize_t got = ::read(file, to, size);
+            if (got > 0) rewrite();
+            return got;
+        };
+        FileIO::systemCalls().readAt = [](int file, void* to, std::size_t size, off_t from) {
+            const ssize_t got = ::pread(file, to, size, from);
+            if (got > 0 && from == 0) rewrite();
+            return got;
+        };
+    }
+    Rewriting(const Rewriting&) = delete;
+    Rewriting& operator=(const Rewriting&) = delete;
+    ~Rewriting() { FileIO::systemCalls() = before_; }
+
+private:
+    static void rewrite() {
+        if (times_-- <= 0) return;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        std::fstream file(path_, std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(-3, std::ios::end);
+        file << "x\"\n";
+    }
+
+    static inline std::string path_;
+    static inline int times_ = 0;
+    FileIO::SystemCalls before_;
+};
+
+TEST(WaysToLoad, AFileRewrittenAtTheSameSizeIsReadAgainOrRefused) {
+    const TempDir folder;
+    const std::string text = joined(headerAnd({"A"}, Strings(20, "\"value\"")));
+    for (const std::size_t leastBytes : {std::size_t{1}, std::size_t{1} << 20}) {
+        const ArrivalOf pieces(16, leastBytes);
+        folder.write("log", text);
+        {
+            const Rewriting once(folder, 1);
+            const vekdb table(folder.widePath("log"), all, true);
+            ASSERT_EQ(20u, table.get_num_records());
+            EXPECT_EQ("valux", table.get_record(19)->fieldView(0));
+        }
+        const Rewriting always(folder, 100);
+        EXPECT_EQ(EBUSY, readErrorOf(folder.widePath("log")));
+    }
+}
+
+TEST(WaysToLoad, AnOpenFileIsReadFromItsFirstByteAndStaysOpen) {
+    const TempDir folder;
+    folder.write("log", joined(headerAnd({"A"}, Strings(20, "\"value\""))));
+    for (const std::size_t leastBytes : {std::size_t{1}, std::size_t{1} << 20}) {
+        const ArrivalOf pieces(16, leastBytes);
+        const FileIO::Descriptor file(FileIO::openToRead(folder.file("log").c_str()));
+        vekdb table;
+        table.set_filename(L"another name");
+        for (int i = 0; i < 3; ++i) {
+            ASSERT_EQ(5, ::lseek(file.get(), 5, SEEK_SET));
+            table.loadFromDescriptor(file.get(), 7, true);
+            EXPECT_TRUE(table.get_valid());
+            EXPECT_EQ(7u, table.get_num_records());
+        }
+        EXPECT_TRUE(table.get_filename() == L"another name");
+        table.loadFromDescriptor(-1, all, true);
+        EXPECT_FALSE(table.get_valid());
+        EXPECT_EQ(EBADF, table.get_read_error());
+    }
+}
+
+// The whole file would take a while, and more memory than there may be.
+TEST(WaysToLoad, AFileThatIsNoTableIsNotReadOnForItsFirstLine) {
+    const TempDir folder;
+    static std::size_t bytes;
+    for (const std::string& start :
+         {std::string(), std::string("some text"), std::string(20, ' ') + "\"VEKDB\",",
+          std::string("\"VEKDB;")}) {
+        folder.write("log", start);
+        ASSERT_EQ(0, ::truncate(folder.file("log").c_str(), off_t{1} << 28));
+        bytes = 0;
+        const FileIO::SystemCalls before = FileIO::systemCalls();
+        FileIO::systemCalls().readAt = [](int file, void* to, std::size_t size, off_t from) {
+            bytes += size;
+            return ::pread(file, to, size, from);
+        };
+        const vekdb table(folder.widePath("log"), all, true);
+        FileIO::systemCalls() = before;
+        EXPECT_FALSE(table.get_valid());
+        EXPECT_EQ(0, table.get_read_error());
+        EXPECT_LE(bytes, std::size_t{1} << 20) << start;
+        EXPECT_GT(bytes, 0u);
+    }
+}
+
+TEST(WaysToLoad, TheFirstLineOfATableMayComeInAnyPieces) {
+    const TempDir folder;
+    for (const char* first :
+         {"VEKDB:Rev 1", "\"VEKDB:Rev 1\"", "\"  vekdb:Rev 1\"", "\x01VEKDB:1"}) {
+        Strings lines = headerAnd({"A"}, Strings(3, "\"value\""));
+        lines[0] = first;
+        folder.write("log", joined(lines));
+        const Outcome atOnce = loadInOneGo(folder, all);
+        for (std::size_t piece = 1; piece < 20; ++piece) {
+            const ArrivalOf pieces(piece);
+            ASSERT_TRUE(loadInOneGo(folder, all) == atOnce) << first << piece;
+            const vekdb table(folder.widePath("log"), all, true);
+            ASSERT_EQ(3u, table.get_num_records());
         }
     }
 }

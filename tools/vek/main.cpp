@@ -1,8 +1,10 @@
 #include <csignal>
+#include <exception>
 #include <new>
 
 #include <vekdb/host/config.h>
 #include <vekdb/host/diagnostics.h>
+#include <vekdb/host/os.h>
 #include <vekdb/support/version.h>
 #include "tools/vek/cli/limits.h"
 #include "tools/vek/cli/output.h"
@@ -56,6 +58,8 @@ int main(int count, char** words) {
     setDiagnosticSink(&silent);
     // Column names are kept as they are written, ampersands included.
     setConfigInt("remove_fieldname_ampersands", 0);
+    // The program is its own host, and nobody asks it for a single thread.
+    OS()->setReadsAhead(true);
     // A closed pipe is seen where it is written to.
     std::signal(SIGPIPE, SIG_IGN);
     try {
@@ -64,5 +68,9 @@ int main(int count, char** words) {
         return ended(failure);
     } catch (const std::bad_alloc&) {
         return ended({unreadable, "out of memory"});
+    } catch (const std::exception& error) {
+        return ended({unreadable, std::string("cannot go on: ") + error.what()});
+    } catch (...) {
+        return ended({unreadable, "cannot go on"});
     }
 }

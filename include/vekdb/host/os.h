@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include <vekdb/host/visibility.h>
 
@@ -88,10 +89,18 @@ public:
     iFileService* setFileService(iFileService* service) noexcept;
     iRefCountService* setRefCounts(iRefCountService* service) noexcept;
 
+    /// Whether a large file is read ahead while its lines are taken apart. That is faster where a
+    /// processor is free and the disk slow, but the C library serves it with threads in this
+    /// process, which stay for some seconds. Off unless set; a load that has begun goes on as it
+    /// did. The setter answers what was set before.
+    bool readsAhead() const noexcept { return readsAhead_; }
+    bool setReadsAhead(bool ahead) noexcept { return std::exchange(readsAhead_, ahead); }
+
 private:
     iAllocator* allocator_;
     iFileService* fileService_;
     iRefCountService* refCounts_;
+    bool readsAhead_ = false;
 };
 
 /// Never null, from before the first static constructor until the process ends:

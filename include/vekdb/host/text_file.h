@@ -41,12 +41,29 @@ public:
     /// are not, nor is a device that gives more than 64 MiB. The flag has no meaning
     /// here. False when the path is null, is not valid UTF-32, or the file cannot
     /// be read: there are then no lines.
+    /// A file that is written to while it is read is read again, and after some
+    /// attempts refused, as far as its size and time of change tell.
     bool load(const LightweightString<wchar_t>& path, char separator, bool flag);
+
+    /// The same for a file that the caller has opened, and closes: from its first
+    /// byte on, or where it has no place to go back to, as a FIFO, from where it
+    /// stands. Where it stands afterwards is not defined.
+    bool load(int descriptor, char separator);
+
+    /// Why the last load answered false: the system's number of the error (errno).
+    /// EFBIG for more than the machine or a device may give, EBUSY for a file that
+    /// was changed whenever it was read, EINVAL for a path that no file can have.
+    /// 0 where it answered true, and before any load.
+    int error() const { return error_; }
 
     /// As load, but returns while the text of a large file is still coming: whoever asks for a
     /// line waits for it, and may be thrown a TextArrival::Broken. False, and there are no
     /// lines, also for every file that load takes at once.
-    bool loadAhead(const LightweightString<wchar_t>& path, char separator);
+    bool beginLoad(const LightweightString<wchar_t>& path, char separator);
+    bool beginLoad(int descriptor, char separator);
+
+    /// What is there of the text, all of it or its beginning; waits for some of it at least.
+    std::string_view textSoFar() const;
 
     /// Waits for all of a text that is still coming; may throw what asking for a line may throw.
     void awaitAll() const;
@@ -114,6 +131,8 @@ public:
 
 private:
     void clear();
+    bool keepLoaded(int error, std::size_t size, char separator);
+    bool keepArriving(char separator);
     bool holds(const char* place) const;
     bool scanLine() const;
     bool scanTo(std::size_t i) const;
@@ -131,6 +150,7 @@ private:
     std::size_t textSize_ = 0;
     std::size_t loadedSize_ = 0;  // text up to here was loaded, not appended
     char separator_ = '\n';
+    int error_ = 0;
     mutable std::vector<std::size_t> starts_;  // of the lines found so far
     mutable std::size_t scanned_ = 0;          // where the next line begins
     mutable std::size_t arrived_ = 0;          // bytes that can be looked at; while some are coming

@@ -14,7 +14,7 @@ constexpr bool isAsciiSpace(char c) noexcept {
 }
 
 constexpr bool isAsciiControl(char c) noexcept {
-    return (c >= 0 && c < ' ') || c == 0x7F;
+    return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
 }
 
 constexpr bool isAsciiDigit(char c) noexcept {

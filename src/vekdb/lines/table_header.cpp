@@ -1,22 +1,28 @@
 #include "vekdb/lines/table_header.h"
 
 #include <algorithm>
+#include <vector>
 
 #include <vekdb/host/diagnostics.h>
 #include <vekdb/host/text_file.h>
 #include <vekdb/host/text_util.h>
+#include "vekdb/lines/line_scanner.h"
 #include "vekdb/lines/record_lines.h"
 #include "vekdb/lines/table_text.h"
 
 namespace {
 
+// So much of a line shows its first value in any file that somebody wrote.
+constexpr std::size_t mostToTell = 4096;
 constexpr std::string_view blockStart = "VEKDB:";
 
 bool startsBlock(std::string_view value) {
     return NameEqual::same(value.substr(0, blockStart.size()), blockStart);
 }
 
-bool hasColon(std::string_view value) { return value.find(':') != value.npos; }
+bool hasColon(std::string_view value) {
+    return value.find(':') != value.npos;
+}
 
 std::string_view withoutLeadingSpace(std::string_view text) {
     while (!text.empty() && isAsciiSpace(text.front())) text.remove_prefix(1);
@@ -62,7 +68,21 @@ bool TableHeader::hasLine() const {
 }
 
 // How many values the line has, also when the record has no room for all.
-std::size_t TableHeader::readLine() { return FileLines(file_).read(line_).values; }
+std::size_t TableHeader::readLine() {
+    return FileLines(file_).read(line_).values;
+}
+
+bool TableHeader::mayBegin() const {
+    const std::string_view text = file_.textSoFar();
+    const std::size_t end = text.find_first_of(std::string_view("\n\0", 2));
+    const std::string_view line = text.substr(0, std::min(end, mostToTell));
+    std::vector<char> values(line.size() + 1);
+    LineScanner scanner;
+    scanner.scan(line, values.data());
+    const std::string_view value = scanner.count() == 0 ? "" : scanner.value(0);
+    const bool isCut = line.size() < file_.textSize() && line.size() != end;
+    return startsBlock(value) || (isCut && value.size() < blockStart.size());
+}
 
 TableHeader::Block TableHeader::readParameters() {
     parts_.parameters.clear();

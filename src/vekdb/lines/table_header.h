@@ -20,6 +20,9 @@ public:
     TableHeader(vekdb& table, TableParts& parts, TextFile& file, dbrecord& line)
         : table_(table), parts_(parts), file_(file), line_(line) {}
 
+    /// Whether the file may begin with parameters, as far as the beginning of its text tells:
+    /// one of another kind is not read on for the end of its first line.
+    bool mayBegin() const;
     Block readParameters();
     /// Sets the columns up. False: the file is not one to be loaded, and an error is set where
     /// the header's lines do not fit together.

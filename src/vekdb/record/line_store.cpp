@@ -1,21 +1,16 @@
 #include <algorithm>
 #include <utility>
 
-#include "vekdb/record/line_store.h"
 #include "host/large_pages.h"
+#include "vekdb/record/line_store.h"
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
 
-struct LineStore::Chunk {
-    static constexpr std::size_t largest = std::size_t{16} << 20;
-
-    Chunk* next;
-    std::size_t bytes;
-};
-
 namespace {
+
+constexpr std::size_t largestChunk = std::size_t{16} << 20;
 
 #if defined(__SSE2__)
 
@@ -56,26 +51,23 @@ void LineSlices::raiseLengths(std::uint16_t* lengths, unsigned values) const {
     for (unsigned i = 1; i < values; ++i) raiseTo(lengths[i], ends[i] - ends[i - 1] - gap());
 }
 
-LineStore::LineStore(Quor::Ptr<TextBlock> text)
-    : block_(std::move(text)), text_(block_->data()) {}
+LineStore::LineStore(Quor::Ptr<TextBlock> text) : block_(std::move(text)), text_(block_->data()) {}
 
 LineStore::~LineStore() {
     while (chunks_ != nullptr) {
-        Chunk* next = chunks_->next;
-        FillingBlock::free(chunks_, chunks_->bytes);
+        FillingBlock* next = chunks_->next();
+        FillingBlock::free(chunks_);
         chunks_ = next;
     }
 }
 
 void LineStore::expect(std::size_t bytes) noexcept {
-    nextChunk_ = std::clamp(bytes, nextChunk_, Chunk::largest);
+    nextChunk_ = std::clamp(bytes, nextChunk_, largestChunk);
 }
 
 void LineStore::addChunk(std::size_t atLeast) {
-    const std::size_t wanted = sizeof(Chunk) + std::max(atLeast, nextChunk_);
-    const std::size_t size = FillingBlock::goodSize(wanted);
-    chunks_ = new (FillingBlock::allocate(size)) Chunk{chunks_, size};
-    free_ = reinterpret_cast<char*>(chunks_ + 1);
-    end_ = reinterpret_cast<char*>(chunks_) + size;
-    nextChunk_ = std::min(nextChunk_ * 2, Chunk::largest);
+    chunks_ = FillingBlock::allocate(std::max(atLeast, nextChunk_), chunks_);
+    free_ = chunks_->begin();
+    end_ = chunks_->end();
+    nextChunk_ = std::min(nextChunk_ * 2, largestChunk);
 }

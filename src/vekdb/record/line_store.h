@@ -10,6 +10,7 @@
 #include <vekdb/host/ptr.h>
 #include <vekdb/host/text_block.h>
 
+class FillingBlock;
 class LineStore;
 
 /// Where the values of one line stand in the text of a LineStore: one behind the other, each
@@ -42,9 +43,7 @@ struct LineSlices {
     /// The starts of value 1, 2, ... and, behind the last value, of the one that would follow,
     /// counted from the start of value 0.
     std::uint16_t* next() { return reinterpret_cast<std::uint16_t*>(this + 1); }
-    const std::uint16_t* next() const {
-        return reinterpret_cast<const std::uint16_t*>(this + 1);
-    }
+    const std::uint16_t* next() const { return reinterpret_cast<const std::uint16_t*>(this + 1); }
 
     LineStore* store;
     // Offset of value 0 in the text; in the bits from 56 on the gap, in the top one the mark.
@@ -92,17 +91,15 @@ public:
     }
 
 private:
-    struct Chunk;
-
     void addChunk(std::size_t atLeast);
 
     Quor::Ptr<TextBlock> block_;
     char* text_;
-    Chunk* chunks_ = nullptr;
+    FillingBlock* chunks_ = nullptr;
     char* free_ = nullptr;
     char* end_ = nullptr;
     std::size_t nextChunk_ = std::size_t{64} << 10;  // bytes; doubles
-    std::atomic<std::uint32_t> references_{1};  // one for whoever made it
+    std::atomic<std::uint32_t> references_{1};       // one for whoever made it
 };
 
 inline void LineSlices::share() {
@@ -115,4 +112,6 @@ inline void LineSlices::overwrite(unsigned i, std::string_view value) {
     std::memmove(at, value.data(), value.size());
 }
 
-inline const char* LineSlices::first() const { return store->text() + offset(); }
+inline const char* LineSlices::first() const {
+    return store->text() + offset();
+}

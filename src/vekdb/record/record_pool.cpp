@@ -36,11 +36,6 @@ void allow([[maybe_unused]] void* place, [[maybe_unused]] std::size_t bytes) {
 
 }  // namespace
 
-struct RecordPool::Slab {
-    Slab* next;
-    std::size_t bytes;
-};
-
 union RecordPool::Place {
     Place* next;
     alignas(dbrecord) unsigned char record[sizeof(dbrecord)];
@@ -60,11 +55,10 @@ void* RecordPool::take() {
 }
 
 void RecordPool::addSlab() {
-    const std::size_t bytes = FillingBlock::goodSize(sizeof(Slab) + nextSlab_ * sizeof(Place));
-    const std::size_t places = (bytes - sizeof(Slab)) / sizeof(Place);
-    slabs_ = new (FillingBlock::allocate(bytes)) Slab{slabs_, bytes};
-    fresh_ = reinterpret_cast<char*>(slabs_ + 1);
-    end_ = fresh_ + places * sizeof(Place);
+    slabs_ = FillingBlock::allocate(nextSlab_ * sizeof(Place), slabs_);
+    fresh_ = slabs_->begin();
+    const auto room = static_cast<std::size_t>(slabs_->end() - fresh_);
+    end_ = fresh_ + room / sizeof(Place) * sizeof(Place);
     nextSlab_ = std::min(nextSlab_ * 2, largestSlab);
 }
 
@@ -131,9 +125,9 @@ void RecordPool::reuseRetired() noexcept {
 
 void RecordPool::releaseSlabs() noexcept {
     while (slabs_ != nullptr) {
-        Slab* next = slabs_->next;
-        allow(slabs_, slabs_->bytes);
-        FillingBlock::free(slabs_, slabs_->bytes);
+        FillingBlock* next = slabs_->next();
+        allow(slabs_->begin(), static_cast<std::size_t>(slabs_->end() - slabs_->begin()));
+        FillingBlock::free(slabs_);
         slabs_ = next;
     }
     unused_ = retired_ = nullptr;

@@ -5,6 +5,8 @@
 
 #include <vekdb/record.h>
 
+class FillingBlock;
+
 /// The memory of a table's records, taken in slabs: a row costs its bytes and no more, and rows
 /// that were made together stand together. Destroys what is left with itself.
 class RecordPool {
@@ -29,7 +31,6 @@ public:
     void releaseSlabs() noexcept;
 
 private:
-    struct Slab;
     union Place;
 
     static constexpr std::size_t firstSlab = 32;
@@ -39,7 +40,7 @@ private:
     static void put(void* place, Place*& list) noexcept;
     static Place* next(Place* place) noexcept;
 
-    Slab* slabs_ = nullptr;
+    FillingBlock* slabs_ = nullptr;
     Place* unused_ = nullptr;  // places of destroyed records
     Place* retired_ = nullptr;
     char* fresh_ = nullptr;

@@ -93,6 +93,7 @@ void vekdb::init() {
     TableParts& table = parts();
     table.valid = false;
     table.loadedWhole = false;
+    table.readError = 0;
     table.columns.setCount(0);
     table.rows.release();
     table.rangeKeys.forget();
@@ -111,7 +112,9 @@ void vekdb::post_init() {
     parts().columns.flagSpecialLabels();
 }
 
-void vekdb::add_chunk() { parts().rows.addChunk(); }
+void vekdb::add_chunk() {
+    parts().rows.addChunk();
+}
 
 void vekdb::free() {
     TableParts& table = parts();
@@ -134,15 +137,40 @@ bool vekdb::read_error_info(dberror& out) const {
     return true;
 }
 
-bool vekdb::get_valid() const { return parts().valid; }
-bool vekdb::get_modified() const { return parts().modified; }
-bool vekdb::get_loaded_whole() const { return parts().loadedWhole; }
-unsigned vekdb::get_capacity() const { return parts().rows.capacity(); }
-int vekdb::get_revision() const { return parts().revision; }
-unsigned vekdb::get_update_depth() const { return parts().updates.depth(); }
-std::time_t vekdb::get_creation_time() const { return parts().created; }
-std::time_t vekdb::get_modification_time() const { return parts().modificationTime; }
-void vekdb::noteModified() { parts().modified = true; }
+bool vekdb::get_valid() const {
+    return parts().valid;
+}
+bool vekdb::get_modified() const {
+    return parts().modified;
+}
+bool vekdb::get_loaded_whole() const {
+    return parts().loadedWhole;
+}
+int vekdb::get_read_error() const {
+    return parts().readError;
+}
+unsigned vekdb::get_capacity() const {
+    return parts().rows.capacity();
+}
+int vekdb::get_revision() const {
+    return parts().revision;
+}
+unsigned vekdb::get_update_depth() const {
+    return parts().updates.depth();
+}
+std::time_t vekdb::get_creation_time() const {
+    return parts().created;
+}
+std::time_t vekdb::get_modification_time() const {
+    return parts().modificationTime;
+}
+void vekdb::noteModified() {
+    parts().modified = true;
+}
 
-void vekdb::set_filename(LightweightString<wchar_t> name) { parts().fileName = name; }
-LightweightString<wchar_t> vekdb::get_filename() const { return parts().fileName; }
+void vekdb::set_filename(LightweightString<wchar_t> name) {
+    parts().fileName = name;
+}
+LightweightString<wchar_t> vekdb::get_filename() const {
+    return parts().fileName;
+}

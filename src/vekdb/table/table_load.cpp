@@ -1,6 +1,9 @@
 #include <climits>
 #include <ctime>
+#include <new>
+#include <optional>
 
+#include <vekdb/host/exceptions.h>
 #include <vekdb/host/text_file.h>
 #include <vekdb/table.h>
 #include "host/text_arrival.h"
@@ -19,24 +22,40 @@ constexpr unsigned short headerRoom = 24;
 
 // What a load is asked for. Without a choice every row is taken.
 struct vekdb::Load {
+    std::optional<int> descriptor;  // none: the file is opened by its name
     int maxRecords;
     bool requireMagic;
     RowChoice* choice;
 };
 
 void vekdb::loadFromFile(int maxRecords, bool requireMagic) {
-    load({maxRecords, requireMagic, nullptr});
+    load({std::nullopt, maxRecords, requireMagic, nullptr});
 }
 
 void vekdb::loadFromFile(RowChoice& choice, bool requireMagic) {
-    load({INT_MAX, requireMagic, &choice});
+    load({std::nullopt, INT_MAX, requireMagic, &choice});
 }
 
-// A part of a file's rows must not pass for the table, to be saved over all of them.
+void vekdb::loadFromDescriptor(int descriptor, int maxRecords, bool requireMagic) {
+    load({descriptor, maxRecords, requireMagic, nullptr});
+}
+
+void vekdb::loadFromDescriptor(int descriptor, RowChoice& choice, bool requireMagic) {
+    load({descriptor, INT_MAX, requireMagic, &choice});
+}
+
+// A part of a file's rows must not pass for the table, to be saved over all of them. Where the
+// program has allocation operators of its own, these throw what is theirs.
 void vekdb::load(const Load& load) {
     free();
     try {
         fillFromFile(load);
+    } catch (const Quor::Exception::BadAlloc&) {
+        free();
+        throw;
+    } catch (const std::bad_alloc&) {
+        free();
+        throw Quor::Exception::BadAlloc();
     } catch (...) {
         free();
         throw;
@@ -47,7 +66,10 @@ void vekdb::fillFromFile(const Load& load) {
     const bool isPlainCsv = parts().fileName.endsWith(L".csv", true);
     if (!isPlainCsv && fillWhileReading(load)) return;
     TextFile file;
-    if (!file.load(parts().fileName, '\n', false)) return;
+    const bool isRead = load.descriptor ? file.load(*load.descriptor, '\n')
+                                        : file.load(parts().fileName, '\n', false);
+    parts().readError = file.error();
+    if (!isRead) return;
     if (isPlainCsv) {
         loadPlainCsv(file, *this, parts(), load.maxRecords, load.choice);
     } else {
@@ -58,8 +80,11 @@ void vekdb::fillFromFile(const Load& load) {
 // False, with an empty table, where the file is to be read in the other way. A derived class's
 // code, which would see a file begun twice, is called in the other way only.
 bool vekdb::fillWhileReading(const Load& load) {
+    if (mayBeOverridden()) return false;
     TextFile file;
-    if (mayBeOverridden() || !file.loadAhead(parts().fileName, '\n')) return false;
+    const bool isArriving = load.descriptor ? file.beginLoad(*load.descriptor, '\n')
+                                            : file.beginLoad(parts().fileName, '\n');
+    if (!isArriving) return false;
     try {
         fillFrom(file, load);
         return true;
@@ -71,9 +96,9 @@ bool vekdb::fillWhileReading(const Load& load) {
 
 void vekdb::fillFrom(TextFile& file, const Load& load) {
     dbrecord header(headerRoom);
-    if (!TableHeader(*this, parts(), file, header).readColumns(load.requireMagic)) {
-        return file.awaitAll();
-    }
+    TableHeader reader(*this, parts(), file, header);
+    if (!reader.mayBegin()) return;
+    if (!reader.readColumns(load.requireMagic)) return file.awaitAll();
     post_init();
     const RowSieve sieve(load.choice, *this, parts());
     // Records that nobody has seen yet are not marked as changed in the first place.

@@ -34,6 +34,7 @@ struct TableParts {
     bool modified = false;
     bool valid = false;
     bool loadedWhole = false;
+    int readError = 0;
     std::time_t created = 0;
     std::time_t modificationTime = 0;
 };

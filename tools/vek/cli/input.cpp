@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <utility>
 
@@ -20,12 +21,21 @@ namespace {
 
 constexpr std::size_t firstChunk = 1 << 16;
 constexpr std::size_t readAtOnce = 1 << 24;
+constexpr std::uint64_t mostOfDevice = 64 << 20;
+
+std::uint64_t memoryOfMachine() {
+    long pages = ::sysconf(_SC_PHYS_PAGES);
+    long pageSize = ::sysconf(_SC_PAGESIZE);
+    if (pages <= 0 || pageSize <= 0) return SIZE_MAX / 2;
+    return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageSize);
+}
 
 [[noreturn]] void refuse(const std::string& name, int error) {
     std::string advice;
     if (error == ENOENT) advice = "; check the path";
     if (error == EISDIR) advice = ", a file was expected; name a file in it";
     if (error == EACCES) advice = "; check its permissions";
+    if (error == EFBIG) advice = ", it is larger than this machine's memory";
     throw Failure{unreadable, name + ": " + std::strerror(error) + advice};
 }
 
@@ -80,6 +90,10 @@ void Input::open() {
     isRegular_ = S_ISREG(status.st_mode) && !isStandardInput_;
     if (isRegular_) expected_ = static_cast<std::size_t>(status.st_size);
     requireBytes(name_, expected_);
+    std::uint64_t memory = memoryOfMachine();
+    if (expected_ > memory) refuse(name_, EFBIG);
+    // A device gives what somebody types, or it has no end.
+    most_ = S_ISCHR(status.st_mode) ? std::min(memory / 2, mostOfDevice) : memory / 2;
     readUpTo(isRegular_ ? headSize : SIZE_MAX);
 }
 
@@ -98,14 +112,27 @@ void Input::readUpTo(std::size_t most) {
     while (!isWhole_ && size_ < most) {
         progress.reach(size_);
         if (size_ == text_->size()) makeRoom(most);
-        const std::size_t room = text_->size() - size_;
-        ssize_t got = uninterrupted(
-            [&] { return ::read(descriptor_, text_->data() + size_, std::min(room, readAtOnce)); });
+        ssize_t got = uninterrupted([this] { return readMore(); });
         if (got < 0) refuse(name_, errno);
         isWhole_ = got == 0;
         size_ += static_cast<std::size_t>(got);
         requireBytes(name_, size_);
+        requireWithinMost();
     }
+}
+
+// The library's loader moves the place in a file that can be read again.
+ssize_t Input::readMore() {
+    char* to = text_->data() + size_;
+    std::size_t room = std::min(text_->size() - size_, readAtOnce);
+    if (!isRegular_) return ::read(descriptor_, to, room);
+    return ::pread(descriptor_, to, room, static_cast<off_t>(size_));
+}
+
+void Input::requireWithinMost() const {
+    if (isRegular_ || size_ <= most_) return;
+    throw Failure{unreadable, name_ + ": gives more than " + std::to_string(most_ >> 20) +
+                                  " MB and has no end yet; write it to a file first"};
 }
 
 std::string_view Input::text() {
@@ -129,9 +156,9 @@ void Input::spool() {
     isRegular_ = true;
 }
 
-std::string Input::loaderPath() {
+int Input::loaderDescriptor() {
     if (!isRegular_) spool();
-    return "/proc/self/fd/" + std::to_string(descriptor_);
+    return descriptor_;
 }
 
 }  // namespace vek

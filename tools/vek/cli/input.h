@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -29,14 +31,16 @@ public:
     /// Gives up the memory that holds it all, for whoever makes something of it there.
     Quor::Ptr<TextBlock> takeText();
 
-    /// A path under which the library's own loader finds the same bytes, whatever the file is
-    /// called and also for standard input. Ends with the Input.
-    std::string loaderPath();
+    /// An open file whose bytes the library's own loader reads again from the first one on,
+    /// whatever the file is called and also for standard input. Ends with the Input.
+    int loaderDescriptor();
 
 private:
     static constexpr std::size_t headSize = 4096;
 
     void open();
+    ssize_t readMore();
+    void requireWithinMost() const;
     void readUpTo(std::size_t most);
     void makeRoom(std::size_t most);
     void spool();
@@ -49,6 +53,7 @@ private:
     bool isStandardInput_;
     bool isRegular_ = false;    ///< it can be read again, from any place on
     std::size_t expected_ = 0;  ///< the size, as far as known beforehand
+    std::size_t most_ = 0;      ///< more is not read of what does not tell its size
     int descriptor_ = -1;
 };
 

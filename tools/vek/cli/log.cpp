@@ -67,8 +67,7 @@ Format formatNamed(const std::string& name) {
     throw Failure{wrongUsage, "there is no format " + inQuotes(name)};
 }
 
-void refuseBinary(Input& input) {
-    std::string_view text = input.text();
+void refuseBinary(const Input& input, std::string_view text) {
     if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) {
         throw Failure{unreadable, input.name() +
                                       ":1: UTF-16 text, expected UTF-8; convert it "
@@ -89,7 +88,9 @@ Text textOf(Input& input, Log& log) {
 
 void readAs(Format format, Input& input, const Wanted& wanted, Log& log) {
     if (format == Format::table) return readTable(input, wanted, log);
-    refuseBinary(input);
+    // A file of another kind is not read further.
+    refuseBinary(input, input.head());
+    refuseBinary(input, input.text());
     if (format == Format::plainCsv) return readPlainCsv(input, log);
     Text text = textOf(input, log);
     switch (format) {

@@ -1,6 +1,3 @@
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <climits>
@@ -14,7 +11,6 @@
 #include "tools/vek/cli/limits.h"
 #include "tools/vek/cli/readers.h"
 #include "tools/vek/cli/table_lines.h"
-#include "tools/vek/cli/temporary_folder.h"
 
 namespace vek {
 
@@ -26,11 +22,14 @@ LightweightString<wchar_t> wide(const std::string& path) {
     return pathFromBytes(LightweightString<char>(path.c_str()));
 }
 
-// The library does not tell why it has no table; it may have had no file.
-void requireThatItOpens(const std::string& path, const Log& log) {
-    int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0) throw Failure{unreadable, log.name + ": " + std::strerror(errno)};
-    ::close(file);
+void requireThatItWasRead(const Log& log, int error) {
+    if (error == 0) return;
+    if (error == EBUSY) {
+        throw Failure{unreadable, log.name +
+                                      ": was changed while it was read, a file at rest was "
+                                      "expected; try again when nobody writes to it"};
+    }
+    throw Failure{unreadable, log.name + ": " + std::strerror(error)};
 }
 
 // Takes the rows that answer what can be asked of the table in one query, and notes their numbers.
@@ -86,11 +85,11 @@ private:
 // wrong length: every row is kept and reported.
 class TableReader {
 public:
-    TableReader(Input& input, Log& log) : input_(input), path_(input.loaderPath()), log_(log) {}
+    TableReader(Input& input, Log& log)
+        : input_(input), file_(input.loaderDescriptor()), log_(log) {}
 
     void read(const Wanted& wanted) {
         log_.table = std::make_unique<vekdb>();
-        log_.table->set_filename(wide(path_));
         if (!readWanted(wanted)) readAll();
         restoreExactCells(log_);
         log_.table->set_filename(wide(log_.path));
@@ -102,7 +101,7 @@ private:
     bool readWanted(const Wanted& wanted) {
         if (wanted.empty()) return false;
         WantedRows rows(wanted, log_);
-        log_.table->loadFromFile(rows, true);
+        log_.table->loadFromDescriptor(file_, rows, true);
         if (!log_.table->get_loaded_whole()) return false;
         headerLines_ = headerLines();
         log_.leftOut = rows.leftOut();
@@ -112,7 +111,7 @@ private:
     }
 
     void readAll() {
-        log_.table->loadFromFile(allRows, true);
+        log_.table->loadFromDescriptor(file_, allRows, true);
         if (!log_.table->get_valid()) refuse();
         headerLines_ = headerLines();
         // The library stops at a line of the wrong length, and skips lines behind a row that
@@ -179,7 +178,8 @@ private:
     }
 
     [[noreturn]] void refuse() {
-        requireThatItOpens(path_, log_);
+        requireThatItWasRead(log_, log_.table->get_read_error());
+        refuseFirstLine();
         text_ = input_.text();
         headerLines_ = headerLines(text_);
         dberror error{};
@@ -191,14 +191,19 @@ private:
         if (isSet && error.values[1] == 4) {
             refuse(headerLines_, "another number of column names", widths);
         }
+        refuse(lineOfOddParameter(), headerLines_ == 0 ? "no line \"VEKDB\"" : "no name and colon",
+               "parameter lines, a line \"VEKDB\" and the column header");
+    }
+
+    // What is no table is not read further for its first line.
+    void refuseFirstLine() {
+        text_ = input_.head();
         if (text_.starts_with("\xEF\xBB\xBF")) {
             refuse(1, "a byte order mark", "the line \"VEKDB:Rev 1\"");
         }
         if (!startsWithParameters()) {
             refuse(1, inQuotes(firstLine()), "a table file's first line, \"VEKDB:Rev 1\"");
         }
-        refuse(lineOfOddParameter(), headerLines_ == 0 ? "no line \"VEKDB\"" : "no name and colon",
-               "parameter lines, a line \"VEKDB\" and the column header");
     }
 
     std::string_view firstLine() const { return text_.substr(0, text_.find('\n')); }
@@ -223,7 +228,7 @@ private:
     void readLineByLine() {
         log_.table->delete_records(0, static_cast<int>(log_.rowCount()));
         TextFile file;
-        file.load(wide(path_), '\n', false);
+        if (!file.load(file_, '\n')) requireThatItWasRead(log_, file.error());
         const unsigned declared = log_.columnCount();
         unsigned most = declared;
         std::size_t rows = 0;
@@ -314,7 +319,7 @@ private:
     }
 
     Input& input_;
-    std::string path_;
+    int file_;
     Log& log_;
     std::string_view text_;
     std::size_t headerLines_ = 0;
@@ -327,11 +332,12 @@ void readTable(Input& input, const Wanted& wanted, Log& log) {
 }
 
 void readPlainCsv(Input& input, Log& log) {
+    log.table = std::make_unique<vekdb>();
     // The library knows that variant by the name's ending.
-    TemporaryFolder name("input.csv", input.loaderPath());
-    log.table = std::make_unique<vekdb>(wide(name.path()), allRows, false);
+    log.table->set_filename(L".csv");
+    log.table->loadFromDescriptor(input.loaderDescriptor(), allRows, false);
     if (!log.table->get_valid()) {
-        requireThatItOpens(name.path(), log);
+        requireThatItWasRead(log, log.table->get_read_error());
         throw Failure{unreadable, log.name + ":1: could not be read as comma-separated text"};
     }
     for (unsigned row = 0; row < log.rowCount(); ++row) log.lines.push_back(row + 2);

@@ -1,0 +1,86 @@
+// Inputs that are no plain files, or are files that nobody wrote.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "cli/program.h"
+
+namespace {
+
+Finish shell(const WorkFolder& folder, const std::string& line) {
+    Start start;
+    start.words = {"/bin/sh", "-c", line, VEK_PROGRAM};
+    return run(folder, start);
+}
+
+void expectRefused(const Finish& finish, const std::string& about) {
+    EXPECT_EQ(finish.exitCode, 3) << finish.errors;
+    EXPECT_EQ(finish.output, "");
+    EXPECT_NE(finish.errors.find(about), std::string::npos) << finish.errors;
+}
+
+TEST(SpecialFiles, ADeviceWithoutEndIsGivenUp) {
+    const WorkFolder folder;
+    expectRefused(shell(folder, "\"$0\" info /dev/zero"), "/dev/zero: gives more than 64 MB");
+    expectRefused(shell(folder, "\"$0\" info - </dev/zero"),
+                  "standard input: gives more than 64 MB");
+}
+
+// Sanitizers need more room for addresses than any limit that would tell.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr const char* limited = "";
+#else
+constexpr const char* limited = "ulimit -v 200000; ";
+#endif
+
+TEST(SpecialFiles, AFileOfEmptySpaceIsNotReadForItsFirstLine) {
+    const WorkFolder folder;
+    for (const char* name : {"empty.csv", "empty.json", "empty.ale"}) {
+        expectRefused(shell(folder, std::string(limited) + "truncate -s 3G " + name +
+                                        " && \"$0\" info " + name),
+                      std::string(name) + ":1: a zero byte, expected text");
+    }
+    expectRefused(shell(folder, "truncate -s 3G empty.vek && \"$0\" info empty.vek"),
+                  "empty.vek:1: ");
+}
+
+TEST(SpecialFiles, AFileLargerThanTheMemoryIsRefused) {
+    const WorkFolder folder;
+    for (const char* name : {"large.vek", "large.csv"}) {
+        expectRefused(shell(folder, std::string("cp samples/docs.vek ") + name +
+                                        "; truncate -s 8T " + name + " && \"$0\" info " + name),
+                      std::string(name) + ": File too large");
+    }
+}
+
+TEST(SpecialFiles, AReadingThatWaitsIsLeftBySignals) {
+    const WorkFolder folder;
+    const std::string silent = "mkfifo f; sleep 3 >f 2>/dev/null & ";
+    for (const std::string& start : {silent, std::string("mkfifo f; ")}) {
+        for (const auto& [signal, status] : {std::pair("INT", 130), std::pair("TERM", 143)}) {
+            const Finish finish =
+                shell(folder, "rm -f f; " + start + "timeout --preserve-status -s " + signal +
+                                  " 0.5 \"$0\" info f");
+            EXPECT_EQ(finish.exitCode, status) << start;
+            EXPECT_EQ(finish.output + finish.errors, "");
+        }
+    }
+}
+
+// The program needs no shared library, so it runs where there is nothing else.
+#if !defined(__SANITIZE_ADDRESS__)
+TEST(SpecialFiles, TablesAreReadWhereTheSystemShowsNoProcesses) {
+    // Only root may change the root folder, be it of a user's own namespace.
+    const std::string there = std::string(::geteuid() == 0 ? "" : "/usr/bin/unshare -r ") +
+                              "/usr/sbin/chroot . /vek show ";
+    const WorkFolder folder;
+    const Finish plain = shell(folder, "cp samples/docs.vek log.vek; \"$0\" show log.vek");
+    const Finish bare = shell(folder, "cp \"$0\" vek && " + there + "log.vek");
+    EXPECT_EQ(bare.exitCode, 0) << bare.errors;
+    EXPECT_EQ(bare.output, plain.output);
+    EXPECT_NE(bare.output, "");
+    const Finish piped = shell(folder, there + "- <log.vek");
+    EXPECT_EQ(piped.output, plain.output);
+}
+#endif
+
+}  // namespace
