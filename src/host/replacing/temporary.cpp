@@ -79,9 +79,32 @@ void removeLeftOver(int folder, const char* name) {
     }
 }
 
-struct CloseFolder {
-    void operator()(DIR* folder) const { ::closedir(folder); }
-};
+#ifdef __GLIBC__
+// A folder stream would take its buffer from the C library, past the host's allocator.
+template <class Visit>
+void forEachName(int folder, Visit visit) {
+    alignas(dirent64) char entries[4096];
+    for (ssize_t got; (got = ::getdents64(folder, entries, sizeof entries)) > 0;) {
+        for (ssize_t at = 0; at < got;) {
+            const auto* entry = reinterpret_cast<const dirent64*>(entries + at);
+            visit(entry->d_name);
+            at += entry->d_reclen;
+        }
+    }
+}
+#else
+template <class Visit>
+void forEachName(int folder, Visit visit) {
+    DIR* const names = ::fdopendir(::dup(folder));
+    if (names == nullptr) {
+        return;
+    }
+    while (const dirent* entry = ::readdir(names)) {
+        visit(entry->d_name);
+    }
+    ::closedir(names);
+}
+#endif
 
 }  // namespace
 
@@ -160,16 +183,13 @@ void Temporary::remove() {
 }
 
 void Temporary::clearUp(int folder) {
-    Descriptor list(systemCalls().openAt(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0));
-    const std::unique_ptr<DIR, CloseFolder> names(list.isOpen() ? ::fdopendir(list.get())
-                                                                : nullptr);
-    if (!names) {
+    const Descriptor list(systemCalls().openAt(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0));
+    if (!list.isOpen()) {
         return;
     }
-    list.release();
-    while (const dirent* entry = ::readdir(names.get())) {
-        if (isUniqueName(entry->d_name)) {
-            removeLeftOver(folder, entry->d_name);
+    forEachName(list.get(), [folder](const char* name) {
+        if (isUniqueName(name)) {
+            removeLeftOver(folder, name);
         }
-    }
+    });
 }

@@ -89,9 +89,9 @@ void Input::open() {
     if (S_ISDIR(status.st_mode)) refuse(name_, EISDIR);
     isRegular_ = S_ISREG(status.st_mode) && !isStandardInput_;
     if (isRegular_) expected_ = static_cast<std::size_t>(status.st_size);
-    requireBytes(name_, expected_);
     std::uint64_t memory = memoryOfMachine();
     if (expected_ > memory) refuse(name_, EFBIG);
+    requireBytes(name_, expected_);
     // A device gives what somebody types, or it has no end.
     most_ = S_ISCHR(status.st_mode) ? std::min(memory / 2, mostOfDevice) : memory / 2;
     readUpTo(isRegular_ ? headSize : SIZE_MAX);
