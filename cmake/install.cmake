@@ -1,15 +1,33 @@
 include(CMakePackageConfigHelpers)
 
-install(TARGETS vekdb EXPORT vekdbTargets
-        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY include/vekdb DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+set(config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/vekdb)
+set(places
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library
+            NAMELINK_COMPONENT development)
+install(TARGETS vekdb vekdb_allocation EXPORT vekdbTargets ${places})
+if(TARGET vekdb_shared)
+    install(TARGETS vekdb_shared ${places})
+endif()
+install(DIRECTORY include/vekdb DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
         FILES_MATCHING PATTERN "*.h")
-install(EXPORT vekdbTargets NAMESPACE vekdb:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vekdb
-        FILE vekdbTargets.cmake)
+install(EXPORT vekdbTargets NAMESPACE vekdb:: DESTINATION ${config_folder}
+        FILE vekdbTargets.cmake COMPONENT development)
 configure_package_config_file(cmake/vekdbConfig.cmake.in vekdbConfig.cmake
-        INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vekdb)
+        INSTALL_DESTINATION ${config_folder})
 write_basic_package_version_file(vekdbConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vekdbConfig.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/vekdbConfigVersion.cmake
-        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vekdb)
+        DESTINATION ${config_folder} COMPONENT development)
+
+# The files of pkg-config find their prefix from where they stand, so that a package or a copied
+# tree needs no other ones.
+set(pkgconfig_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+cmake_path(ABSOLUTE_PATH pkgconfig_folder BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX}
+           OUTPUT_VARIABLE pkgconfig_place)
+file(RELATIVE_PATH VEKDB_PC_PREFIX ${pkgconfig_place} ${CMAKE_INSTALL_PREFIX})
+foreach(file vekdb vekdb-core)
+    configure_file(cmake/${file}.pc.in ${file}.pc @ONLY)
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${file}.pc DESTINATION ${pkgconfig_folder}
+            COMPONENT development)
+endforeach()

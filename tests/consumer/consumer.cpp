@@ -1,5 +1,5 @@
 // What an application that embeds the library does first: loads a log and reads it. It also
-// proves that the process has the library's allocation operators, all eight of them.
+// proves that the process has the library's allocation operators, the whole set of them.
 
 #include <cstdio>
 #include <new>

@@ -72,6 +72,10 @@ constexpr Form kForms[] = {
      [](void* p) { ::operator delete(p, std::nothrow); }},
     {"NothrowArray", [](std::size_t n) { return ::operator new[](n, std::nothrow); },
      [](void* p) { ::operator delete[](p, std::nothrow); }},
+    {"SizedSingle", [](std::size_t n) { return ::operator new(n); },
+     [](void* p) { ::operator delete (p, std::size_t{24}); }},
+    {"SizedArray", [](std::size_t n) { return ::operator new[](n); },
+     [](void* p) { ::operator delete[](p, std::size_t{24}); }},
 };
 
 class AllocationOperators : public testing::TestWithParam<Form> {};

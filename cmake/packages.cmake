@@ -1,0 +1,33 @@
+# Packages for Debian: the shared library, what programs are built with, and the program.
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_VENDOR vekdb)
+set(CPACK_PACKAGE_CONTACT "The vekdb maintainers <maintainers@vekdb.invalid>")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_COMPONENTS_ALL library development)
+if(TARGET vek)
+    list(APPEND CPACK_COMPONENTS_ALL program)
+endif()
+
+function(vekdb_package component name section description)
+    string(TOUPPER ${component} key)
+    set(CPACK_DEBIAN_${key}_PACKAGE_NAME ${name} PARENT_SCOPE)
+    set(CPACK_DEBIAN_${key}_PACKAGE_SECTION ${section} PARENT_SCOPE)
+    set(CPACK_COMPONENT_${key}_DESCRIPTION ${description} PARENT_SCOPE)
+    set(CPACK_DEBIAN_${key}_PACKAGE_SHLIBDEPS ON PARENT_SCOPE)
+endfunction()
+set(runtime_package libvekdb${PROJECT_VERSION_MAJOR})
+vekdb_package(library ${runtime_package} libs "${PROJECT_DESCRIPTION}")
+vekdb_package(development libvekdb-dev libdevel "${PROJECT_DESCRIPTION}, for building programs")
+vekdb_package(program vek utils "Shows, checks, edits, joins and converts clip logs")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
+
+# The system's list of shared libraries is made anew.
+file(CONFIGURE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/triggers
+     CONTENT "activate-noawait ldconfig\n")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_BINARY_DIR}/triggers)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+include(CPack)

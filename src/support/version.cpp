@@ -1,0 +1,5 @@
+#include <vekdb/support/version.h>
+
+const char* vekdbDllVersionStr() {
+    return kVekdbVersion;
+}

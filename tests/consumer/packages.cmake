@@ -1,0 +1,53 @@
+# Makes the packages, unpacks them into an empty root, and uses there what they brought.
+cmake_minimum_required(VERSION 3.22)
+function(run)
+    execute_process(COMMAND ${ARGN}
+        OUTPUT_VARIABLE said ERROR_VARIABLE complaint RESULT_VARIABLE code)
+    if(NOT code EQUAL 0)
+        list(JOIN ARGN " " command)
+        message(FATAL_ERROR "${command}: ${code}\n${said}${complaint}")
+    endif()
+    set(said "${said}" PARENT_SCOPE)
+endfunction()
+function(expect_text file text)
+    file(READ ${file} content)
+    string(FIND "${content}" "${text}" at)
+    if(at EQUAL -1)
+        message(FATAL_ERROR "${file} does not hold ${text}")
+    endif()
+endfunction()
+
+file(REMOVE_RECURSE ${PLACE})
+run(${CPACK} -G DEB --config ${BUILD}/CPackConfig.cmake -B ${PLACE})
+set(root ${PLACE}/root)
+file(MAKE_DIRECTORY ${root})
+foreach(package libvekdb1 libvekdb-dev vek)
+    file(GLOB file ${PLACE}/${package}_*.deb)
+    list(LENGTH file count)
+    if(NOT count EQUAL 1)
+        message(FATAL_ERROR "not one package ${package}: ${file}")
+    endif()
+    run(${DPKG} -x ${file} ${root})
+endforeach()
+
+set(log ${SOURCE}/samples/docs.vek)
+run(${root}/usr/bin/vek info ${log})
+expect_text(${root}/usr/share/man/man1/vek.1 ".TH VEK 1")
+expect_text(${root}/usr/share/bash-completion/completions/vek "complete ")
+expect_text(${root}/usr/share/zsh/vendor-completions/_vek "#compdef vek")
+expect_text(${root}/usr/share/fish/vendor_completions.d/vek.fish "complete -c vek")
+
+# As an application finds the library by its package file: shared.
+set(ENV{PKG_CONFIG_PATH} ${root}/usr/lib/pkgconfig)
+run(${PKG_CONFIG} --cflags --libs --keep-system-cflags vekdb)
+separate_arguments(flags UNIX_COMMAND "${said}")
+run(${CXX} -std=c++20 ${SOURCE}/tests/consumer/consumer.cpp -o ${PLACE}/by_pkg_config ${flags})
+set(ENV{LD_LIBRARY_PATH} ${root}/usr/lib)
+run(${PLACE}/by_pkg_config ${log})
+unset(ENV{LD_LIBRARY_PATH})
+
+# As CMake finds it: static.
+run(${CMAKE_COMMAND} -S ${SOURCE}/tests/consumer/installed -B ${PLACE}/by_cmake
+    -DCMAKE_PREFIX_PATH=${root}/usr -DCMAKE_CXX_COMPILER=${CXX})
+run(${CMAKE_COMMAND} --build ${PLACE}/by_cmake --target consumer)
+run(${PLACE}/by_cmake/consumer ${log})
