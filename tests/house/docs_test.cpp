@@ -3,6 +3,8 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <regex>
+#include <set>
 #include <sstream>
 
 #include "house/source_tree.h"
@@ -150,6 +152,39 @@ TEST_P(Documents, EveryFileItNamesIsThere) {
             EXPECT_TRUE(fs::exists(sourceRoot() / word)) << GetParam() << " names " << word;
         }
     }
+}
+
+// "Suite.Name" of every test in the tree.
+static std::set<std::string> testsOfTheTree() {
+    static const std::regex head(R"(\nTEST(?:_[FP])?\((\w+),\s*(\w+)\))");
+    std::set<std::string> names;
+    for (const SourceFile* file : sourcesOf("tests")) {
+        std::sregex_iterator match(file->text.begin(), file->text.end(), head);
+        for (; match != std::sregex_iterator(); ++match) {
+            names.insert((*match)[1].str() + "." + (*match)[2].str());
+        }
+    }
+    return names;
+}
+
+TEST(SecurityPage, EveryPromiseNamesTestsThatAreThere) {
+    static const std::regex name(R"(`([A-Z]\w+\.[A-Z]\w+|tests/cli/cases/[\w/]+\.case)`)");
+    const std::set<std::string> tests = testsOfTheTree();
+    std::istringstream lines(readFile(sourceRoot() / "docs/security.md"));
+    std::size_t promises = 0;
+    for (std::string line; std::getline(lines, line);) {
+        if (!line.starts_with("| ") || line.starts_with("| Promise")) continue;
+        ++promises;
+        std::sregex_iterator match(line.begin(), line.end(), name);
+        EXPECT_NE(match, std::sregex_iterator()) << "no test: " << line;
+        for (; match != std::sregex_iterator(); ++match) {
+            const std::string test = (*match)[1];
+            const bool isThere =
+                test.ends_with(".case") ? fs::exists(sourceRoot() / test) : tests.contains(test);
+            EXPECT_TRUE(isThere) << "docs/security.md names " << test;
+        }
+    }
+    EXPECT_GT(promises, 0u);
 }
 
 static std::vector<std::string> plainDocuments() {

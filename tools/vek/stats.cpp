@@ -1,7 +1,8 @@
 #include <algorithm>
-#include <map>
 #include <set>
+#include <unordered_map>
 
+#include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/strxcmp.h>
 #include "tools/vek/cli/counting.h"
 #include "tools/vek/cli/film_columns.h"
@@ -48,14 +49,17 @@ struct Sums {
     std::size_t unfilmed = 0;
 };
 
-struct PeopleLess {
-    bool operator()(const std::string& a, const std::string& b) const {
-        int order = strxcmp(std::string_view(a), std::string_view(b));
-        return order != 0 ? order < 0 : a < b;
-    }
+struct Group {
+    std::string name;
+    Sums sums;
 };
 
-using Groups = std::map<std::string, Sums, PeopleLess>;
+using Groups = std::vector<Group>;
+
+bool isBefore(const Group& a, const Group& b) {
+    int order = strxcmp(std::string_view(a.name), std::string_view(b.name));
+    return order != 0 ? order < 0 : a.name < b.name;
+}
 
 class Counter {
 public:
@@ -192,12 +196,18 @@ Rates ratesOf(const Log& log, const Args& args) {
     return {LogCounting(log, wantedRate(args)), wantedGauge(args)};
 }
 
+// Groups are found by hash, and put in order once: where a value is a number of many digits, to
+// compare each row with it would take their square.
 Groups groupsBy(const Counter& counter, const Log& log, const VDBView& view, unsigned column) {
     Groups groups;
+    std::unordered_map<std::string_view, std::size_t, Quor::KeyedHash> places;
     for (unsigned i = 0; i < view->get_num_records(); ++i) {
         unsigned row = view->baseIndex(i);
-        counter.count(row, groups[std::string(log.cell(row, column))]);
+        auto [known, isNew] = places.try_emplace(log.cell(row, column), groups.size());
+        if (isNew) groups.push_back({std::string(known->first), {}});
+        counter.count(row, groups[known->second].sums);
     }
+    std::sort(groups.begin(), groups.end(), isBefore);
     return groups;
 }
 

@@ -7,6 +7,7 @@
 #include "tools/vek/cli/column_names.h"
 #include "tools/vek/cli/input.h"
 #include "tools/vek/cli/readers.h"
+#include "tools/vek/cli/recognised.h"
 
 namespace vek {
 
@@ -38,26 +39,6 @@ std::string_view firstFilledLine(std::string_view head) {
         if (!trimmed(line).empty()) return trimmed(line);
     }
     return {};
-}
-
-// The content decides where it is plain; then the name's ending does.
-Format recognised(const std::string& path, std::string_view head) {
-    std::string_view line = firstFilledLine(head);
-    std::string_view start = line.starts_with('"') ? line.substr(1) : line;
-    if (sameText(start.substr(0, 6), "VEKDB:")) return Format::table;
-    if (sameText(line, "Heading")) return Format::ale;
-    if (sameText(line.substr(0, 6), "TITLE:")) return Format::edl;
-    for (const FormatEntry& entry : formats) {
-        std::size_t dot = path.rfind('.');
-        if (dot == std::string::npos) break;
-        LightweightString<char> ending = cellText(concat("|", path.substr(dot), "|"));
-        toLower(ending);
-        if (std::string_view(entry.endings).find(ending.view()) != std::string_view::npos) {
-            return entry.format;
-        }
-    }
-    if (line.starts_with('{') || line.starts_with('[')) return Format::json;
-    return line.find('\t') != std::string_view::npos ? Format::tsv : Format::csv;
 }
 
 Format formatNamed(const std::string& name) {
@@ -122,6 +103,26 @@ void tellProblems(const Log& log) {
 }
 
 }  // namespace
+
+// The content decides where it is plain; then the name's ending does.
+Format recognised(const std::string& path, std::string_view head) {
+    std::string_view line = firstFilledLine(head);
+    std::string_view start = line.starts_with('"') ? line.substr(1) : line;
+    if (sameText(start.substr(0, 6), "VEKDB:")) return Format::table;
+    if (sameText(line, "Heading")) return Format::ale;
+    if (sameText(line.substr(0, 6), "TITLE:")) return Format::edl;
+    for (const FormatEntry& entry : formats) {
+        std::size_t dot = path.rfind('.');
+        if (dot == std::string::npos) break;
+        LightweightString<char> ending = cellText(concat("|", path.substr(dot), "|"));
+        toLower(ending);
+        if (std::string_view(entry.endings).find(ending.view()) != std::string_view::npos) {
+            return entry.format;
+        }
+    }
+    if (line.starts_with('{') || line.starts_with('[')) return Format::json;
+    return line.find('\t') != std::string_view::npos ? Format::tsv : Format::csv;
+}
 
 const char* formatName(Format format) {
     for (const FormatEntry& entry : formats) {

@@ -9,6 +9,7 @@
 #include "tools/vek/cli/json.h"
 #include "tools/vek/cli/progress.h"
 #include "tools/vek/cli/readers.h"
+#include "tools/vek/cli/recognised.h"
 #include "tools/vek/cli/write_formats.h"
 
 namespace vek {
@@ -82,7 +83,47 @@ public:
         out_.write(line_);
     }
 
+    /// The line of names, by which readers tell formats apart: quotes keep it from being taken
+    /// for the beginning of another one.
+    template <class Cell>
+    void writeNames(std::size_t count, Cell cell) {
+        if (count == 0) return out_.write(bytesOf(style_.lineEnd));
+        std::string rest;
+        for (unsigned i = 1; i < count; ++i) {
+            rest += separator_;
+            add(rest, cell(i), false, [&] { return inQuotes(cell(i)); });
+        }
+        std::string first;
+        add(first, cell(0), count == 1, [&] { return inQuotes(cell(0)); });
+        if (!first.starts_with('"') && mayBeTakenForAnother(first + rest)) {
+            first = concat("\"", first, "\"");
+        }
+        requireFormat(first + rest);
+        out_.write(concat(first, rest, bytesOf(style_.lineEnd)));
+    }
+
 private:
+    Format format() const { return separator_ == ',' ? Format::csv : Format::tsv; }
+
+    Format formatFound(std::string_view line) const {
+        return recognised(std::string(".") + formatName(format()), line);
+    }
+
+    // A blank line is passed over for the next one. In a pipe there is no name to go by.
+    bool mayBeTakenForAnother(std::string_view line) const {
+        const std::string_view text = trimmed(line);
+        return text.empty() || text.front() == '{' || text.front() == '[' ||
+               formatFound(line) != format();
+    }
+
+    void requireFormat(std::string_view line) const {
+        if (formatFound(line) == format()) return;
+        throw Failure{unwritable,
+                      concat(out_.name(), ": ", inQuotes(trimmed(line).substr(0, 40)),
+                             ", expected another name of the first column: the file would be read "
+                             "as a table file; rename the column, or put another first")};
+    }
+
     template <class Place>
     void add(std::string& line, std::string_view cell, bool isAlone, Place place) {
         if (!style_.guardsFormulas || !looksLikeFormula(cell)) {
@@ -158,6 +199,10 @@ std::string aleNames(const AleForm& form, Losses& losses) {
                        inQuotes(form.names[i]));
         }
         line += concat(i == 0 ? "" : "\t", forAle(form.names[i]));
+    }
+    if (form.tracks.empty() && form.names.size() > 1 && trimmed(form.names.back()).empty()) {
+        losses.add("columns without a name at the end of the line, where readers see none",
+                   inQuotes(form.names.back()));
     }
     return form.tracks.empty() ? line : line + "\tTracks";
 }
@@ -295,9 +340,7 @@ void writeDelimited(const Sheet& sheet, char separator, const WriteStyle& style,
     Progress progress("writing", sheet.rowCount());
     if (style.byteOrderMark) out.write(byteOrderMark);
     DelimitedWriter writer(separator, style, out, losses);
-    writer.write(
-        count, [&](unsigned i) { return sheet.name(i); },
-        [&](unsigned i) { return inQuotes(sheet.name(i)); });
+    writer.writeNames(count, [&](unsigned i) { return sheet.name(i); });
     for (unsigned row = 0; row < sheet.rowCount(); ++row) {
         progress.reach(row);
         writer.write(
@@ -346,10 +389,13 @@ void writeAle(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& 
     writeAleHeading(form.heading, end, out, losses);
     out.write(concat(end, "Column", end, names, end, end, "Data", end));
     const std::string rest = (form.tracks.empty() ? "" : "\t" + forAle(form.tracks)) + end;
+    const bool isAlone = sheet.columns.size() == 1 && form.tracks.empty();
     std::string line;
     for (unsigned row = 0; row < sheet.rowCount(); ++row) {
         line.clear();
         addAleRow(line, sheet, row, losses);
+        // Readers pass over a blank line; with a closing tab it is a row of one blank cell.
+        if (isAlone && trimmed(line).empty()) line += '\t';
         out.write(line += rest);
     }
 }
