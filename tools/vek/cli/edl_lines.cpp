@@ -50,12 +50,14 @@ std::string_view from(std::string_view first, std::string_view last) {
     return {first.data(), static_cast<std::size_t>(last.data() + last.size() - first.data())};
 }
 
-// Words that say the kind, at `at` and behind it: a key is "K", or "K B" for what it is laid over
-// and "K O" for its end.
+// Words that say the kind, up to `last`: a key is "K", or "K B" for what it is laid over and "K O"
+// for its end, with "(F)" behind it where it is faded.
 std::size_t kindWords(const Words& parts, std::size_t last) {
-    bool isTail = sameText(parts[last], "B") || sameText(parts[last], "O");
-    bool isKey = isTail && last >= 4 && sameText(parts[last - 1], "K");
-    return isKey ? 2 : 1;
+    const std::size_t fade = sameText(parts[last], "(F)") && last >= 4 ? 1 : 0;
+    const std::string_view tail = parts[last - fade];
+    bool isTail = sameText(tail, "B") || sameText(tail, "O");
+    bool isKey = isTail && last - fade >= 4 && sameText(parts[last - fade - 1], "K");
+    return (isKey ? 2 : 1) + fade;
 }
 
 std::string padded(std::string_view text, std::size_t width) {
@@ -121,7 +123,7 @@ bool parseEdlEvent(std::string_view line, EdlEvent& made) {
     made[edlReel] = from(parts[1], parts[kind - 2]);
     made[edlTrack] = parts[kind - 1];
     made[edlKind] = parts[kind];
-    if (kind != kindEnd) made[edlKind] += concat(" ", parts[kindEnd]);
+    for (std::size_t i = kind + 1; i <= kindEnd; ++i) made[edlKind] += concat(" ", parts[i]);
     if (hasLength) made[edlLength] = parts[codes - 1];
     for (std::size_t i = 0; i < codesInEvent; ++i) made[edlSourceIn + i] = parts[codes + i];
     return true;
