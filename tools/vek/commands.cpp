@@ -62,7 +62,8 @@ std::string programHelp() {
     }
     return out +
            "\nvek COMMAND --help tells about one, examples first. A file may be \"-\", the "
-           "standard input.\n\nExit codes:\n"
+           "standard input.\nWhat follows \"--\" is no option. Of several columns named Reel the "
+           "second is Reel#2.\n\nExit codes:\n"
            "  0  done\n"
            "  1  it found a difference, a problem, or nothing that matched\n"
            "  2  wrong usage\n"

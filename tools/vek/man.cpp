@@ -63,7 +63,8 @@ std::string manualPage() {
     out +=
         ".SH DESCRIPTION\nReads table files, CSV, TSV, JSON, JSON lines, ALE and CMX 3600 edit "
         "lists, from a path or, for \\-, standard input. No cell is trimmed, rounded or given "
-        "another type.\n";
+        "another type. What follows \\-\\- is no option. Of several columns named Reel the second "
+        "is Reel#2.\n";
     for (const Command& command : allCommands()) addCommand(out, command);
     out += ".SH EXIT STATUS\n";
     addEntry(out, "0", "", "done");
