@@ -5,6 +5,7 @@
 
 #include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/timecode.h>
+#include "tools/vek/cli/counting.h"
 #include "tools/vek/cli/readers.h"
 #include "tools/vek/cli/timecode.h"
 #include "tools/vek/cli/writers.h"
@@ -49,6 +50,20 @@ void refuseOtherRate(const Log& into, const Log& from) {
     throw Failure{found, from.name + ": FPS is " + from.parameter("FPS") + ", expected " +
                              into.parameter("FPS") + " as in " + into.name +
                              "; nothing is written, --yes joins the logs all the same"};
+}
+
+std::string counts(const Log& log) {
+    const bool drops = LogCounting(log).countingOfAll() == Counting::dropFrame;
+    return concat(log.name, drops ? " counts drop-frame" : " counts non-drop");
+}
+
+// Nor does anything tell which rows count drop-frame where colons stand before the frames.
+void refuseOtherCounting(const Log& into, const Log& from) {
+    const Counting ours = LogCounting(into).countingOfAll();
+    const Counting theirs = LogCounting(from).countingOfAll();
+    if (ours == Counting::unsaid || theirs == Counting::unsaid || ours == theirs) return;
+    throw Failure{found, concat(counts(from), " by its FPS or FCM, and ", counts(into),
+                                "; nothing is written, --yes joins the logs all the same")};
 }
 
 // Joins further logs to the first one.
@@ -297,7 +312,10 @@ int run(const Args& args) {
     if (args.has("key")) merger.useKey(args.text("key"));
     for (std::size_t i = 1; i < paths.size(); ++i) {
         Log from = readLog(paths[i], args.text("from"));
-        if (!args.has("yes")) refuseOtherRate(into, from);
+        if (!args.has("yes")) {
+            refuseOtherRate(into, from);
+            refuseOtherCounting(into, from);
+        }
         result = std::max(result, readingResult(from));
         merger.add(from);
     }
