@@ -4,6 +4,7 @@
 #include <vekdb/views/field_map.h>
 #include "tools/vek/cli/column_names.h"
 #include "tools/vek/cli/readers.h"
+#include "tools/vek/cli/row_lengths.h"
 #include "tools/vek/cli/writers.h"
 #include "tools/vek/commands.h"
 
@@ -33,12 +34,14 @@ public:
         std::string name = log_.columnName(column);
         log_.table->removeField(cellText(name));
         distinct_.removed(column);
+        for (OddRow& odd : log_.oddRows) odd.values -= column < odd.values ? 1 : 0;
         if (map_) map_->remove(cellText(name));
         store();
     }
 
     void rename(unsigned column, const std::string& was, const std::string& to) {
         if (!sameText(was, to)) refuseTaken(to);
+        nameColumns(log_, {column});
         distinct_.renamed(column, to);
     }
 
@@ -149,6 +152,7 @@ void typeColumn(Log& log, const std::vector<std::string>& words) {
 int orderColumns(Log& log, const std::vector<std::string>& words, bool backup) {
     requireWords(words, 1, 65535, "order FILE NAME...");
     std::vector<unsigned> order = namedColumns(log, words);
+    nameColumns(log, order);
     if (log.format != Format::table) return saveReordered(log, order, backup);
     Columns(log).order(order);
     saveInPlace(log, backup);

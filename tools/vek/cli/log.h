@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -33,6 +34,13 @@ struct Problem {
     bool isDamage = true;  ///< a table file that has it ends a command with 1
 };
 
+/// A row that has another number of values than the heading has names.
+struct OddRow {
+    unsigned row = 0;
+    std::size_t values = 0;  ///< in columns
+    std::size_t behind = 0;  ///< empty ones behind the last column
+};
+
 /// Columns that have one name, case ignored, in their order.
 struct RepeatedName {
     std::vector<unsigned> columns;
@@ -56,6 +64,8 @@ struct Log {
     std::size_t moreProblems = 0;             ///< that were found behind those
     std::vector<RepeatedName> repeatedNames;  ///< as they were read
     std::unordered_map<unsigned, std::size_t> repeatedAt;  ///< of their columns, where there
+    std::vector<OddRow> oddRows;                           ///< of a text format, in their order
+    std::set<std::string> unnamed;  ///< columns that its heading has no name for
     std::string notRead;            ///< why rows are missing; empty when all are there
     LineEnd lineEnd = LineEnd::lf;  ///< text formats are written back as they came
     bool beganWithMark = false;     ///< a UTF-8 byte order mark stood in front

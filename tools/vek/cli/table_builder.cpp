@@ -104,7 +104,10 @@ std::size_t TableBuilder::columnCount() const {
 void TableBuilder::addRow(std::size_t line, const std::vector<std::string_view>& cells,
                           TextRows::Room room, std::size_t leftOut) {
     const std::size_t count = cells.size() - leftOut;
-    if (count != columns_.size()) reportLength(log_, line, count, columns_.size());
+    if (count != columns_.size()) {
+        reportLength(log_, line, count, columns_.size());
+        log_.oddRows.push_back({static_cast<unsigned>(log_.lines.size()), count});
+    }
     addWholeRow(line, cells.data(), count, room);
 }
 
@@ -142,7 +145,12 @@ void TableBuilder::addParameter(std::size_t line, std::string_view name, std::st
 void TableBuilder::finish() {
     const std::size_t declared = columns_.size();
     for (std::string& name : extraColumnNames(columns_, columnCount() - declared)) {
+        log_.unnamed.insert(name);
         columns_.push_back(std::move(name));
+    }
+    for (OddRow& odd : log_.oddRows) {
+        odd.behind = odd.values - std::min(odd.values, columns_.size());
+        odd.values -= odd.behind;
     }
     rows_->finish(descriptors(columns_));
     rows_.reset();

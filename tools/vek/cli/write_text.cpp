@@ -10,6 +10,7 @@
 #include "tools/vek/cli/progress.h"
 #include "tools/vek/cli/readers.h"
 #include "tools/vek/cli/recognised.h"
+#include "tools/vek/cli/row_lengths.h"
 #include "tools/vek/cli/write_formats.h"
 
 namespace vek {
@@ -333,18 +334,19 @@ void loseParameters(const Log& log, Losses& losses) {
     }
 }
 
-void writeDelimited(const Sheet& sheet, char separator, const WriteStyle& style, Output& out,
+void writeDelimited(const Sheet& whole, char separator, const WriteStyle& style, Output& out,
                     Losses& losses) {
-    loseParameters(sheet.log, losses);
-    std::size_t count = sheet.columns.size();
+    loseParameters(whole.log, losses);
+    const Sheet sheet = style.keepsLengths ? unnamedLast(whole) : whole;
+    const RowLengths lengths(sheet, style.keepsLengths);
     Progress progress("writing", sheet.rowCount());
     if (style.byteOrderMark) out.write(byteOrderMark);
     DelimitedWriter writer(separator, style, out, losses);
-    writer.writeNames(count, [&](unsigned i) { return sheet.name(i); });
+    writer.writeNames(lengths.ofHeading(), [&](unsigned i) { return sheet.name(i); });
     for (unsigned row = 0; row < sheet.rowCount(); ++row) {
         progress.reach(row);
         writer.write(
-            count, [&](unsigned i) { return sheet.cell(row, i); },
+            lengths.of(row), [&](unsigned i) { return lengths.cell(row, i); },
             [&](unsigned i) { return place(sheet, row, i); });
     }
 }

@@ -207,7 +207,9 @@ void saveInPlace(const Sheet& sheet, bool backup) {
     Held held = log.held ? log.held : holdFile(log.path);
     Output out(log.path, held);
     Losses losses;
-    writeSheet(sheet, target, {log.lineEnd, log.beganWithMark}, out, losses);
+    WriteStyle style{log.lineEnd, log.beganWithMark};
+    style.keepsLengths = true;
+    writeSheet(sheet, target, style, out, losses);
     if (backup && held) backUp(log.path, *held);
     out.close();
     losses.tell(out.name());

@@ -77,6 +77,7 @@ struct WriteStyle {
     bool shortReels = false;  ///< reels of edit lists in eight characters
     AleWishes ale = {};
     bool guardsFormulas = false;  ///< CSV and TSV: no cell is one for a spreadsheet
+    bool keepsLengths = false;    ///< CSV and TSV: rows stay as long as they came
 };
 
 /// The style that the command line asks for; a Failure where it does not go with the target.
