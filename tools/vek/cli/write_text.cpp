@@ -96,10 +96,11 @@ public:
         }
         std::string first;
         add(first, cell(0), count == 1, [&] { return inQuotes(cell(0)); });
-        if (!first.starts_with('"') && mayBeTakenForAnother(first + rest)) {
+        const std::string plain = first + rest;
+        if (!first.starts_with('"') && mayBeTakenForAnother(plain)) {
             first = concat("\"", first, "\"");
         }
-        requireFormat(first + rest);
+        requireFormat(first + rest, plain);
         out_.write(concat(first, rest, bytesOf(style_.lineEnd)));
     }
 
@@ -117,10 +118,10 @@ private:
                formatFound(line) != format();
     }
 
-    void requireFormat(std::string_view line) const {
+    void requireFormat(std::string_view line, std::string_view asNamed) const {
         if (formatFound(line) == format()) return;
         throw Failure{unwritable,
-                      concat(out_.name(), ": ", inQuotes(trimmed(line).substr(0, 40)),
+                      concat(out_.name(), ": ", inQuotes(trimmed(asNamed).substr(0, 40)),
                              ", expected another name of the first column: the file would be read "
                              "as a table file; rename the column, or put another first")};
     }
