@@ -28,7 +28,7 @@ std::ostream& operator<<(std::ostream& out, const Scanned& scanned) {
 }
 
 bool isSpace(char c) { return c == ' ' || (c >= 9 && c <= 13); }
-bool isControl(char c) { return (c >= 0 && c < 32) || c == 127; }
+bool isControl(char c) { return static_cast<unsigned char>(c) < 32 || c == 127; }
 
 // The rules one by one, byte by byte, with no thought of speed.
 Scanned byTheRules(const std::string& line) {
