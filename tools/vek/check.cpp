@@ -2,14 +2,16 @@
 #include <unordered_map>
 
 #include <vekdb/host/keyed_hash.h>
-#include "tools/vek/cli/conditions.h"
-#include "tools/vek/cli/counting.h"
-#include "tools/vek/cli/input.h"
-#include "tools/vek/cli/keycode.h"
-#include "tools/vek/cli/readers.h"
-#include "tools/vek/cli/table_lines.h"
-#include "tools/vek/cli/width.h"
-#include "tools/vek/cli/write_formats.h"
+#include "formats/conditions.h"
+#include "formats/counting.h"
+#include "formats/input.h"
+#include "formats/keycode.h"
+#include "formats/readers.h"
+#include "formats/table_lines.h"
+#include "formats/width.h"
+#include "formats/write_formats.h"
+#include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/say.h"
 #include "tools/vek/commands.h"
 
 namespace vek {

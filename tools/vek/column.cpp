@@ -2,10 +2,12 @@
 #include <optional>
 
 #include <vekdb/views/field_map.h>
-#include "tools/vek/cli/column_names.h"
-#include "tools/vek/cli/readers.h"
-#include "tools/vek/cli/row_lengths.h"
-#include "tools/vek/cli/writers.h"
+#include "formats/column_names.h"
+#include "formats/readers.h"
+#include "formats/row_lengths.h"
+#include "formats/writers.h"
+#include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
 
 namespace vek {

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
-#include "tools/vek/cli/limits.h"
-#include "tools/vek/cli/log.h"
+#include "formats/limits.h"
+#include "formats/log.h"
+#include "tools/vek/cli/reading.h"
 
 namespace vek {
 

@@ -1,4 +1,4 @@
-#include "tools/vek/cli/output.h"
+#include "formats/output.h"
 #include "tools/vek/commands.h"
 
 namespace vek {

@@ -2,8 +2,11 @@
 
 #include <vekdb/host/paths.h>
 #include <vekdb/host/text_util.h>
-#include "tools/vek/cli/width.h"
-#include "tools/vek/cli/writers.h"
+#include "formats/width.h"
+#include "formats/writers.h"
+#include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/say.h"
+#include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
 
 namespace vek {

@@ -1,4 +1,6 @@
-#include "tools/vek/cli/writers.h"
+#include "formats/writers.h"
+#include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
 
 namespace vek {

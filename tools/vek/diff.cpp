@@ -1,8 +1,10 @@
-#include "tools/vek/cli/compare.h"
+#include "formats/compare.h"
+#include "formats/json.h"
+#include "formats/readers.h"
+#include "formats/width.h"
 #include "tools/vek/cli/grid.h"
-#include "tools/vek/cli/json.h"
-#include "tools/vek/cli/readers.h"
-#include "tools/vek/cli/width.h"
+#include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/say.h"
 #include "tools/vek/commands.h"
 
 namespace vek {

@@ -1,8 +1,9 @@
 #include <array>
 
+#include "formats/width.h"
+#include "formats/write_formats.h"
 #include "tools/vek/cli/grid.h"
-#include "tools/vek/cli/width.h"
-#include "tools/vek/cli/write_formats.h"
+#include "tools/vek/cli/reading.h"
 #include "tools/vek/commands.h"
 
 namespace vek {

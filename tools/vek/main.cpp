@@ -6,8 +6,10 @@
 #include <vekdb/host/diagnostics.h>
 #include <vekdb/host/os.h>
 #include <vekdb/support/version.h>
-#include "tools/vek/cli/limits.h"
-#include "tools/vek/cli/output.h"
+#include "formats/inform.h"
+#include "formats/output.h"
+#include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/say.h"
 #include "tools/vek/commands.h"
 
 namespace {
@@ -56,6 +58,7 @@ int ended(const Failure& failure) {
 int main(int count, char** words) {
     static SilentSink silent;
     setDiagnosticSink(&silent);
+    setInformer(say);
     // Column names are kept as they are written, ampersands included.
     setConfigInt("remove_fieldname_ampersands", 0);
     // The program is its own host, and nobody asks it for a single thread.

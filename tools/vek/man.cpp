@@ -1,5 +1,5 @@
 #include <vekdb/support/version.h>
-#include "tools/vek/cli/output.h"
+#include "formats/output.h"
 #include "tools/vek/commands.h"
 
 namespace vek {

@@ -5,10 +5,13 @@
 
 #include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/timecode.h>
-#include "tools/vek/cli/counting.h"
-#include "tools/vek/cli/readers.h"
-#include "tools/vek/cli/timecode.h"
-#include "tools/vek/cli/writers.h"
+#include "formats/counting.h"
+#include "formats/readers.h"
+#include "formats/timecode.h"
+#include "formats/writers.h"
+#include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/say.h"
+#include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
 
 namespace vek {

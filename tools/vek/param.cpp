@@ -1,6 +1,9 @@
-#include "tools/vek/cli/readers.h"
-#include "tools/vek/cli/width.h"
-#include "tools/vek/cli/write_formats.h"
+#include "formats/readers.h"
+#include "formats/width.h"
+#include "formats/write_formats.h"
+#include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/say.h"
+#include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
 
 namespace vek {

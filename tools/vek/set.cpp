@@ -1,6 +1,10 @@
+#include "formats/writers.h"
+#include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/edits.h"
 #include "tools/vek/cli/grid.h"
-#include "tools/vek/cli/writers.h"
+#include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/say.h"
+#include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
 
 namespace vek {

@@ -1,7 +1,10 @@
 #include <vekdb/views/field_map.h>
-#include "tools/vek/cli/column_names.h"
+#include "formats/column_names.h"
+#include "formats/writers.h"
+#include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/grid.h"
-#include "tools/vek/cli/writers.h"
+#include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
 
 namespace vek {

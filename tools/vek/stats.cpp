@@ -4,12 +4,15 @@
 
 #include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/strxcmp.h>
-#include "tools/vek/cli/counting.h"
-#include "tools/vek/cli/film_columns.h"
+#include "formats/counting.h"
+#include "formats/film_columns.h"
+#include "formats/keycode.h"
+#include "formats/readers.h"
+#include "formats/writers.h"
+#include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/grid.h"
-#include "tools/vek/cli/keycode.h"
-#include "tools/vek/cli/readers.h"
-#include "tools/vek/cli/writers.h"
+#include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/say.h"
 #include "tools/vek/commands.h"
 
 namespace vek {

@@ -1,13 +1,17 @@
 #include <algorithm>
 #include <charconv>
 
-#include "tools/vek/cli/counting.h"
+#include "formats/counting.h"
+#include "formats/film_columns.h"
+#include "formats/readers.h"
+#include "formats/timecode_form.h"
+#include "formats/writers.h"
+#include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/edits.h"
-#include "tools/vek/cli/film_columns.h"
 #include "tools/vek/cli/grid.h"
-#include "tools/vek/cli/readers.h"
-#include "tools/vek/cli/timecode_form.h"
-#include "tools/vek/cli/writers.h"
+#include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/say.h"
+#include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
 
 namespace vek {

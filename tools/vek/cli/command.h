@@ -4,7 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/vek/cli/exit.h"
+#include "formats/failure.h"
+#include "formats/suggestion.h"
 
 /// How a subcommand is declared. The command line, `--help`, the manual page and the
 /// completions of all three shells are made from this one declaration.
@@ -16,14 +17,15 @@
 ///    `tools/vek/commands.cpp`.
 /// 2. The declaration's last member is `int run(const Args&)`. It returns an ExitCode. Whatever
 ///    ends it early is thrown as a Failure{code, text}; main says it and leaves with the code.
-/// 3. Read with `readLog(args)` (cli/log.h): any format, a path or "-". A Log is the library's
+/// 3. Read with `readLog(args)` (cli/reading.h): any format, a path or "-". A Log is the library's
 ///    table, the line every row came from, and what was found wrong on the way. Before a file
 ///    is written back call `requireWhole(log)`, so that a row that could not be read is not lost.
-/// 4. Choose rows with `selectRows(log, selectionFrom(args))` (cli/select.h); what comes back is
+/// 4. Choose rows with `selectRows(log, selectionFrom(args))` (cli/choosing.h); what comes back is
 ///    a view. Declare the options for it by adding `selectionOptions()`.
-/// 5. Write to people and pipes through an Output (cli/output.h), never to std::cout: it finishes
+/// 5. Write to people and pipes through an Output (formats/output.h), never to std::cout: it
+/// finishes
 ///    with an error when the disk is full and quietly when a pipe is closed. Write logs with
-///    `writeLog` (cli/writers.h), and back into their own file with `saveInPlace`.
+///    `writeLog` (formats/writers.h), and back into their own file with `saveInPlace`.
 /// 6. Say messages with `say` as file:line: what was found, what was expected, what to do.
 /// 7. Add cases to tests/cli/cases/NAME/: one folder a case.
 namespace vek {
@@ -100,10 +102,5 @@ std::string longName(const Option& option);
 
 /// The words of "a|b|c".
 std::vector<std::string> choicesOf(const char* choices);
-
-/// Of `candidates` the one that `word` was most likely meant to be, or "".
-std::string nearest(std::string_view word, const std::vector<std::string>& candidates);
-/// "; did you mean X?", or "" when nothing is near.
-std::string suggestion(std::string_view word, const std::vector<std::string>& candidates);
 
 }  // namespace vek

@@ -3,7 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/vek/cli/log.h"
+#include "formats/log.h"
+#include "tools/vek/cli/command.h"
 
 namespace vek {
 

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <numeric>
 
-#include "tools/vek/cli/width.h"
+#include "formats/width.h"
 
 namespace vek {
 

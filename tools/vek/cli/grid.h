@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "formats/output.h"
 #include "tools/vek/cli/command.h"
-#include "tools/vek/cli/output.h"
 
 namespace vek {
 

@@ -1,0 +1,15 @@
+# A program that is started again and again by scripts starts sooner when it has no libraries to
+# look for first.
+set(VEKDB_PROGRAM_LINKS "")
+if(VEKDB_BUILD_TOOLS AND NOT BUILD_SHARED_LIBS AND NOT VEKDB_SANITIZE)
+    include(CheckLinkerFlag)
+    check_linker_flag(CXX "-static-pie" VEKDB_CAN_LINK_STATICALLY)
+    check_linker_flag(CXX "-static-libstdc++;-static-libgcc" VEKDB_CAN_LINK_RUNTIME_STATICALLY)
+    find_library(UTF8PROC_ARCHIVE libutf8proc.a)
+    find_library(RE2_ARCHIVE libre2.a)
+    if(VEKDB_CAN_LINK_STATICALLY AND UTF8PROC_ARCHIVE AND RE2_ARCHIVE)
+        set(VEKDB_PROGRAM_LINKS -static-pie)
+    elseif(VEKDB_CAN_LINK_RUNTIME_STATICALLY)
+        set(VEKDB_PROGRAM_LINKS -static-libstdc++ -static-libgcc)
+    endif()
+endif()

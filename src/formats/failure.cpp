@@ -1,0 +1,23 @@
+#include "formats/failure.h"
+
+#include "formats/width.h"
+
+namespace vek {
+
+namespace {
+
+constexpr std::size_t longestQuote = 60;
+
+}  // namespace
+
+std::string inQuotes(std::string_view text) {
+    if (text.size() <= longestQuote) return concat("\"", text, "\"");
+    return concat("\"", fitted(text.substr(0, 4 * longestQuote), longestQuote), "\"");
+}
+
+std::string counted(std::size_t count, const char* one, const char* many) {
+    std::string name = count == 1 ? one : many != nullptr ? many : std::string(one) + "s";
+    return std::to_string(count) + " " + name;
+}
+
+}  // namespace vek

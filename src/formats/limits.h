@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+/// How much a log may be, so that a stranger's small file does not exhaust the machine.
+namespace vek {
+
+struct Limits {
+    std::size_t bytes = std::size_t{16} << 30;
+    std::size_t cells = 0;  ///< 0: as many as the bytes give reason for
+};
+
+/// What holds for all logs that are read from now on.
+Limits& limits();
+
+/// A Failure when an input is larger than it may be.
+void requireBytes(const std::string& name, std::size_t bytes);
+/// A Failure when rows times columns are more than may be made of an input of so many bytes.
+void requireCells(const std::string& name, std::size_t rows, std::size_t columns,
+                  std::size_t bytes);
+
+}  // namespace vek

@@ -1,0 +1,55 @@
+#include "tools/vek/cli/reading.h"
+
+#include "formats/limits.h"
+#include "formats/timecode.h"
+
+namespace vek {
+
+Log readLog(const Args& args, std::string_view argument, const Wanted& wanted) {
+    return readLog(args.text(argument), args.text("from"), wanted);
+}
+
+Log readLogToChange(const Args& args, std::string_view argument) {
+    return readLogToChange(args.text(argument), args.text("from"));
+}
+
+Option fromOption() {
+    return {"--from", "FORMAT", "what the input is; found out by name and content as a rule", false,
+            "vekdb|csv|tsv|plain-csv|ale|edl|json|jsonl"};
+}
+
+Option fpsOption() {
+    return {"--fps", "RATE", "frames a second: 24, 25, 29.97, 29.97df (drop-frame), ..."};
+}
+
+std::string wantedRate(const Args& args) {
+    std::string text = args.text("fps");
+    if (!args.has("fps") || parseFrameRate(text)) return text;
+    throw Failure{wrongUsage, "--fps takes a rate such as 24 or 29.97, not " + inQuotes(text)};
+}
+
+Option gaugeOption() {
+    return {"--gauge", "MM",
+            "35 mm film with 4 perforations a frame (16 frames a foot), 3 or 2 (21 1/3, 32), "
+            "16 mm (40), or 65 mm with 5 (12.8)",
+            false, "35|35-4|35-3|35-2|16|65"};
+}
+
+const Gauge& wantedGauge(const Args& args) {
+    return *gaugeNamed(args.text("gauge", "35"));
+}
+
+std::vector<Option> limitOptions() {
+    return {
+        {"--max-bytes", "N", "refuse inputs of more bytes; 16 GiB as a rule"},
+        {"--max-cells", "N",
+         "refuse logs of more rows times columns; 16 million and 16 for each byte as a rule"},
+    };
+}
+
+void setLimits(const Args& args) {
+    limits().bytes = args.number("max-bytes", limits().bytes);
+    limits().cells = args.number("max-cells", limits().cells);
+}
+
+}  // namespace vek

@@ -1,0 +1,15 @@
+#include "tools/vek/cli/say.h"
+
+#include <unistd.h>
+
+#include "formats/width.h"
+
+namespace vek {
+
+void say(const std::string& text) {
+    std::string line = "vek: " + escaped(text) + "\n";
+    // Nothing is left to be told when even this stream is gone.
+    [[maybe_unused]] ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());
+}
+
+}  // namespace vek

@@ -1,0 +1,50 @@
+#include "tools/vek/cli/writing.h"
+
+#include "tools/vek/cli/reading.h"
+
+namespace vek {
+
+WriteStyle styleFrom(const Args& args, Target target) {
+    WriteStyle style;
+    if (args.has("crlf")) style.lineEnd = LineEnd::crlf;
+    style.rate = wantedRate(args);
+    style.shortReels = args.has("short-reels");
+    style.guardsFormulas = args.has("guard-formulas");
+    if (style.guardsFormulas && target != Target::csv && target != Target::tsv) {
+        throw Failure{wrongUsage, std::string("--guard-formulas is for csv and tsv, not ") +
+                                      targetName(target)};
+    }
+    style.ale = {args.text("video-format"), args.text("audio-format"), args.text("tracks"),
+                 args.all("map")};
+    if (style.ale.isAny() && target != Target::ale) {
+        throw Failure{wrongUsage,
+                      std::string("--video-format, --audio-format, --tracks and --map are for "
+                                  "ale, not ") +
+                          targetName(target)};
+    }
+    return style;
+}
+
+std::vector<Option> styleOptions() {
+    return {
+        {"--crlf", "", "end lines of CSV, TSV, ALE and EDL with CR and LF"},
+        {"--guard-formulas", "",
+         "CSV and TSV for spreadsheets: an apostrophe in front of cells that begin with =, +, -, "
+         "@, a tab or CR, which would be read as formulas; says how many"},
+        {"--short-reels", "", "reels of an edit list in 8 characters, the whole name beside them"},
+        fpsOption(),
+        {"--video-format", "FORMAT", "the heading of an ALE says this: 1080, 720, PAL, ..."},
+        {"--audio-format", "FORMAT", "the heading of an ALE says this: 48khz, ..."},
+        {"--tracks", "TRACKS", "a column Tracks in an ALE, the same for all clips: V, VA1A2, ..."},
+        {"--map", "OLD=NEW",
+         "an ALE calls the column OLD by the name NEW; those it knows, as Reel and Clip Name, "
+         "become Tape and Name by themselves",
+         true},
+    };
+}
+
+Option backupOption() {
+    return {"--backup", "", "keep the old file beside the new one, as FILE.bak"};
+}
+
+}  // namespace vek

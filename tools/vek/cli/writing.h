@@ -1,0 +1,18 @@
+#pragma once
+
+#include <vector>
+
+#include "formats/writers.h"
+#include "tools/vek/cli/command.h"
+
+namespace vek {
+
+/// The style that the command line asks for; a Failure where it does not go with the target.
+WriteStyle styleFrom(const Args& args, Target target);
+/// Its options.
+std::vector<Option> styleOptions();
+
+/// The --backup option.
+Option backupOption();
+
+}  // namespace vek
