@@ -12,11 +12,11 @@
 #include <set>
 #include <string>
 
-#include <vekdb/host/diagnostics.h>
 #include <vekdb/host/text_file.h>
 #include "exhaustion/scenarios.h"
 #include "testing/deferral.h"
 #include "testing/failing_allocator.h"
+#include "testing/quiet.h"
 
 namespace exhaustion {
 
@@ -24,6 +24,7 @@ namespace {
 
 using testing_support::CountingAllocator;
 using testing_support::FailingAllocator;
+using testing_support::Quiet;
 using Failing = FailingAllocator::Failing;
 
 struct Way {
@@ -42,16 +43,6 @@ unsigned rowsOfWorlds() {
     const char* set = std::getenv("VEKDB_EXHAUSTION_ROWS");
     return set != nullptr ? static_cast<unsigned>(std::atoi(set)) : 24;
 }
-
-/// Says nothing and takes no memory for it.
-struct Quiet final : iDiagnosticSink {
-    Quiet() : before(setDiagnosticSink(this)) {}
-    ~Quiet() { setDiagnosticSink(before); }
-    void debug(const char*) noexcept override {}
-    void log(const char*) noexcept override {}
-    void splat(const char*) noexcept override {}
-    iDiagnosticSink* before;
-};
 
 struct Outcome {
     bool fired = false;

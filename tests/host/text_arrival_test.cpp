@@ -2,6 +2,7 @@
 
 #include <vekdb/host/text_file.h>
 #include "host/file_io.h"
+#include "host/text_in_pieces.h"
 #include "testing/arrival.h"
 #include "testing/random.h"
 #include "testing/temp_dir.h"
@@ -332,7 +333,7 @@ TEST_F(TextArrivals, AFileGivesTheLinesThatItGivesWhenItIsReadAtOnce) {
         folder_.write("in", "x" + random.text(std::string("ab\r\n\n\0", 6), 80));
         TextFile ahead;
         TextFile atOnce;
-        ASSERT_TRUE(ahead.beginLoad(folder_.widePath("in"), '\n'));
+        ASSERT_TRUE(TextInPieces::beginLoad(ahead, folder_.widePath("in"), '\n'));
         ASSERT_TRUE(atOnce.load(folder_.widePath("in"), '\n', false));
         ASSERT_EQ(ahead.textSize(), atOnce.textSize());
         const auto asked = static_cast<unsigned>(random.below(8));
@@ -345,7 +346,7 @@ TEST_F(TextArrivals, AFileGivesTheLinesThatItGivesWhenItIsReadAtOnce) {
 TEST_F(TextArrivals, AFileThatIsStillComingCanBeAppendedToAndSaved) {
     folder_.write("in", std::string(50, 'a') + "\nb");
     TextFile file;
-    ASSERT_TRUE(file.beginLoad(folder_.widePath("in"), '\n'));
+    ASSERT_TRUE(TextInPieces::beginLoad(file, folder_.widePath("in"), '\n'));
     file.appendLine("c");
     ASSERT_TRUE(file.save(folder_.widePath("out"), TextFile::eLF));
     EXPECT_EQ(folder_.read("out"), std::string(50, 'a') + "\nb\nc\n");
@@ -354,7 +355,7 @@ TEST_F(TextArrivals, AFileThatIsStillComingCanBeAppendedToAndSaved) {
 TEST_F(TextArrivals, AFileThatDoesNotComeAheadHasNoLines) {
     TextFile file;
     file.appendLine("old");
-    EXPECT_FALSE(file.beginLoad(folder_.widePath("missing"), '\n'));
+    EXPECT_FALSE(TextInPieces::beginLoad(file, folder_.widePath("missing"), '\n'));
     EXPECT_EQ(file.size(), 0u);
 }
 

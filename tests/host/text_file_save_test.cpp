@@ -1,5 +1,6 @@
 #include <vekdb/host/text_file.h>
 #include "host/file_io.h"
+#include "host/text_in_pieces.h"
 
 #include "testing/failing_allocator.h"
 #include "testing/failing_calls.h"
@@ -379,9 +380,9 @@ protected:
 
 TEST_F(TextFileSaveWhileMade, GivesTheFileThatASaveGivesAndLeavesNoLines) {
     file.appendLine("before");
-    file.beginSave(folder.widePath("out"));
+    TextInPieces::beginSave(file, folder.widePath("out"));
     makeLines();
-    EXPECT_TRUE(file.endSave());
+    EXPECT_TRUE(TextInPieces::endSave(file));
     EXPECT_EQ(folder.read("out"), "before\n" + made);
     EXPECT_EQ(folder.names(), Names{"out"});
     EXPECT_EQ(file.size(), 0u);
@@ -391,32 +392,32 @@ TEST_F(TextFileSaveWhileMade, GivesTheFileThatASaveGivesAndLeavesNoLines) {
 TEST_F(TextFileSaveWhileMade, AFifoIsOpenedWhenAllLinesAreMade) {
     ASSERT_EQ(::mkfifo(folder.file("out").c_str(), 0600), 0);
     std::string received;
-    file.beginSave(folder.widePath("out"));
+    TextInPieces::beginSave(file, folder.widePath("out"));
     makeLines();
     EXPECT_EQ(file.textSize(), made.size());
     std::thread reader([&] { received = folder.read("out"); });
-    EXPECT_TRUE(file.endSave());
+    EXPECT_TRUE(TextInPieces::endSave(file));
     reader.join();
     EXPECT_TRUE(received == made);
 }
 
 TEST_F(TextFileSaveWhileMade, NoLinesAreAnEmptyFile) {
-    file.beginSave(folder.widePath("out"));
-    EXPECT_TRUE(file.endSave());
+    TextInPieces::beginSave(file, folder.widePath("out"));
+    EXPECT_TRUE(TextInPieces::endSave(file));
     EXPECT_EQ(folder.read("out"), "");
 }
 
 TEST_F(TextFileSaveWhileMade, KeepsOnlyAPartOfTheLinesInMemory) {
-    file.beginSave(folder.widePath("out"));
+    TextInPieces::beginSave(file, folder.widePath("out"));
     makeLines();
     EXPECT_LT(file.textSize(), made.size() / 2);
 }
 
 TEST_F(TextFileSaveWhileMade, FailsWherePathOrFolderIsNone) {
     for (const auto& path : {LightweightString<wchar_t>(), folder.widePath("no/out")}) {
-        file.beginSave(path);
+        TextInPieces::beginSave(file, path);
         makeLines();
-        EXPECT_FALSE(file.endSave());
+        EXPECT_FALSE(TextInPieces::endSave(file));
         EXPECT_EQ(file.size(), 0u);
     }
     EXPECT_EQ(folder.names(), Names{});
@@ -426,7 +427,7 @@ TEST_F(TextFileSaveWhileMade, AbandonedLeavesTheOldFileAndNoLitter) {
     folder.write("out", "old\n");
     {
         TextFile abandoned;
-        abandoned.beginSave(folder.widePath("out"));
+        TextInPieces::beginSave(abandoned, folder.widePath("out"));
         abandoned.appendLine("new");
     }
     EXPECT_EQ(folder.read("out"), "old\n");
@@ -441,9 +442,9 @@ TEST_F(TextFileSaveWhileMade, AFailedWriteLeavesTheOldFileAndNoLitter) {
     FileIO::systemCalls().write = [](int to, const void* from, std::size_t size) {
         return ++writes == 2 ? ssize_t{-1} : ::write(to, from, size);
     };
-    file.beginSave(folder.widePath("out"));
+    TextInPieces::beginSave(file, folder.widePath("out"));
     makeLines();
-    EXPECT_FALSE(file.endSave());
+    EXPECT_FALSE(TextInPieces::endSave(file));
     FileIO::systemCalls() = before;
     EXPECT_EQ(writes, 2);
     EXPECT_EQ(folder.read("out"), "old\n");
@@ -461,9 +462,9 @@ TEST_F(TextFileSaveWhileMade, WaitsForTheDiskUnlessToldNotTo) {
     for (const bool sync : {false, true}) {
         waits = 0;
         TextFile::syncToDisk = sync;
-        file.beginSave(folder.widePath("out"));
+        TextInPieces::beginSave(file, folder.widePath("out"));
         file.appendLine("line");
-        EXPECT_TRUE(file.endSave());
+        EXPECT_TRUE(TextInPieces::endSave(file));
         EXPECT_EQ(waits > 0, sync);
     }
     TextFile::syncToDisk = syncBefore;
@@ -471,14 +472,14 @@ TEST_F(TextFileSaveWhileMade, WaitsForTheDiskUnlessToldNotTo) {
 }
 
 TEST_F(TextFileSaveWhileMade, ALineMayBePartOfAnotherThatIsThere) {
-    file.beginSave(folder.widePath("out"));
+    TextInPieces::beginSave(file, folder.widePath("out"));
     const std::string other(100000, 'a');
     for (int i = 0; i < 40; ++i) {
         const std::string_view line = i % 5 == 0 ? other : file.line(0);
         made.append(line).append("\n");
         file.appendLine(line);
     }
-    EXPECT_TRUE(file.endSave());
+    EXPECT_TRUE(TextInPieces::endSave(file));
     EXPECT_TRUE(folder.read("out") == made);
 }
 

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -159,12 +160,49 @@ TEST(HostMemory, IsTheOnlyKindThatIsCounted) {
     stray = 0;
 }
 
-rlim_t addressSpace() {
-    unsigned long pages = 0;
+struct Size {
+    std::size_t whole = 0;
+    std::size_t resident = 0;
+};
+
+Size sizeOfProcess() {
+    Size size;
     std::FILE* file = std::fopen("/proc/self/statm", "r");
-    const int read = std::fscanf(file, "%lu", &pages);
+    const int read = std::fscanf(file, "%zu %zu", &size.whole, &size.resident);
     std::fclose(file);
-    return read == 1 ? pages * static_cast<rlim_t>(::sysconf(_SC_PAGESIZE)) : 0;
+    const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+    return read == 2 ? Size{size.whole * page, size.resident * page} : Size();
+}
+
+// What a loaded table makes the process larger.
+std::size_t takenByLoading(const TempDir& folder, unsigned rows) {
+    ::malloc_trim(0);
+    const std::size_t before = sizeOfProcess().resident;
+    const vekdb table(folder.widePath("log"), all, true);
+    EXPECT_EQ(rows, table.get_num_records());
+    return sizeOfProcess().resident - before;
+}
+
+// Of a row with so many values, besides its line.
+constexpr std::size_t bytesARow(std::size_t values) {
+    return 24 + (16 + 2 * values + 7) / 8 * 8 + 8;
+}
+
+TEST(HostMemory, OfALoadIsTheFilesAndAFewBytesARow) {
+    constexpr std::size_t pagesNotFull = std::size_t{8} << 20;
+    const TempDir folder;
+    writeLog(folder, 300000);
+    EXPECT_LT(takenByLoading(folder, 300000), std::filesystem::file_size(folder.file("log")) +
+                                                  300000 * bytesARow(4) + pagesNotFull);
+}
+
+TEST(HostMemory, OfALoadOfTinyRowsIsAFewBytesARow) {
+    constexpr std::size_t pagesNotFull = std::size_t{8} << 20;
+    const TempDir folder;
+    std::string rows = joined(headerAnd({"Digit"}, {}));
+    for (int i = 0; i < 1000000; ++i) rows += "\"7\"\n";
+    std::ofstream(folder.file("log"), std::ios::binary) << rows;
+    EXPECT_LT(takenByLoading(folder, 1000000), rows.size() + 1000000 * bytesARow(1) + pagesNotFull);
 }
 
 // Whether the table was loaded with so much memory more; else the host's exception left.
@@ -174,7 +212,7 @@ bool loadsWithin(const TempDir& folder, rlim_t more) {
     rlimit before;
     ::getrlimit(RLIMIT_AS, &before);
     rlimit limited = before;
-    limited.rlim_cur = addressSpace() + more;
+    limited.rlim_cur = sizeOfProcess().whole + more;
     ::setrlimit(RLIMIT_AS, &limited);
     bool isLoaded = false;
     int foreign = 0;

@@ -4,18 +4,19 @@
 #include <memory>
 #include <string>
 
-#include <vekdb/host/diagnostics.h>
 #include <vekdb/host/text_file.h>
 #include <vekdb/table.h>
 #include "host/file_io.h"
 #include "round_trip.h"
 #include "testing/failing_allocator.h"
 #include "testing/failing_calls.h"
+#include "testing/quiet.h"
 #include "testing/temp_dir.h"
 
 using testing::ElementsAre;
 using testing_support::CountingAllocator;
 using testing_support::failEachAllocation;
+using testing_support::Quiet;
 using testing_support::TempDir;
 
 namespace {
@@ -29,20 +30,6 @@ const std::string smallFile =
     "\"Reel\",\"Take\",\"Notes\",\"Tag\"\n"
     "\"A001\",\"3\",\"He said \"\"cut\"\"\\nthen left\",\"0\"\n"
     "\"A002\",\"\",\"C:\\\\new, , x\",\"1\"\n";
-
-// Takes what the library says without keeping it, so that it owns no memory.
-class Quiet final : public iDiagnosticSink {
-public:
-    Quiet() : before_(setDiagnosticSink(this)) {}
-    ~Quiet() { setDiagnosticSink(before_); }
-
-    void debug(const char*) noexcept override {}
-    void log(const char*) noexcept override {}
-    void splat(const char*) noexcept override {}
-
-private:
-    iDiagnosticSink* before_;
-};
 
 // Damaged files are many: they need not reach the disk, nor developers' eyes.
 class Damage : public testing::Test {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-
+#include "testing/failing_allocator.h"
 #include "testing/random.h"
 #include "vekdb/record/record_access.h"
 
@@ -35,6 +35,26 @@ TEST(Rows, CapacityCoversInStepsOfFiveHundred) {
     EXPECT_EQ(1500u, rows.capacity());
     rows.release();
     EXPECT_EQ(0u, rows.capacity());
+}
+
+long allocationsToCover(Rows& rows, unsigned from, unsigned to) {
+    const testing_support::CountingAllocator counted;
+    for (unsigned n = from; n <= to; ++n) rows.cover(n);
+    return counted.allocations();
+}
+
+TEST(Rows, TakeRoomForExpectedOnesInOneStepAndNoMoreThanSomeTimesThoseThatCame) {
+    Rows expecting;
+    expecting.cover(1);
+    expecting.expect(20000);
+    EXPECT_EQ(1, allocationsToCover(expecting, 2, 20000));
+    EXPECT_EQ(20000u, expecting.capacity());
+
+    Rows deceived;
+    deceived.expect(std::size_t{1} << 40);
+    const testing_support::CountingAllocator counted;
+    deceived.cover(1);
+    EXPECT_LE(counted.lastSize(), 500 * 64 * sizeof(void*));
 }
 
 TEST(Rows, AreOneArrayForReordering) {

@@ -1,12 +1,12 @@
 #include <gtest/gtest.h>
 
-#include <vekdb/host/diagnostics.h>
 #include <vekdb/host/grow_string.h>
+#include <vekdb/views/field_map.h>
 #include "testing/deferral.h"
 #include "testing/failing_allocator.h"
+#include "testing/quiet.h"
 #include "testing/temp_dir.h"
 #include "testing/views.h"
-#include <vekdb/views/field_map.h>
 
 // Every allocation of an operation fails once, in turn. The view must stay one that can be read,
 // edited and destroyed, and nothing may be lost.
@@ -16,16 +16,7 @@ namespace {
 using testing_support::CountingAllocator;
 using testing_support::failEachAllocation;
 using testing_support::FailingAllocator;
-
-/// Says nothing and takes no memory for it.
-struct Quiet final : iDiagnosticSink {
-    Quiet() : before(setDiagnosticSink(this)) {}
-    ~Quiet() { setDiagnosticSink(before); }
-    void debug(const char*) noexcept override {}
-    void log(const char*) noexcept override {}
-    void splat(const char*) noexcept override {}
-    iDiagnosticSink* before;
-};
+using testing_support::Quiet;
 
 void expectReadable(const VDBViewRep& view) {
     for (unsigned i = 0; i < view.get_num_records(); ++i) {

@@ -21,7 +21,8 @@ public:
 };
 
 /// Memory is exhausted, or a size is past what a block may have. The only
-/// exception that leaves the library; the object it left is as it was before.
+/// exception that leaves the library, but for what allocation operators of the application's
+/// throw, where it has them; the object it left is as it was before.
 class VEKDB_PUBLIC BadAlloc : public Base, public std::bad_alloc {
 public:
     const char* message() const noexcept override { return "out of memory"; }

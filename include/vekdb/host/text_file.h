@@ -56,21 +56,6 @@ public:
     /// 0 where it answered true, and before any load.
     int error() const { return error_; }
 
-    /// As load, but returns while the text of a large file is still coming: whoever asks for a
-    /// line waits for it, and may be thrown a TextArrival::Broken. False, and there are no
-    /// lines, also for every file that load takes at once.
-    bool beginLoad(const LightweightString<wchar_t>& path, char separator);
-    bool beginLoad(int descriptor, char separator);
-
-    /// What is there of the text, all of it or its beginning; waits for some of it at least.
-    std::string_view textSoFar() const;
-
-    /// Waits for all of a text that is still coming; may throw what asking for a line may throw.
-    void awaitAll() const;
-
-    /// The text that is still coming; null when all is there.
-    const Quor::Ptr<TextArrival>& arrival() const { return arrival_; }
-
     /// Writes every line with an end of line behind it, the last one included.
     /// The file at the path is replaced whole or not at all: the text goes to a
     /// file of unique name beside it, to the disk, and then over it. Symbolic
@@ -78,14 +63,6 @@ public:
     /// is as it was and nothing is left beside it. A character device or FIFO is
     /// written to directly. A style that is none of the above counts as eLF.
     bool save(const LightweightString<wchar_t>& path, eEOLStyle style) const;
-
-    /// Saves as save does with eLF, while the lines are made. In a file that was not loaded,
-    /// between the two calls lines are appended and nothing else is done; those that are there
-    /// go to the disk from time to time instead of staying, but to a device or FIFO all at once
-    /// at the end. endSave answers as save does and leaves no lines; without it the file at the
-    /// path stays as it was.
-    void beginSave(const LightweightString<wchar_t>& path);
-    bool endSave();
 
     /// Line i without its end of line; past the end the null string.
     LightweightString<char> operator[](unsigned i) const;
@@ -130,6 +107,14 @@ public:
     static bool syncToDisk;
 
 private:
+    friend class TextInPieces;
+
+    bool beginLoad(const LightweightString<wchar_t>& path, char separator);
+    bool beginLoad(int descriptor, char separator);
+    std::string_view textSoFar() const;
+    void awaitAll() const;
+    void beginSave(const LightweightString<wchar_t>& path);
+    bool endSave();
     void clear();
     bool keepLoaded(int error, std::size_t size, char separator);
     bool keepArriving(char separator);

@@ -4,6 +4,7 @@
 
 #include <vekdb/host/text_file.h>
 #include <vekdb/host/text_util.h>
+#include "host/text_in_pieces.h"
 #include "vekdb/record/line_store.h"
 #include "vekdb/record/record_access.h"
 
@@ -45,7 +46,7 @@ LineScan FileLines::read(dbrecord& record) {
 }
 
 TextLines::TextLines(TextFile& file, Mark mark)
-    : arrival_(file.arrival()), marks_(mark == Mark::asRead) {
+    : arrival_(TextInPieces::arrival(file)), marks_(mark == Mark::asRead) {
     size_ = arrival_ ? arrival_->text()->size() : file.textSize();
     const std::size_t offset = file.lineOffset(file.currentLine);
     store_ = new LineStore(file.takeText());
@@ -88,7 +89,7 @@ std::size_t TextLines::expectRest(unsigned values) {
     if (read_ == 0) return 0;
     const auto done = static_cast<std::size_t>(at_ - begin_);
     const auto left = static_cast<std::size_t>(store_->text() + size_ - at_);
-    const std::size_t lines = left / (done / read_ + 1);
+    const std::size_t lines = left / done * read_ + left % done * read_ / done;
     store_->expect(lines * LineSlices::bytesFor(values));
     return lines;
 }
@@ -130,8 +131,7 @@ LineScan TextLines::read(dbrecord& record) {
 
 LineScan TextLines::cutUp(dbrecord& record) {
     const auto offset = static_cast<std::uint64_t>(at_ - store_->text());
-    LineSlices* slices =
-        store_->openSlices(quoted_.mostValues(), offset + 1, QuotedLine::gap);
+    LineSlices* slices = store_->openSlices(quoted_.mostValues(), offset + 1, QuotedLine::gap);
     const unsigned count = quoted_.cutUp(at_, slices->next());
     store_->closeSlices(slices, count);
     at_ += quoted_.fullSize();

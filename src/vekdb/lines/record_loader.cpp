@@ -5,8 +5,14 @@
 #include <vekdb/host/diagnostics.h>
 #include "vekdb/lines/table_text.h"
 
-// So many lines tell how long the others are.
-static constexpr unsigned sampled = 16;
+namespace {
+
+// So many lines tell how long the others are: the first few roughly, more of them better.
+bool isSample(unsigned lines) {
+    return lines == 16 || lines == 1024;
+}
+
+}  // namespace
 
 /// The record of the line that is read, destroyed where it does not arrive in the rows.
 class RecordLoader::Row {
@@ -46,7 +52,7 @@ unsigned RecordLoader::load(int most) {
             row.append();
         else
             lines_.takeBack(row.record());
-        if (++loaded_ == sampled) expectRest(wanted - sampled);
+        if (isSample(++loaded_)) expectRest(wanted - loaded_);
     }
     return loaded_;
 }
@@ -55,7 +61,7 @@ unsigned RecordLoader::load(int most) {
 void RecordLoader::expectRest(unsigned most) {
     if (!sieve_.isOpen()) return;
     const std::size_t expected = lines_.expectRest(parts_.columns.count());
-    parts_.rows.pool().expect(std::min<std::size_t>(most, expected));
+    parts_.rows.expect(std::min<std::size_t>(most, expected));
 }
 
 bool RecordLoader::readNext(dbrecord& record) {

@@ -6,6 +6,7 @@
 #include <vekdb/host/diagnostics.h>
 #include <vekdb/host/text_file.h>
 #include <vekdb/host/text_util.h>
+#include "host/text_in_pieces.h"
 #include "vekdb/lines/line_scanner.h"
 #include "vekdb/lines/record_lines.h"
 #include "vekdb/lines/table_text.h"
@@ -47,7 +48,7 @@ int revisionOf(std::string_view value) {
 int readRevision(std::string_view value, const TextFile& file) {
     const int revision = revisionOf(value);
     if (revision != currentRevision) {
-        file.awaitAll();
+        TextInPieces::awaitAll(file);
         debug_printf("vekdb::read_text:  Warning: vekdb is revision %d, current level is %d\n",
                      revision, currentRevision);
     }
@@ -73,7 +74,7 @@ std::size_t TableHeader::readLine() {
 }
 
 bool TableHeader::mayBegin() const {
-    const std::string_view text = file_.textSoFar();
+    const std::string_view text = TextInPieces::textSoFar(file_);
     const std::size_t end = text.find_first_of(std::string_view("\n\0", 2));
     const std::string_view line = text.substr(0, std::min(end, mostToTell));
     std::vector<char> values(line.size() + 1);

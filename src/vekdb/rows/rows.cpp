@@ -5,15 +5,19 @@
 
 #include <vekdb/host/exceptions.h>
 #include <vekdb/host/os.h>
+#include "host/large_pages.h"
 #include "vekdb/record/record_access.h"
 
 namespace {
 
-// Makes room for `slots` pointers and zeroes what is new.
+// So many times the rows that are there may be taken room for by what is expected.
+constexpr std::size_t mostAhead = 64;
+
+// Makes room for `slots` pointers; what is new is undefined.
 void resizeSlots(dbrecord**& block, std::size_t& room, std::size_t slots) {
-    block =
-        static_cast<dbrecord**>(OS()->allocator()->reallocate(block, slots * sizeof(dbrecord*)));
-    std::memset(block + room, 0, (slots - room) * sizeof(dbrecord*));
+    const std::size_t bytes = slots * sizeof(dbrecord*);
+    block = static_cast<dbrecord**>(OS()->allocator()->reallocate(block, bytes));
+    expectFilling(block, bytes);
     room = slots;
 }
 
@@ -27,7 +31,8 @@ void freeSlots(dbrecord**& block, std::size_t& room) {
 
 void Rows::makeRoom(std::size_t slots) {
     if (slots <= room_) return;
-    resizeSlots(slots_, room_, std::max(slots, room_ + room_ / 2));
+    const std::size_t ahead = std::min(expected_, slots * mostAhead);
+    resizeSlots(slots_, room_, std::max({slots, room_ + room_ / 2, ahead}));
 }
 
 void Rows::addChunk() {
@@ -40,6 +45,12 @@ void Rows::cover(std::uint64_t rows) {
     if (capacity >= none) throw Quor::Exception::BadAlloc();
     makeRoom(static_cast<std::size_t>(capacity));
     capacity_ = static_cast<unsigned>(capacity);
+}
+
+void Rows::expect(std::size_t more) noexcept {
+    pool_.expect(more);
+    // With the step that is always free.
+    expected_ = count_ + more + chunk;
 }
 
 void Rows::append(dbrecord* record) {
@@ -94,8 +105,16 @@ dbrecord** Rows::inOneArray() {
     return slots_;
 }
 
+// Slots behind the tagged count that were never filled are null.
+void Rows::makeTaggedRoom() {
+    if (taggedRoom_ > capacity_) return;
+    const std::size_t before = taggedRoom_;
+    resizeSlots(tagged_, taggedRoom_, std::size_t{capacity_} + 1);
+    std::fill(tagged_ + before, tagged_ + taggedRoom_, nullptr);
+}
+
 void Rows::indexTags() {
-    if (taggedRoom_ <= capacity_) resizeSlots(tagged_, taggedRoom_, std::size_t{capacity_} + 1);
+    makeTaggedRoom();
     forgetDeleted();
     taggedCount_ = 0;
     for (unsigned i = 0; i < count_; ++i) {
@@ -150,5 +169,6 @@ void Rows::release() {
     pool_.releaseSlabs();
     freeSlots(slots_, room_);
     freeSlots(tagged_, taggedRoom_);
+    expected_ = 0;
     count_ = capacity_ = gapAt_ = gap_ = taggedCount_ = tagsOnly_ = 0;
 }

@@ -49,6 +49,8 @@ public:
     void addChunk();
     /// Adds chunks until the capacity covers `rows`; throws BadAlloc where no table can.
     void cover(std::uint64_t rows);
+    /// About so many more rows are to come: memory for them is taken in fewer steps.
+    void expect(std::size_t more) noexcept;
 
     /// Appends `record`; the capacity covers it.
     void append(dbrecord* record);
@@ -70,10 +72,12 @@ private:
     void forgetDeleted();
     void moveGapTo(unsigned at);
     void makeRoom(std::size_t slots);
+    void makeTaggedRoom();
 
     RecordPool pool_;
     dbrecord** slots_ = nullptr;
     std::size_t room_ = 0;
+    std::size_t expected_ = 0;  // rows, by the time that all have come
     unsigned count_ = 0;
     unsigned capacity_ = 0;
     unsigned gapAt_ = 0;  // rows before the gap; all of them while there is none

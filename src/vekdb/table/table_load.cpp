@@ -7,6 +7,7 @@
 #include <vekdb/host/text_file.h>
 #include <vekdb/table.h>
 #include "host/text_arrival.h"
+#include "host/text_in_pieces.h"
 #include "vekdb/lines/plain_csv.h"
 #include "vekdb/lines/record_lines.h"
 #include "vekdb/lines/record_loader.h"
@@ -82,8 +83,8 @@ void vekdb::fillFromFile(const Load& load) {
 bool vekdb::fillWhileReading(const Load& load) {
     if (mayBeOverridden()) return false;
     TextFile file;
-    const bool isArriving = load.descriptor ? file.beginLoad(*load.descriptor, '\n')
-                                            : file.beginLoad(parts().fileName, '\n');
+    const bool isArriving = load.descriptor ? TextInPieces::beginLoad(file, *load.descriptor, '\n')
+                                            : TextInPieces::beginLoad(file, parts().fileName, '\n');
     if (!isArriving) return false;
     try {
         fillFrom(file, load);
@@ -98,7 +99,7 @@ void vekdb::fillFrom(TextFile& file, const Load& load) {
     dbrecord header(headerRoom);
     TableHeader reader(*this, parts(), file, header);
     if (!reader.mayBegin()) return;
-    if (!reader.readColumns(load.requireMagic)) return file.awaitAll();
+    if (!reader.readColumns(load.requireMagic)) return TextInPieces::awaitAll(file);
     post_init();
     const RowSieve sieve(load.choice, *this, parts());
     // Records that nobody has seen yet are not marked as changed in the first place.
