@@ -1,6 +1,6 @@
 #include "formats/failure.h"
 
-#include "formats/width.h"
+#include "formats/text/width.h"
 
 namespace vek {
 

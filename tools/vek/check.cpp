@@ -2,14 +2,14 @@
 #include <unordered_map>
 
 #include <vekdb/host/keyed_hash.h>
-#include "formats/conditions.h"
-#include "formats/counting.h"
-#include "formats/input.h"
-#include "formats/keycode.h"
-#include "formats/readers.h"
-#include "formats/table_lines.h"
-#include "formats/width.h"
-#include "formats/write_formats.h"
+#include "formats/reading/input.h"
+#include "formats/table_file/table_lines.h"
+#include "formats/text/text_lines.h"
+#include "formats/text/width.h"
+#include "formats/timecode/clip_columns.h"
+#include "formats/timecode/counting.h"
+#include "formats/timecode/keycode.h"
+#include "formats/writing/write_formats.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/commands.h"

@@ -2,10 +2,10 @@
 #include <optional>
 
 #include <vekdb/views/field_map.h>
-#include "formats/column_names.h"
-#include "formats/readers.h"
-#include "formats/row_lengths.h"
-#include "formats/writers.h"
+#include "formats/delimited/row_lengths.h"
+#include "formats/log/column_names.h"
+#include "formats/text/text_lines.h"
+#include "formats/writing/writers.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
@@ -18,9 +18,9 @@ constexpr const char* mapName = "V5_FIELD_MAP";
 
 // Edits the columns of a log, and with them the field map, which names columns by position. The
 // map works by names, so columns of one name are told apart meanwhile.
-class Columns {
+class ColumnEdits {
 public:
-    explicit Columns(Log& log) : log_(log), distinct_(log) {
+    explicit ColumnEdits(Log& log) : log_(log), distinct_(log) {
         if (!log.parameter(mapName).empty()) map_.emplace(*log.table);
     }
 
@@ -128,27 +128,27 @@ void requireWords(const std::vector<std::string>& words, std::size_t least, std:
 
 void addColumn(Log& log, const std::vector<std::string>& words) {
     requireWords(words, 1, 2, "add FILE NAME [TYPE]");
-    Columns(log).add(words[0], words.size() > 1 ? typeNamed(words[1]) : DBFieldTypes::text);
+    ColumnEdits(log).add(words[0], words.size() > 1 ? typeNamed(words[1]) : DBFieldTypes::text);
 }
 
 void removeColumn(Log& log, const std::vector<std::string>& words) {
     requireWords(words, 1, 1, "remove FILE NAME");
     unsigned column = log.requireColumn(words[0]);
-    Columns(log).remove(column);
+    ColumnEdits(log).remove(column);
 }
 
 void renameColumn(Log& log, const std::vector<std::string>& words) {
     requireWords(words, 2, 2, "rename FILE NAME NEW");
     unsigned column = log.requireColumn(words[0]);
     std::string was = log.columnName(column);
-    Columns(log).rename(column, was, words[1]);
+    ColumnEdits(log).rename(column, was, words[1]);
 }
 
 void typeColumn(Log& log, const std::vector<std::string>& words) {
     requireWords(words, 2, 2, "type FILE NAME TYPE");
     DBFieldTypes::eType type = typeNamed(words[1]);
     unsigned column = log.requireColumn(words[0]);
-    Columns(log).setType(column, type);
+    ColumnEdits(log).setType(column, type);
 }
 
 int orderColumns(Log& log, const std::vector<std::string>& words, bool backup) {
@@ -156,7 +156,7 @@ int orderColumns(Log& log, const std::vector<std::string>& words, bool backup) {
     std::vector<unsigned> order = namedColumns(log, words);
     nameColumns(log, order);
     if (log.format != Format::table) return saveReordered(log, order, backup);
-    Columns(log).order(order);
+    ColumnEdits(log).order(order);
     saveInPlace(log, backup);
     return done;
 }

@@ -1,4 +1,4 @@
-#include "formats/output.h"
+#include "formats/writing/output.h"
 #include "tools/vek/commands.h"
 
 namespace vek {

@@ -2,8 +2,8 @@
 
 #include <vekdb/host/paths.h>
 #include <vekdb/host/text_util.h>
-#include "formats/width.h"
-#include "formats/writers.h"
+#include "formats/text/width.h"
+#include "formats/writing/writers.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/cli/writing.h"

@@ -1,4 +1,4 @@
-#include "formats/writers.h"
+#include "formats/writing/writers.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
@@ -45,7 +45,7 @@ Command convertCommand() {
          {"OUT", "the file to write, its ending names the format; or - for standard output"}},
         join({fromOption(),
               {"--to", "FORMAT", "what to write; the ending of OUT as a rule", false,
-               "vekdb|csv|tsv|json|jsonl|ale|edl|markdown|html"}},
+               writableFormats().c_str()}},
              styleOptions()),
         run,
     };

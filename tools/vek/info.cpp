@@ -1,7 +1,7 @@
 #include <array>
 
-#include "formats/width.h"
-#include "formats/write_formats.h"
+#include "formats/text/width.h"
+#include "formats/writing/write_formats.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/commands.h"

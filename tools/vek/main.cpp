@@ -7,7 +7,7 @@
 #include <vekdb/host/os.h>
 #include <vekdb/support/version.h>
 #include "formats/inform.h"
-#include "formats/output.h"
+#include "formats/writing/output.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/commands.h"

@@ -1,5 +1,5 @@
 #include <vekdb/support/version.h>
-#include "formats/output.h"
+#include "formats/writing/output.h"
 #include "tools/vek/commands.h"
 
 namespace vek {

@@ -5,10 +5,10 @@
 
 #include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/timecode.h>
-#include "formats/counting.h"
-#include "formats/readers.h"
-#include "formats/timecode.h"
-#include "formats/writers.h"
+#include "formats/text/text_lines.h"
+#include "formats/timecode/counting.h"
+#include "formats/timecode/timecode.h"
+#include "formats/writing/writers.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/cli/writing.h"
@@ -357,7 +357,7 @@ Command mergeCommand() {
              {"-y,--yes", "", "join logs of different frame rates all the same"},
              {"-o,--output", "OUT", "write this file; standard output as a rule"},
              {"--to", "FORMAT", "what to write; the ending of OUT as a rule", false,
-              "vekdb|csv|tsv|json|jsonl|ale|edl|markdown|html"},
+              writableFormats().c_str()},
              fromOption()},
             styleOptions()),
         run,

@@ -1,4 +1,4 @@
-#include "formats/writers.h"
+#include "formats/writing/writers.h"
 #include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/edits.h"
 #include "tools/vek/cli/grid.h"

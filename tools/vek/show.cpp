@@ -1,6 +1,6 @@
 #include <vekdb/views/field_map.h>
-#include "formats/column_names.h"
-#include "formats/writers.h"
+#include "formats/log/column_names.h"
+#include "formats/writing/writers.h"
 #include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/reading.h"
@@ -109,6 +109,11 @@ int run(const Args& args) {
     return narrows(selection) && selected.matched == 0 ? found : readingResult(log);
 }
 
+const std::string& printedFormats() {
+    static const std::string printed = "table|" + writableFormats();
+    return printed;
+}
+
 }  // namespace
 
 Command showCommand() {
@@ -130,8 +135,7 @@ Command showCommand() {
         join(join(selectionOptions(),
                   {{"-c,--columns", "A,B", "these columns, in this order"},
                    {"-a,--all", "", "all columns, whatever the field map says"},
-                   {"-f,--format", "FORMAT", "what to print", false,
-                    "table|csv|tsv|json|jsonl|markdown|html|vekdb|ale|edl"},
+                   {"-f,--format", "FORMAT", "what to print", false, printedFormats().c_str()},
                    {"-o,--output", "OUT", "write a file; its ending gives the format"},
                    fromOption()}),
              join(styleOptions(), screenOptions())),

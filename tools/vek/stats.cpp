@@ -4,11 +4,11 @@
 
 #include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/strxcmp.h>
-#include "formats/counting.h"
-#include "formats/film_columns.h"
-#include "formats/keycode.h"
-#include "formats/readers.h"
-#include "formats/writers.h"
+#include "formats/text/text_lines.h"
+#include "formats/timecode/clip_columns.h"
+#include "formats/timecode/counting.h"
+#include "formats/timecode/keycode.h"
+#include "formats/writing/writers.h"
 #include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/reading.h"

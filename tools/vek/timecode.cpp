@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <charconv>
 
-#include "formats/counting.h"
-#include "formats/film_columns.h"
-#include "formats/readers.h"
-#include "formats/timecode_form.h"
-#include "formats/writers.h"
+#include "formats/text/text_lines.h"
+#include "formats/timecode/clip_columns.h"
+#include "formats/timecode/counting.h"
+#include "formats/timecode/timecode_form.h"
+#include "formats/writing/writers.h"
 #include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/edits.h"
 #include "tools/vek/cli/grid.h"

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "formats/select.h"
+#include "formats/choosing/select.h"
 #include "tools/vek/cli/command.h"
 
 namespace vek {

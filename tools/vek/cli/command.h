@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "formats/failure.h"
-#include "formats/suggestion.h"
+#include "formats/text/suggestion.h"
 
 /// How a subcommand is declared. The command line, `--help`, the manual page and the
 /// completions of all three shells are made from this one declaration.
@@ -20,14 +20,15 @@
 /// 3. Read with `readLog(args)` (cli/reading.h): any format, a path or "-". A Log is the library's
 ///    table, the line every row came from, and what was found wrong on the way. Before a file
 ///    is written back call `requireWhole(log)`, so that a row that could not be read is not lost.
-/// 4. Choose rows with `selectRows(log, selectionFrom(args))` (cli/choosing.h); what comes back is
-///    a view. Declare the options for it by adding `selectionOptions()`.
-/// 5. Write to people and pipes through an Output (formats/output.h), never to std::cout: it
-/// finishes
-///    with an error when the disk is full and quietly when a pipe is closed. Write logs with
-///    `writeLog` (formats/writers.h), and back into their own file with `saveInPlace`.
+/// 4. Choose rows with `selectRows(log, selectionFrom(args))` (formats/choosing/select.h and
+///    cli/choosing.h); what comes back is a view. Declare the options for it by adding
+///    `selectionOptions()`.
+/// 5. Write to people and pipes through an Output (formats/writing/output.h), never to std::cout:
+///    it finishes with an error when the disk is full and quietly when a pipe is closed. Write
+///    logs with `writeSheet` (formats/formats.h) and the options of cli/writing.h, and back into
+///    their own file with `saveInPlace` (formats/writing/writers.h).
 /// 6. Say messages with `say` as file:line: what was found, what was expected, what to do.
-/// 7. Add cases to tests/cli/cases/NAME/: one folder a case.
+/// 7. Add cases to tests/cli/cases/NAME/: one file a case.
 namespace vek {
 
 struct Example {

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "formats/log.h"
+#include "formats/log/log.h"
 #include "tools/vek/cli/command.h"
 
 namespace vek {

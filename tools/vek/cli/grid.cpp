@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <numeric>
 
-#include "formats/width.h"
+#include "formats/text/width.h"
 
 namespace vek {
 

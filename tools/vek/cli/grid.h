@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "formats/output.h"
+#include "formats/writing/output.h"
 #include "tools/vek/cli/command.h"
 
 namespace vek {

@@ -1,7 +1,7 @@
 #include "tools/vek/cli/reading.h"
 
-#include "formats/limits.h"
-#include "formats/timecode.h"
+#include "formats/reading/limits.h"
+#include "formats/timecode/timecode.h"
 
 namespace vek {
 
@@ -15,7 +15,7 @@ Log readLogToChange(const Args& args, std::string_view argument) {
 
 Option fromOption() {
     return {"--from", "FORMAT", "what the input is; found out by name and content as a rule", false,
-            "vekdb|csv|tsv|plain-csv|ale|edl|json|jsonl"};
+            readableFormats().c_str()};
 }
 
 Option fpsOption() {

@@ -2,7 +2,7 @@
 
 #include <unistd.h>
 
-#include "formats/width.h"
+#include "formats/text/width.h"
 
 namespace vek {
 

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "formats/writers.h"
+#include "formats/writing/writers.h"
 #include "tools/vek/cli/command.h"
 
 namespace vek {

@@ -1,0 +1,125 @@
+#include "formats/delimited/delimited_scanner.h"
+#include "formats/reading/readers.h"
+#include "formats/reading/table_builder.h"
+#include "formats/text/text_lines.h"
+
+namespace vek {
+
+namespace {
+
+// A log exchange file: a Heading of name/value pairs, a Column line and the rows behind Data.
+class AleReader {
+public:
+    AleReader(Text text, Log& log)
+        : log_(log),
+          builder_(log, std::move(text.block)),
+          begin_(builder_.text() + text.start),
+          walk_({begin_, static_cast<std::size_t>(builder_.textEnd() - begin_)}) {}
+
+    void read() {
+        expectSection("Heading");
+        readHeading();
+        readColumns();
+        if (!hasColumns_) refuse("the end of the file", "a line of column names behind \"Column\"");
+        expectSection("Data");
+        readRows();
+        builder_.finish();
+    }
+
+private:
+    struct Entry {
+        std::size_t line;
+        std::string_view name;
+        std::string_view value;
+    };
+
+    [[noreturn]] void refuse(const std::string& found, const std::string& expected) const {
+        throw Failure{unreadable, worded(log_.name, {walk_.number(), "", found, expected, ""})};
+    }
+
+    // The next line that is not empty.
+    bool nextFilled(std::string_view& line) {
+        while (walk_.next(line)) {
+            if (!trimmed(line).empty()) return true;
+        }
+        return false;
+    }
+
+    void expectSection(const char* name) {
+        std::string_view line;
+        std::string expected = "a line " + inQuotes(name);
+        if (!nextFilled(line)) refuse("the end of the file", expected);
+        if (!sameText(trimmed(line), name)) refuse(inQuotes(trimmed(line)), expected);
+    }
+
+    void readHeading() {
+        std::string_view line;
+        while (nextFilled(line)) {
+            if (sameText(trimmed(line), "Column")) return;
+            addEntries(line);
+        }
+        refuse("the end of the file", "a line \"Column\"");
+    }
+
+    // One pair a line as a rule; some programs put all of them on one.
+    void addEntries(std::string_view line) {
+        std::vector<std::string_view> pieces = split(line, '\t');
+        while (pieces.size() > 2 && pieces.back().empty()) pieces.pop_back();
+        if (pieces.size() <= 2 || pieces.size() % 2 != 0) {
+            std::size_t tab = std::min(line.find('\t'), line.size());
+            addEntry(line.substr(0, tab), line.substr(std::min(tab + 1, line.size())));
+            return;
+        }
+        for (std::size_t i = 0; i < pieces.size(); i += 2) addEntry(pieces[i], pieces[i + 1]);
+    }
+
+    void addEntry(std::string_view name, std::string_view value) {
+        entries_.push_back({walk_.number(), name, value});
+    }
+
+    void readColumns() {
+        std::string_view line;
+        if (!nextFilled(line)) return;
+        std::vector<std::string_view> names = split(line, '\t');
+        while (names.size() > 1 && trimmed(names.back()).empty()) names.pop_back();
+        builder_.setColumns(asStrings(names));
+        hasColumns_ = true;
+        for (const Entry& entry : entries_) {
+            builder_.addParameter(entry.line, entry.name, entry.value);
+        }
+    }
+
+    void readRows() {
+        char* const first = builder_.textEnd() - walk_.rest().size();
+        DelimitedScanner scanner(first, builder_.textEnd(), '\t',
+                                 DelimitedScanner::Quotes::ordinary, walk_.number() + 1);
+        while (!scanner.atEnd()) {
+            const std::size_t line = scanner.line();
+            const std::vector<std::string_view>& cells = scanner.takeRecord();
+            if (cells.size() == 1 && trimmed(cells[0]).empty()) continue;
+            builder_.addRow(line, cells, scanner.room(), hasClosingTab(cells) ? 1 : 0);
+        }
+        const bool isCrlf = scanner.lineEnd() == LineEnd::crlf;
+        log_.lineEnd = isCrlf ? LineEnd::crlf : walk_.lineEnd();
+    }
+
+    // Rows may end in a tab as the column line may; it opens no further cell.
+    bool hasClosingTab(const std::vector<std::string_view>& cells) const {
+        return cells.size() == builder_.columnCount() + 1 && cells.back().empty();
+    }
+
+    Log& log_;
+    TableBuilder builder_;
+    char* begin_;
+    LineWalk walk_;
+    std::vector<Entry> entries_;
+    bool hasColumns_ = false;
+};
+
+}  // namespace
+
+void readAle(Text text, Log& log) {
+    AleReader(std::move(text), log).read();
+}
+
+}  // namespace vek

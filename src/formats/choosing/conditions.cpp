@@ -1,0 +1,141 @@
+#include "formats/choosing/conditions.h"
+
+#include <algorithm>
+#include <memory>
+
+#include <vekdb/host/strxcmp.h>
+#include <vekdb/host/text_search.h>
+#include <vekdb/host/text_util.h>
+#include "formats/choosing/regex.h"
+#include "formats/text/text_lines.h"
+#include "formats/timecode/clip_columns.h"
+#include "formats/timecode/timecode.h"
+
+namespace vek {
+
+namespace {
+
+template <class Holds>
+RowTest testOfCell(const Log& log, unsigned column, Holds holds) {
+    return [&log, column, holds](unsigned row) { return holds(log.cell(row, column)); };
+}
+
+bool holds(Operator op, int order) {
+    switch (op) {
+        case Operator::less:
+            return order < 0;
+        case Operator::lessOrEqual:
+            return order <= 0;
+        case Operator::greater:
+            return order > 0;
+        default:
+            return order >= 0;
+    }
+}
+
+struct OperatorText {
+    const char* text;
+    Operator op;
+};
+
+// Longer ones first, so that "<=" is not read as "<".
+constexpr OperatorText operators[] = {
+    {"==", Operator::equal},          {"!=", Operator::notEqual}, {"<=", Operator::lessOrEqual},
+    {">=", Operator::greaterOrEqual}, {"<", Operator::less},      {">", Operator::greater},
+    {"~", Operator::matches},         {"=", Operator::contains},
+};
+
+const OperatorText* operatorAt(std::string_view text) {
+    for (const OperatorText& entry : operators) {
+        if (text.starts_with(entry.text)) return &entry;
+    }
+    return nullptr;
+}
+
+bool rangeHolds(std::string_view start, std::string_view end, long long wanted) {
+    std::optional<Timecode> from = parseTimecode(start);
+    std::optional<Timecode> to = parseTimecode(end);
+    if (!from || !to) return false;
+    bool isBehindStart = from->order() <= wanted;
+    bool isBeforeEnd = wanted <= to->order();
+    return isOverMidnight(*from, *to) ? isBehindStart || isBeforeEnd : isBehindStart && isBeforeEnd;
+}
+
+}  // namespace
+
+Condition parseCondition(const Log& log, const std::string& text) {
+    for (std::size_t at = 1; at < text.size(); ++at) {
+        const OperatorText* entry = operatorAt(std::string_view(text).substr(at));
+        if (entry == nullptr) continue;
+        std::string value = text.substr(at + std::string_view(entry->text).size());
+        bool isEmptyTest = entry->op == Operator::contains && value.empty();
+        return {log.requireColumn(trimmed(text.substr(0, at))),
+                isEmptyTest ? Operator::empty : entry->op, value};
+    }
+    throw Failure{wrongUsage, inQuotes(text) +
+                                  " is no condition, expected COLUMN=TEXT or one of "
+                                  "==, !=, <, <=, >, >=, ~ between the two"};
+}
+
+int comparePeople(std::string_view a, std::string_view b) {
+    std::optional<Timecode> first = parseTimecode(a);
+    std::optional<Timecode> second = parseTimecode(b);
+    if (!first || !second) return strxcmp(trimmed(a), trimmed(b));
+    auto order = first->order() <=> second->order();
+    return order < 0 ? -1 : order > 0 ? 1 : 0;
+}
+
+RowTest testOf(const Log& log, const Condition& condition) {
+    const std::string& text = condition.text;
+    switch (condition.op) {
+        case Operator::empty:
+            return testOfCell(log, condition.column, [](auto cell) { return cell.empty(); });
+        case Operator::equal:
+            return testOfCell(log, condition.column, [text](auto cell) { return cell == text; });
+        case Operator::notEqual:
+            return testOfCell(log, condition.column, [text](auto cell) { return cell != text; });
+        case Operator::matches: {
+            auto regex = std::make_shared<Regex>(text);
+            return testOfCell(log, condition.column,
+                              [regex](auto cell) { return regex->matches(cell); });
+        }
+        default:
+            return testOfCell(log, condition.column, [text, op = condition.op](auto cell) {
+                return !cell.empty() && holds(op, comparePeople(cell, text));
+            });
+    }
+}
+
+bool asksFor(const std::vector<Condition>& conditions, unsigned column) {
+    return std::any_of(conditions.begin(), conditions.end(),
+                       [&](const Condition& condition) { return condition.column == column; });
+}
+
+void askTable(const Log& log, const std::vector<Condition>& conditions) {
+    using namespace TextSearch;
+    // The query has one entry a column; the empty ones match everything.
+    std::vector<Criteria> query(log.columnCount());
+    for (const Condition& condition : conditions) {
+        query[condition.column] = Criteria(Criterion(cellText(condition.text), eMatchContains));
+    }
+    log.table->setQuery(query);
+}
+
+RowTest timecodeTest(const Log& log, const std::string& timecode) {
+    std::optional<Timecode> wanted = parseTimecode(timecode);
+    if (!wanted) {
+        throw Failure{wrongUsage,
+                      "--at takes a timecode such as 01:00:05:00, not " + inQuotes(timecode)};
+    }
+    std::vector<RangeColumns> pairs = rangeColumns(log);
+    if (pairs.empty()) {
+        throw Failure{wrongUsage, log.name + ": no pair of start and end columns for --at"};
+    }
+    return [&log, pairs, order = wanted->order()](unsigned row) {
+        return std::any_of(pairs.begin(), pairs.end(), [&](const RangeColumns& pair) {
+            return rangeHolds(log.cell(row, pair.start), log.cell(row, pair.end), order);
+        });
+    };
+}
+
+}  // namespace vek

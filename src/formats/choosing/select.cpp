@@ -1,0 +1,197 @@
+#include "formats/choosing/select.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+#include <vekdb/host/keyed_hash.h>
+#include <vekdb/host/text_util.h>
+#include "formats/choosing/conditions.h"
+#include "formats/text/text_lines.h"
+
+namespace vek {
+
+namespace {
+
+// For each row of the table whether it is still wanted.
+using Marks = std::vector<char>;
+
+std::string foldedCase(std::string_view text) {
+    std::string out(text);
+    std::transform(out.begin(), out.end(), out.begin(), asciiLower<char>);
+    return out;
+}
+
+// Puts conditions together, of which all must hold or, with `any`, one. Each is tested only for
+// the rows that those before it leave open.
+class Choice {
+public:
+    Choice(const Log& log, bool any) : log_(log), any_(any), marks_(log.rowCount(), !any) {}
+
+    void add(const Condition& condition) {
+        if (condition.op != Operator::contains) return apply(testOf(log_, condition));
+        if (any_ || asksFor(asked_, condition.column)) ask();
+        asked_.push_back(condition);
+    }
+
+    template <class Holds>
+    void apply(const Holds& holds) {
+        for (unsigned row = 0; row < marks_.size(); ++row) {
+            if (marks_[row] != any_) marks_[row] = holds(row);
+        }
+    }
+
+    Marks marks() {
+        ask();
+        return std::move(marks_);
+    }
+
+private:
+    void ask() {
+        if (asked_.empty()) return;
+        askTable(log_, asked_);
+        log_.table->tag_matching_records(0);
+        apply([this](unsigned row) { return log_.table->get_record(row)->get_tag() != 0; });
+        asked_.clear();
+    }
+
+    const Log& log_;
+    bool any_;
+    Marks marks_;
+    std::vector<Condition> asked_;  // by one query of the table, still to be put
+};
+
+Marks rowsThatHold(const Log& log, const Selection& selection) {
+    Choice choice(log, selection.any);
+    for (const std::string& text : selection.where) choice.add(parseCondition(log, text));
+    if (!selection.at.empty()) choice.apply(timecodeTest(log, selection.at));
+    return choice.marks();
+}
+
+// A row is tagged by a number in the column "Tag".
+class Tags {
+public:
+    explicit Tags(const Log& log) : log_(log), column_(log.findColumn("Tag")) {}
+
+    bool has(unsigned row) const {
+        return column_ != noColumn && parseInt(log_.cell(row, column_)) != 0;
+    }
+
+private:
+    const Log& log_;
+    unsigned column_;
+};
+
+void keepTagged(const Log& log, Marks& marks) {
+    Tags tags(log);
+    for (unsigned row = 0; row < marks.size(); ++row) marks[row] = marks[row] && tags.has(row);
+}
+
+// The first of the rows that have a value.
+void keepFirstOfEach(const Log& log, unsigned column, Marks& marks) {
+    std::unordered_map<std::string, int, Quor::KeyedHash> seen;
+    for (unsigned row = 0; row < marks.size(); ++row) {
+        if (marks[row]) marks[row] = seen[foldedCase(log.cell(row, column))]++ == 0;
+    }
+}
+
+// Every row whose value another row has, too. No value is no duplicate.
+void keepRepeated(const Log& log, unsigned column, Marks& marks) {
+    std::unordered_map<std::string, int, Quor::KeyedHash> count;
+    for (unsigned row = 0; row < marks.size(); ++row) {
+        if (marks[row]) ++count[foldedCase(log.cell(row, column))];
+    }
+    for (unsigned row = 0; row < marks.size(); ++row) {
+        std::string_view cell = log.cell(row, column);
+        marks[row] = marks[row] && !cell.empty() && count[foldedCase(cell)] > 1;
+    }
+}
+
+std::vector<unsigned> rowsOf(const VDBView& view) {
+    std::vector<unsigned> rows;
+    rows.reserve(view->get_num_records());
+    for (unsigned i = 0; i < view->get_num_records(); ++i) rows.push_back(view->baseIndex(i));
+    return rows;
+}
+
+std::vector<unsigned> rowsOf(const Marks& marks) {
+    std::vector<unsigned> rows;
+    for (unsigned row = 0; row < marks.size(); ++row) {
+        if (marks[row]) rows.push_back(row);
+    }
+    return rows;
+}
+
+void sortBy(const Log& log, const std::string& names, VDBView& view) {
+    std::vector<int> fields;
+    for (unsigned column : columnList(log, names)) fields.push_back(static_cast<int>(column));
+    fields.push_back(-1);
+    view->set_sortfields(fields.data());
+    view->sort(0, 0);
+    view->set_sortfield(0);
+}
+
+void cutToPage(const Selection& selection, std::vector<unsigned>& rows) {
+    std::size_t skipped = std::min(selection.offset, rows.size());
+    rows.erase(rows.begin(), rows.begin() + static_cast<std::ptrdiff_t>(skipped));
+    if (selection.limit != 0 && rows.size() > selection.limit) rows.resize(selection.limit);
+}
+
+Marks chosenRows(const Log& log, const Selection& selection) {
+    Marks marks(log.rowCount(), 1);
+    if (!selection.where.empty() || !selection.at.empty()) marks = rowsThatHold(log, selection);
+    if (selection.tagged) keepTagged(log, marks);
+    if (!selection.duplicates.empty()) {
+        keepRepeated(log, log.requireColumn(selection.duplicates), marks);
+    }
+    if (!selection.unique.empty()) {
+        keepFirstOfEach(log, log.requireColumn(selection.unique), marks);
+    }
+    return marks;
+}
+
+}  // namespace
+
+bool narrows(const Selection& selection) {
+    return !selection.where.empty() || !selection.at.empty() || selection.tagged ||
+           !selection.unique.empty() || !selection.duplicates.empty();
+}
+
+Wanted wantedRows(const Selection& selection) {
+    return selection.any ? Wanted() : selection.where;
+}
+
+Selected selectRows(const Log& log, const Selection& selection) {
+    std::vector<unsigned> rows = rowsOf(chosenRows(log, selection));
+    Selected selected{{}, rows.size()};
+    if (!selection.sort.empty()) {
+        VDBView sorted = viewOf(log, rows);
+        sortBy(log, selection.sort, sorted);
+        rows = rowsOf(sorted);
+    }
+    if (selection.reverse) std::reverse(rows.begin(), rows.end());
+    cutToPage(selection, rows);
+    selected.view = viewOf(log, rows);
+    return selected;
+}
+
+VDBView viewOf(const Log& log, const std::vector<unsigned>& rows) {
+    VDBView view(log.table.get());
+    Tags tags(log);
+    for (unsigned i = 0; i < rows.size(); ++i) {
+        view->append(static_cast<int>(rows[i]));
+        view->set_tag(i, tags.has(rows[i]) ? 1 : 0);
+    }
+    return view;
+}
+
+std::vector<unsigned> columnList(const Log& log, const std::string& names) {
+    // A name that holds a comma itself is taken whole.
+    if (log.findColumn(names) != noColumn) return {log.requireColumn(names)};
+    std::vector<unsigned> columns;
+    for (std::string_view name : split(names, ',')) {
+        columns.push_back(log.requireColumn(trimmed(name)));
+    }
+    return columns;
+}
+
+}  // namespace vek

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <vekdb/views/view.h>
+#include <vekdb/views/view_rep.h>
+#include "formats/log/log.h"
+
+namespace vek {
+
+/// Which rows of a log a person wants, and in which order.
+struct Selection {
+    std::vector<std::string> where;
+    bool any = false;  ///< one condition is enough
+    std::string at;    ///< a timecode that a row's range must hold
+    bool tagged = false;
+    std::string unique;
+    std::string duplicates;
+    std::string sort;  ///< column names between commas
+    bool reverse = false;
+    std::size_t limit = 0;  ///< 0 is no limit
+    std::size_t offset = 0;
+};
+
+/// What a reader may know of it: rows that are not wanted can be left out in the first place.
+Wanted wantedRows(const Selection& selection);
+
+/// Whether anything narrows the rows down.
+bool narrows(const Selection& selection);
+
+/// The chosen rows in their order, each with the tag that the file's column "Tag" gives it.
+struct Selected {
+    VDBView view;
+    std::size_t matched = 0;  ///< rows before limit and offset
+};
+
+/// Looks the rows up. A Failure for a condition that cannot be read, a column that is not there.
+Selected selectRows(const Log& log, const Selection& selection);
+
+/// A view of these table rows in this order, with their tags.
+VDBView viewOf(const Log& log, const std::vector<unsigned>& rows);
+
+/// The column positions of a list such as "Scene,Take".
+std::vector<unsigned> columnList(const Log& log, const std::string& names);
+
+}  // namespace vek

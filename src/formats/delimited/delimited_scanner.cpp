@@ -1,0 +1,102 @@
+#include "formats/delimited/delimited_scanner.h"
+
+#include <cstring>
+
+namespace vek {
+
+namespace {
+
+std::string_view between(const char* from, const char* to) {
+    return {from, static_cast<std::size_t>(to - from)};
+}
+
+char* moveDown(const char* from, const char* to, char* out) {
+    const auto size = static_cast<std::size_t>(to - from);
+    if (from != out) std::memmove(out, from, size);
+    return out + size;
+}
+
+}  // namespace
+
+DelimitedScanner::DelimitedScanner(char* begin, char* end, char separator, Quotes quotes,
+                                   std::size_t line)
+    : begin_(begin),
+      at_(begin),
+      end_(end),
+      first_(begin),
+      separator_(separator),
+      quote_(quotes == Quotes::respected ? '"' : '\n'),
+      marks_(begin, end, {separator, quote_, '\n', '\r'}),
+      line_(line) {}
+
+const std::vector<std::string_view>& DelimitedScanner::takeRecord() {
+    cells_.clear();
+    first_ = at_;
+    do {
+        const bool isQuoted = at_ != end_ && *at_ == quote_ && quote_ == '"';
+        cells_.push_back(isQuoted ? takeQuoted() : takePlain());
+    } while (takeSeparator());
+    takeLineEnd();
+    return cells_;
+}
+
+bool DelimitedScanner::takeSeparator() {
+    if (at_ == end_ || *at_ != separator_) return false;
+    ++at_;
+    return true;
+}
+
+void DelimitedScanner::takeLineEnd() {
+    ++line_;
+    if (at_ == end_) return;
+    const bool isCr = *at_++ == '\r';
+    const bool isBoth = isCr && at_ != end_ && *at_ == '\n';
+    if (isBoth) ++at_;
+    seen_.add(isBoth ? LineEnd::crlf : isCr ? LineEnd::cr : LineEnd::lf);
+}
+
+// Inside of a cell that does not begin with one, a quote is a byte like others.
+std::string_view DelimitedScanner::takePlain() {
+    char* const start = at_;
+    at_ = next(at_);
+    while (at_ != end_ && *at_ == '"' && quote_ == '"') at_ = next(at_ + 1);
+    return between(start, at_);
+}
+
+void DelimitedScanner::countLine(const char* at) {
+    const bool isFeedOfBoth = *at == '\n' && at[-1] == '\r';
+    if ((*at == '\n' && !isFeedOfBoth) || *at == '\r') ++line_;
+}
+
+// The next quote, or the end of the text.
+char* DelimitedScanner::takeUpToClosingQuote() {
+    char* at = next(at_);
+    for (; at != end_ && *at != '"'; at = next(at + 1)) countLine(at);
+    at_ = at;
+    return at;
+}
+
+// Of two quotes one is part of the cell, as is what stands between the closing quote and the end
+// of the cell.
+std::string_view DelimitedScanner::takeQuoted() {
+    const std::size_t openedOn = line_;
+    char* const start = ++at_;
+    char* out = start;
+    for (const char* from = start;;) {
+        char* const quote = takeUpToClosingQuote();
+        const bool isDoubled = quote != end_ && quote + 1 != end_ && quote[1] == '"';
+        out = moveDown(from, quote + (isDoubled ? 1 : 0), out);
+        if (quote == end_) {
+            openQuoteLine_ = openedOn;
+            return between(start, out);
+        }
+        at_ = quote + (isDoubled ? 2 : 1);
+        from = at_;
+        if (!isDoubled) break;
+    }
+    const std::string_view behind = takePlain();
+    out = moveDown(behind.data(), behind.data() + behind.size(), out);
+    return between(start, out);
+}
+
+}  // namespace vek

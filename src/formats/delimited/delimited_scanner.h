@@ -1,0 +1,57 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include <vekdb/byte_marks.h>
+#include <vekdb/text_rows.h>
+#include "formats/text/text_lines.h"
+
+namespace vek {
+
+/// Takes records of separated cells off a text, one after the other. Cells between quotes may
+/// hold separators, line ends and doubled quotes; what the quotes hide is put right in the text
+/// itself. Nothing else of a cell is touched.
+class DelimitedScanner {
+public:
+    enum class Quotes { respected, ordinary };
+
+    /// A byte may be written behind the text's end.
+    DelimitedScanner(char* begin, char* end, char separator, Quotes quotes, std::size_t line = 1);
+
+    bool atEnd() const { return at_ == end_; }
+    /// The cells of the next record; valid until the next call or until their room is used.
+    const std::vector<std::string_view>& takeRecord();
+    /// The bytes that the record stood on, the end of its line included.
+    TextRows::Room room() const { return {first_, at_ == end_ ? end_ + 1 : at_}; }
+
+    const char* place() const { return at_; }
+    /// The line on which the next record begins.
+    std::size_t line() const { return line_; }
+    LineEnd lineEnd() const { return seen_.kind(); }
+    /// The line of a quote that is never closed, 0 for none.
+    std::size_t openQuoteLine() const { return openQuoteLine_; }
+
+private:
+    bool takeSeparator();
+    void takeLineEnd();
+    std::string_view takePlain();
+    std::string_view takeQuoted();
+    char* takeUpToClosingQuote();
+    void countLine(const char* at);
+    char* next(char* at) { return begin_ + (marks_.next(at) - begin_); }
+
+    char* begin_;
+    char* at_;
+    char* end_;
+    char* first_;  // of the record
+    char separator_;
+    char quote_;  // a line feed, which marks nothing new, where quotes are ordinary
+    ByteMarks marks_;
+    std::size_t line_;
+    std::size_t openQuoteLine_ = 0;
+    LineEndsSeen seen_;
+    std::vector<std::string_view> cells_;
+};
+
+}  // namespace vek

@@ -1,0 +1,42 @@
+#include "formats/delimited/delimited_scanner.h"
+#include "formats/reading/progress.h"
+#include "formats/reading/readers.h"
+#include "formats/reading/table_builder.h"
+
+namespace vek {
+
+namespace {
+
+bool isBlankLine(const std::vector<std::string_view>& cells) {
+    return cells.size() == 1 && cells[0].empty();
+}
+
+}  // namespace
+
+void readDelimited(Text text, char separator, Log& log) {
+    TableBuilder builder(log, std::move(text.block));
+    char* const begin = builder.text() + text.start;
+    DelimitedScanner scanner(begin, builder.textEnd(), separator,
+                             DelimitedScanner::Quotes::respected);
+    if (scanner.atEnd()) {
+        throw Failure{unreadable, log.name + ":1: nothing, expected a line of column names"};
+    }
+    builder.setColumns(asStrings(scanner.takeRecord()));
+    Progress progress("reading " + log.name, builder.textSize());
+    while (!scanner.atEnd()) {
+        progress.reach(static_cast<std::size_t>(scanner.place() - begin));
+        const std::size_t line = scanner.line();
+        const std::vector<std::string_view>& cells = scanner.takeRecord();
+        // An empty line is no row, but in a log of one column it is an empty cell.
+        if (isBlankLine(cells) && builder.columnCount() > 1) continue;
+        builder.addRow(line, cells, scanner.room());
+    }
+    if (scanner.openQuoteLine() != 0) {
+        log.problems.push_back({scanner.openQuoteLine(), "", "a quote that is never closed",
+                                "a closing quote", "everything behind it is in one cell"});
+    }
+    log.lineEnd = scanner.lineEnd();
+    builder.finish();
+}
+
+}  // namespace vek

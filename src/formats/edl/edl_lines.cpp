@@ -1,0 +1,195 @@
+#include "formats/edl/edl_lines.h"
+
+#include <algorithm>
+
+#include <vekdb/host/text_util.h>
+#include "formats/failure.h"
+#include "formats/text/text_lines.h"
+#include "formats/timecode/timecode.h"
+
+namespace vek {
+
+const std::vector<std::string> edlColumnNames = {
+    "Event",      "Reel",      "Track",      "Kind",      "Length",       "Source In",
+    "Source Out", "Record In", "Record Out", "Clip Name", "To Clip Name", "Comments"};
+
+namespace {
+
+constexpr std::size_t codesInEvent = 4;
+constexpr std::size_t roomInPiece = 4000;
+constexpr std::size_t roomInNotedPiece = 1300;
+constexpr std::string_view goesOn = "(goes on) ";
+
+using Words = std::vector<std::string_view>;
+
+Words words(std::string_view line) {
+    Words out;
+    while (!(line = trimmed(line)).empty()) {
+        std::size_t end = 0;
+        while (end < line.size() && !isAsciiSpace(line[end])) ++end;
+        out.push_back(line.substr(0, end));
+        line.remove_prefix(end);
+    }
+    return out;
+}
+
+bool startsWithNumber(std::string_view word) {
+    return !word.empty() && isAsciiDigit(word.front());
+}
+
+bool isNumber(std::string_view word) {
+    return !word.empty() && std::all_of(word.begin(), word.end(), isAsciiDigit);
+}
+
+bool isCode(std::string_view word) {
+    return word.size() == 11 && parseTimecode(word).has_value();
+}
+
+// The text from one word to another, blanks between them as they are.
+std::string_view from(std::string_view first, std::string_view last) {
+    return {first.data(), static_cast<std::size_t>(last.data() + last.size() - first.data())};
+}
+
+// Words that say the kind, up to `last`: a key is "K", or "K B" for what it is laid over and "K O"
+// for its end, with "(F)" behind it where it is faded.
+std::size_t kindWords(const Words& parts, std::size_t last) {
+    const std::size_t fade = sameText(parts[last], "(F)") && last >= 4 ? 1 : 0;
+    const std::string_view tail = parts[last - fade];
+    bool isTail = sameText(tail, "B") || sameText(tail, "O");
+    bool isKey = isTail && last - fade >= 4 && sameText(parts[last - fade - 1], "K");
+    return (isKey ? 2 : 1) + fade;
+}
+
+std::string padded(std::string_view text, std::size_t width) {
+    std::string out(text);
+    if (out.size() < width) out.resize(width, ' ');
+    return out;
+}
+
+// The longest start of a text that fits, cut at a character and, where there is one, in front of
+// a letter and behind one, as blanks at the ends of a cell may be lost.
+std::size_t cutPlace(std::string_view text, std::size_t room) {
+    std::size_t end = room;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
+    std::size_t best = end;
+    while (best > end / 2 && (isAsciiSpace(text[best]) || isAsciiSpace(text[best - 1]))) --best;
+    if (best == end / 2) best = end;
+    while (best > 0 && (static_cast<unsigned char>(text[best]) & 0xC0) == 0x80) --best;
+    return best == 0 ? room : best;
+}
+
+// A table file changes some texts, and notes them in a parameter: such pieces must have room
+// there, where a byte may take three.
+std::size_t roomFor(std::string_view comments) {
+    if (comments.find('\\') != std::string_view::npos) return roomInNotedPiece;
+    for (std::string_view line : split(comments, '\n')) {
+        if (line.size() > roomInPiece) return roomInNotedPiece;
+    }
+    return roomInPiece;
+}
+
+// A line in pieces that each have room.
+void addLine(std::vector<std::string>& pieces, std::string_view line, std::size_t room) {
+    bool fits = !pieces.empty() && pieces.back().size() + 1 + line.size() <= room;
+    if (fits) {
+        pieces.back() += concat("\n", line);
+        return;
+    }
+    std::string start;
+    while (line.size() + start.size() > room) {
+        std::size_t cut = cutPlace(line, room - goesOn.size());
+        pieces.push_back(concat(start, line.substr(0, cut)));
+        line.remove_prefix(cut);
+        start = goesOn;
+    }
+    pieces.push_back(concat(start, line));
+}
+
+}  // namespace
+
+bool parseEdlEvent(std::string_view line, EdlEvent& made) {
+    Words parts = words(line);
+    if (parts.size() < 8 || !startsWithNumber(parts[0])) return false;
+    std::size_t codes = parts.size() - codesInEvent;
+    if (!std::all_of(parts.begin() + static_cast<std::ptrdiff_t>(codes), parts.end(), isCode)) {
+        return false;
+    }
+    bool hasLength = codes >= 5 && isNumber(parts[codes - 1]);
+    std::size_t kindEnd = hasLength ? codes - 2 : codes - 1;
+    std::size_t kind = kindEnd + 1 - kindWords(parts, kindEnd);
+    if (kind < 3) return false;
+    made = {};
+    made[edlEvent] = parts[0];
+    made[edlReel] = from(parts[1], parts[kind - 2]);
+    made[edlTrack] = parts[kind - 1];
+    made[edlKind] = parts[kind];
+    for (std::size_t i = kind + 1; i <= kindEnd; ++i) made[edlKind] += concat(" ", parts[i]);
+    if (hasLength) made[edlLength] = parts[codes - 1];
+    for (std::size_t i = 0; i < codesInEvent; ++i) made[edlSourceIn + i] = parts[codes + i];
+    return true;
+}
+
+std::string edlEventLine(const EdlEvent& event) {
+    std::string line =
+        concat(event[edlEvent], "  ", padded(event[edlReel], 8), " ", padded(event[edlTrack], 5),
+               " ", padded(event[edlKind], 4), " ", padded(event[edlLength], 3));
+    for (std::size_t i = 0; i < codesInEvent; ++i) line += concat(" ", event[edlSourceIn + i]);
+    return line;
+}
+
+std::optional<std::string_view> edlValue(std::string_view line, std::string_view name) {
+    std::string_view rest = trimmed(line);
+    if (rest.starts_with('*')) rest = trimmed(rest.substr(1));
+    if (!sameText(rest.substr(0, name.size()), name)) return {};
+    rest = trimmed(rest.substr(name.size()));
+    if (!rest.starts_with(':')) return {};
+    return trimmed(rest.substr(1));
+}
+
+std::optional<std::string_view> edlCounting(std::string_view line) {
+    if (trimmed(line).starts_with('*')) return {};
+    return edlValue(line, "FCM");
+}
+
+bool isEdlSplit(std::string_view line) {
+    return !trimmed(line).starts_with('*') && edlValue(line, "SPLIT").has_value();
+}
+
+bool isEdlMotion(std::string_view line) {
+    line = trimmed(line);
+    return line.size() > 2 && sameText(line.substr(0, 2), "M2") && isAsciiSpace(line[2]);
+}
+
+bool isEdlMotionOf(std::string_view line, std::string_view reel) {
+    std::string_view rest = trimmed(trimmed(line).substr(2));
+    bool isEnd = rest.size() == reel.size() ||
+                 (rest.size() > reel.size() && isAsciiSpace(rest[reel.size()]));
+    return isEnd && sameText(rest.substr(0, reel.size()), reel);
+}
+
+bool isOddEdlEvent(std::string_view line) {
+    Words parts = words(line);
+    return parts.size() >= 4 && startsWithNumber(parts[0]);
+}
+
+std::vector<std::string> edlPieces(std::string_view comments) {
+    if (comments.size() <= roomInPiece) return {std::string(comments)};
+    std::vector<std::string> pieces;
+    std::size_t room = roomFor(comments);
+    for (std::string_view line : split(comments, '\n')) addLine(pieces, line, room);
+    return pieces;
+}
+
+void addEdlPiece(std::string& comments, std::string_view piece) {
+    if (piece.empty()) return;
+    bool isRest = !comments.empty() && piece.starts_with(goesOn);
+    if (!comments.empty() && !isRest) comments += '\n';
+    comments += piece.substr(isRest ? goesOn.size() : 0);
+}
+
+std::string edlCommentsName(std::size_t piece) {
+    const std::string& name = edlColumnNames[edlComments];
+    return piece == 0 ? name : concat(name, " ", std::to_string(piece + 1));
+}
+
+}  // namespace vek

@@ -1,0 +1,472 @@
+#include <algorithm>
+#include <map>
+#include <numeric>
+#include <set>
+
+#include <vekdb/host/text_util.h>
+#include <vekdb/host/timecode.h>
+#include "formats/edl/edl_lines.h"
+#include "formats/reading/progress.h"
+#include "formats/text/text_lines.h"
+#include "formats/timecode/clip_columns.h"
+#include "formats/timecode/counting.h"
+#include "formats/writing/write_formats.h"
+
+namespace vek {
+
+namespace {
+
+constexpr std::size_t shortReel = 8;
+
+// One line, without blanks at its ends.
+std::string oneLine(std::string_view text) {
+    std::string out(trimmed(text));
+    for (char& c : out) {
+        if (c == '\n' || c == '\r') c = ' ';
+    }
+    return out;
+}
+
+bool isWord(std::string_view text) {
+    return !text.empty() && std::none_of(text.begin(), text.end(), isAsciiSpace);
+}
+
+bool isOneOf(std::string_view text, std::initializer_list<const char*> words) {
+    return std::any_of(words.begin(), words.end(),
+                       [&](const char* word) { return sameText(text, word); });
+}
+
+// The track of an edit list for the tracks of other logs, "VA1A2"; "" where there is none.
+std::string trackOf(std::string_view text) {
+    struct Entry {
+        const char* tracks;
+        const char* track;
+    };
+    static constexpr Entry entries[] = {{"VA1", "B"},  {"VA1A2", "AA/V"}, {"VA2", "A2/V"},
+                                        {"A1", "A"},   {"A1A2", "AA"},    {"V1", "V"},
+                                        {"V1A1", "B"}, {"V1A1A2", "AA/V"}};
+    if (isOneOf(text, {"V", "A", "A2", "AA", "B", "A/V", "A2/V", "AA/V", "NONE"})) {
+        return std::string(text);
+    }
+    for (const Entry& entry : entries) {
+        if (sameText(text, entry.tracks)) return entry.track;
+    }
+    return {};
+}
+
+// Names of at most eight characters, one for each reel.
+class ShortReels {
+public:
+    const std::string& of(const std::string& reel) {
+        auto known = names_.find(reel);
+        if (known != names_.end()) return known->second;
+        std::string name = squeezed(reel).substr(0, shortReel);
+        for (int n = 2; !used_.insert(name).second; ++n) {
+            std::string number = std::to_string(n);
+            name = squeezed(reel).substr(0, shortReel - number.size()) + number;
+        }
+        return names_[reel] = name;
+    }
+
+private:
+    static std::string squeezed(const std::string& reel) {
+        std::string out;
+        for (char c : reel) {
+            if (c > ' ' && c < 0x7F) out += c;
+        }
+        return out.empty() ? "REEL" : out;
+    }
+
+    std::map<std::string, std::string> names_;
+    std::set<std::string> used_;
+};
+
+// Where a sheet keeps what an edit list needs: places of its columns, noColumn for none.
+class Places {
+public:
+    explicit Places(const Sheet& sheet) : sheet_(sheet) {
+        isEdl_ = std::all_of(edlColumnNames.begin(), edlColumnNames.end(),
+                             [&](const std::string& name) { return find(name) != noColumn; });
+        event = take({"Event"});
+        reel = take({"Reel", "Tape", "Tape Name", "Reel Name", "Camroll", "cam reel"});
+        track = take({"Track", "Tracks"});
+        kind = isEdl_ ? take({"Kind"}) : noColumn;
+        length = isEdl_ ? take({"Length"}) : noColumn;
+        clipName = take({"Clip Name", "Name", "Clip"});
+        toClipName = take({"To Clip Name"});
+        counting = take({"FCM"});
+        source = take(isEdl_ ? edlPair("Source") : sourceColumns(sheet.log));
+        record = take(isEdl_ ? edlPair("Record") : recordColumns(sheet.log));
+        takeComments();
+    }
+
+    /// Whether these are the columns of an edit list, so that nothing is to be made up.
+    bool isEdl() const { return isEdl_; }
+
+    /// Those that became no part of an event.
+    std::vector<unsigned> others() const {
+        std::vector<unsigned> out;
+        for (unsigned i = 0; i < sheet_.columns.size(); ++i) {
+            if (!taken_.contains(i)) out.push_back(i);
+        }
+        return out;
+    }
+
+    unsigned event, reel, track, kind, length, clipName, toClipName, counting;
+    RangeColumns source, record;
+    std::vector<unsigned> comments;
+
+private:
+    unsigned place(unsigned column) const {
+        auto at = std::find(sheet_.columns.begin(), sheet_.columns.end(), column);
+        return at == sheet_.columns.end() ? noColumn
+                                          : static_cast<unsigned>(at - sheet_.columns.begin());
+    }
+
+    unsigned find(const std::string& name) const {
+        unsigned column = sheet_.log.findColumn(name);
+        return column == noColumn ? noColumn : place(column);
+    }
+
+    unsigned take(std::initializer_list<const char*> names) {
+        for (const char* name : names) {
+            unsigned at = find(name);
+            if (at == noColumn) continue;
+            taken_.insert(at);
+            return at;
+        }
+        return noColumn;
+    }
+
+    RangeColumns edlPair(const std::string& name) const {
+        return {sheet_.log.findColumn(name + " In"), sheet_.log.findColumn(name + " Out")};
+    }
+
+    RangeColumns take(const RangeColumns& columns) {
+        RangeColumns pair{place(columns.start), place(columns.end)};
+        if (pair.start == noColumn || pair.end == noColumn) return {noColumn, noColumn};
+        taken_.insert({pair.start, pair.end});
+        return pair;
+    }
+
+    void takeComments() {
+        for (std::size_t piece = 0;; ++piece) {
+            unsigned at = find(edlCommentsName(piece));
+            if (at == noColumn) return;
+            taken_.insert(at);
+            comments.push_back(at);
+        }
+    }
+
+    const Sheet& sheet_;
+    bool isEdl_ = false;
+    std::set<unsigned> taken_;
+};
+
+class EdlWriter {
+public:
+    EdlWriter(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses)
+        : sheet_(sheet),
+          style_(style),
+          out_(out),
+          losses_(losses),
+          places_(sheet),
+          others_(places_.others()),
+          counting_(sheet.log, style.rate) {
+        requireColumns();
+    }
+
+    void write() {
+        writeHeading();
+        Progress progress("writing", sheet_.rowCount());
+        for (unsigned row = 0; row < sheet_.rowCount(); ++row) {
+            progress.reach(row);
+            writeRow(row);
+        }
+    }
+
+private:
+    void requireColumns() const {
+        if (places_.source.start == noColumn) {
+            throw Failure{unwritable, sheet_.log.name +
+                                          ": no pair of columns such as Start and End, expected "
+                                          "source times for the events of an edit list"};
+        }
+        if (places_.record.start != noColumn || counting_.nominal() != 0) return;
+        throw Failure{wrongUsage, sheet_.log.name +
+                                      ": no columns Record In and Record Out, and no frame rate "
+                                      "to lay the events end to end; expected --fps RATE"};
+    }
+
+    void line(std::string_view text) {
+        out_.write(text);
+        out_.write(bytesOf(style_.lineEnd));
+    }
+
+    std::string_view cell(unsigned row, unsigned column) const {
+        return column == noColumn ? std::string_view() : sheet_.cell(row, column);
+    }
+
+    void writeHeading() {
+        if (std::string name = title(); !name.empty()) line("TITLE: " + name);
+        fcm_ = sheet_.log.parameter("FCM");
+        if (!fcm_.empty()) line("FCM: " + oneLine(fcm_));
+        for (const Parameter& parameter : ownParameters(sheet_.log)) writeParameter(parameter);
+        if (places_.record.start == noColumn) {
+            losses_.addEach(out_.name() +
+                            ": no record times, the events are laid end to end from 01:00:00:00");
+        }
+    }
+
+    std::string title() {
+        std::string name = oneLine(sheet_.log.parameter("TITLE"));
+        if (!name.empty() || places_.isEdl()) return name;
+        name = oneLine(sheet_.log.parameter("Project"));
+        isTitle_ = !name.empty();
+        if (isTitle_) return name;
+        std::string path = sheet_.log.name.substr(sheet_.log.name.rfind('/') + 1);
+        return oneLine(path.substr(0, path.rfind('.')));
+    }
+
+    // The comments of an edit list that has no event are parameters.
+    void writeParameter(const Parameter& parameter) {
+        bool isComment = sheet_.rowCount() == 0 && places_.isEdl() &&
+                         sameText(parameter.name.substr(0, 8), edlColumnNames[edlComments]);
+        if (isComment) {
+            for (std::string_view text : split(parameter.value, '\n')) line(oneLine(text));
+        } else if (!isOneOf(parameter.name, {"TITLE", "FCM"}) &&
+                   !(isTitle_ && sameText(parameter.name, "Project"))) {
+            losses_.add("parameters have no place in this format", inQuotes(parameter.name));
+        }
+    }
+
+    void writeRow(unsigned row) {
+        EdlEvent event;
+        if (!takeTimes(row, event)) return;
+        takeNames(row, event);
+        writeCounting(row, event);
+        std::vector<std::string> comments = commentsOf(row, event);
+        auto at = comments.begin();
+        for (; at != comments.end() && isEdlSplit(*at); ++at) line(*at);
+        writeEventLine(row, event);
+        for (; at != comments.end() && isEdlMotion(*at); ++at) line(*at);
+        writeClipName("* FROM CLIP NAME: ", row, event[edlClipName]);
+        writeClipName("* TO CLIP NAME: ", row, event[edlToClipName]);
+        for (; at != comments.end(); ++at) line(*at);
+    }
+
+    void writeEventLine(unsigned row, const EdlEvent& event) {
+        std::string text = edlEventLine(event);
+        EdlEvent back;
+        bool isKept = parseEdlEvent(text, back) &&
+                      std::equal(back.begin(), back.begin() + edlClipName, event.begin());
+        if (!isKept) lose("an event that reads back as another one", row);
+        line(text);
+    }
+
+    void writeClipName(const char* before, unsigned row, const std::string& name) {
+        if (name.empty()) return;
+        std::string text = oneLine(name);
+        if (text != name) lose("clip names that lose blanks or line ends", row);
+        if (!text.empty()) line(before + text);
+    }
+
+    void lose(const std::string& what, unsigned row) {
+        losses_.add(what, concat(sheet_.log.name, ":", std::to_string(sheet_.line(row))));
+    }
+
+    // Times that stand in a row are written as they are, in the eleven characters of the form.
+    bool takeTimes(unsigned row, EdlEvent& event) {
+        bool isWhole = takeTime(row, places_.source.start, event[edlSourceIn]) &&
+                       takeTime(row, places_.source.end, event[edlSourceOut]);
+        if (!isWhole) return leaveOut(row, "no start and end in the source");
+        if (places_.record.start == noColumn) return takeNextTimes(row, event);
+        isWhole = takeTime(row, places_.record.start, event[edlRecordIn]) &&
+                  takeTime(row, places_.record.end, event[edlRecordOut]);
+        return isWhole || leaveOut(row, "no start and end in the record");
+    }
+
+    bool takeTime(unsigned row, unsigned column, std::string& to) const {
+        std::string_view text = trimmed(cell(row, column));
+        if (!parseTimecode(text)) return false;
+        char buffer[time_def::maxForm];
+        to = text.size() == time_def::maxForm ? text : time_def::punctuatedForm(text, buffer);
+        return true;
+    }
+
+    // The events one behind the other, where a log says nothing of a record.
+    bool takeNextTimes(unsigned row, EdlEvent& event) {
+        Timecode start = *parseTimecode(event[edlSourceIn]);
+        Timecode end = *parseTimecode(event[edlSourceOut]);
+        start.dropFrame = start.dropFrame ||
+                          counting_.counting(sheet_.view->baseIndex(row)) == Counting::dropFrame;
+        int nominal = counting_.nominal();
+        std::optional<std::int64_t> frames = framesBetween(start, end, nominal);
+        if (!frames) return leaveOut(row, "an end before the start");
+        if (recorded_ < 0) {
+            recordDrops_ = start.dropFrame || end.dropFrame;
+            recorded_ = framesOf({1, 0, 0, 0, recordDrops_}, nominal);
+        }
+        std::int64_t day = framesInDay(nominal, recordDrops_);
+        event[edlRecordIn] = timecodeText(recorded_, nominal, recordDrops_);
+        recorded_ = (recorded_ + *frames) % day;
+        event[edlRecordOut] = timecodeText(recorded_, nominal, recordDrops_);
+        return true;
+    }
+
+    bool leaveOut(unsigned row, const char* found) {
+        losses_.addEach(worded(sheet_.log.name,
+                               {sheet_.line(row), "", found, "timecodes", "the row is left out"}));
+        return false;
+    }
+
+    void takeNames(unsigned row, EdlEvent& event) {
+        event[edlEvent] = number(row);
+        event[edlReel] = reel(row);
+        event[edlTrack] = track(row);
+        takeKind(row, event);
+        event[edlClipName] = cell(row, places_.clipName);
+        event[edlToClipName] = cell(row, places_.toClipName);
+    }
+
+    std::string number(unsigned row) {
+        ++number_;
+        std::string_view own = cell(row, places_.event);
+        if (isWord(own) && isAsciiDigit(own.front())) return std::string(own);
+        if (!own.empty()) lose("event numbers that are no numbers, counted anew", row);
+        std::string text = std::to_string(number_);
+        return text.size() < 3 ? std::string(3 - text.size(), '0') + text : text;
+    }
+
+    std::string reel(unsigned row) {
+        std::string_view own = cell(row, places_.reel);
+        std::string text = oneLine(own);
+        if (text.empty()) lose("events without a reel, which are given AX", row);
+        if (text.empty()) return "AX";
+        if (text != own) lose("reels that lose blanks or line ends", row);
+        if (style_.shortReels) return shortReels_.of(text);
+        if (text.size() > shortReel) {
+            lose("reels of more than 8 characters, in the long form; --short-reels cuts them", row);
+        }
+        return text;
+    }
+
+    std::string track(unsigned row) {
+        std::string_view own = trimmed(cell(row, places_.track));
+        bool isKept = places_.isEdl() && isWord(own) && !sameText(own, "K");
+        std::string text = isKept ? std::string(own) : trackOf(own);
+        if (!text.empty()) return text;
+        if (places_.track != noColumn) lose("tracks that an edit list does not know, as V", row);
+        return "V";
+    }
+
+    void takeKind(unsigned row, EdlEvent& event) {
+        std::string_view own = cell(row, places_.kind);
+        std::string_view length = cell(row, places_.length);
+        bool isKey = isOneOf(own, {"K B", "K O"});
+        bool isKind = isKey || (isWord(own) && !isAsciiDigit(own.front()));
+        bool isLength = std::all_of(length.begin(), length.end(), isAsciiDigit);
+        if (places_.kind != noColumn && (!isKind || !isLength)) {
+            lose("transitions that an edit list does not know, as cuts", row);
+        }
+        event[edlKind] = isKind && isLength ? own : "C";
+        if (isKind && isLength) event[edlLength] = length;
+    }
+
+    bool dropsFrames(unsigned row, const EdlEvent& event) const {
+        unsigned source = sheet_.view->baseIndex(row);
+        return counting_.counting(source) == Counting::dropFrame ||
+               parseTimecode(event[edlRecordIn])->dropFrame;
+    }
+
+    // A line in front of the first event, and of each that counts in another way.
+    void writeCounting(unsigned row, const EdlEvent& event) {
+        std::string own = oneLine(cell(row, places_.counting));
+        if (own.empty()) own = oneLine(sheet_.log.parameter("FCM"));
+        if (own.empty() && !places_.isEdl()) {
+            own = dropsFrames(row, event) ? "DROP FRAME" : "NON-DROP FRAME";
+        }
+        if (own.empty() && !fcm_.empty()) lose("events that FCM said nothing of", row);
+        if (own.empty() || own == fcm_) return;
+        line("FCM: " + own);
+        fcm_ = own;
+    }
+
+    // Those of an edit list are lines already, all others become lines with a star.
+    std::vector<std::string> commentsOf(unsigned row, const EdlEvent& event) {
+        std::vector<std::string> lines;
+        std::string text;
+        for (unsigned column : places_.comments) addEdlPiece(text, cell(row, column));
+        addLines(row, event, text, lines);
+        std::string reel = oneLine(cell(row, places_.reel));
+        if (style_.shortReels && !reel.empty() && event[edlReel] != reel) {
+            lines.push_back("* SOURCE REEL: " + reel);
+        }
+        for (unsigned column : others_) addCell(row, column, lines);
+        return lines;
+    }
+
+    void addLines(unsigned row, const EdlEvent& event, std::string_view text,
+                  std::vector<std::string>& lines) {
+        if (text.empty()) return;
+        bool isBehindOdd = false;
+        bool isBehindSplits = false;
+        for (std::string_view part : split(text, '\n')) {
+            std::string own = oneLine(part);
+            if (own != part || own.empty()) lose("comment lines that lose blanks", row);
+            if (own.empty()) continue;
+            isBehindSplits = isBehindSplits || !isEdlSplit(own);
+            bool isKept = isComment(own, event, isBehindOdd) || !isBehindSplits;
+            isBehindOdd = isBehindOdd || (isKept && isOddEdlEvent(own));
+            if (!isKept && places_.isEdl()) lose("comments that are given a star", row);
+            lines.push_back(isKept ? own : "* " + own);
+        }
+    }
+
+    // Whether a reader will find a comment in it, and not an event or another's name.
+    bool isComment(const std::string& text, const EdlEvent& event, bool isBehindOdd) const {
+        if (!places_.isEdl() && !text.starts_with('*')) return false;
+        EdlEvent other;
+        bool isName = (event[edlClipName].empty() && edlValue(text, "FROM CLIP NAME")) ||
+                      (event[edlToClipName].empty() && edlValue(text, "TO CLIP NAME"));
+        return !parseEdlEvent(text, other) && !edlCounting(text) && !isEdlSplit(text) &&
+               (isBehindOdd || !isName);
+    }
+
+    void addCell(unsigned row, unsigned column, std::vector<std::string>& lines) {
+        std::string_view text = cell(row, column);
+        bool isNoTag = sameText(sheet_.name(column), "Tag") && text == "0";
+        if (trimmed(text).empty() || isNoTag) return;
+        losses_.add("values written as comments",
+                    concat(sheet_.log.name, ":", std::to_string(sheet_.line(row)), ":",
+                           sheet_.name(column)));
+        std::string before = concat("* ", oneLine(sheet_.name(column)), ": ");
+        for (std::string_view part : split(text, '\n')) {
+            std::string own = oneLine(part);
+            if (!own.empty()) lines.push_back(before + own);
+            before = "* ";
+        }
+    }
+
+    const Sheet& sheet_;
+    const WriteStyle& style_;
+    Output& out_;
+    Losses& losses_;
+    Places places_;
+    std::vector<unsigned> others_;
+    LogCounting counting_;
+    ShortReels shortReels_;
+    std::string fcm_;
+    std::size_t number_ = 0;
+    std::int64_t recorded_ = -1;  // the frame that the next event begins at
+    bool recordDrops_ = false;
+    bool isTitle_ = false;  // the parameter Project
+};
+
+}  // namespace
+
+void writeEdl(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses) {
+    EdlWriter(sheet, style, out, losses).write();
+}
+
+}  // namespace vek

@@ -1,0 +1,236 @@
+#include "formats/formats.h"
+
+#include <algorithm>
+
+#include <vekdb/host/text_util.h>
+#include "formats/reading/readers.h"
+#include "formats/text/text_lines.h"
+#include "formats/writing/write_formats.h"
+
+namespace vek {
+
+namespace {
+
+using Read = void (*)(Input& input, const Wanted& wanted, Log& log);
+using Write = void (*)(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses);
+
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+
+void refuseBinary(const Input& input, std::string_view text) {
+    if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) {
+        throw Failure{unreadable, input.name() +
+                                      ":1: UTF-16 text, expected UTF-8; convert it "
+                                      "with iconv -f UTF-16 -t UTF-8"};
+    }
+    std::size_t nul = text.find('\0');
+    if (nul == std::string_view::npos) return;
+    auto line = 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(nul), '\n');
+    throw Failure{unreadable,
+                  input.name() + ":" + std::to_string(line) + ": a zero byte, expected text"};
+}
+
+// A file of another kind is not read further.
+void requireText(Input& input) {
+    refuseBinary(input, input.head());
+    refuseBinary(input, input.text());
+}
+
+// The bytes of an input that holds text, without a mark in front.
+Text textOf(Input& input, Log& log) {
+    requireText(input);
+    log.beganWithMark = input.text().starts_with(byteOrderMark);
+    return {input.takeText(), log.beganWithMark ? byteOrderMark.size() : 0};
+}
+
+template <char separator>
+void readSeparated(Input& input, const Wanted&, Log& log) {
+    readDelimited(textOf(input, log), separator, log);
+}
+
+void readPlain(Input& input, const Wanted&, Log& log) {
+    requireText(input);
+    readPlainCsv(input, log);
+}
+
+void readAleText(Input& input, const Wanted&, Log& log) {
+    readAle(textOf(input, log), log);
+}
+
+void readEdlText(Input& input, const Wanted&, Log& log) {
+    readEdl(textOf(input, log).view(), log);
+}
+
+void readJsonText(Input& input, const Wanted&, Log& log) {
+    readJson(textOf(input, log), log);
+}
+
+void writeTableFile(const Sheet& sheet, const WriteStyle&, Output& out, Losses& losses) {
+    writeTable(sheet, out, losses);
+}
+
+template <char separator>
+void writeSeparated(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses) {
+    writeDelimited(sheet, separator, style, out, losses);
+}
+
+template <bool asLines>
+void writeJsonText(const Sheet& sheet, const WriteStyle&, Output& out, Losses& losses) {
+    writeJson(sheet, asLines, out, losses);
+}
+
+void writeMarkdownText(const Sheet& sheet, const WriteStyle&, Output& out, Losses& losses) {
+    writeMarkdown(sheet, out, losses);
+}
+
+void writeHtmlText(const Sheet& sheet, const WriteStyle&, Output& out, Losses& losses) {
+    writeHtml(sheet, out, losses);
+}
+
+struct FormatEntry {
+    Format format;
+    const char* name;
+    const char* endings;  ///< "|.csv|" and so on, the usual one first
+    Read read;            ///< null for one that is only written
+    Write write;          ///< null for one that is only read
+};
+
+constexpr FormatEntry formats[] = {
+    {Format::table, "vekdb", "|.vek|.vdb|.vekdb|", readTable, writeTableFile},
+    {Format::csv, "csv", "|.csv|", readSeparated<','>, writeSeparated<','>},
+    {Format::tsv, "tsv", "|.tsv|.tab|", readSeparated<'\t'>, writeSeparated<'\t'>},
+    {Format::plainCsv, "plain-csv", "", readPlain, nullptr},
+    {Format::json, "json", "|.json|", readJsonText, writeJsonText<false>},
+    {Format::jsonl, "jsonl", "|.jsonl|.ndjson|", readJsonText, writeJsonText<true>},
+    {Format::ale, "ale", "|.ale|", readAleText, writeAle},
+    {Format::edl, "edl", "|.edl|", readEdlText, writeEdl},
+    {Format::markdown, "markdown", "|.md|", nullptr, writeMarkdownText},
+    {Format::html, "html", "|.html|.htm|", nullptr, writeHtmlText},
+};
+
+bool isReadable(const FormatEntry& entry) {
+    return entry.read != nullptr;
+}
+
+bool isWritable(const FormatEntry& entry) {
+    return entry.write != nullptr;
+}
+
+using Is = bool (*)(const FormatEntry& entry);
+
+const FormatEntry& entryOf(Format format) {
+    return *std::find_if(std::begin(formats), std::end(formats),
+                         [format](const FormatEntry& entry) { return entry.format == format; });
+}
+
+const FormatEntry& entryNamed(const std::string& name, Is is) {
+    for (const FormatEntry& entry : formats) {
+        if (name == entry.name && is(entry)) return entry;
+    }
+    throw Failure{wrongUsage, "there is no format " + inQuotes(name)};
+}
+
+const FormatEntry* entryOfPath(const std::string& path, Is is) {
+    std::size_t dot = path.rfind('.');
+    if (dot == std::string::npos || path.find('/', dot) != std::string::npos) return nullptr;
+    LightweightString<char> ending = cellText(concat("|", path.substr(dot), "|"));
+    toLower(ending);
+    for (const FormatEntry& entry : formats) {
+        std::string_view endings(entry.endings);
+        if (is(entry) && endings.find(ending.view()) != std::string_view::npos) return &entry;
+    }
+    return nullptr;
+}
+
+std::string names(Is is) {
+    std::string out;
+    for (const FormatEntry& entry : formats) {
+        if (is(entry)) out += concat(out.empty() ? "" : "|", entry.name);
+    }
+    return out;
+}
+
+std::string_view usualEnding(const FormatEntry& entry) {
+    return split(entry.endings, '|')[1];
+}
+
+// ".vek, .csv, ... or .html"
+std::string endingsToWrite() {
+    std::string out;
+    std::string_view last;
+    for (const FormatEntry& entry : formats) {
+        if (!isWritable(entry)) continue;
+        if (!last.empty()) out += concat(out.empty() ? "" : ", ", last);
+        last = usualEnding(entry);
+    }
+    return concat(out, " or ", last);
+}
+
+std::string_view firstFilledLine(std::string_view head) {
+    LineWalk walk(head);
+    std::string_view line;
+    while (walk.next(line)) {
+        if (!trimmed(line).empty()) return trimmed(line);
+    }
+    return {};
+}
+
+}  // namespace
+
+const char* formatName(Format format) {
+    return entryOf(format).name;
+}
+
+const char* targetName(Target target) {
+    return formatName(target);
+}
+
+const std::string& readableFormats() {
+    static const std::string readable = names(isReadable);
+    return readable;
+}
+
+const std::string& writableFormats() {
+    static const std::string writable = names(isWritable);
+    return writable;
+}
+
+Format formatNamed(const std::string& name) {
+    return entryNamed(name, isReadable).format;
+}
+
+Target targetNamed(const std::string& name) {
+    return entryNamed(name, isWritable).format;
+}
+
+bool hasTargetEnding(const std::string& path) {
+    return entryOfPath(path, isWritable) != nullptr;
+}
+
+Target targetOfPath(const std::string& path) {
+    if (const FormatEntry* entry = entryOfPath(path, isWritable)) return entry->format;
+    throw Failure{wrongUsage, concat(path, ": the ending names no format, expected ",
+                                     endingsToWrite(), ", or the format with --to")};
+}
+
+// The content decides where it is plain; then the name's ending does.
+Format recognised(const std::string& path, std::string_view head) {
+    std::string_view line = firstFilledLine(head);
+    std::string_view start = line.starts_with('"') ? line.substr(1) : line;
+    if (sameText(start.substr(0, 6), "VEKDB:")) return Format::table;
+    if (sameText(line, "Heading")) return Format::ale;
+    if (sameText(line.substr(0, 6), "TITLE:")) return Format::edl;
+    if (const FormatEntry* entry = entryOfPath(path, isReadable)) return entry->format;
+    if (line.starts_with('{') || line.starts_with('[')) return Format::json;
+    return line.find('\t') != std::string_view::npos ? Format::tsv : Format::csv;
+}
+
+void readAs(Format format, Input& input, const Wanted& wanted, Log& log) {
+    entryOf(format).read(input, wanted, log);
+}
+
+void writeSheet(const Sheet& sheet, Target target, const WriteStyle& style, Output& out,
+                Losses& losses) {
+    entryOf(target).write(sheet, style, out, losses);
+}
+
+}  // namespace vek

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The formats that there are. A new one is a room with its reader and its writer, a name in
+/// `Format` and a line of the table in formats.cpp.
+namespace vek {
+
+class Input;
+class Losses;
+class Output;
+struct Log;
+struct Sheet;
+struct WriteStyle;
+
+enum class Format { table, csv, tsv, plainCsv, ale, edl, json, jsonl, markdown, html };
+/// One that is to be written.
+using Target = Format;
+
+/// "vekdb", "csv", ...
+const char* formatName(Format format);
+const char* targetName(Target target);
+
+/// The names of those that can be read, and of those that can be written, "|" between them.
+const std::string& readableFormats();
+const std::string& writableFormats();
+
+/// A Failure with wrongUsage for a name that no such format has.
+Format formatNamed(const std::string& name);
+Target targetNamed(const std::string& name);
+
+/// By the ending of a file's name; a Failure that says which endings there are.
+Target targetOfPath(const std::string& path);
+bool hasTargetEnding(const std::string& path);
+
+/// What a text is taken for that begins so, in a file of that name.
+Format recognised(const std::string& path, std::string_view head);
+
+/// Fills the log with what the reader of the format finds. Rows of which a wanted condition does
+/// not hold may be left out.
+void readAs(Format format, Input& input, const std::vector<std::string>& wanted, Log& log);
+
+/// Writes the sheet and adds up what is lost. The output is not closed.
+void writeSheet(const Sheet& sheet, Target target, const WriteStyle& style, Output& out,
+                Losses& losses);
+
+}  // namespace vek

@@ -1,0 +1,265 @@
+#include "formats/json/json_text.h"
+
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include <vekdb/host/text_util.h>
+
+namespace vek {
+
+namespace {
+
+constexpr std::uint64_t inEachByte = 0x0101010101010101u;
+constexpr std::string_view markBytes = "\xEF\xBB\xBF";
+
+unsigned char byteAt(const char* at) {
+    return static_cast<unsigned char>(*at);
+}
+
+// Whether none of eight bytes is a control character or beyond the 7-bit range.
+bool areEightPlain(const char* at) {
+    std::uint64_t bytes;
+    std::memcpy(&bytes, at, sizeof bytes);
+    const std::uint64_t below = (bytes - inEachByte * 0x20) & ~bytes;
+    return ((below | bytes) & (inEachByte * 0x80)) == 0;
+}
+
+bool isBetween(unsigned char byte, unsigned least, unsigned most) {
+    return byte >= least && byte <= most;
+}
+
+// The bytes of the character at the front of a text, 0 where it is no well-formed UTF-8.
+std::size_t sizeOfWide(const char* at, std::size_t left) {
+    const unsigned char first = byteAt(at);
+    const std::size_t size = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
+    if (!isBetween(first, 0xC2, 0xF4) || left < size) return 0;
+    const unsigned least = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
+    const unsigned most = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
+    if (!isBetween(byteAt(at + 1), least, most)) return 0;
+    for (std::size_t i = 2; i < size; ++i) {
+        if (!isBetween(byteAt(at + i), 0x80, 0xBF)) return 0;
+    }
+    return size;
+}
+
+// Whether a string may hold these bytes.
+bool areAllowed(const char* at, const char* end) {
+    while (at != end) {
+        const auto left = static_cast<std::size_t>(end - at);
+        if (left >= 8 && areEightPlain(at)) {
+            at += 8;
+            continue;
+        }
+        if (byteAt(at) < 0x20) return false;
+        const std::size_t size = byteAt(at) < 0x80 ? 1 : sizeOfWide(at, left);
+        if (size == 0) return false;
+        at += size;
+    }
+    return true;
+}
+
+int valueOfDigit(char c) {
+    if (isAsciiDigit(c)) return c - '0';
+    const char small = asciiLower(c);
+    return small >= 'a' && small <= 'f' ? small - 'a' + 10 : -1;
+}
+
+// The number of four hexadecimal digits, -1 for others.
+int unitAt(const char* at, const char* end) {
+    if (end - at < 4) return -1;
+    int unit = 0;
+    for (int i = 0; i < 4; ++i) {
+        const int digit = valueOfDigit(at[i]);
+        if (digit < 0) return -1;
+        unit = unit * 16 + digit;
+    }
+    return unit;
+}
+
+bool isHighSurrogate(int unit) {
+    return unit >= 0xD800 && unit <= 0xDBFF;
+}
+
+bool isLowSurrogate(int unit) {
+    return unit >= 0xDC00 && unit <= 0xDFFF;
+}
+
+// The bytes of an escape that begins with the backslash at `at`, 0 where there is no such one.
+std::size_t sizeOfEscape(const char* at, const char* end) {
+    if (end - at < 2) return 0;
+    if (at[1] != 'u')
+        return std::string_view("\"\\/bfnrt").find(at[1]) != std::string_view::npos ? 2 : 0;
+    const int unit = unitAt(at + 2, end);
+    if (unit < 0 || isLowSurrogate(unit)) return 0;
+    if (!isHighSurrogate(unit)) return 6;
+    const bool hasSecond = end - at >= 12 && at[6] == '\\' && at[7] == 'u';
+    return hasSecond && isLowSurrogate(unitAt(at + 8, end)) ? 12 : 0;
+}
+
+char* writeUtf8(char* to, unsigned code) {
+    const auto tail = [](unsigned bits) { return static_cast<char>(0x80 | (bits & 0x3F)); };
+    if (code < 0x80) {
+        *to++ = static_cast<char>(code);
+        return to;
+    }
+    if (code < 0x800) {
+        *to++ = static_cast<char>(0xC0 | code >> 6);
+    } else {
+        if (code < 0x10000) {
+            *to++ = static_cast<char>(0xE0 | code >> 12);
+        } else {
+            *to++ = static_cast<char>(0xF0 | code >> 18);
+            *to++ = tail(code >> 12);
+        }
+        *to++ = tail(code >> 6);
+    }
+    *to++ = tail(code);
+    return to;
+}
+
+char ofShortEscape(char c) {
+    switch (c) {
+        case 'b':
+            return '\b';
+        case 'f':
+            return '\f';
+        case 'n':
+            return '\n';
+        case 'r':
+            return '\r';
+        case 't':
+            return '\t';
+        default:
+            return c;
+    }
+}
+
+// Writes what an escape stands for; `at` goes behind it.
+char* resolve(const char*& at, const char* end, char* to) {
+    const std::size_t size = sizeOfEscape(at, end);
+    const char* const escape = at;
+    at += size;
+    if (size == 2) {
+        *to++ = ofShortEscape(escape[1]);
+        return to;
+    }
+    const auto unit = static_cast<unsigned>(unitAt(escape + 2, end));
+    if (size == 6) return writeUtf8(to, unit);
+    const auto low = static_cast<unsigned>(unitAt(escape + 8, end));
+    return writeUtf8(to, 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00));
+}
+
+const char* behindDigits(const char* at, const char* end) {
+    while (at != end && isAsciiDigit(*at)) ++at;
+    return at;
+}
+
+// Numbers beyond all bounds are not accepted; short ones cannot be.
+bool isFinite(std::string_view number) {
+    if (number.size() < 300 && number.find_first_of("eE") == std::string_view::npos) return true;
+    return std::isfinite(std::strtod(std::string(number).c_str(), nullptr));
+}
+
+}  // namespace
+
+void JsonText::skipBlanks() {
+    for (; at_ != end_; ++at_) {
+        if (*at_ == '\n') {
+            ++line_;
+        } else if (*at_ != ' ' && *at_ != '\t' && *at_ != '\r') {
+            return;
+        }
+    }
+}
+
+void JsonText::skipBetween() {
+    for (; at_ != end_ && byteAt(at_) <= ' '; ++at_) line_ += *at_ == '\n' ? 1 : 0;
+}
+
+bool JsonText::take(char c) {
+    if (at_ == end_ || *at_ != c) return false;
+    ++at_;
+    return true;
+}
+
+void JsonText::takeMark() {
+    const std::string_view rest(at_, static_cast<std::size_t>(end_ - at_));
+    if (rest.starts_with(markBytes)) at_ += markBytes.size();
+}
+
+void JsonText::goTo(const char* at) {
+    for (; at_ != at; ++at_) line_ += *at_ == '\n' ? 1 : 0;
+}
+
+std::optional<JsonText::String> JsonText::takeString() {
+    if (!take('"')) return {};
+    const char* const start = at_;
+    String found;
+    for (;;) {
+        const char* const mark = marks_.next(at_);
+        if (mark == end_ || !areAllowed(at_, mark)) return {};
+        at_ = mark;
+        if (*mark == '"') break;
+        const std::size_t size = sizeOfEscape(mark, end_);
+        if (size == 0) return {};
+        found.hasEscapes = true;
+        at_ += size;
+    }
+    found.raw = {start, static_cast<std::size_t>(at_ - start)};
+    ++at_;
+    return found;
+}
+
+std::optional<std::string_view> JsonText::takeWord() {
+    const std::string_view rest(at_, static_cast<std::size_t>(end_ - at_));
+    for (std::string_view word : {"true", "false", "null"}) {
+        if (!rest.starts_with(word)) continue;
+        at_ += word.size();
+        return rest.substr(0, word.size());
+    }
+    return takeNumber();
+}
+
+std::optional<std::string_view> JsonText::takeNumber() {
+    const char* const start = at_;
+    take('-');
+    if (!take('0')) {
+        const char* const digits = at_;
+        at_ = behindDigits(at_, end_);
+        if (at_ == digits) return {};
+    }
+    if (take('.')) {
+        const char* const digits = at_;
+        at_ = behindDigits(at_, end_);
+        if (at_ == digits) return {};
+    }
+    if (take('e') || take('E')) {
+        if (!take('+')) take('-');
+        const char* const digits = at_;
+        at_ = behindDigits(at_, end_);
+        if (at_ == digits) return {};
+    }
+    const std::string_view number(start, static_cast<std::size_t>(at_ - start));
+    if (!isFinite(number)) return {};
+    return number;
+}
+
+std::size_t resolveEscapes(char* text, std::size_t size) {
+    const char* at = text;
+    const char* const end = text + size;
+    char* to = text;
+    while (at != end) {
+        const void* found = std::memchr(at, '\\', static_cast<std::size_t>(end - at));
+        const char* const escape = found == nullptr ? end : static_cast<const char*>(found);
+        const auto run = static_cast<std::size_t>(escape - at);
+        std::memmove(to, at, run);
+        to += run;
+        at = escape;
+        if (at != end) to = resolve(at, end, to);
+    }
+    return static_cast<std::size_t>(to - text);
+}
+
+}  // namespace vek

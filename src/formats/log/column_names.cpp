@@ -1,0 +1,154 @@
+#include "formats/log/column_names.h"
+
+#include <algorithm>
+#include <charconv>
+#include <unordered_map>
+
+#include <vekdb/host/keyed_hash.h>
+#include <vekdb/host/text_util.h>
+
+namespace vek {
+
+namespace {
+
+std::string folded(std::string name) {
+    std::transform(name.begin(), name.end(), name.begin(), asciiLower<char>);
+    return name;
+}
+
+std::string numbered(const Log& log, const RepeatedName& repeated, std::size_t turn) {
+    return concat(log.columnName(repeated.columns[turn]), "#", std::to_string(turn + 1));
+}
+
+// The number behind the last "#", 0 where there is none.
+std::size_t numberBehind(std::string_view text, std::size_t mark) {
+    std::size_t number = 0;
+    const char* end = text.data() + text.size();
+    auto [stopped, error] = std::from_chars(text.data() + mark + 1, end, number);
+    return error == std::errc() && stopped == end ? number : 0;
+}
+
+std::string placesOf(const RepeatedName& repeated) {
+    constexpr std::size_t most = 5;
+    std::string list;
+    for (std::size_t i = 0; i < repeated.columns.size() && i < most; ++i) {
+        list += concat(i == 0 ? "" : ", ", std::to_string(repeated.columns[i] + 1));
+    }
+    return repeated.columns.size() > most ? list + ", ..." : list;
+}
+
+std::vector<unsigned> unnamedColumns(const Log& log) {
+    std::vector<unsigned> columns;
+    for (unsigned i = 0; i < log.columnCount(); ++i) {
+        if (log.columnName(i).empty()) columns.push_back(i);
+    }
+    return columns;
+}
+
+void pairUnnamed(const Log& a, const Log& b, std::vector<unsigned>& others) {
+    std::vector<unsigned> inA = unnamedColumns(a);
+    std::vector<unsigned> inB = unnamedColumns(b);
+    for (std::size_t i = 0; i < std::min(inA.size(), inB.size()); ++i) others[inA[i]] = inB[i];
+}
+
+}  // namespace
+
+std::vector<RepeatedName> findRepeatedNames(const Log& log) {
+    std::vector<RepeatedName> names;
+    std::unordered_map<std::string, std::size_t, Quor::KeyedHash> places;
+    for (unsigned column = 0; column < log.columnCount(); ++column) {
+        std::string name = folded(log.columnName(column));
+        if (name.empty()) continue;
+        auto [place, isNew] = places.try_emplace(std::move(name), names.size());
+        if (isNew) names.emplace_back();
+        names[place->second].columns.push_back(column);
+    }
+    std::erase_if(names, [](const RepeatedName& name) { return name.columns.size() == 1; });
+    return names;
+}
+
+void noteRepeatedNames(Log& log) {
+    log.repeatedNames = findRepeatedNames(log);
+    for (std::size_t i = 0; i < log.repeatedNames.size(); ++i) {
+        const RepeatedName& repeated = log.repeatedNames[i];
+        for (unsigned column : repeated.columns) log.repeatedAt[column] = i;
+        Problem problem;
+        problem.found = concat(std::to_string(repeated.columns.size()), " columns named ",
+                               inQuotes(log.columnName(repeated.columns.front())), " (",
+                               placesOf(repeated), ")");
+        problem.expected = "names that differ";
+        problem.outcome = "all are kept, one of them is called " + choicesOf(log, repeated);
+        problem.isDamage = false;
+        log.problems.push_back(std::move(problem));
+    }
+}
+
+const RepeatedName* repeatedNameOf(const Log& log, unsigned column) {
+    auto place = log.repeatedAt.find(column);
+    return place == log.repeatedAt.end() ? nullptr : &log.repeatedNames[place->second];
+}
+
+std::string choicesOf(const Log& log, const RepeatedName& repeated) {
+    std::size_t last = repeated.columns.size() - 1;
+    return concat(numbered(log, repeated, 0), last == 1 ? " or " : " to ",
+                  numbered(log, repeated, last));
+}
+
+unsigned numberedColumn(const Log& log, std::string_view text) {
+    std::size_t mark = text.rfind('#');
+    if (mark == std::string_view::npos) return noColumn;
+    std::size_t number = numberBehind(text, mark);
+    const RepeatedName* name = repeatedNameOf(log, log.findColumn(text.substr(0, mark)));
+    if (name == nullptr || number == 0 || number > name->columns.size()) return noColumn;
+    return name->columns[number - 1];
+}
+
+std::vector<unsigned> sameColumns(const Log& a, const Log& b) {
+    std::vector<unsigned> others;
+    for (unsigned i = 0; i < a.columnCount(); ++i) others.push_back(b.findColumn(a.columnName(i)));
+    for (const RepeatedName& repeated : a.repeatedNames) {
+        unsigned first = others[repeated.columns.front()];
+        const RepeatedName* inB = repeatedNameOf(b, first);
+        for (std::size_t turn = 1; turn < repeated.columns.size(); ++turn) {
+            bool isThere = inB != nullptr && turn < inB->columns.size();
+            others[repeated.columns[turn]] = isThere ? inB->columns[turn] : noColumn;
+        }
+    }
+    pairUnnamed(a, b, others);
+    return others;
+}
+
+DistinctNames::DistinctNames(const Log& log) : log_(log) {
+    for (const RepeatedName& repeated : log.repeatedNames) {
+        for (std::size_t turn = 1; turn < repeated.columns.size(); ++turn) {
+            unsigned column = repeated.columns[turn];
+            own_.push_back({column, log.columnName(column)});
+            std::string name = concat(own_.back().name, "\x01", std::to_string(column), "\x01");
+            while (log.findColumn(name) != noColumn) name += '\x01';
+            log.table->set_fieldname(column, name.c_str());
+        }
+        // Said again, so that the table finds it by the name that is now its alone.
+        unsigned first = repeated.columns.front();
+        log.table->set_fieldname(first, log.columnName(first).c_str());
+    }
+}
+
+DistinctNames::~DistinctNames() {
+    for (const Own& own : own_) log_.table->set_fieldname(own.column, own.name.c_str());
+}
+
+void DistinctNames::removed(unsigned column) {
+    std::erase_if(own_, [&](const Own& own) { return own.column == column; });
+    for (Own& own : own_) {
+        if (own.column > column) --own.column;
+    }
+}
+
+void DistinctNames::renamed(unsigned column, const std::string& name) {
+    auto own =
+        std::find_if(own_.begin(), own_.end(), [&](const Own& o) { return o.column == column; });
+    if (own != own_.end()) own_.erase(own);
+    log_.table->set_fieldname(column, name.c_str());
+}
+
+}  // namespace vek

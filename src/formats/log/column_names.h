@@ -1,0 +1,53 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "formats/log/log.h"
+
+/// Names that several columns of a log have, case ignored. "Reel#2" is the second of them.
+namespace vek {
+
+/// Columns with a name that another one has, each name once, in the order of its first column.
+std::vector<RepeatedName> findRepeatedNames(const Log& log);
+
+/// Keeps them with the log, and tells them as problems.
+void noteRepeatedNames(Log& log);
+
+/// The repeated name of a column; null where only this one has its name.
+const RepeatedName* repeatedNameOf(const Log& log, unsigned column);
+
+/// "Reel#1 or Reel#2", "Reel#1 to Reel#5".
+std::string choicesOf(const Log& log, const RepeatedName& repeated);
+
+/// The column that "Reel#2" says, or noColumn.
+unsigned numberedColumn(const Log& log, std::string_view text);
+
+/// For each column of `a` the one of `b` with its name, the second of a name for the second and
+/// so on, also of those without a name; noColumn where there is none.
+std::vector<unsigned> sameColumns(const Log& a, const Log& b);
+
+/// Gives the columns names that differ as long as it lives, for work that goes by names.
+class DistinctNames {
+public:
+    explicit DistinctNames(const Log& log);
+    ~DistinctNames();
+    DistinctNames(const DistinctNames&) = delete;
+    DistinctNames& operator=(const DistinctNames&) = delete;
+
+    /// To be told of a column that is removed, and of one that gets another name for good.
+    void removed(unsigned column);
+    void renamed(unsigned column, const std::string& name);
+
+private:
+    struct Own {
+        unsigned column;
+        std::string name;
+    };
+
+    const Log& log_;
+    std::vector<Own> own_;
+};
+
+}  // namespace vek

@@ -1,0 +1,121 @@
+#include "formats/log/log.h"
+
+#include <algorithm>
+
+#include <vekdb/host/text_util.h>
+#include "formats/inform.h"
+#include "formats/log/column_names.h"
+#include "formats/reading/input.h"
+#include "formats/text/suggestion.h"
+
+namespace vek {
+
+namespace {
+
+void tellProblems(const Log& log) {
+    constexpr std::size_t most = 20;
+    for (std::size_t i = 0; i < log.problems.size() && i < most; ++i) {
+        inform(worded(log.name, log.problems[i]));
+    }
+    const std::size_t count = log.problems.size() + log.moreProblems;
+    if (count > most) {
+        inform(log.name + ": " + std::to_string(count - most) +
+               " more like these; vek check lists " +
+               (log.moreProblems == 0 ? "them all" : "the first thousand"));
+    }
+    if (!log.notRead.empty()) inform(log.notRead);
+}
+
+}  // namespace
+
+std::string worded(const std::string& file, const Problem& problem) {
+    std::string text = file;
+    if (problem.line != 0) text += concat(":", std::to_string(problem.line));
+    if (!problem.column.empty()) text += ":" + problem.column;
+    text += ": " + problem.found;
+    if (!problem.expected.empty()) text += ", expected " + problem.expected;
+    if (!problem.outcome.empty()) text += "; " + problem.outcome;
+    return text;
+}
+
+std::string Log::columnName(unsigned column) const {
+    const char* name = table->get_fieldname(column);
+    return name == nullptr ? std::string() : std::string(name);
+}
+
+std::vector<std::string> Log::columnNames() const {
+    std::vector<std::string> names;
+    for (unsigned i = 0; i < columnCount(); ++i) names.push_back(columnName(i));
+    return names;
+}
+
+unsigned Log::findColumn(std::string_view name) const {
+    // The library finds the first or the last of several.
+    unsigned column = table->get_fieldnum(cellText(name));
+    const RepeatedName* repeated = repeatedNameOf(*this, column);
+    return repeated == nullptr ? column : repeated->columns.front();
+}
+
+unsigned Log::requireColumn(std::string_view wanted) const {
+    unsigned column = findColumn(wanted);
+    if (const RepeatedName* repeated = repeatedNameOf(*this, column)) {
+        throw Failure{wrongUsage, concat(name, ": ", std::to_string(repeated->columns.size()),
+                                         " columns are named ", inQuotes(wanted),
+                                         ", expected one of them: ", choicesOf(*this, *repeated))};
+    }
+    if (column == noColumn) column = numberedColumn(*this, wanted);
+    if (column != noColumn) return column;
+    throw Failure{wrongUsage, name + ": there is no column " + inQuotes(wanted) +
+                                  suggestion(wanted, columnNames())};
+}
+
+std::string Log::parameter(const char* wanted) const {
+    const char* value = table->get_param_val(wanted);
+    return value == nullptr ? std::string() : std::string(value);
+}
+
+bool Log::setParameter(const std::string& wanted, const std::string& value) {
+    return table->set_param_val(wanted.c_str(), value.c_str()) != noColumn;
+}
+
+Log openLog(Input& input, const std::string& path, const std::string& from, const Wanted& wanted) {
+    Log log;
+    log.path = path;
+    log.name = input.name();
+    if (input.head().empty()) {
+        throw Failure{unreadable, log.name + ": is empty, expected a log"};
+    }
+    log.format = from.empty() ? recognised(path, input.head()) : formatNamed(from);
+    readAs(log.format, input, wanted, log);
+    noteRepeatedNames(log);
+    return log;
+}
+
+Log readLog(const std::string& path, const std::string& from, const Wanted& wanted) {
+    Input input(path);
+    Log log = openLog(input, path, from, wanted);
+    tellProblems(log);
+    return log;
+}
+
+Log readLogToChange(const std::string& path, const std::string& from) {
+    Held held = holdFile(path);
+    Log log = readLog(path, from);
+    log.held = held;
+    return log;
+}
+
+void requireWhole(const Log& log) {
+    if (log.notRead.empty()) return;
+    throw Failure{unreadable, log.name +
+                                  ": not changed, rows that were not read would be lost; "
+                                  "repair the file, or write a copy with vek convert"};
+}
+
+int readingResult(const Log& log) {
+    bool isDamaged = std::any_of(log.problems.begin(), log.problems.end(),
+                                 [](const Problem& problem) { return problem.isDamage; });
+    return (log.format == Format::table && isDamaged) || !log.notRead.empty() ? found : done;
+}
+
+}  // namespace vek

@@ -1,0 +1,132 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <set>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include <vekdb/table.h>
+#include "formats/failure.h"
+#include "formats/formats.h"
+#include "formats/writing/output.h"
+
+namespace vek {
+
+class Input;
+
+/// What ends the lines of a text.
+enum class LineEnd { lf, crlf, cr };
+
+/// Something that a reader found. `line` counts from 1, 0 when it belongs to no line.
+struct Problem {
+    std::size_t line = 0;
+    std::string column;
+    std::string found;     ///< what is there
+    std::string expected;  ///< what should be
+    std::string outcome;   ///< what was made of it, or what to do
+    bool isDamage = true;  ///< a table file that has it ends a command with 1
+};
+
+/// A row that has another number of values than the heading has names.
+struct OddRow {
+    unsigned row = 0;
+    std::size_t values = 0;  ///< in columns
+    std::size_t behind = 0;  ///< empty ones behind the last column
+};
+
+/// Columns that have one name, case ignored, in their order.
+struct RepeatedName {
+    std::vector<unsigned> columns;
+};
+
+/// "file:line: found, expected ...; outcome".
+std::string worded(const std::string& file, const Problem& problem);
+
+/// A log in memory, whatever format it came from: a table of the library, for every row the line
+/// of the source it began on, and what was found wrong on the way. The table belongs to the Log;
+/// rows and lines go together as long as the table's rows are not moved.
+struct Log {
+    std::string path;  ///< as the person wrote it; "-" for standard input
+    std::string name;  ///< for messages
+    Format format = Format::table;
+    std::unique_ptr<vekdb> table;
+    std::vector<std::uint32_t> lines;
+    std::vector<std::uint32_t> numbers;       ///< of the rows, from 1 on, where some were left out
+    std::size_t leftOut = 0;                  ///< rows that were not wanted
+    std::vector<Problem> problems;            ///< told on reading; nothing was lost by them
+    std::size_t moreProblems = 0;             ///< that were found behind those
+    std::vector<RepeatedName> repeatedNames;  ///< as they were read
+    std::unordered_map<unsigned, std::size_t> repeatedAt;  ///< of their columns, where there
+    std::vector<OddRow> oddRows;                           ///< of a text format, in their order
+    std::set<std::string> unnamed;  ///< columns that its heading has no name for
+    std::string notRead;            ///< why rows are missing; empty when all are there
+    LineEnd lineEnd = LineEnd::lf;  ///< text formats are written back as they came
+    bool beganWithMark = false;     ///< a UTF-8 byte order mark stood in front
+    Held held;                      ///< of a log that is to be changed in place
+
+    unsigned rowCount() const { return table->get_num_records(); }
+    /// Those that were left out included.
+    std::size_t rowsInSource() const { return rowCount() + leftOut; }
+    /// The number of a row in the source, from 1 on.
+    std::size_t numberOf(unsigned row) const { return numbers.empty() ? row + 1 : numbers[row]; }
+    unsigned columnCount() const { return table->get_num_fields(); }
+    std::string_view cell(unsigned row, unsigned column) const {
+        return table->get_record(row)->fieldView(column);
+    }
+    std::string columnName(unsigned column) const;
+    std::vector<std::string> columnNames() const;
+    /// Without regard to case; "Name#2" is the second of several of the name. A Failure with a
+    /// suggestion when there is none, and with the choices when there are several.
+    unsigned requireColumn(std::string_view name) const;
+    /// The position of the first that has the name, or noColumn.
+    unsigned findColumn(std::string_view name) const;
+    /// The line a row began on, 0 when it is not known.
+    std::size_t lineOf(unsigned row) const { return row < lines.size() ? lines[row] : 0; }
+    /// The value of a parameter, "" when there is none.
+    std::string parameter(const char* name) const;
+    /// Notes a problem; behind the first thousand they are counted. `make` makes it.
+    template <class Make>
+    void report(Make make) {
+        if (problems.size() < mostProblems)
+            problems.push_back(make());
+        else
+            ++moreProblems;
+    }
+    static constexpr std::size_t mostProblems = 1000;
+    /// Adds or replaces; false when the library has no room or refuses the name.
+    bool setParameter(const std::string& name, const std::string& value);
+};
+
+constexpr unsigned noColumn = 0xFFFFFFFF;
+
+/// A string of the library from any text.
+inline LightweightString<char> cellText(std::string_view text) {
+    return LightweightString<char>(text.data(), text.size());
+}
+
+/// Conditions that all must hold, as parseCondition reads them. A reader may leave out rows of
+/// which one does not hold; which, the log tells.
+using Wanted = std::vector<std::string>;
+
+/// Reads a log. The format comes from `from` ("" finds it out by the ending and the content).
+/// A Failure when nothing could be read. Problems are left to the caller.
+Log openLog(Input& input, const std::string& path, const std::string& from = {},
+            const Wanted& wanted = {});
+
+/// The same, and says the problems.
+Log readLog(const std::string& path, const std::string& from = {}, const Wanted& wanted = {});
+
+/// The same for a command that changes the file: from before it is read until it has been
+/// replaced no other one changes it.
+Log readLogToChange(const std::string& path, const std::string& from);
+
+/// A Failure when rows of the file could not be read, so that writing it would lose them.
+void requireWhole(const Log& log);
+
+/// done, or found when the file was damaged.
+int readingResult(const Log& log);
+
+}  // namespace vek

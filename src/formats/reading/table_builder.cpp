@@ -1,0 +1,167 @@
+#include "formats/reading/table_builder.h"
+
+#include <algorithm>
+#include <set>
+
+#include <vekdb/host/text_util.h>
+#include "formats/reading/limits.h"
+#include "formats/text/text_lines.h"
+#include "formats/timecode/timecode.h"
+
+namespace vek {
+
+namespace {
+
+constexpr std::size_t mostColumns = 65535;
+
+std::vector<DBFieldDesc> descriptors(const std::vector<std::string>& names) {
+    std::vector<DBFieldDesc> out;
+    out.reserve(names.size());
+    for (const std::string& name : names) out.push_back({cellText(name), DBFieldTypes::text});
+    return out;
+}
+
+bool isPunctuatedTimecode(std::string_view text) {
+    return text.size() == 11 && parseTimecode(text).has_value();
+}
+
+// Whether there are timecodes in a column, and nothing else.
+bool holdsTimecodes(const Log& log, unsigned column) {
+    bool any = false;
+    for (unsigned row = 0; row < log.rowCount(); ++row) {
+        std::string_view cell = log.cell(row, column);
+        if (cell.empty()) continue;
+        if (!isPunctuatedTimecode(cell)) return false;
+        any = true;
+    }
+    return any;
+}
+
+}  // namespace
+
+std::vector<std::string> asStrings(const std::vector<std::string_view>& texts) {
+    return {texts.begin(), texts.end()};
+}
+
+std::vector<std::string> extraColumnNames(const std::vector<std::string>& declared,
+                                          std::size_t count) {
+    constexpr std::string_view start = "Extra ";
+    std::set<std::string, std::less<>> taken;
+    for (const std::string& name : declared) {
+        if (!sameText(name.substr(0, start.size()), start)) continue;
+        taken.insert(concat(start, name.substr(start.size())));
+    }
+    std::vector<std::string> names;
+    for (std::size_t n = 1; names.size() < count; ++n) {
+        std::string name = concat(start, std::to_string(n));
+        if (!taken.contains(name)) names.push_back(std::move(name));
+    }
+    return names;
+}
+
+bool isTableFilesOwn(std::string_view parameterName) {
+    return sameText(trimmed(parameterName), "VEKDB") ||
+           sameText(trimmed(parameterName), "V5_FIELD_MAP");
+}
+
+void reportLength(Log& log, std::size_t line, std::size_t found, std::size_t expected) {
+    const char* outcome = found < expected ? "the row is kept, the missing cells are empty"
+                                           : "the row is kept, values behind the last column "
+                                             "are in columns Extra 1, 2, ...";
+    log.report([&]() -> Problem {
+        return {line, "", counted(found, "value"), std::to_string(expected), outcome};
+    });
+}
+
+TableBuilder::TableBuilder(Log& log, Quor::Ptr<TextBlock> text) : log_(log) {
+    log.table = std::make_unique<vekdb>();
+    log.table->set_param_val("VEKDB", "Rev 1");
+    rows_.emplace(*log.table, std::move(text));
+}
+
+TableBuilder::TableBuilder(Log& log, const std::vector<std::string>& columns)
+    : TableBuilder(log, TextBlock::create(0)) {
+    setColumns(columns);
+}
+
+void TableBuilder::setColumns(std::vector<std::string> columns) {
+    if (columns.size() > mostColumns) {
+        throw Failure{unreadable, log_.name + ": " + std::to_string(columns.size()) +
+                                      " columns, a table holds at most 65535"};
+    }
+    for (const std::string& name : columns) {
+        if (name.find('\0') == std::string::npos) continue;
+        log_.report([&]() -> Problem {
+            return {0, "", "a zero byte in the column name " + inQuotes(name), "text",
+                    "the name ends there"};
+        });
+    }
+    columns_ = std::move(columns);
+}
+
+std::size_t TableBuilder::columnCount() const {
+    return std::max<std::size_t>(columns_.size(), rows_->longest());
+}
+
+void TableBuilder::addRow(std::size_t line, const std::vector<std::string_view>& cells,
+                          TextRows::Room room, std::size_t leftOut) {
+    const std::size_t count = cells.size() - leftOut;
+    if (count != columns_.size()) {
+        reportLength(log_, line, count, columns_.size());
+        log_.oddRows.push_back({static_cast<unsigned>(log_.lines.size()), count});
+    }
+    addWholeRow(line, cells.data(), count, room);
+}
+
+void TableBuilder::addWholeRow(std::size_t line, const std::string_view* cells, std::size_t count,
+                               TextRows::Room room) {
+    if (!rows_->append(room, cells, count)) {
+        throw Failure{unreadable, log_.name + ": more than 65535 columns"};
+    }
+    // Only rows that stand on a text can be many for few bytes of it.
+    if (rows_->size() != 0) {
+        requireCells(log_.name, rows_->count(), columnCount(), rows_->size());
+    }
+    log_.lines.push_back(static_cast<std::uint32_t>(line));
+}
+
+void TableBuilder::addParameter(std::size_t line, std::string_view name, std::string_view value) {
+    if (isTableFilesOwn(name)) {
+        return log_.report([&]() -> Problem {
+            return {line, "", "entry " + inQuotes(name),
+                    "another name: a table file keeps its own "
+                    "settings under this one",
+                    "the entry is left out"};
+        });
+    }
+    std::string old = log_.parameter(std::string(name).c_str());
+    if (!old.empty() && old != value) {
+        log_.problems.push_back({line, "", inQuotes(name) + " a second time", "once",
+                                 "the first value, " + inQuotes(old) + ", is replaced"});
+    }
+    if (log_.setParameter(std::string(name), std::string(value))) return;
+    log_.problems.push_back(
+        {line, "", "entry " + inQuotes(name), "at most 39 named entries", "the entry is left out"});
+}
+
+void TableBuilder::finish() {
+    const std::size_t declared = columns_.size();
+    for (std::string& name : extraColumnNames(columns_, columnCount() - declared)) {
+        log_.unnamed.insert(name);
+        columns_.push_back(std::move(name));
+    }
+    for (OddRow& odd : log_.oddRows) {
+        odd.behind = odd.values - std::min(odd.values, columns_.size());
+        odd.values -= odd.behind;
+    }
+    rows_->finish(descriptors(columns_));
+    rows_.reset();
+    for (unsigned column = 0; column < log_.columnCount(); ++column) {
+        if (holdsTimecodes(log_, column)) {
+            log_.table->set_fieldtype(column, DBFieldTypes::timecode);
+        }
+    }
+    log_.table->clear_changed();
+}
+
+}  // namespace vek

@@ -1,0 +1,257 @@
+#include <cstring>
+
+#include <vekdb/host/text_file.h>
+#include <vekdb/host/text_util.h>
+#include "formats/reading/progress.h"
+#include "formats/table_file/exact_cells.h"
+#include "formats/text/text_lines.h"
+#include "formats/writing/write_formats.h"
+
+namespace vek {
+
+namespace {
+
+constexpr std::size_t longestTableName = 250;
+
+bool hasAny(std::string_view text, std::string_view bytes) {
+    return text.find_first_of(bytes) != std::string_view::npos;
+}
+
+// Whether a value may be another one on its way through a table file. Looks at all bytes, so that
+// many can be looked at together.
+bool mayChange(std::string_view value) {
+    if (value.empty()) return false;
+    bool has = isAsciiSpace(value.front()) || isAsciiSpace(value.back());
+    for (char c : value) has |= c == '\r' || c == '\\' || c == '\0';
+    return has;
+}
+
+// The table itself where all columns are wanted, else a table of the wanted ones.
+class TableToWrite {
+public:
+    explicit TableToWrite(const Sheet& sheet) : sheet_(sheet) {
+        if (sheet.columns == allColumns(sheet.log)) return;
+        std::vector<DBFieldDesc> fields;
+        for (unsigned column : sheet.columns) {
+            fields.push_back(
+                {cellText(sheet.log.columnName(column)), sheet.log.table->get_field_type(column)});
+        }
+        narrowed_ = std::make_unique<vekdb>(fields);
+        narrowed_->set_param_val("VEKDB", "Rev 1");
+        // The field map names columns by position and means nothing for others.
+        for (const Parameter& parameter : ownParameters(sheet.log)) {
+            narrowed_->set_param_val(parameter.name.c_str(), parameter.value.c_str());
+        }
+        for (unsigned row = 0; row < sheet.rowCount(); ++row) copyRow(row);
+    }
+
+    vekdb& table() const { return narrowed_ ? *narrowed_ : *sheet_.log.table; }
+
+    const dbrecord& row(unsigned row) const {
+        return *(narrowed_ ? narrowed_->get_record(row) : sheet_.view->get_record(row));
+    }
+
+private:
+    void copyRow(unsigned row) {
+        dbrecord* copy = narrowed_->get_record(narrowed_->add_records(1));
+        for (unsigned short i = 0; i < sheet_.columns.size(); ++i) {
+            std::string_view cell = sheet_.cell(row, i);
+            if (!cell.empty()) copy->setField(i, cellText(cell));
+        }
+    }
+
+    const Sheet& sheet_;
+    std::unique_ptr<vekdb> narrowed_;
+};
+
+// The first value of a line as a reader will find it.
+std::string readBack(const TextFile& file, unsigned line) {
+    TextFile copy;
+    copy.appendLine(file.line(line));
+    dbrecord values(0);
+    values.read(copy);
+    return std::string(values.fieldView(0));
+}
+
+void addRecordLine(TextFile& file, const std::vector<std::string>& values) {
+    dbrecord record(static_cast<unsigned short>(values.size()));
+    for (unsigned short i = 0; i < values.size(); ++i) record.setField(i, cellText(values[i]));
+    record.write(file);
+}
+
+// The lines in front of the rows. The library writes parameters and names as they are, so one
+// with a quote or a line end in it would damage the file; here they are written as values are.
+class HeaderWriter {
+public:
+    HeaderWriter(const Sheet& sheet, const vekdb& table, Losses& losses)
+        : sheet_(sheet), losses_(losses) {
+        for (unsigned i = 0; i < table.get_num_params(); ++i) {
+            addParameter(table.get_param_name(i), table.get_param_text(i));
+        }
+        TextFile header;
+        table.save_column_header(header, false);
+        for (unsigned i = 0; i < 3; ++i) lines_.appendLine(header.line(i));
+        if (areAllPlain())
+            lines_.appendLine(header.line(3));
+        else
+            addNames();
+        checkNames();
+    }
+
+    const TextFile& lines() const { return lines_; }
+
+private:
+    void addParameter(const std::string& name, const std::string& value) {
+        addRecordLine(lines_, {name + ":" + value});
+        bool isKept = readBack(lines_, lines_.size() - 1) == name + ":" + value &&
+                      name.find(':') == std::string::npos && trimmed(name) == name &&
+                      trimmed(value) == value;
+        if (!isKept) losses_.add("parameters that read back as another text", inQuotes(name));
+    }
+
+    bool areAllPlain() const {
+        for (unsigned i = 0; i < sheet_.columns.size(); ++i) {
+            if (hasAny(sheet_.name(i), "\"\n\r")) return false;
+        }
+        return true;
+    }
+
+    void addNames() {
+        std::vector<std::string> names;
+        for (unsigned i = 0; i < sheet_.columns.size(); ++i) {
+            names.push_back(sheet_.name(i).substr(0, longestTableName));
+        }
+        addRecordLine(lines_, names);
+    }
+
+    void checkNames() const {
+        TextFile copy;
+        copy.appendLine(lines_.line(lines_.size() - 1));
+        dbrecord names(0);
+        names.read(copy);
+        for (unsigned i = 0; i < sheet_.columns.size(); ++i) {
+            if (names.fieldView(i) == sheet_.name(i)) continue;
+            losses_.add("column names that read back as another text", inQuotes(sheet_.name(i)));
+        }
+    }
+
+    const Sheet& sheet_;
+    Losses& losses_;
+    TextFile lines_;
+};
+
+// Writes the rows, reads each line back as a later reader will, and notes what came back changed.
+class RowWriter {
+public:
+    RowWriter(const Sheet& sheet, const TableToWrite& source) : sheet_(sheet), source_(source) {
+        Progress progress("writing", sheet.rowCount());
+        for (unsigned row = 0; row < sheet.rowCount(); ++row) {
+            progress.reach(row);
+            write(row);
+        }
+    }
+
+    const TextFile& lines() const { return lines_; }
+    const std::vector<ExactCell>& changed() const { return changed_; }
+
+private:
+    void write(unsigned row) {
+        const dbrecord& record = source_.row(row);
+        record.write(lines_);
+        if (isSurelyKept(record)) return refuseHeaderLike(row, record.fieldView(0));
+        lines_.currentLine = lines_.size() - 1;
+        readBack_.read(lines_);
+        refuseHeaderLike(row, readBack_.fieldView(0));
+        for (unsigned i = 0; i < sheet_.columns.size(); ++i) {
+            std::string_view cell = sheet_.cell(row, i);
+            if (readBack_.fieldView(i) == cell) continue;
+            refuseLong(row);
+            changed_.push_back({row, i, std::string(cell)});
+        }
+    }
+
+    // Whether a reader is certain to find the values as they are.
+    bool isSurelyKept(const dbrecord& record) const {
+        for (unsigned i = 0; i < sheet_.columns.size(); ++i) {
+            const std::string_view value = record.fieldView(i);
+            if (value.size() > longestTableValue || mayChange(value)) return false;
+        }
+        return true;
+    }
+
+    // A reader of the file would skip the lines behind such a row.
+    void refuseHeaderLike(unsigned row, std::string_view first) const {
+        if (!sameText(first, "VEKDB")) return;
+        throw Failure{unwritable, place(sheet_, row, 0) + ": " + inQuotes(sheet_.cell(row, 0)) +
+                                      ", expected another value in a table file's first column, "
+                                      "where it begins a header; put another column first"};
+    }
+
+    // A longer value would spill over and damage its line.
+    void refuseLong(unsigned row) const {
+        for (unsigned i = 0; i < sheet_.columns.size(); ++i) {
+            std::size_t size = sheet_.cell(row, i).size();
+            if (size <= longestTableValue) continue;
+            throw Failure{unwritable, place(sheet_, row, i) + ": a value of " +
+                                          std::to_string(size) +
+                                          " bytes, expected at most 4094 "
+                                          "in a table file; shorten it, or choose another format"};
+        }
+    }
+
+    const Sheet& sheet_;
+    const TableToWrite& source_;
+    TextFile lines_;
+    dbrecord readBack_{0};
+    std::vector<ExactCell> changed_;
+};
+
+void tellChanged(const Sheet& sheet, const std::vector<ExactCell>& changed, std::size_t noted,
+                 Losses& losses) {
+    for (std::size_t i = 0; i < changed.size(); ++i) {
+        losses.add(std::string(lossOfCells(tableFileLoss(changed[i].value))) +
+                       (i < noted ? "; vek reads them back as they are, other programs do not"
+                                  : "; there is no room to note them"),
+                   place(sheet, changed[i].row, changed[i].column));
+    }
+}
+
+void writeLines(const TextFile& lines, Output& out) {
+    for (unsigned i = 0; i < lines.size(); ++i) out.line(lines.line(i));
+}
+
+}  // namespace
+
+TableLoss tableFileLoss(std::string_view value) {
+    if (!mayChange(value) || afterTableFile(value) == value) return TableLoss::none;
+    if (trimmed(value) != value) return TableLoss::blanks;
+    if (hasAny(value, "\r")) return TableLoss::carriageReturns;
+    return hasAny(value, "\\") ? TableLoss::backslash : TableLoss::other;
+}
+
+const char* lossOfCells(TableLoss loss) {
+    switch (loss) {
+        case TableLoss::blanks:
+            return "cells that lose the blanks at their ends";
+        case TableLoss::carriageReturns:
+            return "cells that lose their carriage returns";
+        case TableLoss::backslash:
+            return "cells whose backslash before n or a line end reads back as another text";
+        default:
+            return "cells that read back as another text";
+    }
+}
+
+void writeTable(const Sheet& sheet, Output& out, Losses& losses) {
+    if (sheet.columns.empty()) {
+        throw Failure{unwritable, out.name() + ": a table file needs a column, " + sheet.log.name +
+                                      " has none"};
+    }
+    TableToWrite source(sheet);
+    RowWriter rows(sheet, source);
+    tellChanged(sheet, rows.changed(), noteExactCells(source.table(), rows.changed()), losses);
+    writeLines(HeaderWriter(sheet, source.table(), losses).lines(), out);
+    writeLines(rows.lines(), out);
+}
+
+}  // namespace vek

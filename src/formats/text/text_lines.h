@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+#include <vector>
+
+#include "formats/log/log.h"
+
+/// The lines of a text, and pieces of them.
+namespace vek {
+
+/// "\n", "\r\n" or "\r".
+const char* bytesOf(LineEnd end);
+
+/// What ended the lines of a text that was read. A text with several kinds of ends is written
+/// with CR and LF if any line had both, else with what ended its first line.
+class LineEndsSeen {
+public:
+    void add(LineEnd end) {
+        if (!isAny_ || end == LineEnd::crlf) kind_ = end;
+        isAny_ = true;
+    }
+    LineEnd kind() const { return kind_; }
+
+private:
+    LineEnd kind_ = LineEnd::lf;
+    bool isAny_ = false;
+};
+
+/// Walks the lines of a text: takes the next one off, without its end.
+class LineWalk {
+public:
+    /// A line of a table file ends with a line feed, perhaps with a carriage return before it;
+    /// one of other formats with a line feed, a carriage return or both.
+    enum class Ends { any, lineFeed };
+
+    explicit LineWalk(std::string_view text, Ends ends = Ends::any);
+    bool next(std::string_view& line);
+    std::size_t number() const { return number_; }
+    LineEnd lineEnd() const { return seen_.kind(); }
+    /// Whether a carriage return ended a line, with or without a line feed.
+    bool sawCr() const { return sawCr_; }
+    /// What stands behind the line taken last.
+    std::string_view rest() const { return text_.substr(at_); }
+
+private:
+    std::size_t findEnd();
+    void takeEnd();
+
+    std::string_view text_;
+    std::size_t at_ = 0;
+    std::size_t nextCr_ = 0;  // at or behind `at_` once it was looked for
+    std::size_t number_ = 0;
+    Ends ends_;
+    LineEndsSeen seen_;
+    bool sawCr_ = false;
+};
+
+/// The pieces of a text between separators; "" is one empty piece.
+std::vector<std::string_view> split(std::string_view text, char separator);
+/// Without blanks of the 7-bit range at both ends.
+std::string_view trimmed(std::string_view text);
+/// Equal without regard to the case of A to Z.
+bool sameText(std::string_view a, std::string_view b);
+
+}  // namespace vek

@@ -1,0 +1,89 @@
+#include "formats/timecode/clip_columns.h"
+
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include <vekdb/host/text_util.h>
+#include "formats/text/text_lines.h"
+
+namespace vek {
+
+namespace {
+
+using Names = std::initializer_list<std::pair<const char*, const char*>>;
+
+RangeColumns firstPair(const Log& log, Names names) {
+    for (const auto& [start, end] : names) {
+        RangeColumns pair{log.findColumn(start), log.findColumn(end)};
+        if (pair.start != noColumn && pair.end != noColumn) return pair;
+    }
+    return {noColumn, noColumn};
+}
+
+bool isLetterOrDigit(char c) {
+    char small = asciiLower(c);
+    return (small >= 'a' && small <= 'z') || isAsciiDigit(c);
+}
+
+// A name with one of its words replaced, or "" when the word is not in it.
+std::string withWord(const std::string& name, std::string_view word, const char* other) {
+    for (std::size_t at = 0; at + word.size() <= name.size(); ++at) {
+        std::size_t end = at + word.size();
+        bool isWord = (at == 0 || !isLetterOrDigit(name[at - 1])) &&
+                      (end == name.size() || !isLetterOrDigit(name[end]));
+        if (isWord && sameText(std::string_view(name).substr(at, word.size()), word)) {
+            return name.substr(0, at) + other + name.substr(end);
+        }
+    }
+    return {};
+}
+
+unsigned endColumnFor(const Log& log, const std::string& name) {
+    for (auto [start, end] : {std::pair{"start", "end"}, std::pair{"in", "out"}}) {
+        std::string other = withWord(name, start, end);
+        if (other.empty()) continue;
+        unsigned column = log.findColumn(other);
+        if (column != noColumn) return column;
+    }
+    return noColumn;
+}
+
+}  // namespace
+
+unsigned firstColumn(const Log& log, std::initializer_list<const char*> names) {
+    for (const char* name : names) {
+        unsigned column = log.findColumn(name);
+        if (column != noColumn) return column;
+    }
+    return noColumn;
+}
+
+RangeColumns sourceColumns(const Log& log) {
+    return firstPair(log, {{"Start time", "End time"},
+                           {"Start", "End"},
+                           {"Source In", "Source Out"},
+                           {"Mark IN", "Mark OUT"}});
+}
+
+RangeColumns recordColumns(const Log& log) {
+    return firstPair(log, {{"Record In", "Record Out"},
+                           {"Rec In", "Rec Out"},
+                           {"Record Start", "Record End"},
+                           {"Master In", "Master Out"}});
+}
+
+RangeColumns keycodeColumns(const Log& log) {
+    return firstPair(log, {{"start keycode", "end keycode"}, {"KN Start", "KN End"}});
+}
+
+std::vector<RangeColumns> rangeColumns(const Log& log) {
+    std::vector<RangeColumns> pairs;
+    for (unsigned column = 0; column < log.columnCount(); ++column) {
+        unsigned end = endColumnFor(log, log.columnName(column));
+        if (end != noColumn && end != column) pairs.push_back({column, end});
+    }
+    return pairs;
+}
+
+}  // namespace vek

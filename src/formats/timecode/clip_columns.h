@@ -1,0 +1,29 @@
+#pragma once
+
+#include <initializer_list>
+#include <vector>
+
+#include "formats/log/log.h"
+
+/// Where a log keeps what every clip has, whatever the program that made it calls it.
+namespace vek {
+
+/// Two columns that begin and end something: "Start time" and "End time", "Mark IN" and
+/// "Mark OUT", "KN Start" and "KN End".
+struct RangeColumns {
+    unsigned start = 0;
+    unsigned end = 0;
+};
+/// All such pairs that the log has, by their names.
+std::vector<RangeColumns> rangeColumns(const Log& log);
+
+/// The first of these columns that the log has, or noColumn.
+unsigned firstColumn(const Log& log, std::initializer_list<const char*> names);
+
+/// The columns of the source's start and end, of the record's, and of the keycodes; noColumn twice
+/// where the log has none.
+RangeColumns sourceColumns(const Log& log);
+RangeColumns recordColumns(const Log& log);
+RangeColumns keycodeColumns(const Log& log);
+
+}  // namespace vek

@@ -1,0 +1,60 @@
+#include "formats/timecode/counting.h"
+
+#include "formats/text/text_lines.h"
+
+namespace vek {
+
+LogCounting::LogCounting(const Log& log, const std::string& rate)
+    : log_(log), fcm_(log.parameter("FCM")), fcmColumn_(log.findColumn("FCM")) {
+    std::optional<FrameRate> own = parseFrameRate(log.parameter("FPS"));
+    rate_ = rate.empty() ? own : parseFrameRate(rate);
+    if (!rate_) oddRate_ = rate.empty() ? log.parameter("FPS") : rate;
+    if (!rate_ || rate.empty()) return;
+    isForced_ = rate_->counting != Counting::unsaid;
+    if (!isForced_ && own && canDropFrames(rate_->nominal)) rate_->counting = own->counting;
+}
+
+Counting LogCounting::counting(unsigned row) const {
+    if (!isForced_ && fcmColumn_ != noColumn) {
+        Counting own = countingOfFcm(log_.cell(row, fcmColumn_));
+        if (own != Counting::unsaid) return own;
+    }
+    return countingOfAll();
+}
+
+Counting LogCounting::countingOfAll() const {
+    if (rate_ && rate_->counting != Counting::unsaid) return rate_->counting;
+    return countingOfFcm(fcm_);
+}
+
+std::optional<Timecode> LogCounting::timecode(unsigned row, unsigned column) const {
+    std::optional<Timecode> code = parseTimecode(trimmed(log_.cell(row, column)));
+    if (code) code->dropFrame = code->dropFrame || counting(row) == Counting::dropFrame;
+    return code;
+}
+
+std::vector<Problem> LogCounting::contradictions() const {
+    std::vector<Problem> out;
+    if (!oddRate_.empty()) {
+        out.push_back({0, "", "FPS " + inQuotes(oddRate_),
+                       "a rate such as 24, 29.97 or 29.97df, drop-frame at 29.97 and 59.94 only",
+                       ""});
+    }
+    if (!rate_) return out;
+    Counting fcm = countingOfFcm(fcm_);
+    bool isOther =
+        rate_->counting != Counting::unsaid && fcm != Counting::unsaid && fcm != rate_->counting;
+    bool cannotDrop = fcm == Counting::dropFrame && !canDropFrames(rate_->nominal);
+    if (isOther || cannotDrop) {
+        out.push_back({0, "", "FCM " + inQuotes(fcm_),
+                       "what FPS " + inQuotes(log_.parameter("FPS")) + " says", ""});
+    }
+    return out;
+}
+
+Counting countingOfFcm(std::string_view text) {
+    std::optional<FrameRate> rate = parseFrameRate(concat("30 ", text));
+    return rate ? rate->counting : Counting::unsaid;
+}
+
+}  // namespace vek

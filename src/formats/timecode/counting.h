@@ -1,0 +1,47 @@
+#pragma once
+
+#include "formats/log/log.h"
+#include "formats/timecode/timecode.h"
+
+namespace vek {
+
+/// What a log says about how its timecodes count: the rate of its parameter FPS (or another one
+/// that a person names), and whether frames are dropped, by the rate ("29.97df"), the parameter
+/// FCM ("DROP FRAME") or, row by row, the column FCM that edit lists have.
+class LogCounting {
+public:
+    /// `rate` "" is the log's own; one that says how it counts goes before all the log says. The
+    /// log must outlive this.
+    explicit LogCounting(const Log& log, const std::string& rate = {});
+
+    /// Nothing where the log has none, or one that cannot be read.
+    const std::optional<FrameRate>& rate() const { return rate_; }
+    /// 0 where the rate is not known.
+    int nominal() const { return rate_ ? rate_->nominal : 0; }
+    /// The text that could not be read as a rate, "" when there is none.
+    const std::string& oddRate() const { return oddRate_; }
+
+    /// What is said for a row.
+    Counting counting(unsigned row) const;
+    /// What is said, whatever the rows say.
+    Counting countingOfAll() const;
+
+    /// The cell's timecode, drop-frame where the log says so and not only where a semicolon does.
+    std::optional<Timecode> timecode(unsigned row, unsigned column) const;
+
+    /// What is wrong with what is said of the whole log: a rate that is none, an FCM against it.
+    std::vector<Problem> contradictions() const;
+
+private:
+    const Log& log_;
+    std::optional<FrameRate> rate_;
+    bool isForced_ = false;
+    std::string oddRate_;
+    std::string fcm_;
+    unsigned fcmColumn_;
+};
+
+/// "DROP FRAME", "NON-DROP FRAME", "NON DROP FRAME", ...
+Counting countingOfFcm(std::string_view text);
+
+}  // namespace vek

@@ -1,0 +1,216 @@
+#include "formats/writing/output.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <optional>
+#include <utility>
+
+#include "formats/failure.h"
+#include "formats/inform.h"
+#include "formats/text/width.h"
+
+namespace vek {
+
+namespace {
+
+constexpr std::size_t flushAt = 1 << 16;
+constexpr unsigned longestWait = 5000;  // milliseconds for a program that changes the file
+
+std::string because(int error) {
+    std::string text = error == 0 ? "could not be written" : std::strerror(error);
+    if (error == ENOSPC) text += "; make room and try again";
+    if (error == EACCES || error == EPERM) text += "; check the permissions of it and its folder";
+    if (error == ENOENT) text += "; make its folder first";
+    return text;
+}
+
+[[noreturn]] void refuse(const std::string& name, int error) {
+    throw Failure{unwritable, name + ": " + because(error)};
+}
+
+std::string oldBeside(const FileReplacement& file) {
+    return concat("could not be written (", std::strerror(file.error()),
+                  "), nor be put back; what it held stands beside it, in ", file.oldBeside(),
+                  "; copy that back when there is room");
+}
+
+std::string because(const FileReplacement& file) {
+    switch (file.trouble()) {
+        case FileReplacement::eInUse:
+            return "another program is changing it; try again when that is done";
+        case FileReplacement::eChanged:
+            return "was changed by another program since it was read, so nothing is written; look "
+                   "at it, and give the command again";
+        case FileReplacement::eForeignLink:
+            return "the path leads through a link that somebody else put there, which is not "
+                   "followed to write; name the file itself";
+        case FileReplacement::eForeignName:
+            return "is also another file, by a name that somebody else may have put there; change "
+                   "a copy";
+        case FileReplacement::eOldBeside:
+            return oldBeside(file);
+        default:
+            return because(file.error());
+    }
+}
+
+[[noreturn]] void refuse(const std::string& name, const FileReplacement& file) {
+    throw Failure{unwritable, name + ": " + because(file)};
+}
+
+// Said before the old file is gone.
+void tellLosses(const std::string& path, unsigned losses) {
+    constexpr struct {
+        unsigned loss;
+        const char* what;
+    } kinds[] = {
+        {FileReplacement::eOwner, "its owner could not be kept, the new file is yours"},
+        {FileReplacement::eGroup,
+         "its group could not be kept, nor the rights that the group had alone"},
+        {FileReplacement::eAccessList,
+         "its access list could not be kept, nobody but the owner has access now"},
+        {FileReplacement::eAttributes, "not all of its extended attributes could be kept"},
+    };
+    for (const auto& kind : kinds) {
+        if ((losses & kind.loss) != 0) inform(path + ": " + kind.what);
+    }
+}
+
+// Keeps Ctrl-C and its kin waiting while a file is being replaced, which is soon done: the old
+// file or the new one is there then, and nothing beside it.
+class Undisturbed {
+public:
+    Undisturbed() {
+        sigset_t signals;
+        ::sigemptyset(&signals);
+        for (int signal : {SIGINT, SIGTERM, SIGHUP}) ::sigaddset(&signals, signal);
+        ::sigprocmask(SIG_BLOCK, &signals, &before_);
+    }
+    ~Undisturbed() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
+    Undisturbed(const Undisturbed&) = delete;
+    Undisturbed& operator=(const Undisturbed&) = delete;
+
+private:
+    sigset_t before_;
+};
+
+// Line ends and tabs are the text's own form; a carriage return belongs to a line end or moves
+// the cursor.
+std::string forTerminal(std::string_view text) {
+    std::string out;
+    while (!text.empty()) {
+        std::size_t end = std::min(text.find_first_of("\n\t"), text.size());
+        std::size_t kept = std::min(end + 1, text.size());
+        bool endsInBoth =
+            end > 0 && end < text.size() && text[end] == '\n' && text[end - 1] == '\r';
+        if (endsInBoth) --end;
+        out += escaped(text.substr(0, end));
+        out += text.substr(end, kept - end);
+        text.remove_prefix(kept);
+    }
+    return out;
+}
+
+// Whoever read the pipe has seen enough.
+[[noreturn]] void endQuietly() {
+    throw Failure{done, ""};
+}
+
+}  // namespace
+
+Held holdFile(const std::string& path) {
+    if (path == "-") return nullptr;
+    auto held = std::make_shared<FileReplacement>();
+    bool isHeld = held->find(path.c_str()) && held->hold(longestWait);
+    if (!isHeld && held->trouble() != FileReplacement::eSystem) refuse(path, *held);
+    return held;
+}
+
+Held holdInput(const std::vector<std::string>& inputs, const std::string& output) {
+    for (const std::string& input : inputs) {
+        std::error_code ignored;
+        if (std::filesystem::equivalent(input, output, ignored)) return holdFile(output);
+    }
+    return nullptr;
+}
+
+Output::Output(const std::string& path, Held held)
+    : path_(path == "-" ? "" : path), held_(std::move(held)) {}
+
+void Output::add(std::string_view text) {
+    pending_ += text;
+    if (isStandardOutput() && pending_.size() >= flushAt) flush();
+}
+
+void Output::write(std::string_view text) {
+    if (isTerminal()) return add(forTerminal(text));
+    add(text);
+}
+
+void Output::line(std::string_view text) {
+    if (isTerminal()) return inkedLine(forTerminal(text));
+    inkedLine(text);
+}
+
+void Output::inkedLine(std::string_view text) {
+    pending_ += text;
+    add("\n");
+}
+
+void Output::flush() {
+    std::string_view rest = pending_;
+    while (!rest.empty()) {
+        ssize_t written = ::write(STDOUT_FILENO, rest.data(), rest.size());
+        if (written < 0 && errno == EPIPE) endQuietly();
+        if (written < 0 && errno != EINTR) refuse(name(), errno);
+        if (written > 0) rest.remove_prefix(static_cast<std::size_t>(written));
+    }
+    pending_.clear();
+}
+
+void Output::close() {
+    if (isStandardOutput())
+        flush();
+    else
+        replaceFile();
+}
+
+std::string Output::name() const {
+    return isStandardOutput() ? "standard output" : path_;
+}
+
+bool Output::isTerminal() const {
+    if (!isTerminal_) isTerminal_ = isStandardOutput() && ::isatty(STDOUT_FILENO) == 1;
+    return *isTerminal_;
+}
+
+void Output::replaceFile() {
+    Held file = held_ ? held_ : holdFile(path_);
+    // A FIFO may have no reader, and whoever waits for one may want to leave.
+    std::optional<Undisturbed> undisturbed;
+    if (!file->isWrittenDirectly()) undisturbed.emplace();
+    bool isReady = file->open() && file->write(pending_) && file->complete();
+    if (!isReady) refuse(path_, *file);
+    tellLosses(path_, file->losses());
+    if (!file->commit()) refuse(path_, *file);
+}
+
+void backUp(const std::string& path, FileReplacement& held) {
+    std::string copy = path + ".bak";
+    Undisturbed undisturbed;
+    if (!held.backUp(copy.c_str())) refuse(copy, held);
+}
+
+std::size_t terminalWidth(std::size_t otherwise) {
+    winsize size = {};
+    if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return otherwise;
+    return size.ws_col;
+}
+
+}  // namespace vek

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "formats/writing/writers.h"
+
+/// One writer a format; see writeSheet.
+namespace vek {
+
+void writeTable(const Sheet& sheet, Output& out, Losses& losses);
+void writeDelimited(const Sheet& sheet, char separator, const WriteStyle& style, Output& out,
+                    Losses& losses);
+void writeJson(const Sheet& sheet, bool asLines, Output& out, Losses& losses);
+void writeAle(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses);
+void writeEdl(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses);
+void writeMarkdown(const Sheet& sheet, Output& out, Losses& losses);
+void writeHtml(const Sheet& sheet, Output& out, Losses& losses);
+
+/// What a value loses on its way through a table file.
+enum class TableLoss { none, blanks, carriageReturns, backslash, other };
+TableLoss tableFileLoss(std::string_view value);
+/// "cells that lose the blanks at their ends".
+const char* lossOfCells(TableLoss loss);
+/// The longest value that a table file's line can hold.
+constexpr std::size_t longestTableValue = 4094;
+
+/// Adds the parameters as lost, for formats that hold none.
+void loseParameters(const Log& log, Losses& losses);
+/// The file's own parameters: all but the revision, the field map and vek's notes.
+struct Parameter {
+    std::string name;
+    std::string value;
+};
+std::vector<Parameter> ownParameters(const Log& log);
+
+/// "FILE:12:Scene", the place of a cell.
+std::string place(const Sheet& sheet, unsigned row, unsigned column);
+
+}  // namespace vek

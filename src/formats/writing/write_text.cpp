@@ -1,0 +1,433 @@
+#include <algorithm>
+#include <array>
+#include <map>
+#include <set>
+
+#include <vekdb/host/text_util.h>
+#include "formats/ale/ale_form.h"
+#include "formats/delimited/row_lengths.h"
+#include "formats/formats.h"
+#include "formats/json/json.h"
+#include "formats/reading/progress.h"
+#include "formats/table_file/exact_cells.h"
+#include "formats/text/text_lines.h"
+#include "formats/writing/write_formats.h"
+
+namespace vek {
+
+namespace {
+
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+
+// Looks at all bytes, so that many can be looked at together.
+bool hasAnyOf(std::string_view text, std::array<char, 4> kinds) {
+    bool has = false;
+    for (char c : text) has |= c == kinds[0] || c == kinds[1] || c == kinds[2] || c == kinds[3];
+    return has;
+}
+
+// A quote is needed where the reader would else see another text, and for a lone empty cell,
+// whose line would read as no row. One that begins with the bytes of a byte order mark would be
+// taken for a file with one.
+void addDelimited(std::string& out, std::string_view cell, char separator, bool isAlone) {
+    const bool isPlain =
+        !hasAnyOf(cell, {'"', '\n', '\r', separator}) && !cell.starts_with(byteOrderMark);
+    if (isPlain && !(isAlone && cell.empty())) {
+        out += cell;
+        return;
+    }
+    out += '"';
+    for (char c : cell) {
+        if (c == '"') out += '"';
+        out += c;
+    }
+    out += '"';
+}
+
+bool looksLikeFormula(std::string_view cell) {
+    return !cell.empty() &&
+           std::string_view("=+-@\t\r").find(cell.front()) != std::string_view::npos;
+}
+
+// Text with a zero byte in it is taken for something else by whoever reads it.
+template <class Cell, class Place>
+void tellZeros(std::string_view line, std::size_t count, Cell cell, Place place, Losses& losses) {
+    if (line.find('\0') == std::string_view::npos) return;
+    for (unsigned i = 0; i < count; ++i) {
+        if (std::string_view(cell(i)).find('\0') == std::string_view::npos) continue;
+        losses.add("texts with a zero byte, for which readers refuse the file", place(i));
+    }
+}
+
+void tellZerosOf(std::string_view line, const Sheet& sheet, unsigned row, Losses& losses) {
+    tellZeros(
+        line, sheet.columns.size(), [&](unsigned i) { return sheet.cell(row, i); },
+        [&](unsigned i) { return place(sheet, row, i); }, losses);
+}
+
+// Writes lines of delimited text.
+class DelimitedWriter {
+public:
+    DelimitedWriter(char separator, const WriteStyle& style, Output& out, Losses& losses)
+        : separator_(separator), style_(style), out_(out), losses_(losses) {}
+
+    /// `place` is asked for where a cell is to be told of.
+    template <class Cell, class Place>
+    void write(std::size_t count, Cell cell, Place place) {
+        line_.clear();
+        for (unsigned i = 0; i < count; ++i) {
+            if (i > 0) line_ += separator_;
+            add(line_, cell(i), count == 1, [&] { return place(i); });
+        }
+        tellZeros(line_, count, cell, place, losses_);
+        line_ += bytesOf(style_.lineEnd);
+        out_.write(line_);
+    }
+
+    /// The line of names, by which readers tell formats apart: quotes keep it from being taken
+    /// for the beginning of another one.
+    template <class Cell>
+    void writeNames(std::size_t count, Cell cell) {
+        if (count == 0) return out_.write(bytesOf(style_.lineEnd));
+        std::string rest;
+        for (unsigned i = 1; i < count; ++i) {
+            rest += separator_;
+            add(rest, cell(i), false, [&] { return inQuotes(cell(i)); });
+        }
+        std::string first;
+        add(first, cell(0), count == 1, [&] { return inQuotes(cell(0)); });
+        const std::string plain = first + rest;
+        if (!first.starts_with('"') && mayBeTakenForAnother(plain)) {
+            first = concat("\"", first, "\"");
+        }
+        requireFormat(first + rest, plain);
+        out_.write(concat(first, rest, bytesOf(style_.lineEnd)));
+    }
+
+private:
+    Format format() const { return separator_ == ',' ? Format::csv : Format::tsv; }
+
+    Format formatFound(std::string_view line) const {
+        return recognised(std::string(".") + formatName(format()), line);
+    }
+
+    // A blank line is passed over for the next one. In a pipe there is no name to go by.
+    bool mayBeTakenForAnother(std::string_view line) const {
+        const std::string_view text = trimmed(line);
+        return text.empty() || text.front() == '{' || text.front() == '[' ||
+               formatFound(line) != format();
+    }
+
+    void requireFormat(std::string_view line, std::string_view asNamed) const {
+        if (formatFound(line) == format()) return;
+        throw Failure{unwritable,
+                      concat(out_.name(), ": ", inQuotes(trimmed(asNamed).substr(0, 40)),
+                             ", expected another name of the first column: the file would be read "
+                             "as a table file; rename the column, or put another first")};
+    }
+
+    template <class Place>
+    void add(std::string& line, std::string_view cell, bool isAlone, Place place) {
+        if (!style_.guardsFormulas || !looksLikeFormula(cell)) {
+            return addDelimited(line, cell, separator_, isAlone);
+        }
+        losses_.add("cells that begin like formulas, given an apostrophe", place());
+        addDelimited(line, concat("'", cell), separator_, isAlone);
+    }
+
+    char separator_;
+    const WriteStyle& style_;
+    Output& out_;
+    Losses& losses_;
+    std::string line_;
+};
+
+// Names that differ, as JSON objects need them.
+std::vector<std::string> distinctNames(const Sheet& sheet, Losses& losses) {
+    std::vector<std::string> names;
+    std::set<std::string> used;
+    std::map<std::string, std::size_t> numbers;  // the first that may be free, of each name
+    for (unsigned i = 0; i < sheet.columns.size(); ++i) {
+        std::string name = sheet.name(i);
+        std::size_t& n = numbers.try_emplace(name, 2).first->second;
+        while (used.contains(name)) name = sheet.name(i) + " " + std::to_string(n++);
+        if (name != sheet.name(i)) {
+            losses.add("columns of a name that another has, given a number", inQuotes(name));
+        }
+        used.insert(name);
+        names.push_back(name);
+    }
+    return names;
+}
+
+bool isAleSafe(std::string_view text) {
+    return !hasAnyOf(text, {'\t', '\n', '\r', '\r'});
+}
+
+std::string forAle(std::string_view text) {
+    std::string out(text);
+    for (char& c : out) {
+        if (c == '\t' || c == '\n' || c == '\r') c = ' ';
+    }
+    return out;
+}
+
+void writeAleHeading(const std::vector<Parameter>& heading, const char* end, Output& out,
+                     Losses& losses) {
+    out.write(std::string("Heading") + end);
+    bool hasDelimiter = false;
+    for (const Parameter& entry : heading) {
+        hasDelimiter = hasDelimiter || sameText(entry.name, "FIELD_DELIM");
+        if (!isAleSafe(entry.name) || !isAleSafe(entry.value)) {
+            losses.add("heading entries whose tabs and line ends become blanks", entry.name);
+        }
+        const std::string line = forAle(entry.name) + "\t" + forAle(entry.value);
+        // A reader would take it for the end of the heading.
+        if (sameText(trimmed(line), "Column")) {
+            losses.add("heading entries that would begin the columns, left out",
+                       inQuotes(entry.name));
+            continue;
+        }
+        out.write(line + end);
+    }
+    if (!hasDelimiter) out.write(std::string("FIELD_DELIM\tTABS") + end);
+}
+
+std::string aleNames(const AleForm& form, Losses& losses) {
+    std::string line;
+    for (std::size_t i = 0; i < form.names.size(); ++i) {
+        if (!isAleSafe(form.names[i])) {
+            losses.add("column names whose tabs and line ends become blanks",
+                       inQuotes(form.names[i]));
+        }
+        line += concat(i == 0 ? "" : "\t", forAle(form.names[i]));
+    }
+    if (form.tracks.empty() && form.names.size() > 1 && trimmed(form.names.back()).empty()) {
+        losses.add("columns without a name at the end of the line, where readers see none",
+                   inQuotes(form.names.back()));
+    }
+    return form.tracks.empty() ? line : line + "\tTracks";
+}
+
+void addAleRow(std::string& line, const Sheet& sheet, unsigned row, Losses& losses) {
+    const dbrecord& record = sheet.record(row);
+    for (unsigned i = 0; i < sheet.columns.size(); ++i) {
+        const std::string_view cell = record.fieldView(sheet.columns[i]);
+        if (i > 0) line += '\t';
+        if (isAleSafe(cell)) {
+            line += cell;
+            continue;
+        }
+        losses.add("cells whose tabs and line ends become blanks", place(sheet, row, i));
+        line += forAle(cell);
+    }
+    tellZerosOf(line, sheet, row, losses);
+}
+
+void addEscaped(std::string& out, std::string_view text) {
+    for (char c : text) {
+        if (c == '&')
+            out += "&amp;";
+        else if (c == '<')
+            out += "&lt;";
+        else if (c == '>')
+            out += "&gt;";
+        else if (c == '"')
+            out += "&quot;";
+        else if (c == '\n')
+            out += "<br>";
+        else if (c == '\r')
+            out += "&#13;";
+        else
+            out += c;
+    }
+}
+
+bool isWordByte(char c) {
+    unsigned char byte = static_cast<unsigned char>(c);
+    return isAsciiDigit(c) || (asciiLower(c) >= 'a' && asciiLower(c) <= 'z') || byte >= 0x80;
+}
+
+bool isWordByteAt(std::string_view text, std::size_t at) {
+    return at < text.size() && isWordByte(text[at]);
+}
+
+// "&amp;" and "&#65;" stand for other characters.
+bool beginsEntity(std::string_view text) {
+    std::size_t end = 1;
+    while (end < text.size() && (text[end] == '#' || isWordByte(text[end]))) ++end;
+    return end > 1 && end < text.size() && text[end] == ';';
+}
+
+// Whether a character would be read as markup, or make a link of the text around it. An
+// underscore within a word is no markup.
+bool isMarkup(std::string_view text, std::size_t at) {
+    switch (text[at]) {
+        case '_':
+            return at == 0 || !isWordByte(text[at - 1]) || !isWordByteAt(text, at + 1);
+        case '&':
+            return beginsEntity(text.substr(at));
+        case ':':
+            return text.substr(at).starts_with("://");
+        case '.':
+            return at >= 3 && sameText(text.substr(at - 3, 3), "www");
+        case '@':
+            return at > 0 && isWordByteAt(text, at + 1);
+        default:
+            return std::string_view("|\\`*[]<>~").find(text[at]) != std::string_view::npos;
+    }
+}
+
+void addMarkdown(std::string& out, std::string_view text) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (isMarkup(text, i)) out += '\\';
+        if (text[i] == '\n')
+            out += "<br>";
+        else if (text[i] == '\r')
+            out += "&#13;";
+        else
+            out += text[i];
+    }
+}
+
+template <class Cell>
+std::string markdownLine(std::size_t count, Cell cell) {
+    std::string line = "|";
+    for (unsigned i = 0; i < count; ++i) {
+        line += ' ';
+        addMarkdown(line, cell(i));
+        line += " |";
+    }
+    return line;
+}
+
+template <class Cell>
+std::string htmlRow(const char* tag, std::size_t count, Cell cell) {
+    std::string line = "<tr>";
+    for (unsigned i = 0; i < count; ++i) {
+        line += std::string("<") + tag + ">";
+        addEscaped(line, cell(i));
+        line += std::string("</") + tag + ">";
+    }
+    return line + "</tr>";
+}
+
+}  // namespace
+
+std::string place(const Sheet& sheet, unsigned row, unsigned column) {
+    return sheet.log.name + ":" + std::to_string(sheet.line(row)) + ":" + sheet.name(column);
+}
+
+std::vector<Parameter> ownParameters(const Log& log) {
+    std::vector<Parameter> out;
+    for (unsigned i = 0; i < log.table->get_num_params(); ++i) {
+        std::string name = log.table->get_param_name(i);
+        bool isOurs = sameText(name, "VEKDB") || sameText(name, "V5_FIELD_MAP");
+        if (isOurs || isExactNote(name)) continue;
+        out.push_back({name, log.table->get_param_text(i)});
+    }
+    return out;
+}
+
+void loseParameters(const Log& log, Losses& losses) {
+    for (const Parameter& parameter : ownParameters(log)) {
+        losses.add("parameters have no place in this format", inQuotes(parameter.name));
+    }
+}
+
+void writeDelimited(const Sheet& whole, char separator, const WriteStyle& style, Output& out,
+                    Losses& losses) {
+    loseParameters(whole.log, losses);
+    const Sheet sheet = style.keepsLengths ? unnamedLast(whole) : whole;
+    const RowLengths lengths(sheet, style.keepsLengths);
+    Progress progress("writing", sheet.rowCount());
+    if (style.byteOrderMark) out.write(byteOrderMark);
+    DelimitedWriter writer(separator, style, out, losses);
+    writer.writeNames(lengths.ofHeading(), [&](unsigned i) { return sheet.name(i); });
+    for (unsigned row = 0; row < sheet.rowCount(); ++row) {
+        progress.reach(row);
+        writer.write(
+            lengths.of(row), [&](unsigned i) { return lengths.cell(row, i); },
+            [&](unsigned i) { return place(sheet, row, i); });
+    }
+}
+
+void writeJson(const Sheet& sheet, bool asLines, Output& out, Losses& losses) {
+    loseParameters(sheet.log, losses);
+    std::vector<std::string> names;
+    for (const std::string& name : distinctNames(sheet, losses)) {
+        bool wasChanged = false;
+        names.push_back((names.empty() ? "" : ", ") + jsonString(name, wasChanged) + ": ");
+        if (wasChanged) losses.add("column names that are no UTF-8", inQuotes(name));
+    }
+    if (!asLines) out.line("[");
+    std::string line;
+    Progress progress("writing", sheet.rowCount());
+    for (unsigned row = 0; row < sheet.rowCount(); ++row) {
+        progress.reach(row);
+        const dbrecord& record = sheet.record(row);
+        line = asLines ? "{" : "  {";
+        for (unsigned i = 0; i < names.size(); ++i) {
+            bool wasChanged = false;
+            line += names[i];
+            addJsonString(line, record.fieldView(sheet.columns[i]), wasChanged);
+            if (wasChanged) losses.add("cells that are no UTF-8", place(sheet, row, i));
+        }
+        bool isLast = row + 1 == sheet.rowCount();
+        line += asLines || isLast ? "}" : "},";
+        out.line(line);
+    }
+    if (!asLines) out.line("]");
+}
+
+void writeAle(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses) {
+    const char* end = bytesOf(style.lineEnd);
+    AleForm form = aleForm(sheet, style, out.name(), losses);
+    const std::string names = aleNames(form, losses);
+    if (trimmed(names).empty()) {
+        throw Failure{unwritable, out.name() +
+                                      ": a log exchange file needs a column with a name, " +
+                                      sheet.log.name + " has none"};
+    }
+    writeAleHeading(form.heading, end, out, losses);
+    out.write(concat(end, "Column", end, names, end, end, "Data", end));
+    const std::string rest = (form.tracks.empty() ? "" : "\t" + forAle(form.tracks)) + end;
+    const bool isAlone = sheet.columns.size() == 1 && form.tracks.empty();
+    std::string line;
+    for (unsigned row = 0; row < sheet.rowCount(); ++row) {
+        line.clear();
+        addAleRow(line, sheet, row, losses);
+        // Readers pass over a blank line; with a closing tab it is a row of one blank cell.
+        if (isAlone && trimmed(line).empty()) line += '\t';
+        out.write(line += rest);
+    }
+}
+
+void writeMarkdown(const Sheet& sheet, Output& out, Losses& losses) {
+    loseParameters(sheet.log, losses);
+    std::size_t count = sheet.columns.size();
+    out.line(markdownLine(count, [&](unsigned i) { return sheet.name(i); }));
+    out.line(markdownLine(count, [](unsigned) { return std::string_view("---"); }));
+    for (unsigned row = 0; row < sheet.rowCount(); ++row) {
+        std::string line = markdownLine(count, [&](unsigned i) { return sheet.cell(row, i); });
+        tellZerosOf(line, sheet, row, losses);
+        out.line(line);
+    }
+}
+
+void writeHtml(const Sheet& sheet, Output& out, Losses& losses) {
+    loseParameters(sheet.log, losses);
+    std::size_t count = sheet.columns.size();
+    std::string title;
+    addEscaped(title, sheet.log.name);
+    out.line("<!DOCTYPE html>\n<meta charset=\"utf-8\">\n<title>" + title + "</title>\n<table>");
+    out.line(htmlRow("th", count, [&](unsigned i) { return sheet.name(i); }));
+    for (unsigned row = 0; row < sheet.rowCount(); ++row) {
+        std::string line = htmlRow("td", count, [&](unsigned i) { return sheet.cell(row, i); });
+        tellZerosOf(line, sheet, row, losses);
+        out.line(line);
+    }
+    out.line("</table>");
+}
+
+}  // namespace vek
