@@ -2,7 +2,7 @@
 
 #include "formats/text/width.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -20,4 +20,4 @@ std::string counted(std::size_t count, const char* one, const char* many) {
     return std::to_string(count) + " " + name;
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -5,6 +5,14 @@
 
 namespace vek {
 
+namespace formats {}
+// The program is written in terms of it.
+using namespace formats;
+
+}  // namespace vek
+
+namespace vek::formats {
+
 /// How the program ends. Documented to people: scripts lean on these numbers.
 enum ExitCode {
     done = 0,
@@ -35,4 +43,4 @@ std::string inQuotes(std::string_view text);
 /// "1 row", "3 rows".
 std::string counted(std::size_t count, const char* one, const char* many = nullptr);
 
-}  // namespace vek
+}  // namespace vek::formats

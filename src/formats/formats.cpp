@@ -7,7 +7,7 @@
 #include "formats/text/text_lines.h"
 #include "formats/writing/write_formats.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -233,4 +233,4 @@ void writeSheet(const Sheet& sheet, Target target, const WriteStyle& style, Outp
     entryOf(target).write(sheet, style, out, losses);
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -6,7 +6,7 @@
 
 /// The formats that there are. A new one is a room with its reader and its writer, a name in
 /// `Format` and a line of the table in formats.cpp.
-namespace vek {
+namespace vek::formats {
 
 class Input;
 class Losses;
@@ -46,4 +46,4 @@ void readAs(Format format, Input& input, const std::vector<std::string>& wanted,
 void writeSheet(const Sheet& sheet, Target target, const WriteStyle& style, Output& out,
                 Losses& losses);
 
-}  // namespace vek
+}  // namespace vek::formats

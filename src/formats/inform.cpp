@@ -1,6 +1,6 @@
 #include "formats/inform.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -16,4 +16,4 @@ void inform(const std::string& text) {
     if (theInformer != nullptr) theInformer(text);
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace vek {
+namespace vek::formats {
 
 /// Who hears what is found on the way; nobody as long as nobody asked.
 using Informer = void (*)(const std::string& text);
@@ -11,4 +11,4 @@ void setInformer(Informer informer);
 /// Tells one message, a line without its end.
 void inform(const std::string& text);
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -6,7 +6,7 @@
 #include "formats/text/text_lines.h"
 #include "formats/timecode/clip_columns.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -170,4 +170,4 @@ AleForm aleForm(const Sheet& sheet, const WriteStyle& style, const std::string& 
     return FormMaker(sheet, style, output, losses).make();
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -7,7 +7,7 @@
 
 /// What editing systems expect of a log exchange file: VIDEO_FORMAT, AUDIO_FORMAT and FPS in the
 /// heading, and the columns Name, Tracks, Start, End and Tape.
-namespace vek {
+namespace vek::formats {
 
 /// The heading and the column names of a sheet as they are written. The cells stay as they are;
 /// `tracks`, when not empty, stands in a further column Tracks of every row.
@@ -23,4 +23,4 @@ struct AleForm {
 AleForm aleForm(const Sheet& sheet, const WriteStyle& style, const std::string& output,
                 Losses& losses);
 
-}  // namespace vek
+}  // namespace vek::formats

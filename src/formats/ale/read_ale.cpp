@@ -3,7 +3,7 @@
 #include "formats/reading/table_builder.h"
 #include "formats/text/text_lines.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -122,4 +122,4 @@ void readAle(Text text, Log& log) {
     AleReader(std::move(text), log).read();
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -11,7 +11,7 @@
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/timecode.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -138,4 +138,4 @@ RowTest timecodeTest(const Log& log, const std::string& timecode) {
     };
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -7,7 +7,7 @@
 
 #include "formats/log/log.h"
 
-namespace vek {
+namespace vek::formats {
 
 /// What people mean by a word such as "Scene" in front of an operator.
 enum class Operator {
@@ -51,4 +51,4 @@ void askTable(const Log& log, const std::vector<Condition>& conditions);
 /// belong to a range. A Failure when the text is no timecode or no such columns exist.
 RowTest timecodeTest(const Log& log, const std::string& timecode);
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -5,7 +5,7 @@
 #include "formats/failure.h"
 #include "formats/text/width.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -70,4 +70,4 @@ bool Regex::matches(std::string_view text) const {
     return RE2::PartialMatch(piece, compiled_->bytes());
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace vek {
+namespace vek::formats {
 
 /// A regular expression that takes time in proportion to the text it is tried on and a bounded
 /// room, whoever wrote it: what cannot be had at that price (back-references, looking ahead) is
@@ -26,4 +26,4 @@ private:
     std::unique_ptr<Compiled> compiled_;
 };
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -8,7 +8,7 @@
 #include "formats/choosing/conditions.h"
 #include "formats/text/text_lines.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -194,4 +194,4 @@ std::vector<unsigned> columnList(const Log& log, const std::string& names) {
     return columns;
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -7,7 +7,7 @@
 #include <vekdb/views/view_rep.h>
 #include "formats/log/log.h"
 
-namespace vek {
+namespace vek::formats {
 
 /// Which rows of a log a person wants, and in which order.
 struct Selection {
@@ -44,4 +44,4 @@ VDBView viewOf(const Log& log, const std::vector<unsigned>& rows);
 /// The column positions of a list such as "Scene,Take".
 std::vector<unsigned> columnList(const Log& log, const std::string& names);
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -6,7 +6,7 @@
 #include <vekdb/host/keyed_hash.h>
 #include "formats/log/column_names.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -248,4 +248,4 @@ Differences compareLogs(const Log& a, const Log& b, const std::string& key) {
     return key.empty() ? comparison.inOrder() : comparison.byKey(key);
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -5,7 +5,7 @@
 
 #include "formats/log/log.h"
 
-namespace vek {
+namespace vek::formats {
 
 struct CellDifference {
     std::string column;
@@ -39,4 +39,4 @@ struct Differences {
 /// compared byte by byte. The logs must outlive what is returned.
 Differences compareLogs(const Log& a, const Log& b, const std::string& key);
 
-}  // namespace vek
+}  // namespace vek::formats

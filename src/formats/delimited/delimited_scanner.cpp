@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -99,4 +99,4 @@ std::string_view DelimitedScanner::takeQuoted() {
     return between(start, out);
 }
 
-}  // namespace vek
+}  // namespace vek::formats

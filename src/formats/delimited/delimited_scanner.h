@@ -7,7 +7,7 @@
 #include <vekdb/text_rows.h>
 #include "formats/text/text_lines.h"
 
-namespace vek {
+namespace vek::formats {
 
 /// Takes records of separated cells off a text, one after the other. Cells between quotes may
 /// hold separators, line ends and doubled quotes; what the quotes hide is put right in the text
@@ -54,4 +54,4 @@ private:
     std::vector<std::string_view> cells_;
 };
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -3,7 +3,7 @@
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -39,4 +39,4 @@ void readDelimited(Text text, char separator, Log& log) {
     builder.finish();
 }
 
-}  // namespace vek
+}  // namespace vek::formats

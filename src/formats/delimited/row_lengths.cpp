@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -59,4 +59,4 @@ void nameColumns(Log& log, const std::vector<unsigned>& columns) {
     }
 }
 
-}  // namespace vek
+}  // namespace vek::formats

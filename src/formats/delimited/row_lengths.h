@@ -5,7 +5,7 @@
 /// How long the rows of a text are that is written back: as long as they came. A value that is
 /// put behind the end of a row makes it longer, and columns that the heading had no name for get
 /// none.
-namespace vek {
+namespace vek::formats {
 
 /// The same sheet with the columns that have no name behind all others.
 Sheet unnamedLast(const Sheet& sheet);
@@ -35,4 +35,4 @@ private:
 /// A person named one of the columns that have no name: they are columns like others then.
 void nameColumns(Log& log, const std::vector<unsigned>& columns);
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -7,7 +7,7 @@
 #include "formats/text/text_lines.h"
 #include "formats/timecode/timecode.h"
 
-namespace vek {
+namespace vek::formats {
 
 const std::vector<std::string> edlColumnNames = {
     "Event",      "Reel",      "Track",      "Kind",      "Length",       "Source In",
@@ -192,4 +192,4 @@ std::string edlCommentsName(std::size_t piece) {
     return piece == 0 ? name : concat(name, " ", std::to_string(piece + 1));
 }
 
-}  // namespace vek
+}  // namespace vek::formats

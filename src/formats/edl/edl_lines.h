@@ -7,7 +7,7 @@
 #include <vector>
 
 /// The lines of CMX 3600 edit lists, as the reader and the writer both know them.
-namespace vek {
+namespace vek::formats {
 
 /// The columns that every edit list has. Those that only some have are FCM, how an event counts,
 /// and Comments 2, 3, ..., which go on where Comments is full.
@@ -63,4 +63,4 @@ void addEdlPiece(std::string& comments, std::string_view piece);
 /// "Comments", "Comments 2", ...
 std::string edlCommentsName(std::size_t piece);
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -4,7 +4,7 @@
 #include "formats/text/name_list.h"
 #include "formats/text/text_lines.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -174,4 +174,4 @@ void readEdl(std::string_view text, Log& log) {
     EdlReader(text, log).read();
 }
 
-}  // namespace vek
+}  // namespace vek::formats

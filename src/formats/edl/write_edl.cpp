@@ -12,7 +12,7 @@
 #include "formats/timecode/counting.h"
 #include "formats/writing/write_formats.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -469,4 +469,4 @@ void writeEdl(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& 
     EdlWriter(sheet, style, out, losses).write();
 }
 
-}  // namespace vek
+}  // namespace vek::formats

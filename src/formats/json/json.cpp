@@ -5,7 +5,7 @@
 
 #include "formats/text/width.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -195,4 +195,4 @@ std::string jsonString(std::string_view text) {
     return jsonString(text, ignored);
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -6,7 +6,7 @@
 #include <string_view>
 
 /// JSON texts. The only place that knows the JSON library.
-namespace vek {
+namespace vek::formats {
 
 /// Where a JSON text is none, or holds something other than rows.
 struct JsonFault {
@@ -33,4 +33,4 @@ std::string jsonString(std::string_view text);
 /// The same behind another text.
 void addJsonString(std::string& out, std::string_view text, bool& wasChanged);
 
-}  // namespace vek
+}  // namespace vek::formats

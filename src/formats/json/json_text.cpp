@@ -7,7 +7,7 @@
 
 #include <vekdb/host/text_util.h>
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -262,4 +262,4 @@ std::size_t resolveEscapes(char* text, std::size_t size) {
     return static_cast<std::size_t>(to - text);
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -7,7 +7,7 @@
 
 #include <vekdb/byte_marks.h>
 
-namespace vek {
+namespace vek::formats {
 
 /// Reads the pieces of a JSON text, one after the other, and accepts exactly what the format
 /// allows. Changes nothing of the text. After a piece that is not accepted nothing holds.
@@ -53,4 +53,4 @@ private:
 /// a string that was accepted.
 std::size_t resolveEscapes(char* text, std::size_t size);
 
-}  // namespace vek
+}  // namespace vek::formats

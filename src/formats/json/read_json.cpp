@@ -7,7 +7,7 @@
 #include "formats/reading/table_builder.h"
 #include "formats/text/name_list.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -211,4 +211,4 @@ void readJson(Text text, Log& log) {
     JsonReader(std::move(text), log).read();
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -7,7 +7,7 @@
 #include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/text_util.h>
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -151,4 +151,4 @@ void DistinctNames::renamed(unsigned column, const std::string& name) {
     log_.table->set_fieldname(column, name.c_str());
 }
 
-}  // namespace vek
+}  // namespace vek::formats

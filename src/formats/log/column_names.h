@@ -7,7 +7,7 @@
 #include "formats/log/log.h"
 
 /// Names that several columns of a log have, case ignored. "Reel#2" is the second of them.
-namespace vek {
+namespace vek::formats {
 
 /// Columns with a name that another one has, each name once, in the order of its first column.
 std::vector<RepeatedName> findRepeatedNames(const Log& log);
@@ -50,4 +50,4 @@ private:
     std::vector<Own> own_;
 };
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -8,7 +8,7 @@
 #include "formats/reading/input.h"
 #include "formats/text/suggestion.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -118,4 +118,4 @@ int readingResult(const Log& log) {
     return (log.format == Format::table && isDamaged) || !log.notRead.empty() ? found : done;
 }
 
-}  // namespace vek
+}  // namespace vek::formats

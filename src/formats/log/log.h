@@ -13,7 +13,7 @@
 #include "formats/formats.h"
 #include "formats/writing/output.h"
 
-namespace vek {
+namespace vek::formats {
 
 class Input;
 
@@ -129,4 +129,4 @@ void requireWhole(const Log& log);
 /// done, or found when the file was damaged.
 int readingResult(const Log& log);
 
-}  // namespace vek
+}  // namespace vek::formats

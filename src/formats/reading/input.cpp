@@ -15,7 +15,7 @@
 #include "formats/reading/limits.h"
 #include "formats/reading/progress.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -161,4 +161,4 @@ int Input::loaderDescriptor() {
     return descriptor_;
 }
 
-}  // namespace vek
+}  // namespace vek::formats

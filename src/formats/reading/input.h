@@ -8,7 +8,7 @@
 
 #include <vekdb/host/text_block.h>
 
-namespace vek {
+namespace vek::formats {
 
 /// The bytes of one input, from a path or, for "-", from standard input. What can be read again
 /// is read only as far as somebody asks, a pipe at once. Reading that does not work is a Failure
@@ -57,4 +57,4 @@ private:
     int descriptor_ = -1;
 };
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -2,7 +2,7 @@
 
 #include "formats/failure.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -38,4 +38,4 @@ void requireCells(const std::string& name, std::size_t rows, std::size_t columns
                                   " cells, expected no more; --max-cells allows more"};
 }
 
-}  // namespace vek
+}  // namespace vek::formats

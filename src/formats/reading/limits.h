@@ -4,7 +4,7 @@
 #include <string>
 
 /// How much a log may be, so that a stranger's small file does not exhaust the machine.
-namespace vek {
+namespace vek::formats {
 
 struct Limits {
     std::size_t bytes = std::size_t{16} << 30;
@@ -20,4 +20,4 @@ void requireBytes(const std::string& name, std::size_t bytes);
 void requireCells(const std::string& name, std::size_t rows, std::size_t columns,
                   std::size_t bytes);
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -7,7 +7,7 @@
 
 #include "formats/text/width.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -54,4 +54,4 @@ void Progress::draw(std::size_t done) const {
     show("\r" + what_ + " [" + bar + "] " + std::to_string(part) + " %");
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-namespace vek {
+namespace vek::formats {
 
 /// A bar on the standard error stream while a job goes on: only on a terminal, only when the job
 /// has lasted over a second, and gone when the job is done.
@@ -37,4 +37,4 @@ private:
     Clock::time_point due_;
 };
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -6,7 +6,7 @@
 
 /// One reader a format. Each fills `log` (table, lines, problems) and keeps every cell as it
 /// stands: nothing is trimmed, rounded or given another type.
-namespace vek {
+namespace vek::formats {
 
 /// The bytes that a log is read from; its rows stand on them afterwards.
 struct Text {
@@ -24,4 +24,4 @@ void readAle(Text text, Log& log);
 void readEdl(std::string_view text, Log& log);
 void readJson(Text text, Log& log);
 
-}  // namespace vek
+}  // namespace vek::formats

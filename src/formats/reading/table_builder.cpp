@@ -8,7 +8,7 @@
 #include "formats/text/text_lines.h"
 #include "formats/timecode/timecode.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -164,4 +164,4 @@ void TableBuilder::finish() {
     log_.table->clear_changed();
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -8,7 +8,7 @@
 #include <vekdb/text_rows.h>
 #include "formats/log/log.h"
 
-namespace vek {
+namespace vek::formats {
 
 /// Puts a table together row by row. A row that is longer than the columns makes columns of its
 /// own for what would else be lost, a shorter one gets empty cells; both are reported.
@@ -57,4 +57,4 @@ bool isTableFilesOwn(std::string_view parameterName);
 
 std::vector<std::string> asStrings(const std::vector<std::string_view>& texts);
 
-}  // namespace vek
+}  // namespace vek::formats

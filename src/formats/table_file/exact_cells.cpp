@@ -6,7 +6,7 @@
 #include <vekdb/host/text_util.h>
 #include "formats/text/text_lines.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -139,4 +139,4 @@ bool isExactNote(std::string_view parameterName) {
     return sameText(parameterName.substr(0, noteName.size()), noteName);
 }
 
-}  // namespace vek
+}  // namespace vek::formats

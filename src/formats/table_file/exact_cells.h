@@ -11,7 +11,7 @@
 /// were, vek notes such cells in parameters of the file, "vek exact cells" and on: row, column
 /// and the value, "3:12=%20%20;". A note counts only where the cell is still what the file makes
 /// of the noted value; a cell that somebody changed since stays as it is.
-namespace vek {
+namespace vek::formats {
 
 struct ExactCell {
     unsigned row = 0;
@@ -35,4 +35,4 @@ void restoreExactCells(Log& log);
 /// Whether a parameter holds such notes and is not the log's own.
 bool isExactNote(std::string_view parameterName);
 
-}  // namespace vek
+}  // namespace vek::formats

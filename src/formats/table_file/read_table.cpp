@@ -14,7 +14,7 @@
 #include "formats/table_file/table_lines.h"
 #include "formats/text/text_lines.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -348,4 +348,4 @@ void readPlainCsv(Input& input, Log& log) {
     log.table->clear_changed();
 }
 
-}  // namespace vek
+}  // namespace vek::formats

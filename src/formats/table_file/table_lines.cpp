@@ -5,7 +5,7 @@
 #include <vekdb/host/text_util.h>
 #include "formats/text/text_lines.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -91,4 +91,4 @@ std::vector<Problem> problemsOfTableText(std::string_view text, const Log& log) 
     return TableText(text, log).problems();
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -5,7 +5,7 @@
 
 #include "formats/log/log.h"
 
-namespace vek {
+namespace vek::formats {
 
 /// What is wrong with the text of a table file that its loaded table does not show any more:
 /// column types that are not known, and values with blanks at their ends, which reading drops.
@@ -14,4 +14,4 @@ std::vector<Problem> problemsOfTableText(std::string_view text, const Log& log);
 /// The values of a line as they stand between their quotes, blanks kept.
 std::vector<std::string_view> rawValues(std::string_view line);
 
-}  // namespace vek
+}  // namespace vek::formats

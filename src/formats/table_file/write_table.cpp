@@ -7,7 +7,7 @@
 #include "formats/text/text_lines.h"
 #include "formats/writing/write_formats.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -254,4 +254,4 @@ void writeTable(const Sheet& sheet, Output& out, Losses& losses) {
     writeLines(rows.lines(), out);
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -8,7 +8,7 @@
 
 #include <vekdb/host/keyed_hash.h>
 
-namespace vek {
+namespace vek::formats {
 
 /// Names, each once, in the order in which they came first.
 class NameList {
@@ -30,4 +30,4 @@ private:
     std::unordered_map<std::string_view, std::size_t, Quor::KeyedHash> places_;
 };
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -5,7 +5,7 @@
 
 #include <vekdb/host/text_util.h>
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -55,4 +55,4 @@ std::string suggestion(std::string_view word, const std::vector<std::string>& ca
     return best.empty() ? std::string() : "; did you mean " + best + "?";
 }
 
-}  // namespace vek
+}  // namespace vek::formats

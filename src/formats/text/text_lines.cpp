@@ -4,7 +4,7 @@
 
 #include <vekdb/host/text_util.h>
 
-namespace vek {
+namespace vek::formats {
 
 const char* bytesOf(LineEnd end) {
     switch (end) {
@@ -70,4 +70,4 @@ bool sameText(std::string_view a, std::string_view b) {
                       [](char x, char y) { return asciiLower(x) == asciiLower(y); });
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -7,7 +7,7 @@
 #include "formats/log/log.h"
 
 /// The lines of a text, and pieces of them.
-namespace vek {
+namespace vek::formats {
 
 /// "\n", "\r\n" or "\r".
 const char* bytesOf(LineEnd end);
@@ -63,4 +63,4 @@ std::string_view trimmed(std::string_view text);
 /// Equal without regard to the case of A to Z.
 bool sameText(std::string_view a, std::string_view b);
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -132,4 +132,4 @@ bool isUtf8(std::string_view text) {
     return true;
 }
 
-}  // namespace vek
+}  // namespace vek::formats

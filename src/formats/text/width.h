@@ -5,7 +5,7 @@
 #include <string_view>
 
 /// How texts look on a terminal. The only place that knows utf8proc.
-namespace vek {
+namespace vek::formats {
 
 /// Terminal cells of an escaped text: wide characters take two, combining ones none.
 std::size_t displayWidth(std::string_view text);
@@ -20,4 +20,4 @@ std::string fitted(std::string_view text, std::size_t width);
 /// Whether the text is well-formed UTF-8.
 bool isUtf8(std::string_view text);
 
-}  // namespace vek
+}  // namespace vek::formats

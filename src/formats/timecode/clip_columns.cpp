@@ -7,7 +7,7 @@
 #include <vekdb/host/text_util.h>
 #include "formats/text/text_lines.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -86,4 +86,4 @@ std::vector<RangeColumns> rangeColumns(const Log& log) {
     return pairs;
 }
 
-}  // namespace vek
+}  // namespace vek::formats

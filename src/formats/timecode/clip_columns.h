@@ -6,7 +6,7 @@
 #include "formats/log/log.h"
 
 /// Where a log keeps what every clip has, whatever the program that made it calls it.
-namespace vek {
+namespace vek::formats {
 
 /// Two columns that begin and end something: "Start time" and "End time", "Mark IN" and
 /// "Mark OUT", "KN Start" and "KN End".
@@ -26,4 +26,4 @@ RangeColumns sourceColumns(const Log& log);
 RangeColumns recordColumns(const Log& log);
 RangeColumns keycodeColumns(const Log& log);
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -2,7 +2,7 @@
 
 #include "formats/text/text_lines.h"
 
-namespace vek {
+namespace vek::formats {
 
 LogCounting::LogCounting(const Log& log, const std::string& rate)
     : log_(log), fcm_(log.parameter("FCM")), fcmColumn_(log.findColumn("FCM")) {
@@ -57,4 +57,4 @@ Counting countingOfFcm(std::string_view text) {
     return rate ? rate->counting : Counting::unsaid;
 }
 
-}  // namespace vek
+}  // namespace vek::formats

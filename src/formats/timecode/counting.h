@@ -3,7 +3,7 @@
 #include "formats/log/log.h"
 #include "formats/timecode/timecode.h"
 
-namespace vek {
+namespace vek::formats {
 
 /// What a log says about how its timecodes count: the rate of its parameter FPS (or another one
 /// that a person names), and whether frames are dropped, by the rate ("29.97df"), the parameter
@@ -44,4 +44,4 @@ private:
 /// "DROP FRAME", "NON-DROP FRAME", "NON DROP FRAME", ...
 Counting countingOfFcm(std::string_view text);
 
-}  // namespace vek
+}  // namespace vek::formats

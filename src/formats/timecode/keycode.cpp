@@ -6,7 +6,7 @@
 #include <vekdb/host/text_util.h>
 #include "formats/text/text_lines.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -68,4 +68,4 @@ std::string footageText(std::int64_t perforations, const Gauge& gauge) {
                   rest == 0 ? std::string() : "." + std::to_string(rest));
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -7,7 +7,7 @@
 
 /// Arithmetic of keycodes, the numbers along the edge of film: "KJ 230004 0213+08" or
 /// "KX654321-0000+00", a roll, feet, and frames behind a plus.
-namespace vek {
+namespace vek::formats {
 
 /// How a kind of film is divided. The feet of keycodes are counted by perforations, so a frame of
 /// three or five perforations does not divide a foot evenly; differences are exact in
@@ -48,4 +48,4 @@ std::optional<std::int64_t> perforationsBetween(const Keycode& start, const Keyc
 /// "0053+13"-like: feet+frames, and ".1" behind them for perforations that make no frame.
 std::string footageText(std::int64_t perforations, const Gauge& gauge);
 
-}  // namespace vek
+}  // namespace vek::formats

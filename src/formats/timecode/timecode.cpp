@@ -7,7 +7,7 @@
 #include <vekdb/host/text_util.h>
 #include "formats/text/text_lines.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -211,4 +211,4 @@ std::optional<std::int64_t> framesBetween(Timecode start, Timecode end, int nomi
     return frames;
 }
 
-}  // namespace vek
+}  // namespace vek::formats

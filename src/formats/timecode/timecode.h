@@ -6,7 +6,7 @@
 #include <string_view>
 
 /// Arithmetic of timecodes, in whole numbers throughout.
-namespace vek {
+namespace vek::formats {
 
 /// A timecode as it is written. Timecodes of one rate compare by their parts in order, drop
 /// frame or not, so nothing needs to know the rate to compare them.
@@ -78,4 +78,4 @@ bool isOverMidnight(const Timecode& start, const Timecode& end);
 /// nothing for an end before its start. Both count alike, drop-frame when one of them does.
 std::optional<std::int64_t> framesBetween(Timecode start, Timecode end, int nominal);
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -3,7 +3,7 @@
 #include "formats/failure.h"
 #include "formats/text/text_lines.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -46,4 +46,4 @@ bool hasDropMark(std::string_view cell) {
     return code && code->dropFrame;
 }
 
-}  // namespace vek
+}  // namespace vek::formats

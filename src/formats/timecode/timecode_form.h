@@ -2,7 +2,7 @@
 
 #include "formats/timecode/timecode.h"
 
-namespace vek {
+namespace vek::formats {
 
 /// The semicolon of a timecode: as it was, or one that a new counting asks for.
 enum class Mark { asBefore, dropFrame, nonDrop };
@@ -14,4 +14,4 @@ std::string inFormOf(std::string_view old, const std::string& code, Mark mark = 
 /// Whether a cell itself has the semicolon.
 bool hasDropMark(std::string_view cell);
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -15,7 +15,7 @@
 #include "formats/inform.h"
 #include "formats/text/width.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -213,4 +213,4 @@ std::size_t terminalWidth(std::size_t otherwise) {
     return size.ws_col;
 }
 
-}  // namespace vek
+}  // namespace vek::formats

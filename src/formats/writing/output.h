@@ -8,7 +8,7 @@
 
 #include <vekdb/host/file_replacement.h>
 
-namespace vek {
+namespace vek::formats {
 
 /// A file that nobody else who asks changes before it has been replaced; null for none.
 using Held = std::shared_ptr<FileReplacement>;
@@ -63,4 +63,4 @@ void backUp(const std::string& path, FileReplacement& held);
 /// Columns of the terminal on standard output; `otherwise` when there is none.
 std::size_t terminalWidth(std::size_t otherwise);
 
-}  // namespace vek
+}  // namespace vek::formats

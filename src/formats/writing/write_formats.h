@@ -3,7 +3,7 @@
 #include "formats/writing/writers.h"
 
 /// One writer a format; see writeSheet.
-namespace vek {
+namespace vek::formats {
 
 void writeTable(const Sheet& sheet, Output& out, Losses& losses);
 void writeDelimited(const Sheet& sheet, char separator, const WriteStyle& style, Output& out,
@@ -34,4 +34,4 @@ std::vector<Parameter> ownParameters(const Log& log);
 /// "FILE:12:Scene", the place of a cell.
 std::string place(const Sheet& sheet, unsigned row, unsigned column);
 
-}  // namespace vek
+}  // namespace vek::formats

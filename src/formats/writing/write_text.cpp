@@ -13,7 +13,7 @@
 #include "formats/text/text_lines.h"
 #include "formats/writing/write_formats.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -430,4 +430,4 @@ void writeHtml(const Sheet& sheet, Output& out, Losses& losses) {
     out.line("</table>");
 }
 
-}  // namespace vek
+}  // namespace vek::formats

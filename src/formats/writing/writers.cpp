@@ -8,7 +8,7 @@
 #include "formats/timecode/counting.h"
 #include "formats/writing/write_formats.h"
 
-namespace vek {
+namespace vek::formats {
 
 Target targetOf(const Log& log) {
     switch (log.format) {
@@ -102,4 +102,4 @@ void saveInPlace(const Log& log, bool backup) {
     saveInPlace(log, wholeSheet(log).view, backup);
 }
 
-}  // namespace vek
+}  // namespace vek::formats

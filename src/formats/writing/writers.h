@@ -5,7 +5,7 @@
 #include "formats/writing/output.h"
 
 /// Writers of logs. None changes a cell; what a format cannot hold is counted, to be said.
-namespace vek {
+namespace vek::formats {
 
 /// The target that writes a format that was read; a Failure for formats that are only read.
 Target targetOf(const Log& log);
@@ -77,4 +77,4 @@ void saveInPlace(const Sheet& sheet, bool backup);
 void saveInPlace(const Log& log, const VDBView& view, bool backup);
 void saveInPlace(const Log& log, bool backup);
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -7,7 +7,7 @@
 namespace vek {
 
 void say(const std::string& text) {
-    std::string line = "vek: " + escaped(text) + "\n";
+    std::string line = "vek: " + formats::escaped(text) + "\n";
     // Nothing is left to be told when even this stream is gone.
     [[maybe_unused]] ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());
 }
