@@ -1,5 +1,9 @@
-// Views over a log: built, sorted, tagged, copied, and rows deleted through them.
+// Views over a log: built, sorted, tagged, copied, and rows read, changed, inserted and deleted
+// through them.
 
+#include <random>
+
+#include <vekdb/record.h>
 #include <vekdb/views/view.h>
 #include <vekdb/views/view_rep.h>
 #include "log_fixture.h"
@@ -167,3 +171,107 @@ BENCHMARK(deleteATenth)->Apply(deletionLadder);
 BENCHMARK(deleteHalf)->Apply(deletionLadder);
 BENCHMARK(deleteATenthUnderASecondView)->Apply(deletionLadder);
 BENCHMARK(deleteHalfUnderASecondView)->Apply(deletionLadder);
+
+// --- the same work on a table and through two views stacked on it
+
+// A table alone, or with two views on it, and what its rows are reached through.
+struct Floor {
+    Floor(std::int64_t rows, int views) {
+        if (views == 0) {
+            table = loadLog(rows);
+            source = table.get();
+            return;
+        }
+        stack = std::make_unique<Stack>(rows, views);
+        source = stack->top.get();
+    }
+
+    std::unique_ptr<vekdb> table;
+    std::unique_ptr<Stack> stack;
+    VDBBase* source;
+};
+
+static void readAColumn(State& state) {
+    Floor floor(state.range(0), static_cast<int>(state.range(1)));
+    const unsigned description = column(*floor.source, "Description");
+    for (auto run : state) {
+        for (unsigned row = 0; row < floor.source->get_num_records(); ++row) {
+            benchmark::DoNotOptimize(floor.source->getField(row, description));
+        }
+    }
+    report(state, state.range(0));
+}
+
+static void lookAtAColumn(State& state) {
+    Floor floor(state.range(0), static_cast<int>(state.range(1)));
+    const unsigned description = column(*floor.source, "Description");
+    for (auto run : state) {
+        for (unsigned row = 0; row < floor.source->get_num_records(); ++row) {
+            const dbrecord* record = floor.source->get_record(row);
+            benchmark::DoNotOptimize(record->fieldView(description));
+        }
+    }
+    report(state, state.range(0));
+}
+
+static void setAColumn(State& state) {
+    Floor floor(state.range(0), static_cast<int>(state.range(1)));
+    const unsigned description = column(*floor.source, "Description");
+    bool again = false;
+    for (auto run : state) {
+        const char* text = (again = !again) ? "a text in its place" : "another one of it";
+        for (unsigned row = 0; row < floor.source->get_num_records(); ++row) {
+            benchmark::DoNotOptimize(floor.source->set_field(row, description, text));
+        }
+    }
+    report(state, state.range(0));
+}
+
+template <class Edit>
+static void editSingly(State& state, Edit edit) {
+    constexpr int edits = 10'000;
+    std::mt19937 random;
+    timeFresh(
+        state,
+        [&] { return std::make_unique<Floor>(state.range(0), static_cast<int>(state.range(1))); },
+        [&](Floor& floor) {
+            for (int i = 0; i < edits; ++i) {
+                edit(*floor.source, random() % floor.source->get_num_records());
+            }
+        });
+    report(state, edits);
+}
+
+static void insertSingly(State& state) {
+    editSingly(state, [](VDBBase& source, unsigned row) { source.insert_records(row, 1); });
+}
+
+static void deleteSingly(State& state) {
+    editSingly(state, [](VDBBase& source, unsigned row) { source.delete_records(row, 1); });
+}
+
+static void insertAndDeleteInTurn(State& state) {
+    editSingly(state, [](VDBBase& source, unsigned row) {
+        source.insert_records(row, 1);
+        source.delete_records(source.get_num_records() - 1 - row, 1);
+    });
+}
+
+static void floors(benchmark::internal::Benchmark* benchmark) {
+    benchmark->ArgNames({"rows", "views"})->Unit(benchmark::kMillisecond);
+    for (std::int64_t rows : {100'000, 1'000'000}) {
+        for (std::int64_t views : {0, 2}) {
+            benchmark->Args({rows, views});
+        }
+    }
+}
+static void freshFloors(benchmark::internal::Benchmark* benchmark) {
+    floors(benchmark);
+    benchmark->UseManualTime()->Iterations(1);
+}
+BENCHMARK(readAColumn)->Apply(floors);
+BENCHMARK(lookAtAColumn)->Apply(floors);
+BENCHMARK(setAColumn)->Apply(floors);
+BENCHMARK(insertSingly)->Apply(freshFloors);
+BENCHMARK(deleteSingly)->Apply(freshFloors);
+BENCHMARK(insertAndDeleteInTurn)->Apply(freshFloors);

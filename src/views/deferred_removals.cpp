@@ -2,42 +2,40 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 namespace {
 
 // Account is kept for each source row up to the largest; past this many it is not worth it.
-std::uint64_t mostSourceRows(std::uint32_t count) { return 16 * std::uint64_t{count} + 65536; }
+std::uint64_t mostSourceRows(std::uint32_t count) {
+    return 16 * std::uint64_t{count} + 65536;
+}
 
 }  // namespace
 
-std::unique_ptr<DeferredRemovals> DeferredRemovals::start(ViewSlot* slots, std::uint32_t count,
-                                                          std::uint32_t capacity) {
+std::unique_ptr<DeferredRemovals> DeferredRemovals::start(const RowBlocks& rows) {
+    std::vector<ViewSlot> slots(rows.size());
     std::uint32_t largest = 0;
-    for (std::uint32_t i = 0; i < count; ++i) {
+    for (std::uint32_t i = 0; i < rows.size(); ++i) {
+        slots[i] = {rows.row(i), rows.tag(i)};
         largest = std::max(largest, slots[i].row);
     }
-    if (largest >= mostSourceRows(count)) return nullptr;
-    return std::unique_ptr<DeferredRemovals>(
-        new DeferredRemovals(slots, count, capacity, largest + 1));
+    if (largest >= mostSourceRows(rows.size())) return nullptr;
+    return std::unique_ptr<DeferredRemovals>(new DeferredRemovals(std::move(slots), largest + 1));
 }
 
-DeferredRemovals::DeferredRemovals(ViewSlot* slots, std::uint32_t count, std::uint32_t capacity,
-                                   std::uint32_t bound)
-    : slots_(slots),
-      entries_(count),
-      positions_(count),
+DeferredRemovals::DeferredRemovals(std::vector<ViewSlot> slots, std::uint32_t bound)
+    : slots_(std::move(slots)),
+      entries_(static_cast<std::uint32_t>(slots_.size())),
+      positions_(entries_),
       rows_(bound),
-      staleTags_(capacity),
-      tail_(count - 1) {
-    for (std::uint32_t i = count; i < capacity; ++i) {
-        staleTags_[i] = slots[i].tag;
-    }
+      tail_(entries_ - 1) {
     sortByRow();
 }
 
 void DeferredRemovals::sortByRow() {
     const auto byRow = [](const ViewSlot& a, const ViewSlot& b) { return a.row < b.row; };
-    if (std::is_sorted(slots_, slots_ + entries_, byRow)) return;
+    if (std::is_sorted(slots_.begin(), slots_.end(), byRow)) return;
     byRow_.resize(entries_);
     std::iota(byRow_.begin(), byRow_.end(), 0u);
     std::stable_sort(byRow_.begin(), byRow_.end(), [this](std::uint32_t a, std::uint32_t b) {
@@ -68,8 +66,9 @@ std::uint32_t DeferredRemovals::sourceRow(std::uint32_t row) const noexcept {
     return current(slot(row).row, dropping_ && row < reached_);
 }
 
-std::uint8_t DeferredRemovals::slotTag(std::uint32_t slotNumber) const noexcept {
-    return slotNumber < count() ? slot(slotNumber).tag : staleTags_[slotNumber];
+std::uint8_t DeferredRemovals::lastTag() noexcept {
+    while (!positions_.contains(tail_)) --tail_;
+    return slots_[tail_].tag;
 }
 
 bool DeferredRemovals::continues(std::uint32_t target, std::uint32_t from) const noexcept {
@@ -99,12 +98,6 @@ std::uint32_t DeferredRemovals::drop(std::uint32_t target) noexcept {
 }
 
 void DeferredRemovals::remove(std::uint32_t at, std::uint32_t n) noexcept {
-    const std::uint32_t before = count();
-    while (!positions_.contains(tail_)) --tail_;
-    staleTags_[before - 1] = slots_[tail_].tag;
-    for (std::uint32_t row = before - n; row + 1 < before; ++row) {
-        staleTags_[row] = slot(row).tag;
-    }
     if (dropping_) {
         positions_.erase(positionAt(entry_));
         return;
@@ -114,19 +107,13 @@ void DeferredRemovals::remove(std::uint32_t at, std::uint32_t n) noexcept {
     }
 }
 
-void DeferredRemovals::changeRoom(std::uint32_t capacity, std::uint32_t kept) {
-    staleTags_.resize(capacity);
-    if (kept < capacity) std::fill(staleTags_.begin() + kept, staleTags_.end(), 0);
-}
-
-void DeferredRemovals::settle() noexcept {
+void DeferredRemovals::settle(RowBlocks& rows) const noexcept {
     std::uint32_t next = 0;
     for (std::uint32_t i = 0; i < entries_; ++i) {
         if (!positions_.contains(i)) continue;
         const bool lowered = dropping_ && next < reached_;
-        slots_[next++] = {current(slots_[i].row, lowered), slots_[i].tag};
+        rows.set(next, {current(slots_[i].row, lowered), slots_[i].tag});
+        ++next;
     }
-    for (; next < staleTags_.size(); ++next) {
-        slots_[next] = {0, staleTags_[next]};
-    }
+    rows.erase(next, entries_ - next);
 }

@@ -241,6 +241,7 @@ void VDBViewRep::buildIndex() {
         satisfiesCondition((*this)[i]);
         append(i);
     }
+    index().letGo();
     sortIndex();
 }
 

@@ -17,13 +17,6 @@ namespace {
 constexpr char kIdentityColumn[] = "Cookie";
 constexpr char kTagColumn[] = "Tag";
 
-void showRun(ViewIndex& index, int first, int n, int at, ViewIndex::Room room) {
-    const int place = index.openGap(at, n, std::move(room));
-    for (int i = 0; i < n; ++i) {
-        index.setSourceRow(place + i, static_cast<unsigned>(first) + static_cast<unsigned>(i));
-    }
-}
-
 bool isFound(unsigned row) {
     return static_cast<int>(row) >= 0;
 }
@@ -73,7 +66,7 @@ int VDBViewRep::displayRecordsAt(int first, int n, int at) {
     if (n < 0) {
         return n;
     }
-    showRun(index(), first, n, at, index().roomForMore(n));
+    index().insertRun(at, n, static_cast<unsigned>(first), index().roomForMore(at, n));
     return n;
 }
 
@@ -155,7 +148,7 @@ void VDBViewRep::displayAllRecords() {
     remove(0, rowCount());
     const VDBBase* from = pin.gone() ? nullptr : source();
     if (from != nullptr) {
-        showRun(index(), 0, static_cast<int>(from->get_num_records()), 0, std::move(room));
+        index().insertRun(0, static_cast<int>(from->get_num_records()), 0, std::move(room));
     }
 }
 

@@ -16,17 +16,14 @@ void VDBViewRep::insertBlankRecords(int at, int n) {
     at = std::clamp(at, 0, rowCount());
     const bool inside = at < rowCount();
     const unsigned first = inside ? sourceRow(at) : to->get_num_records();
-    ViewIndex::Room room = index().roomForMore(n);
+    ViewIndex::Room room = index().roomForMore(at, n);
     if (inside) {
         to->insert_records(first, n);
     } else {
         to->add_records(n);
     }
-    index().openGap(at, n, std::move(room));
-    index().raiseFrom(at + n, static_cast<unsigned>(n));
-    for (int i = 0; i < n; ++i) {
-        index().setSourceRow(at + i, first + static_cast<unsigned>(i));
-    }
+    index().raiseFrom(at, static_cast<unsigned>(n));
+    index().insertRun(at, n, first, std::move(room));
 }
 
 // The rows go from this view through the notice of each deletion, so that those still to go

@@ -4,7 +4,7 @@
 #include <climits>
 #include <cstddef>
 #include <new>
-#include <vector>
+#include <utility>
 
 #include <vekdb/host/exceptions.h>
 
@@ -18,49 +18,52 @@ unsigned wantedRoom(int n) {
 
 }  // namespace
 
-ViewIndex::~ViewIndex() {
-    delete[] slots_;
-}
-
-int ViewIndex::backedCount() const noexcept {
-    const unsigned rows = static_cast<unsigned>(count_);
-    return static_cast<int>(std::min(rows, capacity_));
-}
-
 unsigned ViewIndex::slotTag(unsigned slot) const noexcept {
     if (slot >= capacity_) {
         return 0;
     }
-    return deferred_ == nullptr ? slots_[slot].tag : deferred_->slotTag(slot);
+    return slot < unsigned(count_) ? tag(int(slot)) : usedTag(slot);
 }
 
 void ViewIndex::setTag(int row, bool value) noexcept {
-    if (holds(row)) {
-        Slot& slot = deferred_ == nullptr ? slots_[row] : deferred_->slot(unsigned(row));
-        slot.tag = value ? 1 : 0;
+    if (!holds(row)) {
+        return;
+    }
+    if (deferred_ == nullptr) {
+        rows_.setTag(unsigned(row), value);
+    } else {
+        deferred_->setTag(unsigned(row), value);
     }
 }
 
 void ViewIndex::setSourceRow(int row, unsigned sourceRow) noexcept {
     settle();
     if (holds(row)) {
-        slots_[row].row = sourceRow;
+        const auto at = unsigned(row);
+        rows_.set(at, {sourceRow, rows_.tag(at)});
+        order_ = Order::unknown;
     }
 }
 
 void ViewIndex::forgetRows() noexcept {
     settle();
+    leaveTags(0, rows_.size());
+    rows_.forget();
     count_ = 0;
+    order_ = Order::ascending;
 }
 
 void ViewIndex::clear() noexcept {
     deferred_.reset();
-    midDrop_ = false;
-    delete[] slots_;
-    slots_ = nullptr;
+    rows_.clear();
+    usedTags_ = {};
+    usedEnd_ = 0;
     capacity_ = 0;
     count_ = 0;
+    order_ = Order::ascending;
 }
+
+// --- room
 
 unsigned ViewIndex::capacityFor(int n) const noexcept {
     if (n == 0) {
@@ -80,27 +83,66 @@ unsigned ViewIndex::keptIn(unsigned capacity, int wanted) const noexcept {
     return std::min(kept, capacity);
 }
 
-// Rows move to the new room; the slots behind them only as far as the rule says.
-void ViewIndex::moveTo(Slot* room, unsigned capacity, int wanted) noexcept {
-    if (room != nullptr) {
-        std::copy_n(slots_, keptIn(capacity, wanted), room);
+// The tags that rows leave in their slots when these come to stand behind the last row.
+void ViewIndex::leaveTags(unsigned from, unsigned end) noexcept {
+    for (unsigned slot = from; slot < end; ++slot) {
+        usedTags_[slot] = rows_.tag(slot) != 0;
     }
-    delete[] slots_;
-    slots_ = room;
-    capacity_ = capacity;
+    usedEnd_ = std::max(usedEnd_, end);
 }
 
-void ViewIndex::shrinkInPlace(unsigned capacity, int wanted) noexcept {
-    std::fill(slots_ + keptIn(capacity, wanted), slots_ + capacity, Slot{});
+// There is memory for the tags of that many slots.
+void ViewIndex::changeRoom(unsigned capacity, unsigned kept) noexcept {
+    if (kept < rows_.size()) {
+        rows_.erase(kept, rows_.size() - kept);
+    }
     capacity_ = capacity;
+    usedEnd_ = std::min(usedEnd_, kept);
+    if (capacity == 0) {
+        usedTags_ = {};
+    } else if (capacity != usedTags_.size()) {
+        usedTags_.resize(capacity);
+    }
+}
+
+// Rows that had no room, or lose what they had, show source row 0, untagged.
+void ViewIndex::giveRoomlessRows(unsigned count) {
+    if (rows_.size() >= count) {
+        return;
+    }
+    while (rows_.size() < count) {
+        RowBlocks::Spare spare = rows_.spareFor(rows_.size(), 1);
+        rows_.insert(rows_.size(), 1, 0, spare);
+    }
+    order_ = Order::unknown;
+}
+
+void ViewIndex::changeRoomFor(int n) {
+    const unsigned capacity = capacityFor(n);
+    if (capacity == capacity_) {
+        return;
+    }
+    usedTags_.reserve(capacity);
+    const unsigned before = rows_.size();
+    const unsigned backed = std::min(capacity, static_cast<unsigned>(count_));
+    try {
+        giveRoomlessRows(backed);
+    } catch (...) {
+        rows_.erase(before, rows_.size() - before);
+        throw;
+    }
+    const unsigned kept = keptIn(capacity, n);
+    for (unsigned i = kept; i < backed && i < before; ++i) {
+        rows_.set(i, {0, 0});
+        order_ = Order::unknown;
+    }
+    changeRoom(capacity, std::max(kept, backed));
+    usedEnd_ = std::min(usedEnd_, kept);
 }
 
 void ViewIndex::sizeFor(int n) {
     settle();
-    const unsigned capacity = capacityFor(n);
-    if (capacity != capacity_) {
-        moveTo(capacity > 0 ? new Slot[capacity]() : nullptr, capacity, n);
-    }
+    changeRoomFor(n);
 }
 
 int ViewIndex::countWith(int more) const {
@@ -110,48 +152,118 @@ int ViewIndex::countWith(int more) const {
     return count_ + more;
 }
 
+// --- order
+
+bool ViewIndex::ascends() const noexcept {
+    if (order_ == Order::unknown) {
+        order_ = rows_.isAscending() ? Order::ascending : Order::none;
+    }
+    return order_ == Order::ascending;
+}
+
+void ViewIndex::forgetOrderOfNothing() noexcept {
+    if (rows_.size() == 0) {
+        order_ = Order::ascending;
+    }
+}
+
+// Of ascending rows, whether they still are with the n rows that came to stand at `at`.
+void ViewIndex::noteOrderOf(int at, int n) noexcept {
+    const unsigned end = std::min(unsigned(at + n) + 1, rows_.size());
+    for (unsigned i = unsigned(std::max(at, 1)); i < end && order_ == Order::ascending; ++i) {
+        if (rows_.row(i - 1) > rows_.row(i)) {
+            order_ = Order::none;
+        }
+    }
+}
+
+// --- rows that come
+
 void ViewIndex::append(unsigned sourceRow) {
+    settle();
+    RowBlocks::Spare spare = rows_.spareFor(rows_.size(), 1);
     sizeFor(countWith(1));
-    slots_[count_].row = sourceRow;
+    const unsigned at = rows_.size();
+    if (!rows_.isEnough(spare, at, 1)) {
+        spare = rows_.spareFor(at, 1);
+    }
+    forgetOrderOfNothing();
+    rows_.insert(at, 1, sourceRow, spare);
+    rows_.setTag(at, usedTag(at));
     ++count_;
+    noteOrderOf(int(at), 1);
 }
 
-// Moves the rows from `from` on to `to`; what moves past the room is lost.
-void ViewIndex::moveSlots(int from, int to) noexcept {
-    const int room = static_cast<int>(std::min<unsigned>(capacity_, INT_MAX));
-    const int rows = std::min(backedCount() - from, room - to);
-    if (rows <= 0) {
-        return;
-    }
-    if (to < from) {
-        std::copy_n(slots_ + from, rows, slots_ + to);
-    } else {
-        std::copy_backward(slots_ + from, slots_ + from + rows, slots_ + to + rows);
-    }
-}
-
-ViewIndex::Room ViewIndex::roomForMore(int n) const {
+ViewIndex::Room ViewIndex::roomForMore(int at, int n) const {
     const unsigned capacity = capacityFor(countWith(n));
-    const bool sameRoom = capacity == capacity_ || capacity == 0;
-    return {sameRoom ? nullptr : std::make_unique<Slot[]>(capacity), capacity};
+    settle();
+    const auto place = unsigned(std::clamp(at, 0, int(rows_.size())));
+    Room room{capacity, {}, rows_.spareFor(place, unsigned(n))};
+    if (capacity > usedTags_.size()) {
+        room.usedTags.resize(capacity);
+    }
+    return room;
 }
 
 ViewIndex::Room ViewIndex::roomForFirst(int n) {
-    return ViewIndex().roomForMore(n);
+    return ViewIndex().roomForMore(0, n);
 }
 
-int ViewIndex::openGap(int at, int n, Room room) {
+// The new rows have the tags that their slots hold: of the rows that stood there, or the ones
+// left there.
+void ViewIndex::takeTagsFromSlots(int at, int n) noexcept {
+    for (int slot = at; slot < at + n; ++slot) {
+        const bool displaced = slot < count_;
+        if (!displaced && unsigned(slot) >= usedEnd_) {
+            return;
+        }
+        const unsigned tag = displaced ? rows_.tag(unsigned(slot + n)) : usedTag(unsigned(slot));
+        rows_.setTag(unsigned(slot), std::uint8_t(tag));
+    }
+}
+
+int ViewIndex::insert(int at, int n, unsigned first, Room room) {
     const int newCount = countWith(n);
     settle();
-    if (room.slots != nullptr && room.capacity == capacityFor(newCount)) {
-        moveTo(room.slots.release(), room.capacity, newCount);
-    } else {
-        sizeFor(newCount);
-    }
+    forgetOrderOfNothing();
     at = std::clamp(at, 0, count_);
-    moveSlots(at, at + n);
+    const unsigned capacity = capacityFor(newCount);
+    const bool fits = capacity == room.capacity && capacity <= room.usedTags.size();
+    if (fits && capacity != capacity_ && backedCount() == count_) {
+        usedTags_.swap(room.usedTags);
+        changeRoom(capacity, keptIn(capacity, newCount));
+    } else {
+        changeRoomFor(newCount);
+    }
+    if (!rows_.isEnough(room.rows, unsigned(at), unsigned(n))) {
+        room.rows = rows_.spareFor(unsigned(at), unsigned(n));
+    }
+    rows_.insert(unsigned(at), unsigned(n), first, room.rows);
+    takeTagsFromSlots(at, n);
     count_ = newCount;
     return at;
+}
+
+int ViewIndex::openGap(int at, int n) {
+    const int place = insert(at, n, 0, roomForMore(at, n));
+    for (int i = place; i < place + n; ++i) {
+        const unsigned displaced = i + n < count_ ? rows_.row(unsigned(i + n)) : 0;
+        rows_.set(unsigned(i), {displaced, rows_.tag(unsigned(i))});
+    }
+    order_ = Order::unknown;
+    return place;
+}
+
+void ViewIndex::insertRun(int at, int n, unsigned first, Room room) {
+    const int place = insert(at, n, first, std::move(room));
+    if (n == 0) {
+        return;
+    }
+    if (first > UINT_MAX - unsigned(n - 1)) {
+        order_ = Order::none;
+    }
+    noteOrderOf(place, 0);
+    noteOrderOf(place + n, 0);
 }
 
 // Appending them one by one gives the room, and the tags behind the rows, that inserting them
@@ -160,90 +272,132 @@ int ViewIndex::openGap(int at, int n, Room room) {
 void ViewIndex::insertOneByOne(const unsigned* sourceRows, int n, int at) {
     settle();
     const int before = count_;
-    const int end = countWith(n);
-    try {
-        for (int i = 0; i < n; ++i) {
-            append(sourceRows[i]);
-        }
-    } catch (...) {
-        count_ = before;
-        throw;
+    countWith(n);
+    const bool inside = n > 0 && at < before;
+    RowBlocks::Spare spare;
+    if (inside) {
+        spare = rows_.spareFor(unsigned(n));
     }
-    if (n == 0 || at >= before) {
+    appendAll(sourceRows, n);
+    if (!inside) {
         return;
     }
     const int first = std::max(at, 0);
-    const std::uint8_t tag = slots_[first].tag;
-    std::copy_backward(slots_ + first, slots_ + before, slots_ + end);
+    rows_.erase(unsigned(before), unsigned(n));
+    const std::uint8_t tag = rows_.tag(unsigned(first));
+    rows_.insert(unsigned(first), unsigned(n), 0, spare);
     // Positions before the first row count as the first, so rows come to stand there in
     // reverse until the position has reached it.
     const int reversed = at < 0 ? std::min<long long>(n, 1LL - at) : 1;
     for (int i = 0; i < n; ++i) {
         const bool ahead = i < n - reversed + 1;
         const int row = ahead ? reversed - 1 + i : n - 1 - i;
-        slots_[first + i] = {sourceRows[row], tag};
+        rows_.set(unsigned(first + i), {sourceRows[row], tag});
+    }
+    order_ = Order::unknown;
+}
+
+// All or none.
+void ViewIndex::appendAll(const unsigned* sourceRows, int n) {
+    const int before = count_;
+    try {
+        for (int i = 0; i < n; ++i) {
+            append(sourceRows[i]);
+        }
+    } catch (...) {
+        count_ = before;
+        if (rows_.size() > unsigned(before)) {
+            rows_.erase(unsigned(before), rows_.size() - unsigned(before));
+        }
+        throw;
     }
 }
 
-// Whoever is told of removals cannot have them undone, so they must not fail.
+// --- rows that go
+
+// Whoever is told of removals cannot have them undone, so they must not fail. The tags that the
+// last rows leave behind are noted before anything moves.
 void ViewIndex::remove(int at, int n) noexcept {
     if (deferred_ != nullptr && !deferred_->mayRemove(unsigned(at), unsigned(n))) {
         settle();
     }
-    considerDeferring(count_ - at);
     const int newCount = count_ - n;
     if (deferred_ != nullptr && newCount > 0) {
         removeDeferred(at, n);
         return;
     }
     settle();
-    moveSlots(at + n, at);
-    changeRoomFor(newCount);
-    count_ = newCount;
-}
-
-// Without memory, rows that have no room get none, and a smaller room is kept in the larger one.
-void ViewIndex::changeRoomFor(int n) noexcept {
-    const unsigned capacity = capacityFor(n);
-    if (capacity == capacity_) {
+    if (backedCount() < count_) {
+        moveDownWithoutRoom(at, n);
         return;
     }
-    Slot* room = capacity > 0 ? new (std::nothrow) Slot[capacity]() : nullptr;
-    if (room != nullptr || capacity == 0) {
-        moveTo(room, capacity, n);
-    } else if (capacity < capacity_) {
-        shrinkInPlace(capacity, n);
+    const unsigned capacity = capacityFor(newCount);
+    const unsigned kept = keptIn(capacity, newCount);
+    leaveTags(unsigned(newCount), unsigned(count_));
+    rows_.erase(unsigned(at), unsigned(n));
+    count_ = newCount;
+    if (capacity != capacity_) {
+        changeRoom(capacity, kept);
     }
 }
 
-// The slots keep their memory; only the account of them follows the rule.
+// Of rows that have no room there is nothing to move: the last ones that have room stay in their
+// slots, too. Without memory, rows that have no room get none.
+void ViewIndex::moveDownWithoutRoom(int at, int n) noexcept {
+    for (auto from = std::size_t(at) + std::size_t(n); from < rows_.size(); ++from) {
+        const auto row = unsigned(from);
+        rows_.set(row - unsigned(n), {rows_.row(row), rows_.tag(row)});
+    }
+    order_ = Order::unknown;
+    const int newCount = count_ - n;
+    tryRoomFor(newCount);
+    count_ = newCount;
+    if (rows_.size() > unsigned(newCount)) {
+        leaveTags(unsigned(newCount), rows_.size());
+        rows_.erase(unsigned(newCount), rows_.size() - unsigned(newCount));
+    }
+}
+
+void ViewIndex::tryRoomFor(int n) noexcept {
+    try {
+        changeRoomFor(n);
+    } catch (const std::bad_alloc&) {
+        return;
+    }
+}
+
+// The rows keep their memory; only the account of it follows the rule.
 void ViewIndex::removeDeferred(int at, int n) noexcept {
     const int newCount = count_ - n;
     const unsigned capacity = capacityFor(newCount);
+    const unsigned kept = keptIn(capacity, newCount);
+    usedTags_[unsigned(count_ - 1)] = deferred_->lastTag() != 0;
+    for (int slot = newCount; slot + 1 < count_; ++slot) {
+        usedTags_[unsigned(slot)] = deferred_->tag(unsigned(slot)) != 0;
+    }
+    usedEnd_ = std::max(usedEnd_, unsigned(count_));
     deferred_->remove(unsigned(at), unsigned(n));
     if (capacity != capacity_) {
-        const unsigned rows = unsigned(count_);
-        deferred_->changeRoom(capacity, capacity < rows ? wantedRoom(newCount) : rows);
         capacity_ = capacity;
+        usedEnd_ = std::min(usedEnd_, kept);
     }
     count_ = newCount;
 }
 
-// Not in the middle of a drop, which would have to go on in the way it began.
-void ViewIndex::considerDeferring(int work) noexcept {
-    if (deferred_ != nullptr) {
+void ViewIndex::considerDeferring() noexcept {
+    if (deferred_ != nullptr || ascends()) {
         return;
     }
-    strain_ += unsigned(work);
     const auto rows = unsigned(count_);
-    if (midDrop_ || count_ < Deferral::leastRows || rows > capacity_ ||
+    strain_ += rows;
+    if (count_ < Deferral::leastRows || rows > capacity_ ||
         strain_ < std::uint64_t{Deferral::passes} * rows) {
         return;
     }
     strain_ = 0;
     reads_ = 0;
     try {
-        deferred_ = DeferredRemovals::start(slots_, rows, capacity_);
+        deferred_ = DeferredRemovals::start(rows_);
     } catch (const std::bad_alloc&) {
         return;  // there is always the plain way
     }
@@ -258,27 +412,33 @@ void ViewIndex::noteRead() const noexcept {
 
 unsigned ViewIndex::deferredRow(int row) const noexcept {
     noteRead();
-    return deferred_ == nullptr ? slots_[row].row : deferred_->sourceRow(unsigned(row));
+    return deferred_ == nullptr ? rows_.row(unsigned(row)) : deferred_->sourceRow(unsigned(row));
 }
 
 unsigned ViewIndex::deferredTag(int row) const noexcept {
     noteRead();
-    return deferred_ == nullptr ? slots_[row].tag : deferred_->slot(unsigned(row)).tag;
+    return deferred_ == nullptr ? rows_.tag(unsigned(row)) : deferred_->tag(unsigned(row));
 }
 
 void ViewIndex::settle() const noexcept {
     if (deferred_ != nullptr) {
-        deferred_->settle();
+        deferred_->settle(rows_);
         deferred_.reset();
     }
 }
 
+// --- renumbering
+
 void ViewIndex::raiseFrom(int at, unsigned by) noexcept {
     settle();
-    const int rows = backedCount();
-    for (int i = at; i < rows; ++i) {
-        slots_[i].row += by;
+    const unsigned rows = rows_.size();
+    if (at < 0 || unsigned(at) >= rows) {
+        return;
     }
+    if (rows_.row(rows - 1) > UINT_MAX - by) {
+        order_ = Order::unknown;
+    }
+    rows_.shiftFrom(unsigned(at), by);
 }
 
 int ViewIndex::lowerAbove(unsigned target, int from) noexcept {
@@ -286,22 +446,22 @@ int ViewIndex::lowerAbove(unsigned target, int from) noexcept {
         settle();
     }
     if (from == 0) {
-        midDrop_ = false;
-        considerDeferring(count_);
+        considerDeferring();
     }
     if (deferred_ != nullptr) {
         return int(deferred_->drop(target));
     }
-    midDrop_ = true;
-    const int rows = backedCount();
-    for (int i = from; i < rows; ++i) {
-        if (slots_[i].row == target) {
-            return i;
+    unsigned row = 0;
+    if (ascends()) {
+        row = std::max(rows_.firstFrom(target), unsigned(from));
+        if (row < rows_.size() && rows_.row(row) != target) {
+            rows_.shiftFrom(row, ~0u);
+            row = rows_.size();
         }
-        slots_[i].row -= slots_[i].row > target ? 1 : 0;
+    } else {
+        row = rows_.lowerAbove(target, unsigned(from));
     }
-    midDrop_ = false;
-    return count_;
+    return row < rows_.size() ? int(row) : count_;
 }
 
 int ViewIndex::consecutiveRun(int at, int atMost) const noexcept {
@@ -314,45 +474,36 @@ int ViewIndex::consecutiveRun(int at, int atMost) const noexcept {
 
 void ViewIndex::reorder(const unsigned* positions) {
     settle();
-    const std::vector<Slot> old(slots_, slots_ + backedCount());
-    for (std::size_t i = 0; i < old.size(); ++i) {
-        slots_[i] = old[positions[i]];
+    std::vector<ViewSlot> old(rows_.size());
+    for (unsigned i = 0; i < old.size(); ++i) {
+        old[i] = {rows_.row(i), rows_.tag(i)};
     }
+    for (unsigned i = 0; i < old.size(); ++i) {
+        rows_.set(i, old[positions[i]]);
+    }
+    order_ = Order::unknown;
 }
 
 void ViewIndex::tagAll(bool value) noexcept {
     settle();
-    const int rows = backedCount();
-    for (int i = 0; i < rows; ++i) {
-        slots_[i].tag = value ? 1 : 0;
-    }
+    rows_.tagAll(value);
 }
 
 void ViewIndex::invertTags() noexcept {
     settle();
-    const int rows = backedCount();
-    for (int i = 0; i < rows; ++i) {
-        slots_[i].tag ^= 1;
-    }
+    rows_.invertTags();
 }
 
 unsigned ViewIndex::countTags() const noexcept {
     settle();
-    const int rows = backedCount();
-    unsigned tagged = 0;
-    for (int i = 0; i < rows; ++i) {
-        tagged += slots_[i].tag;
-    }
-    return tagged;
+    return rows_.countTags();
 }
 
 int ViewIndex::find(unsigned sourceRow) const noexcept {
     settle();
-    const int rows = backedCount();
-    for (int i = 0; i < rows; ++i) {
-        if (slots_[i].row == sourceRow) {
-            return i;
-        }
+    unsigned row = ascends() ? rows_.firstFrom(sourceRow) : rows_.find(sourceRow);
+    if (row < rows_.size() && rows_.row(row) != sourceRow) {
+        row = rows_.size();
     }
-    return -1;
+    return row < rows_.size() ? int(row) : -1;
 }

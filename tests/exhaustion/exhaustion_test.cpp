@@ -31,12 +31,13 @@ struct Way {
     const char* name;
     Kind kind;
     int deferFrom;
+    unsigned blockBits;
 };
 
 constexpr Way ways[] = {
-    {"made in memory", Kind::made, 1},
-    {"loaded from a file", Kind::loaded, DeferralFrom::never},
-    {"showing tagged rows", Kind::taggedShown, DeferralFrom::never},
+    {"made in memory", Kind::made, 1, 2},
+    {"loaded from a file", Kind::loaded, DeferralFrom::never, 2},
+    {"showing tagged rows", Kind::taggedShown, DeferralFrom::never, RowBlocks::Fill::mostBits},
 };
 
 unsigned rowsOfWorlds() {
@@ -163,6 +164,7 @@ TEST_P(Exhaustion, LeavesAWorldThatFitsTogether) {
     ++operations_;
     for (const Way& way : ways) {
         const DeferralFrom deferral(way.deferFrom, 0);
+        const SmallBlocks blocks(way.blockBits);
         points_ += failEach(scenario, way);
     }
 }

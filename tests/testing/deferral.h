@@ -22,3 +22,13 @@ private:
     int leastRows_ = ViewIndex::Deferral::leastRows;
     unsigned passes_ = ViewIndex::Deferral::passes;
 };
+
+/// While in scope, indexes that are made keep their rows in blocks of so few that a handful of
+/// rows are many blocks.
+class SmallBlocks {
+public:
+    explicit SmallBlocks(unsigned bits = 2) { RowBlocks::Fill::bits = bits; }
+    SmallBlocks(const SmallBlocks&) = delete;
+    SmallBlocks& operator=(const SmallBlocks&) = delete;
+    ~SmallBlocks() { RowBlocks::Fill::bits = RowBlocks::Fill::mostBits; }
+};

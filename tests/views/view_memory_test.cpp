@@ -92,18 +92,24 @@ TEST(ViewMemory, EveryEditThatDefersRemovalsLeavesAViewThatWorks) {
 }
 
 TEST(ViewMemory, RowsGoWhereThereIsNoMemoryToDeferTheirRemoval) {
-    const auto table = numberedTable(60);
-    VDBView view = viewOf(*table, {2, 1, 0});
-    view->displayRecordsAt(3, 50, 3);
-    const std::string rows = rowsOf(*view);
     const DeferralFrom atOnce(1, 0);
-    const auto check = [&] { EXPECT_EQ(rows, rowsOf(*view)); };
-    const auto takeOutAndShowAgain = [&] {
-        view->remove(1, 1);
-        view->displayRecordsAt(1, 1, 1);
-    };
-    EXPECT_GT(failEachAllocation(takeOutAndShowAgain, check), 4u);
-    check();
+    for (unsigned n = 1; n < 12; ++n) {
+        const auto table = numberedTable(60);
+        VDBView view = viewOf(*table, {2, 1, 0});
+        view->displayRecordsAt(3, 50, 3);
+        try {
+            const FailingAllocator failing(n);
+            table->delete_records(1, 2);
+        } catch (const Quor::Exception::BadAlloc&) {
+        }
+        if (table->get_num_records() == 60) {
+            table->delete_records(1, 2);
+        }
+        EXPECT_EQ(51u, view->get_num_records()) << n;
+        EXPECT_EQ(0u, view->sourceRow(0)) << n;
+        EXPECT_EQ(1u, view->sourceRow(1)) << n;
+        EXPECT_EQ(50u, view->sourceRow(50)) << n;
+    }
 }
 
 TEST(ViewMemory, RemovalsThatNobodyHearsOfTakeNone) {
@@ -159,7 +165,7 @@ TEST(ViewMemory, ShowingAllRowsAnewShowsAllOrWhatWasShown) {
     const auto table = numberedTable(60);
     VDBView view = viewOf(*table, {4, 2});
     const auto check = [&] { EXPECT_EQ("4 2", rowsOf(*view)); };
-    EXPECT_EQ(1u, failEachAllocation([&] { view->displayAllRecords(); }, check));
+    EXPECT_GT(failEachAllocation([&] { view->displayAllRecords(); }, check), 0u);
     EXPECT_EQ(60u, view->get_num_records());
 }
 
