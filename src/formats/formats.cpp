@@ -64,6 +64,14 @@ void readJsonText(Input& input, const Wanted&, Log& log) {
     readJson(textOf(input, log), log);
 }
 
+void readOtioText(Input& input, const Wanted&, Log& log) {
+    readOtio(textOf(input, log), log);
+}
+
+void readFcpxmlText(Input& input, const Wanted&, Log& log) {
+    readFcpxml(textOf(input, log), log);
+}
+
 void writeTableFile(const Sheet& sheet, const WriteStyle&, Output& out, Losses& losses) {
     writeTable(sheet, out, losses);
 }
@@ -103,6 +111,8 @@ constexpr FormatEntry formats[] = {
     {Format::jsonl, "jsonl", "|.jsonl|.ndjson|", readJsonText, writeJsonText<true>},
     {Format::ale, "ale", "|.ale|", readAleText, writeAle},
     {Format::edl, "edl", "|.edl|", readEdlText, writeEdl},
+    {Format::otio, "otio", "|.otio|", readOtioText, writeOtio},
+    {Format::fcpxml, "fcpxml", "|.fcpxml|", readFcpxmlText, nullptr},
     {Format::markdown, "markdown", "|.md|", nullptr, writeMarkdownText},
     {Format::html, "html", "|.html|.htm|", nullptr, writeHtmlText},
 };
@@ -219,6 +229,8 @@ Format recognised(const std::string& path, std::string_view head) {
     if (sameText(start.substr(0, 6), "VEKDB:")) return Format::table;
     if (sameText(line, "Heading")) return Format::ale;
     if (sameText(line.substr(0, 6), "TITLE:")) return Format::edl;
+    if (line.starts_with('{') && head.find("\"OTIO_SCHEMA\"") != head.npos) return Format::otio;
+    if (line.starts_with('<') && head.find("<fcpxml") != head.npos) return Format::fcpxml;
     if (const FormatEntry* entry = entryOfPath(path, isReadable)) return entry->format;
     if (line.starts_with('{') || line.starts_with('[')) return Format::json;
     return line.find('\t') != std::string_view::npos ? Format::tsv : Format::csv;

@@ -15,7 +15,20 @@ struct Log;
 struct Sheet;
 struct WriteStyle;
 
-enum class Format { table, csv, tsv, plainCsv, ale, edl, json, jsonl, markdown, html };
+enum class Format {
+    table,
+    csv,
+    tsv,
+    plainCsv,
+    ale,
+    edl,
+    json,
+    jsonl,
+    otio,
+    fcpxml,
+    markdown,
+    html
+};
 /// One that is to be written.
 using Target = Format;
 

@@ -10,6 +10,7 @@
 #include "formats/text/text_lines.h"
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
+#include "formats/timeline/timeline_rows.h"
 #include "formats/writing/write_formats.h"
 
 namespace vek::formats {
@@ -98,6 +99,11 @@ public:
         source = take(isEdl_ ? edlPair("Source") : sourceColumns(sheet.log));
         record = take(isEdl_ ? edlPair("Record") : recordColumns(sheet.log));
         takeComments();
+        if (isEdl_ || !isTimeline(sheet.log)) return;
+        rowKind = take({timeline::kind});
+        take({timeline::place});
+        marker = take({timeline::marker});
+        color = take({timeline::color});
     }
 
     /// Whether these are the columns of an edit list, so that nothing is to be made up.
@@ -113,6 +119,7 @@ public:
     }
 
     unsigned event, reel, track, kind, length, clipName, toClipName, counting;
+    unsigned rowKind = noColumn, marker = noColumn, color = noColumn;  // of a timeline's rows
     RangeColumns source, record;
     std::vector<unsigned> comments;
 
@@ -241,6 +248,7 @@ private:
     }
 
     void writeRow(unsigned row) {
+        if (!isEvent(row)) return;
         EdlEvent event;
         if (!takeTimes(row, event)) return;
         takeNames(row, event);
@@ -253,6 +261,30 @@ private:
         writeClipName("* FROM CLIP NAME: ", row, event[edlClipName]);
         writeClipName("* TO CLIP NAME: ", row, event[edlToClipName]);
         for (; at != comments.end(); ++at) line(*at);
+    }
+
+    // Of the rows of a timeline clips are events, and markers notes to the one before.
+    bool isEvent(unsigned row) {
+        const std::string_view own = cell(row, places_.rowKind);
+        const TimelineKind kind = timelineKind(own);
+        if (places_.rowKind == noColumn || kind == TimelineKind::clip) return true;
+        if (kind == TimelineKind::marker) return writeMarker(row);
+        if (kind != TimelineKind::track) {
+            return leaveOut(row, "a row of kind " + inQuotes(own), "a clip or a marker");
+        }
+        lose("tracks as rows of their own, which are left out", row);
+        return false;
+    }
+
+    bool writeMarker(unsigned row) {
+        std::string time;
+        if (!takeTime(row, places_.record.start, time)) {
+            return leaveOut(row, "a marker outside the record", "one within its clip");
+        }
+        std::string color = oneLine(cell(row, places_.color));
+        if (color.empty()) color = "WHITE";
+        line(trimmed(concat("* LOC: ", time, " ", color, " ", oneLine(cell(row, places_.marker)))));
+        return false;
     }
 
     void writeEventLine(unsigned row, const EdlEvent& event) {
@@ -314,9 +346,9 @@ private:
         return true;
     }
 
-    bool leaveOut(unsigned row, const char* found) {
+    bool leaveOut(unsigned row, const std::string& found, const char* expected = "timecodes") {
         losses_.addEach(worded(sheet_.log.name,
-                               {sheet_.line(row), "", found, "timecodes", "the row is left out"}));
+                               {sheet_.line(row), "", found, expected, "the row is left out"}));
         return false;
     }
 

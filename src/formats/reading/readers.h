@@ -23,5 +23,7 @@ void readDelimited(Text text, char separator, Log& log);
 void readAle(Text text, Log& log);
 void readEdl(std::string_view text, Log& log);
 void readJson(Text text, Log& log);
+void readOtio(Text text, Log& log);
+void readFcpxml(Text text, Log& log);
 
 }  // namespace vek::formats

@@ -20,6 +20,7 @@ public:
         places_.emplace(added, names_.size() - 1);
         return names_.size() - 1;
     }
+    bool contains(std::string_view name) const { return places_.contains(name); }
     std::size_t size() const { return names_.size(); }
     const std::string& operator[](std::size_t place) const { return names_[place]; }
     auto begin() const { return names_.begin(); }

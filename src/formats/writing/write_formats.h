@@ -11,6 +11,7 @@ void writeDelimited(const Sheet& sheet, char separator, const WriteStyle& style,
 void writeJson(const Sheet& sheet, bool asLines, Output& out, Losses& losses);
 void writeAle(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses);
 void writeEdl(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses);
+void writeOtio(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses);
 void writeMarkdown(const Sheet& sheet, Output& out, Losses& losses);
 void writeHtml(const Sheet& sheet, Output& out, Losses& losses);
 
@@ -21,6 +22,9 @@ TableLoss tableFileLoss(std::string_view value);
 const char* lossOfCells(TableLoss loss);
 /// The longest value that a table file's line can hold.
 constexpr std::size_t longestTableValue = 4094;
+
+/// Names of the columns that differ, as JSON objects need them.
+std::vector<std::string> distinctNames(const Sheet& sheet, Losses& losses);
 
 /// Adds the parameters as lost, for formats that hold none.
 void loseParameters(const Log& log, Losses& losses);

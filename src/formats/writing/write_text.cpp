@@ -142,24 +142,6 @@ private:
     std::string line_;
 };
 
-// Names that differ, as JSON objects need them.
-std::vector<std::string> distinctNames(const Sheet& sheet, Losses& losses) {
-    std::vector<std::string> names;
-    std::set<std::string> used;
-    std::map<std::string, std::size_t> numbers;  // the first that may be free, of each name
-    for (unsigned i = 0; i < sheet.columns.size(); ++i) {
-        std::string name = sheet.name(i);
-        std::size_t& n = numbers.try_emplace(name, 2).first->second;
-        while (used.contains(name)) name = sheet.name(i) + " " + std::to_string(n++);
-        if (name != sheet.name(i)) {
-            losses.add("columns of a name that another has, given a number", inQuotes(name));
-        }
-        used.insert(name);
-        names.push_back(name);
-    }
-    return names;
-}
-
 bool isAleSafe(std::string_view text) {
     return !hasAnyOf(text, {'\t', '\n', '\r', '\r'});
 }
@@ -313,6 +295,23 @@ std::string htmlRow(const char* tag, std::size_t count, Cell cell) {
 }
 
 }  // namespace
+
+std::vector<std::string> distinctNames(const Sheet& sheet, Losses& losses) {
+    std::vector<std::string> names;
+    std::set<std::string> used;
+    std::map<std::string, std::size_t> numbers;  // the first that may be free, of each name
+    for (unsigned i = 0; i < sheet.columns.size(); ++i) {
+        std::string name = sheet.name(i);
+        std::size_t& n = numbers.try_emplace(name, 2).first->second;
+        while (used.contains(name)) name = sheet.name(i) + " " + std::to_string(n++);
+        if (name != sheet.name(i)) {
+            losses.add("columns of a name that another has, given a number", inQuotes(name));
+        }
+        used.insert(name);
+        names.push_back(name);
+    }
+    return names;
+}
 
 std::string place(const Sheet& sheet, unsigned row, unsigned column) {
     return sheet.log.name + ":" + std::to_string(sheet.line(row)) + ":" + sheet.name(column);

@@ -30,6 +30,11 @@ Target targetOf(const Log& log) {
             throw Failure{wrongUsage, log.name +
                                           ": an edit list is not changed in place; make a table "
                                           "file of it with vek convert, and an edit list again"};
+        case Format::otio:
+        case Format::fcpxml:
+            throw Failure{wrongUsage, log.name +
+                                          ": a timeline is not changed in place; make a table "
+                                          "file of it with vek convert, and a timeline again"};
         default:
             break;
     }

@@ -1,0 +1,184 @@
+#include "formats/timeline/timeline_rows.h"
+
+#include <algorithm>
+
+#include "formats/reading/limits.h"
+#include "formats/text/text_lines.h"
+
+namespace vek::formats {
+
+namespace {
+
+constexpr std::size_t nowhere = static_cast<std::size_t>(-1);
+
+constexpr const char* alwaysThere[] = {timeline::kind,     timeline::place, timeline::track,
+                                       timeline::clipName, timeline::reel,  timeline::sourceIn,
+                                       timeline::sourceOut};
+
+std::string exactName(const char* column) {
+    return concat(column, " Exact");
+}
+
+std::string fractionText(const ExactTime& time) {
+    std::string text = std::to_string(time.over());
+    if (time.under() != 1) text += "/" + std::to_string(time.under());
+    return text + "s";
+}
+
+}  // namespace
+
+TimelineKind timelineKind(std::string_view text) {
+    struct Entry {
+        const char* text;
+        TimelineKind kind;
+    };
+    static constexpr Entry entries[] = {
+        {"Marker", TimelineKind::marker},         {"To Do", TimelineKind::marker},
+        {"Chapter", TimelineKind::marker},        {"Keyword", TimelineKind::note},
+        {"Transition", TimelineKind::transition}, {"Track", TimelineKind::track},
+        {"Stack", TimelineKind::other},           {"Part", TimelineKind::other},
+        {"Rating", TimelineKind::note},
+    };
+    for (const Entry& entry : entries) {
+        if (sameText(text, entry.text)) return entry.kind;
+    }
+    return TimelineKind::clip;
+}
+
+bool isTimeline(const Log& log) {
+    const unsigned place = log.findColumn(timeline::place);
+    if (log.findColumn(timeline::kind) == noColumn || place == noColumn) return false;
+    for (unsigned row = 0; row < log.rowCount(); ++row) {
+        const std::string_view text = log.cell(row, place);
+        if (text.empty() || text.find_first_not_of("0123456789.") != text.npos) return false;
+    }
+    return true;
+}
+
+TimelineRows::TimelineRows(Log& log, std::size_t bytes, bool hasRecord)
+    : log_(log), builder_(log, std::vector<std::string>()), bytes_(bytes) {
+    for (const char* name : alwaysThere) names_.place(name);
+    if (hasRecord) {
+        names_.place(timeline::recordIn);
+        names_.place(timeline::recordOut);
+    }
+    names_.place(timeline::rate);
+}
+
+void TimelineRows::restore(std::vector<std::string> columns,
+                           std::unordered_map<std::string, std::string> names) {
+    names_ = {};
+    for (const std::string& column : columns) names_.place(column);
+    ownNames_ = std::move(names);
+    isRestored_ = true;
+}
+
+void TimelineRows::begin(std::size_t line) {
+    const std::size_t behindAll = waiting_.empty() ? 0 : waiting_.back().number;
+    row_.line = line;
+    row_.number = behindAll;
+    isOwn_ = false;
+}
+
+void TimelineRows::beginOwn(std::size_t line, std::size_t number) {
+    row_.line = line;
+    row_.number = number;
+    isOwn_ = isRestored_;
+}
+
+// A log that became a timeline has no columns but its own.
+std::size_t TimelineRows::columnFor(std::string_view column) {
+    if (isRestored_) {
+        auto own = ownNames_.find(std::string(column));
+        if (own != ownNames_.end()) return names_.place(own->second);
+        if (isOwn_ && !names_.contains(column)) return nowhere;
+    }
+    return names_.place(column);
+}
+
+std::string& TimelineRows::cell(std::size_t column) {
+    if (row_.cells.size() <= column) row_.cells.resize(column + 1);
+    used_ = std::max(used_, column + 1);
+    return row_.cells[column];
+}
+
+void TimelineRows::set(std::string_view column, std::string_view text) {
+    if (text.empty()) return;
+    const std::size_t at = columnFor(column);
+    if (at != nowhere) cell(at) = text;
+}
+
+bool TimelineRows::setIfEmpty(std::string_view column, std::string_view text) {
+    const std::size_t at = columnFor(column);
+    if (at == nowhere || text.empty()) return false;
+    if (at < used_ && !row_.cells[at].empty()) return row_.cells[at] == text;
+    cell(at) = text;
+    return true;
+}
+
+void TimelineRows::setTime(const char* column, const ExactTime& time, const FrameRate& rate,
+                           bool drops) {
+    const std::size_t at = columnFor(column);
+    const bool isGiven = at < used_ && !row_.cells[at].empty();
+    if (isGiven || at == nowhere) return;
+    const std::optional<ExactTime::Frames> frames = time.frames(rate);
+    const std::int64_t most = framesInDay(rate.nominal, false) * 4;
+    if (!frames || frames->whole < 0 || frames->whole > most) {
+        const std::string found = frames ? fractionText(time) : "a time beyond all bounds";
+        return problem(row_.line, concat(column, " ", found), "a time between 0 and four days",
+                       "the cell is empty");
+    }
+    cell(at) = timecodeText(frames->whole, rate.nominal, drops);
+    if (frames->isExact) return;
+    set(exactName(column), fractionText(time));
+    if (!betweenFrames_.empty()) betweenFrames_ += ", ";
+    betweenFrames_ += concat(column, " ", fractionText(time));
+}
+
+void TimelineRows::tellBetweenFrames() {
+    if (betweenFrames_.empty()) return;
+    problem(row_.line, std::move(betweenFrames_), "times at which a frame begins",
+            "the cells are the frames they are in, columns such as Source In Exact the times");
+    betweenFrames_.clear();
+}
+
+void TimelineRows::end() {
+    tellBetweenFrames();
+    if (isRestored_) {
+        waiting_.push_back(row_);
+    } else {
+        add(row_);
+    }
+    for (std::size_t i = 0; i < used_; ++i) row_.cells[i].clear();
+    used_ = 0;
+}
+
+void TimelineRows::add(const Row& row) {
+    std::size_t count = row.cells.size();
+    while (count > 0 && row.cells[count - 1].empty()) --count;
+    views_.assign(row.cells.begin(), row.cells.begin() + static_cast<std::ptrdiff_t>(count));
+    requireCells(log_.name, ++rowCount_, names_.size(), bytes_);
+    builder_.addWholeRow(row.line, views_.data(), count, {});
+}
+
+void TimelineRows::parameter(std::size_t line, std::string_view name, std::string_view value) {
+    if (!value.empty()) builder_.addParameter(line, name, value);
+}
+
+void TimelineRows::problem(std::size_t line, std::string found, std::string expected,
+                           std::string outcome) {
+    log_.report([&]() -> Problem {
+        return {line, "", std::move(found), std::move(expected), std::move(outcome)};
+    });
+}
+
+void TimelineRows::finish() {
+    std::stable_sort(waiting_.begin(), waiting_.end(),
+                     [](const Row& a, const Row& b) { return a.number < b.number; });
+    for (const Row& row : waiting_) add(row);
+    waiting_.clear();
+    builder_.setColumns({names_.begin(), names_.end()});
+    builder_.finish();
+}
+
+}  // namespace vek::formats

@@ -1,0 +1,540 @@
+#include <algorithm>
+#include <map>
+#include <queue>
+
+#include <vekdb/host/text_util.h>
+#include "formats/json/json.h"
+#include "formats/reading/progress.h"
+#include "formats/text/text_lines.h"
+#include "formats/timecode/clip_columns.h"
+#include "formats/timecode/counting.h"
+#include "formats/timeline/timeline_rows.h"
+#include "formats/writing/write_formats.h"
+
+namespace vek::formats {
+
+namespace {
+
+// A clip or a transition, where it lies on the record. Frames.
+struct Item {
+    unsigned row = 0;
+    std::int64_t start = 0;
+    std::int64_t length = 0;
+    bool isTransition = false;
+};
+
+struct Track {
+    std::string name;
+    unsigned row = noColumn;  // of the track itself, where the log has one
+    std::vector<Item> items;
+};
+
+bool comesBefore(const Item& a, const Item& b) {
+    if (a.start != b.start) return a.start < b.start;
+    return a.isTransition && !b.isTransition;
+}
+
+// A track of sound, by its name: "A", "A2".
+bool isSound(std::string_view track) {
+    if (track.empty() || asciiLower(track[0]) != 'a') return false;
+    return std::all_of(track.begin() + 1, track.end(), isAsciiDigit);
+}
+
+class OtioWriter {
+public:
+    OtioWriter(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses)
+        : sheet_(sheet),
+          out_(out),
+          losses_(losses),
+          counting_(sheet.log, style.rate),
+          isTimeline_(isTimeline(sheet.log)),
+          names_(distinctNames(sheet, losses)) {
+        findColumns();
+        require();
+    }
+
+    void write() {
+        for (unsigned row = 0; row < sheet_.rowCount(); ++row) place(row);
+        for (auto& [name, track] : tracks_) spread(track);
+        writeTimeline();
+    }
+
+private:
+    unsigned sheetPlace(unsigned column) const {
+        auto at = std::find(sheet_.columns.begin(), sheet_.columns.end(), column);
+        return at == sheet_.columns.end() ? noColumn
+                                          : static_cast<unsigned>(at - sheet_.columns.begin());
+    }
+
+    unsigned find(std::initializer_list<const char*> names) const {
+        for (const char* name : names) {
+            const unsigned column = sheet_.log.findColumn(name);
+            const unsigned at = column == noColumn ? noColumn : sheetPlace(column);
+            if (at != noColumn) return at;
+        }
+        return noColumn;
+    }
+
+    RangeColumns onSheet(const RangeColumns& columns) const {
+        RangeColumns pair{sheetPlace(columns.start), sheetPlace(columns.end)};
+        if (pair.start == noColumn || pair.end == noColumn) return {noColumn, noColumn};
+        return pair;
+    }
+
+    void findColumns() {
+        source_ = onSheet(sourceColumns(sheet_.log));
+        record_ = onSheet(recordColumns(sheet_.log));
+        clipName_ = find({"Clip Name", "Name", "Clip"});
+        reel_ = find({"Reel", "Tape", "Tape Name", "Reel Name", "Camroll", "cam reel"});
+        track_ = find({"Track", "Tracks"});
+        kind_ = isTimeline_ ? find({timeline::kind}) : noColumn;
+        rate_ = find({timeline::rate});
+    }
+
+    void require() {
+        if (source_.start == noColumn) {
+            throw Failure{unwritable, sheet_.log.name +
+                                          ": no pair of columns such as Start and End, expected "
+                                          "source times for the clips of a timeline"};
+        }
+        if (counting_.nominal() != 0) return;
+        throw Failure{wrongUsage, sheet_.log.name +
+                                      ": no frame rate for the times of a timeline; expected "
+                                      "--fps RATE"};
+    }
+
+    std::string_view cell(unsigned row, unsigned column) const {
+        return column == noColumn ? std::string_view() : sheet_.cell(row, column);
+    }
+
+    const FrameRate& rate() const { return *counting_.rate(); }
+
+    std::optional<Timecode> timecode(unsigned row, unsigned column) const {
+        std::optional<Timecode> code = parseTimecode(trimmed(cell(row, column)));
+        if (!code) return code;
+        code->dropFrame = code->dropFrame || drops(row);
+        return code;
+    }
+
+    bool drops(unsigned row) const {
+        return counting_.counting(sheet_.view->baseIndex(row)) == Counting::dropFrame;
+    }
+
+    // The rate of a row's source, where the log has one for each.
+    FrameRate sourceRate(unsigned row) const {
+        std::optional<FrameRate> own = parseFrameRate(cell(row, rate_));
+        return own ? *own : rate();
+    }
+
+    TimelineKind kind(unsigned row) const {
+        return kind_ == noColumn ? TimelineKind::clip : timelineKind(cell(row, kind_));
+    }
+
+    void place(unsigned row) {
+        switch (kind(row)) {
+            case TimelineKind::clip:
+                return placeClip(row);
+            case TimelineKind::marker:
+            case TimelineKind::note:
+                return markers_[owner_].push_back(row);
+            case TimelineKind::transition:
+                return placeTransition(row);
+            case TimelineKind::track:
+                return placeTrack(row);
+            case TimelineKind::other:
+                leaveOut(row, "a row of kind " + inQuotes(cell(row, kind_)),
+                         "a clip, marker, transition or track");
+        }
+    }
+
+    void placeTrack(unsigned row) {
+        if (cell(row, find({timeline::place})).find('.') != std::string_view::npos) {
+            return leaveOut(row, "a track within another", "a track of the timeline");
+        }
+        owner_ = row;
+        trackOf(row).row = row;
+    }
+
+    void leaveOut(unsigned row, const std::string& found, const char* expected) {
+        losses_.addEach(worded(sheet_.log.name,
+                               {sheet_.line(row), "", found, expected, "the row is left out"}));
+    }
+
+    Track& trackOf(unsigned row) {
+        const std::string_view own = trimmed(cell(row, track_));
+        const std::string name = own.empty() ? "V" : std::string(own);
+        auto [at, isNew] = trackNumbers_.try_emplace(name, tracks_.size());
+        if (isNew) tracks_.push_back({name, {name, noColumn, {}}});
+        return tracks_[at->second].second;
+    }
+
+    std::optional<std::int64_t> sourceLength(unsigned row) const {
+        const std::optional<Timecode> start = timecode(row, source_.start);
+        const std::optional<Timecode> end = timecode(row, source_.end);
+        if (!start || !end) return {};
+        return framesBetween(*start, *end, sourceRate(row).nominal);
+    }
+
+    void placeClip(unsigned row) {
+        const std::optional<std::int64_t> length = sourceLength(row);
+        if (!length) return leaveOut(row, "no start and end in the source", "timecodes");
+        Item item{row, 0, inRecord(*length, row), false};
+        if (record_.start == noColumn) {
+            item.start = laid_;
+            laid_ += item.length;
+        } else if (!placeOnRecord(row, item)) {
+            return;
+        }
+        owner_ = row;
+        trackOf(row).items.push_back(item);
+    }
+
+    // Frames of the source as frames of the record, where the two run at other rates.
+    std::int64_t inRecord(std::int64_t frames, unsigned row) const {
+        const FrameRate own = sourceRate(row);
+        if (own.isAsFastAs(rate())) return frames;
+        const auto made = ExactTime::ofFrames(frames, own).frames(rate());
+        return made ? made->whole : frames;
+    }
+
+    bool placeOnRecord(unsigned row, Item& item) {
+        const std::optional<Timecode> start = timecode(row, record_.start);
+        const std::optional<Timecode> end = timecode(row, record_.end);
+        std::optional<std::int64_t> length;
+        if (start && end) length = framesBetween(*start, *end, rate().nominal);
+        if (!length) {
+            leaveOut(row, "no start and end in the record", "timecodes");
+            return false;
+        }
+        item.start = framesOf(*start, rate().nominal);
+        if (*length != item.length) {
+            losses_.add("clips that are longer or shorter in the record, as changes of speed",
+                        concat(sheet_.log.name, ":", std::to_string(sheet_.line(row))));
+            item.length = *length;
+        }
+        return true;
+    }
+
+    void placeTransition(unsigned row) {
+        const std::optional<Timecode> start = timecode(row, record_.start);
+        const ExactTime before = ExactTime::of(cell(row, find({timeline::inOffset})));
+        if (!start || !before.isKnown() || before.under() != 1) {
+            return leaveOut(row, "a transition without its place", "Record In and In Offset");
+        }
+        owner_ = row;
+        trackOf(row).items.push_back(
+            {row, framesOf(*start, rate().nominal) + before.over(), 0, true});
+    }
+
+    // Clips that lie over one another do not fit one track; the first free one takes each.
+    void spread(Track& track) {
+        std::stable_sort(track.items.begin(), track.items.end(), comesBefore);
+        using End = std::pair<std::int64_t, std::size_t>;
+        std::priority_queue<End, std::vector<End>, std::greater<>> ends;
+        const std::size_t first = lanes_.size();
+        for (const Item& item : track.items) {
+            std::size_t lane = lanes_.size();
+            if (!ends.empty() && (ends.top().first <= item.start || item.isTransition)) {
+                lane = ends.top().second;
+                ends.pop();
+            }
+            if (lane == lanes_.size()) {
+                lanes_.push_back({track.name, lane == first ? track.row : noColumn, {}});
+            }
+            lanes_[lane].items.push_back(item);
+            ends.push({item.start + item.length, lane});
+        }
+        if (lanes_.size() == first) lanes_.push_back({track.name, track.row, {}});
+        track.items = {};
+        if (lanes_.size() > first + 1) {
+            losses_.add("tracks whose clips lie over one another, as several",
+                        inQuotes(track.name));
+        }
+    }
+
+    std::int64_t startOfAll() const {
+        std::optional<std::int64_t> first;
+        for (const Track& lane : lanes_) {
+            if (lane.items.empty()) continue;
+            const std::int64_t start = lane.items.front().start;
+            first = first ? std::min(*first, start) : start;
+        }
+        if (record_.start == noColumn) return framesOf({1, 0, 0, 0, false}, rate().nominal);
+        return first.value_or(0);
+    }
+
+    void writeTimeline() {
+        const std::int64_t start = startOfAll();
+        zero_ = record_.start == noColumn ? 0 : start;
+        out_.write("{\"OTIO_SCHEMA\": \"Timeline.1\", \"name\": " + string(title()) +
+                   ",\n\"metadata\": {\"vekdb\": {\"rate\": " +
+                   string(rateText(rateAndCounting())) + ",\n  \"columns\": {" + columns() +
+                   "},\n  \"names\": {" + ownNames() + "},\n  \"parameters\": {" + parameters() +
+                   "}}},\n\"global_start_time\": " + time(start, rate()) +
+                   ",\n\"tracks\": {\"OTIO_SCHEMA\": \"Stack.1\", \"name\": "
+                   "\"tracks\", \"source_range\": null, \"metadata\": {}, \"effects\": [], "
+                   "\"enabled\": true, \"markers\": " +
+                   markersOf(noColumn, zero_) + ", \"children\": [\n");
+        Progress progress("writing", sheet_.rowCount());
+        std::size_t done = 0;
+        for (std::size_t i = 0; i < lanes_.size(); ++i) {
+            if (i > 0) out_.write(",\n");
+            writeTrack(lanes_[i]);
+            progress.reach(done += lanes_[i].items.size());
+        }
+        out_.write("\n]}}\n");
+        if (record_.start == noColumn) {
+            losses_.addEach(out_.name() +
+                            ": no record times, the clips are laid end to end from 01:00:00:00");
+        }
+    }
+
+    FrameRate rateAndCounting() const {
+        FrameRate own = rate();
+        own.counting = counting_.countingOfAll();
+        return own;
+    }
+
+    std::string title() const {
+        std::string name = sheet_.log.parameter("TITLE");
+        if (name.empty()) name = sheet_.log.parameter("Project");
+        if (!name.empty()) return name;
+        const std::string path = sheet_.log.name.substr(sheet_.log.name.rfind('/') + 1);
+        return path.substr(0, path.rfind('.'));
+    }
+
+    std::string string(std::string_view text) {
+        bool wasChanged = false;
+        std::string out;
+        addJsonString(out, text, wasChanged);
+        if (wasChanged) losses_.add("texts that are no UTF-8", inQuotes(text));
+        return out;
+    }
+
+    static void addMember(std::string& to, const std::string& name, const std::string& value) {
+        to += (to.empty() ? "" : ", ") + name + ": " + value;
+    }
+
+    std::string columns() {
+        std::string out;
+        for (const std::string& name : names_) addMember(out, string(name), "\"\"");
+        return out;
+    }
+
+    // What the log calls the columns that every timeline has.
+    std::string ownNames() {
+        std::string out;
+        const std::pair<const char*, unsigned> known[] = {
+            {timeline::sourceIn, source_.start}, {timeline::sourceOut, source_.end},
+            {timeline::recordIn, record_.start}, {timeline::recordOut, record_.end},
+            {timeline::clipName, clipName_},     {timeline::reel, reel_}};
+        for (const auto& [name, column] : known) {
+            if (column != noColumn) addMember(out, string(name), string(names_[column]));
+        }
+        return out;
+    }
+
+    std::string parameters() {
+        std::string out;
+        for (const Parameter& parameter : ownParameters(sheet_.log)) {
+            addMember(out, string(parameter.name), string(parameter.value));
+        }
+        return out;
+    }
+
+    static std::string rateNumber(const FrameRate& rate) {
+        if (!rate.isSlowed) return std::to_string(rate.nominal) + ".0";
+        char text[32];
+        std::snprintf(text, sizeof text, "%.15g", rate.nominal * 1000 / 1001.0);
+        return text;
+    }
+
+    static std::string time(std::int64_t frames, const FrameRate& rate) {
+        return "{\"OTIO_SCHEMA\": \"RationalTime.1\", \"rate\": " + rateNumber(rate) +
+               ", \"value\": " + std::to_string(frames) + ".0}";
+    }
+
+    static std::string range(std::int64_t start, std::int64_t length, const FrameRate& startRate,
+                             const FrameRate& lengthRate) {
+        return "{\"OTIO_SCHEMA\": \"TimeRange.1\", \"start_time\": " + time(start, startRate) +
+               ", \"duration\": " + time(length, lengthRate) + "}";
+    }
+
+    void writeTrack(const Track& track) {
+        const bool isMade = track.row == noColumn;
+        const std::string name = isMade ? track.name : std::string(cell(track.row, clipName_));
+        const std::string own =
+            isMade ? "{\"vekdb\": {\"made\": true}}" : metadata(track.row, {clipName_});
+        out_.write("{\"OTIO_SCHEMA\": \"Track.1\", \"name\": " + string(name) +
+                   ", \"kind\": " + (isSound(track.name) ? "\"Audio\"" : "\"Video\"") +
+                   ", \"source_range\": null, \"effects\": [], \"enabled\": true, \"markers\": " +
+                   (isMade ? "[]" : markersOf(track.row, zero_)) + ", \"metadata\": " + own +
+                   ", \"children\": [");
+        std::int64_t at = zero_;
+        bool isFirst = true;
+        for (const Item& item : track.items) {
+            if (item.start > at) writeGap(item.start - at, isFirst);
+            out_.write(isFirst ? "\n" : ",\n");
+            isFirst = false;
+            item.isTransition ? writeTransition(item) : writeClip(item);
+            at = std::max(at, item.start + item.length);
+        }
+        out_.write("]}");
+    }
+
+    void writeGap(std::int64_t length, bool& isFirst) {
+        out_.write(std::string(isFirst ? "\n" : ",\n") +
+                   "{\"OTIO_SCHEMA\": \"Gap.1\", \"name\": \"\", \"source_range\": " +
+                   range(0, length, rate(), rate()) +
+                   ", \"effects\": [], \"markers\": [], \"enabled\": true, \"metadata\": {}}");
+        isFirst = false;
+    }
+
+    void writeClip(const Item& item) {
+        const unsigned row = item.row;
+        const FrameRate own = sourceRate(row);
+        const std::int64_t start = framesOf(*timecode(row, source_.start), own.nominal);
+        const std::int64_t length = *sourceLength(row);
+        const bool isSped = inRecord(length, row) != item.length;
+        std::vector<unsigned> kept = keptTimes(item, start, isSped ? item.length : length);
+        if (clipName_ != noColumn) kept.push_back(clipName_);
+        out_.write("{\"OTIO_SCHEMA\": \"Clip.2\", \"name\": " + string(cell(row, clipName_)) +
+                   ", \"source_range\": " +
+                   range(start, isSped ? item.length : length, own, isSped ? rate() : own) +
+                   ", \"effects\": " + effects(row, isSped, length, item.length) +
+                   ", \"enabled\": " + (isDisabled(row) ? "false" : "true") +
+                   ", \"markers\": " + markersOf(row, start) +
+                   ", \"media_references\": {\"DEFAULT_MEDIA\": " + reference(row) +
+                   "}, \"active_media_reference_key\": \"DEFAULT_MEDIA\", "
+                   "\"metadata\": " +
+                   metadata(row, kept) + "}");
+    }
+
+    bool isDisabled(unsigned row) const {
+        return isTimeline_ && sameText(cell(row, find({timeline::enabled})), "false");
+    }
+
+    // Those times of a row that a reader finds in the ranges, in the very form they have.
+    std::vector<unsigned> keptTimes(const Item& item, std::int64_t start, std::int64_t length) {
+        std::vector<unsigned> kept;
+        const bool dropsAll = counting_.countingOfAll() == Counting::dropFrame;
+        const FrameRate own = sourceRate(item.row);
+        const bool drops = dropsAll && own.isAsFastAs(rate());
+        const auto keep = [&](unsigned column, std::int64_t frames, int nominal, bool isDrop) {
+            if (column == noColumn) return;
+            if (cell(item.row, column) == timecodeText(frames, nominal, isDrop)) {
+                kept.push_back(column);
+            }
+        };
+        keep(source_.start, start, own.nominal, drops);
+        keep(source_.end, start + length, own.nominal, drops);
+        keep(record_.start, item.start, rate().nominal, dropsAll);
+        keep(record_.end, item.start + item.length, rate().nominal, dropsAll);
+        return kept;
+    }
+
+    std::string effects(unsigned row, bool isSped, std::int64_t length, std::int64_t made) {
+        const std::string_view own = isTimeline_ ? cell(row, find({timeline::effects})) : "";
+        if (own.starts_with('[')) {
+            const std::optional<CompactJson> compact = compactJson(own);
+            if (compact && compact->size == own.size()) return std::string(own);
+        }
+        if (!isSped || made == 0) return "[]";
+        char text[32];
+        std::snprintf(text, sizeof text, "%.15g",
+                      static_cast<double>(inRecord(length, row)) / static_cast<double>(made));
+        return concat(
+            "[{\"OTIO_SCHEMA\": \"LinearTimeWarp.1\", \"name\": \"\", \"effect_name\": "
+            "\"LinearTimeWarp\", \"metadata\": {}, \"time_scalar\": ",
+            text, "}]");
+    }
+
+    std::string reference(unsigned row) {
+        const std::string_view file = cell(row, find({timeline::file}));
+        const std::string rest =
+            "\"metadata\": {}, \"name\": \"\", \"available_range\": null, "
+            "\"available_image_bounds\": null";
+        if (file.empty()) return "{\"OTIO_SCHEMA\": \"MissingReference.1\", " + rest + "}";
+        return "{\"OTIO_SCHEMA\": \"ExternalReference.1\", " + rest +
+               ", \"target_url\": " + string(file) + "}";
+    }
+
+    // A row's number and all cells that stand nowhere else.
+    std::string metadata(unsigned row, const std::vector<unsigned>& kept) {
+        std::string cells;
+        for (unsigned column = 0; column < sheet_.columns.size(); ++column) {
+            const std::string_view text = cell(row, column);
+            const bool isKept = std::find(kept.begin(), kept.end(), column) != kept.end();
+            if (text.empty() || isKept) continue;
+            addMember(cells, string(names_[column]), string(text));
+        }
+        std::string out = "{";
+        if (const std::string_view reel = cell(row, reel_); !reel.empty()) {
+            out += "\"cmx_3600\": {\"reel\": " + string(reel) + "}, ";
+        }
+        return out + "\"vekdb\": {\"row\": " + std::to_string(row) + ", \"cells\": {" + cells +
+               "}}}";
+    }
+
+    void writeTransition(const Item& item) {
+        const unsigned row = item.row;
+        const ExactTime before = ExactTime::of(cell(row, find({timeline::inOffset})));
+        const ExactTime behind = ExactTime::of(cell(row, find({timeline::outOffset})));
+        std::string_view type = cell(row, find({timeline::transition}));
+        if (type.empty()) type = "SMPTE_Dissolve";
+        out_.write("{\"OTIO_SCHEMA\": \"Transition.1\", \"name\": " + string(cell(row, clipName_)) +
+                   ", \"transition_type\": " + string(type) +
+                   ", \"in_offset\": " + time(before.over(), rate()) +
+                   ", \"out_offset\": " + time(behind.isKnown() ? behind.over() : 0, rate()) +
+                   ", \"metadata\": " + metadata(row, {}) + "}");
+    }
+
+    // The markers on a row; those in front of all rows are the timeline's own.
+    std::string markersOf(unsigned owner, std::int64_t start) {
+        auto found = markers_.find(owner);
+        if (found == markers_.end()) return "[]";
+        std::string out = "[";
+        for (unsigned row : found->second) {
+            out += (out.size() > 1 ? ",\n  " : "\n  ") + marker(row, start);
+        }
+        return out + "]";
+    }
+
+    std::string marker(unsigned row, std::int64_t otherwise) {
+        const FrameRate own = sourceRate(row);
+        const std::optional<Timecode> start = timecode(row, source_.start);
+        const std::optional<std::int64_t> length = sourceLength(row);
+        const std::int64_t at = start ? framesOf(*start, own.nominal) : otherwise;
+        return "{\"OTIO_SCHEMA\": \"Marker.2\", \"name\": " +
+               string(cell(row, find({timeline::marker}))) +
+               ", \"color\": " + string(cell(row, find({timeline::color}))) +
+               ", \"comment\": " + string(cell(row, find({timeline::note}))) +
+               ", \"marked_range\": " + range(at, length.value_or(0), own, own) +
+               ", \"metadata\": " + metadata(row, {}) + "}";
+    }
+
+    const Sheet& sheet_;
+    Output& out_;
+    Losses& losses_;
+    LogCounting counting_;
+    bool isTimeline_;
+    std::vector<std::string> names_;
+    RangeColumns source_, record_;
+    unsigned clipName_ = noColumn, reel_ = noColumn, track_ = noColumn, kind_ = noColumn,
+             rate_ = noColumn;
+    std::vector<std::pair<std::string, Track>> tracks_;  // in the order of their first rows
+    std::map<std::string, std::size_t, std::less<>> trackNumbers_;
+    std::vector<Track> lanes_;
+    std::map<unsigned, std::vector<unsigned>> markers_;  // rows, by the row that they are on
+    unsigned owner_ = noColumn;
+    std::int64_t laid_ = 0;
+    std::int64_t zero_ = 0;
+};
+
+}  // namespace
+
+void writeOtio(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses) {
+    OtioWriter(sheet, style, out, losses).write();
+}
+
+}  // namespace vek::formats
