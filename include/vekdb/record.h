@@ -14,6 +14,22 @@ class vekdb;
 struct LineSlices;
 struct RecordStrings;
 
+/// Who is told of what happens to a record's values: the table that owns it.
+class VEKDB_PUBLIC RecordOwner {
+protected:
+    RecordOwner() = default;
+    RecordOwner(const RecordOwner&) = default;
+    RecordOwner& operator=(const RecordOwner&) = default;
+    ~RecordOwner() = default;
+
+private:
+    friend class dbrecord;
+    /// A value was changed.
+    virtual void recordChanged() = 0;
+    /// The values were read from a line.
+    virtual void recordRead() = 0;
+};
+
 /// One row: an ordered list of at most 65,535 values, each held as text, a changed flag, an
 /// 8-bit tag and a link back to the table that owns it.
 ///
@@ -83,8 +99,8 @@ public:
     /// True when there are no values or all of them are empty.
     bool is_blank() const;
 
-    void set_container(vekdb* table) { container_ = table; }
-    vekdb* get_container() const { return container_; }
+    void set_container(vekdb* table);
+    vekdb* get_container() const;
 
     /// Removes one value; an index out of range is ignored. No flag is set.
     void removeField(unsigned short index);
@@ -129,7 +145,7 @@ private:
     void resize(unsigned count);
     void prepareRemoval(unsigned index);
 
-    vekdb* container_ = nullptr;
+    RecordOwner* owner_ = nullptr;
     mutable union {
         RecordStrings* strings;
         LineSlices* slices;

@@ -13,6 +13,7 @@
 
 class Cookie;
 class RowChoice;
+class RowNumbers;
 class TextFile;
 class configb;
 struct TableParts;
@@ -36,7 +37,7 @@ struct VEKDB_PUBLIC dberror {
 ///
 /// A new table has no parameters, and a file without parameters cannot be loaded: call
 /// `add_param` once before saving a table that is to be read back.
-class VEKDB_PUBLIC vekdb : public VDBBase, public Notifier {
+class VEKDB_PUBLIC vekdb : public VDBBase, public Notifier, public RecordOwner {
 public:
     /// No columns, no rows, not valid.
     vekdb();
@@ -353,8 +354,10 @@ protected:
 
 private:
     friend class TextRows;
-    friend class dbrecord;
-    void noteModified();
+    void recordChanged() override;
+    void recordRead() override;
+    bool isDeletionHeard() const;
+    void tellDeleted(const RowNumbers& rows);
     void buildColumns(const DBFieldDesc* fields, std::size_t count);
     void copyColumns(const vekdb& source);
     void copyParameters(const vekdb& source);

@@ -5,7 +5,7 @@
 #include <vekdb/host/os.h>
 #include <vekdb/host/paths.h>
 #include <vekdb/host/text_util.h>
-#include "host/replacing/fresh_file.h"
+#include "host/posix/replacing/fresh_file.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 #include <vekdb/host/keyed_hash.h>
 
-#include <unistd.h>
+#include "host/posix/chance.h"
 
-#include <chrono>
 #include <cstring>
+#include <iterator>
 
 namespace {
 
@@ -11,15 +11,9 @@ struct Key {
     std::uint64_t words[3];
 };
 
-// Without a source of chance the clock and the place of things in memory have to do.
 Key drawKey() noexcept {
-    Key key = {};
-    if (::getentropy(&key, sizeof key) != 0) {
-        const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
-        key.words[0] = static_cast<std::uint64_t>(now);
-        key.words[1] = reinterpret_cast<std::uintptr_t>(&key);
-        key.words[2] = static_cast<std::uint64_t>(::getpid());
-    }
+    Key key;
+    drawByChance(key.words, std::size(key.words));
     for (std::uint64_t& word : key.words) word |= 1;
     return key;
 }

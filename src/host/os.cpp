@@ -1,14 +1,10 @@
 #include <vekdb/host/os.h>
 
 #include <vekdb/host/exceptions.h>
-#include <vekdb/host/text_util.h>
+#include "host/posix/file_service.h"
 
 #include <atomic>
-#include <cstdio>
 #include <cstdlib>
-
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
@@ -34,38 +30,6 @@ public:
     }
 
     void free(void* block) override { std::free(block); }
-};
-
-bool isRegularFile(const char* path) {
-    struct stat status;
-    return ::lstat(path, &status) == 0 && S_ISREG(status.st_mode);
-}
-
-bool nameIsTaken(const char* path) {
-    struct stat status;
-    return ::lstat(path, &status) == 0;
-}
-
-class PosixFileService final : public iFileService {
-public:
-    // unlink, not remove: the latter takes empty folders as well.
-    bool deleteFile(const LightweightString<wchar_t>& path) override {
-        LightweightString<char> bytes;
-        return pathToUTF8(path, bytes) && ::unlink(bytes.c_str()) == 0;
-    }
-
-    bool moveFile(const LightweightString<wchar_t>& from, const LightweightString<wchar_t>& to,
-                  bool replace) override {
-        LightweightString<char> source;
-        LightweightString<char> target;
-        if (!pathToUTF8(from, source) || !pathToUTF8(to, target)) {
-            return false;
-        }
-        if (!isRegularFile(source.c_str()) || (!replace && nameIsTaken(target.c_str()))) {
-            return false;
-        }
-        return std::rename(source.c_str(), target.c_str()) == 0;
-    }
 };
 
 class AtomicRefCounts final : public iRefCountService {

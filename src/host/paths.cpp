@@ -1,14 +1,11 @@
 #include <vekdb/host/paths.h>
 
 #include <vekdb/host/text_util.h>
-
-#include <sys/stat.h>
+#include "host/posix/file_io.h"
 
 bool fileExists(const LightweightString<wchar_t>& path) {
     LightweightString<char> bytes;
-    struct stat status;
-    return pathToUTF8(path, bytes) && ::stat(bytes.c_str(), &status) == 0 &&
-           !S_ISDIR(status.st_mode);
+    return pathToUTF8(path, bytes) && FileIO::isThere(bytes.c_str());
 }
 
 LightweightString<wchar_t> stripPathAndExt(const LightweightString<wchar_t>& path) {

@@ -1,51 +1,29 @@
 #include "host/text_arrival.h"
 
 #include <vekdb/host/os.h>
-#include "host/file_io.h"
+#include "host/posix/file_io.h"
 
 #include <algorithm>
 #include <cerrno>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
-namespace {
-
-// 0 for what is no regular file.
-std::size_t sizeIn(const struct stat& status) {
-    return S_ISREG(status.st_mode) ? static_cast<std::size_t>(status.st_size) : 0;
-}
-
-std::size_t sizeOf(int file) {
-    struct stat status;
-    return ::fstat(file, &status) == 0 ? sizeIn(status) : 0;
-}
-
 // Only opening what is then read does no harm: a FIFO's writer takes notice of each reader.
-std::size_t sizeOf(const char* path) {
-    struct stat status;
-    return ::stat(path, &status) == 0 ? sizeIn(status) : 0;
-}
-
-}  // namespace
-
 Quor::Ptr<TextArrival> TextArrival::begin(const char* path) {
-    if (sizeOf(path) < Terms::leastBytes) {
+    if (FileIO::regularSize(path) < Terms::leastBytes) {
         return nullptr;
     }
     return beginOwn(FileIO::openToRead(path));
 }
 
 Quor::Ptr<TextArrival> TextArrival::begin(int file) {
-    if (sizeOf(file) < Terms::leastBytes) {
+    if (FileIO::regularSize(file) < Terms::leastBytes) {
         return nullptr;
     }
-    return beginOwn(::fcntl(file, F_DUPFD_CLOEXEC, 0));
+    return beginOwn(FileIO::systemCalls().duplicate(file));
 }
 
 Quor::Ptr<TextArrival> TextArrival::beginOwn(int opened) {
     FileIO::Descriptor file(opened);
-    const std::size_t size = file.get() < 0 ? 0 : sizeOf(file.get());
+    const std::size_t size = file.get() < 0 ? 0 : FileIO::regularSize(file.get());
     if (size < Terms::leastBytes || size > FileIO::memorySize()) {
         return nullptr;
     }

@@ -2,8 +2,8 @@
 
 #include <vekdb/host/ptr.h>
 #include <vekdb/host/text_block.h>
-#include "host/file_stamp.h"
-#include "host/pieces_ahead.h"
+#include "host/posix/file_stamp.h"
+#include "host/posix/pieces_ahead.h"
 
 #include <cstddef>
 #include <memory>

@@ -1,7 +1,7 @@
 #include <vekdb/host/text_block.h>
 
 #include <vekdb/host/exceptions.h>
-#include "host/large_pages.h"
+#include "host/posix/large_pages.h"
 
 #include <cassert>
 
@@ -26,7 +26,8 @@ Quor::Ptr<TextBlock> TextBlock::create(std::size_t bytes) {
 
 TextBlock::TextBlock(std::size_t bytes)
     : block_(allocate(withTerminator(LargePages::slackFor(bytes), bytes))),
-      data_(LargePages::startIn(block_, LargePages::slackFor(bytes))), size_(bytes) {
+      data_(LargePages::startIn(block_, LargePages::slackFor(bytes))),
+      size_(bytes) {
     data_[size_] = 0;
 }
 

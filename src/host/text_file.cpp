@@ -3,7 +3,7 @@
 #include <vekdb/host/exceptions.h>
 #include <vekdb/host/file_replacement.h>
 #include <vekdb/host/text_util.h>
-#include "host/file_io.h"
+#include "host/posix/file_io.h"
 #include "host/text_arrival.h"
 #include "host/text_departure.h"
 

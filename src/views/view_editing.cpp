@@ -48,7 +48,7 @@ int VDBViewRep::deleteTagged() {
     return eachRun(&VDBViewRep::tag, &VDBViewRep::deleteRecords);
 }
 
-int VDBViewRep::removeSome(RowTest test) {
+int VDBViewRep::removeSome(PositionTest test) {
     return eachRun(test, &VDBViewRep::removeRecordsFromBaseView);
 }
 
@@ -62,7 +62,7 @@ int VDBViewRep::removeNonTagged() {
 
 // Edits every unbroken run of rows that pass the test and adds up their lengths. The row that
 // ended a run is expected at the run's start when the edit is done, and not looked at again.
-int VDBViewRep::eachRun(RowTest test, void (VDBViewRep::*edit)(int at, int n)) {
+int VDBViewRep::eachRun(PositionTest test, void (VDBViewRep::*edit)(int at, int n)) {
     const Pin pin(*this);
     int rows = 0;
     int start = -1;

@@ -6,7 +6,7 @@
 #include <filesystem>
 
 #include <vekdb/host/os.h>
-#include "host/file_io.h"
+#include "host/posix/file_io.h"
 #include "testing/capture_diagnostics.h"
 #include "testing/print_strings.h"
 #include "testing/tables.h"
@@ -354,8 +354,12 @@ TEST_F(Container, AnAbsentOrEmptyAttributeGivesTheDefault) {
 }
 
 TEST_F(Container, IsPermanentOnlyWhereTheAttributeSaysSo) {
-    for (auto [value, expected] : {std::pair{"true", true}, {"T", true}, {"1", true},
-                                   {"false", false}, {"perhaps", false}, {"", false}}) {
+    for (auto [value, expected] : {std::pair{"true", true},
+                                   {"T", true},
+                                   {"1", true},
+                                   {"false", false},
+                                   {"perhaps", false},
+                                   {"", false}}) {
         Writer writer(binColumns());
         writer.setAttrib("Permanent", value);
         writer.save(path);

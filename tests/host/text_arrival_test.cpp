@@ -1,7 +1,7 @@
 #include "host/text_arrival.h"
 
 #include <vekdb/host/text_file.h>
-#include "host/file_io.h"
+#include "host/posix/file_io.h"
 #include "host/text_in_pieces.h"
 #include "testing/arrival.h"
 #include "testing/random.h"

@@ -1,5 +1,5 @@
 #include <vekdb/host/text_file.h>
-#include "host/file_io.h"
+#include "host/posix/file_io.h"
 #include "host/text_in_pieces.h"
 
 #include "testing/failing_allocator.h"

@@ -1,6 +1,6 @@
 // What can be loaded as a text file, and what cannot.
 #include <vekdb/host/text_file.h>
-#include "host/file_io.h"
+#include "host/posix/file_io.h"
 
 #include "testing/print_strings.h"
 #include "testing/temp_dir.h"

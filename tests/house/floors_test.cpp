@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 #include <regex>
+#include <set>
 
 #include "house/source_tree.h"
 
@@ -38,6 +39,69 @@ std::optional<std::size_t> heightOf(std::string_view path) {
     return static_cast<std::size_t>(floor - floors().begin());
 }
 
+struct Room {
+    std::string_view name;
+    std::vector<std::string_view> mayKnow;  // besides itself, the public headers and the host floor
+};
+
+// The rooms of the table's floor and the arrows between them; docs/architecture.md draws them.
+const std::vector<Room>& rooms() {
+    static const std::vector<Room> all = {
+        {"bytes", {}},
+        {"record", {"bytes"}},
+        {"lines", {"bytes", "record"}},
+        {"columns", {}},
+        {"order", {"record"}},
+        {"query", {"columns", "record"}},
+        {"rows", {"record"}},
+        {"table", {"bytes", "record", "lines", "columns", "order", "query", "rows"}},
+    };
+    return all;
+}
+
+// The room of a path under src/vekdb/ or tests/vekdb/, or nothing.
+const Room* roomOf(std::string_view path) {
+    for (const Room& room : rooms()) {
+        for (const char* floor : {"src/vekdb/", "tests/vekdb/"}) {
+            if (path.starts_with(floor + std::string(room.name) + "/")) {
+                return &room;
+            }
+        }
+    }
+    return nullptr;
+}
+
+// Public headers that are the table's: a room below it must do without them.
+bool isTablesHeader(std::string_view path) {
+    static const std::set<std::string_view> known = {
+        "include/vekdb/table.h", "include/vekdb/text_rows.h", "include/vekdb/vdb_base.h"};
+    return known.contains(path);
+}
+
+bool mayInclude(const Room& from, std::string_view target) {
+    const Room* to = roomOf(target);
+    if (to == nullptr) {
+        return from.name == "table" || !isTablesHeader(target);
+    }
+    return to->name == from.name ||
+           std::find(from.mayKnow.begin(), from.mayKnow.end(), to->name) != from.mayKnow.end();
+}
+
+std::vector<std::string> wrongIncludesOf(const SourceFile& file) {
+    std::vector<std::string> wrong;
+    const Room* room = roomOf(file.path);
+    for (const Include& include : includesOf(file)) {
+        if (room != nullptr && !mayInclude(*room, include.target)) {
+            wrong.push_back(include.where + " includes " + include.target);
+        }
+    }
+    return wrong;
+}
+
+SourceFile fileWith(const char* path, std::string_view line) {
+    return {path, std::string(line), {line}};
+}
+
 const SourceFile* findSource(const std::string& path) {
     for (const SourceFile& file : allSources()) {
         if (file.path == path) {
@@ -56,6 +120,72 @@ TEST(Floors, AFileIncludesOnlyFromItsOwnFloorAndThoseBelow) {
             auto height = heightOf(include.target);
             if (!height || *height > *heightOf(file->path)) {
                 wrong.push_back(include.where + " includes " + include.target);
+            }
+        }
+    }
+    EXPECT_THAT(wrong, IsEmpty());
+}
+
+TEST(Floors, EverySourceOfTheTablesFloorStandsInARoom) {
+    std::vector<std::string> wrong;
+    for (const SourceFile* file : sourcesOf("vekdb")) {
+        if (file->path.starts_with("src/") && roomOf(file->path) == nullptr) {
+            wrong.push_back(file->path);
+        }
+    }
+    EXPECT_THAT(wrong, IsEmpty());
+}
+
+TEST(Floors, ARoomIncludesOnlyFromTheRoomsItMayKnow) {
+    std::vector<std::string> wrong;
+    for (const SourceFile* file : sourcesOf("vekdb")) {
+        const auto found = wrongIncludesOf(*file);
+        wrong.insert(wrong.end(), found.begin(), found.end());
+    }
+    EXPECT_THAT(wrong, IsEmpty());
+}
+
+TEST(Floors, AWrongIncludeOfARoomIsSeen) {
+    for (const char* line : {"#include \"vekdb/rows/rows.h\"", "#include <vekdb/table.h>",
+                             "#include \"vekdb/table/table_parts.h\""}) {
+        EXPECT_EQ(1u, wrongIncludesOf(fileWith("src/vekdb/query/x.cpp", line)).size()) << line;
+    }
+    for (const char* line : {"#include \"vekdb/columns/columns.h\"", "#include <vekdb/record.h>"}) {
+        EXPECT_THAT(wrongIncludesOf(fileWith("src/vekdb/query/x.cpp", line)), IsEmpty());
+    }
+}
+
+// What takes lines apart, compares rows and asks them is tried on records of its own.
+TEST(Floors, LinesOrderAndQueryAreTestedWithoutATable) {
+    std::vector<std::string> wrong;
+    for (const SourceFile* file : sourcesOf("tests")) {
+        for (const char* room : {"lines", "order", "query"}) {
+            if (!file->path.starts_with(std::string("tests/vekdb/") + room + "/")) {
+                continue;
+            }
+            const auto found = wrongIncludesOf(*file);
+            wrong.insert(wrong.end(), found.begin(), found.end());
+            for (const char* helper : {"testing/tables.h", "testing/table_files.h"}) {
+                if (file->text.find(helper) != std::string::npos) {
+                    wrong.push_back(file->path + " includes " + helper);
+                }
+            }
+        }
+    }
+    EXPECT_THAT(wrong, IsEmpty());
+}
+
+TEST(Floors, OnlyOneRoomOfTheHostAsksTheOperatingSystem) {
+    static const std::regex system(
+        "#\\s*include\\s*<(sys/|net/|arpa/|aio\\.h|dirent\\.h|dlfcn\\.h|fcntl\\.h|poll\\.h|"
+        "pthread\\.h|pwd\\.h|sched\\.h|signal\\.h|csignal|spawn\\.h|termios\\.h|unistd\\.h)");
+    std::vector<std::string> wrong;
+    for (const SourceFile* file : librarySources()) {
+        for (std::size_t i = 0; i < file->lines.size(); ++i) {
+            const auto& line = file->lines[i];
+            if (!file->path.starts_with("src/host/posix/") &&
+                std::regex_search(line.begin(), line.end(), system)) {
+                wrong.push_back(file->at(i) + " " + std::string(line));
             }
         }
     }

@@ -3,7 +3,7 @@
 #include <cstddef>
 
 #include <vekdb/host/os.h>
-#include "host/file_io.h"
+#include "host/posix/file_io.h"
 #include "host/text_arrival.h"
 
 #include <unistd.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/file_io.h"
+#include "host/posix/file_io.h"
 
 #include <cerrno>
 #include <filesystem>

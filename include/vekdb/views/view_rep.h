@@ -42,7 +42,7 @@ struct ViewParts;
 /// can hit other records than the ones shown. Delete through a view that reads the table itself.
 class VEKDB_PUBLIC VDBViewRep : public VDBBase, public Notifier {
 public:
-    using RowTest = bool (VDBViewRep::*)(int);
+    using PositionTest = bool (VDBViewRep::*)(int);
 
     /// A view without rows and with all columns of the table. Null gives a view without source.
     explicit VDBViewRep(vekdb* table);
@@ -191,7 +191,7 @@ public:
     void remove(int at, int n);
     /// Takes the rows that pass the test out of the lowest view of the stack, and so out of
     /// every view above it.
-    int removeSome(RowTest test);
+    int removeSome(PositionTest test);
     int removeTagged();     ///< `removeSome` of the tagged rows
     int removeNonTagged();  ///< `removeSome` of the others
     /// Takes n rows from `at` on out of the lowest view of the stack.
@@ -311,7 +311,7 @@ private:
     int showMatchesSingly(const CookieVec& list, int at);
     int showOneByOne(const unsigned* sourceRows, int n, int at);
 
-    int eachRun(RowTest test, void (VDBViewRep::*edit)(int at, int n));
+    int eachRun(PositionTest test, void (VDBViewRep::*edit)(int at, int n));
     struct Removals;
     void dropSourceRow(unsigned target, unsigned earlier, Removals& removals);
     void tell(const NotifyMsg& message, int type);

@@ -17,7 +17,7 @@ std::string_view withoutLast(std::string_view line, char last) {
     return line;
 }
 
-void storeStrings(const LineScanner& found, dbrecord& record) {
+void storeStrings(const FieldUnescaper& found, dbrecord& record) {
     RecordAccess::drop(record);
     for (unsigned i = 0; i < found.count(); ++i) {
         RecordAccess::append(record, found.value(i));
@@ -122,7 +122,7 @@ std::string_view TextLines::nextLine() {
 }
 
 LineScan TextLines::read(dbrecord& record) {
-    while (arrival_ && end_ - at_ < QuotedLine::mostLookedAt) awaitMore();
+    while (arrival_ && end_ - at_ < PlainLine::mostLookedAt) awaitMore();
     if (at_ != end_) ++read_;
     if (quoted_.recognise(at_, end_)) return cutUp(record);
     const std::string_view line = nextLine();
@@ -131,7 +131,8 @@ LineScan TextLines::read(dbrecord& record) {
 
 LineScan TextLines::cutUp(dbrecord& record) {
     const auto offset = static_cast<std::uint64_t>(at_ - store_->text());
-    LineSlices* slices = store_->openSlices(quoted_.mostValues(), offset + 1, QuotedLine::gap);
+    LineSlices* slices =
+        store_->openSlices(quoted_.mostValues(), offset + 1, LineSlices::quotedGap);
     const unsigned count = quoted_.cutUp(at_, slices->next());
     store_->closeSlices(slices, count);
     at_ += quoted_.fullSize();

@@ -7,8 +7,8 @@
 
 #include <vekdb/host/ptr.h>
 #include "host/text_arrival.h"
-#include "vekdb/lines/line_scanner.h"
-#include "vekdb/lines/quoted_line.h"
+#include "vekdb/lines/field_unescaping.h"
+#include "vekdb/lines/plain_line.h"
 
 class LineStore;
 struct LineSlices;
@@ -48,7 +48,7 @@ private:
 
     TextFile& file_;
     std::vector<char> values_;
-    LineScanner scanner_;
+    FieldUnescaper scanner_;
 };
 
 /// The lines of a file from its current line on; the file gives its text up. Values are ended
@@ -93,6 +93,6 @@ private:
     bool marks_;
     bool hasRead_ = false;
     std::size_t read_ = 0;  // lines
-    QuotedLine quoted_;
-    LineScanner scanner_;
+    PlainLine quoted_;
+    FieldUnescaper scanner_;
 };

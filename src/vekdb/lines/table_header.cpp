@@ -7,7 +7,7 @@
 #include <vekdb/host/text_file.h>
 #include <vekdb/host/text_util.h>
 #include "host/text_in_pieces.h"
-#include "vekdb/lines/line_scanner.h"
+#include "vekdb/lines/field_unescaping.h"
 #include "vekdb/lines/record_lines.h"
 #include "vekdb/lines/table_text.h"
 
@@ -28,15 +28,6 @@ bool hasColon(std::string_view value) {
 std::string_view withoutLeadingSpace(std::string_view text) {
     while (!text.empty() && isAsciiSpace(text.front())) text.remove_prefix(1);
     return text;
-}
-
-// Stores what stands before the first colon and what stands behind it. A parameter without a
-// name is passed over.
-void storeParameter(Parameters& parameters, std::string_view text) {
-    text = withoutLeadingSpace(text);
-    const std::size_t colon = text.find(':');
-    if (colon == 0) return;
-    parameters.append(text.substr(0, colon), withoutLeadingSpace(text.substr(colon + 1)));
 }
 
 int revisionOf(std::string_view value) {
@@ -78,7 +69,7 @@ bool TableHeader::mayBegin() const {
     const std::size_t end = text.find_first_of(std::string_view("\n\0", 2));
     const std::string_view line = text.substr(0, std::min(end, mostToTell));
     std::vector<char> values(line.size() + 1);
-    LineScanner scanner;
+    FieldUnescaper scanner;
     scanner.scan(line, values.data());
     const std::string_view value = scanner.count() == 0 ? "" : scanner.value(0);
     const bool isCut = line.size() < file_.textSize() && line.size() != end;
@@ -86,20 +77,29 @@ bool TableHeader::mayBegin() const {
 }
 
 TableHeader::Block TableHeader::readParameters() {
-    parts_.parameters.clear();
+    receiver_.beginParameters();
     readLine();
     if (!startsBlock(first())) return Block::missing;
-    storeParameter(parts_.parameters, first());
-    parts_.revision = readRevision(parts_.parameters.value(0), file_);
+    storeParameter();
+    receiver_.setRevision(readRevision(first().substr(blockStart.size()), file_));
     return readFurtherParameters();
+}
+
+// What stands before the first colon and what stands behind it. A parameter without a name is
+// passed over.
+void TableHeader::storeParameter() {
+    const std::string_view text = withoutLeadingSpace(first());
+    const std::size_t colon = text.find(':');
+    if (colon == 0) return;
+    receiver_.addParameter(text.substr(0, colon), withoutLeadingSpace(text.substr(colon + 1)));
 }
 
 TableHeader::Block TableHeader::readFurtherParameters() {
     while (hasLine()) {
         readLine();
-        if (isMagic(first())) return Block::magic;
+        if (isMagicName(first())) return Block::magic;
         if (!hasColon(first())) return endWithoutColon();
-        storeParameter(parts_.parameters, first());
+        storeParameter();
     }
     return Block::broken;
 }
@@ -116,7 +116,7 @@ bool TableHeader::magicFollows() {
     bool found = false;
     while (!found && hasLine()) {
         lines.read(line);
-        found = isMagic(line.fieldView(0));
+        found = isMagicName(line.fieldView(0));
     }
     file_.currentLine = place;
     return found;
@@ -136,48 +136,40 @@ bool TableHeader::readColumns(bool requireMagic) {
             break;
     }
     if (!read) return false;
-    parts_.timecodeColumns.push_back(-1);
-    parts_.valid = true;
+    receiver_.endTypes();
     nameColumns();
     return true;
 }
 
 bool TableHeader::readColumnHeader() {
-    Columns& columns = parts_.columns;
     const std::size_t widths = readLine();
-    columns.setCount(static_cast<unsigned>(std::min<std::size_t>(widths, Columns::most)));
+    columns_ = receiver_.announceColumns(widths);
     if (readLine() != widths) return refuse(3);
-    columns.makePlaces();
-    for (unsigned i = 0; i < columns.count(); ++i) {
+    receiver_.makeColumns();
+    for (unsigned i = 0; i < columns_; ++i) {
         const char* type = line_.get_field(static_cast<unsigned short>(i));
-        table_.set_fieldtype(i, vekdb_string_to_fieldtype(type));
+        receiver_.setType(i, vekdb_string_to_fieldtype(type));
     }
     return readLine() == widths || refuse(4);
 }
 
 bool TableHeader::refuse(int line) {
-    table_.fill_error_info(3, line, 0, 0);
+    receiver_.refuse(line);
     return false;
 }
 
 // Without a header the names tell which columns hold timecodes.
 bool TableHeader::takeNamesOnly() {
-    Columns& columns = parts_.columns;
-    columns.setCount(line_.get_num_fields());
-    columns.makePlaces();
-    for (unsigned i = 0; i < columns.count(); ++i) {
-        if (isLabelName(line_.getField(static_cast<unsigned short>(i)))) {
-            table_.set_fieldtype(i, DBFieldTypes::timecode);
-            parts_.timecodeColumns.push_back(static_cast<int>(i));
-        } else {
-            columns.setType(i, DBFieldTypes::text);
-        }
+    columns_ = receiver_.announceColumns(line_.get_num_fields());
+    receiver_.makeColumns();
+    for (unsigned i = 0; i < columns_; ++i) {
+        receiver_.guessType(i, isLabelName(line_.getField(static_cast<unsigned short>(i))));
     }
     return true;
 }
 
 void TableHeader::nameColumns() {
-    for (unsigned i = 0; i < parts_.columns.count(); ++i) {
-        table_.set_fieldname(i, line_.get_field(static_cast<unsigned short>(i)));
+    for (unsigned i = 0; i < columns_; ++i) {
+        receiver_.setName(i, line_.get_field(static_cast<unsigned short>(i)));
     }
 }

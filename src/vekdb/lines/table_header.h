@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstddef>
+#include <string_view>
+
 #include <vekdb/record.h>
-#include <vekdb/table.h>
-#include "vekdb/table/table_parts.h"
+#include "vekdb/lines/header_receiver.h"
 
 class TextFile;
 
@@ -17,15 +19,16 @@ public:
         broken,   ///< at the end of the file, or a magic line follows a line without a colon
     };
 
-    TableHeader(vekdb& table, TableParts& parts, TextFile& file, dbrecord& line)
-        : table_(table), parts_(parts), file_(file), line_(line) {}
+    /// `line` holds the line read last.
+    TableHeader(TextFile& file, dbrecord& line, HeaderReceiver& receiver)
+        : file_(file), line_(line), receiver_(receiver) {}
 
     /// Whether the file may begin with parameters, as far as the beginning of its text tells:
     /// one of another kind is not read on for the end of its first line.
     bool mayBegin() const;
     Block readParameters();
-    /// Sets the columns up. False: the file is not one to be loaded, and an error is set where
-    /// the header's lines do not fit together.
+    /// Parameters and columns. False: the file is not one to be loaded, which the receiver was told
+    /// where the header's lines do not fit together.
     bool readColumns(bool requireMagic);
 
 private:
@@ -35,13 +38,14 @@ private:
     Block readFurtherParameters();
     Block endWithoutColon();
     bool magicFollows();
+    void storeParameter();
     bool readColumnHeader();
     bool takeNamesOnly();
     bool refuse(int line);
     void nameColumns();
 
-    vekdb& table_;
-    TableParts& parts_;
     TextFile& file_;
     dbrecord& line_;
+    HeaderReceiver& receiver_;
+    unsigned columns_ = 0;
 };

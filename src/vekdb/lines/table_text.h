@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "vekdb/columns/columns.h"
+#include "host/names.h"
 
 class TextFile;
 
@@ -11,7 +11,9 @@ constexpr int currentRevision = 1;
 
 /// True for the first value of the line behind the parameters, and of one that stands again
 /// among the records.
-inline bool isMagic(std::string_view value) { return NameEqual::same(value, "VEKDB"); }
+inline bool isMagicName(std::string_view value) {
+    return NameEqual::same(value, "VEKDB");
+}
 
 /// Writes the line of one parameter. Nothing in it is escaped.
 void appendParameter(TextFile& file, std::string_view name, std::string_view value);

@@ -4,7 +4,7 @@
 #include <bit>
 
 #include <vekdb/host/os.h>
-#include "host/large_pages.h"
+#include "host/posix/large_pages.h"
 #include "vekdb/record/record_access.h"
 
 namespace {
@@ -34,7 +34,9 @@ SortKeys::SortKeys(const dbrecord* const* records, std::size_t n, bool descendin
     numberBytes();
 }
 
-SortKeys::~SortKeys() { OS()->allocator()->free(bytes_); }
+SortKeys::~SortKeys() {
+    OS()->allocator()->free(bytes_);
+}
 
 void SortKeys::makeRoom(std::size_t used) {
     if (room_ - used >= RecordKey::largest) return;

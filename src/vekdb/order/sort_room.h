@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <memory>
 
-#include "host/large_pages.h"
+#include "host/posix/large_pages.h"
 
 /// Room for `n` items of a sort, which is about to fill it.
 template <class Item>

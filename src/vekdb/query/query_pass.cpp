@@ -1,13 +1,8 @@
 #include "vekdb/query/query_pass.h"
 
-#include <vekdb/vdb_base.h>
 #include "vekdb/columns/special_labels.h"
 
-LabelColumns labelColumns(const VDBBase& table, const SpecialLabelPair& pair) {
-    return {table.get_fieldnum(pair.start), table.get_fieldnum(pair.end)};
-}
-
-QueryPass::QueryPass(const VDBBase& table, const Query& query, const Columns& columns)
+QueryPass::QueryPass(const Query& query, const Columns& columns, const FindColumn& find)
     : flags_(query.searchFlags()) {
     for (unsigned column : query.asked()) {
         if (column >= columns.count()) break;
@@ -20,7 +15,7 @@ QueryPass::QueryPass(const VDBBase& table, const Query& query, const Columns& co
         // A column that was renamed since it was marked matches whatever is asked.
         const SpecialLabelPair* pair = specialLabelPair(columns.name(column).view());
         if (pair == nullptr) continue;
-        ranges_.push_back({labelColumns(table, *pair), rangeText(*query.of(column))});
+        ranges_.push_back({labelColumns(find, *pair), rangeText(*query.of(column))});
     }
 }
 

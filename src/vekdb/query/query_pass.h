@@ -5,28 +5,18 @@
 #include <vector>
 
 #include "vekdb/columns/columns.h"
+#include "vekdb/query/label_range.h"
 #include "vekdb/query/query.h"
 #include "vekdb/query/value_match.h"
 #include "vekdb/record/record_access.h"
 
-class VDBBase;
 class dbrecord;
-struct SpecialLabelPair;
-
-/// The two columns of a pair as the table has them.
-LabelColumns labelColumns(const VDBBase& table, const SpecialLabelPair& pair);
-
-/// Whether the range from one column to the other holds a text.
-struct RangeQuestion {
-    LabelColumns columns;
-    std::string_view text;
-};
 
 /// A query made ready for one pass over the rows, in which neither the columns nor the query
 /// change: what it asks of each column, with the pairs of columns looked up.
 class QueryPass {
 public:
-    QueryPass(const VDBBase& table, const Query& query, const Columns& columns);
+    QueryPass(const Query& query, const Columns& columns, const FindColumn& find);
 
     bool matches(const dbrecord& record) const {
         for (const RangeQuestion& range : ranges_) {

@@ -27,7 +27,3 @@ bool digitsMatch(std::string_view value, const TextSearch::Criteria& criteria, u
     char buffer[time_def::maxForm];
     return TextSearch::match(time_def::punctuatedForm(value, buffer), criteria, flags);
 }
-
-std::string_view rangeText(const TextSearch::Criteria& criteria) {
-    return criteria.getCriterion(0).text().c_str();
-}

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "host/large_pages.h"
+#include "host/posix/large_pages.h"
 #include "vekdb/record/line_store.h"
 
 #if defined(__SSE2__)

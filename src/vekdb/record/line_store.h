@@ -19,6 +19,8 @@ class LineStore;
 struct LineSlices {
     /// The lines whose values lie further than this from the first one become strings.
     static constexpr std::size_t farthest = 0xFFFF;
+    /// Between values that stand as they were quoted: quote, comma, quote.
+    static constexpr unsigned quotedGap = 3;
 
     static std::size_t bytesFor(unsigned values) {
         return sizeof(LineSlices) + values * sizeof(std::uint16_t);

@@ -4,11 +4,9 @@
 #include <cstring>
 #include <utility>
 
-#include <vekdb/host/config.h>
 #include <vekdb/host/text_util.h>
-#include <vekdb/table.h>
 #include "host/decimal_text.h"
-#include "vekdb/lines/line_bytes.h"
+#include "vekdb/bytes/line_bytes.h"
 #include "vekdb/record/record_access.h"
 #include "vekdb/record/record_strings.h"
 
@@ -80,7 +78,12 @@ void dbrecord::clear() {
 
 void dbrecord::markChanged() {
     changed_ = true;
-    if (container_ != nullptr) container_->noteModified();
+    if (owner_ != nullptr) owner_->recordChanged();
+}
+
+void dbrecord::markRead() {
+    changed_ = true;
+    if (owner_ != nullptr) owner_->recordRead();
 }
 
 // The record's strings with room for `atLeast` values. Room doubles, so that a row which is
@@ -257,62 +260,4 @@ void RecordAccess::append(dbrecord& record, std::string_view value) {
 
 void RecordAccess::place(dbrecord& record, unsigned index, String value) {
     record.store(index, std::move(value));
-}
-
-namespace {
-
-struct SettingsKey {
-    const char* field;
-    const char* key;
-    bool reel;  // only where reels may be edited
-};
-
-// The names of a log's columns and the settings of a clip that they fill.
-constexpr SettingsKey settingsKeys[] = {
-    {"notes", "notes", false},      {"who", "who", false},
-    {"scene", "scene", false},      {"description", "description", false},
-    {"shot", "shot", false},        {"reel", "reelid", false},
-    {"snd reel", "reelid1", true},  {"24P reel", "24P_reel", true},
-    {"cam reel", "camreel", true},  {"comp reel", "comp_reel", true},
-    {"lab reel", "lab_reel", true},
-};
-
-bool reelFieldsEditable() {
-    static const bool editable =
-        config_int("dbv_reel_field_editable", 1, INT32_MIN, INT32_MAX) != 0;
-    return editable;
-}
-
-const SettingsKey* settingsKeyFor(const char* field, bool reels) {
-    for (const SettingsKey& entry : settingsKeys) {
-        if ((reels || !entry.reel) && String::icompare(field, entry.field) == 0) return &entry;
-    }
-    return nullptr;
-}
-
-strp_field settingOf(const String& value) {
-    strp_field setting;
-    setting.set(value);
-    return setting;
-}
-
-}  // namespace
-
-int dbrecord::update(configb* settings) const {
-    const bool reels = reelFieldsEditable();
-    if (container_ == nullptr || settings == nullptr) return 0;
-    unsigned name = container_->get_fieldnum("name");
-    if (name == 0xFFFFFFFF) return 0;
-    strp_field clip = settingOf(getField(static_cast<unsigned short>(name)));
-    settings->set("slate/take", clip);
-    settings->set("name", clip);
-
-    int copied = 0;
-    for (unsigned i = 0; i < count_; ++i) {
-        const SettingsKey* entry = settingsKeyFor(container_->get_fieldname(i), reels);
-        if (entry == nullptr) continue;
-        settings->set(entry->key, settingOf(getField(static_cast<unsigned short>(i))));
-        ++copied;
-    }
-    return copied;
 }

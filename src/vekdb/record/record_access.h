@@ -38,6 +38,10 @@ public:
     static void markListed(dbrecord& record) { record.isListed_ = true; }
     static void setChanged(const dbrecord& record, bool changed) { record.changed_ = changed; }
 
+    /// What `set_container` does, for whoever knows the table as an owner alone.
+    static void setOwner(dbrecord& record, RecordOwner* owner) { record.owner_ = owner; }
+    static const RecordOwner* owner(const dbrecord& record) { return record.owner_; }
+
     /// What reading a line does to a record that it filled: the record is changed, its table
     /// modified and stamped.
     static void markRead(dbrecord& record) { record.markRead(); }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <new>
 
-#include "host/large_pages.h"
+#include "host/posix/large_pages.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #define VEKDB_POISON 1

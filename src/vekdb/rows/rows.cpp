@@ -5,7 +5,7 @@
 
 #include <vekdb/host/exceptions.h>
 #include <vekdb/host/os.h>
-#include "host/large_pages.h"
+#include "host/posix/large_pages.h"
 #include "vekdb/record/record_access.h"
 
 namespace {
@@ -146,10 +146,14 @@ unsigned Rows::newRow(unsigned raw) const {
     return found == end ? none : static_cast<unsigned>(found - tagged_);
 }
 
-Rows::Piece Rows::shownFrom(unsigned position) const {
+RecordRun Rows::shownFrom(unsigned position) const {
     if (tagsOnly_ != 0) return {tagged_ + position, taggedCount_ - position};
     if (position < gapAt_) return {slots_ + position, gapAt_ - position};
     return {slots_ + gap_ + position, count_ - position};
+}
+
+RowsInOrder Rows::inOrder() const {
+    return {{{slots_, gapAt_}, {slots_ + gapAt_ + gap_, count_ - gapAt_}}, order_};
 }
 
 unsigned Rows::rawRow(unsigned shown) const {

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "vekdb/record/record_pool.h"
+#include "vekdb/record/record_run.h"
 
 /// The rows of a table in order, and which of them are shown while only tagged rows are.
 ///
@@ -34,11 +35,9 @@ public:
         return tagsOnly_ != 0 ? tagged_[position] : at(position);
     }
     /// Shown rows that stand behind each other, from a position below their count on.
-    struct Piece {
-        dbrecord* const* records;
-        unsigned count;
-    };
-    Piece shownFrom(unsigned position) const;
+    RecordRun shownFrom(unsigned position) const;
+    /// All rows, those that are not shown included.
+    RowsInOrder inOrder() const;
     unsigned newRow(unsigned raw) const;
     unsigned rawRow(unsigned shown) const;
 
@@ -60,8 +59,6 @@ public:
     void erase(unsigned first, unsigned n);
     /// The rows as one array of `count()`, for reordering in place.
     dbrecord** inOneArray();
-    /// Another number whenever a row may have another place than before.
-    std::uint64_t order() const { return order_; }
 
     /// Destroys all rows and returns to capacity 0.
     void release();

@@ -3,6 +3,7 @@
 
 #include <vekdb/host/config.h>
 #include <vekdb/table.h>
+#include "vekdb/columns/display_widths.h"
 #include "vekdb/record/record_access.h"
 #include "vekdb/rows/field_sizes.h"
 #include "vekdb/table/table_parts.h"
@@ -17,7 +18,9 @@ bool ampersandsAreRemoved() {
 
 }  // namespace
 
-unsigned vekdb::get_num_fields() const { return parts().columns.count(); }
+unsigned vekdb::get_num_fields() const {
+    return parts().columns.count();
+}
 
 const char* vekdb::get_fieldname(unsigned field) const {
     return parts().columns.name(field).c_str();
@@ -99,4 +102,8 @@ bool vekdb::sameColumns(const vekdb* other) const {
         if (std::strcmp(get_fieldname(i), other->get_fieldname(i)) != 0) return false;
     }
     return true;
+}
+
+std::int32_t vekdb::getMinFieldSize(const char* name) {
+    return minimumDisplayWidth(name);
 }

@@ -164,9 +164,6 @@ std::time_t vekdb::get_creation_time() const {
 std::time_t vekdb::get_modification_time() const {
     return parts().modificationTime;
 }
-void vekdb::noteModified() {
-    parts().modified = true;
-}
 
 void vekdb::set_filename(LightweightString<wchar_t> name) {
     parts().fileName = name;

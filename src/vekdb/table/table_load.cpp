@@ -8,11 +8,12 @@
 #include <vekdb/table.h>
 #include "host/text_arrival.h"
 #include "host/text_in_pieces.h"
-#include "vekdb/lines/plain_csv.h"
 #include "vekdb/lines/record_lines.h"
-#include "vekdb/lines/record_loader.h"
-#include "vekdb/lines/row_sieve.h"
 #include "vekdb/lines/table_header.h"
+#include "vekdb/table/loaded_header.h"
+#include "vekdb/table/loaded_rows.h"
+#include "vekdb/table/plain_csv.h"
+#include "vekdb/table/row_sieve.h"
 #include "vekdb/table/table_parts.h"
 
 namespace {
@@ -96,15 +97,16 @@ bool vekdb::fillWhileReading(const Load& load) {
 }
 
 void vekdb::fillFrom(TextFile& file, const Load& load) {
-    dbrecord header(headerRoom);
-    TableHeader reader(*this, parts(), file, header);
+    dbrecord line(headerRoom);
+    LoadedHeader header(*this, parts());
+    TableHeader reader(file, line, header);
     if (!reader.mayBegin()) return;
     if (!reader.readColumns(load.requireMagic)) return TextInPieces::awaitAll(file);
     post_init();
     const RowSieve sieve(load.choice, *this, parts());
     // Records that nobody has seen yet are not marked as changed in the first place.
     TextLines lines(file, TextLines::Mark::none);
-    const unsigned rows = RecordLoader(*this, parts(), lines, sieve, false).load(load.maxRecords);
+    const unsigned rows = LoadedRows(*this, parts(), sieve).readFrom(lines, false, load.maxRecords);
     lines.awaitAll();
     parts().loadedWhole = lines.areAll(rows);
     if (lines.hasRead()) parts().modificationTime = std::time(nullptr);
@@ -112,17 +114,20 @@ void vekdb::fillFrom(TextFile& file, const Load& load) {
 }
 
 int vekdb::read_params(TextFile& file, dbrecord& header) {
-    return static_cast<int>(TableHeader(*this, parts(), file, header).readParameters());
+    LoadedHeader receiver(*this, parts());
+    return static_cast<int>(TableHeader(file, header, receiver).readParameters());
 }
 
 unsigned vekdb::add_text(TextFile& file, int skipFirst, int maxRecords) {
     FileLines lines(file);
-    return RecordLoader(*this, parts(), lines, RowSieve(), skipFirst != 0).load(maxRecords);
+    const RowSieve all;
+    return LoadedRows(*this, parts(), all).readFrom(lines, skipFirst != 0, maxRecords);
 }
 
 unsigned vekdb::load_text(int maxRecords) {
     TextFile file;
     if (!file.load(parts().fileName, '\n', false)) return 0;
     TextLines lines(file, TextLines::Mark::asRead);
-    return RecordLoader(*this, parts(), lines, RowSieve(), true).load(maxRecords);
+    const RowSieve all;
+    return LoadedRows(*this, parts(), all).readFrom(lines, true, maxRecords);
 }

@@ -5,7 +5,7 @@
 
 #include <vekdb/host/cookie.h>
 #include <vekdb/table.h>
-#include "vekdb/query/value_reader.h"
+#include "vekdb/table/shown_value.h"
 #include "vekdb/table/table_parts.h"
 
 namespace {
@@ -45,7 +45,7 @@ void vekdb::enterCookieRows() {
     const unsigned column = get_fieldnum("cookie");
     if (column > Columns::most) return;
     const unsigned count = get_num_records();
-    ValueReader value(*this, mayBeOverridden());
+    ShownValue value(*this, mayBeOverridden());
     CookieRows entered;
     entered.reserve(count);
     std::array<Quor::UUID, 32> ids;

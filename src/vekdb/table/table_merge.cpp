@@ -4,7 +4,8 @@
 #include <vekdb/host/timecode.h>
 #include <vekdb/table.h>
 #include "vekdb/order/record_compare.h"
-#include "vekdb/query/value_reader.h"
+#include "vekdb/record/record_access.h"
+#include "vekdb/table/shown_value.h"
 #include "vekdb/table/table_parts.h"
 
 namespace {
@@ -55,8 +56,8 @@ void vekdb::appendCopies(VDBBase& source, const std::vector<ColumnCopy>& columns
         const unsigned target = atOnce ? first + row : add_records(1);
         if (static_cast<int>(target) < 0) return;
         for (const ColumnCopy& column : columns) {
-            const String value = convertedValue(source.getField(row, column.from),
-                                                column.fromType, column.toType);
+            const String value =
+                convertedValue(source.getField(row, column.from), column.fromType, column.toType);
             set_field(target, column.to, value.c_str());
         }
     }
@@ -83,7 +84,7 @@ unsigned vekdb::add_vekdb(vekdb* source) {
     rows.cover(std::uint64_t{rows.count()} + count);
     for (unsigned i = 0; i < count; ++i) {
         dbrecord* record = rows.pool().create(*others.at(i));
-        record->set_container(this);
+        RecordAccess::setOwner(*record, this);
         rows.append(record);
     }
     return count;
@@ -95,7 +96,7 @@ unsigned vekdb::tag_all_different(int field) {
     set_show_tags_only(0);
     set_sortfield(field);
     sort(1, 0);
-    ValueReader valueOf(*this, mayBeOverridden());
+    ShownValue valueOf(*this, mayBeOverridden());
     std::string previous;
     for (unsigned row = 0; row < get_num_records(); ++row) {
         const std::string_view value = valueOf(row, static_cast<unsigned>(field));

@@ -10,7 +10,9 @@ using String = LightweightString<char>;
 
 }  // namespace
 
-unsigned vekdb::find_param(const char* name) const { return parts().parameters.find(name); }
+unsigned vekdb::find_param(const char* name) const {
+    return parts().parameters.find(name);
+}
 
 const char* vekdb::get_param_val(const char* name) {
     unsigned slot = find_param(name);
@@ -24,14 +26,14 @@ unsigned vekdb::add_param(const char* name, const char* value) {
     if (slot != Parameters::none) {
         if (String::compare(parameters.value(slot), value) == 0) return 0;
         parameters.replace(slot, value);
-        noteModified();
+        recordChanged();
         return 0;
     }
     if (parameters.count() == 0) parameters.append(revisionName, revisionText);
     if (String::compare(name, revisionName) == 0) return Parameters::none;
     if (parameters.count() >= Parameters::most) return Parameters::none;
     parameters.append(name, value);
-    noteModified();
+    recordChanged();
     return 0;
 }
 
@@ -39,6 +41,12 @@ unsigned vekdb::set_param_val(const char* name, const char* value) {
     return add_param(name, value);
 }
 
-unsigned vekdb::get_num_params() const { return parts().parameters.count(); }
-const char* vekdb::get_param_name(unsigned slot) const { return parts().parameters.name(slot); }
-const char* vekdb::get_param_text(unsigned slot) const { return parts().parameters.value(slot); }
+unsigned vekdb::get_num_params() const {
+    return parts().parameters.count();
+}
+const char* vekdb::get_param_name(unsigned slot) const {
+    return parts().parameters.name(slot);
+}
+const char* vekdb::get_param_text(unsigned slot) const {
+    return parts().parameters.value(slot);
+}

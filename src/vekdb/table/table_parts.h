@@ -7,8 +7,8 @@
 #include <vekdb/table.h>
 #include "vekdb/columns/columns.h"
 #include "vekdb/order/sort_settings.h"
+#include "vekdb/query/label_range_keys.h"
 #include "vekdb/query/query.h"
-#include "vekdb/query/range_keys.h"
 #include "vekdb/rows/cookie_rows.h"
 #include "vekdb/rows/rows.h"
 #include "vekdb/table/parameters.h"
@@ -24,7 +24,7 @@ struct TableParts {
     SortSettings sort;
     UpdateBatch updates;
     Query query;
-    RangeKeys rangeKeys;
+    LabelRangeKeys rangeKeys;
     CookieRows cookieRows;
     // The longest values of all columns, while a header that asks for each is being written.
     const std::vector<unsigned>* knownSizes = nullptr;

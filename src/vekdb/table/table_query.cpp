@@ -5,20 +5,23 @@
 #include "vekdb/query/query_pass.h"
 #include "vekdb/query/value_match.h"
 #include "vekdb/record/record_access.h"
-#include "vekdb/rows/row_ahead.h"
+#include "vekdb/record/row_ahead.h"
+#include "vekdb/table/column_finder.h"
 #include "vekdb/table/table_parts.h"
 
 /// Only for a table of a class of its own may an operation be another's, so that every call must
 /// go where it would be seen.
-bool vekdb::mayBeOverridden() const { return typeid(*this) != typeid(vekdb); }
+bool vekdb::mayBeOverridden() const {
+    return typeid(*this) != typeid(vekdb);
+}
 
 void vekdb::set_query(dbrecord* query) {
     if (query == nullptr || get_num_fields() > query->get_num_fields()) return;
     std::vector<TextSearch::Criteria> criteria;
     criteria.reserve(query->get_num_fields());
     for (unsigned i = 0; i < query->get_num_fields(); ++i) {
-        criteria.emplace_back(TextSearch::Criterion(
-            query->getField(static_cast<unsigned short>(i)), TextSearch::eMatchContains));
+        criteria.emplace_back(TextSearch::Criterion(query->getField(static_cast<unsigned short>(i)),
+                                                    TextSearch::eMatchContains));
     }
     setQuery(criteria);
 }
@@ -75,7 +78,7 @@ int vekdb::found_in_special_label_field(dbrecord* record, int field) const {
     const SpecialLabelPair* pair = specialLabelPair(parts().columns.name(column).view());
     if (pair == nullptr) return 1;
     if (record == nullptr) return 0;
-    const LabelColumns columns = labelColumns(*this, *pair);
+    const LabelColumns columns = labelColumns(columnFinder(*this), *pair);
     return rangeHolds(record->fieldView(columns.start), record->fieldView(columns.end),
                       rangeText(*criteria));
 }
@@ -94,7 +97,7 @@ template <class Matches>
 unsigned tagEach(const Rows& rows, unsigned columnAhead, bool keepTags, Matches matches) {
     unsigned matching = 0;
     for (unsigned from = 0; from < rows.shownCount();) {
-        const Rows::Piece piece = rows.shownFrom(from);
+        const RecordRun piece = rows.shownFrom(from);
         for (unsigned i = 0; i < piece.count; ++i) {
             RowAhead::fetchValue(piece, i, columnAhead);
             dbrecord* record = piece.records[i];
@@ -107,20 +110,26 @@ unsigned tagEach(const Rows& rows, unsigned columnAhead, bool keepTags, Matches 
     return matching;
 }
 
+// Keys are of all rows, so that those shown must be all.
+RangeFilter rangeFilter(LabelRangeKeys& keys, const QueryPass& pass, const Rows& rows) {
+    if (rows.tagsOnly() != 0) return {};
+    return keys.filterFor(pass.firstRange(), rows.inOrder());
+}
+
 }  // namespace
 
 unsigned vekdb::tagPlainRows(bool keepTags) {
-    const QueryPass pass(*this, parts().query, parts().columns);
+    const QueryPass pass(parts().query, parts().columns, columnFinder(*this));
     const Rows& rows = parts().rows;
-    RangeFilter filter = parts().rangeKeys.filterFor(pass.firstRange(), rows);
+    RangeFilter filter = rangeFilter(parts().rangeKeys, pass, rows);
     if (!filter.isOn()) {
         return tagEach(rows, pass.firstColumn(), keepTags,
                        [&](const dbrecord& record, unsigned) { return pass.matches(record); });
     }
-    const unsigned matching = tagEach(
-        rows, RowAhead::noValue, keepTags, [&](const dbrecord& record, unsigned row) {
+    const unsigned matching =
+        tagEach(rows, RowAhead::noValue, keepTags, [&](const dbrecord& record, unsigned row) {
             return !filter.rulesOut(record, row) && pass.matches(record);
         });
-    parts().rangeKeys.note(filter, rows);
+    parts().rangeKeys.note(filter, rows.count());
     return matching;
 }

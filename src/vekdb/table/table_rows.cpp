@@ -21,7 +21,7 @@ unsigned vekdb::get_raw_row(unsigned shown) const {
 dbrecord* vekdb::newRow() {
     dbrecord* record =
         parts().rows.pool().create(static_cast<unsigned short>(parts().columns.count()));
-    record->set_container(this);
+    RecordAccess::setOwner(*record, this);
     return record;
 }
 
@@ -54,27 +54,7 @@ void vekdb::insert_records(unsigned at, int n) {
     parts().cookieRows.clear();
 }
 
-namespace {
-
-// Sets a flag of a table when the scope is left, whichever way, unless the table went meanwhile.
-class SetOnLeave {
-public:
-    SetOnLeave(vekdb& table, bool& flag) noexcept : table_(&table), flag_(flag) {}
-    ~SetOnLeave() {
-        if (table_.get() != nullptr) flag_ = true;
-    }
-    SetOnLeave(const SetOnLeave&) = delete;
-    SetOnLeave& operator=(const SetOnLeave&) = delete;
-
-private:
-    SourceRef<vekdb> table_;
-    bool& flag_;
-};
-
-}  // namespace
-
-// The numbers are noted before anything goes, so that a failure leaves the rows as they were. A
-// listener may let go of the table.
+// The numbers are noted before anything goes, so that a failure leaves the rows as they were.
 void vekdb::delete_records(unsigned first, int n) {
     Rows& rows = parts().rows;
     if (rows.tagsOnly() != 0 || first >= rows.count()) return;
@@ -82,15 +62,12 @@ void vekdb::delete_records(unsigned first, int n) {
     unsigned count = rows.count() - first;
     if (static_cast<unsigned>(n) < count) count = static_cast<unsigned>(n);
 
-    static const int type = NotifyMsgTypeDictionary::instance().intern(kRecordsDeleted);
-    bool heard = hasListeners(type);
+    const bool heard = isDeletionHeard();
     RowNumbers deleted;
     if (heard) deleted.appendRun(static_cast<int>(first), static_cast<int>(count));
     rows.erase(first, count);
     parts().cookieRows.clear();
-    if (!heard) return noteModified();
-    SetOnLeave modified(*this, parts().modified);
-    issueNotification(NotifyMsg(deleted), type);
+    heard ? tellDeleted(deleted) : recordChanged();
 }
 
 unsigned vekdb::delete_tagged_records() {

@@ -117,7 +117,7 @@ public:
 private:
     // Storing what is there marks the record and its table as changed, which a save takes back.
     bool isStored(const dbrecord& record, unsigned column, const DecimalText& text) const {
-        return !mayBeOverridden_ && record.get_container() == &table_ &&
+        return !mayBeOverridden_ && RecordAccess::owner(record) == &table_ &&
                RecordAccess::view(record, column) == text.c_str();
     }
 
@@ -128,12 +128,6 @@ private:
 };
 
 }  // namespace
-
-void appendParameter(TextFile& file, std::string_view name, std::string_view value) {
-    std::string line;
-    line.append(1, '"').append(name).append(1, ':').append(value).append(1, '"');
-    file.appendLine(std::string_view(line));
-}
 
 void vekdb::save_params(TextFile& file) const {
     const Parameters& parameters = parts().parameters;

@@ -4,9 +4,9 @@
 #include <cstring>
 #include <utility>
 
+#include <vekdb/table.h>
 #include "vekdb/record/line_store.h"
 #include "vekdb/record/record_access.h"
-#include <vekdb/table.h>
 #include "vekdb/table/table_parts.h"
 
 namespace {
@@ -79,7 +79,7 @@ dbrecord& TextRows::newRow() {
     Rows& rows = table_.parts().rows;
     rows.cover(std::uint64_t{rows.count()} + 1);
     dbrecord* record = rows.pool().create(0);
-    record->set_container(&table_);
+    RecordAccess::setOwner(*record, &table_);
     rows.append(record);
     return *record;
 }

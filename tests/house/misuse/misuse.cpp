@@ -78,7 +78,7 @@ void use(vekdb& table, const vekdb& other, dbrecord& record, Text text, VDBBase&
 #elif MISUSE == 8
     const char* characters = text;
 #elif MISUSE == 9
-    table.get_record(0)->container_ = nullptr;
+    table.get_record(0)->owner_ = nullptr;
 #elif MISUSE == 10
     vekdb moved(static_cast<vekdb&&>(table));
 #elif MISUSE == 11
