@@ -95,6 +95,27 @@ TEST_P(Unreadable, FileThatCannotBeReadThrough) {
     expectUnreadable("/proc/self/mem", "/proc/self/mem: ");
 }
 
+// A disk that fails behind the beginning of a file: neither a damaged line nor a shorter log.
+TEST(UnreadableFile, WhoseMiddleCannotBeReadIsToldAsSuch) {
+    std::string table = "\"VEKDB:Rev 1\"\n\"VEKDB\"\n\"8\"\n\"text\"\n\"Scene\"\n";
+    std::string plain = "Scene\n";
+    while (plain.size() < 6u << 20) {
+        table += "\"a scene of a log that is long\"\n";
+        plain += "a scene of a log that is long\n";
+    }
+    const WorkFolder folder;
+    folder.write("log.vek", table);
+    folder.write("log.csv", plain);
+    for (const std::string name : {"log.vek", "log.csv"}) {
+        Start start;
+        start.words = {"vek", "set", name, "Scene=other", "--every"};
+        start.failsToRead = true;
+        expectRefused(run(folder, start), 3, name + ": Input/output error");
+    }
+    EXPECT_EQ(folder.read("log.vek"), table);
+    EXPECT_EQ(folder.read("log.csv"), plain);
+}
+
 // Sanitizers need descriptors of their own.
 #if !defined(__SANITIZE_ADDRESS__)
 TEST(UnreadableTable, ForWantOfDescriptorsIsNotCalledMalformed) {

@@ -1,4 +1,5 @@
 #include "cli/program.h"
+#include "cli/failing_reads.h"
 
 #include <fcntl.h>
 #include <grp.h>
@@ -129,6 +130,9 @@ std::vector<std::string> environmentFor(const Start& start) {
     if (start.asNobody && ::geteuid() == 0) {
         ready =
             ready && ::setgroups(0, nullptr) == 0 && ::setgid(nobody) == 0 && ::setuid(nobody) == 0;
+    }
+    if (start.failsToRead) {
+        ready = ready && failReads(std::size_t{2} << 20, std::size_t{4} << 20);
     }
     if (ready) ::fexecve(file, pointers(words).data(), pointers(environment).data());
     ::_exit(127);

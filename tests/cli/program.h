@@ -35,7 +35,8 @@ struct Start {
     int terminalWidth = 0;          ///< a terminal of this width instead, when not 0
     std::size_t readAtMost = std::string::npos;  ///< closes the pipe after so many bytes, or,
                                                  ///< for 0, before the program starts
-    bool asNobody = false;  ///< without the rights of root, if the test has them
+    bool asNobody = false;     ///< without the rights of root, if the test has them
+    bool failsToRead = false;  ///< files behind their first 2 MB, and 4 MB and more at once
 };
 
 struct Finish {

@@ -196,6 +196,31 @@ static std::vector<std::string> plainDocuments() {
 INSTANTIATE_TEST_SUITE_P(Docs, Documents, testing::ValuesIn(documents()), nameOf);
 INSTANTIATE_TEST_SUITE_P(Docs, PlainDocuments, testing::ValuesIn(plainDocuments()), nameOf);
 
+// What a newcomer is sent to must be there, and each room of the library be named.
+TEST(Architecture, NamesPlacesThatExist) {
+    static const std::regex place("`((?:src|include|tests|tools)/[A-Za-z0-9_/.]*)`");
+    const std::string text = readFile(sourceRoot() / "docs/architecture.md");
+    std::set<std::string> places;
+    for (std::sregex_iterator it(text.begin(), text.end(), place), end; it != end; ++it) {
+        places.insert((*it)[1]);
+    }
+    EXPECT_GT(places.size(), 30u);
+    for (const std::string& path : places) {
+        EXPECT_TRUE(fs::exists(sourceRoot() / path)) << path;
+    }
+}
+
+TEST(Architecture, NamesEveryRoomOfTheLibrary) {
+    const std::string text = readFile(sourceRoot() / "docs/architecture.md");
+    for (const SourceFile* file : librarySources()) {
+        if (!file->path.starts_with("src/") || file->folder() == "formats") {
+            continue;
+        }
+        const std::string room = file->path.substr(0, file->path.rfind('/') + 1);
+        EXPECT_NE(text.find("| `" + room + "` |"), std::string::npos) << room;
+    }
+}
+
 TEST(DocumentBlocks, ASessionIsSplitIntoCommandsAndWhatTheyAnswer) {
     auto blocks = blocksOf("a\n```console\n$ one\nout\n$ two \\\n  more\n```\n```text\n$ no\n```\n",
                            "console");

@@ -423,7 +423,7 @@ TEST(ViewRemove, SomeTakesATestOfTheView) {
     const auto table = numberedTable(6);
     VDBView view(new Picky(table.get()));
     view->displayAllRecords();
-    EXPECT_EQ(3, view->removeSome(static_cast<VDBViewRep::RowTest>(&Picky::odd)));
+    EXPECT_EQ(3, view->removeSome(static_cast<VDBViewRep::PositionTest>(&Picky::odd)));
     EXPECT_EQ("0 2 4", rowsOf(*view));
 }
 
