@@ -36,7 +36,10 @@ public:
         std::string name = log_.columnName(column);
         log_.table->removeField(cellText(name));
         distinct_.removed(column);
-        for (OddRow& odd : log_.oddRows) odd.values -= column < odd.values ? 1 : 0;
+        std::vector<unsigned>& cameFrom = log_.source->cameFrom;
+        if (column < cameFrom.size()) {
+            cameFrom.erase(cameFrom.begin() + static_cast<std::ptrdiff_t>(column));
+        }
         if (map_) map_->remove(cellText(name));
         store();
     }
@@ -116,7 +119,7 @@ int saveReordered(const Log& log, std::vector<unsigned> columns, bool backup) {
     for (unsigned column = 0; column < log.columnCount(); ++column) {
         if (!isNamed[column]) columns.push_back(column);
     }
-    saveInPlace({log, wholeSheet(log).view, columns}, backup);
+    saveColumnsInPlace(log, columns, backup);
     return done;
 }
 

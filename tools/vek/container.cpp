@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <numeric>
+
 #include <vekdb/container/container_file.h>
 
 #include <vekdb/host/paths.h>
@@ -52,9 +55,16 @@ Log readContainerToChange(const std::string& path) {
     return requireContainer(readLogToChange(path, "vekdb"));
 }
 
-unsigned findItem(const Log& log, const Cookie& wanted) {
+std::vector<unsigned> allRows(const Log& log) {
+    std::vector<unsigned> rows(log.rowCount());
+    std::iota(rows.begin(), rows.end(), 0u);
+    return rows;
+}
+
+// The first of these rows that holds it, or noColumn.
+unsigned findItem(const Log& log, const Cookie& wanted, const std::vector<unsigned>& rows) {
     unsigned column = log.findColumn("Cookie");
-    for (unsigned row = 0; row < log.rowCount(); ++row) {
+    for (unsigned row : rows) {
         Cookie cookie(std::string(log.cell(row, column)).c_str(), false);
         if (cookie.compare(wanted) == 0) return row;
     }
@@ -100,7 +110,7 @@ int add(const std::string& path, const std::vector<std::string>& items, const Ar
     std::size_t added = 0;
     for (const std::string& item : items) {
         Cookie cookie = cookieNamed(item);
-        if (findItem(log, cookie) != noColumn) {
+        if (findItem(log, cookie, allRows(log)) != noColumn) {
             say(path + ": " + item + " is in it already");
             continue;
         }
@@ -114,17 +124,18 @@ int add(const std::string& path, const std::vector<std::string>& items, const Ar
 
 int remove(const std::string& path, const std::vector<std::string>& items, const Args& args) {
     Log log = readContainerToChange(path);
+    std::vector<unsigned> rows = allRows(log);
     std::size_t missing = 0;
     for (const std::string& item : items) {
-        unsigned row = findItem(log, cookieNamed(item));
-        if (row != noColumn) {
-            log.table->delete_records(row, 1);
+        auto row = std::find(rows.begin(), rows.end(), findItem(log, cookieNamed(item), rows));
+        if (row != rows.end()) {
+            rows.erase(row);
             continue;
         }
         ++missing;
         say(path + ": " + item + " is not in it");
     }
-    if (missing < items.size()) saveInPlace(log, args.has("backup"));
+    if (missing < items.size()) saveInPlace(log, rows, args.has("backup"));
     return missing > 0 ? found : done;
 }
 

@@ -10,15 +10,15 @@ namespace vek {
 
 namespace {
 
-// The rows that stay, with their tags.
-VDBView others(const Log& log, const VDBView& chosen) {
+// The rows that stay.
+std::vector<unsigned> others(const Log& log, const VDBView& chosen) {
     std::vector<char> goes(log.rowCount());
     for (unsigned i = 0; i < chosen->get_num_records(); ++i) goes[chosen->baseIndex(i)] = 1;
     std::vector<unsigned> rows;
     for (unsigned row = 0; row < goes.size(); ++row) {
         if (!goes[row]) rows.push_back(row);
     }
-    return viewOf(log, rows);
+    return rows;
 }
 
 int run(const Args& args) {

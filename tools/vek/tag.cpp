@@ -1,3 +1,4 @@
+#include <vekdb/host/text_util.h>
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/reading.h"
@@ -21,12 +22,16 @@ public:
     void invert(unsigned row) { all_->invert_tag(row); }
     unsigned count() const { return all_->get_num_tags(); }
 
-    // Writes the tags into the column, which is made where there is none.
+    // Writes the tags into the column, which is made where there is none. A cell that says so
+    // already, in whatever words, stays as it is.
     void store() {
+        const bool isNew = log_.findColumn("Tag") == noColumn;
         auto column =
             static_cast<unsigned short>(log_.table->addField({"Tag", DBFieldTypes::text}));
         for (unsigned row = 0; row < log_.rowCount(); ++row) {
-            all_->get_record(row)->setField(column, all_->get_tag(row) != 0 ? "1" : "0");
+            const bool isTagged = all_->get_tag(row) != 0;
+            if (!isNew && isTagged == (parseInt(log_.cell(row, column)) != 0)) continue;
+            all_->get_record(row)->setField(column, isTagged ? "1" : "0");
         }
     }
 

@@ -1,3 +1,4 @@
+#include "formats/ale/ale_entries.h"
 #include "formats/delimited/delimited_scanner.h"
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
@@ -29,8 +30,7 @@ public:
 private:
     struct Entry {
         std::size_t line;
-        std::string_view name;
-        std::string_view value;
+        AleEntry entry;
     };
 
     [[noreturn]] void refuse(const std::string& found, const std::string& expected) const {
@@ -61,20 +61,8 @@ private:
         refuse("the end of the file", "a line \"Column\"");
     }
 
-    // One pair a line as a rule; some programs put all of them on one.
     void addEntries(std::string_view line) {
-        std::vector<std::string_view> pieces = split(line, '\t');
-        while (pieces.size() > 2 && pieces.back().empty()) pieces.pop_back();
-        if (pieces.size() <= 2 || pieces.size() % 2 != 0) {
-            std::size_t tab = std::min(line.find('\t'), line.size());
-            addEntry(line.substr(0, tab), line.substr(std::min(tab + 1, line.size())));
-            return;
-        }
-        for (std::size_t i = 0; i < pieces.size(); i += 2) addEntry(pieces[i], pieces[i + 1]);
-    }
-
-    void addEntry(std::string_view name, std::string_view value) {
-        entries_.push_back({walk_.number(), name, value});
+        for (const AleEntry& entry : aleEntries(line)) entries_.push_back({walk_.number(), entry});
     }
 
     void readColumns() {
@@ -84,13 +72,14 @@ private:
         while (names.size() > 1 && trimmed(names.back()).empty()) names.pop_back();
         builder_.setColumns(asStrings(names));
         hasColumns_ = true;
-        for (const Entry& entry : entries_) {
-            builder_.addParameter(entry.line, entry.name, entry.value);
+        for (const auto& [number, entry] : entries_) {
+            builder_.addParameter(number, entry.name, entry.value);
         }
     }
 
     void readRows() {
         char* const first = builder_.textEnd() - walk_.rest().size();
+        builder_.endHeading(first);
         DelimitedScanner scanner(first, builder_.textEnd(), '\t',
                                  DelimitedScanner::Quotes::ordinary, walk_.number() + 1);
         while (!scanner.atEnd()) {
@@ -100,6 +89,9 @@ private:
             builder_.addRow(line, cells, scanner.room(), hasClosingTab(cells) ? 1 : 0);
         }
         const bool isCrlf = scanner.lineEnd() == LineEnd::crlf;
+        if (log_.source) {
+            log_.source->hasLoneReturns = scanner.sawLoneReturns() || walk_.sawLoneReturns();
+        }
         log_.lineEnd = isCrlf ? LineEnd::crlf : walk_.lineEnd();
     }
 

@@ -29,6 +29,7 @@ public:
     /// The line on which the next record begins.
     std::size_t line() const { return line_; }
     LineEnd lineEnd() const { return seen_.kind(); }
+    bool sawLoneReturns() const { return seen_.hasLoneReturns(); }
     /// The line of a quote that is never closed, 0 for none.
     std::size_t openQuoteLine() const { return openQuoteLine_; }
 

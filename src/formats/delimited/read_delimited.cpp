@@ -22,6 +22,7 @@ void readDelimited(Text text, char separator, Log& log) {
         throw Failure{unreadable, log.name + ":1: nothing, expected a line of column names"};
     }
     builder.setColumns(asStrings(scanner.takeRecord()));
+    builder.endHeading(scanner.place());
     Progress progress("reading " + log.name, builder.textSize());
     while (!scanner.atEnd()) {
         progress.reach(static_cast<std::size_t>(scanner.place() - begin));
@@ -34,8 +35,10 @@ void readDelimited(Text text, char separator, Log& log) {
     if (scanner.openQuoteLine() != 0) {
         log.problems.push_back({scanner.openQuoteLine(), "", "a quote that is never closed",
                                 "a closing quote", "everything behind it is in one cell"});
+        if (log.source) log.source->endsOpen = true;
     }
     log.lineEnd = scanner.lineEnd();
+    if (log.source) log.source->hasLoneReturns = scanner.sawLoneReturns();
     builder.finish();
 }
 

@@ -2,34 +2,32 @@
 
 #include "formats/writing/writers.h"
 
-/// How long the rows of a text are that is written back: as long as they came. A value that is
-/// put behind the end of a row makes it longer, and columns that the heading had no name for get
-/// none.
+/// How long the rows of a text are that take the place of others: as long as those were. A value
+/// that is put behind the end of a row makes it longer, and columns that the heading had no name
+/// for get none.
 namespace vek::formats {
 
-/// The same sheet with the columns that have no name behind all others.
-Sheet unnamedLast(const Sheet& sheet);
+/// The columns in their order, those that have no name behind all others.
+std::vector<unsigned> unnamedLast(const Log& log, const std::vector<unsigned>& columns);
 
 class RowLengths {
 public:
-    /// Of a sheet of which unnamed columns are the last; all rows are whole when lengths are not
-    /// kept.
-    RowLengths(const Sheet& sheet, bool areKept);
+    /// Of columns of which unnamed ones are the last, in a log that was read to be changed.
+    RowLengths(const Log& log, const std::vector<unsigned>& columns);
 
     std::size_t ofHeading() const { return named_; }
-    std::size_t of(unsigned row) const;
-    /// Empty behind the last column.
-    std::string_view cell(unsigned row, unsigned place) const {
-        return place < sheet_.columns.size() ? sheet_.cell(row, place) : std::string_view();
-    }
+    /// Of a row of the sheet in the place of one of so many values; 0 where there was none.
+    std::size_t of(const Sheet& sheet, unsigned row, std::size_t came) const;
 
 private:
-    std::size_t cameWith(unsigned row) const;
-    std::size_t upToLastValue(unsigned row, std::size_t least) const;
+    std::size_t inPlaceOf(const Sheet& sheet, unsigned row, std::size_t came) const;
+    std::size_t leastOf(std::size_t came) const;
+    std::size_t upToLastValue(const Sheet& sheet, unsigned row, std::size_t least) const;
 
-    const Sheet& sheet_;
+    const Source& source_;
+    std::vector<unsigned> cameFrom_;  // for each column that is written
     std::size_t named_;
-    bool areKept_;
+    std::size_t cameNamed_;  // names of the heading as it was read
 };
 
 /// A person named one of the columns that have no name: they are columns like others then.

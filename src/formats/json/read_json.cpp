@@ -55,6 +55,7 @@ public:
     void read() {
         noteAccepted("");
         for (text_.skipBetween(); !text_.atEnd(); text_.skipBetween()) readRows();
+        if (log_.source) log_.source->memberNames = {names_.begin(), names_.end()};
         builder_.setColumns({names_.begin(), names_.end()});
         builder_.finish();
     }

@@ -78,8 +78,12 @@ bool Log::setParameter(const std::string& wanted, const std::string& value) {
     return table->set_param_val(wanted.c_str(), value.c_str()) != noColumn;
 }
 
-Log openLog(Input& input, const std::string& path, const std::string& from, const Wanted& wanted) {
+namespace {
+
+Log openLog(Input& input, const std::string& path, const std::string& from, const Wanted& wanted,
+            std::shared_ptr<Source> source) {
     Log log;
+    log.source = std::move(source);
     log.path = path;
     log.name = input.name();
     if (input.head().empty()) {
@@ -91,6 +95,25 @@ Log openLog(Input& input, const std::string& path, const std::string& from, cons
     return log;
 }
 
+// What a save in place compares the log with.
+void noteWhatCame(Log& log) {
+    Source& source = *log.source;
+    for (unsigned i = 0; i < log.columnCount(); ++i) {
+        source.columns.push_back({log.columnName(i), log.table->get_field_type(i)});
+        source.cameFrom.push_back(i);
+    }
+    source.named = source.columns.size() - log.unnamed.size();
+    for (unsigned i = 0; i < log.table->get_num_params(); ++i) {
+        source.parameters.push_back({log.table->get_param_name(i), log.table->get_param_text(i)});
+    }
+}
+
+}  // namespace
+
+Log openLog(Input& input, const std::string& path, const std::string& from, const Wanted& wanted) {
+    return openLog(input, path, from, wanted, nullptr);
+}
+
 Log readLog(const std::string& path, const std::string& from, const Wanted& wanted) {
     Input input(path);
     Log log = openLog(input, path, from, wanted);
@@ -100,8 +123,13 @@ Log readLog(const std::string& path, const std::string& from, const Wanted& want
 
 Log readLogToChange(const std::string& path, const std::string& from) {
     Held held = holdFile(path);
-    Log log = readLog(path, from);
+    auto source = std::make_shared<Source>();
+    source->input = std::make_shared<Input>(path);
+    source->input->keep();
+    Log log = openLog(*source->input, path, from, {}, source);
     log.held = held;
+    noteWhatCame(log);
+    tellProblems(log);
     return log;
 }
 

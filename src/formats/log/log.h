@@ -11,6 +11,7 @@
 #include <vekdb/table.h>
 #include "formats/failure.h"
 #include "formats/formats.h"
+#include "formats/reading/source.h"
 #include "formats/writing/output.h"
 
 namespace vek::formats {
@@ -28,13 +29,6 @@ struct Problem {
     std::string expected;  ///< what should be
     std::string outcome;   ///< what was made of it, or what to do
     bool isDamage = true;  ///< a table file that has it ends a command with 1
-};
-
-/// A row that has another number of values than the heading has names.
-struct OddRow {
-    unsigned row = 0;
-    std::size_t values = 0;  ///< in columns
-    std::size_t behind = 0;  ///< empty ones behind the last column
 };
 
 /// Columns that have one name, case ignored, in their order.
@@ -60,12 +54,12 @@ struct Log {
     std::size_t moreProblems = 0;             ///< that were found behind those
     std::vector<RepeatedName> repeatedNames;  ///< as they were read
     std::unordered_map<unsigned, std::size_t> repeatedAt;  ///< of their columns, where there
-    std::vector<OddRow> oddRows;                           ///< of a text format, in their order
-    std::set<std::string> unnamed;  ///< columns that its heading has no name for
-    std::string notRead;            ///< why rows are missing; empty when all are there
-    LineEnd lineEnd = LineEnd::lf;  ///< text formats are written back as they came
-    bool beganWithMark = false;     ///< a UTF-8 byte order mark stood in front
-    Held held;                      ///< of a log that is to be changed in place
+    std::set<std::string> unnamed;   ///< columns that its heading has no name for
+    std::string notRead;             ///< why rows are missing; empty when all are there
+    LineEnd lineEnd = LineEnd::lf;   ///< text formats are written back as they came
+    bool beganWithMark = false;      ///< a UTF-8 byte order mark stood in front
+    Held held;                       ///< of a log that is to be changed in place
+    std::shared_ptr<Source> source;  ///< of the same
 
     unsigned rowCount() const { return table->get_num_records(); }
     /// Those that were left out included.

@@ -161,4 +161,27 @@ int Input::loaderDescriptor() {
     return descriptor_;
 }
 
+std::uint64_t Input::size() const {
+    struct stat status = {};
+    if (::fstat(descriptor_, &status) != 0) refuse(name_, errno);
+    return static_cast<std::uint64_t>(status.st_size);
+}
+
+void Input::readAgain(std::uint64_t from, char* to, std::size_t size) const {
+    while (size > 0) {
+        const ssize_t got =
+            uninterrupted([&] { return ::pread(descriptor_, to, size, static_cast<off_t>(from)); });
+        if (got < 0) refuse(name_, errno);
+        if (got == 0) {
+            throw Failure{unwritable, name_ +
+                                          ": was cut off by another program since it was read, so "
+                                          "nothing is written; look at it, and give the command "
+                                          "again"};
+        }
+        from += static_cast<std::uint64_t>(got);
+        to += got;
+        size -= static_cast<std::size_t>(got);
+    }
+}
+
 }  // namespace vek::formats

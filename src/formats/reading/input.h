@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -34,6 +35,13 @@ public:
     /// An open file whose bytes the library's own loader reads again from the first one on,
     /// whatever the file is called and also for standard input. Ends with the Input.
     int loaderDescriptor();
+
+    /// Makes it one that can be read again after `takeText`, a pipe as well.
+    void keep() { loaderDescriptor(); }
+    /// The number of bytes of what was kept, as it is now.
+    std::uint64_t size() const;
+    /// Reads bytes of what was kept. A Failure with `unwritable` where they are gone.
+    void readAgain(std::uint64_t from, char* to, std::size_t size) const;
 
 private:
     static constexpr std::size_t headSize = 4096;

@@ -106,15 +106,13 @@ std::size_t TableBuilder::columnCount() const {
 void TableBuilder::addRow(std::size_t line, const std::vector<std::string_view>& cells,
                           TextRows::Room room, std::size_t leftOut) {
     const std::size_t count = cells.size() - leftOut;
-    if (count != columns_.size()) {
-        reportLength(log_, line, count, columns_.size());
-        log_.oddRows.push_back({static_cast<unsigned>(log_.lines.size()), count});
-    }
+    if (count != columns_.size()) reportLength(log_, line, count, columns_.size());
     addWholeRow(line, cells.data(), count, room);
 }
 
 void TableBuilder::addWholeRow(std::size_t line, const std::string_view* cells, std::size_t count,
                                TextRows::Room room) {
+    notePlace(room);
     if (!rows_->append(room, cells, count)) {
         throw Failure{unreadable, log_.name + ": more than 65535 columns"};
     }
@@ -123,6 +121,18 @@ void TableBuilder::addWholeRow(std::size_t line, const std::string_view* cells, 
         requireCells(log_.name, rows_->count(), columnCount(), rows_->size());
     }
     log_.lines.push_back(static_cast<std::uint32_t>(line));
+}
+
+void TableBuilder::endHeading(const char* at) {
+    if (log_.source) log_.source->places.beginAt(static_cast<std::uint64_t>(at - text()));
+}
+
+// The byte behind the text's end, which a row may use as well, is not one of the file.
+void TableBuilder::notePlace(TextRows::Room room) {
+    if (!log_.source || room.begin == nullptr) return;
+    const auto begin = static_cast<std::uint64_t>(room.begin - text());
+    const auto end = static_cast<std::uint64_t>(room.end - text());
+    log_.source->places.add({begin, std::min<std::uint64_t>(end, textSize())});
 }
 
 void TableBuilder::addParameter(std::size_t line, std::string_view name, std::string_view value) {
@@ -150,10 +160,7 @@ void TableBuilder::finish() {
         log_.unnamed.insert(name);
         columns_.push_back(std::move(name));
     }
-    for (OddRow& odd : log_.oddRows) {
-        odd.behind = odd.values - std::min(odd.values, columns_.size());
-        odd.values -= odd.behind;
-    }
+    if (log_.source && textSize() != 0) log_.source->places.endAt(textSize());
     rows_->finish(descriptors(columns_));
     rows_.reset();
     for (unsigned column = 0; column < log_.columnCount(); ++column) {

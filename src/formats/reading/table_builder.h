@@ -24,6 +24,8 @@ public:
     std::size_t textSize() const { return rows_->size(); }
 
     void setColumns(std::vector<std::string> columns);
+    /// Where the heading of the text ends, and so the first row may begin.
+    void endHeading(const char* at);
     /// Those of the heading, and as many more as the rows so far have values for.
     std::size_t columnCount() const;
 
@@ -40,6 +42,8 @@ public:
     void finish();
 
 private:
+    void notePlace(TextRows::Room room);
+
     Log& log_;
     std::vector<std::string> columns_;
     std::optional<TextRows> rows_;

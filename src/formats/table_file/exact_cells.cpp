@@ -73,6 +73,7 @@ void restore(Log& log, std::string_view entry) {
     if (log.cell(row - 1, column - 1) != afterTableFile(value)) return;
     log.table->get_record(row - 1)->setField(static_cast<unsigned short>(column - 1),
                                              cellText(value));
+    if (log.source) log.source->exactCells.push_back({row - 1, column - 1, value});
 }
 
 bool setNote(vekdb& table, std::size_t note, const std::string& text) {

@@ -116,6 +116,7 @@ private:
         log_.table->loadFromDescriptor(file_, allRows, true);
         if (!log_.table->get_valid()) refuse();
         headerLines_ = headerLines();
+        if (log_.source) log_.source->headingLines = headerLines_;
         // The library stops at a line of the wrong length, and skips lines behind a row that
         // looks like a header.
         if (log_.table->get_loaded_whole())
@@ -228,6 +229,7 @@ private:
 
     // The columns come first, while there is no row that each of them would have to be added to.
     void readLineByLine() {
+        if (log_.source) log_.source->isDamaged = true;
         log_.table->delete_records(0, static_cast<int>(log_.rowCount()));
         TextFile file;
         if (!file.load(file_, '\n')) requireThatItWasRead(log_, file.error());
@@ -343,6 +345,7 @@ void readPlainCsv(Input& input, Log& log) {
         throw Failure{unreadable, log.name + ":1: could not be read as comma-separated text"};
     }
     for (unsigned row = 0; row < log.rowCount(); ++row) log.lines.push_back(row + 2);
+    if (log.source) log.source->headingLines = 1;
     log.table->set_filename(wide(log.path));
     log.table->set_param_val("VEKDB", "Rev 1");
     log.table->clear_changed();

@@ -143,7 +143,8 @@ private:
 // Writes the rows, reads each line back as a later reader will, and notes what came back changed.
 class RowWriter {
 public:
-    RowWriter(const Sheet& sheet, const TableToWrite& source) : sheet_(sheet), source_(source) {
+    RowWriter(const Sheet& sheet, const TableToWrite& source, TextFile& lines)
+        : sheet_(sheet), source_(source), lines_(lines) {
         Progress progress("writing", sheet.rowCount());
         for (unsigned row = 0; row < sheet.rowCount(); ++row) {
             progress.reach(row);
@@ -151,7 +152,6 @@ public:
         }
     }
 
-    const TextFile& lines() const { return lines_; }
     const std::vector<ExactCell>& changed() const { return changed_; }
 
 private:
@@ -201,26 +201,36 @@ private:
 
     const Sheet& sheet_;
     const TableToWrite& source_;
-    TextFile lines_;
+    TextFile& lines_;
     dbrecord readBack_{0};
     std::vector<ExactCell> changed_;
 };
-
-void tellChanged(const Sheet& sheet, const std::vector<ExactCell>& changed, std::size_t noted,
-                 Losses& losses) {
-    for (std::size_t i = 0; i < changed.size(); ++i) {
-        losses.add(std::string(lossOfCells(tableFileLoss(changed[i].value))) +
-                       (i < noted ? "; vek reads them back as they are, other programs do not"
-                                  : "; there is no room to note them"),
-                   place(sheet, changed[i].row, changed[i].column));
-    }
-}
 
 void writeLines(const TextFile& lines, Output& out) {
     for (unsigned i = 0; i < lines.size(); ++i) out.line(lines.line(i));
 }
 
 }  // namespace
+
+std::vector<ExactCell> writeTableRows(const Sheet& sheet, TextFile& lines) {
+    const TableToWrite source(sheet);
+    return RowWriter(sheet, source, lines).changed();
+}
+
+std::vector<std::string> tableHeading(const Log& log, Losses& losses) {
+    const Sheet sheet{log, {}, allColumns(log)};
+    const HeaderWriter writer(sheet, *log.table, losses);
+    std::vector<std::string> lines;
+    for (unsigned i = 0; i < writer.lines().size(); ++i) lines.emplace_back(writer.lines().line(i));
+    return lines;
+}
+
+void tellExactCell(const ExactCell& cell, const std::string& place, bool isNoted, Losses& losses) {
+    losses.add(std::string(lossOfCells(tableFileLoss(cell.value))) +
+                   (isNoted ? "; vek reads them back as they are, other programs do not"
+                            : "; there is no room to note them"),
+               place);
+}
 
 TableLoss tableFileLoss(std::string_view value) {
     if (!mayChange(value) || afterTableFile(value) == value) return TableLoss::none;
@@ -247,11 +257,16 @@ void writeTable(const Sheet& sheet, Output& out, Losses& losses) {
         throw Failure{unwritable, out.name() + ": a table file needs a column, " + sheet.log.name +
                                       " has none"};
     }
-    TableToWrite source(sheet);
-    RowWriter rows(sheet, source);
-    tellChanged(sheet, rows.changed(), noteExactCells(source.table(), rows.changed()), losses);
+    const TableToWrite source(sheet);
+    TextFile lines;
+    const RowWriter rows(sheet, source, lines);
+    const std::size_t noted = noteExactCells(source.table(), rows.changed());
+    for (std::size_t i = 0; i < rows.changed().size(); ++i) {
+        const ExactCell& cell = rows.changed()[i];
+        tellExactCell(cell, place(sheet, cell.row, cell.column), i < noted, losses);
+    }
     writeLines(HeaderWriter(sheet, source.table(), losses).lines(), out);
-    writeLines(rows.lines(), out);
+    writeLines(lines, out);
 }
 
 }  // namespace vek::formats

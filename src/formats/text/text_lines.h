@@ -19,12 +19,15 @@ public:
     void add(LineEnd end) {
         if (!isAny_ || end == LineEnd::crlf) kind_ = end;
         isAny_ = true;
+        hasLoneReturns_ = hasLoneReturns_ || end == LineEnd::cr;
     }
     LineEnd kind() const { return kind_; }
+    bool hasLoneReturns() const { return hasLoneReturns_; }
 
 private:
     LineEnd kind_ = LineEnd::lf;
     bool isAny_ = false;
+    bool hasLoneReturns_ = false;
 };
 
 /// Walks the lines of a text: takes the next one off, without its end.
@@ -38,6 +41,7 @@ public:
     bool next(std::string_view& line);
     std::size_t number() const { return number_; }
     LineEnd lineEnd() const { return seen_.kind(); }
+    bool sawLoneReturns() const { return seen_.hasLoneReturns(); }
     /// Whether a carriage return ended a line, with or without a line feed.
     bool sawCr() const { return sawCr_; }
     /// What stands behind the line taken last.

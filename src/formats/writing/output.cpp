@@ -13,6 +13,7 @@
 
 #include "formats/failure.h"
 #include "formats/inform.h"
+#include "formats/reading/input.h"
 #include "formats/text/width.h"
 
 namespace vek::formats {
@@ -20,6 +21,7 @@ namespace vek::formats {
 namespace {
 
 constexpr std::size_t flushAt = 1 << 16;
+constexpr std::size_t chunkSize = 1 << 18;
 constexpr unsigned longestWait = 5000;  // milliseconds for a program that changes the file
 
 std::string because(int error) {
@@ -100,6 +102,42 @@ private:
     sigset_t before_;
 };
 
+// Collects small pieces so that they reach the file in few calls.
+class ChunkedFile {
+public:
+    explicit ChunkedFile(FileReplacement& file) : file_(file) {}
+
+    bool put(std::string_view piece) {
+        if (chunk_.size() + piece.size() > chunkSize && !flush()) return false;
+        if (piece.size() > chunkSize / 2) return file_.write(piece);
+        chunk_ += piece;
+        return true;
+    }
+
+    bool copy(const Input& input, Range range) {
+        if (!reader_ || from_ != &input) reader_.emplace(input);
+        from_ = &input;
+        while (range.begin < range.end) {
+            const std::size_t size = std::min(chunkSize, range.size());
+            if (!put(reader_->read({range.begin, range.begin + size}))) return false;
+            range.begin += size;
+        }
+        return true;
+    }
+
+    bool flush() {
+        const bool isWritten = chunk_.empty() || file_.write(chunk_);
+        chunk_.clear();
+        return isWritten;
+    }
+
+private:
+    FileReplacement& file_;
+    std::string chunk_;
+    const Input* from_ = nullptr;
+    std::optional<SourceReader> reader_;
+};
+
 // Line ends and tabs are the text's own form; a carriage return belongs to a line end or moves
 // the cursor.
 std::string forTerminal(std::string_view text) {
@@ -158,6 +196,16 @@ void Output::line(std::string_view text) {
     inkedLine(text);
 }
 
+void Output::copy(const Input& input, Range range) {
+    if (!isStandardOutput()) {
+        copies_.push_back({pending_.size(), &input, range});
+        return;
+    }
+    std::string text(range.size(), '\0');
+    input.readAgain(range.begin, text.data(), text.size());
+    write(text);
+}
+
 void Output::inkedLine(std::string_view text) {
     pending_ += text;
     add("\n");
@@ -190,12 +238,24 @@ bool Output::isTerminal() const {
     return *isTerminal_;
 }
 
+bool Output::writePending(FileReplacement& file) const {
+    const std::string_view pending = pending_;
+    ChunkedFile out(file);
+    std::size_t written = 0;
+    for (const Copy& copy : copies_) {
+        const std::string_view between = pending.substr(written, copy.behind - written);
+        if (!out.put(between) || !out.copy(*copy.input, copy.range)) return false;
+        written = copy.behind;
+    }
+    return out.put(pending.substr(written)) && out.flush();
+}
+
 void Output::replaceFile() {
     Held file = held_ ? held_ : holdFile(path_);
     // A FIFO may have no reader, and whoever waits for one may want to leave.
     std::optional<Undisturbed> undisturbed;
     if (!file->isWrittenDirectly()) undisturbed.emplace();
-    bool isReady = file->open() && file->write(pending_) && file->complete();
+    bool isReady = file->open() && writePending(*file) && file->complete();
     if (!isReady) refuse(path_, *file);
     tellLosses(path_, file->losses());
     if (!file->commit()) refuse(path_, *file);

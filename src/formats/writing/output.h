@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <vekdb/host/file_replacement.h>
+#include "formats/reading/source.h"
 
 namespace vek::formats {
 
@@ -37,6 +38,9 @@ public:
     void line(std::string_view text);
     /// A line whose parts are escaped already, with colours between them.
     void inkedLine(std::string_view text);
+    /// Bytes of a file that was read, as they stand there. What goes to a file is read when that is
+    /// written, so the input must live as long.
+    void copy(const Input& input, Range range);
     /// Says that everything is written. To be called before the end; nothing is saved without.
     void close();
 
@@ -47,13 +51,22 @@ public:
     bool isTerminal() const;
 
 private:
+    /// Bytes of an input that belong behind so many of the text that is pending.
+    struct Copy {
+        std::size_t behind;
+        const Input* input;
+        Range range;
+    };
+
     void add(std::string_view text);
     void flush();
     void replaceFile();
+    bool writePending(FileReplacement& file) const;
 
     std::string path_;
     Held held_;
     std::string pending_;
+    std::vector<Copy> copies_;
     mutable std::optional<bool> isTerminal_;
 };
 

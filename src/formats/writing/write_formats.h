@@ -1,6 +1,9 @@
 #pragma once
 
+#include "formats/table_file/exact_cells.h"
 #include "formats/writing/writers.h"
+
+class TextFile;
 
 /// One writer a format; see writeSheet.
 namespace vek::formats {
@@ -14,6 +17,27 @@ void writeEdl(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& 
 void writeOtio(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses);
 void writeMarkdown(const Sheet& sheet, Output& out, Losses& losses);
 void writeHtml(const Sheet& sheet, Output& out, Losses& losses);
+
+struct AleForm;
+
+/// A row as a line without its end: so many of the sheet's values, and empty ones behind those.
+void addDelimitedRow(std::string& text, const Sheet& sheet, unsigned row, std::size_t count,
+                     char separator, Losses& losses);
+void addAleRow(std::string& text, const Sheet& sheet, unsigned row, std::size_t count,
+               Losses& losses);
+/// The lines of names and one of a heading, without their ends.
+std::string delimitedNames(const std::vector<std::string>& names, char separator,
+                           const std::string& output, Losses& losses);
+std::string aleNames(const AleForm& form, Losses& losses);
+std::string aleEntry(const std::string& name, const std::string& value, Losses& losses);
+
+/// Appends the rows as lines of a table file, and returns the cells that a reader will find other
+/// than they are, which are to be noted.
+std::vector<ExactCell> writeTableRows(const Sheet& sheet, TextFile& lines);
+/// The lines in front of the rows of a table file: parameters, the line VEKDB, and three more.
+std::vector<std::string> tableHeading(const Log& log, Losses& losses);
+/// Tells of a cell that a table file changes.
+void tellExactCell(const ExactCell& cell, const std::string& place, bool isNoted, Losses& losses);
 
 /// What a value loses on its way through a table file.
 enum class TableLoss { none, blanks, carriageReturns, backslash, other };

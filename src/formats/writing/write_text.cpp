@@ -5,7 +5,6 @@
 
 #include <vekdb/host/text_util.h>
 #include "formats/ale/ale_form.h"
-#include "formats/delimited/row_lengths.h"
 #include "formats/formats.h"
 #include "formats/json/json.h"
 #include "formats/reading/progress.h"
@@ -65,43 +64,44 @@ void tellZerosOf(std::string_view line, const Sheet& sheet, unsigned row, Losses
         [&](unsigned i) { return place(sheet, row, i); }, losses);
 }
 
-// Writes lines of delimited text.
-class DelimitedWriter {
+// Makes lines of delimited text, without their ends.
+class DelimitedLines {
 public:
-    DelimitedWriter(char separator, const WriteStyle& style, Output& out, Losses& losses)
-        : separator_(separator), style_(style), out_(out), losses_(losses) {}
+    DelimitedLines(char separator, bool guardsFormulas, std::string output, Losses& losses)
+        : separator_(separator),
+          guardsFormulas_(guardsFormulas),
+          output_(std::move(output)),
+          losses_(losses) {}
 
     /// `place` is asked for where a cell is to be told of.
     template <class Cell, class Place>
-    void write(std::size_t count, Cell cell, Place place) {
-        line_.clear();
+    void add(std::string& text, std::size_t count, Cell cell, Place place) {
+        const std::size_t begin = text.size();
         for (unsigned i = 0; i < count; ++i) {
-            if (i > 0) line_ += separator_;
-            add(line_, cell(i), count == 1, [&] { return place(i); });
+            if (i > 0) text += separator_;
+            addCell(text, cell(i), count == 1, [&] { return place(i); });
         }
-        tellZeros(line_, count, cell, place, losses_);
-        line_ += bytesOf(style_.lineEnd);
-        out_.write(line_);
+        tellZeros(std::string_view(text).substr(begin), count, cell, place, losses_);
     }
 
     /// The line of names, by which readers tell formats apart: quotes keep it from being taken
     /// for the beginning of another one.
     template <class Cell>
-    void writeNames(std::size_t count, Cell cell) {
-        if (count == 0) return out_.write(bytesOf(style_.lineEnd));
+    std::string names(std::size_t count, Cell cell) {
+        if (count == 0) return {};
         std::string rest;
         for (unsigned i = 1; i < count; ++i) {
             rest += separator_;
-            add(rest, cell(i), false, [&] { return inQuotes(cell(i)); });
+            addCell(rest, cell(i), false, [&] { return inQuotes(cell(i)); });
         }
         std::string first;
-        add(first, cell(0), count == 1, [&] { return inQuotes(cell(0)); });
+        addCell(first, cell(0), count == 1, [&] { return inQuotes(cell(0)); });
         const std::string plain = first + rest;
         if (!first.starts_with('"') && mayBeTakenForAnother(plain)) {
             first = concat("\"", first, "\"");
         }
         requireFormat(first + rest, plain);
-        out_.write(concat(first, rest, bytesOf(style_.lineEnd)));
+        return first + rest;
     }
 
 private:
@@ -121,14 +121,14 @@ private:
     void requireFormat(std::string_view line, std::string_view asNamed) const {
         if (formatFound(line) == format()) return;
         throw Failure{unwritable,
-                      concat(out_.name(), ": ", inQuotes(trimmed(asNamed).substr(0, 40)),
+                      concat(output_, ": ", inQuotes(trimmed(asNamed).substr(0, 40)),
                              ", expected another name of the first column: the file would be read "
                              "as a table file; rename the column, or put another first")};
     }
 
     template <class Place>
-    void add(std::string& line, std::string_view cell, bool isAlone, Place place) {
-        if (!style_.guardsFormulas || !looksLikeFormula(cell)) {
+    void addCell(std::string& line, std::string_view cell, bool isAlone, Place place) {
+        if (!guardsFormulas_ || !looksLikeFormula(cell)) {
             return addDelimited(line, cell, separator_, isAlone);
         }
         losses_.add("cells that begin like formulas, given an apostrophe", place());
@@ -136,10 +136,9 @@ private:
     }
 
     char separator_;
-    const WriteStyle& style_;
-    Output& out_;
+    bool guardsFormulas_;
+    std::string output_;
     Losses& losses_;
-    std::string line_;
 };
 
 bool isAleSafe(std::string_view text) {
@@ -160,10 +159,7 @@ void writeAleHeading(const std::vector<Parameter>& heading, const char* end, Out
     bool hasDelimiter = false;
     for (const Parameter& entry : heading) {
         hasDelimiter = hasDelimiter || sameText(entry.name, "FIELD_DELIM");
-        if (!isAleSafe(entry.name) || !isAleSafe(entry.value)) {
-            losses.add("heading entries whose tabs and line ends become blanks", entry.name);
-        }
-        const std::string line = forAle(entry.name) + "\t" + forAle(entry.value);
+        const std::string line = aleEntry(entry.name, entry.value, losses);
         // A reader would take it for the end of the heading.
         if (sameText(trimmed(line), "Column")) {
             losses.add("heading entries that would begin the columns, left out",
@@ -175,27 +171,14 @@ void writeAleHeading(const std::vector<Parameter>& heading, const char* end, Out
     if (!hasDelimiter) out.write(std::string("FIELD_DELIM\tTABS") + end);
 }
 
-std::string aleNames(const AleForm& form, Losses& losses) {
-    std::string line;
-    for (std::size_t i = 0; i < form.names.size(); ++i) {
-        if (!isAleSafe(form.names[i])) {
-            losses.add("column names whose tabs and line ends become blanks",
-                       inQuotes(form.names[i]));
-        }
-        line += concat(i == 0 ? "" : "\t", forAle(form.names[i]));
-    }
-    if (form.tracks.empty() && form.names.size() > 1 && trimmed(form.names.back()).empty()) {
-        losses.add("columns without a name at the end of the line, where readers see none",
-                   inQuotes(form.names.back()));
-    }
-    return form.tracks.empty() ? line : line + "\tTracks";
-}
-
-void addAleRow(std::string& line, const Sheet& sheet, unsigned row, Losses& losses) {
+void addAleCells(std::string& line, const Sheet& sheet, unsigned row, std::size_t count,
+                 Losses& losses) {
     const dbrecord& record = sheet.record(row);
-    for (unsigned i = 0; i < sheet.columns.size(); ++i) {
-        const std::string_view cell = record.fieldView(sheet.columns[i]);
+    const std::size_t begin = line.size();
+    for (unsigned i = 0; i < count; ++i) {
         if (i > 0) line += '\t';
+        if (i >= sheet.columns.size()) continue;
+        const std::string_view cell = record.fieldView(sheet.columns[i]);
         if (isAleSafe(cell)) {
             line += cell;
             continue;
@@ -203,7 +186,7 @@ void addAleRow(std::string& line, const Sheet& sheet, unsigned row, Losses& loss
         losses.add("cells whose tabs and line ends become blanks", place(sheet, row, i));
         line += forAle(cell);
     }
-    tellZerosOf(line, sheet, row, losses);
+    tellZerosOf(std::string_view(line).substr(begin), sheet, row, losses);
 }
 
 void addEscaped(std::string& out, std::string_view text) {
@@ -334,20 +317,40 @@ void loseParameters(const Log& log, Losses& losses) {
     }
 }
 
-void writeDelimited(const Sheet& whole, char separator, const WriteStyle& style, Output& out,
+std::string delimitedNames(const std::vector<std::string>& names, char separator,
+                           const std::string& output, Losses& losses) {
+    DelimitedLines lines(separator, false, output, losses);
+    return lines.names(names.size(), [&](unsigned i) -> std::string_view { return names[i]; });
+}
+
+void addDelimitedRow(std::string& text, const Sheet& sheet, unsigned row, std::size_t count,
+                     char separator, Losses& losses) {
+    DelimitedLines(separator, false, {}, losses)
+        .add(
+            text, count,
+            [&](unsigned i) {
+                return i < sheet.columns.size() ? sheet.cell(row, i) : std::string_view();
+            },
+            [&](unsigned i) { return place(sheet, row, i); });
+}
+
+void writeDelimited(const Sheet& sheet, char separator, const WriteStyle& style, Output& out,
                     Losses& losses) {
-    loseParameters(whole.log, losses);
-    const Sheet sheet = style.keepsLengths ? unnamedLast(whole) : whole;
-    const RowLengths lengths(sheet, style.keepsLengths);
+    loseParameters(sheet.log, losses);
     Progress progress("writing", sheet.rowCount());
     if (style.byteOrderMark) out.write(byteOrderMark);
-    DelimitedWriter writer(separator, style, out, losses);
-    writer.writeNames(lengths.ofHeading(), [&](unsigned i) { return sheet.name(i); });
+    DelimitedLines lines(separator, style.guardsFormulas, out.name(), losses);
+    const char* const end = bytesOf(style.lineEnd);
+    const std::size_t count = sheet.columns.size();
+    out.write(lines.names(count, [&](unsigned i) { return sheet.name(i); }) + end);
+    std::string line;
     for (unsigned row = 0; row < sheet.rowCount(); ++row) {
         progress.reach(row);
-        writer.write(
-            lengths.of(row), [&](unsigned i) { return lengths.cell(row, i); },
+        line.clear();
+        lines.add(
+            line, count, [&](unsigned i) { return sheet.cell(row, i); },
             [&](unsigned i) { return place(sheet, row, i); });
+        out.write(line += end);
     }
 }
 
@@ -379,6 +382,37 @@ void writeJson(const Sheet& sheet, bool asLines, Output& out, Losses& losses) {
     if (!asLines) out.line("]");
 }
 
+void addAleRow(std::string& text, const Sheet& sheet, unsigned row, std::size_t count,
+               Losses& losses) {
+    const std::size_t begin = text.size();
+    addAleCells(text, sheet, row, count, losses);
+    // Readers pass over a blank line; with a closing tab it is a row of one blank cell.
+    if (count < 2 && trimmed(std::string_view(text).substr(begin)).empty()) text += '\t';
+}
+
+std::string aleNames(const AleForm& form, Losses& losses) {
+    std::string line;
+    for (std::size_t i = 0; i < form.names.size(); ++i) {
+        if (!isAleSafe(form.names[i])) {
+            losses.add("column names whose tabs and line ends become blanks",
+                       inQuotes(form.names[i]));
+        }
+        line += concat(i == 0 ? "" : "\t", forAle(form.names[i]));
+    }
+    if (form.tracks.empty() && form.names.size() > 1 && trimmed(form.names.back()).empty()) {
+        losses.add("columns without a name at the end of the line, where readers see none",
+                   inQuotes(form.names.back()));
+    }
+    return form.tracks.empty() ? line : line + "\tTracks";
+}
+
+std::string aleEntry(const std::string& name, const std::string& value, Losses& losses) {
+    if (!isAleSafe(name) || !isAleSafe(value)) {
+        losses.add("heading entries whose tabs and line ends become blanks", name);
+    }
+    return concat(forAle(name), "\t", forAle(value));
+}
+
 void writeAle(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses) {
     const char* end = bytesOf(style.lineEnd);
     AleForm form = aleForm(sheet, style, out.name(), losses);
@@ -395,7 +429,7 @@ void writeAle(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& 
     std::string line;
     for (unsigned row = 0; row < sheet.rowCount(); ++row) {
         line.clear();
-        addAleRow(line, sheet, row, losses);
+        addAleCells(line, sheet, row, sheet.columns.size(), losses);
         // Readers pass over a blank line; with a closing tab it is a row of one blank cell.
         if (isAlone && trimmed(line).empty()) line += '\t';
         out.write(line += rest);

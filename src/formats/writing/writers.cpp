@@ -13,19 +13,12 @@ namespace vek::formats {
 Target targetOf(const Log& log) {
     switch (log.format) {
         case Format::table:
-            return Target::table;
         case Format::csv:
-            return Target::csv;
         case Format::tsv:
-            return Target::tsv;
         case Format::ale:
-            return Target::ale;
         case Format::json:
         case Format::jsonl:
-            throw Failure{wrongUsage, log.name +
-                                          ": JSON is not changed in place, as its numbers "
-                                          "would become texts; make a table file of it with vek "
-                                          "convert"};
+            return log.format;
         case Format::edl:
             throw Failure{wrongUsage, log.name +
                                           ": an edit list is not changed in place; make a table "
@@ -82,29 +75,6 @@ std::size_t Losses::count() const {
     std::size_t sum = messages_.size();
     for (const Kind& kind : kinds_) sum += kind.count;
     return sum;
-}
-
-void saveInPlace(const Sheet& sheet, bool backup) {
-    const Log& log = sheet.log;
-    requireWhole(log);
-    Target target = targetOf(log);
-    Held held = log.held ? log.held : holdFile(log.path);
-    Output out(log.path, held);
-    Losses losses;
-    WriteStyle style{log.lineEnd, log.beganWithMark};
-    style.keepsLengths = true;
-    writeSheet(sheet, target, style, out, losses);
-    if (backup && held) backUp(log.path, *held);
-    out.close();
-    losses.tell(out.name());
-}
-
-void saveInPlace(const Log& log, const VDBView& view, bool backup) {
-    saveInPlace({log, view, allColumns(log)}, backup);
-}
-
-void saveInPlace(const Log& log, bool backup) {
-    saveInPlace(log, wholeSheet(log).view, backup);
 }
 
 }  // namespace vek::formats

@@ -68,13 +68,15 @@ struct WriteStyle {
     bool shortReels = false;  ///< reels of edit lists in eight characters
     AleWishes ale = {};
     bool guardsFormulas = false;  ///< CSV and TSV: no cell is one for a spreadsheet
-    bool keepsLengths = false;    ///< CSV and TSV: rows stay as long as they came
 };
 
 /// Writes a log back into the file it came from, in its format, the old file kept as it was on
-/// any failure. Standard input goes to standard output. `backup` keeps the old file beside it.
-void saveInPlace(const Sheet& sheet, bool backup);
-void saveInPlace(const Log& log, const VDBView& view, bool backup);
+/// any failure. What was not changed stays as it came, byte for byte; where nothing was, nothing
+/// is written. Standard input goes to standard output. `backup` keeps the old file beside it.
 void saveInPlace(const Log& log, bool backup);
+/// These rows alone, in this order.
+void saveInPlace(const Log& log, const std::vector<unsigned>& rows, bool backup);
+/// With the columns in this order, for formats that have no other.
+void saveColumnsInPlace(const Log& log, const std::vector<unsigned>& columns, bool backup);
 
 }  // namespace vek::formats

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+namespace vek::formats {
+
+/// An entry of an ALE's heading.
+struct AleEntry {
+    std::string_view name;
+    std::string_view value;
+};
+
+/// Those of a line: one as a rule; some programs put all on one line.
+std::vector<AleEntry> aleEntries(std::string_view line);
+
+}  // namespace vek::formats

@@ -1,0 +1,102 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <vekdb/field_types.h>
+
+namespace vek::formats {
+
+class Input;
+
+/// Bytes of a file, from the first to behind the last.
+struct Range {
+    std::uint64_t begin = 0;
+    std::uint64_t end = 0;
+
+    std::size_t size() const { return static_cast<std::size_t>(end - begin); }
+};
+
+/// Where the rows of a log stand in its file: the heading first, then row behind row. What stands
+/// between them, as blank lines do, is the gap in front of a row; one may stand behind the last.
+class RowPlaces {
+public:
+    void beginAt(std::uint64_t end) { headingEnd_ = last_ = end; }
+    void add(Range row);
+    void endAt(std::uint64_t size);
+
+    std::size_t count() const { return begins_.size() - (isEnded_ ? 1 : 0); }
+    Range heading() const { return {0, headingEnd_}; }
+    Range row(std::size_t row) const { return {begins_[row], begins_[row + 1] - gap(row + 1)}; }
+    /// For the number of rows, too: what stands behind them.
+    Range gapBefore(std::size_t row) const { return {begins_[row] - gap(row), begins_[row]}; }
+    std::uint64_t size() const { return begins_.back(); }
+
+private:
+    std::uint64_t gap(std::size_t row) const { return gaps_.empty() ? 0 : gaps_[row]; }
+
+    std::uint64_t headingEnd_ = 0;
+    std::uint64_t last_ = 0;
+    bool isEnded_ = false;
+    std::vector<std::uint64_t> begins_;  // and the file's size, once it is known
+    std::vector<std::uint64_t> gaps_;    // in front of each; none while there was none
+};
+
+/// What a log was as it was read, and the file itself, which can be read again: that a save in
+/// place can leave what was not changed as it came, byte for byte.
+struct Source {
+    struct Column {
+        std::string name;
+        DBFieldTypes::eType type = DBFieldTypes::none;
+    };
+    struct Parameter {
+        std::string name;
+        std::string value;
+    };
+    struct Cell {
+        unsigned row = 0;
+        unsigned column = 0;
+        std::string value;
+    };
+
+    std::shared_ptr<Input> input;
+    RowPlaces places;
+    std::vector<Column> columns;
+    std::vector<Parameter> parameters;
+    /// For each column that the log has now, the one of `columns` that it was; those behind were
+    /// added. To be kept up by who takes one away.
+    std::vector<unsigned> cameFrom;
+    std::size_t named = 0;                 ///< columns that the heading had names for
+    std::size_t headingLines = 0;          ///< of a table file
+    std::vector<std::string> memberNames;  ///< of JSON objects, one for each column
+    std::vector<Cell> exactCells;          ///< that notes in a table file put right
+    bool endsOpen = false;                 ///< a quote of the last row is never closed
+    bool hasLoneReturns = false;  ///< some lines end with a carriage return and no line feed
+    bool isDamaged = false;       ///< a table file that is to be written anew, and so mended
+
+    /// The column as it was read; their number for one that was added.
+    unsigned whereFrom(unsigned column) const {
+        return column < cameFrom.size() ? cameFrom[column] : static_cast<unsigned>(columns.size());
+    }
+};
+
+/// Reads pieces of a source again, those near each other with few calls. A Failure where the file
+/// is no longer as long as it was.
+class SourceReader {
+public:
+    explicit SourceReader(const Input& input) : input_(input) {}
+    /// Valid until the next call.
+    std::string_view read(Range range);
+
+private:
+    const Input& input_;
+    std::vector<char> window_;
+    Range got_;
+};
+
+}  // namespace vek::formats

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "formats/table_file/exact_cells.h"
+#include "formats/writing/writers.h"
+
+/// How the rows of one format are put in the place of others, each of which has lines of its own.
+namespace vek::formats {
+
+/// "\r\n", "\n", "\r" or nothing: what a piece of text ends with.
+std::string_view endOfLine(std::string_view piece);
+
+class RowsInPlace {
+public:
+    virtual ~RowsInPlace() = default;
+
+    /// Whether a piece of the source, with the end of its line, still reads as a row of the log.
+    virtual bool reads(std::string_view piece, unsigned row) = 0;
+    /// To be called once, with the rows that are to be written and all rows of the log that the
+    /// file will have, in their order.
+    virtual void begin(const Sheet& rows, const std::vector<unsigned>& all) {
+        rows_ = &rows;
+        all_ = &all;
+    }
+    /// Adds a row of these without the end of its line. The piece in whose place it goes is empty
+    /// for a new one.
+    virtual void add(std::string& text, unsigned row, std::string_view piece) = 0;
+    /// The heading as it is then. What did not change of it stays as it came.
+    virtual std::string heading(std::string_view came) = 0;
+
+protected:
+    const Sheet& rows() const { return *rows_; }
+    const std::vector<unsigned>& all() const { return *all_; }
+
+private:
+    const Sheet* rows_ = nullptr;
+    const std::vector<unsigned>* all_ = nullptr;
+};
+
+/// What the forms are made of.
+struct Saving {
+    const Log& log;
+    std::vector<unsigned> columns;  ///< in the order in which they are written
+    std::string output;
+    Losses& losses;
+
+    /// Whether each column stands where it stood, and none was added.
+    bool hasColumnsAsTheyCame() const;
+    /// Whether the heading has no more names than it had.
+    bool hasUnnamedAsTheyCame() const;
+    /// All that, and each has its name.
+    bool hasNamesAsTheyCame() const;
+};
+
+std::unique_ptr<RowsInPlace> delimitedInPlace(const Saving& saving, char separator);
+std::unique_ptr<RowsInPlace> aleInPlace(const Saving& saving);
+std::unique_ptr<RowsInPlace> plainCsvInPlace(const Saving& saving);
+std::unique_ptr<RowsInPlace> tableInPlace(const Saving& saving);
+
+/// Parameters of the log that it did not have, or with another value, when it was read.
+std::vector<Source::Parameter> changedParameters(const Log& log);
+bool wasThere(const Log& log, std::string_view parameter);
+
+}  // namespace vek::formats

@@ -1,0 +1,260 @@
+#include <algorithm>
+#include <cstring>
+#include <numeric>
+
+#include "formats/delimited/row_lengths.h"
+#include "formats/json/json_in_place.h"
+#include "formats/reading/input.h"
+#include "formats/reading/progress.h"
+#include "formats/saving/patched_text.h"
+#include "formats/saving/rows_in_place.h"
+#include "formats/text/text_lines.h"
+
+namespace vek::formats {
+
+namespace {
+
+std::unique_ptr<RowsInPlace> rowsInPlace(const Saving& saving) {
+    switch (saving.log.format) {
+        case Format::table:
+            return tableInPlace(saving);
+        case Format::tsv:
+            return delimitedInPlace(saving, '\t');
+        case Format::plainCsv:
+            return plainCsvInPlace(saving);
+        case Format::ale:
+            return aleInPlace(saving);
+        default:
+            return delimitedInPlace(saving, ',');
+    }
+}
+
+// Where lines begin, each asked for behind the one before.
+class LineBegins {
+public:
+    explicit LineBegins(const Input& input) : reader_(input), size_(input.size()) {}
+
+    /// The place of a line, which counts from 1; the text's end where there are not so many.
+    std::uint64_t of(std::size_t line) {
+        while (line_ < line && at_ < size_) takeLine();
+        return line_ < line ? size_ : at_;
+    }
+
+private:
+    static constexpr std::size_t most = 1 << 17;
+
+    void takeLine() {
+        while (at_ < size_) {
+            if (rest_.empty())
+                rest_ = reader_.read({at_, std::min<std::uint64_t>(size_, at_ + most)});
+            const std::size_t end = rest_.find('\n');
+            const std::size_t taken = std::min(end, rest_.size() - 1) + 1;
+            at_ += taken;
+            rest_.remove_prefix(taken);
+            if (end != std::string_view::npos) break;
+        }
+        ++line_;
+    }
+
+    SourceReader reader_;
+    std::uint64_t size_;
+    std::uint64_t at_ = 0;
+    std::size_t line_ = 1;
+    std::string_view rest_;
+};
+
+// Of formats in which a row is a line that the library itself reads.
+RowPlaces placesByLines(const Log& log) {
+    LineBegins begins(*log.source->input);
+    RowPlaces places;
+    places.beginAt(begins.of(log.source->headingLines + 1));
+    for (const std::size_t line : log.lines) {
+        const std::uint64_t begin = begins.of(line);
+        places.add({begin, begins.of(line + 1)});
+    }
+    places.endAt(log.source->input->size());
+    return places;
+}
+
+bool isReadByLibrary(Format format) {
+    return format == Format::table || format == Format::plainCsv;
+}
+
+// Puts a log of lines together from the pieces of its file and the rows that say something else.
+class LinesInPlace {
+public:
+    LinesInPlace(const Saving& saving, const std::vector<unsigned>& rows)
+        : saving_(saving),
+          log_(saving.log),
+          source_(*log_.source),
+          places_(source_.places),
+          all_(rows),
+          reader_(*source_.input),
+          form_(rowsInPlace(saving)) {}
+
+    PatchedText make() {
+        findChanged();
+        const Sheet sheet{log_, viewOf(log_, changed_), saving_.columns};
+        form_->begin(sheet, all_);
+        putHeading();
+        Progress progress("writing", all_.size());
+        for (std::size_t i = 0; i < all_.size(); ++i) {
+            progress.reach(i);
+            put(all_[i]);
+        }
+        if (!source_.isDamaged) keepGapsUpTo(places_.count());
+        return std::move(text_);
+    }
+
+private:
+    bool isNew(unsigned row) const { return row >= places_.count(); }
+
+    void findChanged() {
+        const bool areAll =
+            source_.isDamaged || !saving_.hasColumnsAsTheyCame() || !saving_.hasUnnamedAsTheyCame();
+        for (std::size_t i = 0; i < all_.size(); ++i) {
+            const unsigned row = all_[i];
+            if (areAll || isNew(row) || isOpenInside(i) || isChanged(row)) changed_.push_back(row);
+        }
+    }
+
+    bool isChanged(unsigned row) {
+        return log_.table->get_record(row)->get_changed() &&
+               !form_->reads(reader_.read(places_.row(row)), row);
+    }
+
+    // A quote that is never closed takes in all that follows.
+    bool isOpenInside(std::size_t i) const {
+        return source_.endsOpen && all_[i] + 1 == places_.count() && i + 1 < all_.size();
+    }
+
+    void putHeading() {
+        const std::string_view came = reader_.read(places_.heading());
+        const std::string now = form_->heading(came);
+        end_ =
+            log_.lineEnd == LineEnd::lf && !endOfLine(came).empty() && isReadByLibrary(log_.format)
+                ? std::string(endOfLine(came))
+                : bytesOf(log_.lineEnd);
+        lacksEnd_ = endOfLine(now).empty() && !now.empty();
+        if (now == came)
+            keep(places_.heading());
+        else
+            text_.own() += now;
+    }
+
+    void put(unsigned row) {
+        const bool isWritten = nextChanged_ < changed_.size() && changed_[nextChanged_] == row;
+        if (!isNew(row) && !source_.isDamaged) keepGapsUpTo(row);
+        putEnd();
+        if (isWritten)
+            write(row);
+        else
+            keep(places_.row(row));
+        if (!isNew(row) && row + 1 == places_.count()) noteLastEnd(row);
+    }
+
+    // What stands between rows stays there also where a row goes. Where rows change places it goes
+    // with the row behind it.
+    void keepGapsUpTo(std::size_t row) {
+        if (row < nextGap_) return keep(places_.gapBefore(row));
+        for (; nextGap_ <= row; ++nextGap_) keep(places_.gapBefore(nextGap_));
+    }
+
+    // A line feed that comes to stand behind a carriage return would be no line of its own.
+    void keep(Range range) {
+        if (source_.hasLoneReturns && range.size() != 0 && range.begin != keptTo_ &&
+            byteAt(range.begin) == '\n' && lastByte() == '\r') {
+            text_.own() += '\n';
+        }
+        text_.keep(range);
+        if (range.size() != 0) keptTo_ = range.end;
+    }
+
+    char byteAt(std::uint64_t place) const {
+        char byte = 0;
+        source_.input->readAgain(place, &byte, 1);
+        return byte;
+    }
+
+    char lastByte() {
+        if (const std::string_view own = text_.lastOwn(); !own.empty()) return own.back();
+        return keptTo_ == 0 ? '\0' : byteAt(keptTo_ - 1);
+    }
+
+    void putEnd() {
+        if (lacksEnd_) text_.own() += end_;
+        lacksEnd_ = false;
+    }
+
+    void write(unsigned row) {
+        const std::string_view piece =
+            isNew(row) ? std::string_view() : reader_.read(places_.row(row));
+        form_->add(text_.own(), static_cast<unsigned>(nextChanged_++), piece);
+        text_.own() += isNew(row) || source_.isDamaged ? std::string_view(end_) : endOfLine(piece);
+    }
+
+    // The last line of a file may have no end.
+    void noteLastEnd(unsigned row) {
+        lacksEnd_ = !source_.isDamaged && endOfLine(reader_.read(places_.row(row))).empty();
+    }
+
+    Saving saving_;
+    const Log& log_;
+    const Source& source_;
+    const RowPlaces& places_;
+    const std::vector<unsigned>& all_;
+    SourceReader reader_;
+    std::unique_ptr<RowsInPlace> form_;
+    std::vector<unsigned> changed_;
+    std::size_t nextChanged_ = 0;
+    std::size_t nextGap_ = 0;
+    PatchedText text_;
+    std::uint64_t keptTo_ = 0;  // of the file
+    std::string end_;
+    bool lacksEnd_ = false;
+};
+
+std::vector<unsigned> allRows(const Log& log) {
+    std::vector<unsigned> rows(log.rowCount());
+    std::iota(rows.begin(), rows.end(), 0u);
+    return rows;
+}
+
+PatchedText patched(const Saving& saving, const std::vector<unsigned>& rows) {
+    if (isReadByLibrary(saving.log.format)) {
+        saving.log.source->places = placesByLines(saving.log);
+    }
+    const bool isJson = saving.log.format == Format::json || saving.log.format == Format::jsonl;
+    return isJson ? jsonInPlace(saving, rows) : LinesInPlace(saving, rows).make();
+}
+
+void save(const Log& log, const std::vector<unsigned>& columns, const std::vector<unsigned>& rows,
+          bool backup) {
+    requireWhole(log);
+    if (log.format != Format::plainCsv) targetOf(log);
+    Output out(log.path, log.held);
+    Losses losses;
+    const Saving saving{log, unnamedLast(log, columns), out.name(), losses};
+    PatchedText text = patched(saving, rows);
+    if (!out.isStandardOutput() && text.isFile(log.source->places.size())) return;
+    text.write(*log.source->input, out);
+    if (backup && log.held) backUp(log.path, *log.held);
+    out.close();
+    losses.tell(out.name());
+}
+
+}  // namespace
+
+void saveInPlace(const Log& log, bool backup) {
+    saveInPlace(log, allRows(log), backup);
+}
+
+void saveInPlace(const Log& log, const std::vector<unsigned>& rows, bool backup) {
+    save(log, allColumns(log), rows, backup);
+}
+
+void saveColumnsInPlace(const Log& log, const std::vector<unsigned>& columns, bool backup) {
+    save(log, columns, allRows(log), backup);
+}
+
+}  // namespace vek::formats

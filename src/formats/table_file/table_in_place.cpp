@@ -1,0 +1,211 @@
+#include <algorithm>
+#include <tuple>
+
+#include <vekdb/host/text_file.h>
+#include "formats/reading/readers.h"
+#include "formats/saving/rows_in_place.h"
+#include "formats/table_file/exact_cells.h"
+#include "formats/table_file/table_lines.h"
+#include "formats/text/text_lines.h"
+#include "formats/writing/write_formats.h"
+
+namespace vek::formats {
+
+namespace {
+
+// The heading of a table file with other parameters, names or types: each line that says
+// something else is replaced, and parameters that are new stand behind the last one. Widths say
+// how columns of these names are shown, and stay as long as the names do.
+class TableHeading {
+public:
+    explicit TableHeading(const Saving& saving)
+        : saving_(saving),
+          source_(*saving.log.source),
+          changed_(changedParameters(saving.log)),
+          now_(tableHeading(saving.log, saving.losses)) {}
+
+    std::string whole() const {
+        std::string text;
+        for (const std::string& line : now_) text += line + "\n";
+        return text;
+    }
+
+    std::string patched(std::string_view came) {
+        LineWalk walk(came, LineWalk::Ends::lineFeed);
+        std::string_view line;
+        while (walk.next(line)) {
+            const auto begin = static_cast<std::size_t>(line.data() - came.data());
+            addLine(line, came.substr(begin, came.size() - walk.rest().size() - begin));
+        }
+        return std::move(text_);
+    }
+
+    static bool hasTypesAsTheyCame(const Log& log) {
+        for (unsigned i = 0; i < log.columnCount(); ++i) {
+            if (log.source->columns[i].type != log.table->get_field_type(i)) return false;
+        }
+        return true;
+    }
+
+private:
+    static constexpr std::size_t widths = 1, types = 2, names = 3;
+
+    void addLine(std::string_view line, std::string_view whole) {
+        if (behindMagic_ > 0) return addColumnLine(behindMagic_++, whole);
+        const std::vector<std::string_view> values = rawValues(trimmed(line));
+        const std::string_view first = values.empty() ? std::string_view() : trimmed(values[0]);
+        if (sameText(first, "VEKDB")) {
+            addNewParameters(endOfLine(whole));
+            behindMagic_ = widths;
+            text_ += whole;
+            return;
+        }
+        const std::string* now = changeOf(trimmed(first.substr(0, first.find(':'))));
+        text_ += now == nullptr ? std::string(whole) : concat(*now, endOfLine(whole));
+    }
+
+    void addColumnLine(std::size_t which, std::string_view whole) {
+        const Log& log = saving_.log;
+        bool isSame = saving_.hasColumnsAsTheyCame();
+        if (isSame && which == widths) isSame = saving_.hasNamesAsTheyCame();
+        if (isSame && which == types) isSame = hasTypesAsTheyCame(log);
+        if (isSame && which == names) isSame = saving_.hasNamesAsTheyCame();
+        text_ += isSame ? std::string(whole)
+                        : concat(now_[now_.size() - 1 - names + which], endOfLine(whole));
+    }
+
+    // The lines of parameters stand in their order.
+    const std::string* lineOf(std::string_view name) const {
+        for (unsigned i = 0; i < saving_.log.table->get_num_params(); ++i) {
+            if (sameText(saving_.log.table->get_param_name(i), name)) return &now_[i];
+        }
+        return nullptr;
+    }
+
+    const std::string* changeOf(std::string_view name) const {
+        const bool isChanged =
+            std::any_of(changed_.begin(), changed_.end(),
+                        [&](const Source::Parameter& one) { return sameText(one.name, name); });
+        return isChanged ? lineOf(name) : nullptr;
+    }
+
+    void addNewParameters(std::string_view end) {
+        for (const Source::Parameter& one : changed_) {
+            if (!wasThere(saving_.log, one.name)) text_ += concat(*lineOf(one.name), end);
+        }
+    }
+
+    const Saving& saving_;
+    const Source& source_;
+    std::vector<Source::Parameter> changed_;
+    std::vector<std::string> now_;
+    std::size_t behindMagic_ = 0;
+    std::string text_;
+};
+
+class TableInPlace : public RowsInPlace {
+public:
+    explicit TableInPlace(const Saving& saving)
+        : saving_(saving), isLooked_(saving.log.rowCount()) {}
+
+    // A cell that a table file changes reads as another one, which a note puts right.
+    bool reads(std::string_view piece, unsigned row) override {
+        const Log& log = saving_.log;
+        piece.remove_suffix(endOfLine(piece).size());
+        TextFile file;
+        file.appendLine(piece);
+        dbrecord values(0);
+        values.read(file);
+        const unsigned count = std::max<unsigned>(values.get_num_fields(), log.columnCount());
+        std::vector<ExactCell> exact;
+        for (unsigned i = 0; i < count; ++i) {
+            const std::string_view cell = log.cell(row, i);
+            if (values.fieldView(i) == cell) continue;
+            if (values.fieldView(i) != afterTableFile(cell)) return false;
+            exact.push_back({row, i, std::string(cell)});
+        }
+        isLooked_[row] = 1;
+        exact_.insert(exact_.end(), exact.begin(), exact.end());
+        return true;
+    }
+
+    void begin(const Sheet& rows, const std::vector<unsigned>& all) override {
+        RowsInPlace::begin(rows, all);
+        changed_ = writeTableRows(rows, lines_);
+        for (unsigned i = 0; i < rows.rowCount(); ++i) isLooked_[rows.view->baseIndex(i)] = 1;
+    }
+
+    void add(std::string& text, unsigned row, std::string_view) override {
+        text += lines_.line(row);
+    }
+
+    std::string heading(std::string_view came) override {
+        noteExact();
+        const Log& log = saving_.log;
+        if (log.source->isDamaged) return TableHeading(saving_).whole();
+        const bool isSame = saving_.hasNamesAsTheyCame() && changedParameters(log).empty() &&
+                            TableHeading::hasTypesAsTheyCame(log);
+        return isSame ? std::string(came) : TableHeading(saving_).patched(came);
+    }
+
+private:
+    // The notes name rows by where they will stand.
+    void noteExact() {
+        const Log& log = saving_.log;
+        const std::vector<ExactCell> cells = exactCells();
+        const std::vector<Source::Cell>& came = log.source->exactCells;
+        const bool isSame =
+            std::equal(cells.begin(), cells.end(), came.begin(), came.end(),
+                       [](const ExactCell& a, const Source::Cell& b) {
+                           return a.row == b.row && a.column == b.column && a.value == b.value;
+                       });
+        const std::size_t noted = isSame ? cells.size() : noteExactCells(*log.table, cells);
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            const unsigned row = all()[cells[i].row];
+            const std::string place = concat(log.name, ":", std::to_string(log.lineOf(row)), ":",
+                                             log.columnName(cells[i].column));
+            tellExactCell(cells[i], place, i < noted, saving_.losses);
+        }
+    }
+
+    // All that the file will have, with the rows as they will stand in it.
+    std::vector<ExactCell> exactCells() {
+        std::vector<ExactCell> cells = exact_;
+        for (const ExactCell& cell : changed_) {
+            cells.push_back({rows().view->baseIndex(cell.row), cell.column, cell.value});
+        }
+        for (const Source::Cell& cell : saving_.log.source->exactCells) {
+            if (isLooked_[cell.row]) continue;
+            cells.push_back({cell.row, cell.column, cell.value});
+        }
+        if (!cells.empty()) findPlaces();
+        for (ExactCell& cell : cells) cell.row = placeOf(cell.row);
+        std::erase_if(cells, [](const ExactCell& cell) { return cell.row == noColumn; });
+        std::sort(cells.begin(), cells.end(), [](const ExactCell& a, const ExactCell& b) {
+            return std::tie(a.row, a.column) < std::tie(b.row, b.column);
+        });
+        return cells;
+    }
+
+    void findPlaces() {
+        places_.assign(saving_.log.rowCount(), noColumn);
+        for (unsigned i = 0; i < all().size(); ++i) places_[all()[i]] = i;
+    }
+
+    unsigned placeOf(unsigned row) const { return places_[row]; }
+
+    Saving saving_;
+    TextFile lines_;
+    std::vector<ExactCell> changed_;  // by the rows that are written
+    std::vector<ExactCell> exact_;    // of pieces that read as their row with a note
+    std::vector<char> isLooked_;      // rows whose cells are known from these two
+    std::vector<unsigned> places_;
+};
+
+}  // namespace
+
+std::unique_ptr<RowsInPlace> tableInPlace(const Saving& saving) {
+    return std::make_unique<TableInPlace>(saving);
+}
+
+}  // namespace vek::formats
