@@ -271,7 +271,7 @@ int run(const Args& args) {
             checkFile(path, args, out, count);
         } catch (const Failure& failure) {
             if (failure.code != unreadable) throw;
-            say(failure.text);
+            sayFailure(failure.text);
             result = unreadable;
         }
     }

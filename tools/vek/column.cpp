@@ -1,12 +1,18 @@
 #include <algorithm>
 #include <optional>
+#include <unordered_map>
 
+#include <vekdb/host/keyed_hash.h>
 #include <vekdb/views/field_map.h>
+#include "formats/changing/cell_function.h"
 #include "formats/delimited/row_lengths.h"
 #include "formats/log/column_names.h"
+#include "formats/text/letters.h"
 #include "formats/text/text_lines.h"
 #include "formats/writing/writers.h"
+#include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/say.h"
 #include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
 
@@ -15,6 +21,12 @@ namespace vek {
 namespace {
 
 constexpr const char* mapName = "V5_FIELD_MAP";
+
+struct NewName {
+    unsigned column = 0;
+    std::string was;
+    std::string to;
+};
 
 // Edits the columns of a log, and with them the field map, which names columns by position. The
 // map works by names, so columns of one name are told apart meanwhile.
@@ -48,6 +60,14 @@ public:
         if (!sameText(was, to)) refuseTaken(to);
         nameColumns(log_, {column});
         distinct_.renamed(column, to);
+    }
+
+    /// All at once, so that names may change places. None of them is looked at.
+    void rename(const std::vector<NewName>& names) {
+        for (const NewName& name : names) {
+            nameColumns(log_, {name.column});
+            distinct_.renamed(name.column, name.to);
+        }
     }
 
     void setType(unsigned column, DBFieldTypes::eType type) {
@@ -140,8 +160,89 @@ void removeColumn(Log& log, const std::vector<std::string>& words) {
     ColumnEdits(log).remove(column);
 }
 
+// What a function makes of the names, of those alone that it changes.
+std::vector<NewName> renamedBy(const CellFunction& function, const Log& log) {
+    std::vector<NewName> names;
+    for (unsigned column = 0; column < log.columnCount(); ++column) {
+        NewName name{column, log.columnName(column), log.columnName(column)};
+        function.apply(name.to);
+        const bool isNamed = !log.unnamed.contains(name.was);
+        if (isNamed && name.to != name.was) names.push_back(std::move(name));
+    }
+    return names;
+}
+
+std::string lowerCase(std::string_view text) {
+    std::string out;
+    addLower(out, text);
+    return out;
+}
+
+// Columns that had one name may keep one; no others get the same.
+void requireDistinct(const Log& log, const std::vector<NewName>& names) {
+    std::vector<std::string> all = log.columnNames();
+    for (const NewName& name : names) all[name.column] = name.to;
+    std::unordered_map<std::string, unsigned, Quor::KeyedHash> first;
+    for (unsigned column = 0; column < all.size(); ++column) {
+        auto [known, isNew] = first.try_emplace(lowerCase(all[column]), column);
+        const std::string was = log.columnName(column);
+        const std::string other = log.columnName(known->second);
+        if (isNew || sameText(was, other)) continue;
+        throw Failure{wrongUsage, concat(log.name, ": ", inQuotes(other), " and ", inQuotes(was),
+                                         " would both be named ", inQuotes(all[column]),
+                                         ", expected names that differ; nothing is renamed")};
+    }
+}
+
+void requireNames(const Log& log, const std::vector<NewName>& names) {
+    for (const NewName& name : names) {
+        if (!name.to.empty()) continue;
+        throw Failure{wrongUsage, concat(log.name, ": nothing would be left of the name ",
+                                         inQuotes(name.was), "; nothing is renamed")};
+    }
+    requireDistinct(log, names);
+}
+
+void printNames(const std::vector<NewName>& names, const Args& args) {
+    Output out;
+    std::string number;
+    Grid grid{{{"#", true, true}, {"Before"}, {"After"}},
+              names.size(),
+              [&](std::size_t row, std::size_t column) -> std::string_view {
+                  if (column > 0) return column == 1 ? names[row].was : names[row].to;
+                  return number = std::to_string(names[row].column + 1);
+              }};
+    printGrid(grid, screenOf(out, args), out);
+    out.close();
+}
+
+constexpr const char* renameForms = "rename FILE NAME NEW, or rename FILE FUNCTION";
+
+std::vector<NewName> wantedNames(const Log& log, const std::vector<std::string>& words) {
+    if (log.findColumn(words[0]) != noColumn) requireWords(words, 2, 2, renameForms);
+    std::vector<NewName> names = renamedBy(CellFunction::parse(words[0]), log);
+    requireNames(log, names);
+    return names;
+}
+
+int renameColumns(Log& log, const Args& args) {
+    std::vector<NewName> names = wantedNames(log, args.all("WORD"));
+    const std::string summary = concat(log.name, ": ", counted(names.size(), "column"));
+    if (args.has("dry-run")) {
+        printNames(names, args);
+        say(summary + " would be renamed");
+    } else if (names.empty()) {
+        say(log.name + ": no column's name changes, nothing is renamed");
+    } else {
+        ColumnEdits(log).rename(names);
+        saveInPlace(log, args.has("backup"));
+        say(summary + " renamed");
+    }
+    return names.empty() ? found : done;
+}
+
 void renameColumn(Log& log, const std::vector<std::string>& words) {
-    requireWords(words, 2, 2, "rename FILE NAME NEW");
+    requireWords(words, 2, 2, renameForms);
     unsigned column = log.requireColumn(words[0]);
     std::string was = log.columnName(column);
     ColumnEdits(log).rename(column, was, words[1]);
@@ -167,7 +268,12 @@ int orderColumns(Log& log, const std::vector<std::string>& words, bool backup) {
 int run(const Args& args) {
     std::string action = args.text("ACTION");
     const std::vector<std::string>& words = args.all("WORD");
-    Log log = readLogToChange(args);
+    const bool isByFunction = action == "rename" && words.size() == 1;
+    if (args.has("dry-run") && !isByFunction) {
+        throw Failure{wrongUsage, "column: --dry-run is for rename FILE FUNCTION"};
+    }
+    Log log = args.has("dry-run") ? readLog(args) : readLogToChange(args);
+    if (isByFunction) return renameColumns(log, args);
     if (action == "order") return orderColumns(log, words, args.has("backup"));
     if (action == "add") addColumn(log, words);
     if (action == "remove") removeColumn(log, words);
@@ -183,20 +289,26 @@ Command columnCommand() {
     return {
         "column",
         "add, remove, rename, type or order the columns of a log",
-        "add FILE NAME [TYPE]; remove FILE NAME; rename FILE NAME NEW; type FILE NAME TYPE; order "
-        "FILE NAME...: the columns that are shown, in their order. In a table file the order is "
+        "add FILE NAME [TYPE]; remove FILE NAME; rename FILE NAME NEW, or rename FILE FUNCTION, "
+        "which works on all names: s/EXPRESSION/TEXT/ with the flags g (each place) and i (case "
+        "ignored), upper, lower or trim; type FILE NAME TYPE; order FILE NAME...: the columns that "
+        "are shown, in their order. In a table file the order is "
         "its field map and hides the columns that are not named; in other formats the columns "
         "themselves are put in order, those not named last. Types are text, text_s, timecode, "
         "timecode_s, date, time_of_day, dos_date, numeric, long and double; they never change a "
         "cell.",
         {{"vek column add log.vek Circled", "a text column at the end"},
          {"vek column rename log.vek Notes Remarks", "the cells stay"},
+         {"vek column rename log.vek 's/ +/_/g' --dry-run", "blanks of all names, nothing changed"},
          {"vek column type log.vek 'Start time' timecode", "sorts and matches as timecode"},
          {"vek column order log.vek Scene Take Reel", "what vek show shows"}},
         {{"ACTION", "what to do", false, false, "add|remove|rename|type|order"},
          {"FILE", "the log, changed in place; - reads standard input and prints"},
-         {"WORD", "column names, and for add and type the type", true, true}},
-        {backupOption(), fromOption()},
+         {"WORD", "column names, for add and type the type, for rename a function", true, true}},
+        join({{"-n,--dry-run", "", "with rename FILE FUNCTION: list the names, change nothing"},
+              backupOption(),
+              fromOption()},
+             screenOptions()),
         run,
     };
 }

@@ -28,6 +28,11 @@ constexpr CommandEntry commands[] = {
     {"delete", deleteCommand},
     {"column", columnCommand},
     {"param", paramCommand},
+    {"sort", sortCommand},
+    {"dedupe", dedupeCommand},
+    {"sample", sampleCommand},
+    {"split", splitCommand},
+    {"append", appendCommand},
     {"merge", mergeCommand},
     {"diff", diffCommand},
     {"stats", statsCommand},
@@ -36,12 +41,15 @@ constexpr CommandEntry commands[] = {
     {"man", manCommand},
 };
 
-// Whatever reads logs may be told how large they are at most.
-Command withLimits(Command command) {
+// What commands have in common: whatever reads logs may be told how large they are at most, and
+// all may be told to be quiet.
+Command withCommonOptions(Command command) {
     const std::string_view from = fromOption().names;
     const bool readsLogs = std::any_of(command.options.begin(), command.options.end(),
                                        [&](const Option& option) { return option.names == from; });
     if (readsLogs) command.options = join(std::move(command.options), limitOptions());
+    command.options.push_back(
+        {"-q,--quiet", "", "leave messages out that tell of no failure; exit codes stay"});
     return command;
 }
 
@@ -49,7 +57,7 @@ Command withLimits(Command command) {
 
 std::vector<Command> allCommands() {
     std::vector<Command> all;
-    for (const CommandEntry& entry : commands) all.push_back(withLimits(entry.make()));
+    for (const CommandEntry& entry : commands) all.push_back(withCommonOptions(entry.make()));
     return all;
 }
 
@@ -64,7 +72,8 @@ std::string programHelp() {
     return out +
            "\nvek COMMAND --help tells about one, examples first. A file may be \"-\", the "
            "standard input.\nWhat follows \"--\" is no option. Of several columns named Reel the "
-           "second is Reel#2.\n\nExit codes:\n"
+           "second is Reel#2;\na name with signs in it such as = < , goes between brackets, "
+           "[c<d].\n\nExit codes:\n"
            "  0  done\n"
            "  1  it found a difference, a problem, or nothing that matched\n"
            "  2  wrong usage\n"
@@ -75,7 +84,7 @@ std::string programHelp() {
 Command commandNamed(const std::string& name) {
     std::vector<std::string> names;
     for (const CommandEntry& entry : commands) {
-        if (name == entry.name) return withLimits(entry.make());
+        if (name == entry.name) return withCommonOptions(entry.make());
         names.push_back(entry.name);
     }
     throw Failure{wrongUsage, "there is no command " + inQuotes(name) + suggestion(name, names) +

@@ -5,19 +5,24 @@
 /// The subcommands, each declared in the file of its name.
 namespace vek {
 
+Command appendCommand();
 Command checkCommand();
 Command columnCommand();
 Command completionsCommand();
 Command containerCommand();
 Command convertCommand();
+Command dedupeCommand();
 Command deleteCommand();
 Command diffCommand();
 Command infoCommand();
 Command manCommand();
 Command mergeCommand();
 Command paramCommand();
+Command sampleCommand();
 Command setCommand();
 Command showCommand();
+Command sortCommand();
+Command splitCommand();
 Command statsCommand();
 Command tagCommand();
 Command timecodeCommand();

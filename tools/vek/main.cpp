@@ -34,6 +34,7 @@ int print(const std::string& text) {
 int runCommand(const Command& command, const std::vector<std::string>& words) {
     Args args = parse(command, words);
     if (args.has("help")) return print(helpText(command));
+    if (args.has("quiet")) leaveMessagesOut();
     setLimits(args);
     return command.run(args);
 }
@@ -49,7 +50,7 @@ int run(std::vector<std::string> words) {
 }
 
 int ended(const Failure& failure) {
-    if (!failure.text.empty()) say(failure.text);
+    if (!failure.text.empty()) sayFailure(failure.text);
     return failure.code;
 }
 

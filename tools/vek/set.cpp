@@ -1,8 +1,15 @@
+#include <algorithm>
+#include <optional>
+
+#include "formats/changing/cell_template.h"
+#include "formats/text/written_names.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/edits.h"
 #include "tools/vek/cli/grid.h"
+#include "tools/vek/cli/numbering.h"
 #include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/saving.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
@@ -11,43 +18,152 @@ namespace vek {
 
 namespace {
 
-struct Change {
-    unsigned short column = 0;
-    std::string value;
+// What one change does to the value of its column: puts another one there, or works on it.
+struct Step {
+    std::optional<CellTemplate> value;
+    std::optional<CellFunction> function;
 };
 
-Change parseChange(const Log& log, const std::string& text) {
-    std::size_t equals = text.find('=');
-    if (equals == std::string::npos || equals == 0) {
-        throw Failure{wrongUsage,
-                      "set: " + inQuotes(text) + " is no change, expected COLUMN=VALUE"};
-    }
-    unsigned column = log.requireColumn(text.substr(0, equals));
-    return {static_cast<unsigned short>(column), text.substr(equals + 1)};
+// All that is done to a column, in its order.
+struct ColumnChange {
+    unsigned short column = 0;
+    std::vector<const Step*> steps;
+};
+
+[[noreturn]] void refuseChange(const std::string& text) {
+    throw Failure{wrongUsage, "set: " + inQuotes(text) +
+                                  " is no change, expected COLUMN=VALUE, or COLUMN~FUNCTION"};
 }
 
-std::vector<Edit> editsOf(const VDBView& view, const std::vector<Change>& changes) {
-    std::vector<Edit> edits;
-    for (unsigned i = 0; i < view->get_num_records(); ++i) {
-        for (const Change& change : changes) {
-            std::string before(view->get_record(i)->fieldView(change.column));
-            if (before == change.value) continue;
-            edits.push_back({view->baseIndex(i), change.column, before, change.value});
+struct Written {
+    std::string columns;
+    char sign = '=';
+    std::string what;
+};
+
+// The sign behind the names of a list, which stands in none that is between brackets.
+std::size_t signBehindNames(const std::string& text) {
+    std::size_t at = 0;
+    for (;;) {
+        std::optional<WrittenName> name = bracketedName(std::string_view(text).substr(at));
+        at = text.find_first_of(",=~", name ? at + name->size : at);
+        if (at == std::string::npos || text[at] != ',') return at;
+        ++at;
+    }
+}
+
+// A name may have a "~" in it, and a substitution a "=".
+Written splitChange(const Log& log, const std::string& text) {
+    const std::size_t equals = text.find('=');
+    const bool isPlain = equals != std::string::npos && equals > 0 &&
+                         log.findColumn(text.substr(0, equals)) != noColumn;
+    const std::size_t sign = isPlain ? equals : signBehindNames(text);
+    if (sign == std::string::npos || sign == 0) refuseChange(text);
+    return {text.substr(0, sign), text[sign], text.substr(sign + 1)};
+}
+
+// Puts the changes of the command line together, column by column.
+class Changes {
+public:
+    Changes(const Log& log, const std::vector<std::string>& texts) : log_(log) {
+        steps_.reserve(texts.size());
+        for (const std::string& text : texts) add(text);
+    }
+
+    const std::vector<ColumnChange>& columns() const { return columns_; }
+
+    bool count() const {
+        return std::any_of(steps_.begin(), steps_.end(),
+                           [](const Step& step) { return step.value && step.value->counts(); });
+    }
+
+private:
+    void add(const std::string& text) {
+        const Written written = splitChange(log_, text);
+        Step& step = steps_.emplace_back();
+        if (written.sign == '=') {
+            addTo(log_.requireColumn(written.columns), step);
+            step.value.emplace(log_, written.what);
+            return;
+        }
+        step.function.emplace(CellFunction::parse(written.what));
+        for (unsigned column : columnsNamed(written.columns)) addTo(column, step);
+    }
+
+    std::vector<unsigned> columnsNamed(const std::string& names) const {
+        const bool isAll = names == "*" && log_.findColumn(names) == noColumn;
+        return isAll ? allColumns(log_) : columnList(log_, names);
+    }
+
+    void addTo(unsigned column, const Step& step) {
+        auto known =
+            std::find_if(columns_.begin(), columns_.end(),
+                         [&](const ColumnChange& change) { return change.column == column; });
+        if (known == columns_.end()) {
+            columns_.push_back({static_cast<unsigned short>(column), {}});
+            known = columns_.end() - 1;
+        }
+        known->steps.push_back(&step);
+    }
+
+    const Log& log_;
+    std::vector<Step> steps_;  // stay where they are
+    std::vector<ColumnChange> columns_;
+};
+
+// Works out what becomes of the rows. All values are made of the cells as they were.
+class Editor {
+public:
+    Editor(const Log& log, const Changes& changes, Numbering numbering)
+        : log_(log), changes_(changes), numbering_(numbering), counts_(changes.count()) {}
+
+    std::vector<Edit> edit(const VDBView& view) {
+        for (unsigned i = 0; i < view->get_num_records(); ++i) {
+            if (counts_) number_ = numbering_.next();
+            editRow(view->baseIndex(i));
+        }
+        return std::move(edits_);
+    }
+
+private:
+    void editRow(unsigned row) {
+        for (const ColumnChange& change : changes_.columns()) {
+            const std::string_view before = log_.cell(row, change.column);
+            value_ = before;
+            for (const Step* step : change.steps) apply(*step, row);
+            if (before != value_) edits_.push_back({row, change.column, before, value_});
         }
     }
-    return edits;
+
+    void apply(const Step& step, unsigned row) {
+        if (step.function) return step.function->apply(value_);
+        value_.clear();
+        step.value->add(value_, number_, [&](unsigned column) { return log_.cell(row, column); });
+    }
+
+    const Log& log_;
+    const Changes& changes_;
+    Numbering numbering_;
+    bool counts_;
+    std::string number_;
+    std::string value_;
+    std::vector<Edit> edits_;
+};
+
+void requireCounting(const Changes& changes, const Args& args) {
+    if (changes.count() || !asksForNumbering(args)) return;
+    throw Failure{wrongUsage,
+                  "set: --start, --step and --digits are for {#} in a value, which is not there"};
 }
 
 int run(const Args& args) {
     Selection selection = selectionFrom(args);
     requireChoice("set", selection, args);
-    Log log = args.has("dry-run") ? readLog(args) : readLogToChange(args);
-    std::vector<Change> changes;
-    for (const std::string& text : args.all("COLUMN=VALUE")) {
-        changes.push_back(parseChange(log, text));
-    }
+    Log log = readLogToSave(args);
+    Changes changes(log, args.all("COLUMN=VALUE"));
+    requireCounting(changes, args);
     VDBView view = selectRows(log, selection).view;
-    std::vector<Edit> edits = editsOf(view, changes);
+    std::vector<Edit> edits = Editor(log, changes, numberingFrom(args)).edit(view);
     std::string summary = log.name + ": " + counted(view->get_num_records(), "row") + " matched, " +
                           counted(edits.size(), "cell");
     if (args.has("dry-run")) {
@@ -60,7 +176,7 @@ int run(const Args& args) {
         return found;
     }
     makeEdits(log, edits);
-    saveInPlace(log, args.has("backup"));
+    saveResult(wholeSheet(log), args);
     say(summary + " changed");
     return done;
 }
@@ -71,16 +187,29 @@ Command setCommand() {
     return {
         "set",
         "edit cells of the rows that match",
-        "Stores the values in all matching rows. Changing all rows has to be asked for by name. "
-        "The "
-        "file is replaced whole or not at all. Ends with 1 when nothing matched.",
+        "Stores the values in all matching rows. In a value {COLUMN} stands for the row's cell of "
+        "a column as it was before, {COLUMN|FUNCTION} for what a function makes of it, {#} for a "
+        "number that counts the matching rows, and {{ or }} for a brace. COLUMNS~FUNCTION works on "
+        "the cells of columns, * for all of them. Functions are upper, lower, trim (blanks at both "
+        "ends) and s/EXPRESSION/TEXT/ with the flags g (each place) and i (case ignored): the "
+        "expression is one of COLUMN~REGEX, and \\1 in the text what its first group matched. A "
+        "name with signs such as = ~ < in it goes between brackets, [c<d]=x. Changing all rows "
+        "has to be asked for by name. The file is replaced whole or not at all. Ends with 1 when "
+        "nothing matched.",
         {{"vek set log.vek 'Notes=no good' --where Take==1", "a note on first takes"},
          {"vek set log.vek Reel=A002 Scene= --where Reel=A001 --dry-run",
           "show before and after of two columns, change nothing"},
+         {"vek set log.vek 'Description={Scene|upper}-{Take}' --every",
+          "made of the cells of other columns"},
+         {"vek set log.vek 'Notes,Description~s/, *(.)/; \\1/g' --every",
+          "replaced in two columns"},
+         {"vek set log.vek 'Take={#}' --start 10 --digits 3 --where Scene==12",
+          "010, 011, 012, ..."},
          {"vek set log.vek Notes= --every", "empty a column"}},
         {{"FILE", "the log, changed in place; - reads standard input and prints"},
-         {"COLUMN=VALUE", "a column and its new value", false, true}},
-        join(join(choosingOptions(), {everyOption(), dryRunOption(), backupOption(), fromOption()}),
+         {"COLUMN=VALUE", "a column and its new value, or COLUMNS~FUNCTION", false, true}},
+        join(join(join(numberingOptions(), choosingOptions()),
+                  {everyOption(), dryRunOption(), savingOption(), backupOption(), fromOption()}),
              screenOptions()),
         run,
     };

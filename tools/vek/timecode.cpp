@@ -10,6 +10,7 @@
 #include "tools/vek/cli/edits.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/saving.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
@@ -37,7 +38,7 @@ struct Work {
     }
 
     void put(unsigned row, unsigned column, const std::string& after) {
-        std::string before(log.cell(row, column));
+        const std::string_view before = log.cell(row, column);
         if (before == after) return;
         edits.push_back({row, static_cast<unsigned short>(column), before, after});
     }
@@ -404,30 +405,10 @@ void tellOdd(const Work& work) {
     }
 }
 
-void save(const Log& log, const Args& args) {
-    if (!args.has("output")) return saveInPlace(log, args.has("backup"));
-    requireWhole(log);
-    Output out(args.text("output"), log.held);
-    Losses losses;
-    Target target = out.isStandardOutput() ? targetOf(log) : targetOfPath(args.text("output"));
-    writeSheet(wholeSheet(log), target, {log.lineEnd, log.beganWithMark}, out, losses);
-    out.close();
-    losses.tell(out.name());
-}
-
-Log readLogOf(const Args& args) {
-    if (args.has("dry-run")) return readLog(args);
-    if (!args.has("output")) return readLogToChange(args);
-    Held held = holdInput({args.text("FILE")}, args.text("output"));
-    Log log = readLog(args);
-    log.held = held;
-    return log;
-}
-
 int run(const Args& args) {
     Selection selection = selectionFrom(args);
     requireFitting(args, selection);
-    Log log = readLogOf(args);
+    Log log = readLogToSave(args);
     Work work{log, LogCounting(log, wantedRate(args)), {}, {}, {}};
     requireRate(work);
     VDBView view = selectRows(log, selection).view;
@@ -439,7 +420,7 @@ int run(const Args& args) {
         printEdits(log, work.edits, args);
     else if (!work.rows.empty()) {
         makeEdits(log, work.edits);
-        save(log, args);
+        saveResult(wholeSheet(log), args);
     }
     say(log.name + ": " + counted(work.rows.size(), "row") + ", " +
         counted(work.edits.size(), "cell") + (isDry ? " would change" : " changed"));
@@ -478,7 +459,7 @@ Command timecodeCommand() {
                     "nearest|down|up"},
                    {"--as", "FORM", "durations as timecodes (as a rule) or as frames", false,
                     "timecode|frames"},
-                   {"-o,--output", "OUT", "write this file, leave the log as it is"}},
+                   savingOption()},
                   choosingOptions()),
              join({dryRunOption(), backupOption(), fromOption()}, screenOptions())),
         run,

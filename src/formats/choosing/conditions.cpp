@@ -8,6 +8,7 @@
 #include <vekdb/host/text_util.h>
 #include "formats/choosing/regex.h"
 #include "formats/text/text_lines.h"
+#include "formats/text/written_names.h"
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/timecode.h"
 
@@ -52,6 +53,25 @@ const OperatorText* operatorAt(std::string_view text) {
     return nullptr;
 }
 
+// `rest` begins with the operator.
+Condition conditionOf(const Log& log, std::string_view name, const OperatorText& entry,
+                      std::string_view rest) {
+    std::string value(rest.substr(std::string_view(entry.text).size()));
+    bool isEmptyTest = entry.op == Operator::contains && value.empty();
+    return {log.requireColumn(name), isEmptyTest ? Operator::empty : entry.op, value};
+}
+
+// "[c<d]=x": a name between brackets, and an operator behind it.
+std::optional<Condition> bracketedCondition(const Log& log, std::string_view text) {
+    std::optional<WrittenName> name = bracketedName(text);
+    if (!name) return {};
+    std::string_view rest = text.substr(name->size);
+    rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));
+    const OperatorText* entry = operatorAt(rest);
+    if (entry == nullptr) return {};
+    return conditionOf(log, text.substr(0, name->size), *entry, rest);
+}
+
 bool rangeHolds(std::string_view start, std::string_view end, long long wanted) {
     std::optional<Timecode> from = parseTimecode(start);
     std::optional<Timecode> to = parseTimecode(end);
@@ -64,13 +84,11 @@ bool rangeHolds(std::string_view start, std::string_view end, long long wanted) 
 }  // namespace
 
 Condition parseCondition(const Log& log, const std::string& text) {
+    if (std::optional<Condition> condition = bracketedCondition(log, text)) return *condition;
     for (std::size_t at = 1; at < text.size(); ++at) {
         const OperatorText* entry = operatorAt(std::string_view(text).substr(at));
         if (entry == nullptr) continue;
-        std::string value = text.substr(at + std::string_view(entry->text).size());
-        bool isEmptyTest = entry->op == Operator::contains && value.empty();
-        return {log.requireColumn(trimmed(text.substr(0, at))),
-                isEmptyTest ? Operator::empty : entry->op, value};
+        return conditionOf(log, trimmed(text.substr(0, at)), *entry, text.substr(at));
     }
     throw Failure{wrongUsage, inQuotes(text) +
                                   " is no condition, expected COLUMN=TEXT or one of "

@@ -26,4 +26,26 @@ private:
     std::unique_ptr<Compiled> compiled_;
 };
 
+/// Puts another text in the place of what a regular expression matches.
+class Substitution {
+public:
+    /// What the place is found by, and how often.
+    struct Manner {
+        bool everywhere = false;  ///< each place, not the first alone
+        bool ignoresCase = false;
+    };
+
+    /// In `with` \1 to \9 are what the groups match, \0 is what all of it does, and \\ a
+    /// backslash. A Failure with wrongUsage that says what is wrong with either of the two.
+    Substitution(const std::string& expression, const std::string& with, Manner manner);
+    ~Substitution();
+    Substitution(Substitution&&) noexcept;
+
+    void apply(std::string& text) const;
+
+private:
+    struct Compiled;
+    std::unique_ptr<Compiled> compiled_;
+};
+
 }  // namespace vek::formats

@@ -7,6 +7,7 @@
 #include <vekdb/host/text_util.h>
 #include "formats/choosing/conditions.h"
 #include "formats/text/text_lines.h"
+#include "formats/text/written_names.h"
 
 namespace vek::formats {
 
@@ -188,7 +189,7 @@ std::vector<unsigned> columnList(const Log& log, const std::string& names) {
     // A name that holds a comma itself is taken whole.
     if (log.findColumn(names) != noColumn) return {log.requireColumn(names)};
     std::vector<unsigned> columns;
-    for (std::string_view name : split(names, ',')) {
+    for (std::string_view name : splitNames(names)) {
         columns.push_back(log.requireColumn(trimmed(name)));
     }
     return columns;

@@ -41,7 +41,7 @@ Selected selectRows(const Log& log, const Selection& selection);
 /// A view of these table rows in this order, with their tags.
 VDBView viewOf(const Log& log, const std::vector<unsigned>& rows);
 
-/// The column positions of a list such as "Scene,Take".
+/// The column positions of a list such as "Scene,Take" or "[Name, clip],Take".
 std::vector<unsigned> columnList(const Log& log, const std::string& names);
 
 }  // namespace vek::formats

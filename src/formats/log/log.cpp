@@ -7,6 +7,7 @@
 #include "formats/log/column_names.h"
 #include "formats/reading/input.h"
 #include "formats/text/suggestion.h"
+#include "formats/text/written_names.h"
 
 namespace vek::formats {
 
@@ -65,6 +66,7 @@ unsigned Log::requireColumn(std::string_view wanted) const {
     }
     if (column == noColumn) column = numberedColumn(*this, wanted);
     if (column != noColumn) return column;
+    if (std::optional<std::string> inner = unbracketed(wanted)) return requireColumn(*inner);
     throw Failure{wrongUsage, name + ": there is no column " + inQuotes(wanted) +
                                   suggestion(wanted, columnNames())};
 }

@@ -72,8 +72,9 @@ struct Log {
     }
     std::string columnName(unsigned column) const;
     std::vector<std::string> columnNames() const;
-    /// Without regard to case; "Name#2" is the second of several of the name. A Failure with a
-    /// suggestion when there is none, and with the choices when there are several.
+    /// Without regard to case; "Name#2" is the second of several of the name, and "[c<d]" the
+    /// column c<d, where none is called so with the brackets. A Failure with a suggestion when
+    /// there is none, and with the choices when there are several.
     unsigned requireColumn(std::string_view name) const;
     /// The position of the first that has the name, or noColumn.
     unsigned findColumn(std::string_view name) const;

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-/// How texts look on a terminal. The only place that knows utf8proc.
+/// How texts look on a terminal. Knows utf8proc, as letters.h does.
 namespace vek::formats {
 
 /// Terminal cells of an escaped text: wide characters take two, combining ones none.

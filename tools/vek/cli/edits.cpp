@@ -7,16 +7,15 @@ namespace vek {
 void printEdits(const Log& log, const std::vector<Edit>& edits, const Args& args) {
     Output out;
     Screen screen = screenOf(out, args);
-    std::vector<std::vector<std::string>> cells;
-    cells.reserve(edits.size());
-    for (const Edit& edit : edits) {
-        cells.push_back(
-            {std::to_string(edit.row + 1), log.columnName(edit.column), edit.before, edit.after});
-    }
+    const std::vector<std::string> names = log.columnNames();
+    std::string number;
     Grid grid{{{"#", true, true}, {"Column"}, {"Before"}, {"After"}},
-              cells.size(),
+              edits.size(),
               [&](std::size_t row, std::size_t column) -> std::string_view {
-                  return cells[row][column];
+                  const Edit& edit = edits[row];
+                  if (column == 1) return names[edit.column];
+                  if (column > 1) return column == 2 ? edit.before : std::string_view(edit.after);
+                  return number = std::to_string(edit.row + 1);
               }};
     printGrid(grid, screen, out);
     out.close();

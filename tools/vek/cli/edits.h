@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "formats/log/log.h"
@@ -12,7 +13,7 @@ namespace vek {
 struct Edit {
     unsigned row = 0;
     unsigned short column = 0;
-    std::string before;
+    std::string_view before;  ///< in the table, until it is made
     std::string after;
 };
 

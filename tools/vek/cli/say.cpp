@@ -6,7 +6,21 @@
 
 namespace vek {
 
+namespace {
+
+bool areLeftOut = false;
+
+}  // namespace
+
 void say(const std::string& text) {
+    if (!areLeftOut) sayFailure(text);
+}
+
+void leaveMessagesOut() {
+    areLeftOut = true;
+}
+
+void sayFailure(const std::string& text) {
     std::string line = "vek: " + formats::escaped(text) + "\n";
     // Nothing is left to be told when even this stream is gone.
     [[maybe_unused]] ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());

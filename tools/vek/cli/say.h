@@ -8,4 +8,10 @@ namespace vek {
 /// characters are shown escaped, so that a file's content never reaches the terminal raw.
 void say(const std::string& text);
 
+/// The same for what went wrong, which is said also where messages are left out.
+void sayFailure(const std::string& text);
+
+/// From now on messages are left out, failures are not.
+void leaveMessagesOut();
+
 }  // namespace vek

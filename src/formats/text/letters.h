@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+/// Letters of all alphabets. Knows utf8proc, as width.h does.
+namespace vek::formats {
+
+/// Adds the text with every letter of it in upper case, or in lower case. A letter stays one
+/// letter; bytes that are no UTF-8 stay as they are.
+void addUpper(std::string& out, std::string_view text);
+void addLower(std::string& out, std::string_view text);
+
+/// The same for names that a file system takes for the same which ignores case and tells
+/// composed letters not from those that are made of two.
+std::string foldedName(std::string_view text);
+
+}  // namespace vek::formats

@@ -1,0 +1,50 @@
+#include "formats/text/written_names.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vek::formats {
+
+namespace {
+
+// Where a name of a list ends: at a comma, unless that stands between brackets.
+std::size_t endOfName(std::string_view list) {
+    const std::size_t start = std::min(list.find_first_not_of(' '), list.size());
+    std::optional<WrittenName> name = bracketedName(list.substr(start));
+    return std::min(list.find(',', name ? start + name->size : 0), list.size());
+}
+
+}  // namespace
+
+std::optional<WrittenName> bracketedName(std::string_view text) {
+    if (!text.starts_with('[')) return {};
+    WrittenName written;
+    for (std::size_t at = 1; at < text.size(); ++at) {
+        const bool isDoubled = text[at] == ']' && text.substr(at + 1).starts_with(']');
+        if (text[at] == ']' && !isDoubled) {
+            written.size = at + 1;
+            return written;
+        }
+        written.name += text[at];
+        if (isDoubled) ++at;
+    }
+    return {};
+}
+
+std::optional<std::string> unbracketed(std::string_view text) {
+    std::optional<WrittenName> written = bracketedName(text);
+    if (!written || written->size != text.size()) return {};
+    return std::move(written->name);
+}
+
+std::vector<std::string_view> splitNames(std::string_view list) {
+    std::vector<std::string_view> names;
+    for (;;) {
+        const std::size_t end = endOfName(list);
+        names.push_back(list.substr(0, end));
+        if (end == list.size()) return names;
+        list.remove_prefix(end + 1);
+    }
+}
+
+}  // namespace vek::formats

@@ -1,0 +1,309 @@
+#include <unistd.h>
+
+#include <algorithm>
+#include <deque>
+#include <unordered_map>
+
+#include <vekdb/host/keyed_hash.h>
+#include "formats/changing/cell_template.h"
+#include "formats/changing/file_names.h"
+#include "tools/vek/cli/choosing.h"
+#include "tools/vek/cli/grid.h"
+#include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/saving.h"
+#include "tools/vek/cli/say.h"
+#include "tools/vek/cli/writing.h"
+#include "tools/vek/commands.h"
+
+namespace vek {
+
+namespace {
+
+constexpr std::size_t mostFiles = 1000;
+constexpr std::size_t mostTold = 20;
+constexpr std::size_t mostLossy = 3;  // files whose losses are told one by one
+
+// The rows of one file.
+struct Piece {
+    std::vector<unsigned> rows;
+    std::string path;
+};
+
+using Pieces = std::vector<Piece>;
+
+void addKey(std::string& key, std::string_view cell) {
+    key += std::to_string(cell.size());
+    key += ':';
+    key += cell;
+}
+
+Pieces piecesOf(const Log& log, const VDBView& view, const std::vector<unsigned>& columns) {
+    Pieces pieces;
+    std::unordered_map<std::string, std::size_t, Quor::KeyedHash> places;
+    std::string key;
+    for (unsigned i = 0; i < view->get_num_records(); ++i) {
+        const unsigned row = view->baseIndex(i);
+        key.clear();
+        for (unsigned column : columns) addKey(key, log.cell(row, column));
+        auto [place, isNew] = places.try_emplace(key, pieces.size());
+        if (isNew) pieces.emplace_back();
+        pieces[place->second].rows.push_back(row);
+    }
+    return pieces;
+}
+
+void requireFew(const Pieces& pieces, const Args& args) {
+    const std::size_t most = args.number("max-files", mostFiles);
+    if (pieces.size() <= most) return;
+    throw Failure{wrongUsage,
+                  concat("split: ", std::to_string(pieces.size()), " values, expected at most ",
+                         std::to_string(most), " files; --max-files says how many may be")};
+}
+
+// Gives the files their names, and tells where a value cannot stand in one as it is.
+class Naming {
+public:
+    Naming(const Log& log, const std::string& output, const std::vector<unsigned>& columns)
+        : log_(log), columns_(columns), template_(log, output) {
+        for (const CellTemplate::Part& part : template_.parts()) check(part);
+        const bool namesOne =
+            std::any_of(template_.parts().begin(), template_.parts().end(),
+                        [](const CellTemplate::Part& part) { return part.column != noColumn; });
+        if (!namesOne) refuseOneName(output);
+    }
+
+    void name(Pieces& pieces) {
+        for (Piece& piece : pieces) name(piece);
+        if (told_ > mostTold) {
+            say(concat(log_.name, ": ", std::to_string(told_ - mostTold), " more like these"));
+        }
+    }
+
+private:
+    [[noreturn]] void refuseOneName(const std::string& output) const {
+        throw Failure{wrongUsage,
+                      concat("split: ", inQuotes(output),
+                             " is one name for all files, expected a column of --by in braces: {",
+                             log_.columnName(columns_.front()), "}")};
+    }
+
+    void check(const CellTemplate::Part& part) const {
+        if (part.isNumber) throw Failure{wrongUsage, "split: {#} has no place in a file's name"};
+        const bool isKnown = part.column == noColumn || std::find(columns_.begin(), columns_.end(),
+                                                                  part.column) != columns_.end();
+        if (isKnown) return;
+        throw Failure{wrongUsage, concat("split: {", log_.columnName(part.column),
+                                         "} differs from row to row of a file, expected a column "
+                                         "of --by")};
+    }
+
+    void name(Piece& piece) {
+        const unsigned row = piece.rows.front();
+        std::string values;
+        for (unsigned column : columns_) {
+            values += concat(values.empty() ? "" : ", ", inQuotes(log_.cell(row, column)));
+        }
+        const FileName name = fileNameOf(row);
+        piece.path = names_.freeOne(name.path);
+        const bool isAsMeant = name.isAsMeant && piece.path == name.path;
+        if (!isAsMeant && ++told_ <= mostTold) {
+            say(concat(log_.name, ": rows of ", values, " go to ", piece.path));
+        }
+    }
+
+    FileName fileNameOf(unsigned row) const {
+        FileNameBuilder builder;
+        for (const CellTemplate::Part& part : template_.parts()) {
+            builder.addText(part.text);
+            if (part.column == noColumn) continue;
+            std::string value;
+            CellTemplate::addCell(value, part, log_.cell(row, part.column));
+            builder.addValue(value);
+        }
+        return builder.take();
+    }
+
+    const Log& log_;
+    const std::vector<unsigned>& columns_;
+    CellTemplate template_;
+    FreeNames names_;
+    std::size_t told_ = 0;
+};
+
+bool isThere(const std::string& path) {
+    return ::access(path.c_str(), F_OK) == 0;
+}
+
+void requireFolder(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    if (isThere(folder)) return;
+    throw Failure{unwritable, concat(path, ": there is no folder ", folder,
+                                     ", nothing is written; make the folder first")};
+}
+
+// Everything that can be known to go wrong is known before the first file is written.
+void requireFree(const Log& log, const Pieces& pieces, bool overwrites) {
+    std::size_t count = 0;
+    for (const Piece& piece : pieces) {
+        requireFolder(piece.path);
+        if (!isThere(piece.path)) continue;
+        if (isSameFile(piece.path, log.path)) {
+            throw Failure{unwritable,
+                          piece.path + ": is the log that is split; nothing is written"};
+        }
+        if (!overwrites && ++count <= mostTold) sayFailure(piece.path + ": is there already");
+    }
+    if (count == 0) return;
+    throw Failure{unwritable, concat(counted(count, "file is", "files are"),
+                                     " there already, nothing is written; --overwrite replaces "
+                                     "them")};
+}
+
+void printPlan(const Pieces& pieces, const Args& args) {
+    Output out;
+    std::string number;
+    Grid grid{{{"File"}, {"Rows", true}},
+              pieces.size(),
+              [&](std::size_t row, std::size_t column) -> std::string_view {
+                  if (column == 0) return pieces[row].path;
+                  return number = std::to_string(pieces[row].rows.size());
+              }};
+    printGrid(grid, screenOf(out, args), out);
+    out.close();
+}
+
+// A file as it is to be written, all of it in memory.
+struct Draft {
+    Held held;
+    Output out;
+    Losses losses;
+};
+
+// Whatever a format refuses of some row is found before anything is written.
+class Writer {
+public:
+    Writer(const Log& log, const Args& args, Target target)
+        : log_(log),
+          target_(target),
+          style_(styleFrom(args, target)),
+          backsUp_(args.has("backup")) {
+        if (!args.has("crlf")) style_.lineEnd = log.lineEnd;
+        style_.byteOrderMark = log.beganWithMark;
+    }
+
+    void write(const Pieces& pieces) {
+        for (const Piece& piece : pieces) prepare(piece);
+        std::size_t written = 0;
+        try {
+            for (; written < pieces.size(); ++written) finish(pieces[written], drafts_[written]);
+        } catch (const Failure& failure) {
+            throw Failure{failure.code,
+                          concat(failure.text, "; ", std::to_string(written), " of ",
+                                 counted(pieces.size(), "file"), " were written before")};
+        }
+        if (lossy_ <= mostLossy) return;
+        say(concat(log_.name, ": ", counted(lossy_ - mostLossy, "more file"), " with such losses"));
+    }
+
+private:
+    void prepare(const Piece& piece) {
+        Held held = backsUp_ && isThere(piece.path) ? holdFile(piece.path) : nullptr;
+        Draft& draft = drafts_.emplace_back(Draft{held, Output(piece.path, held), {}});
+        Sheet sheet{log_, viewOf(log_, piece.rows), allColumns(log_)};
+        writeSheet(sheet, target_, style_, draft.out, draft.losses);
+    }
+
+    void finish(const Piece& piece, Draft& draft) {
+        if (draft.held) backUp(piece.path, *draft.held);
+        draft.out.close();
+        if (draft.losses.count() > 0 && ++lossy_ <= mostLossy) draft.losses.tell(piece.path);
+    }
+
+    const Log& log_;
+    Target target_;
+    WriteStyle style_;
+    bool backsUp_;
+    std::size_t lossy_ = 0;  // files that could not take everything
+    std::deque<Draft> drafts_;
+};
+
+Target wantedTarget(const Log& log, const Args& args) {
+    if (args.has("to")) return targetNamed(args.text("to"));
+    return targetFor(log, args.text("output"));
+}
+
+void requireWishes(const Args& args) {
+    if (!args.has("by")) throw Failure{wrongUsage, "split: by which column? expected --by COLUMN"};
+    if (args.has("output")) return;
+    throw Failure{wrongUsage,
+                  "split: into which files? expected -o NAME with the column in braces, such as "
+                  "-o 'day_{Reel}.ale'"};
+}
+
+int run(const Args& args) {
+    requireWishes(args);
+    Selection selection = selectionFrom(args);
+    Log log = readLog(args);
+    requireWhole(log);
+    const std::vector<unsigned> columns = columnList(log, args.text("by"));
+    Naming naming(log, args.text("output"), columns);
+    const Target target = wantedTarget(log, args);
+    VDBView view = selectRows(log, selection).view;
+    if (view->get_num_records() == 0) {
+        say(log.name + ": no row matches, nothing is written");
+        return found;
+    }
+    Pieces pieces = piecesOf(log, view, columns);
+    requireFew(pieces, args);
+    naming.name(pieces);
+    requireFree(log, pieces, args.has("overwrite"));
+    const std::string summary = concat(log.name, ": ", counted(view->get_num_records(), "row"),
+                                       " in ", counted(pieces.size(), "file"));
+    if (args.has("dry-run")) {
+        printPlan(pieces, args);
+        say(summary + " would be written");
+    } else {
+        Writer(log, args, target).write(pieces);
+        say(summary + " written");
+    }
+    return readingResult(log);
+}
+
+}  // namespace
+
+Command splitCommand() {
+    return {
+        "split",
+        "write a file for each value of a column",
+        "Writes the rows of each value of a column, or of several, into a file of their own, in "
+        "their order and with all columns and parameters. In the name {COLUMN} stands for the "
+        "value, {COLUMN|upper} and the like for what a function of vek set makes of it, and {{ "
+        "for a brace. Signs that are not safe in a name on every system (/ \\ : * ? \" < > |, "
+        "control characters, a point or dash in front, blanks and points behind) become _, no "
+        "value becomes none, and of names that are the same, case ignored, the second gets _2: "
+        "each such name is told. Nothing is overwritten unless asked. What can be found wrong is "
+        "found before the first file is written; should one fail then, it is told how many were "
+        "written.",
+        {{"vek split log.vek --by Reel -o 'day_{Reel}.vek'", "a file for each reel"},
+         {"vek split log.vek --by Reel,Scene -o '{Reel}_{Scene|lower}.csv' --dry-run",
+          "which files it would be"},
+         {"vek split log.vek --by Reel -o 'tagged_{Reel}.ale' --tagged --fps 24",
+          "the tagged rows alone"}},
+        {{"FILE", "the log, or - for standard input"}},
+        join(join({{"-b,--by", "A,B", "a file for each value of this column, or of several"},
+                   {"-o,--output", "NAME", "the names of the files, columns in braces"},
+                   {"--to", "FORMAT", "what to write; the ending of NAME as a rule", false,
+                    writableFormats().c_str()},
+                   {"--overwrite", "", "replace files that are there"},
+                   {"--backup", "", "keep what is replaced, as FILE.bak"},
+                   {"--max-files", "N", "refuse to write more files; 1000 as a rule"},
+                   {"-n,--dry-run", "", "list the files, write nothing"},
+                   fromOption()},
+                  choosingOptions()),
+             join(styleOptions(), screenOptions())),
+        run,
+    };
+}
+
+}  // namespace vek
