@@ -5,8 +5,10 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <climits>
 #include <memory>
+#include <random>
 #include <string>
 #include <string_view>
 
@@ -18,6 +20,7 @@
 #include <vekdb/views/view.h>
 #include <vekdb/views/view_rep.h>
 #include "measure.h"
+#include "view_work.h"
 
 using compare::Answer;
 using compare::fail;
@@ -214,6 +217,121 @@ Answer deleteWork(const Request& request) {
     return answer;
 }
 
+// --- through two views of all rows, the second stacked on the first
+
+struct LogStack {
+    explicit LogStack(const Request& request) : table(load(request.input)) {
+        lower = VDBView(table.get());
+        lower->displayAllRecords();
+        upper = VDBView(table.get());
+        upper->baseView(lower.get());
+        upper->displayAllRecords();
+    }
+
+    Table table;
+    VDBView lower;
+    VDBView upper;
+};
+
+// A view writes its own tags into the column "Tag".
+void keepRows(VDBViewRep& view, const Request& request) {
+    if (request.result.empty()) {
+        return;
+    }
+    unsigned tag = column(view, "Tag");
+    for (unsigned row = 0; row < view.get_num_records(); ++row) {
+        view.set_tag(row, view.get_record(row)->fieldView(tag) == "1");
+    }
+    if (view.saveAsText(wide(request.result), false) == 0) {
+        fail("cannot save " + request.result);
+    }
+}
+
+Answer viewSortWork(const Request& request) {
+    Answer answer;
+    LogStack stack(request);
+    int field = static_cast<int>(column(*stack.table, view_work::sorted));
+    timed(answer, [&] {
+        stack.upper->set_sortfield(field);
+        stack.upper->sort(1, 1);
+    });
+    answer.rows = stack.upper->get_num_records();
+    keepRows(*stack.upper, request);
+    return answer;
+}
+
+Answer viewFilterWork(const Request& request) {
+    Answer answer;
+    LogStack stack(request);
+    std::unique_ptr<dbrecord> query(stack.table->make_dummy_record());
+    query->set_field(static_cast<int>(column(*stack.table, view_work::searched)),
+                     view_work::wanted);
+    VDBView found;
+    timed(answer, [&] {
+        stack.lower->set_query(query.get());
+        stack.lower->tagMatches(0);
+        found = VDBView(stack.lower->newTagSubview());
+        answer.rows = found->get_num_records();
+    });
+    keepRows(*found, request);
+    return answer;
+}
+
+Answer viewDeleteWork(const Request& request) {
+    Answer answer;
+    LogStack stack(request);
+    timed(answer, [&] {
+        tagEverySecond(*stack.lower);
+        stack.lower->deleteTagged();
+    });
+    answer.rows = stack.table->get_num_records();
+    keepRows(*stack.table, request);
+    return answer;
+}
+
+Answer viewSetWork(const Request& request) {
+    Answer answer;
+    LogStack stack(request);
+    unsigned field = column(*stack.table, view_work::searched);
+    view_work::SetCells cells(stack.table->get_num_records());
+    std::vector<std::string> texts;
+    for (unsigned i = 0; i < cells.count; ++i) {
+        texts.push_back(view_work::newText(i));
+    }
+    timed(answer, [&] {
+        for (unsigned i = 0; i < cells.count; ++i) {
+            answer.rows += stack.upper->set_field(cells.row(i), field, texts[i].c_str());
+        }
+    });
+    keepRows(*stack.table, request);
+    return answer;
+}
+
+// What is read is looked at: its length and its first character.
+Answer viewReadWork(const Request& request) {
+    Answer answer;
+    LogStack stack(request);
+    unsigned rows = stack.upper->get_num_records();
+    std::vector<unsigned> numbers;
+    for (const char* name : view_work::readColumns(rows)) {
+        numbers.push_back(column(*stack.table, name));
+    }
+    for (unsigned run = 0; run < request.repeat; ++run) {
+        answer.rows = 0;
+        timed(answer, [&] {
+            for (unsigned row = 0; row < rows; ++row) {
+                for (unsigned field : numbers) {
+                    std::string_view value = stack.upper->get_record(row)->fieldView(field);
+                    answer.rows += value.size();
+                    answer.rows += value.empty() ? 0 : static_cast<unsigned char>(value[0]);
+                }
+            }
+        });
+    }
+    keepRows(*stack.table, request);
+    return answer;
+}
+
 // --- what must not grow faster than its table: the input is a number of rows
 
 Cookie identity(unsigned row) {
@@ -329,6 +447,58 @@ Answer displayListWork(const Request& request) {
     return answer;
 }
 
+// The same through two views and on the table alone.
+Answer through(const Request& request, int views, void (*work)(VDBBase& rows)) {
+    Answer answer;
+    Stack stack(request, views);
+    VDBBase* rows = stack.table.get();
+    if (views > 0) {
+        rows = stack.top.get();
+    }
+    timed(answer, [&] { work(*rows); });
+    answer.rows = stack.table->get_num_records();
+    return answer;
+}
+
+void readAll(VDBBase& rows) {
+    std::size_t seen = 0;
+    for (unsigned row = 0; row < rows.get_num_records(); ++row) {
+        seen += rows.getField(row, 1).view().size();
+    }
+    if (seen == 0) {
+        fail("the rows are empty");
+    }
+}
+
+void setAll(VDBBase& rows) {
+    for (unsigned row = 0; row < rows.get_num_records(); ++row) {
+        rows.set_field(row, 1, "a text in its place");
+    }
+}
+
+constexpr unsigned singles = 10'000;
+
+void insertSingly(VDBBase& rows) {
+    std::minstd_rand random;
+    for (unsigned i = 0; i < singles; ++i) {
+        rows.insert_records(static_cast<unsigned>(random()) % rows.get_num_records(), 1);
+    }
+}
+
+// Of few rows fewer: the upper of two views loses two or three for each that is deleted.
+void deleteSingly(VDBBase& rows) {
+    std::minstd_rand random;
+    unsigned deletions = std::min(singles, rows.get_num_records() / 10);
+    for (unsigned i = 0; i < deletions; ++i) {
+        rows.delete_records(static_cast<unsigned>(random()) % rows.get_num_records(), 1);
+    }
+}
+
+template <int views, void (*work)(VDBBase&)>
+Answer throughWork(const Request& request) {
+    return through(request, views, work);
+}
+
 struct Work {
     std::string_view name;
     Answer (*run)(const Request&);
@@ -350,6 +520,19 @@ constexpr Work works[] = {
     {"remove", removeWork},
     {"remove-stacked", removeStackedWork},
     {"display-list", displayListWork},
+    {"view-sort", viewSortWork},
+    {"view-filter", viewFilterWork},
+    {"view-delete", viewDeleteWork},
+    {"view-set", viewSetWork},
+    {"view-read", viewReadWork},
+    {"read-bare", throughWork<0, readAll>},
+    {"read-views", throughWork<2, readAll>},
+    {"set-bare", throughWork<0, setAll>},
+    {"set-views", throughWork<2, setAll>},
+    {"insert-bare", throughWork<0, insertSingly>},
+    {"insert-views", throughWork<2, insertSingly>},
+    {"delete-singly-bare", throughWork<0, deleteSingly>},
+    {"delete-singly-views", throughWork<2, deleteSingly>},
 };
 
 }  // namespace

@@ -110,7 +110,7 @@ function withinText(climb, climbs) {
         return { text: '', met: !base };
     }
     const ratio = last.ns / baseLast.ns;
-    return { text: `, ${times(ratio)} the first line's`, met: ratio <= within.times };
+    return { text: `, ${times(ratio)} the bare table's`, met: ratio <= within.times };
 }
 
 function climbLine(climb, climbs, limitText) {
@@ -119,7 +119,7 @@ function climbLine(climb, climbs, limitText) {
     const within = withinText(climb, climbs);
     const growth = factors.map((each) => (Number.isFinite(each) ? times(each) : '-')).join(', ');
     const wanted = `at most ${work.growth}x a tenfold` +
-        (work.within ? `, ${work.within.times}x the first line's` : '');
+        (work.within ? `, ${work.within.times}x the bare table's` : '');
     return [work.title, ...steps.map((step) => (step.late ? limitText : milliseconds(step.ns))),
         growth + within.text, wanted,
         met(within.met && factors.every((each) => each <= work.growth))];

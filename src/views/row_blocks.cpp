@@ -50,6 +50,7 @@ void RowBlocks::set(std::uint32_t at, ViewSlot slot) noexcept {
     const Place place = placeOf(at);
     const std::uint32_t i = at - place.start;
     const std::uint32_t held = slot.row - place.shift;
+    same_ = same_ && slot.row == at;
     blockOf(place).rows[i] = held;
     blockOf(place).tags[i] = slot.tag;
     if (i == 0) entries_[place.block].first = held;
@@ -216,6 +217,7 @@ std::unique_ptr<RowBlocks::Block> RowBlocks::freshBlock(Spare& spare) noexcept {
 
 void RowBlocks::insert(std::uint32_t at, std::uint32_t n, std::uint32_t first,
                        Spare& spare) noexcept {
+    same_ = same_ && (n == 0 || (at == size_ && first == at));
     if (hasRoom(at, n)) return insertHere(at, n, first);
     take(spare);
     if (at == size_) {
@@ -307,7 +309,7 @@ void RowBlocks::forget() noexcept {
     for (Entry& entry : entries_) unused_.push_back(std::move(entry.block));
     entries_.clear();
     size_ = 0;
-    even_ = true;
+    same_ = even_ = true;
     forgetPlaces();
 }
 
@@ -335,6 +337,7 @@ void RowBlocks::dropBlocks(std::uint32_t from, std::uint32_t end) noexcept {
 
 void RowBlocks::erase(std::uint32_t at, std::uint32_t n) noexcept {
     if (n == 0) return;
+    same_ = same_ && at + n == size_;
     even_ = even_ && at + n == size_;
     const Place place = placeOf(at);
     std::uint32_t block = place.block;
@@ -348,7 +351,7 @@ void RowBlocks::erase(std::uint32_t at, std::uint32_t n) noexcept {
     while (n > 0 && entries_[end].rows <= n) n -= entries_[end++].rows;
     dropBlocks(block, end);
     if (n > 0) cut(block, 0, n);
-    if (size_ == 0) even_ = true;
+    if (size_ == 0) same_ = even_ = true;
     if (std::uint64_t{size_} * 4 < entries_.size() * std::uint64_t{fill_}) gather();
 }
 
@@ -392,7 +395,7 @@ void RowBlocks::shiftFrom(std::uint32_t at, std::uint32_t by) noexcept {
     if (at >= size_) return;
     const Place place = placeOf(at);
     const std::uint32_t from = at - place.start;
-    even_ = false;
+    same_ = even_ = false;
     if (from == 0) {
         addFrom(place.block, by);
         last_ = {place.block, place.start, place.shift + by};
@@ -406,6 +409,7 @@ void RowBlocks::shiftFrom(std::uint32_t at, std::uint32_t by) noexcept {
 
 std::uint32_t RowBlocks::lowerAbove(std::uint32_t target, std::uint32_t from) noexcept {
     if (from >= size_) return size_;
+    same_ = false;
     Place place = placeOf(from);
     std::uint32_t i = from - place.start;
     while (true) {

@@ -13,7 +13,8 @@ struct ViewSlot {
 /// Rows in order, in blocks of some hundred. What is added to the source rows from some row on
 /// is kept once for the blocks behind, so that inserting, taking out and renumbering cost about
 /// the logarithm of the rows and work on one block. While no row was inserted or taken out in
-/// the middle, a row is found by its number alone.
+/// the middle, a row is found by its number alone, and while every row shows the source row of
+/// its own number, none is looked up at all.
 ///
 /// Positions that are asked for must exist. What is `noexcept` takes no memory.
 class RowBlocks {
@@ -49,6 +50,7 @@ private:
 public:
     std::uint32_t size() const noexcept { return size_; }
     std::uint32_t row(std::uint32_t at) const noexcept {
+        if (same_) return at;
         if (even_) return entries_[at >> fillBits_].block->rows[at & (fill_ - 1)];
         seek(at);
         return entries_[last_.block].block->rows[at - last_.start] + last_.shift;
@@ -137,6 +139,7 @@ private:
     std::uint32_t fillBits_ = Fill::bits;
     std::uint32_t fill_ = 1u << fillBits_;
     std::uint32_t most_ = fill_ + fill_ / 4;
+    bool same_ = true;  // every row shows the source row of its own number
     bool even_ = true;  // every block but the last is filled, and nothing is added
     // A binary indexed tree over the entries, made when it is first needed after blocks came or
     // went. Its memory is there whenever theirs is.

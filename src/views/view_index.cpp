@@ -12,6 +12,10 @@ namespace {
 
 constexpr int kLeastRoom = 20;
 
+// To begin and end deferring costs as much as so many passes over the rows.
+constexpr unsigned kDropsThatPay = 100;
+constexpr unsigned kMostPatience = 1024;
+
 unsigned wantedRoom(int n) {
     return static_cast<unsigned>(std::max(n, kLeastRoom));
 }
@@ -391,15 +395,19 @@ void ViewIndex::considerDeferring() noexcept {
     const auto rows = unsigned(count_);
     strain_ += rows;
     if (count_ < Deferral::leastRows || rows > capacity_ ||
-        strain_ < std::uint64_t{Deferral::passes} * rows) {
+        strain_ < std::uint64_t{Deferral::passes} * patience_ * rows) {
         return;
     }
     strain_ = 0;
     reads_ = 0;
+    drops_ = 0;
     try {
         deferred_ = DeferredRemovals::start(rows_);
     } catch (const std::bad_alloc&) {
         return;  // there is always the plain way
+    }
+    if (deferred_ == nullptr) {
+        patience_ = kMostPatience;
     }
 }
 
@@ -422,6 +430,7 @@ unsigned ViewIndex::deferredTag(int row) const noexcept {
 
 void ViewIndex::settle() const noexcept {
     if (deferred_ != nullptr) {
+        patience_ = drops_ >= kDropsThatPay ? 1 : std::min(patience_ * 4, kMostPatience);
         deferred_->settle(rows_);
         deferred_.reset();
     }
@@ -449,6 +458,7 @@ int ViewIndex::lowerAbove(unsigned target, int from) noexcept {
         considerDeferring();
     }
     if (deferred_ != nullptr) {
+        ++drops_;
         return int(deferred_->drop(target));
     }
     unsigned row = 0;

@@ -144,4 +144,6 @@ private:
     mutable std::unique_ptr<DeferredRemovals> deferred_;
     mutable std::uint64_t reads_ = 0;  // while deferred
     std::uint64_t strain_ = 0;         // rows of no order passed over since the last deferral
+    unsigned drops_ = 0;               // while deferred
+    mutable unsigned patience_ = 1;    // how much more strain it takes, where deferring did not pay
 };

@@ -136,47 +136,47 @@ void VDBViewRep::set_query(dbrecord* query) {
 
 bool VDBViewRep::set_field(unsigned row, const Cookie& cookie) {
     VDBBase* from = sourceOfRow(row);
-    return from != nullptr && from->set_field(sourceRow(viewRow(row)), cookie);
+    return from != nullptr && from->set_field(index().sourceRow(viewRow(row)), cookie);
 }
 
 bool VDBViewRep::set_field(unsigned row, unsigned field, const char* text) {
     VDBBase* from = sourceOfRow(row);
-    return from != nullptr && from->set_field(sourceRow(viewRow(row)), field, text);
+    return from != nullptr && from->set_field(index().sourceRow(viewRow(row)), field, text);
 }
 
 bool VDBViewRep::set_field(unsigned row, unsigned field, int value) {
     VDBBase* from = sourceOfRow(row);
-    return from != nullptr && from->set_field(sourceRow(viewRow(row)), field, value);
+    return from != nullptr && from->set_field(index().sourceRow(viewRow(row)), field, value);
 }
 
 bool VDBViewRep::set_field(unsigned row, unsigned field, double value) {
     VDBBase* from = sourceOfRow(row);
-    return from != nullptr && from->set_field(sourceRow(viewRow(row)), field, value);
+    return from != nullptr && from->set_field(index().sourceRow(viewRow(row)), field, value);
 }
 
 bool VDBViewRep::set_field(unsigned row, unsigned field, bool value) {
     VDBBase* from = sourceOfRow(row);
-    return from != nullptr && from->set_field(sourceRow(viewRow(row)), field, value);
+    return from != nullptr && from->set_field(index().sourceRow(viewRow(row)), field, value);
 }
 
 bool VDBViewRep::in_field(unsigned row, unsigned field, char* buffer, int length) const {
     const VDBBase* from = sourceOfRow(row);
-    return from != nullptr && from->in_field(sourceRow(viewRow(row)), field, buffer, length);
+    return from != nullptr && from->in_field(index().sourceRow(viewRow(row)), field, buffer, length);
 }
 
 bool VDBViewRep::in_field(unsigned row, unsigned field, int& value) const {
     const VDBBase* from = sourceOfRow(row);
-    return from != nullptr && from->in_field(sourceRow(viewRow(row)), field, value);
+    return from != nullptr && from->in_field(index().sourceRow(viewRow(row)), field, value);
 }
 
 bool VDBViewRep::in_field(unsigned row, unsigned field, double& value) const {
     const VDBBase* from = sourceOfRow(row);
-    return from != nullptr && from->in_field(sourceRow(viewRow(row)), field, value);
+    return from != nullptr && from->in_field(index().sourceRow(viewRow(row)), field, value);
 }
 
 bool VDBViewRep::in_field(unsigned row, unsigned field, bool& value) const {
     const VDBBase* from = sourceOfRow(row);
-    return from != nullptr && from->in_field(sourceRow(viewRow(row)), field, value);
+    return from != nullptr && from->in_field(index().sourceRow(viewRow(row)), field, value);
 }
 
 unsigned VDBViewRep::add_records(int n) {
@@ -216,7 +216,7 @@ unsigned VDBViewRep::match_record(int row) const {
 
 unsigned VDBViewRep::baseIndex(unsigned row) const {
     const VDBBase* from = sourceOfRow(row);
-    return from != nullptr ? from->baseIndex(sourceRow(viewRow(row))) : 0;
+    return from != nullptr ? from->baseIndex(index().sourceRow(viewRow(row))) : 0;
 }
 
 bool VDBViewRep::get_valid() const {
