@@ -15,6 +15,9 @@ public:
 
     ByteMarks(const char* begin, const char* end, const Kinds& kinds);
 
+    /// How many bytes of a text are of these kinds.
+    static std::size_t count(const char* begin, const char* end, const Kinds& kinds);
+
     /// The first marked byte from `at` on, or the text's end. `at` is never before that of an
     /// earlier call. What stands before it may have been changed since, but nothing behind.
     const char* next(const char* at) {

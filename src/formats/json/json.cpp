@@ -3,6 +3,7 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 
+#include "formats/json/json_text.h"
 #include "formats/text/width.h"
 
 namespace vek::formats {
@@ -179,9 +180,7 @@ std::string jsonString(std::string_view text, bool& wasChanged) {
 
 // Nearly every text stands in a string as it is.
 void addJsonString(std::string& out, std::string_view text, bool& wasChanged) {
-    bool isPlain = true;
-    for (char c : text) isPlain &= c >= ' ' && c != '"' && c != '\\';
-    if (!isPlain) {
+    if (!standsAsItIs(text)) {
         out += jsonString(text, wasChanged);
         return;
     }

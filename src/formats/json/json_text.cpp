@@ -246,6 +246,11 @@ std::optional<std::string_view> JsonText::takeNumber() {
     return number;
 }
 
+bool standsAsItIs(std::string_view text) {
+    const bool needsEscapes = text.find('"') != text.npos || text.find('\\') != text.npos;
+    return !needsEscapes && areAllowed(text.data(), text.data() + text.size());
+}
+
 std::size_t resolveEscapes(char* text, std::size_t size) {
     const char* at = text;
     const char* const end = text + size;

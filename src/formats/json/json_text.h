@@ -49,6 +49,9 @@ private:
     ByteMarks marks_;
 };
 
+/// Whether a text stands in a string as it is: well-formed, and nothing in it needs an escape.
+bool standsAsItIs(std::string_view text);
+
 /// Writes what the escapes of a string stand for in their place; how long it is then. `text` is
 /// a string that was accepted.
 std::size_t resolveEscapes(char* text, std::size_t size);

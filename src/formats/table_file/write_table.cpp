@@ -1,10 +1,12 @@
-#include <cstring>
+#include <algorithm>
 
+#include <vekdb/byte_marks.h>
 #include <vekdb/host/text_file.h>
 #include <vekdb/host/text_util.h>
 #include "formats/reading/progress.h"
 #include "formats/table_file/exact_cells.h"
 #include "formats/text/text_lines.h"
+#include "formats/writing/cell_run.h"
 #include "formats/writing/write_formats.h"
 
 namespace vek::formats {
@@ -17,13 +19,37 @@ bool hasAny(std::string_view text, std::string_view bytes) {
     return text.find_first_of(bytes) != std::string_view::npos;
 }
 
+bool isBlankAtEdge(std::string_view value) {
+    return !value.empty() && (isAsciiSpace(value.front()) || isAsciiSpace(value.back()));
+}
+
 // Whether a value may be another one on its way through a table file. Looks at all bytes, so that
 // many can be looked at together.
 bool mayChange(std::string_view value) {
-    if (value.empty()) return false;
-    bool has = isAsciiSpace(value.front()) || isAsciiSpace(value.back());
+    bool has = isBlankAtEdge(value);
     for (char c : value) has |= c == '\r' || c == '\\' || c == '\0';
     return has;
+}
+
+// Whether values that stand one behind the other are certain to be read as they are: no byte that
+// a table file changes, no NUL but those between them, no blank at an edge.
+bool areKept(const CellRun& run, const std::string_view* values, std::size_t count) {
+    const char* const begin = run.text.data();
+    const char* const end = begin + run.text.size();
+    if (ByteMarks::count(begin, end, {'\r', '\\', '\0', '\0'}) != run.gaps) return false;
+    return std::all_of(values, values + count, [](std::string_view value) {
+        return value.size() <= longestTableValue && !isBlankAtEdge(value);
+    });
+}
+
+// Whether a reader is certain to find the values as they are.
+bool areSurelyKept(const std::string_view* values, std::size_t count) {
+    if (const std::optional<CellRun> run = CellRun::of(values, count)) {
+        return areKept(*run, values, count);
+    }
+    return std::none_of(values, values + count, [](std::string_view value) {
+        return value.size() > longestTableValue || mayChange(value);
+    });
 }
 
 // The table itself where all columns are wanted, else a table of the wanted ones.
@@ -140,43 +166,42 @@ private:
     TextFile lines_;
 };
 
-// Writes the rows, reads each line back as a later reader will, and notes what came back changed.
-class RowWriter {
+// Finds what a later reader would find changed, and refuses what would damage the file.
+class RowChecker {
 public:
-    RowWriter(const Sheet& sheet, const TableToWrite& source, TextFile& lines)
-        : sheet_(sheet), source_(source), lines_(lines) {
-        Progress progress("writing", sheet.rowCount());
+    RowChecker(const Sheet& sheet, const TableToWrite& source)
+        : sheet_(sheet), source_(source), values_(sheet.columns.size()) {
+        Progress progress("checking", sheet.rowCount());
         for (unsigned row = 0; row < sheet.rowCount(); ++row) {
             progress.reach(row);
-            write(row);
+            check(row);
         }
     }
 
     const std::vector<ExactCell>& changed() const { return changed_; }
 
 private:
-    void write(unsigned row) {
+    void check(unsigned row) {
         const dbrecord& record = source_.row(row);
-        record.write(lines_);
-        if (isSurelyKept(record)) return refuseHeaderLike(row, record.fieldView(0));
-        lines_.currentLine = lines_.size() - 1;
-        readBack_.read(lines_);
+        record.fieldViews(values_.data(), static_cast<unsigned>(values_.size()));
+        if (areSurelyKept(values_.data(), values_.size())) {
+            return refuseHeaderLike(row, values_.front());
+        }
+        readBack(record);
         refuseHeaderLike(row, readBack_.fieldView(0));
         for (unsigned i = 0; i < sheet_.columns.size(); ++i) {
-            std::string_view cell = sheet_.cell(row, i);
+            const std::string_view cell = sheet_.cell(row, i);
             if (readBack_.fieldView(i) == cell) continue;
             refuseLong(row);
             changed_.push_back({row, i, std::string(cell)});
         }
     }
 
-    // Whether a reader is certain to find the values as they are.
-    bool isSurelyKept(const dbrecord& record) const {
-        for (unsigned i = 0; i < sheet_.columns.size(); ++i) {
-            const std::string_view value = record.fieldView(i);
-            if (value.size() > longestTableValue || mayChange(value)) return false;
-        }
-        return true;
+    // Reads the record's line as a later reader will.
+    void readBack(const dbrecord& record) {
+        TextFile line;
+        record.write(line);
+        readBack_.read(line);
     }
 
     // A reader of the file would skip the lines behind such a row.
@@ -201,10 +226,24 @@ private:
 
     const Sheet& sheet_;
     const TableToWrite& source_;
-    TextFile& lines_;
+    std::vector<std::string_view> values_;
     dbrecord readBack_{0};
     std::vector<ExactCell> changed_;
 };
+
+// In pieces, so that no more of the file than that is held beside its rows.
+void writeRows(const Sheet& sheet, const TableToWrite& source, Output& out) {
+    constexpr std::size_t piece = 1 << 18;
+    Progress progress("writing", sheet.rowCount());
+    for (unsigned row = 0; row < sheet.rowCount();) {
+        TextFile lines;
+        for (; row < sheet.rowCount() && lines.textSize() < piece; ++row) {
+            source.row(row).write(lines);
+        }
+        out.write({lines.block()->data(), lines.textSize()});
+        progress.reach(row);
+    }
+}
 
 void writeLines(const TextFile& lines, Output& out) {
     for (unsigned i = 0; i < lines.size(); ++i) out.line(lines.line(i));
@@ -258,15 +297,14 @@ void writeTable(const Sheet& sheet, Output& out, Losses& losses) {
                                       " has none"};
     }
     const TableToWrite source(sheet);
-    TextFile lines;
-    const RowWriter rows(sheet, source, lines);
+    const RowChecker rows(sheet, source);
     const std::size_t noted = noteExactCells(source.table(), rows.changed());
     for (std::size_t i = 0; i < rows.changed().size(); ++i) {
         const ExactCell& cell = rows.changed()[i];
         tellExactCell(cell, place(sheet, cell.row, cell.column), i < noted, losses);
     }
     writeLines(HeaderWriter(sheet, source.table(), losses).lines(), out);
-    writeLines(lines, out);
+    writeRows(sheet, source, out);
 }
 
 }  // namespace vek::formats

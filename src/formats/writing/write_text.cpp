@@ -10,6 +10,7 @@
 #include "formats/reading/progress.h"
 #include "formats/table_file/exact_cells.h"
 #include "formats/text/text_lines.h"
+#include "formats/writing/plain_lines.h"
 #include "formats/writing/write_formats.h"
 
 namespace vek::formats {
@@ -140,6 +141,17 @@ private:
     std::string output_;
     Losses& losses_;
 };
+
+// `before` stands in front of each cell: its name and what separates it.
+void addJsonRow(std::string& line, const Sheet& sheet, unsigned row,
+                const std::vector<std::string>& before, Losses& losses) {
+    for (unsigned i = 0; i < before.size(); ++i) {
+        bool wasChanged = false;
+        line += before[i];
+        addJsonString(line, sheet.cell(row, i), wasChanged);
+        if (wasChanged) losses.add("cells that are no UTF-8", place(sheet, row, i));
+    }
+}
 
 bool isAleSafe(std::string_view text) {
     return !hasAnyOf(text, {'\t', '\n', '\r', '\r'});
@@ -343,9 +355,16 @@ void writeDelimited(const Sheet& sheet, char separator, const WriteStyle& style,
     const char* const end = bytesOf(style.lineEnd);
     const std::size_t count = sheet.columns.size();
     out.write(lines.names(count, [&](unsigned i) { return sheet.name(i); }) + end);
+    PlainLines plain(sheet, separator, "\"\n\r");
+    const bool mayBePlain = !style.guardsFormulas && count > 1;
     std::string line;
     for (unsigned row = 0; row < sheet.rowCount(); ++row) {
         progress.reach(row);
+        const std::string_view plainLine = mayBePlain ? plain.line(row, end) : std::string_view();
+        if (!plainLine.empty()) {
+            out.write(plainLine);
+            continue;
+        }
         line.clear();
         lines.add(
             line, count, [&](unsigned i) { return sheet.cell(row, i); },
@@ -363,21 +382,22 @@ void writeJson(const Sheet& sheet, bool asLines, Output& out, Losses& losses) {
         if (wasChanged) losses.add("column names that are no UTF-8", inQuotes(name));
     }
     if (!asLines) out.line("[");
-    std::string line;
+    PlainJsonLines plain(sheet, names);
     Progress progress("writing", sheet.rowCount());
+    const std::string_view begin = asLines ? "{" : "  {";
+    std::string line;
     for (unsigned row = 0; row < sheet.rowCount(); ++row) {
         progress.reach(row);
-        const dbrecord& record = sheet.record(row);
-        line = asLines ? "{" : "  {";
-        for (unsigned i = 0; i < names.size(); ++i) {
-            bool wasChanged = false;
-            line += names[i];
-            addJsonString(line, record.fieldView(sheet.columns[i]), wasChanged);
-            if (wasChanged) losses.add("cells that are no UTF-8", place(sheet, row, i));
+        const bool isLast = row + 1 == sheet.rowCount();
+        const std::string_view end = asLines || isLast ? "}\n" : "},\n";
+        const std::string_view plainLine = plain.line(row, begin, end);
+        if (!plainLine.empty()) {
+            out.write(plainLine);
+            continue;
         }
-        bool isLast = row + 1 == sheet.rowCount();
-        line += asLines || isLast ? "}" : "},";
-        out.line(line);
+        line = begin;
+        addJsonRow(line, sheet, row, names, losses);
+        out.write(line += end);
     }
     if (!asLines) out.line("]");
 }
@@ -426,8 +446,14 @@ void writeAle(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& 
     out.write(concat(end, "Column", end, names, end, end, "Data", end));
     const std::string rest = (form.tracks.empty() ? "" : "\t" + forAle(form.tracks)) + end;
     const bool isAlone = sheet.columns.size() == 1 && form.tracks.empty();
+    PlainLines plain(sheet, '\t', "\n\r");
     std::string line;
     for (unsigned row = 0; row < sheet.rowCount(); ++row) {
+        const std::string_view plainLine = isAlone ? std::string_view() : plain.line(row, rest);
+        if (!plainLine.empty()) {
+            out.write(plainLine);
+            continue;
+        }
         line.clear();
         addAleCells(line, sheet, row, sheet.columns.size(), losses);
         // Readers pass over a blank line; with a closing tab it is a row of one blank cell.

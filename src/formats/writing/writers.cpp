@@ -43,7 +43,9 @@ std::vector<unsigned> allColumns(const Log& log) {
 }
 
 Sheet wholeSheet(const Log& log) {
-    return {log, selectRows(log, {}).view, allColumns(log)};
+    VDBView view(log.table.get());
+    view->buildIndex();
+    return {log, view, allColumns(log)};
 }
 
 void Losses::add(const std::string& what, const std::string& firstPlace) {

@@ -1,5 +1,6 @@
 #include <vekdb/byte_marks.h>
 
+#include <bit>
 #include <cstring>
 
 #if defined(__x86_64__)
@@ -10,6 +11,32 @@ namespace {
 
 using Kinds = ByteMarks::Kinds;
 using Find = std::uint64_t(const char* block, const Kinds& kinds);
+
+constexpr std::size_t blockBytes = 64;
+
+// The marks of a block of which only so many bytes belong to the text. Behind them stand copies of
+// nothing that is looked for.
+template <class FindIn>
+inline std::uint64_t findShort(const char* block, std::size_t size, const Kinds& kinds,
+                               FindIn find) {
+    char padded[blockBytes] = {};
+    std::memcpy(padded, block, size);
+    return find(padded, kinds) & ((std::uint64_t{1} << size) - 1);
+}
+
+// The last block of a longer text overlaps the one before; its first bytes were counted there.
+template <class FindIn>
+inline std::size_t countBlocks(const char* at, std::size_t size, const Kinds& kinds, FindIn find) {
+    std::size_t found = 0;
+    const bool isShort = size < blockBytes;
+    for (; size >= blockBytes; at += blockBytes, size -= blockBytes) {
+        found += static_cast<std::size_t>(std::popcount(find(at, kinds)));
+    }
+    if (size == 0) return found;
+    const std::uint64_t last = isShort ? findShort(at, size, kinds, find)
+                                       : find(at + size - blockBytes, kinds) >> (blockBytes - size);
+    return found + static_cast<std::size_t>(std::popcount(last));
+}
 
 #if defined(__x86_64__)
 
@@ -44,8 +71,21 @@ std::uint64_t findNarrowly(const char* block, const Kinds& kinds) {
     return findHalf(block, kinds) | findHalf(block + 32, kinds) << 32;
 }
 
+[[gnu::target("avx2,popcnt")]] std::size_t countWidely(const char* at, std::size_t size,
+                                                       const Kinds& kinds) {
+    return countBlocks(at, size, kinds, findWidely);
+}
+
+bool isWide() {
+    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("popcnt");
+}
+
 Find* findInWidest() {
-    return __builtin_cpu_supports("avx2") ? findWidely : findNarrowly;
+    return isWide() ? findWidely : findNarrowly;
+}
+
+std::size_t countInWidest(const char* at, std::size_t size, const Kinds& kinds) {
+    return isWide() ? countWidely(at, size, kinds) : countBlocks(at, size, kinds, findNarrowly);
 }
 
 #else
@@ -64,6 +104,10 @@ Find* findInWidest() {
     return findPlainly;
 }
 
+std::size_t countInWidest(const char* at, std::size_t size, const Kinds& kinds) {
+    return countBlocks(at, size, kinds, findPlainly);
+}
+
 #endif
 
 }  // namespace
@@ -73,11 +117,11 @@ ByteMarks::ByteMarks(const char* begin, const char* end, const Kinds& kinds)
     marks_ = look();
 }
 
-// Behind a text that ends inside of the block stand copies of nothing that is looked for.
 std::uint64_t ByteMarks::look() const {
     const auto left = static_cast<std::size_t>(end_ - block_);
-    if (left >= blockSize) return find_(block_, kinds_);
-    char padded[blockSize] = {};
-    std::memcpy(padded, block_, left);
-    return find_(padded, kinds_) & ((std::uint64_t{1} << left) - 1);
+    return left >= blockSize ? find_(block_, kinds_) : findShort(block_, left, kinds_, find_);
+}
+
+std::size_t ByteMarks::count(const char* begin, const char* end, const Kinds& kinds) {
+    return countInWidest(begin, static_cast<std::size_t>(end - begin), kinds);
 }

@@ -51,6 +51,18 @@ void LineSlices::raiseLengths(std::uint16_t* lengths, unsigned values) const {
     for (unsigned i = 1; i < values; ++i) raiseTo(lengths[i], ends[i] - ends[i - 1] - gap());
 }
 
+void LineSlices::views(std::string_view* values, unsigned count) const {
+    const char* const base = first();
+    const std::uint16_t* const ends = next();
+    const std::size_t apart = gap();
+    std::size_t from = 0;
+    for (unsigned i = 0; i < count; ++i) {
+        const std::size_t behind = ends[i];
+        values[i] = {base + from, behind - from - apart};
+        from = behind;
+    }
+}
+
 LineStore::LineStore(Quor::Ptr<TextBlock> text) : block_(std::move(text)), text_(block_->data()) {}
 
 LineStore::~LineStore() {

@@ -30,6 +30,8 @@ struct LineSlices {
         std::size_t from = i == 0 ? 0 : next()[i - 1];
         return {first() + from, static_cast<std::size_t>(next()[i] - from) - gap()};
     }
+    /// The first values, as many as are asked for.
+    void views(std::string_view* values, unsigned count) const;
     /// Raises each length to that of the value.
     void raiseLengths(std::uint16_t* lengths, unsigned values) const;
     const char* first() const;

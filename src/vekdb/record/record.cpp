@@ -183,6 +183,16 @@ std::string_view dbrecord::fieldView(unsigned index) const {
     return RecordAccess::view(*this, index);
 }
 
+void dbrecord::fieldViews(std::string_view* values, unsigned count) const {
+    const unsigned stored = std::min<unsigned>(count, stored_);
+    if (storage_ == Storage::slices) {
+        values_.slices->views(values, stored);
+    } else {
+        for (unsigned i = 0; i < stored; ++i) values[i] = values_.strings->view(i);
+    }
+    std::fill(values + stored, values + count, std::string_view("", 0));
+}
+
 const char* dbrecord::get_field(unsigned short index) const {
     if (index >= count_) return nullptr;
     std::string_view value = fieldView(index);
