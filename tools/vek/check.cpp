@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <iterator>
 #include <unordered_map>
 
 #include <vekdb/host/keyed_hash.h>
@@ -18,40 +19,53 @@ namespace vek {
 
 namespace {
 
+// Most cells are too long or too short for one.
 bool isTimecode(std::string_view text) {
-    return parseTimecode(text).has_value();
+    return text.size() >= 8 && text.size() <= 11 && parseTimecode(text).has_value();
 }
 
 bool isKeycode(std::string_view text) {
-    return parseKeycode(text).has_value();
+    return text.size() >= 4 && text[text.size() - 3] == '+' && parseKeycode(text).has_value();
 }
 
-// Whether at least half of the filled cells are such values.
-template <class Is>
-bool isMostly(const Log& log, unsigned column, Is is) {
+// What the filled cells of a column are.
+struct ColumnKinds {
     std::size_t filled = 0;
-    std::size_t good = 0;
-    for (unsigned row = 0; row < log.rowCount(); ++row) {
-        std::string_view cell = log.cell(row, column);
-        filled += cell.empty() ? 0 : 1;
-        good += is(trimmed(cell)) ? 1 : 0;
+    std::size_t timecodes = 0;
+    std::size_t keycodes = 0;
+
+    void add(std::string_view cell) {
+        if (cell.empty()) return;
+        ++filled;
+        cell = trimmed(cell);
+        timecodes += isTimecode(cell) ? 1 : 0;
+        keycodes += isKeycode(cell) ? 1 : 0;
     }
-    return filled > 0 && good * 2 >= filled;
-}
+    bool areMostly(std::size_t count) const { return filled > 0 && count * 2 >= filled; }
+};
 
 // Goes through a log and notes everything that is wrong with it.
 class Checker {
 public:
     Checker(const Log& log, std::string_view text, const Gauge& gauge)
-        : log_(log), text_(text), gauge_(gauge), counting_(log), problems_(log.problems) {}
+        : log_(log),
+          text_(text),
+          gauge_(gauge),
+          counting_(log),
+          ranges_(rangeColumns(log)),
+          problems_(log.problems) {}
 
     std::vector<Problem> check() {
-        std::vector<Problem> odd = counting_.contradictions();
-        problems_.insert(problems_.end(), odd.begin(), odd.end());
-        if (log_.format == Format::table) checkTableLines();
-        for (unsigned column = 0; column < log_.columnCount(); ++column) checkColumn(column);
-        for (const RangeColumns& pair : rangeColumns(log_)) checkRange(pair);
+        found_.push_back(counting_.contradictions());
+        if (log_.format == Format::table) found_.push_back(problemsOfTableText(text_, log_));
+        const std::size_t first = found_.size();
+        found_.resize(first + log_.columnCount() + ranges_.size());
+        checkRows(first);
+        found_.emplace_back();
         checkIdentifiers();
+        for (std::vector<Problem>& some : found_) {
+            std::move(some.begin(), some.end(), std::back_inserter(problems_));
+        }
         std::stable_sort(problems_.begin(), problems_.end(),
                          [](const Problem& a, const Problem& b) { return a.line < b.line; });
         return problems_;
@@ -61,36 +75,61 @@ public:
     std::size_t remarks() const { return remarks_; }
 
 private:
+    enum class Kind { text, timecode, keycode };
+
     void add(unsigned row, unsigned column, const std::string& found, const std::string& expected) {
-        problems_.push_back({log_.lineOf(row), log_.columnName(column), found, expected, ""});
+        found_[at_].push_back({log_.lineOf(row), log_.columnName(column), found, expected, ""});
     }
 
-    void checkTableLines() {
-        std::vector<Problem> more = problemsOfTableText(text_, log_);
-        problems_.insert(problems_.end(), more.begin(), more.end());
+    // The rows are gone through once for all columns. What is found is told column by column.
+    void checkRows(std::size_t first) {
+        const std::vector<Kind> kinds = kindsOfColumns();
+        std::vector<std::string_view> cells(kinds.size());
+        for (unsigned row = 0; row < log_.rowCount(); ++row) {
+            log_.cells(row, cells);
+            const bool mayBeLost =
+                log_.format != Format::table && !areSurelyKept(cells.data(), cells.size());
+            for (unsigned i = 0; i < cells.size(); ++i) {
+                at_ = first + i;
+                if (kinds[i] == Kind::timecode) checkTimecode(row, i, cells[i]);
+                if (kinds[i] == Kind::keycode) checkKeycode(row, i, trimmed(cells[i]));
+                if (mayBeLost) checkHolds(row, i, cells[i]);
+            }
+            at_ = first + cells.size();
+            for (const RangeColumns& pair : ranges_) {
+                checkRange(row, pair, cells[pair.start], cells[pair.end]);
+                ++at_;
+            }
+        }
+        at_ = first + cells.size() + ranges_.size();
     }
 
-    void checkColumn(unsigned column) {
+    std::vector<Kind> kindsOfColumns() const {
+        std::vector<ColumnKinds> counts(log_.columnCount());
+        std::vector<std::string_view> cells(counts.size());
+        for (unsigned row = 0; row < log_.rowCount(); ++row) {
+            log_.cells(row, cells);
+            for (std::size_t i = 0; i < cells.size(); ++i) counts[i].add(cells[i]);
+        }
+        std::vector<Kind> kinds;
+        for (unsigned i = 0; i < counts.size(); ++i) kinds.push_back(kindOf(i, counts[i]));
+        return kinds;
+    }
+
+    Kind kindOf(unsigned column, const ColumnKinds& counts) const {
         DBFieldTypes::eType type = log_.table->get_field_type(column);
         bool isTyped = type == DBFieldTypes::timecode || type == DBFieldTypes::timecode_s;
-        if (isTyped || isMostly(log_, column, isTimecode))
-            checkTimecodes(column);
-        else if (isMostly(log_, column, isKeycode))
-            checkKeycodes(column);
-        if (log_.format == Format::table) return;
-        for (unsigned row = 0; row < log_.rowCount(); ++row) checkHolds(row, column);
+        if (isTyped || counts.areMostly(counts.timecodes)) return Kind::timecode;
+        return counts.areMostly(counts.keycodes) ? Kind::keycode : Kind::text;
     }
 
-    void checkTimecodes(unsigned column) {
-        for (unsigned row = 0; row < log_.rowCount(); ++row) {
-            std::string_view cell = log_.cell(row, column);
-            if (cell.empty()) continue;
-            std::optional<Timecode> code = parseTimecode(cell);
-            if (!code)
-                add(row, column, inQuotes(cell), "a timecode such as 01:00:00:00");
-            else
-                checkCounting(row, column, cell, *code);
-        }
+    void checkTimecode(unsigned row, unsigned column, std::string_view cell) {
+        if (cell.empty()) return;
+        std::optional<Timecode> code = parseTimecode(cell);
+        if (!code)
+            add(row, column, inQuotes(cell), "a timecode such as 01:00:00:00");
+        else
+            checkCounting(row, column, cell, *code);
     }
 
     // Drop-frame counting leaves out the first numbers of most minutes. How many frames a
@@ -131,24 +170,20 @@ private:
                 (first == "2" ? "00 and 01 here" : "the numbers before it here"));
     }
 
-    void checkKeycodes(unsigned column) {
-        for (unsigned row = 0; row < log_.rowCount(); ++row) {
-            std::string_view cell = trimmed(log_.cell(row, column));
-            if (cell.empty()) continue;
-            std::optional<Keycode> code = parseKeycode(cell);
-            if (!code)
-                add(row, column, inQuotes(cell), "a keycode that ends in feet+frames");
-            else if (code->frames >= gauge_.mostFramesInFoot())
-                add(row, column, inQuotes(cell),
-                    "frames below " + std::to_string(gauge_.mostFramesInFoot()) + ", as " +
-                        gauge_.title + " has, or another --gauge");
-        }
+    void checkKeycode(unsigned row, unsigned column, std::string_view cell) {
+        if (cell.empty()) return;
+        std::optional<Keycode> code = parseKeycode(cell);
+        if (!code)
+            add(row, column, inQuotes(cell), "a keycode that ends in feet+frames");
+        else if (code->frames >= gauge_.mostFramesInFoot())
+            add(row, column, inQuotes(cell),
+                "frames below " + std::to_string(gauge_.mostFramesInFoot()) + ", as " +
+                    gauge_.title + " has, or another --gauge");
     }
 
     // What a table file would change. A table's own cells have been through one already; what
     // was lost on the way is told by its lines.
-    void checkHolds(unsigned row, unsigned column) {
-        std::string_view cell = log_.cell(row, column);
+    void checkHolds(unsigned row, unsigned column, std::string_view cell) {
         if (cell.size() > longestTableValue) {
             add(row, column, "a value of " + std::to_string(cell.size()) + " bytes",
                 "at most 4094, which is what a table file holds");
@@ -170,17 +205,14 @@ private:
         }
     }
 
-    void checkRange(const RangeColumns& pair) {
-        for (unsigned row = 0; row < log_.rowCount(); ++row) {
-            std::string_view start = log_.cell(row, pair.start);
-            std::string_view end = log_.cell(row, pair.end);
-            std::optional<Timecode> from = parseTimecode(start);
-            std::optional<Timecode> to = parseTimecode(end);
-            if (from && to)
-                checkTimes(row, pair, *from, *to);
-            else if (endsBefore(parseKeycode(start), parseKeycode(end)))
-                addEndBefore(row, pair);
-        }
+    void checkRange(unsigned row, const RangeColumns& pair, std::string_view start,
+                    std::string_view end) {
+        std::optional<Timecode> from = parseTimecode(start);
+        std::optional<Timecode> to = parseTimecode(end);
+        if (from && to)
+            checkTimes(row, pair, *from, *to);
+        else if (endsBefore(parseKeycode(start), parseKeycode(end)))
+            addEndBefore(row, pair);
     }
 
     void checkTimes(unsigned row, const RangeColumns& pair, const Timecode& from,
@@ -202,10 +234,10 @@ private:
 
     void addRemark(unsigned row, const RangeColumns& pair) {
         ++remarks_;
-        problems_.push_back({log_.lineOf(row), log_.columnName(pair.end),
-                             inQuotes(log_.cell(row, pair.end)) + " is before the start " +
-                                 inQuotes(log_.cell(row, pair.start)),
-                             "", "remark: a clip over midnight"});
+        found_[at_].push_back({log_.lineOf(row), log_.columnName(pair.end),
+                               inQuotes(log_.cell(row, pair.end)) + " is before the start " +
+                                   inQuotes(log_.cell(row, pair.start)),
+                               "", "remark: a clip over midnight"});
     }
 
     bool endsBefore(const std::optional<Keycode>& start, const std::optional<Keycode>& end) const {
@@ -216,9 +248,9 @@ private:
     void checkIdentifiers() {
         unsigned column = log_.findColumn("Cookie");
         if (column == noColumn) return;
-        std::unordered_map<std::string, unsigned, Quor::KeyedHash> first;
+        std::unordered_map<std::string_view, unsigned, Quor::KeyedHash> first;
         for (unsigned row = 0; row < log_.rowCount(); ++row) {
-            std::string cell(log_.cell(row, column));
+            std::string_view cell = log_.cell(row, column);
             if (cell.empty()) continue;
             auto [entry, isNew] = first.try_emplace(cell, row);
             if (isNew) continue;
@@ -232,7 +264,12 @@ private:
     std::string_view text_;
     const Gauge& gauge_;
     LogCounting counting_;
+    std::vector<RangeColumns> ranges_;
     std::vector<Problem> problems_;
+    // In the order in which they are told of one line: what is said of the whole log, its lines,
+    // each column, each range, identifiers.
+    std::vector<std::vector<Problem>> found_;
+    std::size_t at_ = 0;  // what is found now belongs there
     std::size_t remarks_ = 0;
 };
 

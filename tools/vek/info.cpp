@@ -17,13 +17,16 @@ struct ColumnFacts {
     std::string example;
 };
 
-ColumnFacts factsOf(const Log& log, unsigned column) {
-    ColumnFacts facts;
+std::vector<ColumnFacts> factsOf(const Log& log) {
+    std::vector<ColumnFacts> facts(log.columnCount());
+    std::vector<std::string_view> cells(facts.size());
     for (unsigned row = 0; row < log.rowCount(); ++row) {
-        std::string_view cell = log.cell(row, column);
-        if (cell.empty()) continue;
-        if (facts.filled++ == 0) facts.example = cell;
-        facts.widest = std::max(facts.widest, cell.size());
+        log.cells(row, cells);
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            if (cells[i].empty()) continue;
+            if (facts[i].filled++ == 0) facts[i].example = cells[i];
+            facts[i].widest = std::max(facts[i].widest, cells[i].size());
+        }
     }
     return facts;
 }
@@ -36,8 +39,7 @@ std::string typeName(DBFieldTypes::eType type) {
 
 using Row = std::array<std::string, 6>;
 
-Row describe(const Log& log, unsigned column) {
-    ColumnFacts facts = factsOf(log, column);
+Row describe(const Log& log, unsigned column, const ColumnFacts& facts) {
     return {std::to_string(column + 1),
             log.columnName(column),
             typeName(log.table->get_field_type(column)),
@@ -79,7 +81,8 @@ int run(const Args& args) {
     Output out;
     printFacts(log, out);
     std::vector<Row> rows;
-    for (unsigned i = 0; i < log.columnCount(); ++i) rows.push_back(describe(log, i));
+    const std::vector<ColumnFacts> facts = factsOf(log);
+    for (unsigned i = 0; i < log.columnCount(); ++i) rows.push_back(describe(log, i, facts[i]));
     Grid grid;
     grid.columns = {{"#", true, true}, {"Column"},       {"Type"},
                     {"Filled", true},  {"Widest", true}, {"Example"}};

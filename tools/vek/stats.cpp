@@ -1,6 +1,6 @@
 #include <algorithm>
-#include <set>
 #include <unordered_map>
+#include <unordered_set>
 
 #include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/strxcmp.h>
@@ -43,7 +43,7 @@ struct Rates {
 // The sums over the rows of one group.
 struct Sums {
     std::size_t clips = 0;
-    std::set<std::string> scenes;
+    std::unordered_set<std::string_view, Quor::KeyedHash> scenes;  // of the log's own cells
     std::size_t takes = 0;
     std::int64_t frames = 0;
     std::size_t untimed = 0;

@@ -64,6 +64,8 @@ public:
     /// After complete: a sum of eLoss.
     unsigned losses() const;
     bool commit();
+    /// Instead of commit: the old file stays, and nothing is left beside it.
+    void giveUp();
 
     eTrouble trouble() const;
     /// errno of the call that failed.

@@ -1,11 +1,10 @@
 #include "formats/choosing/select.h"
 
 #include <algorithm>
-#include <unordered_map>
 
-#include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/text_util.h>
 #include "formats/choosing/conditions.h"
+#include "formats/choosing/same_values.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/written_names.h"
 
@@ -15,12 +14,6 @@ namespace {
 
 // For each row of the table whether it is still wanted.
 using Marks = std::vector<char>;
-
-std::string foldedCase(std::string_view text) {
-    std::string out(text);
-    std::transform(out.begin(), out.end(), out.begin(), asciiLower<char>);
-    return out;
-}
 
 // Puts conditions together, of which all must hold or, with `any`, one. Each is tested only for
 // the rows that those before it leave open.
@@ -89,22 +82,22 @@ void keepTagged(const Log& log, Marks& marks) {
 
 // The first of the rows that have a value.
 void keepFirstOfEach(const Log& log, unsigned column, Marks& marks) {
-    std::unordered_map<std::string, int, Quor::KeyedHash> seen;
+    SameValues seen(log, column);
     for (unsigned row = 0; row < marks.size(); ++row) {
-        if (marks[row]) marks[row] = seen[foldedCase(log.cell(row, column))]++ == 0;
+        if (marks[row]) marks[row] = seen.firstOf(row) == row;
     }
 }
 
 // Every row whose value another row has, too. No value is no duplicate.
 void keepRepeated(const Log& log, unsigned column, Marks& marks) {
-    std::unordered_map<std::string, int, Quor::KeyedHash> count;
+    SameValues seen(log, column);
+    Marks isRepeated(marks.size(), 0);
     for (unsigned row = 0; row < marks.size(); ++row) {
-        if (marks[row]) ++count[foldedCase(log.cell(row, column))];
+        if (!marks[row] || log.cell(row, column).empty()) continue;
+        const unsigned first = seen.firstOf(row);
+        if (first != row) isRepeated[first] = isRepeated[row] = 1;
     }
-    for (unsigned row = 0; row < marks.size(); ++row) {
-        std::string_view cell = log.cell(row, column);
-        marks[row] = marks[row] && !cell.empty() && count[foldedCase(cell)] > 1;
-    }
+    marks.swap(isRepeated);
 }
 
 std::vector<unsigned> rowsOf(const VDBView& view) {
@@ -120,6 +113,12 @@ std::vector<unsigned> rowsOf(const Marks& marks) {
         if (marks[row]) rows.push_back(row);
     }
     return rows;
+}
+
+bool isEveryRow(const Log& log, const std::vector<unsigned>& rows) {
+    if (rows.size() != log.rowCount()) return false;
+    const auto isOther = [next = 0u](unsigned row) mutable { return row != next++; };
+    return std::none_of(rows.begin(), rows.end(), isOther);
 }
 
 void sortBy(const Log& log, const std::string& names, VDBView& view) {
@@ -177,10 +176,15 @@ Selected selectRows(const Log& log, const Selection& selection) {
 
 VDBView viewOf(const Log& log, const std::vector<unsigned>& rows) {
     VDBView view(log.table.get());
-    Tags tags(log);
+    if (isEveryRow(log, rows)) {
+        view->buildIndex();
+    } else {
+        view->sizeIndexFor(static_cast<int>(rows.size()));
+        for (unsigned row : rows) view->append(static_cast<int>(row));
+    }
+    const Tags tags(log);
     for (unsigned i = 0; i < rows.size(); ++i) {
-        view->append(static_cast<int>(rows[i]));
-        view->set_tag(i, tags.has(rows[i]) ? 1 : 0);
+        if (tags.has(rows[i])) view->set_tag(i, 1);
     }
     return view;
 }

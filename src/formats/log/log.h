@@ -70,6 +70,10 @@ struct Log {
     std::string_view cell(unsigned row, unsigned column) const {
         return table->get_record(row)->fieldView(column);
     }
+    /// The first cells of a row, as many as there is room for.
+    void cells(unsigned row, std::vector<std::string_view>& to) const {
+        table->get_record(row)->fieldViews(to.data(), static_cast<unsigned>(to.size()));
+    }
     std::string columnName(unsigned column) const;
     std::vector<std::string> columnNames() const;
     /// Without regard to case; "Name#2" is the second of several of the name, and "[c<d]" the

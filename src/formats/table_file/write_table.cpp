@@ -42,16 +42,6 @@ bool areKept(const CellRun& run, const std::string_view* values, std::size_t cou
     });
 }
 
-// Whether a reader is certain to find the values as they are.
-bool areSurelyKept(const std::string_view* values, std::size_t count) {
-    if (const std::optional<CellRun> run = CellRun::of(values, count)) {
-        return areKept(*run, values, count);
-    }
-    return std::none_of(values, values + count, [](std::string_view value) {
-        return value.size() > longestTableValue || mayChange(value);
-    });
-}
-
 // The table itself where all columns are wanted, else a table of the wanted ones.
 class TableToWrite {
 public:
@@ -253,7 +243,9 @@ void writeLines(const TextFile& lines, Output& out) {
 
 std::vector<ExactCell> writeTableRows(const Sheet& sheet, TextFile& lines) {
     const TableToWrite source(sheet);
-    return RowWriter(sheet, source, lines).changed();
+    const RowChecker rows(sheet, source);
+    for (unsigned row = 0; row < sheet.rowCount(); ++row) source.row(row).write(lines);
+    return rows.changed();
 }
 
 std::vector<std::string> tableHeading(const Log& log, Losses& losses) {
@@ -269,6 +261,15 @@ void tellExactCell(const ExactCell& cell, const std::string& place, bool isNoted
                    (isNoted ? "; vek reads them back as they are, other programs do not"
                             : "; there is no room to note them"),
                place);
+}
+
+bool areSurelyKept(const std::string_view* values, std::size_t count) {
+    if (const std::optional<CellRun> run = CellRun::of(values, count)) {
+        return areKept(*run, values, count);
+    }
+    return std::none_of(values, values + count, [](std::string_view value) {
+        return value.size() > longestTableValue || mayChange(value);
+    });
 }
 
 TableLoss tableFileLoss(std::string_view value) {

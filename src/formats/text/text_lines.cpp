@@ -59,7 +59,7 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
     }
 }
 
-std::string_view trimmed(std::string_view text) {
+std::string_view withoutBlankEnds(std::string_view text) {
     while (!text.empty() && isAsciiSpace(text.front())) text.remove_prefix(1);
     while (!text.empty() && isAsciiSpace(text.back())) text.remove_suffix(1);
     return text;

@@ -63,7 +63,12 @@ private:
 /// The pieces of a text between separators; "" is one empty piece.
 std::vector<std::string_view> split(std::string_view text, char separator);
 /// Without blanks of the 7-bit range at both ends.
-std::string_view trimmed(std::string_view text);
+std::string_view withoutBlankEnds(std::string_view text);
+inline std::string_view trimmed(std::string_view text) {
+    const auto isInk = [](char c) { return static_cast<unsigned char>(c) > ' '; };
+    const bool hasNone = text.empty() || (isInk(text.front()) && isInk(text.back()));
+    return hasNone ? text : withoutBlankEnds(text);
+}
 /// Equal without regard to the case of A to Z.
 bool sameText(std::string_view a, std::string_view b);
 

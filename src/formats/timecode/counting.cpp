@@ -6,9 +6,15 @@ namespace vek::formats {
 
 LogCounting::LogCounting(const Log& log, const std::string& rate)
     : log_(log), fcm_(log.parameter("FCM")), fcmColumn_(log.findColumn("FCM")) {
-    std::optional<FrameRate> own = parseFrameRate(log.parameter("FPS"));
+    readRate(rate);
+    const bool isSaid = rate_ && rate_->counting != Counting::unsaid;
+    countingOfAll_ = isSaid ? rate_->counting : countingOfFcm(fcm_);
+}
+
+void LogCounting::readRate(const std::string& rate) {
+    std::optional<FrameRate> own = parseFrameRate(log_.parameter("FPS"));
     rate_ = rate.empty() ? own : parseFrameRate(rate);
-    if (!rate_) oddRate_ = rate.empty() ? log.parameter("FPS") : rate;
+    if (!rate_) oddRate_ = rate.empty() ? log_.parameter("FPS") : rate;
     if (!rate_ || rate.empty()) return;
     isForced_ = rate_->counting != Counting::unsaid;
     if (!isForced_ && own && canDropFrames(rate_->nominal)) rate_->counting = own->counting;
@@ -20,11 +26,6 @@ Counting LogCounting::counting(unsigned row) const {
         if (own != Counting::unsaid) return own;
     }
     return countingOfAll();
-}
-
-Counting LogCounting::countingOfAll() const {
-    if (rate_ && rate_->counting != Counting::unsaid) return rate_->counting;
-    return countingOfFcm(fcm_);
 }
 
 std::optional<Timecode> LogCounting::timecode(unsigned row, unsigned column) const {

@@ -24,7 +24,7 @@ public:
     /// What is said for a row.
     Counting counting(unsigned row) const;
     /// What is said, whatever the rows say.
-    Counting countingOfAll() const;
+    Counting countingOfAll() const { return countingOfAll_; }
 
     /// The cell's timecode, drop-frame where the log says so and not only where a semicolon does.
     std::optional<Timecode> timecode(unsigned row, unsigned column) const;
@@ -33,12 +33,15 @@ public:
     std::vector<Problem> contradictions() const;
 
 private:
+    void readRate(const std::string& rate);
+
     const Log& log_;
     std::optional<FrameRate> rate_;
     bool isForced_ = false;
     std::string oddRate_;
     std::string fcm_;
     unsigned fcmColumn_;
+    Counting countingOfAll_ = Counting::unsaid;
 };
 
 /// "DROP FRAME", "NON-DROP FRAME", "NON DROP FRAME", ...

@@ -1,6 +1,6 @@
 #include "formats/writing/cell_run.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -29,4 +29,4 @@ std::optional<CellRun> CellRun::of(const std::string_view* cells, std::size_t co
     return CellRun{{begin, static_cast<std::size_t>(end - begin)}, gaps, isQuoted && gaps > 0};
 }
 
-}  // namespace vek
+}  // namespace vek::formats

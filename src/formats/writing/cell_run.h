@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-namespace vek {
+namespace vek::formats {
 
 /// The cells of a row as one piece of text, to be looked at as a whole. As they were loaded they
 /// stand one behind the other, and between each two of them the same bytes: a NUL, or where they
@@ -18,4 +18,4 @@ struct CellRun {
     static std::optional<CellRun> of(const std::string_view* cells, std::size_t count);
 };
 
-}  // namespace vek
+}  // namespace vek::formats

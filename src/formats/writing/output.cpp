@@ -21,7 +21,8 @@ namespace vek::formats {
 namespace {
 
 constexpr std::size_t flushAt = 1 << 16;
-constexpr std::size_t chunkSize = 1 << 18;
+constexpr std::size_t copiedAtOnce = 1 << 18;
+constexpr std::size_t pieceSize = 1 << 20;
 constexpr unsigned longestWait = 5000;  // milliseconds for a program that changes the file
 
 std::string because(int error) {
@@ -84,58 +85,37 @@ void tellLosses(const std::string& path, unsigned losses) {
     }
 }
 
-// Keeps Ctrl-C and its kin waiting while a file is being replaced, which is soon done: the old
-// file or the new one is there then, and nothing beside it.
+// Keeps Ctrl-C and its kin waiting while a file is being replaced: the old file or the new one is
+// there then, and nothing beside it. Those that the program ignores are none of its business.
 class Undisturbed {
 public:
     Undisturbed() {
-        sigset_t signals;
-        ::sigemptyset(&signals);
-        for (int signal : {SIGINT, SIGTERM, SIGHUP}) ::sigaddset(&signals, signal);
-        ::sigprocmask(SIG_BLOCK, &signals, &before_);
+        ::sigemptyset(&signals_);
+        for (int signal : kinds) {
+            struct sigaction action = {};
+            const bool isKnown = ::sigaction(signal, nullptr, &action) == 0;
+            if (!isKnown || action.sa_handler != SIG_IGN) ::sigaddset(&signals_, signal);
+        }
+        ::sigprocmask(SIG_BLOCK, &signals_, &before_);
     }
     ~Undisturbed() { ::sigprocmask(SIG_SETMASK, &before_, nullptr); }
     Undisturbed(const Undisturbed&) = delete;
     Undisturbed& operator=(const Undisturbed&) = delete;
 
+    /// Whether one of them waits by now.
+    bool isAwaited() const {
+        sigset_t waiting;
+        if (::sigpending(&waiting) != 0) return false;
+        return std::any_of(std::begin(kinds), std::end(kinds), [&](int signal) {
+            return ::sigismember(&waiting, signal) == 1 && ::sigismember(&signals_, signal) == 1;
+        });
+    }
+
 private:
+    static constexpr int kinds[] = {SIGINT, SIGTERM, SIGHUP};
+
+    sigset_t signals_;
     sigset_t before_;
-};
-
-// Collects small pieces so that they reach the file in few calls.
-class ChunkedFile {
-public:
-    explicit ChunkedFile(FileReplacement& file) : file_(file) {}
-
-    bool put(std::string_view piece) {
-        if (chunk_.size() + piece.size() > chunkSize && !flush()) return false;
-        if (piece.size() > chunkSize / 2) return file_.write(piece);
-        chunk_ += piece;
-        return true;
-    }
-
-    bool copy(const Input& input, Range range) {
-        if (!reader_ || from_ != &input) reader_.emplace(input);
-        from_ = &input;
-        while (range.begin < range.end) {
-            const std::size_t size = std::min(chunkSize, range.size());
-            if (!put(reader_->read({range.begin, range.begin + size}))) return false;
-            range.begin += size;
-        }
-        return true;
-    }
-
-    bool flush() {
-        const bool isWritten = chunk_.empty() || file_.write(chunk_);
-        chunk_.clear();
-        return isWritten;
-    }
-
-private:
-    FileReplacement& file_;
-    std::string chunk_;
-    const Input* from_ = nullptr;
-    std::optional<SourceReader> reader_;
 };
 
 // Line ends and tabs are the text's own form; a carriage return belongs to a line end or moves
@@ -178,12 +158,71 @@ Held holdInput(const std::vector<std::string>& inputs, const std::string& output
     return nullptr;
 }
 
+// A text on its way to the file whose place it is to take.
+class Output::Departure {
+public:
+    Departure(const std::string& path, const Held& held)
+        : path_(path), file_(held ? held : holdFile(path)) {
+        // A FIFO may have no reader, and whoever waits for one may want to leave.
+        if (!isDirect()) undisturbed_.emplace();
+    }
+    ~Departure() {
+        if (isOpen_) file_->giveUp();
+    }
+    Departure(const Departure&) = delete;
+    Departure& operator=(const Departure&) = delete;
+
+    /// What is written to directly gets all of the text at once: it cannot be taken back.
+    bool isDirect() const { return file_->isWrittenDirectly(); }
+    /// Whether somebody asked the program to end meanwhile.
+    bool isAwaited() const { return undisturbed_ && undisturbed_->isAwaited(); }
+
+    void send(std::string_view text) {
+        if (!isOpen_ && !file_->open()) refuse(path_, *file_);
+        isOpen_ = true;
+        if (!file_->write(text)) refuse(path_, *file_);
+    }
+
+    void end() {
+        if (!file_->complete()) refuse(path_, *file_);
+        tellLosses(path_, file_->losses());
+        isOpen_ = false;
+        if (!file_->commit()) refuse(path_, *file_);
+    }
+
+private:
+    std::string path_;
+    std::optional<Undisturbed> undisturbed_;
+    Held file_;
+    bool isOpen_ = false;
+};
+
+Output::Output() = default;
+
 Output::Output(const std::string& path, Held held)
     : path_(path == "-" ? "" : path), held_(std::move(held)) {}
 
+Output::~Output() = default;
+
 void Output::add(std::string_view text) {
     pending_ += text;
-    if (isStandardOutput() && pending_.size() >= flushAt) flush();
+    if (isStandardOutput()) {
+        if (pending_.size() >= flushAt) flush();
+    } else if (pending_.size() >= pieceSize) {
+        sendPiece();
+    }
+}
+
+// A signal that came meanwhile ends the program here, with nothing left beside the file.
+void Output::sendPiece() {
+    if (!departure_) departure_ = std::make_unique<Departure>(path_, held_);
+    if (departure_->isDirect()) return;
+    if (departure_->isAwaited()) {
+        departure_.reset();
+        refuse(path_, EINTR);
+    }
+    departure_->send(pending_);
+    pending_.clear();
 }
 
 void Output::write(std::string_view text) {
@@ -197,13 +236,13 @@ void Output::line(std::string_view text) {
 }
 
 void Output::copy(const Input& input, Range range) {
-    if (!isStandardOutput()) {
-        copies_.push_back({pending_.size(), &input, range});
-        return;
+    if (copied_ != &input) reader_.emplace(input);
+    copied_ = &input;
+    while (range.begin < range.end) {
+        const std::size_t size = std::min(copiedAtOnce, range.size());
+        write(reader_->read({range.begin, range.begin + size}));
+        range.begin += size;
     }
-    std::string text(range.size(), '\0');
-    input.readAgain(range.begin, text.data(), text.size());
-    write(text);
 }
 
 void Output::inkedLine(std::string_view text) {
@@ -238,27 +277,11 @@ bool Output::isTerminal() const {
     return *isTerminal_;
 }
 
-bool Output::writePending(FileReplacement& file) const {
-    const std::string_view pending = pending_;
-    ChunkedFile out(file);
-    std::size_t written = 0;
-    for (const Copy& copy : copies_) {
-        const std::string_view between = pending.substr(written, copy.behind - written);
-        if (!out.put(between) || !out.copy(*copy.input, copy.range)) return false;
-        written = copy.behind;
-    }
-    return out.put(pending.substr(written)) && out.flush();
-}
-
 void Output::replaceFile() {
-    Held file = held_ ? held_ : holdFile(path_);
-    // A FIFO may have no reader, and whoever waits for one may want to leave.
-    std::optional<Undisturbed> undisturbed;
-    if (!file->isWrittenDirectly()) undisturbed.emplace();
-    bool isReady = file->open() && writePending(*file) && file->complete();
-    if (!isReady) refuse(path_, *file);
-    tellLosses(path_, file->losses());
-    if (!file->commit()) refuse(path_, *file);
+    if (!departure_) departure_ = std::make_unique<Departure>(path_, held_);
+    departure_->send(pending_);
+    departure_->end();
+    departure_.reset();
 }
 
 void backUp(const std::string& path, FileReplacement& held) {

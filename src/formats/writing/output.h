@@ -23,13 +23,15 @@ Held holdFile(const std::string& path);
 Held holdInput(const std::vector<std::string>& inputs, const std::string& output);
 
 /// Where a subcommand's text goes: standard output, or a file that is replaced whole or not at
-/// all. Nothing of a file is touched before `close`.
+/// all. A long text goes to a file beside the one that it is to replace while it is made, so that
+/// only a piece of it is held in memory; the file itself is not touched before `close`.
 class Output {
 public:
     /// Standard output.
-    Output() = default;
+    Output();
     /// A file; "" and "-" are standard output.
     explicit Output(const std::string& path, Held held = nullptr);
+    ~Output();
 
     /// A Failure with `unwritable` when a full disk or a closed stream takes no more. A pipe
     /// that nobody reads any more ends the program quietly.
@@ -38,8 +40,7 @@ public:
     void line(std::string_view text);
     /// A line whose parts are escaped already, with colours between them.
     void inkedLine(std::string_view text);
-    /// Bytes of a file that was read, as they stand there. What goes to a file is read when that is
-    /// written, so the input must live as long.
+    /// Bytes of a file that was read, as they stand there. The input must live as long as this.
     void copy(const Input& input, Range range);
     /// Says that everything is written. To be called before the end; nothing is saved without.
     void close();
@@ -51,22 +52,19 @@ public:
     bool isTerminal() const;
 
 private:
-    /// Bytes of an input that belong behind so many of the text that is pending.
-    struct Copy {
-        std::size_t behind;
-        const Input* input;
-        Range range;
-    };
+    class Departure;
 
     void add(std::string_view text);
     void flush();
+    void sendPiece();
     void replaceFile();
-    bool writePending(FileReplacement& file) const;
 
     std::string path_;
     Held held_;
+    std::unique_ptr<Departure> departure_;
     std::string pending_;
-    std::vector<Copy> copies_;
+    const Input* copied_ = nullptr;  ///< the last one that was copied of
+    std::optional<SourceReader> reader_;
     mutable std::optional<bool> isTerminal_;
 };
 

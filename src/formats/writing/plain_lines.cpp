@@ -6,7 +6,7 @@
 
 #include "formats/writing/cell_run.h"
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -116,4 +116,4 @@ std::string_view PlainJsonLines::line(unsigned row, std::string_view begin, std:
     return between(line, append(to, end));
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -8,7 +8,7 @@
 
 /// Rows of a sheet as lines of text, where no cell needs more than to be copied, as in nearly
 /// every row. Whoever asks writes the others, cell by cell.
-namespace vek {
+namespace vek::formats {
 
 /// Cells with a separator between them.
 class PlainLines {
@@ -44,4 +44,4 @@ private:
     std::string line_;
 };
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace vek {
+namespace vek::formats {
 
 SheetRow::SheetRow(const Sheet& sheet) : sheet_(sheet), chosen_(sheet.columns.size()) {
     std::size_t behind = 0;
@@ -20,4 +20,4 @@ const std::string_view* SheetRow::cells(unsigned row) {
     return chosen_.data();
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -5,7 +5,7 @@
 
 #include "formats/writing/writers.h"
 
-namespace vek {
+namespace vek::formats {
 
 /// The cells of a sheet's rows, fetched a row at a time.
 class SheetRow {
@@ -23,4 +23,4 @@ private:
     std::vector<std::string_view> chosen_;
 };
 
-}  // namespace vek
+}  // namespace vek::formats

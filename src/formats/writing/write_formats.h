@@ -42,6 +42,8 @@ void tellExactCell(const ExactCell& cell, const std::string& place, bool isNoted
 /// What a value loses on its way through a table file.
 enum class TableLoss { none, blanks, carriageReturns, backslash, other };
 TableLoss tableFileLoss(std::string_view value);
+/// Whether a row of values is certain to lose nothing; found out with less work.
+bool areSurelyKept(const std::string_view* values, std::size_t count);
 /// "cells that lose the blanks at their ends".
 const char* lossOfCells(TableLoss loss);
 /// The longest value that a table file's line can hold.

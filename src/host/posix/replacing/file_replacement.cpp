@@ -93,6 +93,8 @@ public:
         return !trouble;
     }
 
+    void giveUp() { stop(trouble_); }
+
     unsigned losses() const { return losses_; }
     const FileTrouble& trouble() const { return trouble_; }
     const char* oldBeside() const { return beside_.empty() ? nullptr : beside_.c_str(); }
@@ -311,6 +313,10 @@ unsigned FileReplacement::losses() const {
 
 bool FileReplacement::commit() {
     return steps_->commit();
+}
+
+void FileReplacement::giveUp() {
+    steps_->giveUp();
 }
 
 FileReplacement::eTrouble FileReplacement::trouble() const {
