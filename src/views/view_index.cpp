@@ -287,8 +287,8 @@ void ViewIndex::insertOneByOne(const unsigned* sourceRows, int n, int at) {
         return;
     }
     const int first = std::max(at, 0);
-    rows_.erase(unsigned(before), unsigned(n));
     const std::uint8_t tag = rows_.tag(unsigned(first));
+    rows_.erase(unsigned(before), unsigned(n));
     rows_.insert(unsigned(first), unsigned(n), 0, spare);
     // Positions before the first row count as the first, so rows come to stand there in
     // reverse until the position has reached it.

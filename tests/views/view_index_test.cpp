@@ -407,6 +407,17 @@ TEST(ViewIndexOneByOne, BeforeTheFirstRowComesOutReversed) {
     EXPECT_EQ((Rows{4, 3, 2, 0}), rowsOf(far));
 }
 
+TEST(ViewIndexOneByOne, BeforeNoRowAtAllTheTagIsThatOfTheFirstSlot) {
+    ViewIndex index;
+    index.append(9);
+    index.setTag(0, true);
+    index.forgetRows();
+    const unsigned rows[] = {2, 3, 4};
+    index.insertOneByOne(rows, 3, -1);
+    EXPECT_EQ((Rows{3, 4, 2}), rowsOf(index));
+    EXPECT_EQ("111", tagsOf(index));
+}
+
 TEST(ViewIndexOneByOne, NothingChangesForNoRows) {
     Filled index(20);
     index.sizeFor(50);
