@@ -204,6 +204,8 @@ Output::Output(const std::string& path, Held held)
 
 Output::~Output() = default;
 
+Output::Output(Output&&) noexcept = default;
+
 void Output::add(std::string_view text) {
     pending_ += text;
     if (isStandardOutput()) {

@@ -32,6 +32,7 @@ public:
     /// A file; "" and "-" are standard output.
     explicit Output(const std::string& path, Held held = nullptr);
     ~Output();
+    Output(Output&&) noexcept;
 
     /// A Failure with `unwritable` when a full disk or a closed stream takes no more. A pipe
     /// that nobody reads any more ends the program quietly.
