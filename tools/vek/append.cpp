@@ -15,10 +15,10 @@ void tellConflict(const MergeConflict& conflict) {
     say(worded(conflict));
 }
 
-Sheet rowsFrom(const Log& log, unsigned first) {
+std::vector<unsigned> rowsFrom(const Log& log, unsigned first) {
     std::vector<unsigned> rows;
     for (unsigned row = first; row < log.rowCount(); ++row) rows.push_back(row);
-    return {log, viewOf(log, rows), allColumns(log)};
+    return rows;
 }
 
 void requireOneStandardInput(const Args& args) {
@@ -46,11 +46,11 @@ int run(const Args& args) {
         concat(log.name, ": ", counted(log.rowCount() - before, "row"), ", ",
                counted(log.columnCount() - columnsBefore, "new column"));
     if (args.has("dry-run")) {
-        printSheet(rowsFrom(log, before));
+        printRows(log, rowsFrom(log, before));
         say(summary + " would be appended");
         return result;
     }
-    saveResult(wholeSheet(log), args);
+    saveResult(log, args);
     say(summary + " appended");
     return result;
 }

@@ -102,12 +102,12 @@ std::vector<char> rowsThatStay(const Log& log, const RowKeys& keys, const Choice
     return stays;
 }
 
-VDBView viewOfMarked(const Log& log, const std::vector<char>& marks, char mark) {
+std::vector<unsigned> rowsMarked(const std::vector<char>& marks, char mark) {
     std::vector<unsigned> rows;
     for (unsigned row = 0; row < marks.size(); ++row) {
         if (marks[row] == mark) rows.push_back(row);
     }
-    return viewOf(log, rows);
+    return rows;
 }
 
 int run(const Args& args) {
@@ -120,12 +120,12 @@ int run(const Args& args) {
     const std::string summary =
         concat(log.name, ": ", counted(count, "duplicate"), " of ", counted(log.rowCount(), "row"));
     if (args.has("dry-run")) {
-        printSheet({log, viewOfMarked(log, stays, 0), allColumns(log)});
+        printRows(log, rowsMarked(stays, 0));
         say(summary + " would go");
         return done;
     }
     const bool isToBeWritten = count > 0 || args.has("output") || args.text("FILE") == "-";
-    if (isToBeWritten) saveResult({log, viewOfMarked(log, stays, 1), allColumns(log)}, args);
+    if (isToBeWritten) saveResult(log, rowsMarked(stays, 1), args);
     say(count == 0 ? log.name + ": no duplicates" : summary + " deleted");
     return done;
 }

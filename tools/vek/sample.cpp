@@ -85,15 +85,15 @@ int run(const Args& args) {
     const std::size_t count = countOf(args.text("COUNT"), matched);
     const std::uint64_t seed = seedFrom(args);
     Dice dice(seed);
-    Sheet sheet{log, viewOf(log, drawn(view, count, dice)), allColumns(log)};
+    const std::vector<unsigned> rows = drawn(view, count, dice);
     if (matched == 0 && narrows(selection)) {
         say(log.name + ": no row matches, nothing changed");
         return found;
     }
     if (args.has("dry-run"))
-        printSheet(sheet);
+        printRows(log, rows);
     else
-        saveResult(sheet, args);
+        saveResult(log, rows, args);
     say(concat(log.name, ": ", std::to_string(count), " of ", counted(matched, "row"), ", --seed ",
                std::to_string(seed), " draws them again"));
     return done;

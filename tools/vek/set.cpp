@@ -176,7 +176,7 @@ int run(const Args& args) {
         return found;
     }
     makeEdits(log, edits);
-    saveResult(wholeSheet(log), args);
+    saveResult(log, args);
     say(summary + " changed");
     return done;
 }

@@ -9,9 +9,16 @@ namespace vek {
 
 namespace {
 
-std::size_t countMoved(const VDBView& view) {
+std::vector<unsigned> rowsOf(const VDBView& view) {
+    std::vector<unsigned> rows;
+    rows.reserve(view->get_num_records());
+    for (unsigned i = 0; i < view->get_num_records(); ++i) rows.push_back(view->baseIndex(i));
+    return rows;
+}
+
+std::size_t countMoved(const std::vector<unsigned>& rows) {
     std::size_t moved = 0;
-    for (unsigned i = 0; i < view->get_num_records(); ++i) moved += view->baseIndex(i) != i;
+    for (unsigned i = 0; i < rows.size(); ++i) moved += rows[i] != i ? 1 : 0;
     return moved;
 }
 
@@ -23,17 +30,17 @@ int run(const Args& args) {
     selection.sort = args.text("by");
     selection.reverse = args.has("reverse");
     Log log = readLogToSave(args);
-    Sheet sheet{log, selectRows(log, selection).view, allColumns(log)};
-    const std::size_t moved = countMoved(sheet.view);
+    const std::vector<unsigned> rows = rowsOf(selectRows(log, selection).view);
+    const std::size_t moved = countMoved(rows);
     const std::string summary =
         concat(log.name, ": ", std::to_string(moved), " of ", counted(log.rowCount(), "row"));
     if (args.has("dry-run")) {
-        printSheet(sheet);
+        printRows(log, rows);
         say(summary + " would move");
         return done;
     }
     const bool isToBeWritten = moved > 0 || args.has("output") || args.text("FILE") == "-";
-    if (isToBeWritten) saveResult(sheet, args);
+    if (isToBeWritten) saveResult(log, rows, args);
     say(moved == 0 ? log.name + ": in this order already" : summary + " moved");
     return done;
 }

@@ -420,7 +420,7 @@ int run(const Args& args) {
         printEdits(log, work.edits, args);
     else if (!work.rows.empty()) {
         makeEdits(log, work.edits);
-        saveResult(wholeSheet(log), args);
+        saveResult(log, args);
     }
     say(log.name + ": " + counted(work.rows.size(), "row") + ", " +
         counted(work.edits.size(), "cell") + (isDry ? " would change" : " changed"));

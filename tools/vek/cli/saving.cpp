@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <numeric>
+
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/writing.h"
 
@@ -15,21 +17,15 @@ Held heldForBackup(const std::string& path) {
     return isThere ? holdFile(path) : nullptr;
 }
 
-WriteStyle styleFor(const Log& log, bool isSameFormat) {
-    WriteStyle style{log.lineEnd, log.beganWithMark};
-    style.keepsLengths = isSameFormat;
-    return style;
-}
-
-void saveElsewhere(const Sheet& sheet, const std::string& path, bool backup) {
-    const Log& log = sheet.log;
+void saveElsewhere(const Log& log, const std::vector<unsigned>& rows, const std::string& path,
+                   bool backup) {
     requireWhole(log);
     const Target target = path == "-" ? targetOf(log) : targetFor(log, path);
-    const bool isSameFormat = std::string_view(targetName(target)) == formatName(log.format);
     Held held = log.held || !backup ? log.held : heldForBackup(path);
     Output out(path, held);
     Losses losses;
-    writeSheet(sheet, target, styleFor(log, isSameFormat), out, losses);
+    WriteStyle style{log.lineEnd, log.beganWithMark};
+    writeSheet({log, viewOf(log, rows), allColumns(log)}, target, style, out, losses);
     if (backup && held) backUp(path, *held);
     out.close();
     losses.tell(out.name());
@@ -55,15 +51,21 @@ Log readLogToSave(const Args& args) {
     return log;
 }
 
-void saveResult(const Sheet& sheet, const Args& args) {
-    if (!args.has("output")) return saveInPlace(sheet, args.has("backup"));
-    saveElsewhere(sheet, args.text("output"), args.has("backup"));
+void saveResult(const Log& log, const std::vector<unsigned>& rows, const Args& args) {
+    if (!args.has("output")) return saveInPlace(log, rows, args.has("backup"));
+    saveElsewhere(log, rows, args.text("output"), args.has("backup"));
 }
 
-void printSheet(const Sheet& sheet) {
+void saveResult(const Log& log, const Args& args) {
+    std::vector<unsigned> rows(log.rowCount());
+    std::iota(rows.begin(), rows.end(), 0u);
+    saveResult(log, rows, args);
+}
+
+void printRows(const Log& log, const std::vector<unsigned>& rows) {
     Output out;
     Losses ignored;
-    writeSheet(sheet, Target::csv, {}, out, ignored);
+    writeSheet({log, viewOf(log, rows), allColumns(log)}, Target::csv, {}, out, ignored);
     out.close();
 }
 

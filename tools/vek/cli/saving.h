@@ -14,13 +14,15 @@ Log readLogToSave(const Args& args);
 /// is not written back.
 Target targetFor(const Log& log, const std::string& path);
 
-/// Writes the sheet into the log's own file, or into that of -o, whose ending gives the format;
-/// one that says nothing, and "-", the standard output, get the log's own. --backup keeps what is
-/// replaced.
-void saveResult(const Sheet& sheet, const Args& args);
+/// Writes these rows in this order into the log's own file, or into that of -o, whose ending gives
+/// the format; one that says nothing, and "-", the standard output, get the log's own. --backup
+/// keeps what is replaced.
+void saveResult(const Log& log, const std::vector<unsigned>& rows, const Args& args);
+/// All of them.
+void saveResult(const Log& log, const Args& args);
 
-/// Prints the sheet as CSV, for --dry-run.
-void printSheet(const Sheet& sheet);
+/// Prints rows as CSV, for --dry-run.
+void printRows(const Log& log, const std::vector<unsigned>& rows);
 
 /// The -o option.
 Option savingOption();
