@@ -190,6 +190,28 @@ TEST(Interrupted, AFifoWithoutAReaderIsLeft) {
     }
 }
 
+// A text of several pieces goes to a file beside the target while it is made.
+TEST(LongOutput, IsWholeAndLeavesNothingBeside) {
+    WorkFolder folder;
+    folder.write("log.csv", rows(200000));
+    Finish finish = run(folder, shell("exec \"$0\" convert log.csv copy.csv"));
+    EXPECT_EQ(finish.exitCode, 0) << finish.errors;
+    EXPECT_EQ(folder.read("copy.csv"), rows(200000));
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"copy.csv", "log.csv"}));
+}
+
+TEST(LongOutput, ThatFailsOnTheWayLeavesTheOldFileAndNothingBeside) {
+    WorkFolder folder;
+    folder.write("log.csv", rows(200000));
+    folder.write("copy.csv", "older");
+    Finish finish = run(folder, shell("trap '' XFSZ; ulimit -f 1100; exec \"$0\" convert log.csv "
+                                      "copy.csv"));
+    EXPECT_EQ(finish.exitCode, 4);
+    EXPECT_NE(finish.errors.find("copy.csv: File too large"), std::string::npos) << finish.errors;
+    EXPECT_EQ(folder.read("copy.csv"), "older");
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"copy.csv", "log.csv"}));
+}
+
 TEST(FullDisk, OfABackupIsCalledSoAndLeavesFileAndOlderBackup) {
     WorkFolder folder;
     folder.write("log.csv", rows(20000));

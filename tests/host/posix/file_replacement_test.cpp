@@ -78,6 +78,18 @@ TEST_F(Replacing, WritesBytesAsTheyAreZerosToo) {
     EXPECT_EQ(folder.read("out"), text);
 }
 
+TEST_F(Replacing, GivenUpLeavesTheOldFileAndNothingBesideIt) {
+    FileReplacement file;
+    folder.write("out", "old");
+    ASSERT_TRUE(file.find(path("out").c_str()) && file.open() && file.write("new"));
+    EXPECT_EQ(folder.names().size(), 2u);
+    file.giveUp();
+    EXPECT_EQ(folder.names(), Names{"out"});
+    EXPECT_FALSE(file.write("more"));
+    EXPECT_FALSE(file.commit());
+    EXPECT_EQ(folder.read("out"), "old");
+}
+
 TEST_F(Replacing, ADiskThatLosesWhatItTookIsSeenBeforeTheOldFileGoes) {
     folder.write("out", "old");
     const FileIO::SystemCalls before = FileIO::systemCalls();

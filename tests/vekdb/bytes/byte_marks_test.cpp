@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -63,4 +65,21 @@ TEST(ByteMarks, MayBeAskedFromAnywhereFurtherOn) {
     EXPECT_EQ(marks.next(begin + 700), begin + 700);
     EXPECT_EQ(marks.next(begin + 701), begin + 1000);
     EXPECT_EQ(marks.next(begin + 1000), begin + 1000);
+}
+
+TEST(ByteMarks, AreCountedAsTheyAreFoundInTextsOfEverySize) {
+    for (unsigned seed = 0; seed < 2000; ++seed) {
+        std::string text;
+        std::uint32_t state = seed * 2654435761u + 1;
+        for (unsigned i = seed % 300; i > 0; --i) {
+            state = state * 1664525u + 1013904223u;
+            text += std::string_view("abc,\"\n\r\xff\x8c\0\x8a", 11)[(state >> 24) % 11];
+        }
+        const char* const end = text.data() + text.size();
+        const std::size_t count = ByteMarks::count(text.data(), end, {',', '"', '\n', '\r'});
+        ASSERT_EQ(count, expected(text).size()) << seed;
+        const std::size_t zeros = ByteMarks::count(text.data(), end, {'\0', '\0', '\0', '\0'});
+        const auto ofZero = std::count(text.begin(), text.end(), '\0');
+        ASSERT_EQ(zeros, static_cast<std::size_t>(ofZero)) << seed;
+    }
 }

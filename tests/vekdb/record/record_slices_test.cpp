@@ -116,6 +116,16 @@ TEST_F(OnSlices, RemovingAValueMovesTheLaterOnesDown) {
     EXPECT_STREQ("slate 12", record.get_field(1));
 }
 
+TEST_F(OnSlices, ValuesAreReadTogetherAsTheyAreOneByOne) {
+    std::string_view values[5];
+    for (const bool isChanged : {false, true}) {
+        if (isChanged) record.setField(1, LightweightString<char>("changed"));
+        record.fieldViews(values, 5);
+        for (unsigned i = 0; i < 5; ++i) EXPECT_EQ(record.fieldView(i), values[i]) << i;
+        EXPECT_NE(nullptr, values[4].data());
+    }
+}
+
 TEST_F(OnSlices, RemovingTheLastValueLeavesTheRest) {
     record.removeField(2);
     EXPECT_EQ(2, record.get_num_fields());
