@@ -161,7 +161,8 @@ bool VDBViewRep::set_field(unsigned row, unsigned field, bool value) {
 
 bool VDBViewRep::in_field(unsigned row, unsigned field, char* buffer, int length) const {
     const VDBBase* from = sourceOfRow(row);
-    return from != nullptr && from->in_field(index().sourceRow(viewRow(row)), field, buffer, length);
+    return from != nullptr &&
+           from->in_field(index().sourceRow(viewRow(row)), field, buffer, length);
 }
 
 bool VDBViewRep::in_field(unsigned row, unsigned field, int& value) const {

@@ -255,6 +255,23 @@ public:
           writer_(saving) {}
 
     PatchedText make() {
+        if (haveOnlyGone())
+            thinOut();
+        else
+            rearrange();
+        return std::move(text_);
+    }
+
+private:
+    bool isNew(unsigned row) const { return row >= places_.count(); }
+
+    // Whether the rows are some of those that came, in their order.
+    bool haveOnlyGone() const {
+        return std::is_sorted(rows_.begin(), rows_.end()) &&
+               (rows_.empty() || !isNew(rows_.back()));
+    }
+
+    void thinOut() {
         Progress progress("writing", rows_.size());
         std::size_t next = 0;
         for (std::size_t i = 0; i < rows_.size(); ++i) {
@@ -264,10 +281,50 @@ public:
             next = rows_[i] + std::size_t{1};
         }
         putGaps(next, places_.count());
-        return std::move(text_);
     }
 
-private:
+    // What stands between rows stays where it is, whatever rows it is between; what is more stands
+    // behind the last one.
+    void rearrange() {
+        if (places_.count() == 0) return fillEmpty();
+        const std::size_t held = std::min(rows_.size(), places_.count());
+        Progress progress("writing", rows_.size());
+        for (std::size_t i = 0; i < rows_.size(); ++i) {
+            progress.reach(i);
+            if (i < held)
+                text_.keep(places_.gapBefore(i));
+            else
+                text_.own() += separator();
+            put(rows_[i]);
+        }
+        putGaps(held, places_.count());
+    }
+
+    // Of a log without rows there is an array at most.
+    void fillEmpty() {
+        const Gap all = gapBefore(0);
+        const std::size_t bracket = all.text.find('[');
+        const bool isArray = bracket != std::string::npos;
+        const std::uint64_t middle = isArray ? all.range.begin + bracket + 1 : all.range.end;
+        text_.keep({all.range.begin, middle});
+        for (std::size_t i = 0; i < rows_.size(); ++i) {
+            if (i > 0) text_.own() += isArray ? ",\n" : "\n";
+            put(rows_[i]);
+        }
+        text_.keep({middle, all.range.end});
+    }
+
+    // In front of a row that comes behind all others.
+    std::string separator() {
+        const bool isArray = gapBefore(places_.count()).text.find(']') != std::string::npos;
+        if (places_.count() > 1) {
+            const Gap gap = gapBefore(places_.count() - 1);
+            const bool hasComma = gap.text.find(',') != std::string::npos;
+            if (!gap.hasBrackets() && hasComma == isArray) return gap.text;
+        }
+        return isArray ? ",\n" : "\n";
+    }
+
     // What stands between rows: a comma, or the brackets of arrays.
     struct Gap {
         Range range;
@@ -303,6 +360,10 @@ private:
     }
 
     void put(unsigned row) {
+        if (isNew(row)) {
+            text_.own() += writer_.object("{}", row);
+            return;
+        }
         const bool mayDiffer = writer_.changesAll() || log_.table->get_record(row)->get_changed();
         if (!mayDiffer) return text_.keep(places_.row(row));
         const std::string_view came = reader_.read(places_.row(row));

@@ -100,6 +100,7 @@ Log openLog(Input& input, const std::string& path, const std::string& from, cons
 // What a save in place compares the log with.
 void noteWhatCame(Log& log) {
     Source& source = *log.source;
+    source.rows = log.rowCount();
     for (unsigned i = 0; i < log.columnCount(); ++i) {
         source.columns.push_back({log.columnName(i), log.table->get_field_type(i)});
         source.cameFrom.push_back(i);
@@ -125,11 +126,16 @@ Log readLog(const std::string& path, const std::string& from, const Wanted& want
 
 Log readLogToChange(const std::string& path, const std::string& from) {
     Held held = holdFile(path);
+    Log log = readLogToCopy(path, from);
+    log.held = held;
+    return log;
+}
+
+Log readLogToCopy(const std::string& path, const std::string& from) {
     auto source = std::make_shared<Source>();
     source->input = std::make_shared<Input>(path);
     source->input->keep();
     Log log = openLog(*source->input, path, from, {}, source);
-    log.held = held;
     noteWhatCame(log);
     tellProblems(log);
     return log;

@@ -121,6 +121,8 @@ Log readLog(const std::string& path, const std::string& from = {}, const Wanted&
 /// The same for a command that changes the file: from before it is read until it has been
 /// replaced no other one changes it.
 Log readLogToChange(const std::string& path, const std::string& from);
+/// The same for a copy with other rows or cells: the file itself stays as it is.
+Log readLogToCopy(const std::string& path, const std::string& from);
 
 /// A Failure when rows of the file could not be read, so that writing it would lose them.
 void requireWhole(const Log& log);

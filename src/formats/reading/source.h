@@ -73,6 +73,7 @@ struct Source {
     std::vector<unsigned> cameFrom;
     std::size_t named = 0;                 ///< columns that the heading had names for
     std::size_t headingLines = 0;          ///< of a table file
+    std::size_t rows = 0;                  ///< that were read
     std::vector<std::string> memberNames;  ///< of JSON objects, one for each column
     std::vector<Cell> exactCells;          ///< that notes in a table file put right
     bool endsOpen = false;                 ///< a quote of the last row is never closed

@@ -68,7 +68,8 @@ RowPlaces placesByLines(const Log& log) {
     LineBegins begins(*log.source->input);
     RowPlaces places;
     places.beginAt(begins.of(log.source->headingLines + 1));
-    for (const std::size_t line : log.lines) {
+    for (std::size_t row = 0; row < log.source->rows; ++row) {
+        const std::size_t line = log.lines[row];
         const std::uint64_t begin = begins.of(line);
         places.add({begin, begins.of(line + 1)});
     }
@@ -228,33 +229,61 @@ PatchedText patched(const Saving& saving, const std::vector<unsigned>& rows) {
     return isJson ? jsonInPlace(saving, rows) : LinesInPlace(saving, rows).make();
 }
 
+struct Destination {
+    const std::string& path;
+    const Held& held;
+    bool isSource = true;
+    bool backup = false;
+};
+
 void save(const Log& log, const std::vector<unsigned>& columns, const std::vector<unsigned>& rows,
-          bool backup) {
+          const Destination& to) {
     requireWhole(log);
     if (log.format != Format::plainCsv) targetOf(log);
-    Output out(log.path, log.held);
+    Output out(to.path, to.held);
     Losses losses;
     const Saving saving{log, unnamedLast(log, columns), out.name(), losses};
     PatchedText text = patched(saving, rows);
-    if (!out.isStandardOutput() && text.isFile(log.source->places.size())) return;
+    const bool isThere = to.isSource && !out.isStandardOutput();
+    if (isThere && text.isFile(log.source->places.size())) return;
     text.write(*log.source->input, out);
-    if (backup && log.held) backUp(log.path, *log.held);
+    if (to.backup && to.held) backUp(to.path, *to.held);
     out.close();
     losses.tell(out.name());
 }
 
 }  // namespace
 
+bool isChangedInPlace(Format format) {
+    switch (format) {
+        case Format::table:
+        case Format::csv:
+        case Format::tsv:
+        case Format::plainCsv:
+        case Format::ale:
+        case Format::json:
+        case Format::jsonl:
+            return true;
+        default:
+            return false;
+    }
+}
+
 void saveInPlace(const Log& log, bool backup) {
     saveInPlace(log, allRows(log), backup);
 }
 
 void saveInPlace(const Log& log, const std::vector<unsigned>& rows, bool backup) {
-    save(log, allColumns(log), rows, backup);
+    save(log, allColumns(log), rows, {log.path, log.held, true, backup});
+}
+
+void saveCopy(const Log& log, const std::vector<unsigned>& rows, const std::string& path,
+              const Held& held, bool backup) {
+    save(log, allColumns(log), rows, {path, held, false, backup});
 }
 
 void saveColumnsInPlace(const Log& log, const std::vector<unsigned>& columns, bool backup) {
-    save(log, columns, allRows(log), backup);
+    save(log, columns, allRows(log), {log.path, log.held, true, backup});
 }
 
 }  // namespace vek::formats

@@ -70,12 +70,18 @@ struct WriteStyle {
     bool guardsFormulas = false;  ///< CSV and TSV: no cell is one for a spreadsheet
 };
 
+/// Whether a log of the format is changed in place.
+bool isChangedInPlace(Format format);
+
 /// Writes a log back into the file it came from, in its format, the old file kept as it was on
 /// any failure. What was not changed stays as it came, byte for byte; where nothing was, nothing
 /// is written. Standard input goes to standard output. `backup` keeps the old file beside it.
 void saveInPlace(const Log& log, bool backup);
 /// These rows alone, in this order.
 void saveInPlace(const Log& log, const std::vector<unsigned>& rows, bool backup);
+/// These rows into another file of the log's format; what was not changed as it came.
+void saveCopy(const Log& log, const std::vector<unsigned>& rows, const std::string& path,
+              const Held& held, bool backup);
 /// With the columns in this order, for formats that have no other.
 void saveColumnsInPlace(const Log& log, const std::vector<unsigned>& columns, bool backup);
 

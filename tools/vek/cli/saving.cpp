@@ -22,6 +22,8 @@ void saveElsewhere(const Log& log, const std::vector<unsigned>& rows, const std:
     requireWhole(log);
     const Target target = path == "-" ? targetOf(log) : targetFor(log, path);
     Held held = log.held || !backup ? log.held : heldForBackup(path);
+    const bool keepsLines = target == log.format && isChangedInPlace(log.format);
+    if (keepsLines) return saveCopy(log, rows, path, held, backup);
     Output out(path, held);
     Losses losses;
     WriteStyle style{log.lineEnd, log.beganWithMark};
@@ -46,7 +48,7 @@ Log readLogToSave(const Args& args) {
     if (args.has("dry-run")) return readLog(args);
     if (!args.has("output")) return readLogToChange(args);
     Held held = holdInput({args.text("FILE")}, args.text("output"));
-    Log log = readLog(args);
+    Log log = readLogToCopy(args.text("FILE"), args.text("from"));
     log.held = held;
     return log;
 }
