@@ -9,10 +9,22 @@ install(TARGETS vekdb vekdb_allocation EXPORT vekdbTargets ${places})
 if(TARGET vekdb_shared)
     install(TARGETS vekdb_shared ${places})
 endif()
+set(no_formats)
+if(NOT TARGET vekdb_formats)
+    set(no_formats PATTERN formats EXCLUDE)
+endif()
 install(DIRECTORY include/vekdb DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
-        FILES_MATCHING PATTERN "*.h")
+        FILES_MATCHING PATTERN "*.h" ${no_formats})
 install(EXPORT vekdbTargets NAMESPACE vekdb:: DESTINATION ${config_folder}
         FILE vekdbTargets.cmake COMPONENT development)
+# The formats are a component of the package, with libraries of their own behind them.
+set(pkgconfig_files vekdb vekdb-core)
+if(TARGET vekdb_formats)
+    install(TARGETS vekdb_formats EXPORT vekdbFormatsTargets ${places})
+    install(EXPORT vekdbFormatsTargets NAMESPACE vekdb:: DESTINATION ${config_folder}
+            FILE vekdbFormatsTargets.cmake COMPONENT development)
+    list(APPEND pkgconfig_files vekdb-formats)
+endif()
 configure_package_config_file(cmake/vekdbConfig.cmake.in vekdbConfig.cmake
         INSTALL_DESTINATION ${config_folder})
 write_basic_package_version_file(vekdbConfigVersion.cmake COMPATIBILITY SameMajorVersion)
@@ -26,7 +38,7 @@ set(pkgconfig_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 cmake_path(ABSOLUTE_PATH pkgconfig_folder BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX}
            OUTPUT_VARIABLE pkgconfig_place)
 file(RELATIVE_PATH VEKDB_PC_PREFIX ${pkgconfig_place} ${CMAKE_INSTALL_PREFIX})
-foreach(file vekdb vekdb-core)
+foreach(file IN LISTS pkgconfig_files)
     configure_file(cmake/${file}.pc.in ${file}.pc @ONLY)
     install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${file}.pc DESTINATION ${pkgconfig_folder}
             COMPONENT development)

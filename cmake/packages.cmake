@@ -22,7 +22,12 @@ set(runtime_package libvekdb${PROJECT_VERSION_MAJOR})
 vekdb_package(library ${runtime_package} libs "${PROJECT_DESCRIPTION}")
 vekdb_package(development libvekdb-dev libdevel "${PROJECT_DESCRIPTION}, for building programs")
 vekdb_package(program vek utils "Shows, checks, edits, joins and converts clip logs")
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION})")
+set(development_needs "${runtime_package} (= ${PROJECT_VERSION})")
+if(TARGET vekdb_formats)
+    string(REGEX REPLACE " *-l([a-z0-9]+)" ", lib\\1-dev" needs "${VEKDB_FORMATS_LINKS}")
+    string(APPEND development_needs "${needs}")
+endif()
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${development_needs}")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
 
 # The system's list of shared libraries is made anew.

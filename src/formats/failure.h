@@ -3,13 +3,8 @@
 #include <string>
 #include <string_view>
 
-namespace vek {
-
-namespace formats {}
-// The program is written in terms of it.
-using namespace formats;
-
-}  // namespace vek
+#include <vekdb/formats/problem.h>
+#include <vekdb/formats/reason.h>
 
 namespace vek::formats {
 
@@ -22,10 +17,16 @@ enum ExitCode {
     unwritable = 4,
 };
 
-/// Ends a subcommand: thrown anywhere, told to the person and turned into the exit code by main.
+/// Thrown inside the library where it cannot go on. The public face makes a result of it, the
+/// program a message and its exit code.
 struct Failure {
     ExitCode code;
     std::string text;
+    Reason reason = {};
+
+    Failure(ExitCode code, const std::string& text);
+    /// A file that has a problem.
+    Failure(ExitCode code, const std::string& file, const Problem& problem);
 };
 
 /// The parts one behind the other.

@@ -18,15 +18,15 @@ constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 void refuseBinary(const Input& input, std::string_view text) {
     if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) {
-        throw Failure{unreadable, input.name() +
-                                      ":1: UTF-16 text, expected UTF-8; convert it "
-                                      "with iconv -f UTF-16 -t UTF-8"};
+        throw Failure{unreadable,
+                      input.name(),
+                      {1, "", "UTF-16 text", "UTF-8", "convert it with iconv -f UTF-16 -t UTF-8"}};
     }
     std::size_t nul = text.find('\0');
     if (nul == std::string_view::npos) return;
     auto line = 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(nul), '\n');
-    throw Failure{unreadable,
-                  input.name() + ":" + std::to_string(line) + ": a zero byte, expected text"};
+    throw Failure{
+        unreadable, input.name(), {static_cast<std::size_t>(line), "", "a zero byte", "text", ""}};
 }
 
 // A file of another kind is not read further.
@@ -139,14 +139,22 @@ const FormatEntry& entryNamed(const std::string& name, Is is) {
     throw Failure{wrongUsage, "there is no format " + inQuotes(name)};
 }
 
-const FormatEntry* entryOfPath(const std::string& path, Is is) {
+bool isEnding(std::string_view ending, std::string_view known) {
+    return sameText(ending, known) && !known.empty();
+}
+
+const FormatEntry* entryOfPath(std::string_view path, Is is) {
     std::size_t dot = path.rfind('.');
-    if (dot == std::string::npos || path.find('/', dot) != std::string::npos) return nullptr;
-    LightweightString<char> ending = cellText(concat("|", path.substr(dot), "|"));
-    toLower(ending);
+    if (dot == std::string_view::npos) return nullptr;
+    std::string_view ending = path.substr(dot);
     for (const FormatEntry& entry : formats) {
-        std::string_view endings(entry.endings);
-        if (is(entry) && endings.find(ending.view()) != std::string_view::npos) return &entry;
+        if (!is(entry)) continue;
+        for (std::string_view known = entry.endings; !known.empty();) {
+            known.remove_prefix(1);
+            std::size_t end = std::min(known.find('|'), known.size());
+            if (isEnding(ending, known.substr(0, end))) return &entry;
+            known.remove_prefix(end);
+        }
     }
     return nullptr;
 }
@@ -218,8 +226,10 @@ bool hasTargetEnding(const std::string& path) {
 
 Target targetOfPath(const std::string& path) {
     if (const FormatEntry* entry = entryOfPath(path, isWritable)) return entry->format;
-    throw Failure{wrongUsage, concat(path, ": the ending names no format, expected ",
-                                     endingsToWrite(), ", or the format with --to")};
+    throw Failure{wrongUsage,
+                  path,
+                  {0, "", "the ending names no format",
+                   concat(endingsToWrite(), ", or the format with --to"), ""}};
 }
 
 // The content decides where it is plain; then the name's ending does.
@@ -246,3 +256,32 @@ void writeSheet(const Sheet& sheet, Target target, const WriteStyle& style, Outp
 }
 
 }  // namespace vek::formats
+
+namespace vek {
+
+std::string_view nameOf(Format format) noexcept {
+    return formats::formatName(format);
+}
+
+std::optional<Format> formatOfName(std::string_view name) noexcept {
+    for (const formats::FormatEntry& entry : formats::formats) {
+        if (name == entry.name) return entry.format;
+    }
+    return {};
+}
+
+std::optional<Format> formatOfPath(std::string_view path) noexcept {
+    const auto isAny = [](const formats::FormatEntry&) { return true; };
+    const formats::FormatEntry* entry = formats::entryOfPath(path, isAny);
+    return entry == nullptr ? std::nullopt : std::optional(entry->format);
+}
+
+bool canRead(Format format) noexcept {
+    return formats::isReadable(formats::entryOf(format));
+}
+
+bool canWrite(Format format) noexcept {
+    return formats::isWritable(formats::entryOf(format));
+}
+
+}  // namespace vek

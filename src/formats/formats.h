@@ -4,8 +4,10 @@
 #include <string_view>
 #include <vector>
 
+#include <vekdb/formats/format.h>
+
 /// The formats that there are. A new one is a room with its reader and its writer, a name in
-/// `Format` and a line of the table in formats.cpp.
+/// `Format` (vekdb/formats/format.h) and a line of the table in formats.cpp.
 namespace vek::formats {
 
 class Input;
@@ -15,20 +17,6 @@ struct Log;
 struct Sheet;
 struct WriteStyle;
 
-enum class Format {
-    table,
-    csv,
-    tsv,
-    plainCsv,
-    ale,
-    edl,
-    json,
-    jsonl,
-    otio,
-    fcpxml,
-    markdown,
-    html
-};
 /// One that is to be written.
 using Target = Format;
 

@@ -2,6 +2,12 @@
 add_executable(consumer ../consumer.cpp)
 target_link_libraries(consumer PRIVATE vekdb::vekdb)
 
+if(TARGET vekdb::formats)
+    add_executable(formats_consumer ../formats_consumer.cpp)
+    target_compile_options(formats_consumer PRIVATE -fno-exceptions -fno-rtti)
+    target_link_libraries(formats_consumer PRIVATE vekdb::formats)
+endif()
+
 add_executable(own_operators ../own_operators.cpp)
 set_target_properties(own_operators PROPERTIES VEKDB_OWN_ALLOCATOR ON)
 target_link_libraries(own_operators PRIVATE vekdb::vekdb)

@@ -37,8 +37,7 @@ void collect(const std::string& folder, std::vector<SourceFile>& files) {
 
 std::vector<SourceFile> collectAll() {
     std::vector<SourceFile> files;
-    for (const char* folder :
-         {"include", "src", "tools", "tests", "bench", "fuzz", "examples"}) {
+    for (const char* folder : {"include", "src", "tools", "tests", "bench", "fuzz", "examples"}) {
         collect(folder, files);
     }
     std::sort(files.begin(), files.end(),
@@ -89,8 +88,8 @@ const std::vector<SourceFile>& allSources() {
 }
 
 const std::vector<std::string>& floors() {
-    static const std::vector<std::string> names = {"host", "vekdb", "support", "views",
-                                                   "container"};
+    static const std::vector<std::string> names = {"host",  "vekdb",     "support",
+                                                   "views", "container", "formats"};
     return names;
 }
 

@@ -2,6 +2,7 @@
 #include <iterator>
 #include <unordered_map>
 
+#include <vekdb/formats/keycode.h>
 #include <vekdb/host/keyed_hash.h>
 #include "formats/reading/input.h"
 #include "formats/table_file/table_lines.h"
@@ -9,7 +10,6 @@
 #include "formats/text/width.h"
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
-#include "formats/timecode/keycode.h"
 #include "formats/writing/write_formats.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"

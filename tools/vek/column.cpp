@@ -3,9 +3,9 @@
 #include <unordered_map>
 
 #include <vekdb/host/keyed_hash.h>
-#include <vekdb/views/field_map.h>
 #include "formats/changing/cell_function.h"
 #include "formats/delimited/row_lengths.h"
+#include "formats/log/column_edits.h"
 #include "formats/log/column_names.h"
 #include "formats/text/letters.h"
 #include "formats/text/text_lines.h"
@@ -19,97 +19,6 @@
 namespace vek {
 
 namespace {
-
-constexpr const char* mapName = "V5_FIELD_MAP";
-
-struct NewName {
-    unsigned column = 0;
-    std::string was;
-    std::string to;
-};
-
-// Edits the columns of a log, and with them the field map, which names columns by position. The
-// map works by names, so columns of one name are told apart meanwhile.
-class ColumnEdits {
-public:
-    explicit ColumnEdits(Log& log) : log_(log), distinct_(log) {
-        if (!log.parameter(mapName).empty()) map_.emplace(*log.table);
-    }
-
-    void add(const std::string& name, DBFieldTypes::eType type) {
-        refuseTaken(name);
-        if (type != DBFieldTypes::text) requireTypes();
-        log_.table->addField({cellText(name), type});
-        if (map_) map_->append(cellText(name), true);
-        store();
-    }
-
-    void remove(unsigned column) {
-        std::string name = log_.columnName(column);
-        log_.table->removeField(cellText(name));
-        distinct_.removed(column);
-        std::vector<unsigned>& cameFrom = log_.source->cameFrom;
-        if (column < cameFrom.size()) {
-            cameFrom.erase(cameFrom.begin() + static_cast<std::ptrdiff_t>(column));
-        }
-        if (map_) map_->remove(cellText(name));
-        store();
-    }
-
-    void rename(unsigned column, const std::string& was, const std::string& to) {
-        if (!sameText(was, to)) refuseTaken(to);
-        nameColumns(log_, {column});
-        distinct_.renamed(column, to);
-    }
-
-    /// All at once, so that names may change places. None of them is looked at.
-    void rename(const std::vector<NewName>& names) {
-        for (const NewName& name : names) {
-            nameColumns(log_, {name.column});
-            distinct_.renamed(name.column, name.to);
-        }
-    }
-
-    void setType(unsigned column, DBFieldTypes::eType type) {
-        requireTypes();
-        log_.table->set_fieldtype(column, type);
-    }
-
-    // These are shown, in this order; all others are hidden behind them. A map is read three
-    // characters an entry, so positions from 100 on cannot stand in it as hidden; columns that
-    // do not stand in it are not shown either.
-    void order(const std::vector<unsigned>& shown) {
-        FieldMap all(*log_.table);
-        map_.emplace(all);
-        map_->clear();
-        for (unsigned column : shown) map_->append(cellText(log_.columnName(column)), true);
-        for (unsigned column = 0; column < std::min(log_.columnCount(), 99u); ++column) {
-            map_->append(cellText(log_.columnName(column)), false);
-        }
-        store();
-    }
-
-private:
-    void refuseTaken(const std::string& name) const {
-        if (log_.findColumn(name) == noColumn) return;
-        throw Failure{wrongUsage, log_.name + ": there is a column " + inQuotes(name) + " already"};
-    }
-
-    void requireTypes() const {
-        if (targetOf(log_) == Target::table) return;
-        throw Failure{wrongUsage, log_.name + ": " + formatName(log_.format) +
-                                      " holds no column types, only table files do; make one of "
-                                      "it with vek convert"};
-    }
-
-    void store() {
-        if (map_) log_.setParameter(mapName, map_->asString().c_str());
-    }
-
-    Log& log_;
-    DistinctNames distinct_;
-    std::optional<FieldMap> map_;
-};
 
 DBFieldTypes::eType typeNamed(const std::string& name) {
     DBFieldTypes::eType type = vekdb_string_to_fieldtype(name.c_str());

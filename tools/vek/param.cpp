@@ -40,10 +40,7 @@ void checkHolds(const Log& log, const std::string& name, const std::string& valu
     if (sameText(name, "VEKDB")) {
         throw Failure{wrongUsage, "param: VEKDB is the file's revision and not to be set"};
     }
-    bool holds = trimmed(name) == name && trimmed(value) == value &&
-                 name.find_first_of(":\"\n\r\t") == std::string::npos &&
-                 value.find_first_of("\"\n\r\t") == std::string::npos;
-    if (holds && !name.empty()) return;
+    if (canBeParameter(name, value)) return;
     throw Failure{wrongUsage, log.name +
                                   ": a parameter holds no quotes, tabs, line ends or blanks "
                                   "at its ends, and its name no colon"};

@@ -2,12 +2,12 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include <vekdb/formats/keycode.h>
 #include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/strxcmp.h>
 #include "formats/text/text_lines.h"
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
-#include "formats/timecode/keycode.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/grid.h"

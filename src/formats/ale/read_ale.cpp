@@ -34,7 +34,7 @@ private:
     };
 
     [[noreturn]] void refuse(const std::string& found, const std::string& expected) const {
-        throw Failure{unreadable, worded(log_.name, {walk_.number(), "", found, expected, ""})};
+        throw Failure{unreadable, log_.name, {walk_.number(), "", found, expected, ""}};
     }
 
     // The next line that is not empty.

@@ -4,13 +4,13 @@
 #include <optional>
 #include <utility>
 
+#include <vekdb/formats/timecode.h>
 #include <vekdb/host/timecode.h>
 #include "formats/inform.h"
 #include "formats/log/column_names.h"
 #include "formats/table_file/exact_cells.h"
 #include "formats/text/text_lines.h"
 #include "formats/timecode/counting.h"
-#include "formats/timecode/timecode.h"
 
 namespace vek::formats {
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 
+#include <vekdb/formats/timecode.h>
 #include <vekdb/host/strxcmp.h>
 #include <vekdb/host/text_search.h>
 #include <vekdb/host/text_util.h>
@@ -10,7 +11,6 @@
 #include "formats/text/text_lines.h"
 #include "formats/text/written_names.h"
 #include "formats/timecode/clip_columns.h"
-#include "formats/timecode/timecode.h"
 
 namespace vek::formats {
 
@@ -90,9 +90,10 @@ Condition parseCondition(const Log& log, const std::string& text) {
         if (entry == nullptr) continue;
         return conditionOf(log, trimmed(text.substr(0, at)), *entry, text.substr(at));
     }
-    throw Failure{wrongUsage, inQuotes(text) +
-                                  " is no condition, expected COLUMN=TEXT or one of "
-                                  "==, !=, <, <=, >, >=, ~ between the two"};
+    throw Failure{wrongUsage,
+                  "",
+                  {0, "", inQuotes(text) + " is no condition",
+                   "COLUMN=TEXT or one of ==, !=, <, <=, >, >=, ~ between the two", ""}};
 }
 
 int comparePeople(std::string_view a, std::string_view b) {
@@ -147,7 +148,8 @@ RowTest timecodeTest(const Log& log, const std::string& timecode) {
     }
     std::vector<RangeColumns> pairs = rangeColumns(log);
     if (pairs.empty()) {
-        throw Failure{wrongUsage, log.name + ": no pair of start and end columns for --at"};
+        throw Failure{
+            wrongUsage, log.name, {0, "", "no pair of start and end columns for --at", "", ""}};
     }
     return [&log, pairs, order = wanted->order()](unsigned row) {
         return std::any_of(pairs.begin(), pairs.end(), [&](const RangeColumns& pair) {

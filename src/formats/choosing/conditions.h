@@ -5,22 +5,10 @@
 #include <string_view>
 #include <vector>
 
+#include <vekdb/formats/choice_operator.h>
 #include "formats/log/log.h"
 
 namespace vek::formats {
-
-/// What people mean by a word such as "Scene" in front of an operator.
-enum class Operator {
-    contains,
-    empty,
-    equal,
-    notEqual,
-    less,
-    lessOrEqual,
-    greater,
-    greaterOrEqual,
-    matches
-};
 
 struct Condition {
     unsigned column = 0;

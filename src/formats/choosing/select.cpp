@@ -57,6 +57,7 @@ private:
 Marks rowsThatHold(const Log& log, const Selection& selection) {
     Choice choice(log, selection.any);
     for (const std::string& text : selection.where) choice.add(parseCondition(log, text));
+    for (const Condition& condition : selection.conditions) choice.add(condition);
     if (!selection.at.empty()) choice.apply(timecodeTest(log, selection.at));
     return choice.marks();
 }
@@ -121,9 +122,8 @@ bool isEveryRow(const Log& log, const std::vector<unsigned>& rows) {
     return std::none_of(rows.begin(), rows.end(), isOther);
 }
 
-void sortBy(const Log& log, const std::string& names, VDBView& view) {
-    std::vector<int> fields;
-    for (unsigned column : columnList(log, names)) fields.push_back(static_cast<int>(column));
+void sortBy(const std::vector<unsigned>& columns, VDBView& view) {
+    std::vector<int> fields(columns.begin(), columns.end());
     fields.push_back(-1);
     view->set_sortfields(fields.data());
     view->sort(0, 0);
@@ -136,9 +136,13 @@ void cutToPage(const Selection& selection, std::vector<unsigned>& rows) {
     if (selection.limit != 0 && rows.size() > selection.limit) rows.resize(selection.limit);
 }
 
+bool hasConditions(const Selection& selection) {
+    return !selection.where.empty() || !selection.conditions.empty() || !selection.at.empty();
+}
+
 Marks chosenRows(const Log& log, const Selection& selection) {
     Marks marks(log.rowCount(), 1);
-    if (!selection.where.empty() || !selection.at.empty()) marks = rowsThatHold(log, selection);
+    if (hasConditions(selection)) marks = rowsThatHold(log, selection);
     if (selection.tagged) keepTagged(log, marks);
     if (!selection.duplicates.empty()) {
         keepRepeated(log, log.requireColumn(selection.duplicates), marks);
@@ -152,8 +156,8 @@ Marks chosenRows(const Log& log, const Selection& selection) {
 }  // namespace
 
 bool narrows(const Selection& selection) {
-    return !selection.where.empty() || !selection.at.empty() || selection.tagged ||
-           !selection.unique.empty() || !selection.duplicates.empty();
+    return hasConditions(selection) || selection.tagged || !selection.unique.empty() ||
+           !selection.duplicates.empty();
 }
 
 Wanted wantedRows(const Selection& selection) {
@@ -163,9 +167,11 @@ Wanted wantedRows(const Selection& selection) {
 Selected selectRows(const Log& log, const Selection& selection) {
     std::vector<unsigned> rows = rowsOf(chosenRows(log, selection));
     Selected selected{{}, rows.size()};
-    if (!selection.sort.empty()) {
+    std::vector<unsigned> order = selection.sortColumns;
+    if (!selection.sort.empty()) order = columnList(log, selection.sort);
+    if (!order.empty()) {
         VDBView sorted = viewOf(log, rows);
-        sortBy(log, selection.sort, sorted);
+        sortBy(order, sorted);
         rows = rowsOf(sorted);
     }
     if (selection.reverse) std::reverse(rows.begin(), rows.end());

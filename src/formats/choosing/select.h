@@ -5,6 +5,7 @@
 
 #include <vekdb/views/view.h>
 #include <vekdb/views/view_rep.h>
+#include "formats/choosing/conditions.h"
 #include "formats/log/log.h"
 
 namespace vek::formats {
@@ -12,12 +13,14 @@ namespace vek::formats {
 /// Which rows of a log a person wants, and in which order.
 struct Selection {
     std::vector<std::string> where;
-    bool any = false;  ///< one condition is enough
-    std::string at;    ///< a timecode that a row's range must hold
+    std::vector<Condition> conditions;  ///< further ones
+    bool any = false;                   ///< one condition is enough
+    std::string at;                     ///< a timecode that a row's range must hold
     bool tagged = false;
     std::string unique;
     std::string duplicates;
-    std::string sort;  ///< column names between commas
+    std::string sort;                   ///< column names between commas
+    std::vector<unsigned> sortColumns;  ///< the same as columns, where there are no names
     bool reverse = false;
     std::size_t limit = 0;  ///< 0 is no limit
     std::size_t offset = 0;

@@ -19,7 +19,7 @@ void readDelimited(Text text, char separator, Log& log) {
     DelimitedScanner scanner(begin, builder.textEnd(), separator,
                              DelimitedScanner::Quotes::respected);
     if (scanner.atEnd()) {
-        throw Failure{unreadable, log.name + ":1: nothing, expected a line of column names"};
+        throw Failure{unreadable, log.name, {1, "", "nothing", "a line of column names", ""}};
     }
     builder.setColumns(asStrings(scanner.takeRecord()));
     builder.endHeading(scanner.place());

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include <vekdb/formats/timecode.h>
 #include <vekdb/host/text_util.h>
 #include "formats/failure.h"
 #include "formats/text/text_lines.h"
-#include "formats/timecode/timecode.h"
 
 namespace vek::formats {
 

@@ -134,8 +134,9 @@ private:
         if (cells.size() <= column) cells.resize(column + 1);
         cells[column] = value;
         if (column < 65535) return;
-        throw Failure{unreadable, log_.name + ":" + std::to_string(walk_.number()) +
-                                      ": more comments than 65535 columns hold"};
+        throw Failure{unreadable,
+                      log_.name,
+                      {walk_.number(), "", "more comments than 65535 columns hold", "", ""}};
     }
 
     void end() {
@@ -151,9 +152,9 @@ private:
     }
 
     [[noreturn]] void refuse() const {
-        throw Failure{unreadable, log_.name +
-                                      ":1: no event and no TITLE, expected an edit list "
-                                      "of CMX 3600 form"};
+        throw Failure{unreadable,
+                      log_.name,
+                      {1, "", "no event and no TITLE", "an edit list of CMX 3600 form", ""}};
     }
 
     LineWalk walk_;

@@ -195,14 +195,18 @@ public:
 private:
     void requireColumns() const {
         if (places_.source.start == noColumn) {
-            throw Failure{unwritable, sheet_.log.name +
-                                          ": no pair of columns such as Start and End, expected "
-                                          "source times for the events of an edit list"};
+            throw Failure{unwritable,
+                          sheet_.log.name,
+                          {0, "", "no pair of columns such as Start and End",
+                           "source times for the events of an edit list", ""}};
         }
         if (places_.record.start != noColumn || counting_.nominal() != 0) return;
-        throw Failure{wrongUsage, sheet_.log.name +
-                                      ": no columns Record In and Record Out, and no frame rate "
-                                      "to lay the events end to end; expected --fps RATE"};
+        throw Failure{wrongUsage,
+                      sheet_.log.name,
+                      {0, "",
+                       "no columns Record In and Record Out, and no frame rate to lay the events "
+                       "end to end",
+                       "", "expected --fps RATE"}};
     }
 
     void line(std::string_view text) {

@@ -98,8 +98,10 @@ private:
         const std::string_view rest(accepted_,
                                     static_cast<std::size_t>(builder_.textEnd() - accepted_));
         const JsonFault fault = faultOfJsonRows(before_, rest, acceptedLine_);
-        throw Failure{unreadable, worded(log_.name, {fault.line, "", fromTheText(fault.found),
-                                                     "JSON objects of names and values", ""})};
+        throw Failure{
+            unreadable,
+            log_.name,
+            {fault.line, "", fromTheText(fault.found), "JSON objects of names and values", ""}};
     }
 
     // What was found begins with what was only taken to stand in front.

@@ -7,6 +7,7 @@
 #include "formats/log/column_names.h"
 #include "formats/reading/input.h"
 #include "formats/text/suggestion.h"
+#include "formats/text/text_lines.h"
 #include "formats/text/written_names.h"
 
 namespace vek::formats {
@@ -30,13 +31,7 @@ void tellProblems(const Log& log) {
 }  // namespace
 
 std::string worded(const std::string& file, const Problem& problem) {
-    std::string text = file;
-    if (problem.line != 0) text += concat(":", std::to_string(problem.line));
-    if (!problem.column.empty()) text += ":" + problem.column;
-    text += ": " + problem.found;
-    if (!problem.expected.empty()) text += ", expected " + problem.expected;
-    if (!problem.outcome.empty()) text += "; " + problem.outcome;
-    return text;
+    return problem.text(file);
 }
 
 std::string Log::columnName(unsigned column) const {
@@ -60,15 +55,19 @@ unsigned Log::findColumn(std::string_view name) const {
 unsigned Log::requireColumn(std::string_view wanted) const {
     unsigned column = findColumn(wanted);
     if (const RepeatedName* repeated = repeatedNameOf(*this, column)) {
-        throw Failure{wrongUsage, concat(name, ": ", std::to_string(repeated->columns.size()),
-                                         " columns are named ", inQuotes(wanted),
-                                         ", expected one of them: ", choicesOf(*this, *repeated))};
+        throw Failure{wrongUsage,
+                      name,
+                      {0, "",
+                       concat(std::to_string(repeated->columns.size()), " columns are named ",
+                              inQuotes(wanted)),
+                       concat("one of them: ", choicesOf(*this, *repeated)), ""}};
     }
     if (column == noColumn) column = numberedColumn(*this, wanted);
     if (column != noColumn) return column;
     if (std::optional<std::string> inner = unbracketed(wanted)) return requireColumn(*inner);
-    throw Failure{wrongUsage, name + ": there is no column " + inQuotes(wanted) +
-                                  suggestion(wanted, columnNames())};
+    std::string near = nearest(wanted, columnNames());
+    if (!near.empty()) near = concat("did you mean ", near, "?");
+    throw Failure{wrongUsage, name, {0, "", "there is no column " + inQuotes(wanted), "", near}};
 }
 
 std::string Log::parameter(const char* wanted) const {
@@ -80,6 +79,13 @@ bool Log::setParameter(const std::string& wanted, const std::string& value) {
     return table->set_param_val(wanted.c_str(), value.c_str()) != noColumn;
 }
 
+bool canBeParameter(std::string_view name, std::string_view value) {
+    constexpr std::string_view no("\"\n\r\t\0", 5);
+    return !name.empty() && trimmed(name) == name && trimmed(value) == value &&
+           name.find_first_of(no) == name.npos && value.find_first_of(no) == value.npos &&
+           name.find(':') == name.npos && !sameText(name, "VEKDB");
+}
+
 namespace {
 
 Log openLog(Input& input, const std::string& path, const std::string& from, const Wanted& wanted,
@@ -89,7 +95,7 @@ Log openLog(Input& input, const std::string& path, const std::string& from, cons
     log.path = path;
     log.name = input.name();
     if (input.head().empty()) {
-        throw Failure{unreadable, log.name + ": is empty, expected a log"};
+        throw Failure{unreadable, log.name, {0, "", "is empty", "a log", ""}};
     }
     log.format = from.empty() ? recognised(path, input.head()) : formatNamed(from);
     readAs(log.format, input, wanted, log);
@@ -143,9 +149,10 @@ Log readLogToCopy(const std::string& path, const std::string& from) {
 
 void requireWhole(const Log& log) {
     if (log.notRead.empty()) return;
-    throw Failure{unreadable, log.name +
-                                  ": not changed, rows that were not read would be lost; "
-                                  "repair the file, or write a copy with vek convert"};
+    throw Failure{unreadable,
+                  log.name,
+                  {0, "", "not changed, rows that were not read would be lost", "",
+                   "repair the file, or write a copy with vek convert"}};
 }
 
 int readingResult(const Log& log) {

@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include <vekdb/formats/problem.h>
 #include <vekdb/table.h>
 #include "formats/failure.h"
 #include "formats/formats.h"
@@ -20,16 +21,6 @@ class Input;
 
 /// What ends the lines of a text.
 enum class LineEnd { lf, crlf, cr };
-
-/// Something that a reader found. `line` counts from 1, 0 when it belongs to no line.
-struct Problem {
-    std::size_t line = 0;
-    std::string column;
-    std::string found;     ///< what is there
-    std::string expected;  ///< what should be
-    std::string outcome;   ///< what was made of it, or what to do
-    bool isDamage = true;  ///< a table file that has it ends a command with 1
-};
 
 /// Columns that have one name, case ignored, in their order.
 struct RepeatedName {
@@ -98,6 +89,10 @@ struct Log {
     /// Adds or replaces; false when the library has no room or refuses the name.
     bool setParameter(const std::string& name, const std::string& value);
 };
+
+/// Whether files can hold a parameter: no quotes, tabs, line ends or blanks at the ends, and no
+/// colon in the name, which is not that of the revision.
+bool canBeParameter(std::string_view name, std::string_view value);
 
 constexpr unsigned noColumn = 0xFFFFFFFF;
 

@@ -70,6 +70,25 @@ Input::Input(const std::string& path)
       text_(TextBlock::create(0)),
       isStandardInput_(path == "-") {
     descriptor_ = openInput(path);
+    openOrClose();
+}
+
+Input::Input(const std::string& name, int descriptor)
+    : name_(name), text_(TextBlock::create(0)), descriptor_(::dup(descriptor)) {
+    openOrClose();
+}
+
+Input::Input(const std::string& name, std::string_view text)
+    : name_(name), text_(TextBlock::create(text.size())), size_(text.size()), isWhole_(true) {
+    requireBytes(name_, size_);
+    if (!text.empty()) std::memcpy(text_->data(), text.data(), text.size());
+}
+
+Input::~Input() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+}
+
+void Input::openOrClose() {
     if (descriptor_ < 0) refuse(name_, errno);
     try {
         open();
@@ -77,10 +96,6 @@ Input::Input(const std::string& path)
         ::close(descriptor_);
         throw;
     }
-}
-
-Input::~Input() {
-    ::close(descriptor_);
 }
 
 void Input::open() {
@@ -150,7 +165,7 @@ Quor::Ptr<TextBlock> Input::takeText() {
 void Input::spool() {
     int copy = ::memfd_create("vek", MFD_CLOEXEC);
     if (copy < 0) refuse(name_, errno);
-    ::close(descriptor_);
+    if (descriptor_ >= 0) ::close(descriptor_);
     descriptor_ = copy;
     if (!writeAll(copy, got())) refuse(name_, errno);
     isRegular_ = true;

@@ -17,6 +17,9 @@ namespace vek::formats {
 class Input {
 public:
     explicit Input(const std::string& path);
+    /// What another's descriptor gives; it stays open. And a text, which is copied.
+    Input(const std::string& name, int descriptor);
+    Input(const std::string& name, std::string_view text);
     ~Input();
     Input(const Input&) = delete;
     Input& operator=(const Input&) = delete;
@@ -47,6 +50,7 @@ private:
     static constexpr std::size_t headSize = 4096;
 
     void open();
+    void openOrClose();
     ssize_t readMore();
     void requireWithinMost() const;
     void readUpTo(std::size_t most);
@@ -58,7 +62,7 @@ private:
     Quor::Ptr<TextBlock> text_;  ///< begins with what was read
     std::size_t size_ = 0;       ///< of what was read
     bool isWhole_ = false;
-    bool isStandardInput_;
+    bool isStandardInput_ = false;
     bool isRegular_ = false;    ///< it can be read again, from any place on
     std::size_t expected_ = 0;  ///< the size, as far as known beforehand
     std::size_t most_ = 0;      ///< more is not read of what does not tell its size

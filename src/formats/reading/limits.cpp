@@ -18,24 +18,28 @@ std::size_t mostCells(std::size_t bytes) {
 }  // namespace
 
 Limits& limits() {
-    static Limits limits;
+    thread_local Limits limits;
     return limits;
 }
 
 void requireBytes(const std::string& name, std::size_t bytes) {
     if (bytes <= limits().bytes) return;
-    throw Failure{unreadable, name + ": more than " + std::to_string(limits().bytes) +
-                                  " bytes, expected no more; --max-bytes allows more"};
+    throw Failure{unreadable,
+                  name,
+                  {0, "", concat("more than ", std::to_string(limits().bytes), " bytes"), "no more",
+                   "--max-bytes allows more"}};
 }
 
 void requireCells(const std::string& name, std::size_t rows, std::size_t columns,
                   std::size_t bytes) {
     const std::size_t most = mostCells(bytes);
     if (columns == 0 || rows <= most / columns) return;
-    throw Failure{unreadable, name + ": " + counted(rows, "row") + " of " +
-                                  counted(columns, "column") + " are more than " +
-                                  std::to_string(most) +
-                                  " cells, expected no more; --max-cells allows more"};
+    throw Failure{unreadable,
+                  name,
+                  {0, "",
+                   concat(counted(rows, "row"), " of ", counted(columns, "column"),
+                          " are more than ", std::to_string(most), " cells"),
+                   "no more", "--max-cells allows more"}};
 }
 
 }  // namespace vek::formats

@@ -11,7 +11,7 @@ struct Limits {
     std::size_t cells = 0;  ///< 0: as many as the bytes give reason for
 };
 
-/// What holds for all logs that are read from now on.
+/// What holds for all logs that this thread reads from now on.
 Limits& limits();
 
 /// A Failure when an input is larger than it may be.

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <set>
 
+#include <vekdb/formats/timecode.h>
 #include <vekdb/host/text_util.h>
 #include "formats/reading/limits.h"
 #include "formats/text/text_lines.h"
-#include "formats/timecode/timecode.h"
 
 namespace vek::formats {
 
@@ -86,8 +86,11 @@ TableBuilder::TableBuilder(Log& log, const std::vector<std::string>& columns)
 
 void TableBuilder::setColumns(std::vector<std::string> columns) {
     if (columns.size() > mostColumns) {
-        throw Failure{unreadable, log_.name + ": " + std::to_string(columns.size()) +
-                                      " columns, a table holds at most 65535"};
+        throw Failure{
+            unreadable,
+            log_.name,
+            {0, "", std::to_string(columns.size()) + " columns, a table holds at most 65535", "",
+             ""}};
     }
     for (const std::string& name : columns) {
         if (name.find('\0') == std::string::npos) continue;
@@ -114,7 +117,7 @@ void TableBuilder::addWholeRow(std::size_t line, const std::string_view* cells, 
                                TextRows::Room room) {
     notePlace(room);
     if (!rows_->append(room, cells, count)) {
-        throw Failure{unreadable, log_.name + ": more than 65535 columns"};
+        throw Failure{unreadable, log_.name, {0, "", "more than 65535 columns", "", ""}};
     }
     // Only rows that stand on a text can be many for few bytes of it.
     if (rows_->size() != 0) {

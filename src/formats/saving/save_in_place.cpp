@@ -236,8 +236,8 @@ struct Destination {
     bool backup = false;
 };
 
-void save(const Log& log, const std::vector<unsigned>& columns, const std::vector<unsigned>& rows,
-          const Destination& to) {
+Losses save(const Log& log, const std::vector<unsigned>& columns, const std::vector<unsigned>& rows,
+            const Destination& to) {
     requireWhole(log);
     if (log.format != Format::plainCsv) targetOf(log);
     Output out(to.path, to.held);
@@ -245,11 +245,12 @@ void save(const Log& log, const std::vector<unsigned>& columns, const std::vecto
     const Saving saving{log, unnamedLast(log, columns), out.name(), losses};
     PatchedText text = patched(saving, rows);
     const bool isThere = to.isSource && !out.isStandardOutput();
-    if (isThere && text.isFile(log.source->places.size())) return;
+    if (isThere && text.isFile(log.source->places.size())) return losses;
     text.write(*log.source->input, out);
     if (to.backup && to.held) backUp(to.path, *to.held);
     out.close();
     losses.tell(out.name());
+    return losses;
 }
 
 }  // namespace
@@ -269,21 +270,21 @@ bool isChangedInPlace(Format format) {
     }
 }
 
-void saveInPlace(const Log& log, bool backup) {
-    saveInPlace(log, allRows(log), backup);
+Losses saveInPlace(const Log& log, bool backup) {
+    return saveInPlace(log, allRows(log), backup);
 }
 
-void saveInPlace(const Log& log, const std::vector<unsigned>& rows, bool backup) {
-    save(log, allColumns(log), rows, {log.path, log.held, true, backup});
+Losses saveInPlace(const Log& log, const std::vector<unsigned>& rows, bool backup) {
+    return save(log, allColumns(log), rows, {log.path, log.held, true, backup});
 }
 
-void saveCopy(const Log& log, const std::vector<unsigned>& rows, const std::string& path,
-              const Held& held, bool backup) {
-    save(log, allColumns(log), rows, {path, held, false, backup});
+Losses saveCopy(const Log& log, const std::vector<unsigned>& rows, const std::string& path,
+                const Held& held, bool backup) {
+    return save(log, allColumns(log), rows, {path, held, false, backup});
 }
 
-void saveColumnsInPlace(const Log& log, const std::vector<unsigned>& columns, bool backup) {
-    save(log, columns, allRows(log), {log.path, log.held, true, backup});
+Losses saveColumnsInPlace(const Log& log, const std::vector<unsigned>& columns, bool backup) {
+    return save(log, columns, allRows(log), {log.path, log.held, true, backup});
 }
 
 }  // namespace vek::formats

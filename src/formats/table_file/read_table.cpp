@@ -27,11 +27,12 @@ LightweightString<wchar_t> wide(const std::string& path) {
 void requireThatItWasRead(const Log& log, int error) {
     if (error == 0) return;
     if (error == EBUSY) {
-        throw Failure{unreadable, log.name +
-                                      ": was changed while it was read, a file at rest was "
-                                      "expected; try again when nobody writes to it"};
+        throw Failure{unreadable,
+                      log.name,
+                      {0, "", "was changed while it was read, a file at rest was expected", "",
+                       "try again when nobody writes to it"}};
     }
-    throw Failure{unreadable, log.name + ": " + std::strerror(error)};
+    throw Failure{unreadable, log.name, {0, "", std::strerror(error), "", ""}};
 }
 
 // Takes the rows that answer what can be asked of the table in one query, and notes their numbers.
@@ -177,7 +178,7 @@ private:
 
     [[noreturn]] void refuse(std::size_t line, const std::string& found,
                              const std::string& expected) const {
-        throw Failure{unreadable, worded(log_.name, {line, "", found, expected, ""})};
+        throw Failure{unreadable, log_.name, {line, "", found, expected, ""}};
     }
 
     [[noreturn]] void refuse() {
@@ -300,7 +301,7 @@ private:
     void addExtraColumns(std::size_t count) {
         for (const std::string& name : extraColumnNames(log_.columnNames(), count)) {
             if (log_.table->addField({cellText(name), DBFieldTypes::text}) != noColumn) continue;
-            throw Failure{unreadable, log_.name + ": more than 65535 columns"};
+            throw Failure{unreadable, log_.name, {0, "", "more than 65535 columns", "", ""}};
         }
     }
 
@@ -342,7 +343,8 @@ void readPlainCsv(Input& input, Log& log) {
     log.table->loadFromDescriptor(input.loaderDescriptor(), allRows, false);
     if (!log.table->get_valid()) {
         requireThatItWasRead(log, log.table->get_read_error());
-        throw Failure{unreadable, log.name + ":1: could not be read as comma-separated text"};
+        throw Failure{
+            unreadable, log.name, {1, "", "could not be read as comma-separated text", "", ""}};
     }
     for (unsigned row = 0; row < log.rowCount(); ++row) log.lines.push_back(row + 2);
     if (log.source) log.source->headingLines = 1;

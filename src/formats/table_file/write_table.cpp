@@ -207,10 +207,11 @@ private:
         for (unsigned i = 0; i < sheet_.columns.size(); ++i) {
             std::size_t size = sheet_.cell(row, i).size();
             if (size <= longestTableValue) continue;
-            throw Failure{unwritable, place(sheet_, row, i) + ": a value of " +
-                                          std::to_string(size) +
-                                          " bytes, expected at most 4094 "
-                                          "in a table file; shorten it, or choose another format"};
+            throw Failure{unwritable,
+                          sheet_.log.name,
+                          {sheet_.line(row), sheet_.name(i),
+                           concat("a value of ", std::to_string(size), " bytes"),
+                           "at most 4094 in a table file", "shorten it, or choose another format"}};
         }
     }
 

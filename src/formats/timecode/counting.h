@@ -1,7 +1,7 @@
 #pragma once
 
+#include <vekdb/formats/timecode.h>
 #include "formats/log/log.h"
-#include "formats/timecode/timecode.h"
 
 namespace vek::formats {
 

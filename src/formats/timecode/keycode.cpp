@@ -1,4 +1,4 @@
-#include "formats/timecode/keycode.h"
+#include <vekdb/formats/keycode.h>
 
 #include <algorithm>
 #include <charconv>
@@ -6,7 +6,9 @@
 #include <vekdb/host/text_util.h>
 #include "formats/text/text_lines.h"
 
-namespace vek::formats {
+namespace vek {
+
+using namespace formats;
 
 namespace {
 
@@ -68,4 +70,4 @@ std::string footageText(std::int64_t perforations, const Gauge& gauge) {
                   rest == 0 ? std::string() : "." + std::to_string(rest));
 }
 
-}  // namespace vek::formats
+}  // namespace vek

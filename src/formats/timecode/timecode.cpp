@@ -1,4 +1,4 @@
-#include "formats/timecode/timecode.h"
+#include <vekdb/formats/timecode.h>
 
 #include <array>
 #include <charconv>
@@ -7,7 +7,9 @@
 #include <vekdb/host/text_util.h>
 #include "formats/text/text_lines.h"
 
-namespace vek::formats {
+namespace vek {
+
+using namespace formats;
 
 namespace {
 
@@ -177,6 +179,7 @@ std::int64_t framesOf(const Timecode& code, int nominal) {
 }
 
 std::string timecodeText(std::int64_t frames, int nominal, bool dropFrame) {
+    if (nominal <= 0 || frames < 0) return {};
     int dropped = dropFrame ? droppedEachMinute(nominal) : 0;
     if (dropped > 0) {
         std::int64_t minute = nominal * 60LL - dropped;
@@ -211,4 +214,4 @@ std::optional<std::int64_t> framesBetween(Timecode start, Timecode end, int nomi
     return frames;
 }
 
-}  // namespace vek::formats
+}  // namespace vek

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "formats/timecode/timecode.h"
+#include <vekdb/formats/timecode.h>
 
 namespace vek::formats {
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-#include "formats/timecode/timecode.h"
+#include <vekdb/formats/timecode.h>
 
 namespace vek::formats {
 

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <vekdb/host/file_replacement.h>
@@ -45,6 +46,8 @@ public:
     void copy(const Input& input, Range range);
     /// Says that everything is written. To be called before the end; nothing is saved without.
     void close();
+    /// What was written so far, of a file that is not written to.
+    std::string take() { return std::move(pending_); }
 
     /// The path, or "standard output".
     std::string name() const;

@@ -39,12 +39,15 @@ public:
     void tell(const std::string& output) const;
     std::size_t count() const;
 
-private:
     struct Kind {
         std::string what;
         std::string firstPlace;
         std::size_t count;
     };
+    const std::vector<Kind>& kinds() const { return kinds_; }
+    const std::vector<std::string>& messages() const { return messages_; }
+
+private:
     std::vector<Kind> kinds_;
     std::vector<std::string> messages_;
 };
@@ -76,13 +79,13 @@ bool isChangedInPlace(Format format);
 /// Writes a log back into the file it came from, in its format, the old file kept as it was on
 /// any failure. What was not changed stays as it came, byte for byte; where nothing was, nothing
 /// is written. Standard input goes to standard output. `backup` keeps the old file beside it.
-void saveInPlace(const Log& log, bool backup);
+Losses saveInPlace(const Log& log, bool backup);
 /// These rows alone, in this order.
-void saveInPlace(const Log& log, const std::vector<unsigned>& rows, bool backup);
+Losses saveInPlace(const Log& log, const std::vector<unsigned>& rows, bool backup);
 /// These rows into another file of the log's format; what was not changed as it came.
-void saveCopy(const Log& log, const std::vector<unsigned>& rows, const std::string& path,
-              const Held& held, bool backup);
+Losses saveCopy(const Log& log, const std::vector<unsigned>& rows, const std::string& path,
+                const Held& held, bool backup);
 /// With the columns in this order, for formats that have no other.
-void saveColumnsInPlace(const Log& log, const std::vector<unsigned>& columns, bool backup);
+Losses saveColumnsInPlace(const Log& log, const std::vector<unsigned>& columns, bool backup);
 
 }  // namespace vek::formats

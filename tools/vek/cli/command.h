@@ -31,6 +31,9 @@
 /// 7. Add cases to tests/cli/cases/NAME/: one file a case.
 namespace vek {
 
+// The program is written in terms of the library of formats.
+using namespace formats;
+
 struct Example {
     const char* command;
     const char* does;

@@ -1,7 +1,7 @@
 #include "tools/vek/cli/reading.h"
 
+#include <vekdb/formats/timecode.h>
 #include "formats/reading/limits.h"
-#include "formats/timecode/timecode.h"
 
 namespace vek {
 

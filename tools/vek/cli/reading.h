@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include <vekdb/formats/keycode.h>
 #include "formats/log/log.h"
-#include "formats/timecode/keycode.h"
 #include "tools/vek/cli/command.h"
 
 namespace vek {

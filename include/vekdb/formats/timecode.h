@@ -5,8 +5,9 @@
 #include <string>
 #include <string_view>
 
-/// Arithmetic of timecodes, in whole numbers throughout.
-namespace vek::formats {
+/// Arithmetic of timecodes, in whole numbers throughout. `nominal` is a rate in frames a second:
+/// 24, 25, 30, 60. Texts are read in every form that logs have; nothing is owned or kept.
+namespace vek {
 
 /// A timecode as it is written. Timecodes of one rate compare by their parts in order, drop
 /// frame or not, so nothing needs to know the rate to compare them.
@@ -64,7 +65,8 @@ bool isCounted(const Timecode& code, int nominal);
 /// Frames from 00:00:00:00. Drop-frame timecodes leave out their numbers at the start of every
 /// minute but each tenth.
 std::int64_t framesOf(const Timecode& code, int nominal);
-/// The way back; the text has a semicolon before the frames when `dropFrame`.
+/// The way back; the text has a semicolon before the frames when `dropFrame` and the rate has such
+/// counting. "" for a rate or a number of frames that is none.
 std::string timecodeText(std::int64_t frames, int nominal, bool dropFrame);
 
 /// Frames in 24 hours.
@@ -78,4 +80,4 @@ bool isOverMidnight(const Timecode& start, const Timecode& end);
 /// nothing for an end before its start. Both count alike, drop-frame when one of them does.
 std::optional<std::int64_t> framesBetween(Timecode start, Timecode end, int nominal);
 
-}  // namespace vek::formats
+}  // namespace vek

@@ -7,7 +7,7 @@
 
 /// Arithmetic of keycodes, the numbers along the edge of film: "KJ 230004 0213+08" or
 /// "KX654321-0000+00", a roll, feet, and frames behind a plus.
-namespace vek::formats {
+namespace vek {
 
 /// How a kind of film is divided. The feet of keycodes are counted by perforations, so a frame of
 /// three or five perforations does not divide a foot evenly; differences are exact in
@@ -24,11 +24,13 @@ struct Gauge {
     }
 };
 
-/// The gauge of a name, 35, 35-4, 35-3, 35-2, 16 or 65; null for another one.
+/// The gauge of a name, 35, 35-4, 35-3, 35-2, 16 or 65; null for another one. It lives as long as
+/// the process.
 const Gauge* gaugeNamed(std::string_view name);
 
+/// A keycode taken apart. It lives no longer than the text that it was read from.
 struct Keycode {
-    std::string_view roll;  ///< what stands in front of the feet
+    std::string_view roll;  ///< what stands in front of the feet, in the text that was read
     std::int64_t feet = 0;
     int frames = 0;
 
@@ -48,4 +50,4 @@ std::optional<std::int64_t> perforationsBetween(const Keycode& start, const Keyc
 /// "0053+13"-like: feet+frames, and ".1" behind them for perforations that make no frame.
 std::string footageText(std::int64_t perforations, const Gauge& gauge);
 
-}  // namespace vek::formats
+}  // namespace vek

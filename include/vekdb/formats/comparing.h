@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <vekdb/formats/log.h>
+
+/// How two logs differ, as values.
+namespace vek {
+
+/// A cell that two logs have different texts in.
+struct CellDifference {
+    std::string column;
+    std::string before;
+    std::string after;
+};
+
+/// A row that is in one log only, or in both with other cells.
+struct RowDifference {
+    enum Kind { removed, added, changed };
+    Kind kind = changed;
+    unsigned a = 0;  ///< the row's index in the first log, for removed and changed
+    unsigned b = 0;  ///< in the second, for added and changed
+    std::string key = {};
+    std::vector<CellDifference> cells = {};
+};
+
+/// All of it: columns that only one log has, and rows in the order of the first log, with the
+/// second one's where they stand.
+struct Differences {
+    std::vector<std::string> onlyInFirst;
+    std::vector<std::string> onlyInSecond;
+    std::vector<RowDifference> rows;
+    std::vector<std::string> notes;  ///< about keys that do not tell rows apart
+
+    bool isEmpty() const noexcept {
+        return onlyInFirst.empty() && onlyInSecond.empty() && rows.empty();
+    }
+};
+
+/// Compares the rows of two logs that have the same value in a column or, for "", in their order;
+/// columns go by name, cells byte by byte. No value when a log has no such column.
+Result<Differences> compare(const Log& first, const Log& second, std::string_view key = {});
+
+}  // namespace vek

@@ -1,0 +1,135 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <vekdb/formats/choice.h>
+#include <vekdb/formats/format.h>
+#include <vekdb/formats/problem.h>
+#include <vekdb/formats/reason.h>
+#include <vekdb/formats/row.h>
+#include <vekdb/formats/saving.h>
+#include <vekdb/formats/view.h>
+
+class vekdb;
+
+/// Logs of every format: opened, gone through, edited and saved. Start with `vek::open`.
+///
+///     auto log = vek::open("dailies.ale");
+///     if (!log) return complain(log.reason().text());
+///     for (vek::Row row : *log) use(row["Scene"]);
+namespace vek {
+
+/// How a log is read.
+struct OpenOptions {
+    std::optional<Format> format = {};  ///< found out by the name and the content when not said
+    std::size_t maxBytes = 0;           ///< refuse larger inputs; 0 is 16 GiB
+    std::size_t maxCells = 0;  ///< refuse more rows times columns; 0 is in proportion to the bytes
+};
+
+/// A parameter of a log: an entry of its heading.
+struct Parameter {
+    std::string name;
+    std::string value;
+};
+
+/// A log in memory, whatever format it came from, and its rows as a range. A handle: copies are of
+/// the same log, which ends with the last of them and of the views, rows and columns made of it.
+/// A log and all that belongs to it is used by one thread at a time.
+///
+/// Texts are bytes that the log keeps as they were read. Texts that are handed in are copied.
+class Log {
+public:
+    /// The path as it was named, for messages.
+    std::string_view name() const noexcept;
+    /// The format that it was read from.
+    Format format() const noexcept;
+    /// What was found wrong on the way and could be read all the same: the first thousand, and how
+    /// many more there are. The list is the log's and does not change.
+    const std::vector<Problem>& problems() const noexcept;
+    std::size_t moreProblems() const noexcept;
+    /// Why rows at the end of the file could not be read; "" where all are there. A log with such
+    /// a reason is not saved in place, as the rows would be lost.
+    std::string_view notRead() const noexcept;
+
+    /// Rows and columns as they are now.
+    unsigned size() const noexcept;
+    Row at(unsigned place) const;
+    PlaceIterator<Log> begin() const { return {*this, 0}; }
+    PlaceIterator<Log> end() const { return {*this, size()}; }
+    Columns columns() const { return Columns(log_); }
+    /// The column of a name, its case ignored; "Reel#2" is the second of a name. No value when
+    /// there is none, or several and it does not say which.
+    Result<Column> column(std::string_view name) const;
+
+    /// The rows that are meant, in their order: `log.choose("Scene=12")`. No value for a condition
+    /// that cannot be read or a column that is not there.
+    Result<View> choose(const Choice& choice = {}) const;
+
+    /// Puts a text in a cell. No value when there is no such row or column.
+    Result<void> set(const Row& row, const Column& column, std::string_view text);
+    Result<void> set(const Row& row, std::string_view column, std::string_view text);
+    /// Puts another text in the place of each occurrence of one in the cells of these rows, byte by
+    /// byte, in one column or, for "", in all; answers how many cells it changed.
+    Result<std::size_t> replaceText(const View& rows, std::string_view column,
+                                    std::string_view text, std::string_view by);
+    /// Marks a row in the column "Tag", which is made where there is none.
+    Result<void> setTagged(const Row& row, bool isTagged);
+    /// A row without text behind all others.
+    Result<Row> addRow();
+    /// Takes rows out of the log. Handles of them and views that show them go on doing so, and
+    /// the table keeps them; the log does not show or save them any more.
+    Result<void> removeRows(const View& rows);
+    /// A column behind all others. No value when there is one of the name already.
+    Result<Column> addColumn(std::string_view name);
+    Result<void> removeColumn(const Column& column);
+    Result<void> renameColumn(const Column& column, std::string_view name);
+
+    /// The entries of the heading, but for those that the library keeps for itself, by value.
+    std::vector<Parameter> parameters() const;
+    std::optional<std::string> parameter(std::string_view name) const;
+    /// Adds one or gives it another value. No value when a file could not hold it: 40 have room,
+    /// and none holds a quote, a line end, a tab, blanks at its ends or, in its name, a colon.
+    Result<void> setParameter(std::string_view name, std::string_view value);
+
+    /// Writes the log back into the file that it was read from with `openToChange`, in its format
+    /// and by the rules of FileReplacement: whole or not at all, owner and rights kept. `keepsOld`
+    /// leaves the old file beside it as "NAME.bak". Says what the format did not hold.
+    Result<Saved> save(bool keepsOld = false);
+    /// These write all rows and columns as a View does.
+    Result<Saved> saveAs(std::string_view path, const SaveOptions& options = {}) const;
+    Result<Saved> saveAs(std::string_view path, Format format,
+                         const SaveOptions& options = {}) const;
+    Result<Saved> write(std::string& text, Format format, const SaveOptions& options = {}) const;
+    Result<Saved> write(Sink& sink, Format format, const SaveOptions& options = {}) const;
+    Result<Saved> wouldLose(Format format, const SaveOptions& options = {}) const;
+
+    /// The exact core, which does all of this; who uses it includes <vekdb/table.h>. The table is
+    /// the log's. Cells, parameters and the query may be changed there; rows must not be moved or
+    /// deleted, nor columns removed.
+    vekdb& table() const noexcept;
+
+private:
+    friend struct LogInside;
+    explicit Log(std::shared_ptr<LogInside> log) : log_(std::move(log)) {}
+
+    std::shared_ptr<LogInside> log_;
+};
+
+/// Reads the log in a file of any format. No value when it cannot be read, or holds no log.
+Result<Log> open(std::string_view path, const OpenOptions& options = {});
+/// The same for a log that is to be saved in place: from before it is read until the log is gone
+/// nobody who asks the same way changes the file. No value when somebody else changes it.
+Result<Log> openToChange(std::string_view path, const OpenOptions& options = {});
+/// Reads what an open file descriptor gives up to its end; it stays the caller's and open. `name`
+/// is for messages, and its ending tells the format where the content does not.
+Result<Log> openDescriptor(int descriptor, std::string_view name, const OpenOptions& options = {});
+/// Reads a text in memory, which is copied.
+Result<Log> openText(std::string_view text, std::string_view name = {},
+                     const OpenOptions& options = {});
+
+}  // namespace vek

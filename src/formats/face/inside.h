@@ -1,0 +1,52 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <vekdb/formats/log.h>
+#include "formats/choosing/select.h"
+#include "formats/log/log.h"
+#include "formats/writing/writers.h"
+
+namespace vek {
+
+/// What the handles of one log share.
+struct LogInside {
+    formats::Log log;
+    bool isToChange = false;
+    std::optional<std::vector<unsigned>> kept;  ///< rows of the table; all as long as none went
+
+    unsigned rowCount() const;
+    /// The table's row in a place of the log.
+    unsigned rowAt(unsigned place) const;
+    std::vector<unsigned> rows() const;
+    bool isRow(unsigned row) const { return row < log.rowCount(); }
+    /// The cell of a table's row, "" where there is none.
+    std::string_view cell(unsigned row, unsigned column) const;
+
+    static Column columnOf(std::shared_ptr<const LogInside> log, unsigned column);
+    static Row rowOf(std::shared_ptr<const LogInside> log, unsigned row);
+    static Log logOf(std::shared_ptr<LogInside> log) { return Log(std::move(log)); }
+    static const LogInside& of(const Log& log) { return *log.log_; }
+};
+
+/// Rows of a log as they are to be written.
+struct Written {
+    formats::Sheet sheet;
+    const SaveOptions& options;
+};
+
+Result<Saved> saveSheet(const Written& written, std::string_view path,
+                        std::optional<Format> format);
+Result<Saved> writeSheet(const Written& written, std::string& text, Format format);
+Result<Saved> writeSheet(const Written& written, Sink& sink, Format format);
+Result<Saved> lossesOf(const Written& written, Format format);
+/// The columns that the options name. A Failure for one that is not there.
+std::vector<unsigned> writtenColumns(const formats::Log& log, const SaveOptions& options);
+/// What is said of a log that was written.
+Saved savedWith(const formats::Losses& losses);
+
+}  // namespace vek

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <vekdb/views/field_map.h>
+#include "formats/log/column_names.h"
+#include "formats/log/log.h"
+
+namespace vek::formats {
+
+struct NewName {
+    unsigned column = 0;
+    std::string was;
+    std::string to;
+};
+
+/// Edits the columns of a log, and with them the field map, which names columns by position. The
+/// map works by names, so columns of one name are told apart meanwhile. What cannot be is a
+/// Failure with wrongUsage, and nothing is changed then.
+class ColumnEdits {
+public:
+    explicit ColumnEdits(Log& log);
+
+    void add(const std::string& name, DBFieldTypes::eType type);
+    void remove(unsigned column);
+    void rename(unsigned column, const std::string& was, const std::string& to);
+    /// All at once, so that names may change places. None of them is looked at.
+    void rename(const std::vector<NewName>& names);
+    void setType(unsigned column, DBFieldTypes::eType type);
+    /// These are shown, in this order; all others are hidden behind them.
+    void order(const std::vector<unsigned>& shown);
+
+private:
+    void forgetSource(unsigned column);
+    void refuseTaken(const std::string& name) const;
+    void requireTypes() const;
+    void store();
+
+    Log& log_;
+    DistinctNames distinct_;
+    std::optional<FieldMap> map_;
+};
+
+}  // namespace vek::formats

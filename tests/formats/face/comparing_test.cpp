@@ -1,0 +1,31 @@
+#include <gmock/gmock.h>
+
+#include <vekdb/formats/comparing.h>
+
+using testing::ElementsAre;
+using testing::SizeIs;
+
+TEST(Comparing, GivesTheDifferencesByAKeyAsValues) {
+    auto first = vek::openText("Name,Take,Old\na,1,\nb,2,\n", "a.csv");
+    auto second = vek::openText("Name,Take\nb,3\nc,4\n", "b.csv");
+    auto found = vek::compare(*first, *second, "name");
+    ASSERT_TRUE(found) << found.reason().text();
+    EXPECT_THAT(found->onlyInFirst, ElementsAre("Old"));
+    ASSERT_THAT(found->rows, SizeIs(3));
+    EXPECT_EQ(found->rows[0].kind, vek::RowDifference::removed);
+    EXPECT_EQ(found->rows[1].kind, vek::RowDifference::changed);
+    ASSERT_THAT(found->rows[1].cells, SizeIs(1));
+    EXPECT_EQ(found->rows[1].cells[0].before, "2");
+    EXPECT_EQ(found->rows[1].cells[0].after, "3");
+    EXPECT_EQ(found->rows[2].kind, vek::RowDifference::added);
+}
+
+TEST(Comparing, FindsNothingInTheSameLog) {
+    auto log = vek::openText("A\n1\n2\n", "a.csv");
+    EXPECT_TRUE(vek::compare(*log, *log)->isEmpty());
+}
+
+TEST(Comparing, SaysThatThereIsNoSuchKey) {
+    auto log = vek::openText("A\n1\n", "a.csv");
+    EXPECT_EQ(vek::compare(*log, *log, "B").reason().kind, vek::Reason::wrongUsage);
+}

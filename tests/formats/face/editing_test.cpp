@@ -1,0 +1,110 @@
+#include <gmock/gmock.h>
+
+#include <string>
+
+#include <vekdb/formats/log.h>
+
+namespace {
+
+vek::Log logOf(const char* text) {
+    return *vek::openText(text, "day.csv");
+}
+
+std::string csvOf(const vek::Log& log) {
+    std::string text;
+    auto saved = log.write(text, vek::Format::csv);
+    return saved ? text : saved.reason().text();
+}
+
+}  // namespace
+
+TEST(Editing, PutsTextsInCells) {
+    vek::Log log = logOf("A,B\n1,2\n3,4\n");
+    vek::View all = *log.choose();
+    EXPECT_TRUE(log.set(log.at(1), "b", " x,y "));
+    EXPECT_TRUE(log.set(log.at(0), *log.column("A"), ""));
+    EXPECT_EQ(all.at(1)["B"], " x,y ");
+    EXPECT_EQ(csvOf(log), "A,B\n,2\n3,\" x,y \"\n");
+}
+
+TEST(Editing, SaysWhichCellIsNotThere) {
+    vek::Log log = logOf("A,B\n1,2\n");
+    EXPECT_EQ(log.set(log.at(0), "C", "x").reason().kind, vek::Reason::wrongUsage);
+    EXPECT_EQ(log.set(log.at(7), "A", "x").reason().kind, vek::Reason::wrongUsage);
+    EXPECT_EQ(csvOf(log), "A,B\n1,2\n");
+}
+
+TEST(Editing, ReplacesTextInChosenRows) {
+    vek::Log log = logOf("A,B\naa,a\nbaab,\na,aaa\n");
+    EXPECT_EQ(*log.replaceText(*log.choose(vek::Choice().limit(2)), "", "aa", "x"), 2u);
+    EXPECT_EQ(*log.replaceText(*log.choose(), "B", "a", "aa"), 2u);
+    EXPECT_EQ(*log.replaceText(*log.choose(), "B", "", "z"), 0u);
+    EXPECT_EQ(csvOf(log), "A,B\nx,aa\nbxb,\na,aaaaaa\n");
+}
+
+TEST(Editing, TagsRowsInAColumnOfTheirOwn) {
+    vek::Log log = logOf("A\n1\n2\n");
+    EXPECT_TRUE(log.setTagged(log.at(0), false));
+    EXPECT_EQ(log.columns().size(), 1u);
+    EXPECT_TRUE(log.setTagged(log.at(1), true));
+    EXPECT_FALSE(log.at(0).isTagged());
+    EXPECT_TRUE(log.at(1).isTagged());
+    EXPECT_EQ(log.choose(vek::Choice().tagged())->size(), 1u);
+    EXPECT_TRUE(log.setTagged(log.at(1), false));
+    EXPECT_FALSE(log.at(1).isTagged());
+}
+
+TEST(Editing, AddsRows) {
+    vek::Log log = logOf("A,B\n1,2\n");
+    vek::Row row = *log.addRow();
+    EXPECT_TRUE(log.set(row, "B", "new"));
+    EXPECT_EQ(row.line(), 0u);
+    EXPECT_EQ(csvOf(log), "A,B\n1,2\n,new\n");
+}
+
+TEST(Editing, TakesRowsOutAndLeavesViewsAsTheyAre) {
+    vek::Log log = logOf("A\n1\n2\n3\n4\n");
+    vek::View all = *log.choose();
+    vek::Row last = log.at(3);
+    EXPECT_TRUE(log.removeRows(*log.choose(vek::Choice("A==2").where("A==3").any())));
+    EXPECT_EQ(log.size(), 2u);
+    EXPECT_EQ(log.at(1)["A"], "4");
+    EXPECT_EQ(last["A"], "4");
+    EXPECT_EQ(all.at(1)["A"], "2");
+    EXPECT_EQ(log.choose()->size(), 2u);
+    EXPECT_EQ(log.choose(vek::Choice("A>=2").order("A").reverse().limit(1))->at(0)["A"], "4");
+    EXPECT_TRUE(log.set(*log.addRow(), "A", "5"));
+    EXPECT_EQ(log.column("A")->size(), 3u);
+    EXPECT_EQ(csvOf(log), "A\n1\n4\n5\n");
+}
+
+TEST(Editing, AddsRenamesAndRemovesColumns) {
+    vek::Log log = logOf("A,B\n1,2\n");
+    EXPECT_TRUE(log.addColumn("C"));
+    EXPECT_EQ(log.addColumn("b").reason().kind, vek::Reason::wrongUsage);
+    EXPECT_TRUE(log.set(log.at(0), "C", "3"));
+    EXPECT_TRUE(log.removeColumn(*log.column("A")));
+    EXPECT_TRUE(log.renameColumn(*log.column("B"), "Bee"));
+    EXPECT_EQ(log.renameColumn(*log.column("C"), "Bee").reason().kind, vek::Reason::wrongUsage);
+    EXPECT_EQ(csvOf(log), "Bee,C\n2,3\n");
+}
+
+TEST(Editing, SetsParametersThatAFileCanHold) {
+    vek::Log log = logOf("A\n1\n");
+    EXPECT_TRUE(log.setParameter("FPS", "24"));
+    EXPECT_TRUE(log.setParameter("FPS", "25"));
+    EXPECT_EQ(log.parameter("fps"), "25");
+    ASSERT_EQ(log.parameters().size(), 1u);
+    EXPECT_EQ(log.parameters()[0].name, "FPS");
+    for (const char* name : {"", "a:b", "VEKDB", " a", "a\nb"}) {
+        EXPECT_FALSE(log.setParameter(name, "x")) << name;
+    }
+    EXPECT_FALSE(log.setParameter("A", "say \"cut\""));
+}
+
+TEST(Editing, SaysWhenThereIsNoRoomForAParameter) {
+    vek::Log log = logOf("A\n1\n");
+    vek::Result<void> done;
+    for (int i = 0; i < 60 && done; ++i) done = log.setParameter("P" + std::to_string(i), "x");
+    EXPECT_EQ(done.reason().kind, vek::Reason::unwritable);
+}

@@ -1,0 +1,156 @@
+#include <gmock/gmock.h>
+
+#include <string>
+
+#include <vekdb/formats/log.h>
+#include "testing/temp_dir.h"
+
+using testing::HasSubstr;
+using testing::SizeIs;
+
+namespace {
+
+constexpr const char* csv = "Scene,Notes\n12,good\n7,\n";
+
+class Pieces : public vek::Sink {
+public:
+    explicit Pieces(bool takes = true) : takes_(takes) {}
+    bool write(std::string_view text) noexcept override {
+        text_ += text;
+        return takes_;
+    }
+    const std::string& text() const { return text_; }
+
+private:
+    bool takes_;
+    std::string text_;
+};
+
+}  // namespace
+
+TEST(SavingLogs, ChangesAFileInPlace) {
+    TempDir folder;
+    folder.write("day.csv", csv);
+    const std::string path = folder.file("day.csv").string();
+    auto log = vek::openToChange(path);
+    ASSERT_TRUE(log) << log.reason().text();
+    ASSERT_TRUE(log->set(log->at(1), "Notes", "late"));
+    auto saved = log->save(true);
+    ASSERT_TRUE(saved) << saved.reason().text();
+    EXPECT_TRUE(saved->isWhole());
+    EXPECT_EQ(folder.read("day.csv"), "Scene,Notes\n12,good\n7,late\n");
+    EXPECT_EQ(folder.read("day.csv.bak"), csv);
+}
+
+TEST(SavingLogs, SavesInPlaceAgainAndAgain) {
+    TempDir folder;
+    folder.write("day.csv", csv);
+    auto log = vek::openToChange(folder.file("day.csv").string());
+    ASSERT_TRUE(log->set(log->at(1), "Notes", "late"));
+    ASSERT_TRUE(log->save());
+    ASSERT_TRUE(log->set(log->at(0), "Notes", "early"));
+    ASSERT_TRUE(log->removeRows(*log->choose("Scene=7")));
+    auto saved = log->save();
+    ASSERT_TRUE(saved) << saved.reason().text();
+    EXPECT_EQ(folder.read("day.csv"), "Scene,Notes\n12,early\n");
+}
+
+TEST(SavingLogs, LeavesAFileThatSomebodyElseChangedMeanwhile) {
+    TempDir folder;
+    folder.write("day.csv", csv);
+    auto log = vek::openToChange(folder.file("day.csv").string());
+    ASSERT_TRUE(log->set(log->at(0), "Notes", "mine"));
+    folder.write("day.csv", "Scene,Notes\n99,theirs\n");
+    auto saved = log->save();
+    EXPECT_EQ(saved.reason().kind, vek::Reason::unwritable);
+    EXPECT_EQ(folder.read("day.csv"), "Scene,Notes\n99,theirs\n");
+}
+
+TEST(SavingLogs, SavesNoLogInPlaceThatWasOpenedToBeRead) {
+    TempDir folder;
+    folder.write("day.csv", csv);
+    auto log = vek::open(folder.file("day.csv").string());
+    EXPECT_EQ(log->save().reason().kind, vek::Reason::wrongUsage);
+    EXPECT_EQ(vek::openText(csv)->save().reason().kind, vek::Reason::wrongUsage);
+}
+
+TEST(SavingLogs, TakesTheFormatOfTheEnding) {
+    TempDir folder;
+    auto log = vek::openText(csv, "day.csv");
+    ASSERT_TRUE(log->saveAs(folder.file("day.jsonl").string()));
+    EXPECT_EQ(folder.read("day.jsonl"),
+              "{\"Scene\": \"12\", \"Notes\": \"good\"}\n{\"Scene\": \"7\", \"Notes\": \"\"}\n");
+    auto saved = log->saveAs(folder.file("day.doc").string());
+    EXPECT_EQ(saved.reason().kind, vek::Reason::wrongUsage);
+    EXPECT_THAT(saved.reason().expected, HasSubstr(".csv"));
+    EXPECT_TRUE(log->saveAs(folder.file("day.doc").string(), vek::Format::tsv));
+}
+
+TEST(SavingLogs, SaysWhyAFileIsNotWritten) {
+    TempDir folder;
+    auto saved = vek::openText(csv)->saveAs(folder.file("no/day.csv").string());
+    EXPECT_EQ(saved.reason().kind, vek::Reason::unwritable);
+    EXPECT_THAT(saved.reason().text(), HasSubstr("make its folder first"));
+}
+
+TEST(SavingLogs, WritesIntoASink) {
+    Pieces pieces;
+    ASSERT_TRUE(vek::openText(csv)->write(pieces, vek::Format::csv));
+    EXPECT_EQ(pieces.text(), csv);
+    Pieces full(false);
+    EXPECT_EQ(vek::openText(csv)->write(full, vek::Format::csv).reason().kind,
+              vek::Reason::unwritable);
+}
+
+TEST(SavingLogs, WritesChosenColumnsWithTheLineEndsThatAreAskedFor) {
+    vek::SaveOptions options;
+    options.columns = {"Notes", "scene"};
+    options.lineEnds = vek::LineEnds::crlf;
+    std::string text;
+    ASSERT_TRUE(vek::openText(csv)->write(text, vek::Format::csv, options));
+    EXPECT_EQ(text, "Notes,Scene\r\ngood,12\r\n,7\r\n");
+    options.columns = {"nothing"};
+    EXPECT_EQ(vek::openText(csv)->write(text, vek::Format::csv, options).reason().kind,
+              vek::Reason::wrongUsage);
+}
+
+TEST(SavingLogs, SaysBeforehandWhatAFormatDoesNotHold) {
+    auto log = vek::openText("A\n b \nc\n d\n", "x.csv");
+    ASSERT_TRUE(log->setParameter("FPS", "24"));
+    auto table = log->wouldLose(vek::Format::table);
+    ASSERT_TRUE(table);
+    ASSERT_THAT(table->losses, SizeIs(1));
+    EXPECT_EQ(table->losses[0].count, 2u);
+    EXPECT_EQ(table->losses[0].firstPlace, "x.csv:2:A");
+    auto asCsv = log->wouldLose(vek::Format::csv);
+    ASSERT_THAT(asCsv->losses, SizeIs(1));
+    EXPECT_THAT(asCsv->losses[0].what, HasSubstr("parameter"));
+}
+
+TEST(SavingLogs, SaysWhichCellATableFileHasNoRoomFor) {
+    auto log = vek::openText("A,B\n1,x\n", "x.csv");
+    ASSERT_TRUE(log->set(log->at(0), "B", std::string(5000, 'x')));
+    std::string text = "as it was";
+    auto saved = log->write(text, vek::Format::table);
+    EXPECT_EQ(saved.reason().kind, vek::Reason::unwritable);
+    EXPECT_EQ(saved.reason().file, "x.csv");
+    EXPECT_EQ(saved.reason().line, 2u);
+    EXPECT_EQ(saved.reason().column, "B");
+    EXPECT_THAT(saved.reason().expected, HasSubstr("4094"));
+    EXPECT_EQ(text, "as it was");
+}
+
+TEST(SavingLogs, SaysThatAZeroByteWouldNotBeRead) {
+    using std::string_view_literals::operator""sv;
+    auto log = vek::openText("A\n1\n", "x.csv");
+    ASSERT_TRUE(log->set(log->at(0), "A", "a\0b"sv));
+    auto saved = log->wouldLose(vek::Format::csv);
+    ASSERT_THAT(saved->losses, SizeIs(1));
+    EXPECT_THAT(saved->losses[0].what, HasSubstr("zero byte"));
+}
+
+TEST(SavingLogs, RefusesFormatsThatAreOnlyRead) {
+    std::string text;
+    EXPECT_EQ(vek::openText(csv)->write(text, vek::Format::plainCsv).reason().kind,
+              vek::Reason::wrongUsage);
+}
