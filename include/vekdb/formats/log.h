@@ -98,7 +98,8 @@ public:
 
     /// Writes the log back into the file that it was read from with `openToChange`, in its format
     /// and by the rules of FileReplacement: whole or not at all, owner and rights kept. `keepsOld`
-    /// leaves the old file beside it as "NAME.bak". Says what the format did not hold.
+    /// leaves the old file beside it as "NAME.bak". Says what the format did not hold. This lets go
+    /// of the file: who wants to go on changing it opens it anew.
     Result<Saved> save(bool keepsOld = false);
     /// These write all rows and columns as a View does.
     Result<Saved> saveAs(std::string_view path, const SaveOptions& options = {}) const;

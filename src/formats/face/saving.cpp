@@ -147,9 +147,9 @@ Result<Saved> Log::save(bool keepsOld) {
                           log.name,
                           0,
                           {},
-                          "was opened to be read",
-                          "a log of openToChange",
-                          "save it as another file"};
+                          "is not open to be changed",
+                          "a log of openToChange that was not saved yet",
+                          "save it as another file, or open it anew"};
         }
         const Losses losses = formats::saveInPlace(log, log_->rows(), keepsOld);
         // What is left of the file as it was read is not in its place any more.

@@ -13,6 +13,8 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
+using testing_support::TempDir;
+
 namespace {
 
 constexpr const char* csv = "Scene,Take,Notes\n12,1,good\n12,2,\"said \"\"cut\"\"\"\n7,1,\n";
