@@ -205,6 +205,8 @@ public:
     /// The new column's position, or that of the column which has the name already;
     /// 0xFFFFFFFF when there are 65,535 columns.
     unsigned addField(const DBFieldDesc& field);
+    /// The same for several at once, which costs one pass over the rows; the positions.
+    std::vector<unsigned> addFields(const std::vector<DBFieldDesc>& fields);
     /// Takes a column out with its values; nothing for an unknown name. Only while all rows are
     /// shown.
     void removeField(const LightweightString<char>& name);
@@ -353,6 +355,7 @@ protected:
     const TableParts& parts() const { return *parts_; }
 
 private:
+    friend class RowCopies;
     friend class TextRows;
     void recordChanged() override;
     void recordRead() override;
@@ -372,7 +375,11 @@ private:
     void enterCookieRows();
     unsigned tagPlainRows(bool keepTags);
     struct ColumnCopy;
+    class RecordMerger;
     void appendCopies(VDBBase& source, const std::vector<ColumnCopy>& columns);
+    void appendRecords(const vekdb& source, const std::vector<ColumnCopy>& columns);
+    unsigned placeOfField(const DBFieldDesc& field);
+    void resizeRecords();
     bool fits(const vekdb& source) const;
 
     TableParts* parts_;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include <vekdb/host/visibility.h>
 
 class LineStore;
+class ValueCopies;
 class dbrecord;
 class vekdb;
 struct LineSlices;
@@ -61,24 +63,16 @@ private:
         LineStore* lines = nullptr;
         std::uint32_t spareReferences = 0;
     };
-    struct Copies : Store {
-        char* at = nullptr;
-        char* end = nullptr;
-    };
 
     dbrecord& newRow();
     static void adopt(Store& store, LineSlices* slices, unsigned count, dbrecord& record);
     static void letGo(Store& store);
     LineSlices* moveTogether(Room room, const std::string_view* values, unsigned count);
-    void copy(const std::string_view* values, unsigned count, dbrecord& record);
-    void copyTogether(std::size_t bytes, const std::string_view* values, unsigned count,
-                      dbrecord& record);
-    void openCopies(std::size_t bytes);
 
     vekdb& table_;
     std::size_t size_;
     Store text_;
-    Copies copies_;
+    std::unique_ptr<ValueCopies> copies_;
     unsigned longest_ = 0;
     std::uint64_t values_ = 0;
     bool isFinished_ = false;

@@ -112,11 +112,12 @@ void dbrecord::store(unsigned index, String value) {
 }
 
 // Where no other record reads it, a value of the same length takes the old one's place in the
-// text itself. It must stand there as it would be written.
+// text itself. It must stand there as it would be read: no blank begins it.
 bool dbrecord::overwrite(unsigned index, std::string_view value) {
     if (storage_ != Storage::slices || index >= stored_ || values_.slices->isShared()) return false;
     if (values_.slices->view(index).size() != value.size()) return false;
     if (LineBytes::writableRun(value.data(), value.size()) != value.size()) return false;
+    if (value.starts_with(' ')) return false;
     isKeyed_ = false;
     values_.slices->overwrite(index, value);
     return true;

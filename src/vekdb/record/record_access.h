@@ -54,6 +54,16 @@ public:
         record.count_ = record.stored_ = values;
         record.isKeyed_ = false;
     }
+    /// Makes the record's values the first ones of another that stands on slices, at most so
+    /// many, and copies none. False, and nothing done, where the other keeps strings.
+    static bool share(dbrecord& record, const dbrecord& other, unsigned most) {
+        if (other.storage_ != dbrecord::Storage::slices) return false;
+        const unsigned count = other.stored_ < most ? other.stored_ : most;
+        if (count == 0) return drop(record), true;
+        other.values_.slices->share();
+        adopt(record, other.values_.slices, static_cast<unsigned short>(count));
+        return true;
+    }
     /// Empties the list of values of a record on slices that no other reads, whose reference is
     /// the caller's then. Null, and nothing done, for every other record.
     static LineSlices* leaveSlices(dbrecord& record) {

@@ -65,19 +65,41 @@ bool vekdb::isSpecialLabelField(unsigned long field) const {
 }
 
 unsigned vekdb::addField(const DBFieldDesc& field) {
-    unsigned existing = get_fieldnum(field.name);
+    return addFields({field}).front();
+}
+
+// Where memory ends among the columns, the rows have all that are there.
+std::vector<unsigned> vekdb::addFields(const std::vector<DBFieldDesc>& fields) {
+    std::vector<unsigned> places;
+    places.reserve(fields.size());
+    const unsigned before = get_num_fields();
+    try {
+        for (const DBFieldDesc& field : fields) places.push_back(placeOfField(field));
+    } catch (...) {
+        resizeRecords();
+        throw;
+    }
+    if (get_num_fields() != before) resizeRecords();
+    return places;
+}
+
+// The rows do not have the column yet.
+unsigned vekdb::placeOfField(const DBFieldDesc& field) {
+    const unsigned existing = get_fieldnum(field.name);
     if (existing != Columns::none) return existing;
     Columns& columns = parts().columns;
     if (columns.count() >= Columns::most) return Columns::none;
-    unsigned added = columns.count();
     columns.append(field);
+    return columns.count() - 1;
+}
+
+void vekdb::resizeRecords() {
     const int unread = 0;
     for (unsigned row = 0; row < get_num_records(); ++row) {
         dbrecord* record = get_record(row);
         if (record == nullptr) continue;
-        record->resizeRecord(static_cast<int>(columns.count()), &unread, false);
+        record->resizeRecord(static_cast<int>(parts().columns.count()), &unread, false);
     }
-    return added;
 }
 
 // Where memory runs out, it does so before anything was removed.

@@ -1,8 +1,12 @@
 #include <string>
 #include <string_view>
+#include <typeinfo>
 
+#include <vekdb/host/text_util.h>
 #include <vekdb/host/timecode.h>
+#include <vekdb/row_copies.h>
 #include <vekdb/table.h>
+#include "vekdb/lines/quoted_line.h"
 #include "vekdb/order/record_compare.h"
 #include "vekdb/record/record_access.h"
 #include "vekdb/table/shown_value.h"
@@ -13,15 +17,33 @@ namespace {
 using String = LightweightString<char>;
 using Types = DBFieldTypes::eType;
 
-// A value of the source's column as this table's column of its own type holds it.
-String convertedValue(const String& value, Types from, Types to) {
+using Form = char[time_def::maxForm];
+
+// A value of the source's column as this table's column of its own type holds it; written to the
+// buffer where it is another text.
+std::string_view convertedValue(std::string_view value, Types from, Types to, Form& buffer) {
     if (from == DBFieldTypes::timecode_s && to == DBFieldTypes::timecode) {
-        return time_def(value.c_str(), label_timecode).get_punctuated_str();
+        return time_def::punctuatedForm(value, buffer);
     }
     if (from == DBFieldTypes::timecode && to == DBFieldTypes::timecode_s) {
-        return time_def(value.c_str(), label_timecode).get_database_str();
+        return time_def::databaseForm(value, buffer);
     }
     return value;
+}
+
+bool isConverted(Types from, Types to) {
+    return (from == DBFieldTypes::timecode_s && to == DBFieldTypes::timecode) ||
+           (from == DBFieldTypes::timecode && to == DBFieldTypes::timecode_s);
+}
+
+std::string_view upToNul(std::string_view text) {
+    return text.substr(0, text.find('\0'));
+}
+
+// Values that stand as they were quoted have no white space in front and no NUL.
+bool isPlainlyQuoted(const dbrecord& row) {
+    const LineSlices* slices = RecordAccess::slices(row);
+    return slices != nullptr && slices->gap() == QuotedLine::gap;
 }
 
 }  // namespace
@@ -46,9 +68,12 @@ int vekdb::merge_all_matching(VDBBase* source) {
     return 1;
 }
 
-// The source's rows are counted once: a table that is merged into itself grows meanwhile. Where
-// no subclass looks on, the rows are appended at once.
+// Where no subclass looks on, values are taken from record to record.
 void vekdb::appendCopies(VDBBase& source, const std::vector<ColumnCopy>& columns) {
+    if (!mayBeOverridden() && typeid(source) == typeid(vekdb)) {
+        return appendRecords(static_cast<const vekdb&>(source), columns);
+    }
+    // The source's rows are counted once: a table that is merged into itself grows meanwhile.
     const unsigned rows = source.get_num_records();
     const bool atOnce = !mayBeOverridden();
     const unsigned first = atOnce ? add_records(static_cast<int>(rows)) : 0;
@@ -56,10 +81,85 @@ void vekdb::appendCopies(VDBBase& source, const std::vector<ColumnCopy>& columns
         const unsigned target = atOnce ? first + row : add_records(1);
         if (static_cast<int>(target) < 0) return;
         for (const ColumnCopy& column : columns) {
-            const String value =
-                convertedValue(source.getField(row, column.from), column.fromType, column.toType);
-            set_field(target, column.to, value.c_str());
+            const String value = source.getField(row, column.from);
+            Form buffer;
+            const String converted(
+                convertedValue(value.c_str(), column.fromType, column.toType, buffer));
+            set_field(target, column.to, converted.c_str());
         }
+    }
+}
+
+/// Appends rows of a table to another one as `set_field` would store their values.
+class vekdb::RecordMerger {
+public:
+    RecordMerger(vekdb& table, const std::vector<ColumnCopy>& columns)
+        : columns_(columns),
+          copies_(table),
+          values_(table.get_num_fields()),
+          forms_(columns.size()),
+          isTogether_(standTogether(columns)) {}
+
+    bool append(const dbrecord& row) {
+        const bool isPlain = isPlainlyQuoted(row);
+        if (isPlain && isTogether_) {
+            return copies_.append(row, static_cast<unsigned>(columns_.size()));
+        }
+        for (std::size_t i = 0; i < columns_.size(); ++i) {
+            values_[columns_[i].to] = isPlain ? converted(row, i) : stored(row, i);
+        }
+        return copies_.append(values_.data(), values_.size());
+    }
+
+private:
+    struct Buffer {
+        Form form;
+    };
+
+    // Whether both have the columns as they are at the same places, from the first on.
+    static bool standTogether(const std::vector<ColumnCopy>& columns) {
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            const ColumnCopy& column = columns[i];
+            if (column.from != i || column.to != i) return false;
+            if (isConverted(column.fromType, column.toType)) return false;
+        }
+        return true;
+    }
+
+    std::string_view converted(const dbrecord& row, std::size_t i) {
+        const ColumnCopy& column = columns_[i];
+        return convertedValue(RecordAccess::view(row, column.from), column.fromType, column.toType,
+                              forms_[i].form);
+    }
+
+    // A text ends at its first NUL, and is stored without leading white space.
+    std::string_view stored(const dbrecord& row, std::size_t i) {
+        const ColumnCopy& column = columns_[i];
+        const std::string_view text = upToNul(RecordAccess::view(row, column.from));
+        return withoutLeadingSpace(
+            convertedValue(text, column.fromType, column.toType, forms_[i].form));
+    }
+
+    const std::vector<ColumnCopy>& columns_;
+    RowCopies copies_;
+    std::vector<std::string_view> values_;
+    std::vector<Buffer> forms_;
+    bool isTogether_;
+};
+
+// The rows are counted once, as they may be this table's own.
+void vekdb::appendRecords(const vekdb& source, const std::vector<ColumnCopy>& columns) {
+    RecordMerger merger(*this, columns);
+    const dbrecord none(0);
+    Rows& rows = parts().rows;
+    const Rows& others = source.parts().rows;
+    const unsigned count = others.shownCount();
+    rows.cover(std::uint64_t{rows.count()} + count);
+    for (unsigned i = 0; i < count; ++i) {
+        const dbrecord* row = others.shown(i);
+        if (!merger.append(row == nullptr ? none : *row)) return;
+        RecordAccess::setChanged(*rows.at(rows.count() - 1), true);
+        noteModified();
     }
 }
 

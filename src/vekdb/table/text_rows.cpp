@@ -7,23 +7,17 @@
 #include <vekdb/table.h>
 #include "vekdb/record/line_store.h"
 #include "vekdb/record/record_access.h"
+#include "vekdb/record/value_copies.h"
 #include "vekdb/table/table_parts.h"
 
 namespace {
 
 constexpr std::uint32_t countedAhead = 4096;
-constexpr std::size_t copiesAtOnce = std::size_t{256} << 10;
 constexpr unsigned gap = 1;  // between values that were moved together
 
 std::size_t withoutEmptyEnd(const std::string_view* values, std::size_t count) {
     while (count > 0 && values[count - 1].empty()) --count;
     return count;
-}
-
-std::size_t bytesTogether(const std::string_view* values, unsigned count) {
-    std::size_t bytes = count;
-    for (unsigned i = 0; i < count; ++i) bytes += values[i].size();
-    return bytes;
 }
 
 // Writes where each value will end, seen from the first one. False where a value would be
@@ -52,13 +46,13 @@ void write(char* to, const std::string_view* values, unsigned count) {
 
 }  // namespace
 
-TextRows::TextRows(vekdb& table, Quor::Ptr<TextBlock> text) : table_(table), size_(text->size()) {
+TextRows::TextRows(vekdb& table, Quor::Ptr<TextBlock> text)
+    : table_(table), size_(text->size()), copies_(std::make_unique<ValueCopies>()) {
     text_.lines = new LineStore(std::move(text));
 }
 
 TextRows::~TextRows() {
     letGo(text_);
-    letGo(copies_);
     if (!isFinished_) table_.free();
 }
 
@@ -105,7 +99,7 @@ bool TextRows::append(Room room, const std::string_view* values, std::size_t cou
     if (LineSlices* slices = moveTogether(room, values, stored)) {
         adopt(text_, slices, stored, record);
     } else {
-        copy(values, stored, record);
+        copies_->give(record, values, stored);
     }
     return true;
 }
@@ -117,40 +111,6 @@ LineSlices* TextRows::moveTogether(Room room, const std::string_view* values, un
     text_.lines->closeSlices(slices, count);
     write(room.begin, values, count);
     return slices;
-}
-
-void TextRows::copy(const std::string_view* values, unsigned count, dbrecord& record) {
-    const std::size_t bytes = bytesTogether(values, count);
-    if (bytes <= LineSlices::farthest) return copyTogether(bytes, values, count, record);
-    for (unsigned i = 0; i < count; ++i) {
-        RecordAccess::append(record, values[i]);
-    }
-}
-
-void TextRows::copyTogether(std::size_t bytes, const std::string_view* values, unsigned count,
-                            dbrecord& record) {
-    if (static_cast<std::size_t>(copies_.end - copies_.at) < bytes) openCopies(bytes);
-    const auto offset = static_cast<std::uint64_t>(copies_.at - copies_.lines->text());
-    LineSlices* slices = copies_.lines->addSlices(count, offset, gap);
-    std::size_t end = 0;
-    for (unsigned i = 0; i < count; ++i) {
-        end += values[i].size() + gap;
-        slices->next()[i] = static_cast<std::uint16_t>(end);
-    }
-    write(copies_.at, values, count);
-    copies_.at += bytes;
-    adopt(copies_, slices, count, record);
-}
-
-// The rows that stand on the copies made before keep them.
-void TextRows::openCopies(std::size_t bytes) {
-    Quor::Ptr<TextBlock> block = TextBlock::create(std::max(bytes, copiesAtOnce));
-    const std::size_t size = block->size();
-    auto* lines = new LineStore(std::move(block));
-    letGo(copies_);
-    copies_.lines = lines;
-    copies_.at = lines->text();
-    copies_.end = copies_.at + size;
 }
 
 void TextRows::finish(const std::vector<DBFieldDesc>& columns) {
