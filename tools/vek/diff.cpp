@@ -10,9 +10,9 @@ namespace vek {
 
 namespace {
 
-std::string joinedNames(const std::vector<std::string>& names) {
+std::string joinedNames(const Log& log, const std::vector<unsigned>& columns) {
     std::string out;
-    for (const std::string& name : names) out += (out.empty() ? "" : ", ") + name;
+    for (unsigned column : columns) out += (out.empty() ? "" : ", ") + log.columnName(column);
     return out;
 }
 
@@ -29,13 +29,13 @@ public:
     }
 
 private:
-    void printColumns(const char* what, const Log& log, const std::vector<std::string>& names,
+    void printColumns(const char* what, const Log& log, const std::vector<unsigned>& columns,
                       Ink ink, char sign) {
-        if (names.empty()) return;
-        out_.inkedLine(inked(
-            ink,
-            sign + std::string(" ") + what + escaped(log.name) + ": " + escaped(joinedNames(names)),
-            screen_));
+        if (columns.empty()) return;
+        out_.inkedLine(inked(ink,
+                             sign + std::string(" ") + what + escaped(log.name) + ": " +
+                                 escaped(joinedNames(log, columns)),
+                             screen_));
     }
 
     void printRow(const RowDifference& difference) {
@@ -61,13 +61,14 @@ private:
     void printChanged(const RowDifference& difference) {
         std::string title =
             placeOf(found_.a, difference.a) + " -> " + placeOf(found_.b, difference.b);
-        if (!difference.key.empty()) title += " (" + inQuotes(difference.key) + ")";
+        const std::string_view key = found_.keyOf(difference);
+        if (!key.empty()) title += " (" + inQuotes(key) + ")";
         out_.line("~ " + escaped(title));
-        for (const CellDifference& cell : difference.cells) {
-            out_.inkedLine("    " + escaped(cell.column) + ": " +
+        found_.forEachCell(difference, [&](const CellDifference& cell) {
+            out_.inkedLine("    " + escaped(found_.a.columnName(cell.columns.a)) + ": " +
                            inked(Ink::red, escaped(inQuotes(cell.before)), screen_) + " -> " +
                            inked(Ink::green, escaped(inQuotes(cell.after)), screen_));
-        }
+        });
     }
 
     static std::string placeOf(const Log& log, unsigned row) {
@@ -88,19 +89,22 @@ std::string jsonRow(const Log& log, unsigned row) {
     return out + "}";
 }
 
-std::string jsonNames(const std::vector<std::string>& names) {
+std::string jsonNames(const Log& log, const std::vector<unsigned>& columns) {
     std::string out = "[";
-    for (const std::string& name : names) out += (out.size() == 1 ? "" : ", ") + jsonString(name);
+    for (unsigned column : columns) {
+        out += (out.size() == 1 ? "" : ", ") + jsonString(log.columnName(column));
+    }
     return out + "]";
 }
 
-std::string jsonCells(const RowDifference& difference) {
+std::string jsonCells(const Differences& found, const RowDifference& difference) {
     std::string out = "[";
-    for (const CellDifference& cell : difference.cells) {
-        out += (out.size() == 1 ? "" : ", ") + ("{\"column\": " + jsonString(cell.column)) +
+    found.forEachCell(difference, [&](const CellDifference& cell) {
+        out += (out.size() == 1 ? "" : ", ") +
+               ("{\"column\": " + jsonString(found.a.columnName(cell.columns.a))) +
                ", \"before\": " + jsonString(cell.before) +
                ", \"after\": " + jsonString(cell.after) + "}";
-    }
+    });
     return out + "]";
 }
 
@@ -116,15 +120,15 @@ std::string jsonDifference(const Differences& found, const RowDifference& differ
                    ", \"row\": " + jsonRow(found.b, difference.b) + "}";
         default:
             return "{\"kind\": \"changed\", \"line\": " + lineA + ", \"lineAfter\": " + lineB +
-                   ", \"key\": " + jsonString(difference.key) +
-                   ", \"cells\": " + jsonCells(difference) + "}";
+                   ", \"key\": " + jsonString(found.keyOf(difference)) +
+                   ", \"cells\": " + jsonCells(found, difference) + "}";
     }
 }
 
 void printJson(const Differences& found, Output& out) {
     out.line("{");
-    out.line("  \"columnsRemoved\": " + jsonNames(found.onlyInA) + ",");
-    out.line("  \"columnsAdded\": " + jsonNames(found.onlyInB) + ",");
+    out.line("  \"columnsRemoved\": " + jsonNames(found.a, found.onlyInA) + ",");
+    out.line("  \"columnsAdded\": " + jsonNames(found.b, found.onlyInB) + ",");
     out.line("  \"rows\": [");
     for (std::size_t i = 0; i < found.rows.size(); ++i) {
         bool isLast = i + 1 == found.rows.size();
@@ -149,6 +153,7 @@ int run(const Args& args) {
     Log b = readLog(args, "B");
     Differences found = compareLogs(a, b, args.text("key"));
     for (const std::string& note : found.notes) say(note);
+    if (found.moreNotes > 0) say(std::to_string(found.moreNotes) + " more like these");
     Output out;
     if (args.text("format") == "json") {
         printJson(found, out);

@@ -25,7 +25,24 @@ Target wantedTarget(const Args& args) {
     return targetOfPath(args.text("output"));
 }
 
-bool tellConflicts(const Merger& merger) {
+// Conflicts are told one by one up to a thousand.
+class Telling {
+public:
+    void tell(const MergeConflict& conflict) {
+        if (told_ == most) return;
+        ++told_;
+        say(worded(conflict));
+    }
+    std::size_t told() const { return told_; }
+
+private:
+    static constexpr std::size_t most = 1000;
+    std::size_t told_ = 0;
+};
+
+bool tellConflicts(const Merger& merger, std::size_t told) {
+    const std::size_t all = merger.repeatedKeys() + merger.conflicts();
+    if (all > told) say(std::to_string(all - told) + " more like these");
     if (merger.repeatedKeys() > 0) {
         say(counted(merger.repeatedKeys(), "conflict") +
             " of keys; rows of a repeated key are only joined where no cell differs");
@@ -34,7 +51,7 @@ bool tellConflicts(const Merger& merger) {
         say(counted(merger.conflicts(), "conflict") +
             "; choose with --prefer first, last or filled");
     }
-    return merger.repeatedKeys() + merger.conflicts() > 0;
+    return all > 0;
 }
 
 int run(const Args& args) {
@@ -46,8 +63,9 @@ int run(const Args& args) {
     Held held = holdInput(paths, args.text("output"));
     Log into = readLog(paths[0], args.text("from"));
     int result = readingResult(into);
+    Telling telling;
     Merger merger(into, preferOf(args),
-                  [](const MergeConflict& conflict) { say(worded(conflict)); });
+                  [&](const MergeConflict& conflict) { telling.tell(conflict); });
     if (args.has("key")) merger.useKey(args.text("key"));
     for (std::size_t i = 1; i < paths.size(); ++i) {
         Log from = readLog(paths[i], args.text("from"));
@@ -60,7 +78,7 @@ int run(const Args& args) {
     writeSheet(wholeSheet(into), target, styleFrom(args, target), out, losses);
     out.close();
     losses.tell(out.name());
-    return tellConflicts(merger) ? found : result;
+    return tellConflicts(merger, telling.told()) ? found : result;
 }
 
 }  // namespace
@@ -72,7 +90,8 @@ Command mergeCommand() {
         "Appends the rows of further logs to those of the first. Columns go by their names, case "
         "ignored; new ones are added, and timecodes are stored in the form of the first log's "
         "column. With --key, a row whose key is there already fills the empty cells of that row, "
-        "and every cell in which the two differ is told; ends with 1 then. Rows of one file stay "
+        "and every cell in which the two differ is told, up to a thousand; ends with 1 then. Rows "
+        "of one file stay "
         "rows of their own also where they have one key: that is told as a conflict, whatever "
         "--prefer says, and such a row is joined only to one that it does not contradict. Logs of "
         "two frame rates (FPS) are joined with --yes only.",

@@ -5,9 +5,11 @@
 #include <utility>
 
 #include <vekdb/formats/timecode.h>
+#include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/timecode.h>
 #include "formats/inform.h"
 #include "formats/log/column_names.h"
+#include "formats/reading/limits.h"
 #include "formats/table_file/exact_cells.h"
 #include "formats/text/text_lines.h"
 #include "formats/timecode/counting.h"
@@ -16,16 +18,30 @@ namespace vek::formats {
 
 namespace {
 
+using Quor::keyedHash;
+
+constexpr unsigned noRow = 0xFFFFFFFF;
+
 bool isTimecodeType(DBFieldTypes::eType type) {
     return type == DBFieldTypes::timecode || type == DBFieldTypes::timecode_s;
 }
 
-// A value of one timecode form in the form of another column; other values as they are.
-std::string inForm(std::string_view value, DBFieldTypes::eType from, DBFieldTypes::eType to) {
-    if (from == to || !isTimecodeType(from) || !isTimecodeType(to)) return std::string(value);
-    char buffer[time_def::maxForm];
-    return std::string(to == DBFieldTypes::timecode ? time_def::punctuatedForm(value, buffer)
-                                                    : time_def::databaseForm(value, buffer));
+bool differInForm(DBFieldTypes::eType from, DBFieldTypes::eType to) {
+    return from != to && isTimecodeType(from) && isTimecodeType(to);
+}
+
+// Two columns of one name would end up in one, and a cell of them be lost.
+void refuseRepeated(const Log& from, unsigned column) {
+    const RepeatedName* repeated = repeatedNameOf(from, column);
+    if (repeated == nullptr) return;
+    throw Failure{wrongUsage, from.name + ": column " +
+                                  inQuotes(from.columnName(repeated->columns.front())) +
+                                  " is there twice, expected names that differ; give one of "
+                                  "them another name"};
+}
+
+const dbrecord& recordOf(const Log& log, unsigned row) {
+    return *log.table->get_record(row);
 }
 
 // What "FPS" says, where it says a frame rate.
@@ -79,17 +95,19 @@ void requireSameCounting(const Log& into, const Log& from) {
 }
 
 Merger::Merger(Log& into, Prefer prefer, Teller tell)
-    : into_(into), prefer_(prefer), tell_(std::move(tell)) {}
+    : into_(into), prefer_(prefer), tell_(std::move(tell)), copies_(*into.table) {}
 
 void Merger::useKey(const std::string& name) {
     key_ = into_.requireColumn(name);
-    for (unsigned row = 0; row < into_.rowCount(); ++row) {
-        std::string value(into_.cell(row, key_));
-        if (value.empty()) continue;
-        std::vector<unsigned>& rows = rows_[value];
-        if (!rows.empty()) tellRepeated(into_, row, key_, value);
-        rows.push_back(row);
-    }
+    rows_ = RowGroups(into_.rowCount());
+    const auto hashOf = [&](unsigned row) { return keyedHash(into_.cell(row, key_)); };
+    forEachHashed(rows_, into_.rowCount(), hashOf, [&](unsigned row, std::uint64_t hash) {
+        const std::string_view key = into_.cell(row, key_);
+        if (key.empty()) return;
+        const bool isRepeated =
+            rows_.add(hash, row, [&](unsigned other) { return hasKey(other, key); }) > 1;
+        if (isRepeated) tellRepeated(into_, row, key_, key);
+    });
 }
 
 void Merger::add(const Log& from) {
@@ -102,28 +120,40 @@ void Merger::add(const Log& from) {
 }
 
 void Merger::addColumns(const Log& from) {
-    columns_ = sameColumns(from, into_);
-    for (unsigned i = 0; i < columns_.size(); ++i) {
-        // Nothing tells that two columns without a name are one.
-        const bool isNew = columns_[i] == noColumn || from.columnName(i).empty();
-        if (isNew) columns_[i] = addColumn(from, i);
+    const std::vector<unsigned> places = placesOf(from);
+    requireCells(into_.name + " and " + from.name, std::size_t{into_.rowCount()} + from.rowCount(),
+                 into_.columnCount(), bytesRead());
+    columns_.clear();
+    standTogether_ = true;
+    for (unsigned i = 0; i < places.size(); ++i) {
+        const auto type = from.table->get_field_type(i);
+        columns_.push_back({places[i], type, into_.table->get_field_type(places[i]), {}});
+        standTogether_ = standTogether_ && places[i] == i &&
+                         !differInForm(columns_[i].fromType, columns_[i].toType);
     }
+    values_.assign(into_.columnCount(), {});
 }
 
-// Two columns of one name would end up in one, and a cell of them be lost.
-unsigned Merger::addColumn(const Log& from, unsigned column) {
-    const std::string name = from.columnName(column);
-    if (const RepeatedName* repeated = repeatedNameOf(from, column)) {
-        throw Failure{wrongUsage, from.name + ": column " +
-                                      inQuotes(from.columnName(repeated->columns.front())) +
-                                      " is there twice, expected names that differ; give one of "
-                                      "them another name"};
+// Columns that are new to us come at once. Nothing tells that two without a name are one.
+std::vector<unsigned> Merger::placesOf(const Log& from) {
+    std::vector<unsigned> places = sameColumns(from, into_);
+    std::vector<unsigned> added;
+    std::vector<DBFieldDesc> fields;
+    for (unsigned i = 0; i < places.size(); ++i) {
+        if (places[i] != noColumn && !from.columnName(i).empty()) continue;
+        refuseRepeated(from, i);
+        added.push_back(i);
+        fields.push_back({cellText(from.columnName(i)), from.table->get_field_type(i)});
     }
-    const unsigned added =
-        into_.table->addField({cellText(name), from.table->get_field_type(column)});
-    if (added != noColumn) return added;
-    throw Failure{unwritable, from.name + ": no room for column " + inQuotes(name) +
-                                  ", a log holds at most 65535"};
+    const std::vector<unsigned> theirs = into_.table->addFields(fields);
+    for (std::size_t i = 0; i < added.size(); ++i) {
+        places[added[i]] = theirs[i];
+        if (theirs[i] != noColumn) continue;
+        throw Failure{unwritable, from.name + ": no room for column " +
+                                      inQuotes(from.columnName(added[i])) +
+                                      ", a log holds at most 65535"};
+    }
+    return places;
 }
 
 void Merger::addParameters(const Log& from) {
@@ -143,124 +173,176 @@ void Merger::addParameters(const Log& from) {
 }
 
 void Merger::append(const Log& from) {
-    unsigned first = addRows(from, 0, from.rowCount());
-    for (unsigned row = 0; row < from.rowCount(); ++row) fill(from, row, first + row);
+    const unsigned count = from.rowCount();
+    into_.lines.reserve(into_.lines.size() + count);
+    for (unsigned row = 0; row < count; ++row) appendRow(from, row);
 }
 
-// Rows for so many of the log's from one on; the first of them.
-unsigned Merger::addRows(const Log& from, unsigned row, unsigned count) {
-    unsigned first = into_.rowCount();
-    into_.table->add_records(static_cast<int>(count));
-    for (unsigned i = 0; i < count; ++i) {
-        into_.lines.push_back(static_cast<std::uint32_t>(from.lineOf(row + i)));
+void Merger::appendRow(const Log& from, unsigned row) {
+    into_.lines.push_back(static_cast<std::uint32_t>(from.lineOf(row)));
+    const dbrecord& record = recordOf(from, row);
+    if (standTogether_) {
+        copies_.append(record);
+        return;
     }
-    return first;
-}
-
-// Puts what a row has into the empty cells of ours.
-void Merger::fill(const Log& from, unsigned row, unsigned target) {
+    std::fill(values_.begin(), values_.end(), std::string_view());
     for (unsigned i = 0; i < columns_.size(); ++i) {
-        if (from.cell(row, i).empty() || !into_.cell(target, columns_[i]).empty()) continue;
-        store(target, columns_[i], inOurForm(from, row, i));
+        std::string_view& value = values_[columns_[i].to];
+        if (value.empty()) value = inOurForm(record, i);
     }
+    copies_.append(values_.data(), values_.size());
 }
 
 void Merger::join(const Log& from) {
-    unsigned key = from.requireColumn(into_.columnName(key_));
-    std::unordered_map<std::string, Turns, Quor::KeyedHash> turns;
-    for (unsigned row = 0; row < from.rowCount(); ++row) {
-        std::string value = inOurForm(from, row, key);
-        bool isRepeated = turns[value].count++ > 0 && !value.empty();
+    const unsigned key = from.requireColumn(into_.columnName(key_));
+    noteTurns(from, key);
+    taken_.assign(into_.rowCount(), false);
+    const auto hashOf = [&](unsigned row) { return keyedHash(keyOf(recordOf(from, row), key)); };
+    forEachHashed(rows_, from.rowCount(), hashOf,
+                  [&](unsigned row, std::uint64_t hash) { joinRow(from, row, key, hash); });
+}
+
+// Which rows of the log that is being added have one key.
+void Merger::noteTurns(const Log& from, unsigned key) {
+    RowGroups groups(from.rowCount());
+    Form form;
+    const auto hashOf = [&](unsigned row) { return keyedHash(keyOf(recordOf(from, row), key)); };
+    forEachHashed(groups, from.rowCount(), hashOf, [&](unsigned row, std::uint64_t hash) {
+        const std::string_view value = inOurForm(recordOf(from, row), key, form);
+        if (value.empty()) return;
+        const bool isRepeated = groups.add(hash, row, [&](unsigned other) {
+            return keyOf(recordOf(from, other), key) == value;
+        }) > 1;
         if (isRepeated) tellRepeated(from, row, key, value);
-    }
-    taken_.clear();
-    for (unsigned row = 0; row < from.rowCount(); ++row) {
-        std::string value = inOurForm(from, row, key);
-        joinRow(from, row, value, turns[value]);
+    });
+    turns_.assign(groups.repeated().size(), 0);
+    turnOf_.assign(turns_.empty() ? 0 : from.rowCount(), noRow);
+    for (std::size_t i = 0; i < turns_.size(); ++i) {
+        for (unsigned row : groups.repeated()[i]) turnOf_[row] = static_cast<std::uint32_t>(i);
     }
 }
 
-void Merger::joinRow(const Log& from, unsigned row, const std::string& key, Turns& turns) {
-    auto known = key.empty() ? rows_.end() : rows_.find(key);
-    if (known == rows_.end()) return addRow(from, row, key);
-    if (turns.count == 1 && known->second.size() == 1) {
-        return settleRow(from, row, known->second.front());
-    }
+void Merger::joinRow(const Log& from, unsigned row, unsigned key, std::uint64_t hash) {
+    const dbrecord& record = recordOf(from, row);
+    const std::string_view value = keyOf(record, key);
+    if (value.empty()) return appendRow(from, row);
+    const auto known = rows_.find(hash, [&](unsigned other) { return hasKey(other, value); });
+    if (known.empty()) return addKeyed(from, row, value, hash);
+    const bool isRepeated = !turns_.empty() && turnOf_[row] != noRow;
+    if (!isRepeated && known.size() == 1) return settle(from, row, known.front());
     // A key that one of the logs has twice names no single row, so nothing is replaced.
-    unsigned target = agreeingRow(from, row, known->second, turns.done++);
-    if (target == noRow) return addRow(from, row, key);
-    taken_.insert(target);
-    fill(from, row, target);
+    const unsigned target =
+        agreeingRow(record, known, isRepeated ? turns_[turnOf_[row]]++ : std::size_t{0});
+    if (target == noRow) return addKeyed(from, row, value, hash);
+    taken_[target] = true;
+    fill(record, target);
 }
 
-void Merger::addRow(const Log& from, unsigned row, const std::string& key) {
-    unsigned target = addRows(from, row, 1);
-    fill(from, row, target);
-    if (key.empty()) return;
-    rows_[key].push_back(target);
-    taken_.insert(target);
+void Merger::addKeyed(const Log& from, unsigned row, std::string_view key, std::uint64_t hash) {
+    const unsigned target = into_.rowCount();
+    appendRow(from, row);
+    rows_.add(hash, target, [&](unsigned other) { return hasKey(other, key); });
+    taken_.resize(target + 1, false);
+    taken_[target] = true;
 }
 
 // Of some rows one that no other row of this log went to and no cell speaks against. The one
-// whose turn it is comes first; that there is an end to the looking keeps the time in
-// proportion to the logs.
-unsigned Merger::agreeingRow(const Log& from, unsigned row, const std::vector<unsigned>& targets,
-                             std::size_t turn) const {
+// whose turn it is comes first; that there is an end to the looking keeps the time in proportion
+// to the logs.
+unsigned Merger::agreeingRow(const dbrecord& row, std::span<const unsigned> targets,
+                             std::size_t turn) {
     constexpr std::size_t mostLooks = 100;
     for (std::size_t i = 0; i < std::min(targets.size(), mostLooks); ++i) {
-        unsigned target = targets[(turn + i) % targets.size()];
-        if (!taken_.contains(target) && agrees(from, row, target)) return target;
+        const unsigned target = targets[(turn + i) % targets.size()];
+        if (!taken_[target] && agrees(row, target)) return target;
     }
     return noRow;
 }
 
-bool Merger::agrees(const Log& from, unsigned row, unsigned target) const {
+bool Merger::agrees(const dbrecord& row, unsigned target) {
+    const dbrecord& ours = recordOf(into_, target);
     for (unsigned i = 0; i < columns_.size(); ++i) {
-        std::string_view old = into_.cell(target, columns_[i]);
-        if (old.empty() || from.cell(row, i).empty()) continue;
-        if (old != inOurForm(from, row, i)) return false;
+        const std::string_view old = ours.fieldView(columns_[i].to);
+        if (old.empty() || row.fieldView(i).empty()) continue;
+        if (old != inOurForm(row, i)) return false;
     }
     return true;
 }
 
-std::string Merger::inOurForm(const Log& from, unsigned row, unsigned column) const {
-    return inForm(from.cell(row, column), from.table->get_field_type(column),
-                  into_.table->get_field_type(columns_[column]));
-}
-
-void Merger::settleRow(const Log& from, unsigned row, unsigned target) {
+// Puts what a row has into the empty cells of ours.
+void Merger::fill(const dbrecord& row, unsigned target) {
+    const dbrecord& ours = recordOf(into_, target);
     for (unsigned i = 0; i < columns_.size(); ++i) {
-        unsigned column = columns_[i];
-        std::string value = inOurForm(from, row, i);
-        std::string_view old = into_.cell(target, column);
-        if (value == old) continue;
-        if (old.empty())
-            store(target, column, value);
-        else if (!value.empty())
-            settle(from, row, target, column, value);
-        else if (prefer_ == Prefer::last)
-            store(target, column, value);
+        if (!ours.fieldView(columns_[i].to).empty() || row.fieldView(i).empty()) continue;
+        change(target, columns_[i].to, inOurForm(row, i));
     }
+    storeChanges(target);
 }
 
-// Two values for one cell: the choice is told unless the person made it.
-void Merger::settle(const Log& from, unsigned row, unsigned target, unsigned column,
-                    const std::string& value) {
-    bool takesLast = prefer_ == Prefer::last || prefer_ == Prefer::filled;
-    if (takesLast) return store(target, column, value);
-    if (prefer_ == Prefer::first) return;
+void Merger::settle(const Log& from, unsigned row, unsigned target) {
+    const dbrecord& theirs = recordOf(from, row);
+    const dbrecord& ours = recordOf(into_, target);
+    for (unsigned i = 0; i < columns_.size(); ++i) {
+        const unsigned column = columns_[i].to;
+        const std::string_view value = inOurForm(theirs, i);
+        const std::string_view old = ours.fieldView(column);
+        if (value == old) continue;
+        if (takes(value, old))
+            change(target, column, value);
+        else if (!value.empty() && prefer_ == Prefer::report)
+            tellConflict(from, row, target, column, value);
+    }
+    storeChanges(target);
+}
+
+// Whether a value takes the place of another one.
+bool Merger::takes(std::string_view value, std::string_view old) const {
+    if (old.empty() || prefer_ == Prefer::last) return true;
+    return !value.empty() && prefer_ == Prefer::filled;
+}
+
+// The choice between two values for one cell.
+void Merger::tellConflict(const Log& from, unsigned row, unsigned target, unsigned column,
+                          std::string_view value) {
     ++conflicts_;
-    tell_({MergeConflict::cell, from.name, from.lineOf(row), into_.columnName(column), value,
-           std::string(into_.cell(target, column)), target + std::size_t{1}});
+    tell_({MergeConflict::cell, from.name, from.lineOf(row), into_.columnName(column),
+           std::string(value), std::string(into_.cell(target, column)), target + std::size_t{1}});
 }
 
-void Merger::tellRepeated(const Log& log, unsigned row, unsigned column, const std::string& value) {
+void Merger::tellRepeated(const Log& log, unsigned row, unsigned column, std::string_view value) {
     ++repeatedKeys_;
-    tell_({MergeConflict::key, log.name, log.lineOf(row), log.columnName(column), value, {}, 0});
+    tell_({MergeConflict::key,
+           log.name,
+           log.lineOf(row),
+           log.columnName(column),
+           std::string(value),
+           {},
+           0});
 }
 
-void Merger::store(unsigned row, unsigned column, std::string_view value) {
-    into_.table->get_record(row)->setField(static_cast<unsigned short>(column), cellText(value));
+// A value of one timecode form in the form of our column; other values as they are. Ends with
+// the next value that is written to the form.
+std::string_view Merger::inOurForm(const dbrecord& row, unsigned column, Form& form) const {
+    const Column& place = columns_[column];
+    const std::string_view value = row.fieldView(column);
+    if (!differInForm(place.fromType, place.toType)) return value;
+    return place.toType == DBFieldTypes::timecode ? time_def::punctuatedForm(value, form)
+                                                  : time_def::databaseForm(value, form);
+}
+
+// Notes a value for a row of ours, whose others are there until the changes are stored.
+void Merger::change(unsigned target, unsigned column, std::string_view value) {
+    if (!hasChanges_) {
+        const dbrecord& ours = recordOf(into_, target);
+        for (unsigned i = 0; i < values_.size(); ++i) values_[i] = ours.fieldView(i);
+    }
+    hasChanges_ = true;
+    values_[column] = value;
+}
+
+void Merger::storeChanges(unsigned target) {
+    if (hasChanges_) copies_.replace(target, values_.data(), values_.size());
+    hasChanges_ = false;
 }
 
 }  // namespace vek::formats

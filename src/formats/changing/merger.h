@@ -1,12 +1,15 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <span>
 #include <string>
-#include <unordered_map>
-#include <unordered_set>
+#include <string_view>
 #include <vector>
 
-#include <vekdb/host/keyed_hash.h>
+#include <vekdb/host/timecode.h>
+#include <vekdb/row_copies.h>
+#include "formats/comparing/row_groups.h"
 #include "formats/log/log.h"
 
 namespace vek::formats {
@@ -25,7 +28,8 @@ struct MergeConflict {
 
 std::string worded(const MergeConflict& conflict);
 
-/// Joins further logs to a first one, which must outlive it. What has no place there is said.
+/// Joins further logs to a first one, which must outlive it. What has no place there is said. Cells
+/// are not copied where rows can share their text.
 class Merger {
 public:
     /// Which of two values a cell gets.
@@ -45,42 +49,55 @@ public:
     std::size_t repeatedKeys() const { return repeatedKeys_; }
 
 private:
-    using RowsOfKeys = std::unordered_map<std::string, std::vector<unsigned>, Quor::KeyedHash>;
+    using Form = char[time_def::maxForm];
 
-    // How many rows of the log that is being added have a key, and how many had their turn.
-    struct Turns {
-        std::size_t count = 0;
-        std::size_t done = 0;
+    // A column of the log that is being added, and the place in ours.
+    struct Column {
+        unsigned to = 0;
+        DBFieldTypes::eType fromType = DBFieldTypes::text;
+        DBFieldTypes::eType toType = DBFieldTypes::text;
+        Form form = {};  // a timecode as ours are written
     };
 
     void addColumns(const Log& from);
-    unsigned addColumn(const Log& from, unsigned column);
+    std::vector<unsigned> placesOf(const Log& from);
     void addParameters(const Log& from);
     void append(const Log& from);
-    unsigned addRows(const Log& from, unsigned row, unsigned count);
-    void fill(const Log& from, unsigned row, unsigned target);
+    void appendRow(const Log& from, unsigned row);
     void join(const Log& from);
-    void joinRow(const Log& from, unsigned row, const std::string& key, Turns& turns);
-    void addRow(const Log& from, unsigned row, const std::string& key);
-    unsigned agreeingRow(const Log& from, unsigned row, const std::vector<unsigned>& targets,
-                         std::size_t turn) const;
-    bool agrees(const Log& from, unsigned row, unsigned target) const;
-    std::string inOurForm(const Log& from, unsigned row, unsigned column) const;
-    void settleRow(const Log& from, unsigned row, unsigned target);
-    void settle(const Log& from, unsigned row, unsigned target, unsigned column,
-                const std::string& value);
-    void tellRepeated(const Log& log, unsigned row, unsigned column, const std::string& value);
-    void store(unsigned row, unsigned column, std::string_view value);
-
-    static constexpr unsigned noRow = 0xFFFFFFFF;
+    void noteTurns(const Log& from, unsigned key);
+    void joinRow(const Log& from, unsigned row, unsigned key, std::uint64_t hash);
+    void addKeyed(const Log& from, unsigned row, std::string_view key, std::uint64_t hash);
+    unsigned agreeingRow(const dbrecord& row, std::span<const unsigned> targets, std::size_t turn);
+    bool agrees(const dbrecord& row, unsigned target);
+    void fill(const dbrecord& row, unsigned target);
+    void settle(const Log& from, unsigned row, unsigned target);
+    bool takes(std::string_view value, std::string_view old) const;
+    void tellConflict(const Log& from, unsigned row, unsigned target, unsigned column,
+                      std::string_view value);
+    void tellRepeated(const Log& log, unsigned row, unsigned column, std::string_view value);
+    std::string_view inOurForm(const dbrecord& row, unsigned column, Form& form) const;
+    std::string_view inOurForm(const dbrecord& row, unsigned column) {
+        return inOurForm(row, column, columns_[column].form);
+    }
+    std::string_view keyOf(const dbrecord& row, unsigned column) { return inOurForm(row, column); }
+    bool hasKey(unsigned row, std::string_view key) const { return into_.cell(row, key_) == key; }
+    void change(unsigned target, unsigned column, std::string_view value);
+    void storeChanges(unsigned target);
 
     Log& into_;
     Prefer prefer_;
     Teller tell_;
+    RowCopies copies_;
     unsigned key_ = noColumn;
-    std::vector<unsigned> columns_;       // of the log that is being added, in ours
-    RowsOfKeys rows_;                     // ours, by their keys
-    std::unordered_set<unsigned> taken_;  // ours of repeated keys that a row of this log went to
+    RowGroups rows_;                        // ours, by their keys
+    std::vector<Column> columns_;           // of the log that is being added
+    bool standTogether_ = false;            // they are our first ones, in their order and form
+    std::vector<std::string_view> values_;  // of a row that is being made
+    bool hasChanges_ = false;
+    std::vector<std::uint32_t> turnOf_;  // for rows with repeated keys, which of `turns_` is theirs
+    std::vector<std::size_t> turns_;     // how many rows of a key had their turn
+    std::vector<bool> taken_;            // ours that a row of this log went to
     std::size_t conflicts_ = 0;
     std::size_t repeatedKeys_ = 0;
 };

@@ -1,16 +1,18 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "formats/log/log.h"
 
 namespace vek::formats {
 
-struct CellDifference {
-    std::string column;
-    std::string before;
-    std::string after;
+/// Two columns that belong together.
+struct ColumnPair {
+    unsigned a = 0;
+    unsigned b = 0;
 };
 
 /// A row that is in one log only, or in both with other cells.
@@ -19,20 +21,41 @@ struct RowDifference {
     Kind kind = changed;
     unsigned a = 0;  ///< the row in A, for removed and changed
     unsigned b = 0;  ///< the row in B, for added and changed
-    std::string key;
-    std::vector<CellDifference> cells;
+};
+
+/// Two cells that differ; of the logs' own text.
+struct CellDifference {
+    const ColumnPair& columns;
+    std::string_view before;
+    std::string_view after;
 };
 
 /// How two logs differ, in the order of A with B's rows where they stand.
 struct Differences {
     const Log& a;
     const Log& b;
-    std::vector<std::string> onlyInA;  ///< column names
-    std::vector<std::string> onlyInB;
+    std::vector<ColumnPair> shared;
+    std::vector<unsigned> onlyInA;  ///< columns
+    std::vector<unsigned> onlyInB;
     std::vector<RowDifference> rows;
     std::vector<std::string> notes;  ///< what to tell about keys
+    std::size_t moreNotes = 0;       ///< behind the first thousand
+    unsigned key = noColumn;         ///< in A, where rows were matched by it
 
     bool isEmpty() const { return onlyInA.empty() && onlyInB.empty() && rows.empty(); }
+    /// What a changed row's key is, "" without one.
+    std::string_view keyOf(const RowDifference& row) const {
+        return key == noColumn ? std::string_view() : a.cell(row.a, key);
+    }
+    /// The cells in which the two rows of a changed one differ.
+    template <class Take>
+    void forEachCell(const RowDifference& row, Take take) const {
+        for (const ColumnPair& pair : shared) {
+            const std::string_view before = a.cell(row.a, pair.a);
+            const std::string_view after = b.cell(row.b, pair.b);
+            if (before != after) take(CellDifference{pair, before, after});
+        }
+    }
 };
 
 /// Compares by key, or in order when `key` is "". Columns go by name, case ignored; cells are

@@ -110,6 +110,7 @@ void Input::open() {
     // A device gives what somebody types, or it has no end.
     most_ = S_ISCHR(status.st_mode) ? std::min(memory / 2, mostOfDevice) : memory / 2;
     readUpTo(isRegular_ ? headSize : SIZE_MAX);
+    noteInput(isRegular_ ? expected_ : size_);
 }
 
 // A large text gets a block of its own size; only what was read of it so far is copied there.

@@ -14,6 +14,7 @@
 #include "formats/failure.h"
 #include "formats/inform.h"
 #include "formats/reading/input.h"
+#include "formats/reading/limits.h"
 #include "formats/text/width.h"
 
 namespace vek::formats {
@@ -207,6 +208,8 @@ Output::~Output() = default;
 Output::Output(Output&&) noexcept = default;
 
 void Output::add(std::string_view text) {
+    size_ += text.size();
+    requireOutput(name(), size_);
     pending_ += text;
     if (isStandardOutput()) {
         if (pending_.size() >= flushAt) flush();
@@ -248,7 +251,7 @@ void Output::copy(const Input& input, Range range) {
 }
 
 void Output::inkedLine(std::string_view text) {
-    pending_ += text;
+    add(text);
     add("\n");
 }
 
@@ -270,8 +273,9 @@ void Output::close() {
         replaceFile();
 }
 
-std::string Output::name() const {
-    return isStandardOutput() ? "standard output" : path_;
+const std::string& Output::name() const {
+    static const std::string standardOutput = "standard output";
+    return isStandardOutput() ? standardOutput : path_;
 }
 
 bool Output::isTerminal() const {

@@ -36,7 +36,8 @@ public:
     Output(Output&&) noexcept;
 
     /// A Failure with `unwritable` when a full disk or a closed stream takes no more. A pipe
-    /// that nobody reads any more ends the program quietly.
+    /// that nobody reads any more ends the program quietly. Another Failure with `unwritable`
+    /// for more than the limits allow.
     /// On a terminal all but line ends and tabs is escaped.
     void write(std::string_view text);
     void line(std::string_view text);
@@ -50,7 +51,7 @@ public:
     std::string take() { return std::move(pending_); }
 
     /// The path, or "standard output".
-    std::string name() const;
+    const std::string& name() const;
     bool isStandardOutput() const { return path_.empty(); }
     /// Whether a person's terminal is at the other end.
     bool isTerminal() const;
@@ -69,6 +70,7 @@ private:
     std::string pending_;
     const Input* copied_ = nullptr;  ///< the last one that was copied of
     std::optional<SourceReader> reader_;
+    std::size_t size_ = 0;  ///< of all that was written
     mutable std::optional<bool> isTerminal_;
 };
 

@@ -44,12 +44,15 @@ std::vector<Option> limitOptions() {
         {"--max-bytes", "N", "refuse inputs of more bytes; 16 GiB as a rule"},
         {"--max-cells", "N",
          "refuse logs of more rows times columns; 16 million and 16 for each byte as a rule"},
+        {"--max-output", "N",
+         "refuse to write more bytes; 256 MiB and 100 for each byte read as a rule"},
     };
 }
 
 void setLimits(const Args& args) {
     limits().bytes = args.number("max-bytes", limits().bytes);
     limits().cells = args.number("max-cells", limits().cells);
+    limits().output = args.number("max-output", limits().output);
 }
 
 }  // namespace vek

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "formats/comparing/compare.h"
+
+namespace vek {
+
+/// Rows of two logs that belong together.
+struct RowPair {
+    unsigned a = 0;
+    unsigned b = 0;
+};
+
+/// Whether two rows have the same cells in the columns that belong together.
+bool areEqual(const dbrecord& a, const dbrecord& b, const std::vector<ColumnPair>& columns);
+
+/// What the rows of two logs hold in the columns that both have. The logs and the columns outlive
+/// it.
+class RowContents {
+public:
+    RowContents(const Log& a, const Log& b, const std::vector<ColumnPair>& columns)
+        : a_(a), b_(b), columns_(columns) {}
+
+    /// How many rows are equal from the first on.
+    unsigned equalAtStart() const;
+    /// How many are from the last one back, behind so many at the start.
+    unsigned equalAtEnd(unsigned behind) const;
+    /// Of the rows between those at the start and those at the end the equal ones of which there
+    /// is one in either log, in the order of A.
+    std::vector<RowPair> onceInEach(unsigned start, unsigned end) const;
+
+private:
+    bool areEqual(unsigned a, unsigned b) const;
+    std::vector<std::uint64_t> hashesOf(const Log& log, unsigned ColumnPair::*side, unsigned start,
+                                        unsigned end) const;
+
+    const Log& a_;
+    const Log& b_;
+    const std::vector<ColumnPair>& columns_;
+};
+
+}  // namespace vek
