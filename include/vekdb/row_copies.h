@@ -15,7 +15,7 @@ class vekdb;
 /// record as they are wanted, both rows share their text; others are copied one behind the other.
 /// No value gets memory of its own, and values are kept byte for byte.
 ///
-/// As with `vekdb::add_vekdb`, nothing is marked as changed and nobody is told. Where memory ends,
+/// As with `vekdb::add_vekdb`, rows that are appended are not marked as changed, and nobody is told. Where memory ends,
 /// the rows that were appended stay, the last one perhaps empty.
 class VEKDB_PUBLIC RowCopies {
 public:
@@ -31,8 +31,8 @@ public:
     bool append(const dbrecord& row, unsigned most = 0xFFFF);
     /// The same with values that stand anywhere.
     bool append(const std::string_view* values, std::size_t count);
-    /// Gives a shown row other values, which may be some of its own. False, and nothing done, for
-    /// a row that is not there.
+    /// Gives a shown row other values, which may be some of its own, and marks it and its table as
+    /// changed. False, and nothing done, for a row that is not there.
     bool replace(unsigned row, const std::string_view* values, std::size_t count);
 
 private:

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 #include "cli/program.h"
@@ -88,6 +89,81 @@ TEST(HostileSizes, ProblemsAreKeptUpToAThousandAndCountedFromThere) {
     Finish check = vek(folder, "check short.csv");
     EXPECT_NE(check.output.find("short.csv: 500 problems more of reading\n"), std::string::npos);
     EXPECT_NE(check.errors.find("1500 problems"), std::string::npos) << check.errors;
+}
+
+TEST(HostileSizes, LongNamesInEveryRowAreNotWrittenWithoutEnd) {
+    WorkFolder folder;
+    folder.write("name.csv", std::string(500000, 'n') + ",b\n" + times("1,2\n", 20000));
+    folder.write("other.csv", "c\n");
+    for (const char* command :
+         {"convert name.csv - --to json", "convert name.csv - --to jsonl",
+          "diff name.csv other.csv", "diff name.csv other.csv --format json"}) {
+        Start start;
+        start.words = shellWords("vek " + std::string(command));
+        start.output = "/dev/null";
+        Finish finish = run(folder, start);
+        EXPECT_EQ(finish.exitCode, 4) << command;
+        EXPECT_NE(finish.errors.find("--max-output allows more"), std::string::npos)
+            << finish.errors;
+    }
+    Finish finish = vek(folder, "convert other.csv - --to csv --max-output 1");
+    EXPECT_EQ(finish.exitCode, 4);
+    EXPECT_EQ(vek(folder, "convert other.csv - --to csv --max-output 2").exitCode, 0);
+}
+
+TEST(HostileSizes, ConflictsOfAMergeAreToldUpToAThousand) {
+    WorkFolder folder;
+    std::string one = "Name,b\n";
+    std::string two = one;
+    for (int i = 0; i < 1500; ++i) {
+        one += std::to_string(i) + ",1\n";
+        two += std::to_string(i) + ",2\n";
+    }
+    folder.write("one.csv", one);
+    folder.write("two.csv", two);
+    Finish finish = vek(folder, "merge one.csv two.csv --key Name --to csv");
+    EXPECT_EQ(finish.exitCode, 1);
+    EXPECT_EQ(std::count(finish.errors.begin(), finish.errors.end(), '\n'), 1002);
+    EXPECT_NE(finish.errors.find("vek: 500 more like these\nvek: 1500 conflicts; choose"),
+              std::string::npos);
+}
+
+TEST(HostileSizes, LogsThatAreEnormousTogetherAreNotMerged) {
+    WorkFolder folder;
+    std::string names = "c0";
+    for (int i = 1; i < 60000; ++i) names += ",c" + std::to_string(i);
+    folder.write("wide.csv", names + "\n");
+    folder.write("long.csv", "a\n" + times("1\n", 100000));
+    expectTooManyCells(vek(folder, "merge long.csv wide.csv --to csv"));
+    expectTooManyCells(vek(folder, "merge wide.csv long.csv --to csv"));
+}
+
+TEST(HostileSizes, MoreColumnsThanALogHoldsAreNotMerged) {
+    WorkFolder folder;
+    for (const char* side : {"a", "b"}) {
+        std::string names = std::string(side) + "0";
+        for (int i = 1; i < 40000; ++i) names += "," + (side + std::to_string(i));
+        folder.write(std::string(side) + ".csv", names + "\n1\n");
+    }
+    Finish finish = vek(folder, "merge a.csv b.csv -o out.vek");
+    EXPECT_EQ(finish.exitCode, 4);
+    EXPECT_NE(finish.errors.find("b.csv: no room for column \"b25535\", a log holds at most 65535"),
+              std::string::npos)
+        << finish.errors;
+    EXPECT_FALSE(folder.has("out.vek"));
+}
+
+TEST(HostileSizes, ProblemsOfHeadingsAndEditListsAreCountedToo) {
+    WorkFolder folder;
+    folder.write("x.edl", "TITLE: x\n1 A V C 01:00:00:00 01:00:01:00 02:00:00:00 02:00:01:00\n" +
+                              times("2 A V C\n", 1500));
+    EXPECT_NE(vek(folder, "info x.edl").output.find("Problems    1500\n"), std::string::npos);
+    folder.write("x.ale",
+                 "Heading\n" + times("FPS\t24\nFPS\t25\n", 750) + "Column\nName\nData\nx\n");
+    EXPECT_NE(vek(folder, "info x.ale").output.find("Problems    1499\n"), std::string::npos);
+    Finish check = vek(folder, "check x.ale");
+    EXPECT_NE(check.output.find("499 problems more of reading"), std::string::npos)
+        << check.output.substr(0, 300);
 }
 
 TEST(HostileSizes, ARowOfMoreValuesThanATableHoldsIsNotLostInSilence) {

@@ -43,6 +43,18 @@ TEST(SpecialFiles, AFileOfEmptySpaceIsNotReadForItsFirstLine) {
                   "empty.vek:1: ");
 }
 
+TEST(SpecialFiles, AGapThatWasNeverWrittenEndsTheReadingAtOnce) {
+    const WorkFolder folder;
+    std::string text = "a,b\n";
+    for (int i = 0; i < 3000; ++i) text += "1,2\n";
+    folder.write("log.csv", text);
+    for (const char* name : {"samples/docs.vek", "log.csv"}) {
+        expectRefused(shell(folder, std::string(limited) + "cp " + name +
+                                        " gap.log; truncate -s 3G gap.log && \"$0\" info gap.log"),
+                      "gap.log: from byte ");
+    }
+}
+
 TEST(SpecialFiles, AFileLargerThanTheMemoryIsRefused) {
     const WorkFolder folder;
     for (const char* name : {"large.vek", "large.csv"}) {

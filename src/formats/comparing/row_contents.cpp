@@ -6,7 +6,7 @@
 
 #include <vekdb/host/keyed_hash.h>
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -72,7 +72,7 @@ bool areEqual(const dbrecord& a, const dbrecord& b, const std::vector<ColumnPair
 }
 
 bool RowContents::areEqual(unsigned a, unsigned b) const {
-    return vek::areEqual(recordOf(a_, a), recordOf(b_, b), columns_);
+    return formats::areEqual(recordOf(a_, a), recordOf(b_, b), columns_);
 }
 
 unsigned RowContents::equalAtStart() const {
@@ -125,4 +125,4 @@ std::vector<RowPair> RowContents::onceInEach(unsigned start, unsigned end) const
     return pairs;
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -6,7 +6,7 @@
 
 #include "formats/comparing/compare.h"
 
-namespace vek {
+namespace vek::formats {
 
 /// Rows of two logs that belong together.
 struct RowPair {
@@ -42,4 +42,4 @@ private:
     const std::vector<ColumnPair>& columns_;
 };
 
-}  // namespace vek
+}  // namespace vek::formats

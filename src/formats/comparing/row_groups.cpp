@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <bit>
 
-namespace vek {
+namespace vek::formats {
 
 namespace {
 
@@ -48,4 +48,4 @@ void RowGroups::grow() {
     }
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-namespace vek {
+namespace vek::formats {
 
 /// Rows in groups of one key each. Keys are not kept: a row is found by the hash of its key, and
 /// whoever asks tells whether a row that is there has the key, too. The hash is a keyed one, so
@@ -93,4 +93,4 @@ void forEachHashed(const RowGroups& groups, unsigned count, HashOf hashOf, Take 
     }
 }
 
-}  // namespace vek
+}  // namespace vek::formats

@@ -112,9 +112,11 @@ private:
 
     void reportOddEvent(std::string_view line) {
         isBehindOddEvent_ = true;
-        log_.problems.push_back({walk_.number(), "", inQuotes(trimmed(line)),
-                                 "number, reel, track, kind and four timecodes",
-                                 "the line is kept as a comment"});
+        log_.report([&]() -> Problem {
+            return {walk_.number(), "", inQuotes(trimmed(line)),
+                    "number, reel, track, kind and four timecodes",
+                    "the line is kept as a comment"};
+        });
     }
 
     void store(OpenEvent& event) {

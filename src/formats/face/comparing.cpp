@@ -8,18 +8,25 @@ namespace vek {
 
 namespace {
 
-RowDifference valueOf(formats::RowDifference& difference) {
+std::vector<std::string> namesOf(const formats::Log& log, const std::vector<unsigned>& columns) {
+    std::vector<std::string> names;
+    for (unsigned column : columns) names.push_back(log.columnName(column));
+    return names;
+}
+
+RowDifference valueOf(const formats::Differences& all, const formats::RowDifference& difference) {
     RowDifference value;
     value.kind = difference.kind == formats::RowDifference::removed ? RowDifference::removed
                  : difference.kind == formats::RowDifference::added ? RowDifference::added
                                                                     : RowDifference::changed;
     value.a = difference.a;
     value.b = difference.b;
-    value.key = std::move(difference.key);
-    for (formats::CellDifference& cell : difference.cells) {
-        value.cells.push_back(
-            {std::move(cell.column), std::move(cell.before), std::move(cell.after)});
-    }
+    if (value.kind != RowDifference::changed) return value;
+    value.key = std::string(all.keyOf(difference));
+    all.forEachCell(difference, [&](const formats::CellDifference& cell) {
+        value.cells.push_back({all.a.columnName(cell.columns.a), std::string(cell.before),
+                               std::string(cell.after)});
+    });
     return value;
 }
 
@@ -40,9 +47,11 @@ Result<Differences> compare(const Log& first, const Log& second, std::string_vie
         formats::Differences found = formats::compareLogs(
             LogInside::of(first).log, LogInside::of(second).log, std::string(key));
         Differences differences;
-        differences.onlyInFirst = std::move(found.onlyInA);
-        differences.onlyInSecond = std::move(found.onlyInB);
-        for (formats::RowDifference& row : found.rows) differences.rows.push_back(valueOf(row));
+        differences.onlyInFirst = namesOf(found.a, found.onlyInA);
+        differences.onlyInSecond = namesOf(found.b, found.onlyInB);
+        for (const formats::RowDifference& row : found.rows) {
+            differences.rows.push_back(valueOf(found, row));
+        }
         differences.notes = std::move(found.notes);
         return differences;
     });

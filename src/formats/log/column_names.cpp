@@ -72,14 +72,16 @@ void noteRepeatedNames(Log& log) {
     for (std::size_t i = 0; i < log.repeatedNames.size(); ++i) {
         const RepeatedName& repeated = log.repeatedNames[i];
         for (unsigned column : repeated.columns) log.repeatedAt[column] = i;
-        Problem problem;
-        problem.found = concat(std::to_string(repeated.columns.size()), " columns named ",
-                               inQuotes(log.columnName(repeated.columns.front())), " (",
-                               placesOf(repeated), ")");
-        problem.expected = "names that differ";
-        problem.outcome = "all are kept, one of them is called " + choicesOf(log, repeated);
-        problem.isDamage = false;
-        log.problems.push_back(std::move(problem));
+        log.report([&] {
+            Problem problem;
+            problem.found = concat(std::to_string(repeated.columns.size()), " columns named ",
+                                   inQuotes(log.columnName(repeated.columns.front())), " (",
+                                   placesOf(repeated), ")");
+            problem.expected = "names that differ";
+            problem.outcome = "all are kept, one of them is called " + choicesOf(log, repeated);
+            problem.isDamage = false;
+            return problem;
+        });
     }
 }
 

@@ -54,6 +54,20 @@ ssize_t uninterrupted(Read read) {
     return got;
 }
 
+// Where a file has so many bytes without room on the disk that it was never written there; its
+// size where it has not. Readers would go through gigabytes of nothing.
+off_t beginOfGap(int descriptor, off_t size) {
+    constexpr off_t longest = 1 << 20;
+    off_t begin = ::lseek(descriptor, 0, SEEK_HOLE);
+    while (begin >= 0 && begin < size) {
+        off_t end = ::lseek(descriptor, begin, SEEK_DATA);
+        if (end < 0) end = size;
+        if (end - begin > longest) return begin;
+        begin = ::lseek(descriptor, end, SEEK_HOLE);
+    }
+    return size;
+}
+
 bool writeAll(int descriptor, std::string_view text) {
     while (!text.empty()) {
         ssize_t written = ::write(descriptor, text.data(), text.size());
@@ -113,6 +127,19 @@ void Input::open() {
     noteInput(isRegular_ ? expected_ : size_);
 }
 
+// A file that begins with such a gap is no text by its first line.
+void Input::requireWithoutGap() const {
+    if (!isRegular_ || expected_ == 0) return;
+    const auto size = static_cast<off_t>(expected_);
+    const off_t gap = beginOfGap(descriptor_, size);
+    ::lseek(descriptor_, 0, SEEK_SET);
+    if (gap == size || gap == 0) return;
+    throw Failure{unreadable,
+                  concat(name_, ": from byte ", std::to_string(gap), " on nothing was ever ",
+                         "written for a megabyte or more, expected text; head -c ",
+                         std::to_string(gap), " gives what stands before")};
+}
+
 // A large text gets a block of its own size; only what was read of it so far is copied there.
 void Input::makeRoom(std::size_t most) {
     const std::size_t wanted = std::max({expected_ + 1, 2 * size_, firstChunk});
@@ -152,6 +179,7 @@ void Input::requireWithinMost() const {
 }
 
 std::string_view Input::text() {
+    requireWithoutGap();
     readUpTo(SIZE_MAX);
     return got();
 }
@@ -173,6 +201,7 @@ void Input::spool() {
 }
 
 int Input::loaderDescriptor() {
+    requireWithoutGap();
     if (!isRegular_) spool();
     return descriptor_;
 }

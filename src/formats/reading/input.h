@@ -53,6 +53,7 @@ private:
     void openOrClose();
     ssize_t readMore();
     void requireWithinMost() const;
+    void requireWithoutGap() const;
     void readUpTo(std::size_t most);
     void makeRoom(std::size_t most);
     void spool();

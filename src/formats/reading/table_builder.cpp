@@ -149,12 +149,16 @@ void TableBuilder::addParameter(std::size_t line, std::string_view name, std::st
     }
     std::string old = log_.parameter(std::string(name).c_str());
     if (!old.empty() && old != value) {
-        log_.problems.push_back({line, "", inQuotes(name) + " a second time", "once",
-                                 "the first value, " + inQuotes(old) + ", is replaced"});
+        log_.report([&]() -> Problem {
+            return {line, "", inQuotes(name) + " a second time", "once",
+                    "the first value, " + inQuotes(old) + ", is replaced"};
+        });
     }
     if (log_.setParameter(std::string(name), std::string(value))) return;
-    log_.problems.push_back(
-        {line, "", "entry " + inQuotes(name), "at most 39 named entries", "the entry is left out"});
+    log_.report([&]() -> Problem {
+        return {line, "", "entry " + inQuotes(name), "at most 39 named entries",
+                "the entry is left out"};
+    });
 }
 
 void TableBuilder::finish() {

@@ -47,6 +47,8 @@ bool RowCopies::replace(unsigned row, const std::string_view* values, std::size_
     dbrecord* record = table_.get_record(row);
     if (record == nullptr) return false;
     give(*record, values, count);
+    RecordAccess::setChanged(*record, true);
+    table_.parts().modified = true;
     return true;
 }
 

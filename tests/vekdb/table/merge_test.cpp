@@ -196,6 +196,60 @@ TEST(Merge, ReadsTheSourceThroughItsInterface) {
     EXPECT_EQ((std::vector<std::pair<unsigned, unsigned>>{{0, 1}, {1, 1}}), source.asked);
 }
 
+// A table of a file, whose rows stand on its text.
+struct Loaded {
+    explicit Loaded(const std::string& rows) {
+        folder.write("log.vek",
+                     "\"VEKDB:Rev 1\"\n\"VEKDB\"\n\"4\",\"4\"\n\"text\",\"timecode\"\n"
+                     "\"A\",\"B\"\n" +
+                         rows);
+        table.set_filename(folder.widePath("log.vek"));
+        table.loadFromFile(100, true);
+    }
+    const testing_support::TempDir folder;
+    vekdb table;
+};
+
+TEST(Merge, TakesLoadedRowsAsSetFieldWouldStoreThem) {
+    Loaded source("\"a\",\"1\"\n\"  b \",\"2\"\n\"c\"\"d\",\"3\"\ne,4\n\"\",\"\"\n");
+    using Names = std::vector<const char*>;
+    for (const Names& names : {Names{"A", "B"}, Names{"B", "A"}, Names{"A"}}) {
+        vekdb target(textColumns(names));
+        vekdb expected(textColumns(names));
+        EXPECT_EQ(1, target.merge_all_matching(&source.table));
+        for (unsigned row = 0; row < source.table.get_num_records(); ++row) {
+            expected.add_records(1);
+            for (unsigned i = 0; i < names.size(); ++i) {
+                const unsigned from = source.table.get_fieldnum(names[i]);
+                expected.set_field(row, i, source.table.getField(row, from).c_str());
+            }
+        }
+        for (unsigned i = 0; i < names.size(); ++i) {
+            EXPECT_EQ(columnOf(expected, i), columnOf(target, i));
+        }
+        EXPECT_TRUE(target.get_record(0)->get_changed());
+        EXPECT_TRUE(target.get_modified());
+    }
+}
+
+TEST(Merge, ABlankThatWasPutBeforeALoadedValueIsDropped) {
+    Loaded source("\"abc\",\"1\"\n");
+    source.table.get_record(0)->set_field(0, " bc", false);
+    vekdb target(textColumns({"A", "B"}));
+    target.merge_all_matching(&source.table);
+    EXPECT_EQ((Values{"bc"}), columnOf(target, 0));
+}
+
+TEST(Merge, AValueEndsAtItsFirstNul) {
+    vekdb source(textColumns({"A", "B"}));
+    addRow(source, {"", "y"});
+    source.setField(0, 0, LightweightString<char>("a\0b", 3));
+    vekdb target(textColumns({"A", "B"}));
+    target.merge_all_matching(&source);
+    EXPECT_EQ((Values{"a"}), columnOf(target, 0));
+    EXPECT_EQ((Values{"y"}), columnOf(target, 1));
+}
+
 // --- add_vekdb
 
 TEST(AddTable, AppendsCopiesOfAllRecords) {

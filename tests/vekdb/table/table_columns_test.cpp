@@ -246,3 +246,25 @@ TEST(SpecialLabels, AreTheTwelveNamesExactly) {
 }
 
 }  // namespace
+
+TEST(AddingColumns, SeveralAtOnceTakeTheirPlacesOneAfterTheOther) {
+    vekdb table(textColumns({"A", "B"}));
+    table.add_records(2);
+    const std::vector<unsigned> places = table.addFields(textColumns({"C", "b", "D", "c"}));
+    EXPECT_EQ(places, (std::vector<unsigned>{2, 1, 3, 2}));
+    EXPECT_EQ(table.get_num_fields(), 4u);
+    EXPECT_EQ(table.get_record(1)->get_num_fields(), 4u);
+}
+
+TEST(AddingColumns, ThoseWithoutRoomAreTold) {
+    vekdb table;
+    std::vector<DBFieldDesc> fields;
+    for (unsigned i = 0; i < 65537; ++i) {
+        fields.push_back({("c" + std::to_string(i)).c_str(), DBFieldTypes::text});
+    }
+    const std::vector<unsigned> places = table.addFields(fields);
+    EXPECT_EQ(places[65534], 65534u);
+    EXPECT_EQ(places[65535], 0xFFFFFFFF);
+    EXPECT_EQ(places[65536], 0xFFFFFFFF);
+    EXPECT_EQ(table.get_num_fields(), 65535u);
+}
