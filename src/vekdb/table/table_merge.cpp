@@ -6,8 +6,8 @@
 #include <vekdb/host/timecode.h>
 #include <vekdb/row_copies.h>
 #include <vekdb/table.h>
-#include "vekdb/lines/quoted_line.h"
 #include "vekdb/order/record_compare.h"
+#include "vekdb/record/line_store.h"
 #include "vekdb/record/record_access.h"
 #include "vekdb/table/shown_value.h"
 #include "vekdb/table/table_parts.h"
@@ -43,7 +43,7 @@ std::string_view upToNul(std::string_view text) {
 // Values that stand as they were quoted have no white space in front and no NUL.
 bool isPlainlyQuoted(const dbrecord& row) {
     const LineSlices* slices = RecordAccess::slices(row);
-    return slices != nullptr && slices->gap() == QuotedLine::gap;
+    return slices != nullptr && slices->gap() == LineSlices::quotedGap;
 }
 
 }  // namespace
@@ -159,7 +159,7 @@ void vekdb::appendRecords(const vekdb& source, const std::vector<ColumnCopy>& co
         const dbrecord* row = others.shown(i);
         if (!merger.append(row == nullptr ? none : *row)) return;
         RecordAccess::setChanged(*rows.at(rows.count() - 1), true);
-        noteModified();
+        parts().modified = true;
     }
 }
 
