@@ -111,15 +111,17 @@ TEST_F(RowCopying, ARowMayBeMadeAnewOfItsOwnValues) {
     EXPECT_FALSE(RowCopies(source).replace(2, values, 3));
 }
 
-TEST_F(RowCopying, MarksNothingAsChanged) {
+TEST_F(RowCopying, MarksRowsAsChangedThatWereThereAlone) {
     vekdb table(textColumns({"A", "B", "C"}));
     RowCopies copies(table);
     copies.append(*source.get_record(0));
     const std::string_view value = "x";
     copies.append(&value, 1);
-    copies.replace(0, &value, 1);
     EXPECT_FALSE(table.get_modified());
-    EXPECT_FALSE(table.get_record(0)->get_changed());
+    EXPECT_FALSE(table.get_record(1)->get_changed());
+    copies.replace(0, &value, 1);
+    EXPECT_TRUE(table.get_modified());
+    EXPECT_TRUE(table.get_record(0)->get_changed());
 }
 
 TEST_F(RowCopying, WhileOnlyTaggedRowsAreShownAppendsNothing) {

@@ -23,7 +23,10 @@ void saveElsewhere(const Log& log, const std::vector<unsigned>& rows, const std:
     const Target target = path == "-" ? targetOf(log) : targetFor(log, path);
     Held held = log.held || !backup ? log.held : heldForBackup(path);
     const bool keepsLines = target == log.format && isChangedInPlace(log.format);
-    if (keepsLines) return saveCopy(log, rows, path, held, backup);
+    if (keepsLines) {
+        saveCopy(log, rows, path, held, backup);
+        return;
+    }
     Output out(path, held);
     Losses losses;
     WriteStyle style{log.lineEnd, log.beganWithMark};
@@ -54,7 +57,10 @@ Log readLogToSave(const Args& args) {
 }
 
 void saveResult(const Log& log, const std::vector<unsigned>& rows, const Args& args) {
-    if (!args.has("output")) return saveInPlace(log, rows, args.has("backup"));
+    if (!args.has("output")) {
+        saveInPlace(log, rows, args.has("backup"));
+        return;
+    }
     saveElsewhere(log, rows, args.text("output"), args.has("backup"));
 }
 
