@@ -31,12 +31,14 @@ std::uint64_t memoryOfMachine() {
 }
 
 [[noreturn]] void refuse(const std::string& name, int error) {
+    std::string found = std::strerror(error);
     std::string advice;
-    if (error == ENOENT) advice = "; check the path";
-    if (error == EISDIR) advice = ", a file was expected; name a file in it";
-    if (error == EACCES) advice = "; check its permissions";
-    if (error == EFBIG) advice = ", it is larger than this machine's memory";
-    throw Failure{unreadable, name + ": " + std::strerror(error) + advice};
+    if (error == EISDIR) found += ", a file was expected";
+    if (error == EFBIG) found += ", it is larger than this machine's memory";
+    if (error == ENOENT) advice = "check the path";
+    if (error == EISDIR) advice = "name a file in it";
+    if (error == EACCES) advice = "check its permissions";
+    throw Failure{unreadable, name, {0, "", found, "", advice}};
 }
 
 int openInput(const std::string& path) {

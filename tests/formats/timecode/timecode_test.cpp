@@ -47,6 +47,6 @@ TEST(KeycodeArithmetic, CountsPerforationsBetweenFrames) {
     auto to = vek::parseKeycode("KJ 230004 0214+00");
     EXPECT_EQ(vek::perforationsBetween(*from, *to, gauge), 32);
     EXPECT_EQ(vek::perforationsBetween(*to, *from, gauge), std::nullopt);
-    EXPECT_EQ(vek::footageText(64 + 4, gauge), "0001+01");
+    EXPECT_EQ(vek::footageText(64 + 4, gauge), "1+01");
     EXPECT_EQ(vek::gaugeNamed("8"), nullptr);
 }
