@@ -7,6 +7,7 @@
 #include <vekdb/host/os.h>
 #include <vekdb/support/version.h>
 #include "formats/inform.h"
+#include "formats/reading/progress.h"
 #include "formats/writing/output.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
@@ -60,6 +61,7 @@ int main(int count, char** words) {
     static SilentSink silent;
     setDiagnosticSink(&silent);
     setInformer(say);
+    Progress::showOnTerminals();
     // Column names are kept as they are written, ampersands included.
     setConfigInt("remove_fieldname_ampersands", 0);
     // The program is its own host, and nobody asks it for a single thread.

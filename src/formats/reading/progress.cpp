@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <string_view>
 
 #include "formats/text/width.h"
@@ -21,13 +22,19 @@ void show(std::string_view text) {
     [[maybe_unused]] ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
 }
 
+std::atomic<bool> areShown = false;
+
 }  // namespace
+
+void Progress::showOnTerminals() {
+    areShown = true;
+}
 
 Progress::Progress(const std::string& what, std::size_t total)
     : what_(escaped(what)),
       total_(total),
       step_(total / looks),
-      isWatched_(::isatty(STDERR_FILENO) == 1),
+      isWatched_(areShown && ::isatty(STDERR_FILENO) == 1),
       due_(Clock::now() + patience) {}
 
 Progress::~Progress() {

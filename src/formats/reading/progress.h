@@ -6,8 +6,8 @@
 
 namespace vek::formats {
 
-/// A bar on the standard error stream while a job goes on: only on a terminal, only when the job
-/// has lasted over a second, and gone when the job is done.
+/// A bar on the standard error stream while a job goes on: only where the program asked for bars,
+/// only on a terminal, only when the job has lasted over a second, and gone when the job is done.
 class Progress {
 public:
     /// `what` is done ("reading", shown escaped); `total` is all there is to do, 0 when it is not
@@ -16,6 +16,9 @@ public:
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
+
+    /// From now on bars are shown; an application that never asks sees none.
+    static void showOnTerminals();
 
     /// To be called often; looks at the clock now and then only.
     void reach(std::size_t done) {
