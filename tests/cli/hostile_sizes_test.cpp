@@ -99,7 +99,7 @@ TEST(HostileSizes, LongNamesInEveryRowAreNotWrittenWithoutEnd) {
          {"convert name.csv - --to json", "convert name.csv - --to jsonl",
           "diff name.csv other.csv", "diff name.csv other.csv --format json"}) {
         Start start;
-        start.words = shellWords("vek " + std::string(command));
+        start.words = shellWords("vek " + std::string(command) + " --max-output 9000000");
         start.output = "/dev/null";
         Finish finish = run(folder, start);
         EXPECT_EQ(finish.exitCode, 4) << command;
