@@ -13,6 +13,7 @@
 #include "formats/writing/write_formats.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
+#include "tools/vek/cli/telling.h"
 #include "tools/vek/commands.h"
 
 namespace vek {
@@ -273,48 +274,124 @@ private:
     std::size_t remarks_ = 0;
 };
 
-struct Count {
-    std::size_t problems = 0;
+// What was found in one file.
+struct Findings {
+    std::string file;
+    std::string failure = {};  // why it could not be read
+    std::vector<Problem> problems = {};
     std::size_t remarks = 0;
+    std::size_t more = 0;  // of reading, that are only counted
+    std::string notRead = {};
+
+    std::size_t problemCount() const {
+        return problems.size() + more - remarks + (notRead.empty() ? 0 : 1);
+    }
 };
 
-void checkFile(const std::string& path, const Args& args, Output& out, Count& count) {
+Findings findingsOf(const std::string& path, const Args& args) {
     Input input(path);
     Log log = openLog(input, path, args.text("from"));
     Checker checker(log, input.text(), wantedGauge(args));
-    std::vector<Problem> problems = checker.check();
-    for (const Problem& problem : problems) out.line(escaped(worded(log.name, problem)));
-    if (log.moreProblems > 0) {
-        out.line(escaped(log.name) + ": " + counted(log.moreProblems, "problem") +
+    Findings findings{log.name};
+    findings.problems = checker.check();
+    findings.remarks = checker.remarks();
+    findings.more = log.moreProblems;
+    findings.notRead = log.notRead;
+    return findings;
+}
+
+Findings findingsOrFailure(const std::string& path, const Args& args) {
+    try {
+        return findingsOf(path, args);
+    } catch (const Failure& failure) {
+        if (failure.code != unreadable) throw;
+        sayFailure(failure.text);
+        return {path, failure.text};
+    }
+}
+
+void print(const Findings& findings, Output& out) {
+    for (const Problem& problem : findings.problems) {
+        out.line(escaped(worded(findings.file, problem)));
+    }
+    if (findings.more > 0) {
+        out.line(escaped(findings.file) + ": " + counted(findings.more, "problem") +
                  " more of reading");
     }
-    if (!log.notRead.empty()) out.line(escaped(log.notRead));
-    count.problems +=
-        problems.size() + log.moreProblems - checker.remarks() + (log.notRead.empty() ? 0 : 1);
-    count.remarks += checker.remarks();
+    if (!findings.notRead.empty()) out.line(escaped(findings.notRead));
 }
 
-void tell(const Count& count) {
-    if (count.problems > 0) say(counted(count.problems, "problem"));
-    if (count.remarks > 0) say(counted(count.remarks, "remark"));
+void addProblem(const Problem& problem, JsonWriter& json) {
+    json.beginRow();
+    json.numberOrNothing("line", problem.line);
+    json.text("column", problem.column);
+    json.text("found", problem.found);
+    json.text("expected", problem.expected);
+    json.text("outcome", problem.outcome);
+    json.flag("remark", problem.outcome.starts_with("remark"));
+    json.end();
 }
+
+void addFindings(const Findings& findings, JsonWriter& json) {
+    json.beginObject();
+    json.text("file", findings.file);
+    json.textOrNothing("failure", findings.failure);
+    json.beginArray("problems");
+    for (const Problem& problem : findings.problems) addProblem(problem, json);
+    json.end();
+    json.number("more", findings.more);
+    json.textOrNothing("notRead", findings.notRead);
+    json.end();
+}
+
+// Prints what is found, as text or as one document for all files.
+class Report {
+public:
+    explicit Report(bool isJson) : isJson_(isJson), json_(out_) {
+        if (!isJson) return;
+        json_.beginObject();
+        json_.beginArray("files");
+    }
+
+    void add(const Findings& findings) {
+        problems_ += findings.problemCount();
+        remarks_ += findings.remarks;
+        isUnread_ = isUnread_ || !findings.failure.empty();
+        if (isJson_)
+            addFindings(findings, json_);
+        else
+            print(findings, out_);
+    }
+
+    void close() {
+        if (isJson_) {
+            json_.end();
+            json_.number("problems", problems_);
+            json_.number("remarks", remarks_);
+            json_.end();
+        }
+        out_.close();
+        if (isJson_) return;
+        if (problems_ > 0) say(counted(problems_, "problem"));
+        if (remarks_ > 0) say(counted(remarks_, "remark"));
+    }
+
+    int result() const { return isUnread_ ? unreadable : problems_ > 0 ? found : done; }
+
+private:
+    bool isJson_;
+    Output out_;
+    JsonWriter json_;
+    std::size_t problems_ = 0;
+    std::size_t remarks_ = 0;
+    bool isUnread_ = false;
+};
 
 int run(const Args& args) {
-    Output out;
-    Count count;
-    int result = done;
-    for (const std::string& path : args.all("FILE")) {
-        try {
-            checkFile(path, args, out, count);
-        } catch (const Failure& failure) {
-            if (failure.code != unreadable) throw;
-            sayFailure(failure.text);
-            result = unreadable;
-        }
-    }
-    out.close();
-    tell(count);
-    return result != done ? result : count.problems > 0 ? found : done;
+    Report report(tellsJson(args));
+    for (const std::string& path : args.all("FILE")) report.add(findingsOrFailure(path, args));
+    report.close();
+    return report.result();
 }
 
 }  // namespace
@@ -330,9 +407,10 @@ Command checkCommand() {
         "a remark and no problem. Ends with 1 when it found a problem, with 3 when a file could "
         "not be read.",
         {{"vek check samples/*.vek", "several files"},
-         {"vek check samples/docs.vek && echo fine", "in a script"}},
+         {"vek check samples/docs.vek && echo fine", "in a script"},
+         {"vek check samples/docs.vek --format json", "for a program"}},
         {{"FILE", "a log, or - for standard input", false, true}},
-        {gaugeOption(), fromOption()},
+        {tellingOption(), gaugeOption(), fromOption()},
         run,
     };
 }

@@ -9,6 +9,7 @@
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
+#include "tools/vek/cli/telling.h"
 #include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
 
@@ -71,8 +72,25 @@ unsigned findItem(const Log& log, const Cookie& wanted, const std::vector<unsign
     return noColumn;
 }
 
-int list(const std::string& path) {
+int listAsJson(const Log& log) {
+    Output out;
+    JsonWriter json(out);
+    json.beginObject();
+    json.text("file", log.name);
+    json.text("name", log.parameter("Name"));
+    json.flag("permanent", log.parameter("Permanent") == "true");
+    json.beginArray("items");
+    const unsigned column = log.findColumn("Cookie");
+    for (unsigned row = 0; row < log.rowCount(); ++row) json.element(log.cell(row, column));
+    json.end();
+    json.end();
+    out.close();
+    return readingResult(log);
+}
+
+int list(const std::string& path, bool isJson) {
     Log log = readContainer(path);
+    if (isJson) return listAsJson(log);
     Output out;
     std::string name = log.parameter("Name");
     if (!name.empty()) out.line("# " + escaped(name));
@@ -157,7 +175,10 @@ int run(const Args& args) {
         throw Failure{wrongUsage, "container " + action + ": expected one ITEM or more"};
     }
     if (path == "-") throw Failure{wrongUsage, "container: works on files, not standard input"};
-    if (action == "list") return list(path);
+    if (args.has("format") && action != "list") {
+        throw Failure{wrongUsage, "container: --format is for list"};
+    }
+    if (action == "list") return list(path, tellsJson(args));
     if (action == "create") return create(path, items, args);
     if (action == "add") return add(path, items, args);
     if (action == "remove") return remove(path, items, args);
@@ -184,6 +205,8 @@ Command containerCommand() {
          {"ITEM", "identities", true, true}},
         {{"--name", "NAME", "with create: its name; that of the file as a rule"},
          {"--permanent", "", "with create: mark it as permanent"},
+         {"-f,--format", "FORMAT", "with list: text (as a rule), or json for programs", false,
+          "text|json"},
          backupOption()},
         run,
     };

@@ -4,6 +4,7 @@
 #include "formats/writing/write_formats.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/telling.h"
 #include "tools/vek/commands.h"
 
 namespace vek {
@@ -76,9 +77,64 @@ void printFacts(const Log& log, Output& out) {
     out.line("");
 }
 
+std::size_t problemsOf(const Log& log) {
+    return log.problems.size() + log.moreProblems + (log.notRead.empty() ? 0 : 1);
+}
+
+void addColumns(const Log& log, JsonWriter& json) {
+    const std::vector<ColumnFacts> all = factsOf(log);
+    json.beginArray("columns");
+    for (unsigned column = 0; column < log.columnCount(); ++column) {
+        const ColumnFacts& facts = all[column];
+        json.beginRow();
+        json.text("name", log.columnName(column));
+        json.text("type", typeName(log.table->get_field_type(column)));
+        json.number("filled", facts.filled);
+        json.number("widest", facts.widest);
+        json.text("example", facts.example);
+        json.end();
+    }
+    json.end();
+}
+
+void addParameters(const Log& log, JsonWriter& json) {
+    json.beginArray("parameters");
+    for (const Parameter& parameter : ownParameters(log)) {
+        json.beginRow();
+        json.text("name", parameter.name);
+        json.text("value", parameter.value);
+        json.end();
+    }
+    json.end();
+}
+
+void printJson(const Log& log, Output& out) {
+    VDBView view(log.table.get());
+    view->setupViewTagsFromVekdbTagField();
+    JsonWriter json(out);
+    json.beginObject();
+    json.text("file", log.name);
+    json.text("format", formatName(log.format));
+    json.numberOrNothing("revision", log.format == Format::table
+                                         ? static_cast<std::size_t>(log.table->get_revision())
+                                         : 0);
+    json.number("rows", log.rowCount());
+    json.number("tagged", view->get_num_tags());
+    addParameters(log, json);
+    json.textOrNothing("fieldMap", log.parameter("V5_FIELD_MAP"));
+    json.number("problems", problemsOf(log));
+    addColumns(log, json);
+    json.end();
+}
+
 int run(const Args& args) {
     Log log = readLog(args);
     Output out;
+    if (tellsJson(args)) {
+        printJson(log, out);
+        out.close();
+        return readingResult(log);
+    }
     printFacts(log, out);
     std::vector<Row> rows;
     const std::vector<ColumnFacts> facts = factsOf(log);
@@ -106,9 +162,10 @@ Command infoCommand() {
         "example. Problems that reading found are told on standard error; ends with 1 when the "
         "file was damaged.",
         {{"vek info samples/docs.vek", "about a table file"},
-         {"vek convert samples/docs.vek - --to csv | vek info -", "about a pipe"}},
+         {"vek convert samples/docs.vek - --to csv | vek info -", "about a pipe"},
+         {"vek info samples/docs.vek --format json", "for a program"}},
         {{"FILE", "the log, or - for standard input"}},
-        join({fromOption()}, screenOptions()),
+        join({tellingOption(), fromOption()}, screenOptions()),
         run,
     };
 }

@@ -4,6 +4,7 @@
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
+#include "tools/vek/cli/telling.h"
 #include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
 
@@ -54,7 +55,45 @@ bool tellConflicts(const Merger& merger, std::size_t told) {
     return all > 0;
 }
 
+void add(const MergeConflict& conflict, JsonWriter& json) {
+    json.beginRow();
+    json.text("kind", conflict.kind == MergeConflict::key ? "key" : "cell");
+    json.text("file", conflict.file);
+    json.numberOrNothing("line", conflict.line);
+    json.text("column", conflict.column);
+    json.text("value", conflict.value);
+    const bool isCell = conflict.kind == MergeConflict::cell;
+    isCell ? json.text("kept", conflict.kept) : json.nothing("kept");
+    json.numberOrNothing("row", conflict.row);
+    json.end();
+}
+
+// The conflicts on standard output, where the log itself goes elsewhere.
+int printConflicts(const std::vector<MergeConflict>& conflicts, const Merger& merger,
+                   unsigned rows) {
+    Output out;
+    JsonWriter json(out);
+    json.beginObject();
+    json.number("rows", rows);
+    json.number("cells", merger.conflicts());
+    json.number("keys", merger.repeatedKeys());
+    json.beginArray("conflicts");
+    for (const MergeConflict& conflict : conflicts) add(conflict, json);
+    json.end();
+    json.end();
+    out.close();
+    return conflicts.empty() ? done : found;
+}
+
+void requireFile(const Args& args) {
+    const std::string output = args.text("output");
+    if (!tellsJson(args) || (!output.empty() && output != "-")) return;
+    throw Failure{wrongUsage,
+                  "merge: --format json prints the conflicts, expected -o OUT for the log"};
+}
+
 int run(const Args& args) {
+    requireFile(args);
     const std::vector<std::string>& paths = args.all("FILE");
     if (args.has("prefer") && !args.has("key")) {
         throw Failure{wrongUsage, "merge: --prefer is for rows of one key, expected --key"};
@@ -64,8 +103,13 @@ int run(const Args& args) {
     Log into = readLog(paths[0], args.text("from"));
     int result = readingResult(into);
     Telling telling;
-    Merger merger(into, preferOf(args),
-                  [&](const MergeConflict& conflict) { telling.tell(conflict); });
+    std::vector<MergeConflict> conflicts;
+    Merger merger(into, preferOf(args), [&](const MergeConflict& conflict) {
+        if (!tellsJson(args))
+            telling.tell(conflict);
+        else if (conflicts.size() < Log::mostProblems)
+            conflicts.push_back(conflict);
+    });
     if (args.has("key")) merger.useKey(args.text("key"));
     for (std::size_t i = 1; i < paths.size(); ++i) {
         Log from = readLog(paths[i], args.text("from"));
@@ -78,6 +122,9 @@ int run(const Args& args) {
     writeSheet(wholeSheet(into), target, styleFrom(args, target), out, losses);
     out.close();
     losses.tell(out.name());
+    if (tellsJson(args)) {
+        return std::max(result, printConflicts(conflicts, merger, into.rowCount()));
+    }
     return tellConflicts(merger, telling.told()) ? found : result;
 }
 
@@ -110,6 +157,9 @@ Command mergeCommand() {
              {"-o,--output", "OUT", "write this file; standard output as a rule"},
              {"--to", "FORMAT", "what to write; the ending of OUT as a rule", false,
               writableFormats().c_str()},
+             {"-f,--format", "FORMAT",
+              "how conflicts are told: as text (as a rule), or as json on standard output", false,
+              "text|json"},
              fromOption()},
             styleOptions()),
         run,

@@ -13,6 +13,7 @@
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
+#include "tools/vek/cli/telling.h"
 #include "tools/vek/commands.h"
 
 namespace vek {
@@ -122,6 +123,17 @@ std::string bar(std::int64_t value, std::int64_t most, std::size_t width) {
     return out;
 }
 
+void addTo(Sums& total, const Sums& sums) {
+    total.clips += sums.clips;
+    total.scenes.insert(sums.scenes.begin(), sums.scenes.end());
+    total.takes += sums.takes;
+    total.frames += sums.frames;
+    total.untimed += sums.untimed;
+    total.dropFrame = total.dropFrame || sums.dropFrame;
+    total.perforations += sums.perforations;
+    total.unfilmed += sums.unfilmed;
+}
+
 // What is printed about a group; columns for which the log has nothing are left out.
 class StatsTable {
 public:
@@ -136,7 +148,7 @@ public:
         Grid grid;
         grid.columns = titles(title);
         Sums total;
-        for (const auto& [name, sums] : groups) add(total, sums);
+        for (const auto& [name, sums] : groups) addTo(total, sums);
         std::int64_t most = 0;
         for (const auto& [name, sums] : groups) most = std::max(most, weight(sums));
         std::vector<std::vector<std::string>> rows;
@@ -179,20 +191,63 @@ private:
         return hasTime_ ? sums.frames : static_cast<std::int64_t>(sums.clips);
     }
 
-    static void add(Sums& total, const Sums& sums) {
-        total.clips += sums.clips;
-        total.scenes.insert(sums.scenes.begin(), sums.scenes.end());
-        total.takes += sums.takes;
-        total.frames += sums.frames;
-        total.dropFrame = total.dropFrame || sums.dropFrame;
-        total.perforations += sums.perforations;
-    }
-
     const Rates& rates_;
     bool hasScenes_;
     bool hasTakes_;
     bool hasTime_;
     bool hasFilm_;
+};
+
+// The sums of one group, or of all, for a program: null for what the log does not have.
+class StatsJson {
+public:
+    StatsJson(const Rates& rates, const Places& places, JsonWriter& json)
+        : rates_(rates), places_(places), json_(json) {}
+
+    void add(const std::string& title, const Groups& groups) {
+        Sums total;
+        for (const auto& [name, sums] : groups) addTo(total, sums);
+        json_.beginObject();
+        json_.text("column", title);
+        json_.beginArray("values");
+        for (const auto& [name, sums] : groups) {
+            json_.beginRow();
+            json_.text("value", name);
+            addFields(sums);
+            json_.end();
+        }
+        json_.end();
+        json_.beginObject("all");
+        addFields(total);
+        json_.end();
+        json_.end();
+    }
+
+private:
+    void addFields(const Sums& sums) {
+        json_.number("clips", sums.clips);
+        addCount("scenes", places_.scene != noColumn, sums.scenes.size());
+        addCount("takes", places_.take != noColumn, sums.takes);
+        const bool hasTime = places_.time.start != noColumn && rates_.nominal() != 0;
+        addCount("frames", hasTime, static_cast<std::size_t>(sums.frames));
+        json_.textOrNothing(
+            "runningTime",
+            hasTime ? timecodeText(sums.frames, rates_.nominal(), sums.dropFrame) : std::string());
+        addCount("notInRunningTime", hasTime, sums.untimed);
+        const bool hasFilm = places_.keycode.start != noColumn;
+        addCount("perforations", hasFilm, static_cast<std::size_t>(sums.perforations));
+        json_.textOrNothing("footage",
+                            hasFilm ? footageText(sums.perforations, rates_.gauge) : std::string());
+        addCount("notInFootage", hasFilm, sums.unfilmed);
+    }
+
+    void addCount(const char* name, bool isThere, std::size_t count) {
+        isThere ? json_.number(name, count) : json_.nothing(name);
+    }
+
+    const Rates& rates_;
+    const Places& places_;
+    JsonWriter& json_;
 };
 
 Rates ratesOf(const Log& log, const Args& args) {
@@ -254,25 +309,48 @@ std::vector<unsigned> groupColumns(const Log& log, const Args& args) {
     throw Failure{wrongUsage, log.name + ": no column Reel, Tape or Scene, expected --by COLUMN"};
 }
 
+// One document, with a table for each column.
+void printJson(const Log& log, const Rates& rates, const Counter& counter,
+               const std::vector<std::pair<std::string, Groups>>& tables, Output& out) {
+    JsonWriter json(out);
+    json.beginObject();
+    json.text("file", log.name);
+    json.numberOrNothing("framesInSecond", static_cast<std::size_t>(rates.nominal()));
+    json.beginArray("tables");
+    StatsJson stats(rates, counter.places(), json);
+    for (const auto& [title, groups] : tables) stats.add(title, groups);
+    json.end();
+    json.end();
+}
+
+void printTables(const Rates& rates, const Counter& counter, const std::vector<unsigned>& columns,
+                 const std::vector<std::pair<std::string, Groups>>& tables, const Args& args,
+                 Output& out) {
+    Screen screen = screenOf(out, args);
+    for (std::size_t i = 0; i < tables.size(); ++i) {
+        if (i > 0) out.line("");
+        StatsTable table(rates, counter.places(), columns[i]);
+        table.print(tables[i].first, tables[i].second, screen, out);
+    }
+}
+
 int run(const Args& args) {
     Selection selection = selectionFrom(args);
     Log log = readLog(args, "FILE", wantedRows(selection));
     Rates rates = ratesOf(log, args);
     VDBView view = selectRows(log, selection).view;
     Counter counter(log, rates);
-    Output out;
-    Screen screen = screenOf(out, args);
-    bool isFirst = true;
-    for (unsigned column : groupColumns(log, args)) {
-        Groups groups = groupsBy(counter, log, view, column);
-        if (isFirst)
-            tellWhatIsMissing(log, groups, rates, counter.places());
-        else
-            out.line("");
-        isFirst = false;
-        StatsTable table(rates, counter.places(), column);
-        table.print(log.columnName(column), groups, screen, out);
+    const std::vector<unsigned> columns = groupColumns(log, args);
+    std::vector<std::pair<std::string, Groups>> tables;
+    for (unsigned column : columns) {
+        tables.emplace_back(log.columnName(column), groupsBy(counter, log, view, column));
     }
+    tellWhatIsMissing(log, tables.front().second, rates, counter.places());
+    Output out;
+    if (tellsJson(args))
+        printJson(log, rates, counter, tables, out);
+    else
+        printTables(rates, counter, columns, tables, args, out);
     out.close();
     return narrows(selection) && view->get_num_records() == 0 ? found : readingResult(log);
 }
@@ -289,9 +367,11 @@ Command statsCommand() {
         "keycodes. The longest group has the longest bar.",
         {{"vek stats samples/docs.vek", "by reel, then by scene"},
          {"vek stats samples/dailies.vek --by 'cam reel'", "by any column"},
+         {"vek stats samples/docs.vek --format json", "for a program"},
          {"vek stats samples/docs.vek --where Tag==1 --fps 25", "chosen rows, another rate"}},
         {{"FILE", "the log, or - for standard input"}},
         join(join({{"--by", "COLUMN", "one table, a row for each value of this column"},
+                   tellingOption(),
                    fpsOption(),
                    gaugeOption()},
                   join(choosingOptions(), {fromOption()})),
