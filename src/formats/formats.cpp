@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include <vekdb/host/text_util.h>
+#include "formats/delimited/delimiters.h"
+#include "formats/reading/decoding.h"
 #include "formats/reading/readers.h"
 #include "formats/text/text_lines.h"
 #include "formats/writing/write_formats.h"
@@ -17,11 +19,6 @@ using Write = void (*)(const Sheet& sheet, const WriteStyle& style, Output& out,
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 void refuseBinary(const Input& input, std::string_view text) {
-    if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) {
-        throw Failure{unreadable,
-                      input.name(),
-                      {1, "", "UTF-16 text", "UTF-8", "convert it with iconv -f UTF-16 -t UTF-8"}};
-    }
     std::size_t nul = text.find('\0');
     if (nul == std::string_view::npos) return;
     auto line = 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(nul), '\n');
@@ -42,9 +39,16 @@ Text textOf(Input& input, Log& log) {
     return {input.takeText(), log.beganWithMark ? byteOrderMark.size() : 0};
 }
 
+// The same of a text for which no encoding is laid down.
+Text anyTextOf(Input& input, Log& log) {
+    requireText(input);
+    decodeBytes(input, log);
+    return textOf(input, log);
+}
+
 template <char separator>
 void readSeparated(Input& input, const Wanted&, Log& log) {
-    readDelimited(textOf(input, log), separator, log);
+    readDelimited(anyTextOf(input, log), separator, log);
 }
 
 void readPlain(Input& input, const Wanted&, Log& log) {
@@ -53,11 +57,11 @@ void readPlain(Input& input, const Wanted&, Log& log) {
 }
 
 void readAleText(Input& input, const Wanted&, Log& log) {
-    readAle(textOf(input, log), log);
+    readAle(anyTextOf(input, log), log);
 }
 
 void readEdlText(Input& input, const Wanted&, Log& log) {
-    readEdl(textOf(input, log).view(), log);
+    readEdl(anyTextOf(input, log).view(), log);
 }
 
 void readJsonText(Input& input, const Wanted&, Log& log) {
@@ -69,7 +73,7 @@ void readOtioText(Input& input, const Wanted&, Log& log) {
 }
 
 void readFcpxmlText(Input& input, const Wanted&, Log& log) {
-    readFcpxml(textOf(input, log), log);
+    readFcpxml(anyTextOf(input, log), log);
 }
 
 void writeTableFile(const Sheet& sheet, const WriteStyle&, Output& out, Losses& losses) {
@@ -192,6 +196,14 @@ std::string_view firstFilledLine(std::string_view head) {
     return {};
 }
 
+// Cells between marks in a file that is called by the ending of another format.
+bool isUnderWrongEnding(Format format, std::string_view line, std::string_view head) {
+    if (format == Format::json || format == Format::jsonl) {
+        return !line.starts_with('{') && !line.starts_with('[') && isDelimited(head);
+    }
+    return (format == Format::ale || format == Format::edl) && isDelimited(head);
+}
+
 }  // namespace
 
 const char* formatName(Format format) {
@@ -234,6 +246,7 @@ Target targetOfPath(const std::string& path) {
 
 // The content decides where it is plain; then the name's ending does.
 Format recognised(const std::string& path, std::string_view head) {
+    if (head.starts_with(byteOrderMark)) head.remove_prefix(byteOrderMark.size());
     std::string_view line = firstFilledLine(head);
     std::string_view start = line.starts_with('"') ? line.substr(1) : line;
     if (sameText(start.substr(0, 6), "VEKDB:")) return Format::table;
@@ -241,7 +254,8 @@ Format recognised(const std::string& path, std::string_view head) {
     if (sameText(line.substr(0, 6), "TITLE:")) return Format::edl;
     if (line.starts_with('{') && head.find("\"OTIO_SCHEMA\"") != head.npos) return Format::otio;
     if (line.starts_with('<') && head.find("<fcpxml") != head.npos) return Format::fcpxml;
-    if (const FormatEntry* entry = entryOfPath(path, isReadable)) return entry->format;
+    const FormatEntry* entry = entryOfPath(path, isReadable);
+    if (entry != nullptr && !isUnderWrongEnding(entry->format, line, head)) return entry->format;
     if (line.starts_with('{') || line.starts_with('[')) return Format::json;
     return line.find('\t') != std::string_view::npos ? Format::tsv : Format::csv;
 }

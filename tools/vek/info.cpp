@@ -53,6 +53,19 @@ void printFact(const std::string& name, const std::string& value, Output& out) {
     out.line(name + std::string(12 - std::min<std::size_t>(11, name.size()), ' ') + escaped(value));
 }
 
+// How the bytes are written, where that is not the usual way.
+void printForm(const Log& log, Output& out) {
+    const TextForm& form = log.form;
+    if (form.isPacked) printFact("Packed", "gzip", out);
+    if (!form.encoding.empty()) printFact("Encoding", form.encoding, out);
+    if (log.beganWithMark) printFact("Mark", "in front", out);
+    if (form.delimiter != '\0') printFact("Delimiter", delimiterName(form.delimiter), out);
+    if (!form.skipped.empty()) {
+        printFact("Skipped", counted(readingWishes().skippedLines, "line"), out);
+    }
+    if (form.hasNoHeading) printFact("Heading", "none", out);
+}
+
 void printFacts(const Log& log, Output& out) {
     VDBView view(log.table.get());
     view->setupViewTagsFromVekdbTagField();
@@ -62,6 +75,7 @@ void printFacts(const Log& log, Output& out) {
         format += ", revision " + std::to_string(log.table->get_revision());
     }
     printFact("Format", format, out);
+    printForm(log, out);
     printFact("Rows", std::to_string(log.rowCount()), out);
     printFact("Tagged", std::to_string(view->get_num_tags()), out);
     printFact("Columns", std::to_string(log.columnCount()), out);

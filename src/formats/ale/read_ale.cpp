@@ -1,5 +1,6 @@
 #include "formats/ale/ale_entries.h"
 #include "formats/delimited/delimited_scanner.h"
+#include "formats/delimited/delimiters.h"
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
 #include "formats/text/text_lines.h"
@@ -56,19 +57,52 @@ private:
         std::string_view line;
         while (nextFilled(line)) {
             if (sameText(trimmed(line), "Column")) return;
-            addEntries(line);
+            if (!takeDelimiter(line)) addEntries(line);
         }
         refuse("the end of the file", "a line \"Column\"");
     }
 
+    // FIELD_DELIM and, behind whatever mark, what separates the cells.
+    bool takeDelimiter(std::string_view line) {
+        constexpr std::string_view name = "FIELD_DELIM";
+        if (!sameText(line.substr(0, name.size()), name) || line.size() <= name.size() + 1) {
+            return false;
+        }
+        const std::string_view value = line.substr(name.size() + 1);
+        const std::optional<char> delimiter = aleDelimiter(value);
+        if (!delimiter) {
+            reportDelimiter(value);
+            return false;
+        }
+        delimiter_ = *delimiter;
+        if (delimiter_ != '\t') log_.form.delimiter = delimiter_;
+        entries_.push_back({walk_.number(), {name, value}});
+        return true;
+    }
+
+    void reportDelimiter(std::string_view value) {
+        // Several entries may stand on one line.
+        if (value.find('\t') != std::string_view::npos) return;
+        log_.problems.push_back({walk_.number(), "", "FIELD_DELIM " + inQuotes(value),
+                                 "TABS, COMMAS, SEMICOLONS, PIPES or one of their marks",
+                                 "the file is read with tabs"});
+    }
+
+    // What separates the cells may stand between a name and its value, too.
     void addEntries(std::string_view line) {
+        const std::size_t mark = line.find(delimiter_);
+        const bool hasTab = line.find('\t') != std::string_view::npos;
+        if (!hasTab && mark != std::string_view::npos) {
+            entries_.push_back({walk_.number(), {line.substr(0, mark), line.substr(mark + 1)}});
+            return;
+        }
         for (const AleEntry& entry : aleEntries(line)) entries_.push_back({walk_.number(), entry});
     }
 
     void readColumns() {
         std::string_view line;
         if (!nextFilled(line)) return;
-        std::vector<std::string_view> names = split(line, '\t');
+        std::vector<std::string_view> names = split(line, delimiter_);
         while (names.size() > 1 && trimmed(names.back()).empty()) names.pop_back();
         builder_.setColumns(asStrings(names));
         hasColumns_ = true;
@@ -80,8 +114,11 @@ private:
     void readRows() {
         char* const first = builder_.textEnd() - walk_.rest().size();
         builder_.endHeading(first);
-        DelimitedScanner scanner(first, builder_.textEnd(), '\t',
-                                 DelimitedScanner::Quotes::ordinary, walk_.number() + 1);
+        const bool isTabbed = delimiter_ == '\t';
+        DelimitedScanner scanner(
+            first, builder_.textEnd(), delimiter_,
+            isTabbed ? DelimitedScanner::Quotes::ordinary : DelimitedScanner::Quotes::respected,
+            walk_.number() + 1);
         while (!scanner.atEnd()) {
             const std::size_t line = scanner.line();
             const std::vector<std::string_view>& cells = scanner.takeRecord();
@@ -106,6 +143,7 @@ private:
     LineWalk walk_;
     std::vector<Entry> entries_;
     bool hasColumns_ = false;
+    char delimiter_ = '\t';
 };
 
 }  // namespace

@@ -19,8 +19,9 @@ public:
     }
 
     std::string heading(std::string_view came) override {
-        if (saving().hasNamesAsTheyCame()) return std::string(came);
-        return concat(came.starts_with(byteOrderMark) ? byteOrderMark : "",
+        const TextForm& form = saving().log.form;
+        if (saving().hasNamesAsTheyCame() || form.hasNoHeading) return std::string(came);
+        return concat(came.starts_with(byteOrderMark) ? byteOrderMark : "", form.skipped,
                       delimitedNames(names(), separator(), saving().output, saving().losses),
                       endOfLine(came));
     }

@@ -5,6 +5,7 @@
 #include <vekdb/host/text_util.h>
 #include "formats/inform.h"
 #include "formats/log/column_names.h"
+#include "formats/reading/decoding.h"
 #include "formats/reading/input.h"
 #include "formats/text/suggestion.h"
 #include "formats/text/text_lines.h"
@@ -13,6 +14,11 @@
 namespace vek::formats {
 
 namespace {
+
+std::string withoutGz(const std::string& path) {
+    const bool isGz = path.size() > 3 && sameText(path.substr(path.size() - 3), ".gz");
+    return isGz ? path.substr(0, path.size() - 3) : path;
+}
 
 void tellProblems(const Log& log) {
     constexpr std::size_t most = 20;
@@ -97,7 +103,12 @@ Log openLog(Input& input, const std::string& path, const std::string& from, cons
     if (input.head().empty()) {
         throw Failure{unreadable, log.name, {0, "", "is empty", "a log", ""}};
     }
-    log.format = from.empty() ? recognised(path, input.head()) : formatNamed(from);
+    decode(input, log);
+    if (input.head().empty()) {
+        throw Failure{unreadable, log.name + ": is empty once unpacked, expected a log"};
+    }
+    const std::string ending = log.form.isPacked ? withoutGz(path) : path;
+    log.format = from.empty() ? recognised(ending, input.head()) : formatNamed(from);
     readAs(log.format, input, wanted, log);
     noteRepeatedNames(log);
     return log;

@@ -13,6 +13,7 @@
 #include "formats/failure.h"
 #include "formats/formats.h"
 #include "formats/reading/source.h"
+#include "formats/reading/text_form.h"
 #include "formats/writing/output.h"
 
 namespace vek::formats {
@@ -49,6 +50,7 @@ struct Log {
     std::string notRead;             ///< why rows are missing; empty when all are there
     LineEnd lineEnd = LineEnd::lf;   ///< text formats are written back as they came
     bool beganWithMark = false;      ///< a UTF-8 byte order mark stood in front
+    TextForm form = {};              ///< so are those
     Held held;                       ///< of a log that is to be changed in place
     std::shared_ptr<Source> source;  ///< of the same
 

@@ -186,6 +186,15 @@ std::string_view Input::text() {
     return got();
 }
 
+void Input::become(Quor::Ptr<TextBlock> text) {
+    requireBytes(name_, text->size());
+    size_ = text->size();
+    text_ = std::move(text);
+    isWhole_ = true;
+    isRegular_ = false;
+    if (isKept_) keep();
+}
+
 Quor::Ptr<TextBlock> Input::takeText() {
     readUpTo(SIZE_MAX);
     text_->resize(size_);

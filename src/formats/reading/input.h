@@ -32,6 +32,8 @@ public:
     std::string_view head() const { return got().substr(0, headSize); }
     /// All of it, kept in memory from then on.
     std::string_view text();
+    /// Another text from here on, made of what was read.
+    void become(Quor::Ptr<TextBlock> text);
     /// Gives up the memory that holds it all, for whoever makes something of it there.
     Quor::Ptr<TextBlock> takeText();
 
@@ -40,7 +42,10 @@ public:
     int loaderDescriptor();
 
     /// Makes it one that can be read again after `takeText`, a pipe as well.
-    void keep() { loaderDescriptor(); }
+    void keep() {
+        isKept_ = true;
+        loaderDescriptor();
+    }
     /// The number of bytes of what was kept, as it is now.
     std::uint64_t size() const;
     /// Reads bytes of what was kept. A Failure with `unwritable` where they are gone.
@@ -64,6 +69,7 @@ private:
     std::size_t size_ = 0;       ///< of what was read
     bool isWhole_ = false;
     bool isStandardInput_ = false;
+    bool isKept_ = false;
     bool isRegular_ = false;    ///< it can be read again, from any place on
     std::size_t expected_ = 0;  ///< the size, as far as known beforehand
     std::size_t most_ = 0;      ///< more is not read of what does not tell its size

@@ -15,17 +15,18 @@ namespace vek::formats {
 namespace {
 
 std::unique_ptr<RowsInPlace> rowsInPlace(const Saving& saving) {
+    const char delimiter = saving.log.form.delimiter;
     switch (saving.log.format) {
         case Format::table:
             return tableInPlace(saving);
         case Format::tsv:
-            return delimitedInPlace(saving, '\t');
+            return delimitedInPlace(saving, delimiter != '\0' ? delimiter : '\t');
         case Format::plainCsv:
             return plainCsvInPlace(saving);
         case Format::ale:
             return aleInPlace(saving);
         default:
-            return delimitedInPlace(saving, ',');
+            return delimitedInPlace(saving, delimiter != '\0' ? delimiter : ',');
     }
 }
 
@@ -236,11 +237,20 @@ struct Destination {
     bool backup = false;
 };
 
+void requireTabs(const Log& log) {
+    if (log.format != Format::ale || log.form.delimiter == '\0') return;
+    throw Failure{wrongUsage,
+                  concat(log.name, ": a log exchange file whose FIELD_DELIM is not ",
+                         "TABS is not changed in place; make one with tabs with vek ", "convert")};
+}
+
 Losses save(const Log& log, const std::vector<unsigned>& columns, const std::vector<unsigned>& rows,
             const Destination& to) {
     requireWhole(log);
     if (log.format != Format::plainCsv) targetOf(log);
+    requireTabs(log);
     Output out(to.path, to.held);
+    out.encode(log.form.encoding, log.form.isPacked);
     Losses losses;
     const Saving saving{log, unnamedLast(log, columns), out.name(), losses};
     PatchedText text = patched(saving, rows);

@@ -1,4 +1,6 @@
 #include "formats/writing/output.h"
+#include "formats/packed/packed.h"
+#include "formats/text/encoding.h"
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -211,6 +213,8 @@ void Output::add(std::string_view text) {
     size_ += text.size();
     requireOutput(name(), size_);
     pending_ += text;
+    // What is put into another form is so as a whole.
+    if (isPacked_ || !encoding_.empty()) return;
     if (isStandardOutput()) {
         if (pending_.size() >= flushAt) flush();
     } else if (pending_.size() >= pieceSize) {
@@ -266,7 +270,31 @@ void Output::flush() {
     pending_.clear();
 }
 
+void Output::encode(const std::string& encoding, bool isPacked) {
+    encoding_ = encoding;
+    isPacked_ = isPacked;
+}
+
+void Output::encodePending() {
+    if (!encoding_.empty()) {
+        std::size_t badAt = 0;
+        std::optional<std::string> made = fromUtf8(pending_, encoding_, badAt);
+        if (!made) {
+            const auto at = pending_.begin() + static_cast<std::ptrdiff_t>(badAt);
+            throw Failure{
+                unwritable,
+                concat(name(), ":", std::to_string(1 + std::count(pending_.begin(), at, '\n')),
+                       ": ", inQuotes(std::string_view(pending_).substr(badAt, 16)),
+                       ", expected characters that ", encoding_,
+                       " has; write a copy in UTF-8 with vek convert")};
+        }
+        pending_ = std::move(*made);
+    }
+    if (isPacked_) pending_ = packed(pending_);
+}
+
 void Output::close() {
+    encodePending();
     if (isStandardOutput())
         flush();
     else

@@ -35,6 +35,10 @@ public:
     ~Output();
     Output(Output&&) noexcept;
 
+    /// All that is written is put into another encoding than UTF-8, "" for none, and packed by
+    /// gzip, when the output is closed. To be said before anything is written.
+    void encode(const std::string& encoding, bool isPacked);
+
     /// A Failure with `unwritable` when a full disk or a closed stream takes no more. A pipe
     /// that nobody reads any more ends the program quietly. Another Failure with `unwritable`
     /// for more than the limits allow.
@@ -60,6 +64,7 @@ private:
     class Departure;
 
     void add(std::string_view text);
+    void encodePending();
     void flush();
     void sendPiece();
     void replaceFile();
@@ -71,6 +76,8 @@ private:
     const Input* copied_ = nullptr;  ///< the last one that was copied of
     std::optional<SourceReader> reader_;
     std::size_t size_ = 0;  ///< of all that was written
+    std::string encoding_;
+    bool isPacked_ = false;
     mutable std::optional<bool> isTerminal_;
 };
 

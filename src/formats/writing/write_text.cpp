@@ -5,6 +5,7 @@
 
 #include <vekdb/host/text_util.h>
 #include "formats/ale/ale_form.h"
+#include "formats/delimited/delimiters.h"
 #include "formats/formats.h"
 #include "formats/json/json.h"
 #include "formats/reading/progress.h"
@@ -171,7 +172,10 @@ void writeAleHeading(const std::vector<Parameter>& heading, const char* end, Out
     bool hasDelimiter = false;
     for (const Parameter& entry : heading) {
         hasDelimiter = hasDelimiter || sameText(entry.name, "FIELD_DELIM");
-        const std::string line = aleEntry(entry.name, entry.value, losses);
+        // Cells of what was read may have been separated otherwise.
+        const bool isOfOthers =
+            sameText(entry.name, "FIELD_DELIM") && aleDelimiter(entry.value).value_or('\t') != '\t';
+        const std::string line = aleEntry(entry.name, isOfOthers ? "TABS" : entry.value, losses);
         // A reader would take it for the end of the heading.
         if (sameText(trimmed(line), "Column")) {
             losses.add("heading entries that would begin the columns, left out",

@@ -83,7 +83,7 @@ XmlDocument::Fault XmlDocument::parse(char* text, std::size_t size, std::size_t 
     roomLeft = mostMemory;
     parts_ = std::make_unique<Parts>();
     const pugi::xml_parse_result result = parts_->document.load_buffer_inplace(
-        text, size, pugi::parse_default | pugi::parse_ws_pcdata_single);
+        text, size, pugi::parse_default | pugi::parse_ws_pcdata_single, pugi::encoding_utf8);
     if (result) return {};
     const auto offset = static_cast<std::size_t>(std::max<std::ptrdiff_t>(result.offset, 0));
     if (result.status != pugi::status_out_of_memory) return {offset, result.description()};

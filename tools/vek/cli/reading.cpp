@@ -46,6 +46,14 @@ std::vector<Option> limitOptions() {
          "refuse logs of more rows times columns; 16 million and 16 for each byte as a rule"},
         {"--max-output", "N",
          "refuse to write more bytes; 256 MiB and 100 for each byte read as a rule"},
+        {"--delimiter", "MARK",
+         "what separates the cells of CSV and TSV: comma, semicolon, tab, pipe or one character; "
+         "found out as a rule"},
+        {"--encoding", "NAME",
+         "how texts are encoded: utf-8, utf-16, windows-1252, macroman or what iconv knows; found "
+         "out as a rule"},
+        {"--skip-lines", "N", "lines of CSV and TSV in front of the heading"},
+        {"--no-header", "", "CSV and TSV have no heading; columns are called Column 1, 2, ..."},
     };
 }
 
@@ -53,6 +61,11 @@ void setLimits(const Args& args) {
     limits().bytes = args.number("max-bytes", limits().bytes);
     limits().cells = args.number("max-cells", limits().cells);
     limits().output = args.number("max-output", limits().output);
+    ReadingWishes& wishes = readingWishes();
+    if (args.has("delimiter")) wishes.delimiter = delimiterNamed(args.text("delimiter"));
+    wishes.encoding = args.text("encoding");
+    wishes.skippedLines = args.number("skip-lines", 0);
+    wishes.hasNoHeading = args.has("no-header");
 }
 
 }  // namespace vek

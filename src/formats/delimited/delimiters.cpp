@@ -1,0 +1,99 @@
+#include "formats/delimited/delimiters.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "formats/text/text_lines.h"
+
+namespace vek::formats {
+
+namespace {
+
+constexpr std::size_t sampleSize = 1 << 16;
+constexpr std::size_t sampleRows = 50;
+constexpr char delimiters[] = {',', ';', '\t', '|'};
+
+// How many cells the first records have by a delimiter. The record at which a sample is cut does
+// not count.
+class Counts {
+public:
+    Counts(std::string_view text, char delimiter) {
+        const std::string_view sample = text.substr(0, sampleSize);
+        std::size_t cells = 1;
+        bool isQuoted = false;
+        bool isCellBegin = true;
+        for (std::size_t at = 0; at < sample.size() && counts_.size() <= sampleRows; ++at) {
+            const char c = sample[at];
+            if (c == '"' && (isQuoted || isCellBegin)) isQuoted = !isQuoted;
+            isCellBegin = !isQuoted && (c == delimiter || c == '\n' || c == '\r');
+            if (isQuoted) continue;
+            if (c == delimiter) ++cells;
+            if (c != '\n' && c != '\r') continue;
+            const bool isFeedOfBoth = c == '\n' && at > 0 && sample[at - 1] == '\r';
+            const bool isBlank = cells == 1 && (at == 0 || isLineEnd(sample[at - 1]));
+            if (!isFeedOfBoth && !isBlank) counts_.push_back(cells);
+            cells = 1;
+        }
+        const bool isWhole = sample.size() == text.size() && !text.empty();
+        if (isWhole && !isLineEnd(text.back())) counts_.push_back(cells);
+    }
+
+    std::size_t heading() const { return counts_.empty() ? 0 : counts_.front(); }
+    std::size_t rows() const { return counts_.empty() ? 0 : counts_.size() - 1; }
+    std::size_t rowsLikeHeading() const {
+        if (counts_.empty()) return 0;
+        return static_cast<std::size_t>(
+            std::count(counts_.begin() + 1, counts_.end(), counts_.front()));
+    }
+
+private:
+    static bool isLineEnd(char c) { return c == '\n' || c == '\r'; }
+
+    std::vector<std::size_t> counts_;
+};
+
+}  // namespace
+
+char foundDelimiter(std::string_view text, char usual) {
+    const Counts own(text, usual);
+    const bool isTable = own.heading() > 1 && (own.rows() == 0 || own.rowsLikeHeading() > 0);
+    if (isTable) return usual;
+    char best = usual;
+    std::pair<std::size_t, std::size_t> most;
+    for (char delimiter : delimiters) {
+        const Counts counts(text, delimiter);
+        const std::size_t alike = counts.rowsLikeHeading();
+        const bool isLikely =
+            own.heading() > 1 ? alike == counts.rows() && alike > 0 : alike * 2 >= counts.rows();
+        const std::pair rank(alike, counts.heading());
+        if (delimiter == usual || counts.heading() < 2 || !isLikely || rank <= most) continue;
+        best = delimiter;
+        most = rank;
+    }
+    return best;
+}
+
+bool isDelimited(std::string_view text) {
+    return std::any_of(std::begin(delimiters), std::end(delimiters), [&](char delimiter) {
+        const Counts counts(text, delimiter);
+        return counts.heading() > 1 && counts.rows() > 0 &&
+               counts.rowsLikeHeading() == counts.rows();
+    });
+}
+
+std::optional<char> aleDelimiter(std::string_view name) {
+    struct Entry {
+        const char* name;
+        char delimiter;
+    };
+    static constexpr Entry entries[] = {{"TAB", '\t'},   {"TABS", '\t'},     {"COMMA", ','},
+                                        {"COMMAS", ','}, {"SEMICOLON", ';'}, {"SEMICOLONS", ';'},
+                                        {"PIPE", '|'},   {"PIPES", '|'}};
+    for (const Entry& entry : entries) {
+        if (sameText(trimmed(name), entry.name)) return entry.delimiter;
+    }
+    const bool isMark = name.size() == 1 && std::string_view(",;|:").find(name[0]) != name.npos;
+    return isMark ? std::optional<char>(name[0]) : std::nullopt;
+}
+
+}  // namespace vek::formats

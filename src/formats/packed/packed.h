@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include <vekdb/host/text_block.h>
+
+/// Texts packed by gzip. packed.cpp is the only place that knows zlib; where the program is built
+/// without it, every packed text is refused.
+namespace vek::formats {
+
+bool isPacked(std::string_view head);
+
+/// What was packed. A Failure with `unreadable` for what was not packed whole, and for more than
+/// --max-bytes or, where a person did not say that, 200 times the packed bytes and 64 MB.
+Quor::Ptr<TextBlock> unpacked(std::string_view text, const std::string& name);
+std::string packed(std::string_view text);
+
+}  // namespace vek::formats

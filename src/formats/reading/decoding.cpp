@@ -1,0 +1,81 @@
+#include "formats/reading/decoding.h"
+
+#include <algorithm>
+
+#include "formats/log/log.h"
+#include "formats/packed/packed.h"
+#include "formats/reading/input.h"
+#include "formats/text/encoding.h"
+
+namespace vek::formats {
+
+namespace {
+
+std::string wishedEncoding() {
+    const std::string& wish = readingWishes().encoding;
+    if (wish.empty()) return {};
+    const std::optional<std::string> known = encodingNamed(wish);
+    if (known) return *known;
+    throw Failure{wrongUsage,
+                  "--encoding takes what iconv -l lists, such as windows-1252, macroman "
+                  "or utf-16, not " +
+                      inQuotes(wish)};
+}
+
+std::size_t lineOf(std::string_view text, std::size_t at) {
+    const auto end = text.begin() + static_cast<std::ptrdiff_t>(at);
+    return 1 + static_cast<std::size_t>(std::count(text.begin(), end, '\n'));
+}
+
+void convert(Input& input, const std::string& encoding, Log& log) {
+    const std::string_view text = input.text();
+    std::size_t badAt = 0;
+    Quor::Ptr<TextBlock> made = toUtf8(text, encoding, badAt);
+    if (!made) {
+        throw Failure{unreadable,
+                      log.name,
+                      {lineOf(text, badAt), "", "a byte that is no character",
+                       "text in " + encoding, "say what it is with --encoding"}};
+    }
+    input.become(std::move(made));
+    log.form.encoding = encoding;
+}
+
+// A mark says more than a person who says "utf-16".
+std::string encodingOf(Input& input) {
+    const std::string wish = wishedEncoding();
+    if (!readingWishes().encoding.empty() && !wish.starts_with("UTF-16")) return wish;
+    const std::string found = wideEncodingOf(input.head());
+    return found.empty() ? wish : found;
+}
+
+}  // namespace
+
+void decode(Input& input, Log& log) {
+    if (isPacked(input.head())) {
+        log.form.isPacked = true;
+        input.become(unpacked(input.text(), log.name));
+    }
+    const std::string encoding = encodingOf(input);
+    if (!encoding.empty()) convert(input, encoding, log);
+}
+
+void decodeBytes(Input& input, Log& log) {
+    if (!readingWishes().encoding.empty() || !log.form.encoding.empty()) return;
+    const std::string_view text = input.text();
+    if (isWellFormedUtf8(text)) return;
+    const std::string encoding = likelyEncoding(text);
+    std::size_t badAt = 0;
+    Quor::Ptr<TextBlock> made;
+    if (!isMostlyUtf8(text)) made = toUtf8(text, encoding, badAt);
+    log.report([&]() -> Problem {
+        return {0, "", "bytes that are no UTF-8", "UTF-8",
+                made ? "the file is read as " + encoding + "; --encoding says what it is"
+                     : "they are kept as they are; --encoding says what they are"};
+    });
+    if (!made) return;
+    input.become(std::move(made));
+    log.form.encoding = encoding;
+}
+
+}  // namespace vek::formats

@@ -1,0 +1,16 @@
+#pragma once
+
+namespace vek::formats {
+
+class Input;
+struct Log;
+
+/// Makes UTF-8 of an input that is packed, is UTF-16, or is in the encoding that a person named,
+/// and notes what it was. A Failure where that cannot be.
+void decode(Input& input, Log& log);
+
+/// Makes UTF-8 of a text that is not, and that nobody named an encoding for; tells it. A text that
+/// has bytes for which the likely encoding has no character stays as it is.
+void decodeBytes(Input& input, Log& log);
+
+}  // namespace vek::formats

@@ -1,0 +1,212 @@
+#include "formats/text/encoding.h"
+
+#include <iconv.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+
+#include <vekdb/host/text_util.h>
+
+namespace vek::formats {
+
+namespace {
+
+constexpr std::size_t sample = 4096;
+constexpr std::uint64_t highBits = 0x8080808080808080u;
+
+unsigned char byteAt(std::string_view text, std::size_t at) {
+    return at < text.size() ? static_cast<unsigned char>(text[at]) : 0;
+}
+
+// Where the first byte beyond 0x7F is, or the end.
+std::size_t firstHighByte(std::string_view text, std::size_t at) {
+    for (; at + 8 <= text.size(); at += 8) {
+        std::uint64_t bytes;
+        std::memcpy(&bytes, text.data() + at, sizeof bytes);
+        if ((bytes & highBits) != 0) break;
+    }
+    while (at < text.size() && byteAt(text, at) < 0x80) ++at;
+    return at;
+}
+
+bool hasHighByte(std::string_view text) {
+    unsigned char all = 0;
+    for (char c : text) all |= static_cast<unsigned char>(c);
+    return all >= 0x80;
+}
+
+bool isTail(std::string_view text, std::size_t at) {
+    return (byteAt(text, at) & 0xC0) == 0x80;
+}
+
+// The bytes of the character beyond 0x7F at a place, 0 where it is no well-formed one.
+std::size_t sizeOfWide(std::string_view text, std::size_t at) {
+    const unsigned char first = byteAt(text, at);
+    const unsigned char second = byteAt(text, at + 1);
+    if (first < 0xC2 || first > 0xF4 || !isTail(text, at + 1)) return 0;
+    if (first < 0xE0) return 2;
+    const bool isBelow = (first == 0xE0 && second < 0xA0) || (first == 0xF0 && second < 0x90);
+    const bool isBeyond = (first == 0xED && second > 0x9F) || (first == 0xF4 && second > 0x8F);
+    if (isBelow || isBeyond || !isTail(text, at + 2)) return 0;
+    if (first < 0xF0) return 3;
+    return isTail(text, at + 3) ? 4 : 0;
+}
+
+class Conversion {
+public:
+    Conversion(const std::string& to, const std::string& from)
+        : handle_(::iconv_open(to.c_str(), from.c_str())) {}
+    ~Conversion() {
+        if (isThere()) ::iconv_close(handle_);
+    }
+    Conversion(const Conversion&) = delete;
+    Conversion& operator=(const Conversion&) = delete;
+
+    bool isThere() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
+
+    /// Gives room with `makeRoom(used)` until all is converted; how many bytes were made, or
+    /// nothing where a byte at `badAt` cannot be.
+    template <class MakeRoom>
+    std::optional<std::size_t> run(std::string_view text, MakeRoom makeRoom, std::size_t& badAt) {
+        char* from = const_cast<char*>(text.data());  // iconv changes nothing of it
+        std::size_t left = text.size();
+        std::size_t made = 0;
+        while (left > 0) {
+            auto [to, room] = makeRoom(made);
+            char* at = to;
+            const std::size_t result = ::iconv(handle_, &from, &left, &at, &room);
+            made += static_cast<std::size_t>(at - to);
+            if (result != static_cast<std::size_t>(-1) || errno == E2BIG) continue;
+            badAt = text.size() - left;
+            return {};
+        }
+        return made;
+    }
+
+private:
+    iconv_t handle_;
+};
+
+struct Room {
+    char* at;
+    std::size_t size;
+};
+
+// In Windows-1252 the letters with marks are the last bytes, in MacRoman those behind 0x7F. What
+// both have other signs for counts for neither.
+bool isWindowsLetter(unsigned char byte) {
+    return byte >= 0xD6 || (byte >= 0xC0 && byte <= 0xC8) || (byte >= 0xCB && byte <= 0xCF);
+}
+
+bool isMacLetter(unsigned char byte) {
+    const bool isSign = byte == 0x80 || byte == 0x82 || (byte >= 0x84 && byte <= 0x86) ||
+                        (byte >= 0x91 && byte <= 0x97);
+    return byte >= 0x80 && byte <= 0x9F && !isSign;
+}
+
+bool isLetter(unsigned char byte) {
+    const char small = asciiLower(static_cast<char>(byte));
+    return small >= 'a' && small <= 'z';
+}
+
+}  // namespace
+
+bool isWellFormedUtf8(std::string_view text) {
+    constexpr std::size_t chunk = 1 << 16;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::string_view next = text.substr(at, chunk);
+        if (!hasHighByte(next)) {
+            at += next.size();
+            continue;
+        }
+        const std::size_t end = at + next.size();
+        for (at = firstHighByte(text, at); at < end; at = firstHighByte(text, at)) {
+            const std::size_t size = sizeOfWide(text, at);
+            if (size == 0) return false;
+            at += size;
+        }
+    }
+    return true;
+}
+
+bool isMostlyUtf8(std::string_view text) {
+    std::size_t good = 0;
+    std::size_t bad = 0;
+    for (std::size_t at = firstHighByte(text, 0); at < text.size(); at = firstHighByte(text, at)) {
+        const std::size_t size = sizeOfWide(text, at);
+        ++(size != 0 ? good : bad);
+        at += std::max<std::size_t>(size, 1);
+    }
+    return good >= bad;
+}
+
+std::optional<std::string> encodingNamed(const std::string& name) {
+    std::string upper;
+    for (char c : name) upper += c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    if (upper == "UTF-8" || upper == "UTF8") return std::string();
+    if (upper == "MACROMAN" || upper == "MAC-ROMAN") upper = "MACINTOSH";
+    // Marks stay in the text.
+    if (upper == "UTF-16" || upper == "UTF16") upper = "UTF-16LE";
+    if (!Conversion("UTF-8", upper).isThere() || !Conversion(upper, "UTF-8").isThere()) return {};
+    return upper;
+}
+
+std::string wideEncodingOf(std::string_view head) {
+    if (head.starts_with("\xFF\xFE")) return "UTF-16LE";
+    if (head.starts_with("\xFE\xFF")) return "UTF-16BE";
+    const std::size_t units = std::min(head.size(), sample) / 2;
+    std::size_t first = 0;
+    std::size_t second = 0;
+    for (std::size_t i = 0; i < units; ++i) {
+        first += head[2 * i] == '\0' ? 1 : 0;
+        second += head[2 * i + 1] == '\0' ? 1 : 0;
+    }
+    if (second > units / 2 && first == 0) return "UTF-16LE";
+    return first > units / 2 && second == 0 ? "UTF-16BE" : "";
+}
+
+std::string likelyEncoding(std::string_view text) {
+    std::size_t windows = 0;
+    std::size_t mac = 0;
+    for (std::size_t at = firstHighByte(text, 0); at < text.size();
+         at = firstHighByte(text, at + 1)) {
+        const bool isInWord =
+            (at > 0 && isLetter(byteAt(text, at - 1))) || isLetter(byteAt(text, at + 1));
+        if (!isInWord) continue;
+        windows += isWindowsLetter(byteAt(text, at)) ? 1 : 0;
+        mac += isMacLetter(byteAt(text, at)) ? 1 : 0;
+    }
+    return mac > windows ? "MACINTOSH" : "WINDOWS-1252";
+}
+
+Quor::Ptr<TextBlock> toUtf8(std::string_view text, const std::string& encoding,
+                            std::size_t& badAt) {
+    Quor::Ptr<TextBlock> block = TextBlock::create(text.size() + text.size() / 8 + 64);
+    const auto makeRoom = [&](std::size_t used) {
+        if (block->size() - used < 16) block->resize(block->size() + block->size() / 2);
+        return Room{block->data() + used, block->size() - used};
+    };
+    Conversion conversion("UTF-8", encoding);
+    const std::optional<std::size_t> made = conversion.run(text, makeRoom, badAt);
+    if (!made) return {};
+    block->resize(*made);
+    return block;
+}
+
+std::optional<std::string> fromUtf8(std::string_view text, const std::string& encoding,
+                                    std::size_t& badAt) {
+    std::string out(text.size() + 64, '\0');
+    const auto makeRoom = [&](std::size_t used) {
+        if (out.size() - used < 16) out.resize(2 * out.size());
+        return Room{out.data() + used, out.size() - used};
+    };
+    Conversion conversion(encoding, "UTF-8");
+    const std::optional<std::size_t> made = conversion.run(text, makeRoom, badAt);
+    if (!made) return {};
+    out.resize(*made);
+    return out;
+}
+
+}  // namespace vek::formats

@@ -1,0 +1,68 @@
+#include <gtest/gtest.h>
+
+#include "cli/program.h"
+
+namespace {
+
+Finish shell(const WorkFolder& folder, const std::string& line) {
+    Start start;
+    start.words = {"/bin/sh", "-c", line};
+    return run(folder, start);
+}
+
+Finish vek(const WorkFolder& folder, const std::string& line) {
+    Start start;
+    start.words = shellWords("vek " + line);
+    return run(folder, start);
+}
+
+}  // namespace
+
+TEST(PackedFiles, AreReadAndWrittenBackPacked) {
+    WorkFolder folder;
+    folder.write("a.csv", "Name;Take\nA;1\n");
+    EXPECT_EQ(shell(folder, "gzip a.csv && gzip -c samples/docs.vek > b.vek.gz").exitCode, 0);
+    EXPECT_NE(vek(folder, "info a.csv.gz").output.find("Packed      gzip\n"), std::string::npos);
+    EXPECT_EQ(vek(folder, "set a.csv.gz Take=2 --every").exitCode, 0);
+    EXPECT_EQ(shell(folder, "gzip -dc a.csv.gz").output, "Name;Take\nA;2\n");
+    EXPECT_EQ(vek(folder, "diff samples/docs.vek b.vek.gz").exitCode, 0);
+    EXPECT_EQ(vek(folder, "set b.vek.gz Scene=99 --every").exitCode, 0);
+    EXPECT_NE(shell(folder, "gzip -dc b.vek.gz").output.find("\"A001\",\"99\""),
+              std::string::npos);
+}
+
+TEST(PackedFiles, SeveralBehindOneAnotherAreOneText) {
+    WorkFolder folder;
+    const std::string make = "(printf 'Name\\nA\\n' | gzip; printf 'B\\n' | gzip) > a.csv.gz";
+    EXPECT_EQ(shell(folder, make).exitCode, 0);
+    EXPECT_EQ(vek(folder, "convert a.csv.gz - --to csv").output, "Name\nA\nB\n");
+}
+
+TEST(PackedFiles, CutBehindEveryByteTheyAreRefused) {
+    WorkFolder folder;
+    EXPECT_EQ(shell(folder, "printf 'Name,Take\\nA,1\\n' | gzip > whole.gz").exitCode, 0);
+    const std::string whole = folder.read("whole.gz");
+    for (std::size_t size = 3; size < whole.size(); ++size) {
+        folder.write("a.csv.gz", std::string_view(whole).substr(0, size));
+        const Finish finish = vek(folder, "info a.csv.gz");
+        ASSERT_EQ(finish.exitCode, 3) << size;
+        ASSERT_NE(finish.errors.find("expected a whole file of gzip"), std::string::npos)
+            << finish.errors;
+    }
+    folder.write("a.csv.gz", whole + "x");
+    EXPECT_EQ(vek(folder, "info a.csv.gz").exitCode, 3);
+}
+
+TEST(PackedFiles, BombsEndAtAStatedRatioOrWhereAPersonSays) {
+    WorkFolder folder;
+    EXPECT_EQ(shell(folder, "head -c 100000000 /dev/zero | tr '\\0' a | gzip > a.csv.gz").exitCode,
+              0);
+    const Finish ratio = vek(folder, "info a.csv.gz");
+    EXPECT_EQ(ratio.exitCode, 3);
+    EXPECT_NE(ratio.errors.find("unpacks to more than 86"), std::string::npos) << ratio.errors;
+    const Finish said = vek(folder, "info a.csv.gz --max-bytes 1000000");
+    EXPECT_EQ(said.exitCode, 3);
+    EXPECT_NE(said.errors.find("unpacks to more than 1000000 bytes"), std::string::npos)
+        << said.errors;
+    EXPECT_EQ(vek(folder, "info a.csv.gz --max-bytes 200000000").exitCode, 0);
+}
