@@ -27,8 +27,7 @@ TEST(PackedFiles, AreReadAndWrittenBackPacked) {
     EXPECT_EQ(shell(folder, "gzip -dc a.csv.gz").output, "Name;Take\nA;2\n");
     EXPECT_EQ(vek(folder, "diff samples/docs.vek b.vek.gz").exitCode, 0);
     EXPECT_EQ(vek(folder, "set b.vek.gz Scene=99 --every").exitCode, 0);
-    EXPECT_NE(shell(folder, "gzip -dc b.vek.gz").output.find("\"A001\",\"99\""),
-              std::string::npos);
+    EXPECT_NE(shell(folder, "gzip -dc b.vek.gz").output.find("\"A001\",\"99\""), std::string::npos);
 }
 
 TEST(PackedFiles, SeveralBehindOneAnotherAreOneText) {

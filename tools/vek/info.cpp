@@ -66,6 +66,10 @@ void printForm(const Log& log, Output& out) {
     if (form.hasNoHeading) printFact("Heading", "none", out);
 }
 
+std::size_t problemsOf(const Log& log) {
+    return log.problems.size() + log.moreProblems + (log.notRead.empty() ? 0 : 1);
+}
+
 void printFacts(const Log& log, Output& out) {
     VDBView view(log.table.get());
     view->setupViewTagsFromVekdbTagField();
@@ -84,15 +88,8 @@ void printFacts(const Log& log, Output& out) {
     }
     std::string map = log.parameter("V5_FIELD_MAP");
     if (!map.empty()) printFact("Field map", map, out);
-    printFact(
-        "Problems",
-        std::to_string(log.problems.size() + log.moreProblems + (log.notRead.empty() ? 0 : 1)),
-        out);
+    printFact("Problems", std::to_string(problemsOf(log)), out);
     out.line("");
-}
-
-std::size_t problemsOf(const Log& log) {
-    return log.problems.size() + log.moreProblems + (log.notRead.empty() ? 0 : 1);
 }
 
 void addColumns(const Log& log, JsonWriter& json) {
@@ -122,6 +119,13 @@ void addParameters(const Log& log, JsonWriter& json) {
     json.end();
 }
 
+// What is the usual is nothing to tell.
+void addForm(const TextForm& form, JsonWriter& json) {
+    json.textOrNothing("packed", form.isPacked ? "gzip" : "");
+    json.textOrNothing("encoding", form.encoding);
+    json.textOrNothing("delimiter", std::string(form.delimiter != '\0', form.delimiter));
+}
+
 void printJson(const Log& log, Output& out) {
     VDBView view(log.table.get());
     view->setupViewTagsFromVekdbTagField();
@@ -132,6 +136,7 @@ void printJson(const Log& log, Output& out) {
     json.numberOrNothing("revision", log.format == Format::table
                                          ? static_cast<std::size_t>(log.table->get_revision())
                                          : 0);
+    addForm(log.form, json);
     json.number("rows", log.rowCount());
     json.number("tagged", view->get_num_tags());
     addParameters(log, json);
