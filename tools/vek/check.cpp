@@ -6,11 +6,11 @@
 #include <vekdb/host/keyed_hash.h>
 #include "formats/reading/input.h"
 #include "formats/table_file/table_lines.h"
+#include "formats/table_file/table_rows.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/width.h"
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
-#include "formats/writing/write_formats.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/cli/telling.h"

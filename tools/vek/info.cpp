@@ -1,7 +1,7 @@
 #include <array>
 
 #include "formats/text/width.h"
-#include "formats/writing/write_formats.h"
+#include "formats/writing/sheet_facts.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/telling.h"

@@ -1,6 +1,6 @@
 #include "formats/text/text_lines.h"
 #include "formats/text/width.h"
-#include "formats/writing/write_formats.h"
+#include "formats/writing/sheet_facts.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/cli/writing.h"

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "formats/writing/write_formats.h"
+#include "formats/writing/sheet_facts.h"
 
 /// What editing systems expect of a log exchange file: VIDEO_FORMAT, AUDIO_FORMAT and FPS in the
 /// heading, and the columns Name, Tracks, Start, End and Tape.

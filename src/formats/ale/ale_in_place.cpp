@@ -1,10 +1,10 @@
 #include <vekdb/host/text_util.h>
 #include "formats/ale/ale_entries.h"
 #include "formats/ale/ale_form.h"
+#include "formats/ale/ale_lines.h"
 #include "formats/delimited/separated_in_place.h"
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
-#include "formats/writing/write_formats.h"
 
 namespace vek::formats {
 

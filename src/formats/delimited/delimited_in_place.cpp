@@ -1,6 +1,6 @@
 #include <vekdb/host/split.h>
+#include "formats/delimited/delimited_lines.h"
 #include "formats/delimited/separated_in_place.h"
-#include "formats/writing/write_formats.h"
 
 namespace vek::formats {
 

@@ -11,6 +11,7 @@
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
 #include "formats/timeline/timeline_rows.h"
+#include "formats/writing/sheet_facts.h"
 #include "formats/writing/write_formats.h"
 
 namespace vek::formats {

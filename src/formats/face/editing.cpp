@@ -5,7 +5,7 @@
 #include "formats/face/inside.h"
 #include "formats/log/column_edits.h"
 #include "formats/text/text_lines.h"
-#include "formats/writing/write_formats.h"
+#include "formats/writing/sheet_facts.h"
 
 namespace vek {
 

@@ -8,7 +8,7 @@
 #include "formats/json/json_text.h"
 #include "formats/reading/input.h"
 #include "formats/reading/progress.h"
-#include "formats/writing/write_formats.h"
+#include "formats/writing/sheet_facts.h"
 
 namespace vek::formats {
 

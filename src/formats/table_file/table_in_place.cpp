@@ -6,8 +6,8 @@
 #include "formats/saving/rows_in_place.h"
 #include "formats/table_file/exact_cells.h"
 #include "formats/table_file/table_lines.h"
+#include "formats/table_file/table_rows.h"
 #include "formats/text/text_lines.h"
-#include "formats/writing/write_formats.h"
 
 namespace vek::formats {
 

@@ -5,8 +5,10 @@
 #include <vekdb/host/text_util.h>
 #include "formats/reading/progress.h"
 #include "formats/table_file/exact_cells.h"
+#include "formats/table_file/table_rows.h"
 #include "formats/text/text_lines.h"
 #include "formats/writing/cell_run.h"
+#include "formats/writing/sheet_facts.h"
 #include "formats/writing/write_formats.h"
 
 namespace vek::formats {

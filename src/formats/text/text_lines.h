@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <string_view>
 #include <vector>
@@ -68,6 +69,12 @@ inline std::string_view trimmed(std::string_view text) {
     const auto isInk = [](char c) { return static_cast<unsigned char>(c) > ' '; };
     const bool hasNone = text.empty() || (isInk(text.front()) && isInk(text.back()));
     return hasNone ? text : withoutBlankEnds(text);
+}
+/// Whether one of the bytes is there. Looks at all, so that many can be looked at together.
+inline bool hasAnyOf(std::string_view text, std::array<char, 4> kinds) {
+    bool has = false;
+    for (char c : text) has |= c == kinds[0] || c == kinds[1] || c == kinds[2] || c == kinds[3];
+    return has;
 }
 /// Equal without regard to the case of A to Z.
 bool sameText(std::string_view a, std::string_view b);

@@ -3,10 +3,7 @@
 #include <algorithm>
 #include <numeric>
 
-#include <vekdb/host/text_util.h>
 #include "formats/inform.h"
-#include "formats/timecode/counting.h"
-#include "formats/writing/write_formats.h"
 
 namespace vek::formats {
 

@@ -1,0 +1,162 @@
+#include "formats/delimited/delimited_lines.h"
+
+#include "formats/formats.h"
+#include "formats/reading/progress.h"
+#include "formats/text/text_lines.h"
+#include "formats/writing/plain_lines.h"
+#include "formats/writing/sheet_facts.h"
+#include "formats/writing/write_formats.h"
+
+namespace vek::formats {
+
+namespace {
+
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+
+// A quote is needed where the reader would else see another text, and for a lone empty cell,
+// whose line would read as no row. One that begins with the bytes of a byte order mark would be
+// taken for a file with one.
+void addDelimited(std::string& out, std::string_view cell, char separator, bool isAlone) {
+    const bool isPlain =
+        !hasAnyOf(cell, {'"', '\n', '\r', separator}) && !cell.starts_with(byteOrderMark);
+    if (isPlain && !(isAlone && cell.empty())) {
+        out += cell;
+        return;
+    }
+    out += '"';
+    for (char c : cell) {
+        if (c == '"') out += '"';
+        out += c;
+    }
+    out += '"';
+}
+
+bool looksLikeFormula(std::string_view cell) {
+    return !cell.empty() &&
+           std::string_view("=+-@\t\r").find(cell.front()) != std::string_view::npos;
+}
+
+// Makes lines of delimited text, without their ends.
+class DelimitedLines {
+public:
+    DelimitedLines(char separator, bool guardsFormulas, std::string output, Losses& losses)
+        : separator_(separator),
+          guardsFormulas_(guardsFormulas),
+          output_(std::move(output)),
+          losses_(losses) {}
+
+    /// `place` is asked for where a cell is to be told of.
+    template <class Cell, class Place>
+    void add(std::string& text, std::size_t count, Cell cell, Place place) {
+        const std::size_t begin = text.size();
+        for (unsigned i = 0; i < count; ++i) {
+            if (i > 0) text += separator_;
+            addCell(text, cell(i), count == 1, [&] { return place(i); });
+        }
+        tellZeros(std::string_view(text).substr(begin), count, cell, place, losses_);
+    }
+
+    /// The line of names, by which readers tell formats apart: quotes keep it from being taken
+    /// for the beginning of another one.
+    template <class Cell>
+    std::string names(std::size_t count, Cell cell) {
+        if (count == 0) return {};
+        std::string rest;
+        for (unsigned i = 1; i < count; ++i) {
+            rest += separator_;
+            addCell(rest, cell(i), false, [&] { return inQuotes(cell(i)); });
+        }
+        std::string first;
+        addCell(first, cell(0), count == 1, [&] { return inQuotes(cell(0)); });
+        const std::string plain = first + rest;
+        if (!first.starts_with('"') && mayBeTakenForAnother(plain)) {
+            first = concat("\"", first, "\"");
+        }
+        requireFormat(first + rest, plain);
+        return first + rest;
+    }
+
+private:
+    Format format() const { return separator_ == ',' ? Format::csv : Format::tsv; }
+
+    Format formatFound(std::string_view line) const {
+        return recognised(std::string(".") + formatName(format()), line);
+    }
+
+    // A blank line is passed over for the next one. In a pipe there is no name to go by.
+    bool mayBeTakenForAnother(std::string_view line) const {
+        const std::string_view text = trimmed(line);
+        return text.empty() || text.front() == '{' || text.front() == '[' ||
+               formatFound(line) != format();
+    }
+
+    void requireFormat(std::string_view line, std::string_view asNamed) const {
+        if (formatFound(line) == format()) return;
+        throw Failure{unwritable,
+                      concat(output_, ": ", inQuotes(trimmed(asNamed).substr(0, 40)),
+                             ", expected another name of the first column: the file would be read "
+                             "as a table file; rename the column, or put another first")};
+    }
+
+    template <class Place>
+    void addCell(std::string& line, std::string_view cell, bool isAlone, Place place) {
+        if (!guardsFormulas_ || !looksLikeFormula(cell)) {
+            return addDelimited(line, cell, separator_, isAlone);
+        }
+        losses_.add("cells that begin like formulas, given an apostrophe", place());
+        addDelimited(line, concat("'", cell), separator_, isAlone);
+    }
+
+    char separator_;
+    bool guardsFormulas_;
+    std::string output_;
+    Losses& losses_;
+};
+
+}  // namespace
+
+std::string delimitedNames(const std::vector<std::string>& names, char separator,
+                           const std::string& output, Losses& losses) {
+    DelimitedLines lines(separator, false, output, losses);
+    return lines.names(names.size(), [&](unsigned i) -> std::string_view { return names[i]; });
+}
+
+void addDelimitedRow(std::string& text, const Sheet& sheet, unsigned row, std::size_t count,
+                     char separator, Losses& losses) {
+    DelimitedLines(separator, false, {}, losses)
+        .add(
+            text, count,
+            [&](unsigned i) {
+                return i < sheet.columns.size() ? sheet.cell(row, i) : std::string_view();
+            },
+            [&](unsigned i) { return place(sheet, row, i); });
+}
+
+void writeDelimited(const Sheet& sheet, char separator, const WriteStyle& style, Output& out,
+                    Losses& losses) {
+    loseParameters(sheet.log, losses);
+    Progress progress("writing", sheet.rowCount());
+    if (style.byteOrderMark) out.write(byteOrderMark);
+    DelimitedLines lines(separator, style.guardsFormulas, out.name(), losses);
+    const char* const end = bytesOf(style.lineEnd);
+    const std::size_t count = sheet.columns.size();
+    out.write(lines.names(count, [&](unsigned i) { return sheet.name(i); }) + end);
+    PlainLines plain(sheet, separator, "\"\n\r");
+    const bool mayBePlain = !style.guardsFormulas && count > 1;
+    std::string line;
+    for (unsigned row = 0; row < sheet.rowCount(); ++row) {
+        progress.reach(row);
+        const std::string_view plainLine = mayBePlain ? plain.line(row, end) : std::string_view();
+        if (!plainLine.empty()) {
+            out.write(plainLine);
+            continue;
+        }
+        line.clear();
+        lines.add(
+            line, count, [&](unsigned i) { return sheet.cell(row, i); },
+            [&](unsigned i) { return place(sheet, row, i); });
+        out.write(line += end);
+    }
+}
+
+}  // namespace vek::formats

@@ -1,0 +1,55 @@
+#include "formats/writing/sheet_facts.h"
+
+#include <map>
+#include <set>
+
+#include "formats/table_file/exact_cells.h"
+#include "formats/text/text_lines.h"
+
+namespace vek::formats {
+
+std::vector<std::string> distinctNames(const Sheet& sheet, Losses& losses) {
+    std::vector<std::string> names;
+    std::set<std::string> used;
+    std::map<std::string, std::size_t> numbers;  // the first that may be free, of each name
+    for (unsigned i = 0; i < sheet.columns.size(); ++i) {
+        std::string name = sheet.name(i);
+        std::size_t& n = numbers.try_emplace(name, 2).first->second;
+        while (used.contains(name)) name = sheet.name(i) + " " + std::to_string(n++);
+        if (name != sheet.name(i)) {
+            losses.add("columns of a name that another has, given a number", inQuotes(name));
+        }
+        used.insert(name);
+        names.push_back(name);
+    }
+    return names;
+}
+
+std::string place(const Sheet& sheet, unsigned row, unsigned column) {
+    return sheet.log.name + ":" + std::to_string(sheet.line(row)) + ":" + sheet.name(column);
+}
+
+std::vector<Parameter> ownParameters(const Log& log) {
+    std::vector<Parameter> out;
+    for (unsigned i = 0; i < log.table->get_num_params(); ++i) {
+        std::string name = log.table->get_param_name(i);
+        bool isOurs = sameText(name, "VEKDB") || sameText(name, "V5_FIELD_MAP");
+        if (isOurs || isExactNote(name)) continue;
+        out.push_back({name, log.table->get_param_text(i)});
+    }
+    return out;
+}
+
+void loseParameters(const Log& log, Losses& losses) {
+    for (const Parameter& parameter : ownParameters(log)) {
+        losses.add("parameters have no place in this format", inQuotes(parameter.name));
+    }
+}
+
+void tellZerosOf(std::string_view line, const Sheet& sheet, unsigned row, Losses& losses) {
+    tellZeros(
+        line, sheet.columns.size(), [&](unsigned i) { return sheet.cell(row, i); },
+        [&](unsigned i) { return place(sheet, row, i); }, losses);
+}
+
+}  // namespace vek::formats
