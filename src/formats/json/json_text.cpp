@@ -1,29 +1,60 @@
 #include "formats/json/json_text.h"
 
+#include <bit>
 #include <cmath>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
 #include <vekdb/host/text_util.h>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace vek::formats {
 
 namespace {
 
-constexpr std::uint64_t inEachByte = 0x0101010101010101u;
 constexpr std::string_view markBytes = "\xEF\xBB\xBF";
 
 unsigned char byteAt(const char* at) {
     return static_cast<unsigned char>(*at);
 }
 
-// Whether none of eight bytes is a control character or beyond the 7-bit range.
-bool areEightPlain(const char* at) {
-    std::uint64_t bytes;
-    std::memcpy(&bytes, at, sizeof bytes);
-    const std::uint64_t below = (bytes - inEachByte * 0x20) & ~bytes;
-    return ((below | bytes) & (inEachByte * 0x80)) == 0;
+// Bytes that a string has as they are: of the 7-bit range, no control characters, neither what ends
+// the string nor what begins an escape.
+bool isPlain(char c) {
+    const unsigned char byte = byteAt(&c);
+    return byte >= 0x20 && byte < 0x80 && c != '"' && c != '\\';
+}
+
+#if defined(__SSE2__)
+
+// As signed numbers all bytes beyond the 7-bit range are below the control characters.
+unsigned oddOfSixteen(const char* at) {
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+    const __m128i ends = _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('"')),
+                                      _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\\')));
+    const __m128i odd = _mm_or_si128(ends, _mm_cmplt_epi8(bytes, _mm_set1_epi8(0x20)));
+    return static_cast<unsigned>(_mm_movemask_epi8(odd));
+}
+
+#else
+
+unsigned oddOfSixteen(const char* at) {
+    unsigned odd = 0;
+    for (unsigned i = 0; i < 16; ++i) odd |= unsigned{!isPlain(at[i])} << i;
+    return odd;
+}
+
+#endif
+
+const char* behindPlain(const char* at, const char* end) {
+    for (; end - at >= 16; at += 16) {
+        if (const unsigned odd = oddOfSixteen(at)) return at + std::countr_zero(odd);
+    }
+    while (at != end && isPlain(*at)) ++at;
+    return at;
 }
 
 bool isBetween(unsigned char byte, unsigned least, unsigned most) {
@@ -44,20 +75,16 @@ std::size_t sizeOfWide(const char* at, std::size_t left) {
     return size;
 }
 
-// Whether a string may hold these bytes.
-bool areAllowed(const char* at, const char* end) {
-    while (at != end) {
-        const auto left = static_cast<std::size_t>(end - at);
-        if (left >= 8 && areEightPlain(at)) {
-            at += 8;
-            continue;
-        }
-        if (byteAt(at) < 0x20) return false;
-        const std::size_t size = byteAt(at) < 0x80 ? 1 : sizeOfWide(at, left);
-        if (size == 0) return false;
+// The bytes at the front of a text, up to one that ends a string, begins an escape or may not
+// stand in a string.
+const char* behindText(const char* at, const char* end) {
+    for (;;) {
+        at = behindPlain(at, end);
+        if (at == end || byteAt(at) < 0x80) return at;
+        const std::size_t size = sizeOfWide(at, static_cast<std::size_t>(end - at));
+        if (size == 0) return at;
         at += size;
     }
-    return true;
 }
 
 int valueOfDigit(char c) {
@@ -164,7 +191,7 @@ bool isFinite(std::string_view number) {
 
 }  // namespace
 
-void JsonText::skipBlanks() {
+void JsonText::skipSomeBlanks() {
     for (; at_ != end_; ++at_) {
         if (*at_ == '\n') {
             ++line_;
@@ -178,9 +205,11 @@ void JsonText::skipBetween() {
     for (; at_ != end_ && byteAt(at_) <= ' '; ++at_) line_ += *at_ == '\n' ? 1 : 0;
 }
 
-bool JsonText::take(char c) {
-    if (at_ == end_ || *at_ != c) return false;
-    ++at_;
+bool JsonText::takeAgain(std::string_view text, std::size_t lines) {
+    const std::string_view rest(at_, static_cast<std::size_t>(end_ - at_));
+    if (!rest.starts_with(text)) return false;
+    at_ += text.size();
+    line_ += lines;
     return true;
 }
 
@@ -197,18 +226,13 @@ std::optional<JsonText::String> JsonText::takeString() {
     if (!take('"')) return {};
     const char* const start = at_;
     String found;
-    for (;;) {
-        const char* const mark = marks_.next(at_);
-        if (mark == end_ || !areAllowed(at_, mark)) return {};
-        at_ = mark;
-        if (*mark == '"') break;
-        const std::size_t size = sizeOfEscape(mark, end_);
+    for (at_ = behindText(at_, end_); !take('"'); at_ = behindText(at_, end_)) {
+        const std::size_t size = peek() == '\\' ? sizeOfEscape(at_, end_) : 0;
         if (size == 0) return {};
         found.hasEscapes = true;
         at_ += size;
     }
-    found.raw = {start, static_cast<std::size_t>(at_ - start)};
-    ++at_;
+    found.raw = {start, static_cast<std::size_t>(at_ - 1 - start)};
     return found;
 }
 
@@ -247,8 +271,8 @@ std::optional<std::string_view> JsonText::takeNumber() {
 }
 
 bool standsAsItIs(std::string_view text) {
-    const bool needsEscapes = text.find('"') != text.npos || text.find('\\') != text.npos;
-    return !needsEscapes && areAllowed(text.data(), text.data() + text.size());
+    const char* const end = text.data() + text.size();
+    return behindText(text.data(), end) == end;
 }
 
 std::size_t resolveEscapes(char* text, std::size_t size) {

@@ -5,8 +5,6 @@
 #include <string>
 #include <string_view>
 
-#include <vekdb/byte_marks.h>
-
 namespace vek::formats {
 
 /// Reads the pieces of a JSON text, one after the other, and accepts exactly what the format
@@ -19,8 +17,7 @@ public:
         bool hasEscapes = false;
     };
 
-    JsonText(const char* begin, const char* end)
-        : at_(begin), end_(end), marks_(begin, end, {'"', '"', '\\', '\\'}) {}
+    JsonText(const char* begin, const char* end) : at_(begin), end_(end) {}
 
     const char* at() const { return at_; }
     bool atEnd() const { return at_ == end_; }
@@ -28,10 +25,18 @@ public:
     std::size_t line() const { return line_; }
 
     /// Blanks as the format has them.
-    void skipBlanks();
+    void skipBlanks() {
+        if (at_ != end_ && static_cast<unsigned char>(*at_) <= ' ') skipSomeBlanks();
+    }
     /// All control characters and blanks, which may stand between the values of a text.
     void skipBetween();
-    bool take(char c);
+    bool take(char c) {
+        if (at_ == end_ || *at_ != c) return false;
+        ++at_;
+        return true;
+    }
+    /// What stood elsewhere and was accepted there, with so many line ends in it.
+    bool takeAgain(std::string_view text, std::size_t lines);
     /// A byte order mark, which may stand in front of a text.
     void takeMark();
     std::optional<String> takeString();
@@ -41,12 +46,12 @@ public:
     void goTo(const char* at);
 
 private:
+    void skipSomeBlanks();
     std::optional<std::string_view> takeNumber();
 
     const char* at_;
     const char* end_;
     std::size_t line_ = 1;
-    ByteMarks marks_;
 };
 
 /// Whether a text stands in a string as it is: well-formed, and nothing in it needs an escape.

@@ -15,27 +15,44 @@ namespace {
 class RowCells {
 public:
     /// False where the row has the column already; the cell is replaced then.
-    bool set(std::size_t column, std::string_view cell) {
+    bool set(std::size_t column, const JsonText::String& cell) {
         if (column >= cells_.size()) {
             cells_.resize(column + 1);
-            rowOf_.resize(column + 1);
+            marks_.resize(column + 1);
         }
-        const bool isNew = std::exchange(rowOf_[column], row_) != row_;
-        cells_[column] = cell;
+        if (cell.hasEscapes) escaped_.push_back(column);
+        const bool isNew = marks_[column].row != row_;
+        marks_[column] = {row_, cell.hasEscapes};
+        cells_[column] = cell.raw;
         count_ = std::max(count_, column + 1);
         return isNew;
+    }
+    /// Writes what the escapes of the cells stand for in their place, in the text from `begin` on.
+    void resolve(char* begin) {
+        for (std::size_t column : escaped_) {
+            if (!std::exchange(marks_[column].hasEscapes, false)) continue;
+            char* const at = begin + (cells_[column].data() - begin);
+            cells_[column] = {at, resolveEscapes(at, cells_[column].size())};
+        }
     }
     const std::string_view* data() const { return cells_.data(); }
     std::size_t count() const { return count_; }
     void clear() {
         std::fill_n(cells_.begin(), count_, std::string_view());
+        escaped_.clear();
         count_ = 0;
         ++row_;
     }
 
 private:
+    struct Mark {
+        std::size_t row = 0;  // that had the column last
+        bool hasEscapes = false;
+    };
+
     std::vector<std::string_view> cells_;
-    std::vector<std::size_t> rowOf_;  // the row that had the column last
+    std::vector<Mark> marks_;
+    std::vector<std::size_t> escaped_;  // columns, some more than once
     std::size_t row_ = 1;
     std::size_t count_ = 0;
 };
@@ -61,9 +78,12 @@ public:
     }
 
 private:
-    struct Value {
-        std::size_t column;
-        JsonText::String text;
+    // What stands in front of a value: its name and a colon. Rows have the same in the same place,
+    // as a rule.
+    struct Front {
+        std::string text;
+        std::size_t lines = 0;
+        std::size_t column = 0;
     };
 
     void readRows() {
@@ -116,39 +136,46 @@ private:
         progress_.reach(static_cast<std::size_t>(text_.at() - begin_));
         char* const first = begin_ + (text_.at() - begin_);
         const std::size_t line = text_.line();
-        values_.clear();
+        cells_.clear();
         nested_.clear();
         if (!text_.take('{')) refuse();
         text_.skipBlanks();
-        if (!text_.take('}')) readValues();
-        fillCells(line);
+        if (!text_.take('}')) readValues(line);
+        cells_.resolve(begin_);
         char* const end = begin_ + (text_.at() - begin_);
         builder_.addWholeRow(line, cells_.data(), cells_.count(), {first, end});
-        cells_.clear();
     }
 
-    void readValues() {
-        std::size_t expected = 0;  // rows have their names in the same order, as a rule
+    void readValues(std::size_t line) {
+        std::size_t place = 0;
         do {
+            const std::size_t column = readFront(place++);
             text_.skipBlanks();
-            const std::size_t column = readName(expected);
-            expected = column + 1;
-            text_.skipBlanks();
-            if (!text_.take(':')) refuse();
-            text_.skipBlanks();
-            values_.push_back({column, readValue()});
+            if (!cells_.set(column, readValue())) reportTwice(line, names_[column]);
             text_.skipBlanks();
         } while (text_.take(','));
         if (!text_.take('}')) refuse();
     }
 
-    std::size_t readName(std::size_t expected) {
+    // The column of the value that comes.
+    std::size_t readFront(std::size_t place) {
+        if (place >= fronts_.size()) fronts_.resize(place + 1);
+        Front& front = fronts_[place];
+        if (!front.text.empty() && text_.takeAgain(front.text, front.lines)) return front.column;
+        const char* const first = text_.at();
+        const std::size_t line = text_.line();
+        text_.skipBlanks();
+        const std::size_t column = readName();
+        text_.skipBlanks();
+        if (!text_.take(':')) refuse();
+        front = {std::string(first, text_.at()), text_.line() - line, column};
+        return column;
+    }
+
+    std::size_t readName() {
         const std::optional<JsonText::String> name = text_.takeString();
         if (!name) refuse();
-        if (!name->hasEscapes) {
-            if (expected < names_.size() && names_[expected] == name->raw) return expected;
-            return names_.place(name->raw);
-        }
+        if (!name->hasEscapes) return names_.place(name->raw);
         std::string resolved(name->raw);
         resolved.resize(resolveEscapes(resolved.data(), resolved.size()));
         return names_.place(resolved);
@@ -176,17 +203,6 @@ private:
         return {nested_.emplace_back(std::move(found->text)), false};
     }
 
-    void fillCells(std::size_t line) {
-        for (const Value& value : values_) {
-            std::string_view cell = value.text.raw;
-            if (value.text.hasEscapes) {
-                char* const at = begin_ + (cell.data() - begin_);
-                cell = {at, resolveEscapes(at, cell.size())};
-            }
-            if (!cells_.set(value.column, cell)) reportTwice(line, names_[value.column]);
-        }
-    }
-
     void reportTwice(std::size_t line, const std::string& name) {
         log_.report([&]() -> Problem {
             return {line, "", "the name " + inQuotes(name) + " a second time", "once in an object",
@@ -200,7 +216,7 @@ private:
     JsonText text_;
     Progress progress_;
     NameList names_;
-    std::vector<Value> values_;
+    std::vector<Front> fronts_;
     std::deque<std::string> nested_;  // values that stand no more as they were written
     RowCells cells_;
     std::string_view before_;

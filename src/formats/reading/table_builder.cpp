@@ -25,18 +25,6 @@ bool isPunctuatedTimecode(std::string_view text) {
     return text.size() == 11 && parseTimecode(text).has_value();
 }
 
-// Whether there are timecodes in a column, and nothing else.
-bool holdsTimecodes(const Log& log, unsigned column) {
-    bool any = false;
-    for (unsigned row = 0; row < log.rowCount(); ++row) {
-        std::string_view cell = log.cell(row, column);
-        if (cell.empty()) continue;
-        if (!isPunctuatedTimecode(cell)) return false;
-        any = true;
-    }
-    return any;
-}
-
 }  // namespace
 
 std::vector<std::string> asStrings(const std::vector<std::string_view>& texts) {
@@ -116,6 +104,7 @@ void TableBuilder::addRow(std::size_t line, const std::vector<std::string_view>&
 void TableBuilder::addWholeRow(std::size_t line, const std::string_view* cells, std::size_t count,
                                TextRows::Room room) {
     notePlace(room);
+    lookForTimecodes(cells, count);
     if (!rows_->append(room, cells, count)) {
         throw Failure{unreadable, log_.name, {0, "", "more than 65535 columns", "", ""}};
     }
@@ -124,6 +113,20 @@ void TableBuilder::addWholeRow(std::size_t line, const std::string_view* cells, 
         requireCells(log_.name, rows_->count(), columnCount(), rows_->size());
     }
     log_.lines.push_back(static_cast<std::uint32_t>(line));
+}
+
+// Before the cells are moved: they have just been looked at.
+void TableBuilder::lookForTimecodes(const std::string_view* cells, std::size_t count) {
+    for (; seen_ < count; ++seen_) timecodes_.push_back({static_cast<unsigned>(seen_)});
+    auto kept = timecodes_.begin();
+    auto one = kept;
+    for (; one != timecodes_.end() && one->column < count; ++one) {
+        const std::string_view cell = cells[one->column];
+        if (!cell.empty() && !isPunctuatedTimecode(cell)) continue;
+        *kept = {one->column, one->isFilled || !cell.empty()};
+        ++kept;
+    }
+    timecodes_.erase(kept, one);
 }
 
 void TableBuilder::endHeading(const char* at) {
@@ -170,10 +173,8 @@ void TableBuilder::finish() {
     if (log_.source && textSize() != 0) log_.source->places.endAt(textSize());
     rows_->finish(descriptors(columns_));
     rows_.reset();
-    for (unsigned column = 0; column < log_.columnCount(); ++column) {
-        if (holdsTimecodes(log_, column)) {
-            log_.table->set_fieldtype(column, DBFieldTypes::timecode);
-        }
+    for (const TimecodeColumn& one : timecodes_) {
+        if (one.isFilled) log_.table->set_fieldtype(one.column, DBFieldTypes::timecode);
     }
     log_.table->clear_changed();
 }

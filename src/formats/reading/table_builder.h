@@ -43,10 +43,19 @@ public:
 
 private:
     void notePlace(TextRows::Room room);
+    void lookForTimecodes(const std::string_view* cells, std::size_t count);
+
+    // A column in which there was nothing but timecodes so far.
+    struct TimecodeColumn {
+        unsigned column;
+        bool isFilled = false;
+    };
 
     Log& log_;
     std::vector<std::string> columns_;
     std::optional<TextRows> rows_;
+    std::vector<TimecodeColumn> timecodes_;
+    std::size_t seen_ = 0;  // columns that a row had a cell for
 };
 
 /// Names for columns of values behind the last one that was declared: "Extra 1" and on, but none
