@@ -48,9 +48,9 @@ struct ColumnKinds {
 // Goes through a log and notes everything that is wrong with it.
 class Checker {
 public:
-    Checker(const Log& log, std::string_view text, const Gauge& gauge)
+    Checker(const Log& log, Input& input, const Gauge& gauge)
         : log_(log),
-          text_(text),
+          input_(input),
           gauge_(gauge),
           counting_(log),
           ranges_(rangeColumns(log)),
@@ -58,7 +58,7 @@ public:
 
     std::vector<Problem> check() {
         found_.push_back(counting_.contradictions());
-        if (log_.format == Format::table) found_.push_back(problemsOfTableText(text_, log_));
+        if (log_.format == Format::table) found_.push_back(problemsOfTableText(input_, log_));
         const std::size_t first = found_.size();
         found_.resize(first + log_.columnCount() + ranges_.size());
         checkRows(first);
@@ -76,26 +76,27 @@ public:
     std::size_t remarks() const { return remarks_; }
 
 private:
-    enum class Kind { text, timecode, keycode };
-
     void add(unsigned row, unsigned column, const std::string& found, const std::string& expected) {
         found_[at_].push_back({log_.lineOf(row), log_.columnName(column), found, expected, ""});
     }
 
+    // A column whose cells are looked at one by one.
+    struct CodeColumn {
+        unsigned column;
+        bool hasKeycodes;
+    };
+
     // The rows are gone through once for all columns. What is found is told column by column.
     void checkRows(std::size_t first) {
-        const std::vector<Kind> kinds = kindsOfColumns();
-        std::vector<std::string_view> cells(kinds.size());
+        const std::vector<CodeColumn> codes = codeColumns();
+        std::vector<std::string_view> cells(log_.columnCount());
         for (unsigned row = 0; row < log_.rowCount(); ++row) {
             log_.cells(row, cells);
-            const bool mayBeLost =
-                log_.format != Format::table && !areSurelyKept(cells.data(), cells.size());
-            for (unsigned i = 0; i < cells.size(); ++i) {
-                at_ = first + i;
-                if (kinds[i] == Kind::timecode) checkTimecode(row, i, cells[i]);
-                if (kinds[i] == Kind::keycode) checkKeycode(row, i, trimmed(cells[i]));
-                if (mayBeLost) checkHolds(row, i, cells[i]);
+            for (const CodeColumn& code : codes) {
+                at_ = first + code.column;
+                checkCode(row, code, cells[code.column]);
             }
+            if (log_.format != Format::table) checkHolds(first, row, cells);
             at_ = first + cells.size();
             for (const RangeColumns& pair : ranges_) {
                 checkRange(row, pair, cells[pair.start], cells[pair.end]);
@@ -105,27 +106,56 @@ private:
         at_ = first + cells.size() + ranges_.size();
     }
 
-    std::vector<Kind> kindsOfColumns() const {
+    // What most of a column's cells are is counted where no type says it.
+    std::vector<CodeColumn> codeColumns() const {
+        std::vector<unsigned> untyped;
+        for (unsigned i = 0; i < log_.columnCount(); ++i) {
+            if (!isTyped(i)) untyped.push_back(i);
+        }
+        const std::vector<ColumnKinds> counts = kindsOf(untyped);
+        std::vector<CodeColumn> codes;
+        for (unsigned i = 0; i < counts.size(); ++i) {
+            const ColumnKinds& kinds = counts[i];
+            if (isTyped(i) || kinds.areMostly(kinds.timecodes))
+                codes.push_back({i, false});
+            else if (kinds.areMostly(kinds.keycodes))
+                codes.push_back({i, true});
+        }
+        return codes;
+    }
+
+    std::vector<ColumnKinds> kindsOf(const std::vector<unsigned>& columns) const {
         std::vector<ColumnKinds> counts(log_.columnCount());
         std::vector<std::string_view> cells(counts.size());
         for (unsigned row = 0; row < log_.rowCount(); ++row) {
             log_.cells(row, cells);
-            for (std::size_t i = 0; i < cells.size(); ++i) counts[i].add(cells[i]);
+            for (unsigned column : columns) counts[column].add(cells[column]);
         }
-        std::vector<Kind> kinds;
-        for (unsigned i = 0; i < counts.size(); ++i) kinds.push_back(kindOf(i, counts[i]));
-        return kinds;
+        return counts;
     }
 
-    Kind kindOf(unsigned column, const ColumnKinds& counts) const {
-        DBFieldTypes::eType type = log_.table->get_field_type(column);
-        bool isTyped = type == DBFieldTypes::timecode || type == DBFieldTypes::timecode_s;
-        if (isTyped || counts.areMostly(counts.timecodes)) return Kind::timecode;
-        return counts.areMostly(counts.keycodes) ? Kind::keycode : Kind::text;
+    bool isTyped(unsigned column) const {
+        const DBFieldTypes::eType type = log_.table->get_field_type(column);
+        return type == DBFieldTypes::timecode || type == DBFieldTypes::timecode_s;
+    }
+
+    void checkCode(unsigned row, const CodeColumn& code, std::string_view cell) {
+        if (cell.empty()) return;
+        if (code.hasKeycodes)
+            checkKeycode(row, code.column, trimmed(cell));
+        else
+            checkTimecode(row, code.column, cell);
+    }
+
+    void checkHolds(std::size_t first, unsigned row, const std::vector<std::string_view>& cells) {
+        if (areSurelyKept(cells.data(), cells.size())) return;
+        for (unsigned i = 0; i < cells.size(); ++i) {
+            at_ = first + i;
+            checkHolds(row, i, cells[i]);
+        }
     }
 
     void checkTimecode(unsigned row, unsigned column, std::string_view cell) {
-        if (cell.empty()) return;
         std::optional<Timecode> code = parseTimecode(cell);
         if (!code)
             add(row, column, inQuotes(cell), "a timecode such as 01:00:00:00");
@@ -262,7 +292,7 @@ private:
     }
 
     const Log& log_;
-    std::string_view text_;
+    Input& input_;
     const Gauge& gauge_;
     LogCounting counting_;
     std::vector<RangeColumns> ranges_;
@@ -291,7 +321,7 @@ struct Findings {
 Findings findingsOf(const std::string& path, const Args& args) {
     Input input(path);
     Log log = openLog(input, path, args.text("from"));
-    Checker checker(log, input.text(), wantedGauge(args));
+    Checker checker(log, input, wantedGauge(args));
     Findings findings{log.name};
     findings.problems = checker.check();
     findings.remarks = checker.remarks();

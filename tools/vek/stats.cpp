@@ -65,39 +65,47 @@ bool isBefore(const Group& a, const Group& b) {
     return order != 0 ? order < 0 : a.name < b.name;
 }
 
+// What one row adds to the sums of its group.
+struct Clip {
+    std::string_view scene;
+    bool isTake = false;
+    bool isUntimed = false;
+    bool dropFrame = false;
+    bool isUnfilmed = false;
+    std::int64_t frames = 0;
+    std::int64_t perforations = 0;
+};
+
 class Counter {
 public:
     Counter(const Log& log, const Rates& rates) : log_(log), rates_(rates), places_(log) {}
 
-    void count(unsigned row, Sums& sums) const {
-        ++sums.clips;
-        if (places_.scene != noColumn && !log_.cell(row, places_.scene).empty()) {
-            sums.scenes.emplace(log_.cell(row, places_.scene));
-        }
-        if (places_.take != noColumn && !log_.cell(row, places_.take).empty()) ++sums.takes;
-        countTime(row, sums);
-        countFilm(row, sums);
+    Clip clip(unsigned row) const {
+        Clip clip;
+        if (places_.scene != noColumn) clip.scene = log_.cell(row, places_.scene);
+        clip.isTake = places_.take != noColumn && !log_.cell(row, places_.take).empty();
+        readTime(row, clip);
+        readFilm(row, clip);
+        return clip;
     }
 
     const Places& places() const { return places_; }
 
 private:
-    void countTime(unsigned row, Sums& sums) const {
+    void readTime(unsigned row, Clip& clip) const {
         if (places_.time.start == noColumn || rates_.nominal() == 0) return;
         std::optional<Timecode> start = rates_.counting.timecode(row, places_.time.start);
         std::optional<Timecode> end = rates_.counting.timecode(row, places_.time.end);
         std::optional<std::int64_t> frames;
         if (start && end) frames = framesBetween(*start, *end, rates_.nominal());
-        if (!frames) {
-            ++sums.untimed;
-            return;
-        }
-        sums.frames += *frames;
-        sums.dropFrame = sums.dropFrame || start->dropFrame || end->dropFrame;
+        clip.isUntimed = !frames;
+        if (!frames) return;
+        clip.frames = *frames;
+        clip.dropFrame = start->dropFrame || end->dropFrame;
     }
 
     // Clips without film have no keycodes, and nothing that could be left out.
-    void countFilm(unsigned row, Sums& sums) const {
+    void readFilm(unsigned row, Clip& clip) const {
         if (places_.keycode.start == noColumn) return;
         std::string_view head = log_.cell(row, places_.keycode.start);
         std::string_view tail = log_.cell(row, places_.keycode.end);
@@ -106,14 +114,25 @@ private:
         std::optional<Keycode> end = parseKeycode(tail);
         std::optional<std::int64_t> length;
         if (start && end) length = perforationsBetween(*start, *end, rates_.gauge);
-        sums.perforations += length.value_or(0);
-        sums.unfilmed += length ? 0 : 1;
+        clip.perforations = length.value_or(0);
+        clip.isUnfilmed = !length;
     }
 
     const Log& log_;
     const Rates& rates_;
     Places places_;
 };
+
+void addTo(Sums& sums, const Clip& clip) {
+    ++sums.clips;
+    if (!clip.scene.empty()) sums.scenes.insert(clip.scene);
+    sums.takes += clip.isTake ? 1 : 0;
+    sums.frames += clip.frames;
+    sums.untimed += clip.isUntimed ? 1 : 0;
+    sums.dropFrame = sums.dropFrame || clip.dropFrame;
+    sums.perforations += clip.perforations;
+    sums.unfilmed += clip.isUnfilmed ? 1 : 0;
+}
 
 std::string bar(std::int64_t value, std::int64_t most, std::size_t width) {
     if (most <= 0) return {};
@@ -254,19 +273,54 @@ Rates ratesOf(const Log& log, const Args& args) {
     return {LogCounting(log, wantedRate(args)), wantedGauge(args)};
 }
 
-// Groups are found by hash, and put in order once: where a value is a number of many digits, to
-// compare each row with it would take their square.
-Groups groupsBy(const Counter& counter, const Log& log, const VDBView& view, unsigned column) {
-    Groups groups;
-    std::unordered_map<std::string_view, std::size_t, Quor::KeyedHash> places;
-    for (unsigned i = 0; i < view->get_num_records(); ++i) {
-        unsigned row = view->baseIndex(i);
-        auto [known, isNew] = places.try_emplace(log.cell(row, column), groups.size());
-        if (isNew) groups.push_back({std::string(known->first), {}});
-        counter.count(row, groups[known->second].sums);
+// The groups of one column. They are found by hash, and put in order once: where a value is a
+// number of many digits, to compare each row with it would take their square.
+class GroupsOfColumn {
+public:
+    explicit GroupsOfColumn(unsigned column) : column_(column) {}
+
+    // Rows of one group often stand together.
+    void add(const Log& log, unsigned row, const Clip& clip) {
+        const std::string_view value = log.cell(row, column_);
+        if (groups_.empty() || groups_[last_].name != value) last_ = placeOf(value);
+        addTo(groups_[last_].sums, clip);
     }
-    std::sort(groups.begin(), groups.end(), isBefore);
-    return groups;
+
+    Groups sorted() && {
+        std::sort(groups_.begin(), groups_.end(), isBefore);
+        return std::move(groups_);
+    }
+
+private:
+    std::size_t placeOf(std::string_view value) {
+        auto [known, isNew] = places_.try_emplace(value, groups_.size());
+        if (isNew) groups_.push_back({std::string(value), {}});
+        return known->second;
+    }
+
+    unsigned column_;
+    std::size_t last_ = 0;
+    Groups groups_;
+    std::unordered_map<std::string_view, std::size_t, Quor::KeyedHash> places_;
+};
+
+using Tables = std::vector<std::pair<std::string, Groups>>;
+
+// What a row adds is worked out once for all columns.
+Tables tablesOf(const Counter& counter, const Log& log, const VDBView& view,
+                const std::vector<unsigned>& columns) {
+    std::vector<GroupsOfColumn> groups(columns.begin(), columns.end());
+    const unsigned count = view->get_num_records();
+    for (unsigned i = 0; i < count; ++i) {
+        const unsigned row = view->baseIndex(i);
+        const Clip clip = counter.clip(row);
+        for (GroupsOfColumn& each : groups) each.add(log, row, clip);
+    }
+    Tables tables;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        tables.emplace_back(log.columnName(columns[i]), std::move(groups[i]).sorted());
+    }
+    return tables;
 }
 
 void tellRate(const Log& log, const Rates& rates) {
@@ -310,8 +364,8 @@ std::vector<unsigned> groupColumns(const Log& log, const Args& args) {
 }
 
 // One document, with a table for each column.
-void printJson(const Log& log, const Rates& rates, const Counter& counter,
-               const std::vector<std::pair<std::string, Groups>>& tables, Output& out) {
+void printJson(const Log& log, const Rates& rates, const Counter& counter, const Tables& tables,
+               Output& out) {
     JsonWriter json(out);
     json.beginObject();
     json.text("file", log.name);
@@ -324,8 +378,7 @@ void printJson(const Log& log, const Rates& rates, const Counter& counter,
 }
 
 void printTables(const Rates& rates, const Counter& counter, const std::vector<unsigned>& columns,
-                 const std::vector<std::pair<std::string, Groups>>& tables, const Args& args,
-                 Output& out) {
+                 const Tables& tables, const Args& args, Output& out) {
     Screen screen = screenOf(out, args);
     for (std::size_t i = 0; i < tables.size(); ++i) {
         if (i > 0) out.line("");
@@ -341,10 +394,7 @@ int run(const Args& args) {
     VDBView view = selectRows(log, selection).view;
     Counter counter(log, rates);
     const std::vector<unsigned> columns = groupColumns(log, args);
-    std::vector<std::pair<std::string, Groups>> tables;
-    for (unsigned column : columns) {
-        tables.emplace_back(log.columnName(column), groupsBy(counter, log, view, column));
-    }
+    const Tables tables = tablesOf(counter, log, view, columns);
     tellWhatIsMissing(log, tables.front().second, rates, counter.places());
     Output out;
     if (tellsJson(args))

@@ -223,21 +223,24 @@ std::uint64_t Input::size() const {
     return static_cast<std::uint64_t>(status.st_size);
 }
 
-void Input::readAgain(std::uint64_t from, char* to, std::size_t size) const {
-    while (size > 0) {
+std::size_t Input::readFrom(std::uint64_t from, char* to, std::size_t size) const {
+    std::size_t done = 0;
+    while (done < size) {
+        const auto at = static_cast<off_t>(from + done);
         const ssize_t got =
-            uninterrupted([&] { return ::pread(descriptor_, to, size, static_cast<off_t>(from)); });
+            uninterrupted([&] { return ::pread(descriptor_, to + done, size - done, at); });
         if (got < 0) refuse(name_, errno);
-        if (got == 0) {
-            throw Failure{unwritable, name_ +
-                                          ": was cut off by another program since it was read, so "
-                                          "nothing is written; look at it, and give the command "
-                                          "again"};
-        }
-        from += static_cast<std::uint64_t>(got);
-        to += got;
-        size -= static_cast<std::size_t>(got);
+        if (got == 0) break;
+        done += static_cast<std::size_t>(got);
     }
+    return done;
+}
+
+void Input::readAgain(std::uint64_t from, char* to, std::size_t size) const {
+    if (readFrom(from, to, size) == size) return;
+    throw Failure{unwritable, name_ +
+                                  ": was cut off by another program since it was read, so nothing "
+                                  "is written; look at it, and give the command again"};
 }
 
 }  // namespace vek::formats

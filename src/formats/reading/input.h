@@ -48,6 +48,8 @@ public:
     }
     /// The number of bytes of what was kept, as it is now.
     std::uint64_t size() const;
+    /// Reads bytes of such a file from a place on; how many there were, fewer only at its end.
+    std::size_t readFrom(std::uint64_t from, char* to, std::size_t size) const;
     /// Reads bytes of what was kept. A Failure with `unwritable` where they are gone.
     void readAgain(std::uint64_t from, char* to, std::size_t size) const;
 

@@ -1,8 +1,11 @@
 #include "formats/table_file/table_lines.h"
 
 #include <algorithm>
+#include <string>
+#include <utility>
 
 #include <vekdb/host/text_util.h>
+#include "formats/reading/input.h"
 #include "formats/text/text_lines.h"
 
 namespace vek::formats {
@@ -18,26 +21,101 @@ bool hasOuterBlanks(std::string_view value) {
     return trimmed(value).size() != value.size();
 }
 
+// 1 for yes, without a branch.
+unsigned char isBlank(char c) {
+    return static_cast<unsigned char>((c == ' ') | (static_cast<unsigned char>(c - '\t') < 5));
+}
+
+unsigned char isAtEdge(char c) {
+    return static_cast<unsigned char>((c == '"') | (c == ','));
+}
+
+// A blank at the end of a value has what separates values beside it, or the line's end. Looks at
+// all bytes, so that many can be looked at together.
+bool mayHaveOuterBlanks(std::string_view line) {
+    if (line.empty()) return false;
+    unsigned char may = isBlank(line.front()) | isBlank(line.back());
+    for (std::size_t i = 1; i < line.size(); ++i) {
+        may |= isBlank(line[i - 1]) & isAtEdge(line[i]);
+        may |= isAtEdge(line[i - 1]) & isBlank(line[i]);
+    }
+    return may != 0;
+}
+
+// Takes the lines of a file off, which is read again piece by piece.
+class LinesAgain {
+public:
+    explicit LinesAgain(Input& input) : input_(input) { input_.loaderDescriptor(); }
+
+    /// Valid until the next call.
+    bool next(std::string_view& line) {
+        std::size_t end = text_.find('\n', at_);
+        while (end == text_.npos && readMore()) end = text_.find('\n', text_.size() - last_);
+        if (at_ == text_.size()) return false;
+        line = std::string_view(text_).substr(at_, end - at_);
+        at_ = end == text_.npos ? text_.size() : end + 1;
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        ++number_;
+        return true;
+    }
+    std::size_t number() const { return number_; }
+
+private:
+    static constexpr std::size_t piece = 1 << 18;
+
+    // Behind what is left of the line that was begun.
+    bool readMore() {
+        text_.erase(0, std::exchange(at_, 0));
+        const std::size_t kept = text_.size();
+        text_.resize(kept + piece);
+        last_ = input_.readFrom(read_, text_.data() + kept, piece);
+        text_.resize(kept + last_);
+        read_ += last_;
+        return last_ != 0;
+    }
+
+    Input& input_;
+    std::string text_;
+    std::size_t at_ = 0;
+    std::size_t last_ = 0;  // bytes that were read last
+    std::uint64_t read_ = 0;
+    std::size_t number_ = 0;
+};
+
+// A value as it stands between its quotes; `at` goes behind it and the comma there.
+std::string_view takeRawValue(std::string_view line, std::size_t& at) {
+    const std::size_t start = at;
+    bool isQuoted = line[at] == '"';
+    if (isQuoted) ++at;
+    while (at < line.size() && (isQuoted || line[at] != ',')) {
+        if (isQuoted) at = std::min(line.find('"', at), line.size());
+        if (at < line.size() && line[at++] == '"') isQuoted = !isQuoted;
+    }
+    std::string_view value = line.substr(start, at - start);
+    ++at;
+    const bool isEnclosed = value.size() >= 2 && value.front() == '"' && value.back() == '"';
+    return isEnclosed ? value.substr(1, value.size() - 2) : value;
+}
+
 class TableText {
 public:
-    TableText(std::string_view text, const Log& log)
-        : walk_(text, LineWalk::Ends::lineFeed), log_(log) {}
+    TableText(Input& input, const Log& log) : lines_(input), log_(log) {}
 
     std::vector<Problem> problems() {
         std::string_view line;
         bool isHeader = true;
-        while (isHeader && walk_.next(line)) isHeader = !sameText(firstValue(line), "VEKDB");
-        walk_.next(line);
-        if (walk_.next(line)) checkTypes(rawValues(line));
-        if (walk_.next(line)) checkValues(rawValues(line));
-        while (walk_.next(line) && !trimmed(line).empty()) checkValues(rawValues(line));
+        while (isHeader && lines_.next(line)) isHeader = !sameText(firstValue(line), "VEKDB");
+        lines_.next(line);
+        if (lines_.next(line)) checkTypes(rawValues(line));
+        if (lines_.next(line)) checkValues(line);
+        while (lines_.next(line) && !trimmed(line).empty()) checkValues(line);
         return std::move(found_);
     }
 
 private:
     static std::string_view firstValue(std::string_view line) {
-        std::vector<std::string_view> values = rawValues(line);
-        return values.empty() ? std::string_view() : trimmed(values[0]);
+        std::size_t at = 0;
+        return line.empty() ? line : trimmed(takeRawValue(line, at));
     }
 
     void checkTypes(const std::vector<std::string_view>& types) {
@@ -49,19 +127,22 @@ private:
         }
     }
 
-    void checkValues(const std::vector<std::string_view>& values) {
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            if (!hasOuterBlanks(values[i])) continue;
-            add(i, inQuotes(values[i]), "no blanks at the ends, which are lost on reading");
+    void checkValues(std::string_view line) {
+        if (!mayHaveOuterBlanks(line)) return;
+        std::size_t column = 0;
+        for (std::size_t at = 0; at < line.size(); ++column) {
+            const std::string_view value = takeRawValue(line, at);
+            if (!hasOuterBlanks(value)) continue;
+            add(column, inQuotes(value), "no blanks at the ends, which are lost on reading");
         }
     }
 
     void add(std::size_t column, const std::string& what, const std::string& expected) {
         std::string name = log_.columnName(static_cast<unsigned>(column));
-        found_.push_back({walk_.number(), name, what, expected, ""});
+        found_.push_back({lines_.number(), name, what, expected, ""});
     }
 
-    LineWalk walk_;
+    LinesAgain lines_;
     const Log& log_;
     std::vector<Problem> found_;
 };
@@ -70,25 +151,12 @@ private:
 
 std::vector<std::string_view> rawValues(std::string_view line) {
     std::vector<std::string_view> values;
-    std::size_t at = 0;
-    while (at < line.size()) {
-        bool isQuoted = line[at] == '"';
-        std::size_t start = at;
-        for (; at < line.size() && (isQuoted || line[at] != ','); ++at) {
-            if (line[at] == '"' && at > start) isQuoted = !isQuoted;
-        }
-        std::string_view value = line.substr(start, at - start);
-        if (value.size() >= 2 && value.front() == '"' && value.back() == '"') {
-            value = value.substr(1, value.size() - 2);
-        }
-        values.push_back(value);
-        ++at;
-    }
+    for (std::size_t at = 0; at < line.size();) values.push_back(takeRawValue(line, at));
     return values;
 }
 
-std::vector<Problem> problemsOfTableText(std::string_view text, const Log& log) {
-    return TableText(text, log).problems();
+std::vector<Problem> problemsOfTableText(Input& input, const Log& log) {
+    return TableText(input, log).problems();
 }
 
 }  // namespace vek::formats

@@ -9,7 +9,8 @@ namespace vek::formats {
 
 /// What is wrong with the text of a table file that its loaded table does not show any more:
 /// column types that are not known, and values with blanks at their ends, which reading drops.
-std::vector<Problem> problemsOfTableText(std::string_view text, const Log& log);
+/// The file is read again, piece by piece.
+std::vector<Problem> problemsOfTableText(Input& input, const Log& log);
 
 /// The values of a line as they stand between their quotes, blanks kept.
 std::vector<std::string_view> rawValues(std::string_view line);

@@ -66,7 +66,9 @@ std::string_view withoutBlankEnds(std::string_view text) {
 }
 
 bool sameText(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+    if (a.size() != b.size()) return false;
+    if (a == b) return true;
+    return std::equal(a.begin(), a.end(), b.begin(),
                       [](char x, char y) { return asciiLower(x) == asciiLower(y); });
 }
 

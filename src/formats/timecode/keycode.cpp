@@ -45,11 +45,13 @@ const Gauge* gaugeNamed(std::string_view name) {
 
 std::optional<Keycode> parseKeycode(std::string_view text) {
     text = trimmed(text);
-    std::size_t plus = text.rfind('+');
-    if (plus == std::string_view::npos || plus == 0 || plus + 3 != text.size()) return {};
-    std::size_t start = feetStart(text, plus);
-    if (start == plus || !isAsciiDigit(text[plus + 1]) || !isAsciiDigit(text[plus + 2])) return {};
-    Keycode code{trimmed(text.substr(0, start)), 0, parseInt(text.substr(plus + 1))};
+    if (text.size() < 4) return {};
+    const std::size_t plus = text.size() - 3;
+    const char* const frames = text.data() + plus + 1;
+    if (text[plus] != '+' || !isAsciiDigit(frames[0]) || !isAsciiDigit(frames[1])) return {};
+    const std::size_t start = feetStart(text, plus);
+    if (start == plus) return {};
+    Keycode code{trimmed(text.substr(0, start)), 0, (frames[0] - '0') * 10 + (frames[1] - '0')};
     std::from_chars(text.data() + start, text.data() + plus, code.feet);
     return code;
 }
