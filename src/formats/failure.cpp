@@ -8,26 +8,13 @@ namespace {
 
 constexpr std::size_t longestQuote = 60;
 
-Reason::Kind kindOf(ExitCode code) {
-    switch (code) {
-        case unreadable:
-            return Reason::unreadable;
-        case unwritable:
-            return Reason::unwritable;
-        case found:
-            return Reason::contradiction;
-        default:
-            return Reason::wrongUsage;
-    }
-}
-
 }  // namespace
 
-Failure::Failure(ExitCode code, const std::string& text)
-    : code(code), text(text), reason{kindOf(code), {}, 0, {}, text} {}
+Failure::Failure(Reason::Kind kind, const std::string& text)
+    : kind(kind), text(text), reason{kind, {}, 0, {}, text} {}
 
-Failure::Failure(ExitCode code, const std::string& file, const Problem& problem)
-    : code(code), text(problem.text(file)), reason{kindOf(code),   file,          problem.line,
+Failure::Failure(Reason::Kind kind, const std::string& file, const Problem& problem)
+    : kind(kind), text(problem.text(file)), reason{kind,           file,          problem.line,
                                                    problem.column, problem.found, problem.expected,
                                                    problem.outcome} {}
 

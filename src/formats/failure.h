@@ -8,25 +8,21 @@
 
 namespace vek::formats {
 
-/// How the program ends. Documented to people: scripts lean on these numbers.
-enum ExitCode {
-    done = 0,
-    found = 1,       ///< a difference, a problem, or nothing that matched
-    wrongUsage = 2,  ///< also a column that is not there
-    unreadable = 3,
-    unwritable = 4,
-};
+inline constexpr Reason::Kind unreadable = Reason::unreadable;
+inline constexpr Reason::Kind unwritable = Reason::unwritable;
+inline constexpr Reason::Kind wrongUsage = Reason::wrongUsage;
+inline constexpr Reason::Kind contradiction = Reason::contradiction;
 
 /// Thrown inside the library where it cannot go on. The public face makes a result of it, the
 /// program a message and its exit code.
 struct Failure {
-    ExitCode code;
+    Reason::Kind kind;
     std::string text;
     Reason reason = {};
 
-    Failure(ExitCode code, const std::string& text);
+    Failure(Reason::Kind kind, const std::string& text);
     /// A file that has a problem.
-    Failure(ExitCode code, const std::string& file, const Problem& problem);
+    Failure(Reason::Kind kind, const std::string& file, const Problem& problem);
 };
 
 /// The parts one behind the other.

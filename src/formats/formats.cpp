@@ -210,10 +210,6 @@ const char* formatName(Format format) {
     return entryOf(format).name;
 }
 
-const char* targetName(Target target) {
-    return formatName(target);
-}
-
 const std::string& readableFormats() {
     static const std::string readable = names(isReadable);
     return readable;
@@ -228,7 +224,7 @@ Format formatNamed(const std::string& name) {
     return entryNamed(name, isReadable).format;
 }
 
-Target targetNamed(const std::string& name) {
+Format targetNamed(const std::string& name) {
     return entryNamed(name, isWritable).format;
 }
 
@@ -236,12 +232,12 @@ bool hasTargetEnding(const std::string& path) {
     return entryOfPath(path, isWritable) != nullptr;
 }
 
-Target targetOfPath(const std::string& path) {
+Format targetOfPath(const std::string& path, const Terms& terms) {
     if (const FormatEntry* entry = entryOfPath(path, isWritable)) return entry->format;
     throw Failure{wrongUsage,
                   path,
                   {0, "", "the ending names no format",
-                   concat(endingsToWrite(), ", or the format with --to"), ""}};
+                   concat(endingsToWrite(), ", or the format ", terms.format), ""}};
 }
 
 // The content decides where it is plain; then the name's ending does.
@@ -261,10 +257,16 @@ Format recognised(const std::string& path, std::string_view head) {
 }
 
 void readAs(Format format, Input& input, const Wanted& wanted, Log& log) {
-    entryOf(format).read(input, wanted, log);
+    const FormatEntry& entry = entryOf(format);
+    if (!isReadable(entry)) {
+        throw Failure{wrongUsage,
+                      log.name,
+                      {0, "", concat(entry.name, " is written, not read"), "another format", ""}};
+    }
+    entry.read(input, wanted, log);
 }
 
-void writeSheet(const Sheet& sheet, Target target, const WriteStyle& style, Output& out,
+void writeSheet(const Sheet& sheet, Format target, const WriteStyle& style, Output& out,
                 Losses& losses) {
     entryOf(target).write(sheet, style, out, losses);
 }

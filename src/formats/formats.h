@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <vekdb/formats/format.h>
+#include "formats/terms.h"
 
 /// The formats that there are. A new one is a room with its reader and its writer, a name in
 /// `Format` (vekdb/formats/format.h) and a line of the table in formats.cpp.
@@ -17,23 +18,20 @@ struct Log;
 struct Sheet;
 struct WriteStyle;
 
-/// One that is to be written.
-using Target = Format;
-
 /// "vekdb", "csv", ...
 const char* formatName(Format format);
-const char* targetName(Target target);
 
 /// The names of those that can be read, and of those that can be written, "|" between them.
 const std::string& readableFormats();
 const std::string& writableFormats();
 
-/// A Failure with wrongUsage for a name that no such format has.
+/// A format that can be read, and one that can be written. A Failure with wrongUsage for a name
+/// that no such format has.
 Format formatNamed(const std::string& name);
-Target targetNamed(const std::string& name);
+Format targetNamed(const std::string& name);
 
-/// By the ending of a file's name; a Failure that says which endings there are.
-Target targetOfPath(const std::string& path);
+/// One to write, by the ending of a file's name; a Failure that says which endings there are.
+Format targetOfPath(const std::string& path, const Terms& terms);
 bool hasTargetEnding(const std::string& path);
 
 /// What a text is taken for that begins so, in a file of that name.
@@ -44,7 +42,7 @@ Format recognised(const std::string& path, std::string_view head);
 void readAs(Format format, Input& input, const std::vector<std::string>& wanted, Log& log);
 
 /// Writes the sheet and adds up what is lost. The output is not closed.
-void writeSheet(const Sheet& sheet, Target target, const WriteStyle& style, Output& out,
+void writeSheet(const Sheet& sheet, Format target, const WriteStyle& style, Output& out,
                 Losses& losses);
 
 }  // namespace vek::formats

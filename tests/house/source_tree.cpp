@@ -112,12 +112,6 @@ std::vector<const SourceFile*> librarySources() {
     return found;
 }
 
-std::vector<const SourceFile*> coreSources() {
-    auto files = librarySources();
-    std::erase_if(files, [](const SourceFile* file) { return file->folder() == "formats"; });
-    return files;
-}
-
 bool isPublicHeader(const SourceFile& file) {
     return file.isHeader() && file.path.starts_with("include/vekdb/");
 }

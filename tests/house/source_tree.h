@@ -33,8 +33,6 @@ const std::vector<std::string>& floors();
 // Sources below a floor, or of any floor of the library.
 std::vector<const SourceFile*> sourcesOf(std::string_view folder);
 std::vector<const SourceFile*> librarySources();
-/// The same without the formats.
-std::vector<const SourceFile*> coreSources();
 
 // A header that callers may include.
 bool isPublicHeader(const SourceFile& file);

@@ -34,9 +34,9 @@ int run(const Args& args) {
     int result = readingResult(log);
     const unsigned before = log.rowCount();
     const unsigned columnsBefore = log.columnCount();
-    Merger merger(log, Merger::Prefer::report, tellConflict);
+    Merger merger(log, Merger::Prefer::report, tellConflict, say);
     for (const std::string& path : args.all("OTHER")) {
-        Log other = readLog(path, args.text("from"));
+        Log other = readLog(path, openingFrom(args));
         requireWhole(other);
         if (!args.has("yes")) requireSameCounting(log, other);
         result = std::max(result, readingResult(other));

@@ -11,6 +11,7 @@
 #include "formats/text/width.h"
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
+#include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/cli/telling.h"
@@ -319,8 +320,10 @@ struct Findings {
 };
 
 Findings findingsOf(const std::string& path, const Args& args) {
-    Input input(path);
-    Log log = openLog(input, path, args.text("from"));
+    const Opening opening = openingFrom(args);
+    Input input(path, opening);
+    Log log = openLog(input, path, opening);
+    noteRead(log.bytesRead);
     Checker checker(log, input, wantedGauge(args));
     Findings findings{log.name};
     findings.problems = checker.check();
@@ -334,13 +337,13 @@ Findings findingsOrFailure(const std::string& path, const Args& args) {
     try {
         return findingsOf(path, args);
     } catch (const Failure& failure) {
-        if (failure.code != unreadable) throw;
+        if (failure.kind != unreadable) throw;
         sayFailure(failure.text);
         return {path, failure.text};
     }
 }
 
-void print(const Findings& findings, Output& out) {
+void print(const Findings& findings, Printout& out) {
     for (const Problem& problem : findings.problems) {
         out.line(escaped(worded(findings.file, problem)));
     }
@@ -406,11 +409,14 @@ public:
         if (remarks_ > 0) say(counted(remarks_, "remark"));
     }
 
-    int result() const { return isUnread_ ? unreadable : problems_ > 0 ? found : done; }
+    int result() const {
+        if (isUnread_) return exitCodeOf(unreadable);
+        return problems_ > 0 ? found : done;
+    }
 
 private:
     bool isJson_;
-    Output out_;
+    Printout out_;
     JsonWriter json_;
     std::size_t problems_ = 0;
     std::size_t remarks_ = 0;

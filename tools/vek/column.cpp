@@ -12,6 +12,7 @@
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/saving.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
@@ -48,7 +49,9 @@ int saveReordered(const Log& log, std::vector<unsigned> columns, bool backup) {
     for (unsigned column = 0; column < log.columnCount(); ++column) {
         if (!isNamed[column]) columns.push_back(column);
     }
-    saveColumnsInPlace(log, columns, backup);
+    InPlace now(log);
+    now.columns = std::move(columns);
+    saveInPlace(now, backup);
     return done;
 }
 
@@ -113,7 +116,7 @@ void requireNames(const Log& log, const std::vector<NewName>& names) {
 }
 
 void printNames(const std::vector<NewName>& names, const Args& args) {
-    Output out;
+    Printout out;
     std::string number;
     Grid grid{{{"#", true, true}, {"Before"}, {"After"}},
               names.size(),

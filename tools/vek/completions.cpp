@@ -1,4 +1,4 @@
-#include "formats/writing/output.h"
+#include "tools/vek/cli/printout.h"
 #include "tools/vek/commands.h"
 
 namespace vek {
@@ -193,7 +193,7 @@ std::string fish() {
 
 int run(const Args& args) {
     std::string shell = args.text("SHELL");
-    Output out;
+    Printout out;
     out.write(shell == "bash" ? bash() : shell == "zsh" ? zsh() : fish());
     out.close();
     return done;

@@ -7,7 +7,9 @@
 #include <vekdb/host/text_util.h>
 #include "formats/text/width.h"
 #include "formats/writing/writers.h"
+#include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/saving.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/cli/telling.h"
 #include "tools/vek/cli/writing.h"
@@ -48,12 +50,18 @@ Log requireContainer(Log log) {
     return log;
 }
 
-Log readContainer(const std::string& path) {
-    return requireContainer(readLog(path, "vekdb"));
+Opening openingOfContainer(const Args& args) {
+    Opening opening = openingFrom(args);
+    opening.format = Format::table;
+    return opening;
 }
 
-Log readContainerToChange(const std::string& path) {
-    return requireContainer(readLogToChange(path, "vekdb"));
+Log readContainer(const std::string& path, const Args& args) {
+    return requireContainer(readLog(path, openingOfContainer(args)));
+}
+
+Log readContainerToChange(const std::string& path, const Args& args) {
+    return requireContainer(readLogToChange(path, openingOfContainer(args)));
 }
 
 std::vector<unsigned> allRows(const Log& log) {
@@ -73,7 +81,7 @@ unsigned findItem(const Log& log, const Cookie& wanted, const std::vector<unsign
 }
 
 int listAsJson(const Log& log) {
-    Output out;
+    Printout out;
     JsonWriter json(out);
     json.beginObject();
     json.text("file", log.name);
@@ -88,10 +96,10 @@ int listAsJson(const Log& log) {
     return readingResult(log);
 }
 
-int list(const std::string& path, bool isJson) {
-    Log log = readContainer(path);
-    if (isJson) return listAsJson(log);
-    Output out;
+int list(const std::string& path, const Args& args) {
+    Log log = readContainer(path, args);
+    if (tellsJson(args)) return listAsJson(log);
+    Printout out;
     std::string name = log.parameter("Name");
     if (!name.empty()) out.line("# " + escaped(name));
     unsigned column = log.findColumn("Cookie");
@@ -123,7 +131,7 @@ int create(const std::string& path, const std::vector<std::string>& items, const
 // Existing files are replaced whole or not at all, which the library's own writer of containers
 // does not promise.
 int add(const std::string& path, const std::vector<std::string>& items, const Args& args) {
-    Log log = readContainerToChange(path);
+    Log log = readContainerToChange(path, args);
     auto column = static_cast<unsigned short>(log.findColumn("Cookie"));
     std::size_t added = 0;
     for (const std::string& item : items) {
@@ -141,7 +149,7 @@ int add(const std::string& path, const std::vector<std::string>& items, const Ar
 }
 
 int remove(const std::string& path, const std::vector<std::string>& items, const Args& args) {
-    Log log = readContainerToChange(path);
+    Log log = readContainerToChange(path, args);
     std::vector<unsigned> rows = allRows(log);
     std::size_t missing = 0;
     for (const std::string& item : items) {
@@ -157,8 +165,8 @@ int remove(const std::string& path, const std::vector<std::string>& items, const
     return missing > 0 ? found : done;
 }
 
-int contains(const std::string& path, const std::vector<std::string>& items) {
-    readContainer(path);
+int contains(const std::string& path, const std::vector<std::string>& items, const Args& args) {
+    readContainer(path, args);
     QuorContainerFile::Reader reader(wide(path), false);
     for (const std::string& item : items) {
         if (!reader.contains(cookieNamed(item))) return found;
@@ -178,11 +186,11 @@ int run(const Args& args) {
     if (args.has("format") && action != "list") {
         throw Failure{wrongUsage, "container: --format is for list"};
     }
-    if (action == "list") return list(path, tellsJson(args));
+    if (action == "list") return list(path, args);
     if (action == "create") return create(path, items, args);
     if (action == "add") return add(path, items, args);
     if (action == "remove") return remove(path, items, args);
-    return contains(path, items);
+    return contains(path, items, args);
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include "formats/writing/writers.h"
+#include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
@@ -7,21 +8,21 @@ namespace vek {
 
 namespace {
 
-Target wantedTarget(const Args& args) {
+Format wantedTarget(const Args& args) {
     if (args.has("to")) return targetNamed(args.text("to"));
-    if (args.text("OUT") != "-") return targetOfPath(args.text("OUT"));
+    if (args.text("OUT") != "-") return targetOfPath(args.text("OUT"), programTerms());
     throw Failure{wrongUsage, "convert: the format is missing for standard output, expected --to"};
 }
 
 int run(const Args& args) {
-    Target target = wantedTarget(args);
+    Format target = wantedTarget(args);
     Held held = holdInput({args.text("IN")}, args.text("OUT"));
     Log log = readLog(args, "IN");
-    Output out(args.text("OUT"), held);
+    Printout out(args.text("OUT"), held);
     Losses losses;
     writeSheet(wholeSheet(log), target, styleFrom(args, target), out, losses);
     out.close();
-    losses.tell(out.name());
+    tellLosses(losses, out.name());
     return readingResult(log);
 }
 

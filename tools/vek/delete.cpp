@@ -2,6 +2,7 @@
 #include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/saving.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
@@ -29,9 +30,9 @@ int run(const Args& args) {
     std::string summary =
         counted(chosen->get_num_records(), "row") + " of " + std::to_string(log.rowCount());
     if (args.has("dry-run")) {
-        Output out;
+        Printout out;
         Losses ignored;
-        writeSheet({log, chosen, allColumns(log)}, Target::csv, {}, out, ignored);
+        writeSheet({log, chosen, allColumns(log)}, Format::csv, {}, out, ignored);
         out.close();
         say(log.name + ": " + summary + " would be deleted");
         return chosen->get_num_records() == 0 ? found : done;

@@ -19,7 +19,7 @@ std::string joinedNames(const Log& log, const std::vector<unsigned>& columns) {
 // Prints differences as a person reads them: what went, what came, and cells that changed.
 class DifferencePrinter {
 public:
-    DifferencePrinter(const Differences& found, Output& out, const Screen& screen)
+    DifferencePrinter(const Differences& found, Printout& out, const Screen& screen)
         : found_(found), out_(out), screen_(screen) {}
 
     void print() {
@@ -76,7 +76,7 @@ private:
     }
 
     const Differences& found_;
-    Output& out_;
+    Printout& out_;
     const Screen& screen_;
 };
 
@@ -125,7 +125,7 @@ std::string jsonDifference(const Differences& found, const RowDifference& differ
     }
 }
 
-void printJson(const Differences& found, Output& out) {
+void printJson(const Differences& found, Printout& out) {
     out.line("{");
     out.line("  \"columnsRemoved\": " + jsonNames(found.a, found.onlyInA) + ",");
     out.line("  \"columnsAdded\": " + jsonNames(found.b, found.onlyInB) + ",");
@@ -154,7 +154,7 @@ int run(const Args& args) {
     Differences found = compareLogs(a, b, args.text("key"));
     for (const std::string& note : found.notes) say(note);
     if (found.moreNotes > 0) say(std::to_string(found.moreNotes) + " more like these");
-    Output out;
+    Printout out;
     if (args.text("format") == "json") {
         printJson(found, out);
     } else {

@@ -49,19 +49,19 @@ Row describe(const Log& log, unsigned column, const ColumnFacts& facts) {
             facts.example};
 }
 
-void printFact(const std::string& name, const std::string& value, Output& out) {
+void printFact(const std::string& name, const std::string& value, Printout& out) {
     out.line(name + std::string(12 - std::min<std::size_t>(11, name.size()), ' ') + escaped(value));
 }
 
 // How the bytes are written, where that is not the usual way.
-void printForm(const Log& log, Output& out) {
+void printForm(const Log& log, Printout& out) {
     const TextForm& form = log.form;
     if (form.isPacked) printFact("Packed", "gzip", out);
     if (!form.encoding.empty()) printFact("Encoding", form.encoding, out);
     if (log.beganWithMark) printFact("Mark", "in front", out);
     if (form.delimiter != '\0') printFact("Delimiter", delimiterName(form.delimiter), out);
     if (!form.skipped.empty()) {
-        printFact("Skipped", counted(readingWishes().skippedLines, "line"), out);
+        printFact("Skipped", counted(log.opening.wishes.skippedLines, "line"), out);
     }
     if (form.hasNoHeading) printFact("Heading", "none", out);
 }
@@ -70,7 +70,7 @@ std::size_t problemsOf(const Log& log) {
     return log.problems.size() + log.moreProblems + (log.notRead.empty() ? 0 : 1);
 }
 
-void printFacts(const Log& log, Output& out) {
+void printFacts(const Log& log, Printout& out) {
     VDBView view(log.table.get());
     view->setupViewTagsFromVekdbTagField();
     printFact("File", log.name, out);
@@ -126,7 +126,7 @@ void addForm(const TextForm& form, JsonWriter& json) {
     json.textOrNothing("delimiter", std::string(form.delimiter != '\0', form.delimiter));
 }
 
-void printJson(const Log& log, Output& out) {
+void printJson(const Log& log, Printout& out) {
     VDBView view(log.table.get());
     view->setupViewTagsFromVekdbTagField();
     JsonWriter json(out);
@@ -148,7 +148,7 @@ void printJson(const Log& log, Output& out) {
 
 int run(const Args& args) {
     Log log = readLog(args);
-    Output out;
+    Printout out;
     if (tellsJson(args)) {
         printJson(log, out);
         out.close();

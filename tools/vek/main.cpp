@@ -1,4 +1,3 @@
-#include <csignal>
 #include <exception>
 #include <new>
 
@@ -6,11 +5,9 @@
 #include <vekdb/host/diagnostics.h>
 #include <vekdb/host/os.h>
 #include <vekdb/support/version.h>
-#include "formats/inform.h"
-#include "formats/reading/progress.h"
-#include "formats/writing/output.h"
-#include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/say.h"
+#include "tools/vek/cli/terminal.h"
 #include "tools/vek/commands.h"
 
 namespace {
@@ -26,7 +23,7 @@ public:
 };
 
 int print(const std::string& text) {
-    Output out;
+    Printout out;
     out.write(text);
     out.close();
     return done;
@@ -36,7 +33,7 @@ int runCommand(const Command& command, const std::vector<std::string>& words) {
     Args args = parse(command, words);
     if (args.has("help")) return print(helpText(command));
     if (args.has("quiet")) leaveMessagesOut();
-    setLimits(args);
+    limitPrintouts(args.number("max-output", 0));
     return command.run(args);
 }
 
@@ -52,7 +49,7 @@ int run(std::vector<std::string> words) {
 
 int ended(const Failure& failure) {
     if (!failure.text.empty()) sayFailure(failure.text);
-    return failure.code;
+    return exitCodeOf(failure.kind);
 }
 
 }  // namespace
@@ -60,16 +57,15 @@ int ended(const Failure& failure) {
 int main(int count, char** words) {
     static SilentSink silent;
     setDiagnosticSink(&silent);
-    setInformer(say);
-    Progress::showOnTerminals();
     // Column names are kept as they are written, ampersands included.
     setConfigInt("remove_fieldname_ampersands", 0);
     // The program is its own host, and nobody asks it for a single thread.
     OS()->setReadsAhead(true);
-    // A closed pipe is seen where it is written to.
-    std::signal(SIGPIPE, SIG_IGN);
+    outliveClosedPipes();
     try {
         return run({words + (count > 0 ? 1 : 0), words + count});
+    } catch (const PipeClosed&) {
+        return done;
     } catch (const Failure& failure) {
         return ended(failure);
     } catch (const std::bad_alloc&) {

@@ -1,5 +1,5 @@
 #include <vekdb/support/version.h>
-#include "formats/writing/output.h"
+#include "tools/vek/cli/printout.h"
 #include "tools/vek/commands.h"
 
 namespace vek {
@@ -78,7 +78,7 @@ std::string manualPage() {
 }
 
 int run(const Args&) {
-    Output out;
+    Printout out;
     out.write(manualPage());
     out.close();
     return done;

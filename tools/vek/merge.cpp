@@ -2,6 +2,7 @@
 
 #include "formats/changing/merger.h"
 #include "formats/writing/writers.h"
+#include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/cli/telling.h"
@@ -20,10 +21,10 @@ Merger::Prefer preferOf(const Args& args) {
     return Merger::Prefer::report;
 }
 
-Target wantedTarget(const Args& args) {
+Format wantedTarget(const Args& args) {
     if (args.has("to")) return targetNamed(args.text("to"));
-    if (!args.has("output") || args.text("output") == "-") return Target::table;
-    return targetOfPath(args.text("output"));
+    if (!args.has("output") || args.text("output") == "-") return Format::table;
+    return targetOfPath(args.text("output"), programTerms());
 }
 
 // Conflicts are told one by one up to a thousand.
@@ -71,7 +72,7 @@ void add(const MergeConflict& conflict, JsonWriter& json) {
 // The conflicts on standard output, where the log itself goes elsewhere.
 int printConflicts(const std::vector<MergeConflict>& conflicts, const Merger& merger,
                    unsigned rows) {
-    Output out;
+    Printout out;
     JsonWriter json(out);
     json.beginObject();
     json.number("rows", rows);
@@ -98,30 +99,32 @@ int run(const Args& args) {
     if (args.has("prefer") && !args.has("key")) {
         throw Failure{wrongUsage, "merge: --prefer is for rows of one key, expected --key"};
     }
-    Target target = wantedTarget(args);
+    Format target = wantedTarget(args);
     Held held = holdInput(paths, args.text("output"));
-    Log into = readLog(paths[0], args.text("from"));
+    const Opening opening = openingFrom(args);
+    Log into = readLog(paths[0], opening);
     int result = readingResult(into);
     Telling telling;
     std::vector<MergeConflict> conflicts;
-    Merger merger(into, preferOf(args), [&](const MergeConflict& conflict) {
+    const auto tell = [&](const MergeConflict& conflict) {
         if (!tellsJson(args))
             telling.tell(conflict);
         else if (conflicts.size() < Log::mostProblems)
             conflicts.push_back(conflict);
-    });
+    };
+    Merger merger(into, preferOf(args), tell, say);
     if (args.has("key")) merger.useKey(args.text("key"));
     for (std::size_t i = 1; i < paths.size(); ++i) {
-        Log from = readLog(paths[i], args.text("from"));
+        Log from = readLog(paths[i], opening);
         if (!args.has("yes")) requireSameCounting(into, from);
         result = std::max(result, readingResult(from));
         merger.add(from);
     }
-    Output out(args.text("output"), held);
+    Printout out(args.text("output"), held);
     Losses losses;
     writeSheet(wholeSheet(into), target, styleFrom(args, target), out, losses);
     out.close();
-    losses.tell(out.name());
+    tellLosses(losses, out.name());
     if (tellsJson(args)) {
         return std::max(result, printConflicts(conflicts, merger, into.rowCount()));
     }

@@ -1,7 +1,9 @@
 #include "formats/text/text_lines.h"
 #include "formats/text/width.h"
 #include "formats/writing/sheet_facts.h"
+#include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/saving.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
@@ -11,7 +13,7 @@ namespace vek {
 namespace {
 
 int list(const Log& log) {
-    Output out;
+    Printout out;
     for (const Parameter& parameter : ownParameters(log)) {
         out.line(escaped(parameter.name + ": " + parameter.value));
     }
@@ -30,7 +32,7 @@ int get(const Log& log, const std::string& name) {
         say(log.name + ": there is no parameter " + inQuotes(name) + suggestion(name, names));
         return found;
     }
-    Output out;
+    Printout out;
     out.line(log.parameter(name.c_str()));
     out.close();
     return done;
@@ -48,7 +50,7 @@ void checkHolds(const Log& log, const std::string& name, const std::string& valu
 
 int set(Log& log, const std::string& name, const std::string& value, bool backup) {
     checkHolds(log, name, value);
-    if (targetOf(log) != Target::table && targetOf(log) != Target::ale) {
+    if (targetOf(log) != Format::table && targetOf(log) != Format::ale) {
         throw Failure{wrongUsage, log.name + ": " + formatName(log.format) +
                                       " holds no parameters, only table files and ALE do"};
     }

@@ -37,7 +37,7 @@ std::string footer(const Sheet& sheet, std::size_t matched, std::size_t columnsP
 }
 
 // Row numbers are the file's, whatever the order; a star marks tagged rows.
-void printTable(const Sheet& sheet, std::size_t matched, const Args& args, Output& out) {
+void printTable(const Sheet& sheet, std::size_t matched, const Args& args, Printout& out) {
     Grid grid;
     grid.columns.push_back({"#", true, true});
     for (unsigned i = 0; i < sheet.columns.size(); ++i) grid.columns.push_back({sheet.name(i)});
@@ -72,18 +72,18 @@ std::vector<unsigned> shownColumns(const Log& log, const Args& args) {
     return args.has("all") || !isForEyes(args) ? allColumns(log) : mappedColumns(log);
 }
 
-Target wantedTarget(const Args& args) {
+Format wantedTarget(const Args& args) {
     if (args.has("format")) return targetNamed(args.text("format"));
-    return targetOfPath(args.text("output"));
+    return targetOfPath(args.text("output"), programTerms());
 }
 
-void printAs(Target target, const Sheet& sheet, const Args& args, Output& out) {
+void printAs(Format target, const Sheet& sheet, const Args& args, Printout& out) {
     WriteStyle style = styleFrom(args, target);
     Losses losses;
     writeSheet(sheet, target, style, out, losses);
     out.close();
     // Text for people and pipes tells nothing about parameters; a file kept does.
-    if (args.has("output") || target == Target::ale) losses.tell(out.name());
+    if (args.has("output") || target == Format::ale) tellLosses(losses, out.name());
 }
 
 int run(const Args& args) {
@@ -92,14 +92,14 @@ int run(const Args& args) {
         throw Failure{wrongUsage, "show: --guard-formulas is for --format csv and tsv"};
     }
     // A table file says how long the values of all its rows are.
-    bool isTableFile = !wantsTable(args) && wantedTarget(args) == Target::table;
+    bool isTableFile = !wantsTable(args) && wantedTarget(args) == Format::table;
     Wanted wanted = isTableFile ? Wanted() : wantedRows(selection);
     // The process ends with the command, and its memory with it, faster than row by row.
     Held held = holdInput({args.text("FILE")}, args.text("output"));
     static const Log& log = *new Log(readLog(args, "FILE", wanted));
     Selected selected = selectRows(log, selection);
     Sheet sheet{log, selected.view, shownColumns(log, args)};
-    Output out(args.text("output"), held);
+    Printout out(args.text("output"), held);
     if (wantsTable(args)) {
         printTable(sheet, selected.matched, args, out);
         out.close();

@@ -1,4 +1,3 @@
-#include <unistd.h>
 
 #include <algorithm>
 #include <deque>
@@ -12,6 +11,7 @@
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/saving.h"
 #include "tools/vek/cli/say.h"
+#include "tools/vek/cli/terminal.h"
 #include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
 
@@ -130,10 +130,6 @@ private:
     std::size_t told_ = 0;
 };
 
-bool isThere(const std::string& path) {
-    return ::access(path.c_str(), F_OK) == 0;
-}
-
 void requireFolder(const std::string& path) {
     const std::size_t slash = path.rfind('/');
     const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
@@ -161,7 +157,7 @@ void requireFree(const Log& log, const Pieces& pieces, bool overwrites) {
 }
 
 void printPlan(const Pieces& pieces, const Args& args) {
-    Output out;
+    Printout out;
     std::string number;
     Grid grid{{{"File"}, {"Rows", true}},
               pieces.size(),
@@ -175,15 +171,14 @@ void printPlan(const Pieces& pieces, const Args& args) {
 
 // A file as it is to be written, all of it in memory.
 struct Draft {
-    Held held;
-    Output out;
+    Printout out;
     Losses losses;
 };
 
 // Whatever a format refuses of some row is found before anything is written.
 class Writer {
 public:
-    Writer(const Log& log, const Args& args, Target target)
+    Writer(const Log& log, const Args& args, Format target)
         : log_(log),
           target_(target),
           style_(styleFrom(args, target)),
@@ -198,7 +193,7 @@ public:
         try {
             for (; written < pieces.size(); ++written) finish(pieces[written], drafts_[written]);
         } catch (const Failure& failure) {
-            throw Failure{failure.code,
+            throw Failure{failure.kind,
                           concat(failure.text, "; ", std::to_string(written), " of ",
                                  counted(pieces.size(), "file"), " were written before")};
         }
@@ -209,26 +204,25 @@ public:
 private:
     void prepare(const Piece& piece) {
         Held held = backsUp_ && isThere(piece.path) ? holdFile(piece.path) : nullptr;
-        Draft& draft = drafts_.emplace_back(Draft{held, Output(piece.path, held), {}});
+        Draft& draft = drafts_.emplace_back(Draft{Printout(piece.path, held, backsUp_), {}});
         Sheet sheet{log_, viewOf(log_, piece.rows), allColumns(log_)};
         writeSheet(sheet, target_, style_, draft.out, draft.losses);
     }
 
     void finish(const Piece& piece, Draft& draft) {
-        if (draft.held) backUp(piece.path, *draft.held);
         draft.out.close();
-        if (draft.losses.count() > 0 && ++lossy_ <= mostLossy) draft.losses.tell(piece.path);
+        if (draft.losses.count() > 0 && ++lossy_ <= mostLossy) tellLosses(draft.losses, piece.path);
     }
 
     const Log& log_;
-    Target target_;
+    Format target_;
     WriteStyle style_;
     bool backsUp_;
     std::size_t lossy_ = 0;  // files that could not take everything
     std::deque<Draft> drafts_;
 };
 
-Target wantedTarget(const Log& log, const Args& args) {
+Format wantedTarget(const Log& log, const Args& args) {
     if (args.has("to")) return targetNamed(args.text("to"));
     return targetFor(log, args.text("output"));
 }
@@ -248,7 +242,7 @@ int run(const Args& args) {
     requireWhole(log);
     const std::vector<unsigned> columns = columnList(log, args.text("by"));
     Naming naming(log, args.text("output"), columns);
-    const Target target = wantedTarget(log, args);
+    const Format target = wantedTarget(log, args);
     VDBView view = selectRows(log, selection).view;
     if (view->get_num_records() == 0) {
         say(log.name + ": no row matches, nothing is written");

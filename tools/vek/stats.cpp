@@ -163,7 +163,8 @@ public:
           hasTime_(places.time.start != noColumn && rates.nominal() != 0),
           hasFilm_(places.keycode.start != noColumn) {}
 
-    void print(const std::string& title, const Groups& groups, const Screen& screen, Output& out) {
+    void print(const std::string& title, const Groups& groups, const Screen& screen,
+               Printout& out) {
         Grid grid;
         grid.columns = titles(title);
         Sums total;
@@ -365,7 +366,7 @@ std::vector<unsigned> groupColumns(const Log& log, const Args& args) {
 
 // One document, with a table for each column.
 void printJson(const Log& log, const Rates& rates, const Counter& counter, const Tables& tables,
-               Output& out) {
+               Printout& out) {
     JsonWriter json(out);
     json.beginObject();
     json.text("file", log.name);
@@ -378,7 +379,7 @@ void printJson(const Log& log, const Rates& rates, const Counter& counter, const
 }
 
 void printTables(const Rates& rates, const Counter& counter, const std::vector<unsigned>& columns,
-                 const Tables& tables, const Args& args, Output& out) {
+                 const Tables& tables, const Args& args, Printout& out) {
     Screen screen = screenOf(out, args);
     for (std::size_t i = 0; i < tables.size(); ++i) {
         if (i > 0) out.line("");
@@ -396,7 +397,7 @@ int run(const Args& args) {
     const std::vector<unsigned> columns = groupColumns(log, args);
     const Tables tables = tablesOf(counter, log, view, columns);
     tellWhatIsMissing(log, tables.front().second, rates, counter.places());
-    Output out;
+    Printout out;
     if (tellsJson(args))
         printJson(log, rates, counter, tables, out);
     else

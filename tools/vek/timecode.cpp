@@ -241,9 +241,10 @@ private:
     }
 
     [[noreturn]] void refuse() const {
-        throw Failure{found, first_ + "; " + counted(inexact_, "cell") +
-                                 " like this, nothing is changed; choose with --round nearest, "
-                                 "down or up, or with --keep frames"};
+        throw Failure{contradiction,
+                      first_ + "; " + counted(inexact_, "cell") +
+                          " like this, nothing is changed; choose with --round nearest, "
+                          "down or up, or with --keep frames"};
     }
 
     // Edit lists say row by row how they count.

@@ -29,6 +29,14 @@ struct OpenOptions {
     std::optional<Format> format = {};  ///< found out by the name and the content when not said
     std::size_t maxBytes = 0;           ///< refuse larger inputs; 0 is 16 GiB
     std::size_t maxCells = 0;  ///< refuse more rows times columns; 0 is in proportion to the bytes
+    /// How a text is encoded: "utf-8", "utf-16", "windows-1252", "macroman" or what iconv knows; ""
+    /// finds it out.
+    std::string encoding = {};
+    /// What separates the cells of CSV and TSV; '\0' finds it out. And how many lines stand in
+    /// front of the heading, and whether there is none: columns are called Column 1, 2, ... then.
+    char delimiter = '\0';
+    std::size_t skippedLines = 0;
+    bool hasNoHeading = false;
 };
 
 /// A parameter of a log: an entry of its heading.

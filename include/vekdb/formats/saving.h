@@ -21,8 +21,10 @@ struct Loss {
 
 /// What there is to say of a log that was written, or would be. Values, owned by who asked.
 struct Saved {
-    std::vector<Loss> losses;        ///< by kind, in the order in which they were found
-    std::vector<std::string> notes;  ///< said one by one: an event that was left out, for example
+    std::vector<Loss> losses;  ///< by kind, in the order in which they were found
+    /// Said one by one: what of the old file the new one could not keep, as its owner, and what
+    /// was left out, an event of an edit list for example.
+    std::vector<std::string> notes;
 
     bool isWhole() const noexcept { return losses.empty() && notes.empty(); }
 };
@@ -44,6 +46,8 @@ struct SaveOptions {
     std::string tracks = {};  ///< ALE: a column Tracks, the same for all rows
     /// ALE: columns by other names, old and new.
     std::vector<std::pair<std::string, std::string>> names = {};
+    /// Refuse to write more; 0 is in proportion to the bytes that were read.
+    std::size_t maxBytes = 0;
 };
 
 /// Takes text as it is written.

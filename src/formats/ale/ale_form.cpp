@@ -20,7 +20,11 @@ class FormMaker {
 public:
     FormMaker(const Sheet& sheet, const WriteStyle& style, const std::string& output,
               Losses& losses)
-        : sheet_(sheet), style_(style), output_(output), losses_(losses) {
+        : sheet_(sheet),
+          terms_(*sheet.log.opening.terms),
+          style_(style),
+          output_(output),
+          losses_(losses) {
         for (unsigned i = 0; i < sheet.columns.size(); ++i) form_.names.push_back(sheet.name(i));
         isSaid_.resize(form_.names.size());
         form_.heading = ownParameters(sheet.log);
@@ -48,7 +52,8 @@ private:
         }
         if (equals == std::string::npos) equals = text.find('=');
         if (equals == std::string::npos || equals == 0 || equals + 1 == text.size()) {
-            throw Failure{wrongUsage, "--map: " + inQuotes(text) + ", expected OLD=NEW"};
+            throw Failure{wrongUsage,
+                          concat(terms_.names, ": ", inQuotes(text), ", expected OLD=NEW")};
         }
         rename(placeOf(sheet_.log.requireColumn(text.substr(0, equals))), text,
                text.substr(equals + 1));
@@ -60,13 +65,14 @@ private:
 
     void rename(std::size_t place, const std::string& text, const std::string& name) {
         if (place == nowhere) {
-            throw Failure{wrongUsage,
-                          "--map: " + inQuotes(text) + " is about a column that is not written"};
+            throw Failure{wrongUsage, concat(terms_.names, ": ", inQuotes(text),
+                                             " is about a column that is not written")};
         }
         std::size_t other = placeOfName(name);
         if (other != nowhere && other != place) {
-            throw Failure{wrongUsage, "--map: " + inQuotes(text) + ", but there is a column " +
-                                          inQuotes(form_.names[other]) + " already"};
+            throw Failure{wrongUsage,
+                          concat(terms_.names, ": ", inQuotes(text), ", but there is a column ",
+                                 inQuotes(form_.names[other]), " already")};
         }
         form_.names[place] = name;
         isSaid_[place] = 1;
@@ -111,15 +117,15 @@ private:
         if (place == nowhere && column != noColumn) place = placeOf(column);
         if (place == nowhere || isSaid_[place] || form_.names[place] == name) return;
         std::string old = std::exchange(form_.names[place], name);
-        losses_.addEach(output_ + ": column " + inQuotes(old) + " is written as " + name +
-                        ", its name in editing systems; keep it with --map " +
-                        inQuotes(old + "=" + old));
+        losses_.addEach(concat(output_, ": column ", inQuotes(old), " is written as ", name,
+                               ", its name in editing systems; keep it with ", terms_.names, " ",
+                               inQuotes(old + "=" + old)));
     }
 
     void addTracks() {
         if (style_.ale.tracks.empty()) return;
         if (placeOfName("Tracks") != nowhere) {
-            throw Failure{wrongUsage, "--tracks: there is a column Tracks already"};
+            throw Failure{wrongUsage, concat(terms_.tracks, ": there is a column Tracks already")};
         }
         form_.tracks = style_.ale.tracks;
     }
@@ -132,18 +138,19 @@ private:
         }
         std::vector<std::string> entries;
         std::vector<std::string> options;
-        askForEntry("VIDEO_FORMAT", "--video-format 1080", entries, options);
-        askForEntry("AUDIO_FORMAT", "--audio-format 48khz", entries, options);
-        askForEntry("FPS", "--fps 24", entries, options);
+        askForEntry("VIDEO_FORMAT", terms_.likelyVideo, entries, options);
+        askForEntry("AUDIO_FORMAT", terms_.likelyAudio, entries, options);
+        askForEntry("FPS", terms_.likelyRate, entries, options);
         if (!entries.empty()) {
             losses_.addEach(output_ + ": editing systems expect " + listed(entries) +
                             " in the heading; say what it is, such as " + listed(options));
         }
         if (columns.empty()) return;
         bool lacksTracks = std::find(columns.begin(), columns.end(), "Tracks") != columns.end();
-        losses_.addEach(output_ + ": editing systems expect columns " + listed(columns) +
-                        "; say which one it is with --map COLUMN=" + columns.front() +
-                        (lacksTracks ? ", or the tracks of all with --tracks VA1A2" : ""));
+        losses_.addEach(
+            concat(output_, ": editing systems expect columns ", listed(columns),
+                   "; say which one it is with ", terms_.names, " COLUMN=", columns.front(),
+                   lacksTracks ? concat(", or the tracks of all with ", terms_.likelyTracks) : ""));
     }
 
     void askForEntry(const char* name, const char* option, std::vector<std::string>& entries,
@@ -156,6 +163,7 @@ private:
     }
 
     const Sheet& sheet_;
+    const Terms& terms_;
     const WriteStyle& style_;
     const std::string& output_;
     Losses& losses_;

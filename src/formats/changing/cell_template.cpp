@@ -24,7 +24,7 @@ unsigned columnInBraces(const Log& log, std::string_view name) {
     try {
         return log.requireColumn(trimmed(name));
     } catch (const Failure& failure) {
-        throw Failure{failure.code, concat(failure.text, " (in braces stands a column: ",
+        throw Failure{failure.kind, concat(failure.text, " (in braces stands a column: ",
                                            choices(log), "; a brace itself is written {{ or }})")};
     }
 }

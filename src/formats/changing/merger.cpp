@@ -7,7 +7,6 @@
 #include <vekdb/formats/timecode.h>
 #include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/timecode.h>
-#include "formats/inform.h"
 #include "formats/log/column_names.h"
 #include "formats/reading/limits.h"
 #include "formats/table_file/exact_cells.h"
@@ -49,14 +48,19 @@ std::optional<FrameRate> rateOf(const Log& log) {
     return parseFrameRate(log.parameter("FPS"));
 }
 
+std::string joinedAllTheSame(const Log& into) {
+    return concat("; nothing is written, ", into.opening.terms->joining,
+                  " joins the logs all the same");
+}
+
 // Timecodes of two rates count differently, and nothing in a joined log tells which is which.
 void refuseOtherRate(const Log& into, const Log& from) {
     std::optional<FrameRate> ours = rateOf(into);
     std::optional<FrameRate> theirs = rateOf(from);
     if (!ours || !theirs || ours->isAsFastAs(*theirs)) return;
-    throw Failure{found, from.name + ": FPS is " + from.parameter("FPS") + ", expected " +
-                             into.parameter("FPS") + " as in " + into.name +
-                             "; nothing is written, --yes joins the logs all the same"};
+    throw Failure{contradiction, from.name + ": FPS is " + from.parameter("FPS") + ", expected " +
+                                     into.parameter("FPS") + " as in " + into.name +
+                                     joinedAllTheSame(into)};
 }
 
 std::string counts(const Log& log) {
@@ -69,8 +73,8 @@ void refuseOtherCounting(const Log& into, const Log& from) {
     const Counting ours = LogCounting(into).countingOfAll();
     const Counting theirs = LogCounting(from).countingOfAll();
     if (ours == Counting::unsaid || theirs == Counting::unsaid || ours == theirs) return;
-    throw Failure{found, concat(counts(from), " by its FPS or FCM, and ", counts(into),
-                                "; nothing is written, --yes joins the logs all the same")};
+    throw Failure{contradiction, concat(counts(from), " by its FPS or FCM, and ", counts(into),
+                                        joinedAllTheSame(into))};
 }
 
 }  // namespace
@@ -94,8 +98,12 @@ void requireSameCounting(const Log& into, const Log& from) {
     refuseOtherCounting(into, from);
 }
 
-Merger::Merger(Log& into, Prefer prefer, Teller tell)
-    : into_(into), prefer_(prefer), tell_(std::move(tell)), copies_(*into.table) {}
+Merger::Merger(Log& into, Prefer prefer, Teller tell, NoteTaker note)
+    : into_(into),
+      prefer_(prefer),
+      tell_(std::move(tell)),
+      note_(std::move(note)),
+      copies_(*into.table) {}
 
 void Merger::useKey(const std::string& name) {
     key_ = into_.requireColumn(name);
@@ -121,8 +129,9 @@ void Merger::add(const Log& from) {
 
 void Merger::addColumns(const Log& from) {
     const std::vector<unsigned> places = placesOf(from);
+    into_.bytesRead += from.bytesRead;
     requireCells(into_.name + " and " + from.name, std::size_t{into_.rowCount()} + from.rowCount(),
-                 into_.columnCount(), bytesRead());
+                 into_.columnCount(), into_.bytesRead, into_.opening.limits, *into_.opening.terms);
     columns_.clear();
     standTogether_ = true;
     for (unsigned i = 0; i < places.size(); ++i) {
@@ -163,11 +172,11 @@ void Merger::addParameters(const Log& from) {
         bool isOwn = sameText(name, "VEKDB") || sameText(name, "V5_FIELD_MAP") || isExactNote(name);
         if (isOwn || into_.parameter(name.c_str()) == value) continue;
         if (into_.table->get_param_val(name.c_str()) != nullptr) {
-            inform(from.name + ": parameter " + inQuotes(name) + " is " + inQuotes(value) + ", " +
-                   inQuotes(into_.parameter(name.c_str())) + " in " + into_.name +
-                   "; the first is kept");
+            note_(from.name + ": parameter " + inQuotes(name) + " is " + inQuotes(value) + ", " +
+                  inQuotes(into_.parameter(name.c_str())) + " in " + into_.name +
+                  "; the first is kept");
         } else if (!into_.setParameter(name, value)) {
-            inform(from.name + ": parameter " + inQuotes(name) + " has no room, 40 are there");
+            note_(from.name + ": parameter " + inQuotes(name) + " has no room, 40 are there");
         }
     }
 }

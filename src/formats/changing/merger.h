@@ -28,16 +28,17 @@ struct MergeConflict {
 
 std::string worded(const MergeConflict& conflict);
 
-/// Joins further logs to a first one, which must outlive it. What has no place there is said. Cells
-/// are not copied where rows can share their text.
+/// Joins further logs to a first one, which must outlive it. Cells are not copied where rows can
+/// share their text.
 class Merger {
 public:
     /// Which of two values a cell gets.
     enum class Prefer { report, first, last, filled };
     using Teller = std::function<void(const MergeConflict&)>;
+    using NoteTaker = std::function<void(const std::string&)>;
 
-    /// Conflicts go to `tell`.
-    Merger(Log& into, Prefer prefer, Teller tell);
+    /// Conflicts go to `tell`, and to `note` what of a log has no place.
+    Merger(Log& into, Prefer prefer, Teller tell, NoteTaker note);
 
     /// From now on rows go together that have the same value here, where one of the two logs has
     /// it once.
@@ -88,6 +89,7 @@ private:
     Log& into_;
     Prefer prefer_;
     Teller tell_;
+    NoteTaker note_;
     RowCopies copies_;
     unsigned key_ = noColumn;
     RowGroups rows_;                        // ours, by their keys

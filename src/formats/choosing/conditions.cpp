@@ -144,12 +144,16 @@ RowTest timecodeTest(const Log& log, const std::string& timecode) {
     std::optional<Timecode> wanted = parseTimecode(timecode);
     if (!wanted) {
         throw Failure{wrongUsage,
-                      "--at takes a timecode such as 01:00:05:00, not " + inQuotes(timecode)};
+                      concat(log.opening.terms->at, " takes a timecode such as 01:00:05:00, not ",
+                             inQuotes(timecode))};
     }
     std::vector<RangeColumns> pairs = rangeColumns(log);
     if (pairs.empty()) {
         throw Failure{
-            wrongUsage, log.name, {0, "", "no pair of start and end columns for --at", "", ""}};
+            wrongUsage,
+            log.name,
+            {0, "", concat("no pair of start and end columns for ", log.opening.terms->at), "",
+             ""}};
     }
     return [&log, pairs, order = wanted->order()](unsigned row) {
         return std::any_of(pairs.begin(), pairs.end(), [&](const RangeColumns& pair) {

@@ -78,8 +78,8 @@ private:
     }
 
     // Empty values at the end need no commas; there are as many as there were.
-    static void addLine(std::string& text, std::vector<std::string_view> cells,
-                        std::string_view piece, const std::string& place) {
+    void addLine(std::string& text, std::vector<std::string_view> cells, std::string_view piece,
+                 const std::string& place) const {
         while (cells.size() > 1 && cells.back().empty()) cells.pop_back();
         std::string line;
         for (std::size_t i = 0; i < cells.size(); ++i) line += concat(i == 0 ? "" : ",", cells[i]);
@@ -89,7 +89,7 @@ private:
                                    commas - std::count(line.begin(), line.end(), ','), 0)),
                                ',');
         if (holds(filled, cells)) line = filled;
-        if (!holds(line, cells)) refuse(cells, place);
+        if (!holds(line, cells)) refuse(cells, place, *saving_.log.opening.terms);
         text += line;
     }
 
@@ -104,14 +104,15 @@ private:
     }
 
     [[noreturn]] static void refuse(const std::vector<std::string_view>& cells,
-                                    const std::string& place) {
+                                    const std::string& place, const Terms& terms) {
         std::string text;
         for (std::string_view cell : cells) text += concat(text.empty() ? "" : " | ", cell);
         throw Failure{unwritable,
                       concat(place, ": ", inQuotes(text.substr(0, 60)),
                              ", expected values that plain CSV can hold: no line ends, commas in "
                              "whole quotes alone, a first one that is not empty; write a table "
-                             "file of it with vek convert")};
+                             "file of it with ",
+                             terms.saving)};
     }
 
     Saving saving_;

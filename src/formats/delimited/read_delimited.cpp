@@ -15,7 +15,7 @@ bool isBlankLine(const std::vector<std::string_view>& cells) {
 
 // Passes over the lines that a person says stand in front of the heading.
 std::size_t skipLines(std::string_view text, Log& log) {
-    const std::size_t wanted = readingWishes().skippedLines;
+    const std::size_t wanted = log.opening.wishes.skippedLines;
     LineWalk walk(text);
     std::string_view line;
     while (walk.number() < wanted && walk.next(line)) {
@@ -27,7 +27,7 @@ std::size_t skipLines(std::string_view text, Log& log) {
 }
 
 char delimiterOf(std::string_view text, char usual, Log& log) {
-    const char wish = readingWishes().delimiter;
+    const char wish = log.opening.wishes.delimiter;
     const char delimiter = wish != '\0' ? wish : foundDelimiter(text, usual);
     if (delimiter != usual) log.form.delimiter = delimiter;
     return delimiter;
@@ -38,7 +38,7 @@ void readHeading(DelimitedScanner& scanner, TableBuilder& builder, Log& log) {
     const std::size_t line = scanner.line();
     const char* const begin = scanner.place();
     const std::vector<std::string_view>& cells = scanner.takeRecord();
-    log.form.hasNoHeading = readingWishes().hasNoHeading;
+    log.form.hasNoHeading = log.opening.wishes.hasNoHeading;
     builder.endHeading(log.form.hasNoHeading ? begin : scanner.place());
     if (!log.form.hasNoHeading) return builder.setColumns(asStrings(cells));
     std::vector<std::string> names;
@@ -55,13 +55,14 @@ void readDelimited(Text text, char separator, Log& log) {
     TableBuilder builder(log, std::move(text.block));
     char* const begin = builder.text() + text.start;
     DelimitedScanner scanner(begin, builder.textEnd(), delimiter,
-                             DelimitedScanner::Quotes::respected, 1 + readingWishes().skippedLines);
+                             DelimitedScanner::Quotes::respected,
+                             1 + log.opening.wishes.skippedLines);
     if (scanner.atEnd()) {
         throw Failure{
             unreadable, log.name, {scanner.line(), "", "nothing", "a line of column names", ""}};
     }
     readHeading(scanner, builder, log);
-    Progress progress("reading " + log.name, builder.textSize());
+    Progress progress(log.opening.watcher, "reading " + log.name, builder.textSize());
     while (!scanner.atEnd()) {
         progress.reach(static_cast<std::size_t>(scanner.place() - begin));
         const std::size_t line = scanner.line();

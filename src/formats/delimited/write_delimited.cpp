@@ -135,7 +135,7 @@ void addDelimitedRow(std::string& text, const Sheet& sheet, unsigned row, std::s
 void writeDelimited(const Sheet& sheet, char separator, const WriteStyle& style, Output& out,
                     Losses& losses) {
     loseParameters(sheet.log, losses);
-    Progress progress("writing", sheet.rowCount());
+    Progress progress(sheet.log.opening.watcher, "writing", sheet.rowCount());
     if (style.byteOrderMark) out.write(byteOrderMark);
     DelimitedLines lines(separator, style.guardsFormulas, out.name(), losses);
     const char* const end = bytesOf(style.lineEnd);

@@ -180,13 +180,15 @@ public:
           losses_(losses),
           places_(sheet),
           others_(places_.others()),
-          counting_(sheet.log, style.rate) {
+          counting_(sheet.log, style.rate),
+          longReels_(concat("reels of more than 8 characters, in the long form; ",
+                            sheet.log.opening.terms->shortReels, " cuts them")) {
         requireColumns();
     }
 
     void write() {
         writeHeading();
-        Progress progress("writing", sheet_.rowCount());
+        Progress progress(sheet_.log.opening.watcher, "writing", sheet_.rowCount());
         for (unsigned row = 0; row < sheet_.rowCount(); ++row) {
             progress.reach(row);
             writeRow(row);
@@ -207,7 +209,7 @@ private:
                       {0, "",
                        "no columns Record In and Record Out, and no frame rate to lay the events "
                        "end to end",
-                       "", "expected --fps RATE"}};
+                       "", concat("expected ", sheet_.log.opening.terms->rate)}};
     }
 
     void line(std::string_view text) {
@@ -383,7 +385,7 @@ private:
         if (text != own) lose("reels that lose blanks or line ends", row);
         if (style_.shortReels) return shortReels_.of(text);
         if (text.size() > shortReel) {
-            lose("reels of more than 8 characters, in the long form; --short-reels cuts them", row);
+            lose(longReels_, row);
         }
         return text;
     }
@@ -493,6 +495,7 @@ private:
     std::vector<unsigned> others_;
     LogCounting counting_;
     ShortReels shortReels_;
+    std::string longReels_;  // the loss
     std::string fcm_;
     std::size_t number_ = 0;
     std::int64_t recorded_ = -1;  // the frame that the next event begins at

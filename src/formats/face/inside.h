@@ -31,6 +31,7 @@ struct LogInside {
     static Row rowOf(std::shared_ptr<const LogInside> log, unsigned row);
     static Log logOf(std::shared_ptr<LogInside> log) { return Log(std::move(log)); }
     static const LogInside& of(const Log& log) { return *log.log_; }
+    static LogInside& of(Log& log) { return *log.log_; }
 };
 
 /// Rows of a log as they are to be written.
@@ -46,7 +47,7 @@ Result<Saved> writeSheet(const Written& written, Sink& sink, Format format);
 Result<Saved> lossesOf(const Written& written, Format format);
 /// The columns that the options name. A Failure for one that is not there.
 std::vector<unsigned> writtenColumns(const formats::Log& log, const SaveOptions& options);
-/// What is said of a log that was written.
-Saved savedWith(const formats::Losses& losses);
+/// What is said of a log that was written, and of the file that it went to.
+Saved savedWith(const formats::Losses& losses, std::vector<std::string> notes);
 
 }  // namespace vek

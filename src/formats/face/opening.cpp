@@ -1,29 +1,12 @@
 #include "formats/face/guarded.h"
 #include "formats/face/inside.h"
 #include "formats/reading/input.h"
-#include "formats/reading/limits.h"
 
 namespace vek {
 
 namespace {
 
 using formats::Input;
-
-// The limits of one reading; those of before hold again afterwards.
-class OwnLimits {
-public:
-    explicit OwnLimits(const OpenOptions& options) : before_(formats::limits()) {
-        formats::limits() = {};
-        if (options.maxBytes != 0) formats::limits().bytes = options.maxBytes;
-        formats::limits().cells = options.maxCells;
-    }
-    ~OwnLimits() { formats::limits() = before_; }
-    OwnLimits(const OwnLimits&) = delete;
-    OwnLimits& operator=(const OwnLimits&) = delete;
-
-private:
-    formats::Limits before_;
-};
 
 // "-" is a file like others here, and a name ends where the system's names end.
 std::string fileOf(std::string_view path) {
@@ -35,8 +18,20 @@ std::string fileOf(std::string_view path) {
     return path == "-" ? "./-" : std::string(path);
 }
 
-std::string nameOf(const OpenOptions& options) {
-    return options.format ? formats::formatName(*options.format) : "";
+formats::Opening openingOf(const OpenOptions& options) {
+    if (options.delimiter != '\0' && !formats::canDelimit(options.delimiter)) {
+        throw formats::Failure{formats::wrongUsage,
+                               "",
+                               {0, "", "cells cannot be separated by the delimiter",
+                                "a character of ASCII other than a quote and a line end", ""}};
+    }
+    formats::Opening opening;
+    opening.format = options.format;
+    opening.wishes = {options.encoding, options.delimiter, options.skippedLines,
+                      options.hasNoHeading};
+    if (options.maxBytes != 0) opening.limits.bytes = options.maxBytes;
+    opening.limits.cells = options.maxCells;
+    return opening;
 }
 
 Log logOf(formats::Log read, bool isToChange) {
@@ -46,41 +41,37 @@ Log logOf(formats::Log read, bool isToChange) {
     return LogInside::logOf(std::move(inside));
 }
 
-Log opened(Input& input, const std::string& path, const OpenOptions& options) {
-    return logOf(formats::openLog(input, path, nameOf(options)), false);
+Log opened(Input& input, const formats::Opening& opening) {
+    return logOf(formats::openLog(input, input.name(), opening), false);
 }
 
 }  // namespace
 
 Result<Log> open(std::string_view path, const OpenOptions& options) {
     return guarded([&]() -> Result<Log> {
-        OwnLimits limits(options);
-        const std::string file = fileOf(path);
-        Input input(file);
-        return opened(input, file, options);
+        return logOf(formats::openLog(fileOf(path), openingOf(options)), false);
     });
 }
 
 Result<Log> openToChange(std::string_view path, const OpenOptions& options) {
     return guarded([&]() -> Result<Log> {
-        OwnLimits limits(options);
-        return logOf(formats::readLogToChange(fileOf(path), nameOf(options)), true);
+        return logOf(formats::openLogToChange(fileOf(path), openingOf(options)), true);
     });
 }
 
 Result<Log> openDescriptor(int descriptor, std::string_view name, const OpenOptions& options) {
     return guarded([&]() -> Result<Log> {
-        OwnLimits limits(options);
-        Input input(std::string(name), descriptor);
-        return opened(input, input.name(), options);
+        const formats::Opening opening = openingOf(options);
+        Input input(std::string(name), descriptor, opening);
+        return opened(input, opening);
     });
 }
 
 Result<Log> openText(std::string_view text, std::string_view name, const OpenOptions& options) {
     return guarded([&]() -> Result<Log> {
-        OwnLimits limits(options);
-        Input input(std::string(name), text);
-        return opened(input, input.name(), options);
+        const formats::Opening opening = openingOf(options);
+        Input input(std::string(name), text, opening);
+        return opened(input, opening);
     });
 }
 

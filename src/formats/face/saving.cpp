@@ -1,5 +1,7 @@
 #include "formats/face/guarded.h"
 #include "formats/face/inside.h"
+#include "formats/saving/file_sink.h"
+#include "formats/saving/save_in_place.h"
 #include "formats/text/text_lines.h"
 
 namespace vek {
@@ -30,23 +32,41 @@ Format writtenFormat(Format format) {
         {0, "", std::string(nameOf(format)) + " is read, not written", "another format", ""}};
 }
 
-void write(const Written& log, Format format, Output& out, Losses& losses) {
+Saved write(const Written& log, Format format, Output& out) {
+    const formats::Log& from = log.sheet.log;
+    out.limit({log.options.maxBytes, from.bytesRead}, *from.opening.terms);
+    Losses losses;
     formats::writeSheet(log.sheet, writtenFormat(format), styleOf(log.options), out, losses);
+    return savedWith(losses, out.close());
 }
 
+// Hands what is written on to an application.
+class SinkOfOthers : public formats::Sink {
+public:
+    explicit SinkOfOthers(vek::Sink& sink) : sink_(sink) {}
+    void take(std::string_view piece) override {
+        if (piece.empty() || sink_.write(piece)) return;
+        throw formats::Failure{formats::unwritable, "", {0, "", "the sink takes no more", "", ""}};
+    }
+
+private:
+    vek::Sink& sink_;
+};
+
 // What is in memory has no place of its own to be told.
-Output memory() {
-    return Output("text");
+Output named(std::unique_ptr<formats::Sink> sink) {
+    return Output("text", std::move(sink));
 }
 
 }  // namespace
 
-Saved savedWith(const Losses& losses) {
+Saved savedWith(const Losses& losses, std::vector<std::string> notes) {
     Saved saved;
     for (const Losses::Kind& kind : losses.kinds()) {
         saved.losses.push_back({kind.what, kind.count, kind.firstPlace});
     }
-    saved.notes = losses.messages();
+    saved.notes = std::move(notes);
+    saved.notes.insert(saved.notes.end(), losses.messages().begin(), losses.messages().end());
     return saved;
 }
 
@@ -59,31 +79,26 @@ std::vector<unsigned> writtenColumns(const formats::Log& log, const SaveOptions&
 
 Result<Saved> saveSheet(const Written& log, std::string_view path, std::optional<Format> format) {
     const std::string file = path == "-" || path.empty() ? "./-" : std::string(path);
-    Output out(file);
-    Losses losses;
-    write(log, format ? *format : formats::targetOfPath(file), out, losses);
-    out.close();
-    return savedWith(losses);
+    const formats::Terms& terms = *log.sheet.log.opening.terms;
+    Output out(file, std::make_unique<formats::FileSink>(file));
+    return write(log, format ? *format : formats::targetOfPath(file, terms), out);
 }
 
 Result<Saved> writeSheet(const Written& log, std::string& text, Format format) {
-    Output out = memory();
-    Losses losses;
-    write(log, format, out, losses);
+    Output out = named(nullptr);
+    Saved saved = write(log, format, out);
     text = out.take();
-    return savedWith(losses);
+    return saved;
 }
 
 Result<Saved> writeSheet(const Written& log, Sink& sink, Format format) {
-    std::string text;
-    Result<Saved> saved = writeSheet(log, text, format);
-    if (sink.write(text)) return saved;
-    return Reason{Reason::unwritable, {}, 0, {}, "the sink takes no more"};
+    Output out = named(std::make_unique<SinkOfOthers>(sink));
+    return write(log, format, out);
 }
 
 Result<Saved> lossesOf(const Written& log, Format format) {
-    std::string text;
-    return writeSheet(log, text, format);
+    Output out = named(std::make_unique<formats::NoSink>());
+    return write(log, format, out);
 }
 
 namespace {
@@ -91,6 +106,16 @@ namespace {
 Written all(const LogInside& inside, const SaveOptions& options) {
     const formats::Log& log = inside.log;
     return {{log, formats::viewOf(log, inside.rows()), writtenColumns(log, options)}, options};
+}
+
+Saved saveInPlace(const LogInside& inside, bool keepsOld) {
+    const formats::Log& log = inside.log;
+    Output out(log.path, std::make_unique<formats::FileSink>(log.path, log.held, keepsOld));
+    formats::InPlace now(log);
+    now.rows = inside.rows();
+    Losses losses;
+    if (!formats::writeInPlace(now, true, out, losses)) return savedWith(losses, {});
+    return savedWith(losses, out.close());
 }
 
 Written shown(const LogInside& inside, const VDBView& view, const SaveOptions& options) {
@@ -151,11 +176,11 @@ Result<Saved> Log::save(bool keepsOld) {
                           "a log of openToChange that was not saved yet",
                           "save it as another file, or open it anew"};
         }
-        const Losses losses = formats::saveInPlace(log, log_->rows(), keepsOld);
+        Saved saved = saveInPlace(*log_, keepsOld);
         // What is left of the file as it was read is not in its place any more.
         log_->isToChange = false;
         log.held = nullptr;
-        return savedWith(losses);
+        return saved;
     });
 }
 

@@ -272,7 +272,7 @@ private:
     }
 
     void thinOut() {
-        Progress progress("writing", rows_.size());
+        Progress progress(log_.opening.watcher, "writing", rows_.size());
         std::size_t next = 0;
         for (std::size_t i = 0; i < rows_.size(); ++i) {
             progress.reach(i);
@@ -288,7 +288,7 @@ private:
     void rearrange() {
         if (places_.count() == 0) return fillEmpty();
         const std::size_t held = std::min(rows_.size(), places_.count());
-        Progress progress("writing", rows_.size());
+        Progress progress(log_.opening.watcher, "writing", rows_.size());
         for (std::size_t i = 0; i < rows_.size(); ++i) {
             progress.reach(i);
             if (i < held)

@@ -67,7 +67,7 @@ public:
           builder_(log, std::move(text.block)),
           begin_(builder_.text() + text.start),
           text_(begin_, builder_.textEnd()),
-          progress_("reading " + log.name, builder_.textSize()) {}
+          progress_(log.opening.watcher, "reading " + log.name, builder_.textSize()) {}
 
     void read() {
         noteAccepted("");

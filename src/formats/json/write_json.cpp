@@ -31,7 +31,7 @@ void writeJson(const Sheet& sheet, bool asLines, Output& out, Losses& losses) {
     }
     if (!asLines) out.line("[");
     PlainJsonLines plain(sheet, names);
-    Progress progress("writing", sheet.rowCount());
+    Progress progress(sheet.log.opening.watcher, "writing", sheet.rowCount());
     const std::string_view begin = asLines ? "{" : "  {";
     std::string line;
     for (unsigned row = 0; row < sheet.rowCount(); ++row) {

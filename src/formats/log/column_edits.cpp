@@ -80,10 +80,11 @@ void ColumnEdits::refuseTaken(const std::string& name) const {
 }
 
 void ColumnEdits::requireTypes() const {
-    if (targetOf(log_) == Target::table) return;
-    throw Failure{wrongUsage, log_.name + ": " + formatName(log_.format) +
-                                  " holds no column types, only table files do; make one of "
-                                  "it with vek convert"};
+    if (targetOf(log_) == Format::table) return;
+    throw Failure{wrongUsage,
+                  concat(log_.name, ": ", formatName(log_.format),
+                         " holds no column types, only table files do; make one of it with ",
+                         log_.opening.terms->saving)};
 }
 
 void ColumnEdits::store() {

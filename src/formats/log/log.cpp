@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include <vekdb/host/text_util.h>
-#include "formats/inform.h"
 #include "formats/log/column_names.h"
 #include "formats/reading/decoding.h"
 #include "formats/reading/input.h"
@@ -18,20 +17,6 @@ namespace {
 std::string withoutGz(const std::string& path) {
     const bool isGz = path.size() > 3 && sameText(path.substr(path.size() - 3), ".gz");
     return isGz ? path.substr(0, path.size() - 3) : path;
-}
-
-void tellProblems(const Log& log) {
-    constexpr std::size_t most = 20;
-    for (std::size_t i = 0; i < log.problems.size() && i < most; ++i) {
-        inform(worded(log.name, log.problems[i]));
-    }
-    const std::size_t count = log.problems.size() + log.moreProblems;
-    if (count > most) {
-        inform(log.name + ": " + std::to_string(count - most) +
-               " more like these; vek check lists " +
-               (log.moreProblems == 0 ? "them all" : "the first thousand"));
-    }
-    if (!log.notRead.empty()) inform(log.notRead);
 }
 
 }  // namespace
@@ -94,12 +79,14 @@ bool canBeParameter(std::string_view name, std::string_view value) {
 
 namespace {
 
-Log openLog(Input& input, const std::string& path, const std::string& from, const Wanted& wanted,
+Log openLog(Input& input, const std::string& path, const Opening& opening,
             std::shared_ptr<Source> source) {
     Log log;
     log.source = std::move(source);
+    log.opening = opening;
     log.path = path;
     log.name = input.name();
+    log.bytesRead = input.bytesRead();
     if (input.head().empty()) {
         throw Failure{unreadable, log.name, {0, "", "is empty", "a log", ""}};
     }
@@ -108,8 +95,8 @@ Log openLog(Input& input, const std::string& path, const std::string& from, cons
         throw Failure{unreadable, log.name + ": is empty once unpacked, expected a log"};
     }
     const std::string ending = log.form.isPacked ? withoutGz(path) : path;
-    log.format = from.empty() ? recognised(ending, input.head()) : formatNamed(from);
-    readAs(log.format, input, wanted, log);
+    log.format = opening.format ? *opening.format : recognised(ending, input.head());
+    readAs(log.format, input, opening.wanted, log);
     noteRepeatedNames(log);
     return log;
 }
@@ -130,31 +117,28 @@ void noteWhatCame(Log& log) {
 
 }  // namespace
 
-Log openLog(Input& input, const std::string& path, const std::string& from, const Wanted& wanted) {
-    return openLog(input, path, from, wanted, nullptr);
+Log openLog(Input& input, const std::string& path, const Opening& opening) {
+    return openLog(input, path, opening, nullptr);
 }
 
-Log readLog(const std::string& path, const std::string& from, const Wanted& wanted) {
-    Input input(path);
-    Log log = openLog(input, path, from, wanted);
-    tellProblems(log);
-    return log;
+Log openLog(const std::string& path, const Opening& opening) {
+    Input input(path, opening);
+    return openLog(input, path, opening);
 }
 
-Log readLogToChange(const std::string& path, const std::string& from) {
+Log openLogToChange(const std::string& path, const Opening& opening) {
     Held held = holdFile(path);
-    Log log = readLogToCopy(path, from);
+    Log log = openLogToCopy(path, opening);
     log.held = held;
     return log;
 }
 
-Log readLogToCopy(const std::string& path, const std::string& from) {
+Log openLogToCopy(const std::string& path, const Opening& opening) {
     auto source = std::make_shared<Source>();
-    source->input = std::make_shared<Input>(path);
+    source->input = std::make_shared<Input>(path, opening);
     source->input->keep();
-    Log log = openLog(*source->input, path, from, {}, source);
+    Log log = openLog(*source->input, path, opening, source);
     noteWhatCame(log);
-    tellProblems(log);
     return log;
 }
 
@@ -163,13 +147,13 @@ void requireWhole(const Log& log) {
     throw Failure{unreadable,
                   log.name,
                   {0, "", "not changed, rows that were not read would be lost", "",
-                   "repair the file, or write a copy with vek convert"}};
+                   concat("repair the file, or write a copy with ", log.opening.terms->saving)}};
 }
 
-int readingResult(const Log& log) {
-    bool isDamaged = std::any_of(log.problems.begin(), log.problems.end(),
-                                 [](const Problem& problem) { return problem.isDamage; });
-    return (log.format == Format::table && isDamaged) || !log.notRead.empty() ? found : done;
+bool isDamaged(const Log& log) {
+    const bool hasDamage = std::any_of(log.problems.begin(), log.problems.end(),
+                                       [](const Problem& problem) { return problem.isDamage; });
+    return (log.format == Format::table && hasDamage) || !log.notRead.empty();
 }
 
 }  // namespace vek::formats

@@ -12,9 +12,9 @@
 #include <vekdb/table.h>
 #include "formats/failure.h"
 #include "formats/formats.h"
+#include "formats/reading/opening.h"
 #include "formats/reading/source.h"
-#include "formats/reading/text_form.h"
-#include "formats/writing/output.h"
+#include "formats/saving/held.h"
 
 namespace vek::formats {
 
@@ -51,6 +51,8 @@ struct Log {
     LineEnd lineEnd = LineEnd::lf;   ///< text formats are written back as they came
     bool beganWithMark = false;      ///< a UTF-8 byte order mark stood in front
     TextForm form = {};              ///< so are those
+    Opening opening = {};            ///< as it was asked for
+    std::size_t bytesRead = 0;       ///< of the file
     Held held;                       ///< of a log that is to be changed in place
     std::shared_ptr<Source> source;  ///< of the same
 
@@ -103,28 +105,20 @@ inline LightweightString<char> cellText(std::string_view text) {
     return LightweightString<char>(text.data(), text.size());
 }
 
-/// Conditions that all must hold, as parseCondition reads them. A reader may leave out rows of
-/// which one does not hold; which, the log tells.
-using Wanted = std::vector<std::string>;
+/// Reads a log. A Failure when nothing could be read; what else is wrong the log says.
+Log openLog(Input& input, const std::string& path, const Opening& opening);
+Log openLog(const std::string& path, const Opening& opening);
 
-/// Reads a log. The format comes from `from` ("" finds it out by the ending and the content).
-/// A Failure when nothing could be read. Problems are left to the caller.
-Log openLog(Input& input, const std::string& path, const std::string& from = {},
-            const Wanted& wanted = {});
-
-/// The same, and says the problems.
-Log readLog(const std::string& path, const std::string& from = {}, const Wanted& wanted = {});
-
-/// The same for a command that changes the file: from before it is read until it has been
+/// The same for one that is to be changed in place: from before it is read until it has been
 /// replaced no other one changes it.
-Log readLogToChange(const std::string& path, const std::string& from);
+Log openLogToChange(const std::string& path, const Opening& opening);
 /// The same for a copy with other rows or cells: the file itself stays as it is.
-Log readLogToCopy(const std::string& path, const std::string& from);
+Log openLogToCopy(const std::string& path, const Opening& opening);
 
 /// A Failure when rows of the file could not be read, so that writing it would lose them.
 void requireWhole(const Log& log);
 
-/// done, or found when the file was damaged.
-int readingResult(const Log& log);
+/// Whether something is wrong with the file itself.
+bool isDamaged(const Log& log);
 
 }  // namespace vek::formats

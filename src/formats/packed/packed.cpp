@@ -6,7 +6,6 @@
 #include <limits>
 
 #include "formats/failure.h"
-#include "formats/reading/limits.h"
 
 namespace vek::formats {
 
@@ -23,17 +22,20 @@ Bytef* bytes(const char* at) {
     return reinterpret_cast<Bytef*>(const_cast<char*>(at));  // zlib changes nothing of it
 }
 
-std::size_t mostOf(std::size_t packed) {
+std::size_t mostOf(std::size_t packed, const Limits& limits) {
     constexpr std::size_t ofAnyText = std::size_t{64} << 20;
     constexpr std::size_t ofEachByte = 200;
-    if (limits().bytes != Limits().bytes) return limits().bytes;
-    return std::min(limits().bytes, ofAnyText + ofEachByte * packed);
+    if (limits.bytes != Limits().bytes) return limits.bytes;
+    return std::min(limits.bytes, ofAnyText + ofEachByte * packed);
 }
 
 class Unpacking {
 public:
-    Unpacking(std::string_view text, const std::string& name)
-        : text_(text), name_(name), most_(mostOf(text.size())) {
+    Unpacking(std::string_view text, const std::string& name, const Opening& opening)
+        : text_(text),
+          name_(name),
+          terms_(*opening.terms),
+          most_(mostOf(text.size(), opening.limits)) {
         isOpen_ = ::inflateInit2(&stream_, withGzip) == Z_OK;
     }
     ~Unpacking() {
@@ -81,14 +83,16 @@ private:
     // What fits the bound is at once less than a byte more than is kept.
     void makeRoom() {
         if (size_ > most_) {
-            throw Failure{unreadable, name_ + ": unpacks to more than " + std::to_string(most_) +
-                                          " bytes, expected no more; --max-bytes allows more"};
+            throw Failure{unreadable,
+                          concat(name_, ": unpacks to more than ", std::to_string(most_),
+                                 " bytes, expected no more; ", terms_.maxBytes, " allows more")};
         }
         block_->resize(std::min(std::max(2 * size_, 4 * text_.size() + 1024), most_ + 1));
     }
 
     std::string_view text_;
     const std::string& name_;
+    const Terms& terms_;
     std::size_t most_;
     z_stream stream_ = {};
     bool isOpen_ = false;
@@ -103,8 +107,9 @@ bool isPacked(std::string_view head) {
     return head.starts_with("\x1F\x8B\x08");
 }
 
-Quor::Ptr<TextBlock> unpacked(std::string_view text, const std::string& name) {
-    return Unpacking(text, name).run();
+Quor::Ptr<TextBlock> unpacked(std::string_view text, const std::string& name,
+                              const Opening& opening) {
+    return Unpacking(text, name, opening).run();
 }
 
 std::string packed(std::string_view text) {

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include <vekdb/host/text_block.h>
+#include "formats/reading/opening.h"
 
 /// Texts packed by gzip. packed.cpp is the only place that knows zlib; where the program is built
 /// without it, every packed text is refused.
@@ -12,9 +13,10 @@ namespace vek::formats {
 
 bool isPacked(std::string_view head);
 
-/// What was packed. A Failure with `unreadable` for what was not packed whole, and for more than
-/// --max-bytes or, where a person did not say that, 200 times the packed bytes and 64 MB.
-Quor::Ptr<TextBlock> unpacked(std::string_view text, const std::string& name);
+/// What was packed. A Failure with `unreadable` for what was not packed whole, and for more bytes
+/// than there may be or, where nobody said how many, 200 times the packed bytes and 64 MB.
+Quor::Ptr<TextBlock> unpacked(std::string_view text, const std::string& name,
+                              const Opening& opening);
 std::string packed(std::string_view text);
 
 }  // namespace vek::formats

@@ -8,7 +8,7 @@ bool isPacked(std::string_view head) {
     return head.starts_with("\x1F\x8B\x08");
 }
 
-Quor::Ptr<TextBlock> unpacked(std::string_view, const std::string& name) {
+Quor::Ptr<TextBlock> unpacked(std::string_view, const std::string& name, const Opening&) {
     throw Failure{unreadable,
                   name + ": packed by gzip; this vek was built without zlib, unpack it first"};
 }

@@ -11,15 +11,17 @@ namespace vek::formats {
 
 namespace {
 
-std::string wishedEncoding() {
-    const std::string& wish = readingWishes().encoding;
+// The encoding that a person named, as iconv calls it.
+std::string wishedEncoding(const Opening& opening) {
+    const std::string& wish = opening.wishes.encoding;
     if (wish.empty()) return {};
     const std::optional<std::string> known = encodingNamed(wish);
     if (known) return *known;
     throw Failure{wrongUsage,
-                  "--encoding takes what iconv -l lists, such as windows-1252, macroman "
-                  "or utf-16, not " +
-                      inQuotes(wish)};
+                  concat(opening.terms->encoding,
+                         " takes what iconv -l lists, such as windows-1252, macroman or utf-16, "
+                         "not ",
+                         inQuotes(wish))};
 }
 
 std::size_t lineOf(std::string_view text, std::size_t at) {
@@ -32,19 +34,20 @@ void convert(Input& input, const std::string& encoding, Log& log) {
     std::size_t badAt = 0;
     Quor::Ptr<TextBlock> made = toUtf8(text, encoding, badAt);
     if (!made) {
-        throw Failure{unreadable,
-                      log.name,
-                      {lineOf(text, badAt), "", "a byte that is no character",
-                       "text in " + encoding, "say what it is with --encoding"}};
+        throw Failure{
+            unreadable,
+            log.name,
+            {lineOf(text, badAt), "", "a byte that is no character", "text in " + encoding,
+             concat("say what it is with ", log.opening.terms->encoding)}};
     }
     input.become(std::move(made));
     log.form.encoding = encoding;
 }
 
 // A mark says more than a person who says "utf-16".
-std::string encodingOf(Input& input) {
-    const std::string wish = wishedEncoding();
-    if (!readingWishes().encoding.empty() && !wish.starts_with("UTF-16")) return wish;
+std::string encodingOf(Input& input, const Opening& opening) {
+    const std::string wish = wishedEncoding(opening);
+    if (!opening.wishes.encoding.empty() && !wish.starts_with("UTF-16")) return wish;
     const std::string found = wideEncodingOf(input.head());
     return found.empty() ? wish : found;
 }
@@ -54,14 +57,14 @@ std::string encodingOf(Input& input) {
 void decode(Input& input, Log& log) {
     if (isPacked(input.head())) {
         log.form.isPacked = true;
-        input.become(unpacked(input.text(), log.name));
+        input.become(unpacked(input.text(), log.name, log.opening));
     }
-    const std::string encoding = encodingOf(input);
+    const std::string encoding = encodingOf(input, log.opening);
     if (!encoding.empty()) convert(input, encoding, log);
 }
 
 void decodeBytes(Input& input, Log& log) {
-    if (!readingWishes().encoding.empty() || !log.form.encoding.empty()) return;
+    if (!log.opening.wishes.encoding.empty() || !log.form.encoding.empty()) return;
     const std::string_view text = input.text();
     if (isWellFormedUtf8(text)) return;
     const std::string encoding = likelyEncoding(text);
@@ -69,9 +72,10 @@ void decodeBytes(Input& input, Log& log) {
     Quor::Ptr<TextBlock> made;
     if (!isMostlyUtf8(text)) made = toUtf8(text, encoding, badAt);
     log.report([&]() -> Problem {
+        const std::string_view term = log.opening.terms->encoding;
         return {0, "", "bytes that are no UTF-8", "UTF-8",
-                made ? "the file is read as " + encoding + "; --encoding says what it is"
-                     : "they are kept as they are; --encoding says what they are"};
+                made ? concat("the file is read as ", encoding, "; ", term, " says what it is")
+                     : concat("they are kept as they are; ", term, " says what they are")};
     });
     if (!made) return;
     input.become(std::move(made));

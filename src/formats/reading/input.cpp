@@ -1,10 +1,5 @@
 #include "formats/reading/input.h"
 
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
@@ -23,13 +18,6 @@ constexpr std::size_t firstChunk = 1 << 16;
 constexpr std::size_t readAtOnce = 1 << 24;
 constexpr std::uint64_t mostOfDevice = 64 << 20;
 
-std::uint64_t memoryOfMachine() {
-    long pages = ::sysconf(_SC_PHYS_PAGES);
-    long pageSize = ::sysconf(_SC_PAGESIZE);
-    if (pages <= 0 || pageSize <= 0) return SIZE_MAX / 2;
-    return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageSize);
-}
-
 [[noreturn]] void refuse(const std::string& name, int error) {
     std::string found = std::strerror(error);
     std::string advice;
@@ -41,101 +29,72 @@ std::uint64_t memoryOfMachine() {
     throw Failure{unreadable, name, {0, "", found, "", advice}};
 }
 
-int openInput(const std::string& path) {
-    if (path == "-") return ::dup(STDIN_FILENO);
-    return ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-}
-
-// Asks again for as long as signals come in between.
-template <class Read>
-ssize_t uninterrupted(Read read) {
-    ssize_t got;
-    do {
-        got = read();
-    } while (got < 0 && errno == EINTR);
-    return got;
-}
-
-// Where a file has so many bytes without room on the disk that it was never written there; its
-// size where it has not. Readers would go through gigabytes of nothing.
-off_t beginOfGap(int descriptor, off_t size) {
-    constexpr off_t longest = 1 << 20;
-    off_t begin = ::lseek(descriptor, 0, SEEK_HOLE);
-    while (begin >= 0 && begin < size) {
-        off_t end = ::lseek(descriptor, begin, SEEK_DATA);
-        if (end < 0) end = size;
-        if (end - begin > longest) return begin;
-        begin = ::lseek(descriptor, end, SEEK_HOLE);
-    }
-    return size;
-}
-
-bool writeAll(int descriptor, std::string_view text) {
-    while (!text.empty()) {
-        ssize_t written = ::write(descriptor, text.data(), text.size());
-        if (written < 0 && errno != EINTR) return false;
-        if (written > 0) text.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
+OpenFile openInput(const std::string& path) {
+    return path == "-" ? OpenFile::ofStandardInput() : OpenFile::at(path.c_str());
 }
 
 }  // namespace
 
-Input::Input(const std::string& path)
+Input::Input(const std::string& path, const Opening& opening)
     : name_(path == "-" ? "standard input" : path),
+      limits_(opening.limits),
+      terms_(*opening.terms),
+      watcher_(opening.watcher),
       text_(TextBlock::create(0)),
       isStandardInput_(path == "-") {
-    descriptor_ = openInput(path);
-    openOrClose();
+    open(openInput(path));
 }
 
-Input::Input(const std::string& name, int descriptor)
-    : name_(name), text_(TextBlock::create(0)), descriptor_(::dup(descriptor)) {
-    openOrClose();
+Input::Input(const std::string& name, int descriptor, const Opening& opening)
+    : name_(name),
+      limits_(opening.limits),
+      terms_(*opening.terms),
+      watcher_(opening.watcher),
+      text_(TextBlock::create(0)) {
+    open(OpenFile::of(descriptor));
 }
 
-Input::Input(const std::string& name, std::string_view text)
-    : name_(name), text_(TextBlock::create(text.size())), size_(text.size()), isWhole_(true) {
-    requireBytes(name_, size_);
+Input::Input(const std::string& name, std::string_view text, const Opening& opening)
+    : name_(name),
+      limits_(opening.limits),
+      terms_(*opening.terms),
+      watcher_(opening.watcher),
+      text_(TextBlock::create(text.size())),
+      size_(text.size()),
+      bytesRead_(text.size()),
+      isWhole_(true) {
+    requireBytes(size_);
     if (!text.empty()) std::memcpy(text_->data(), text.data(), text.size());
 }
 
-Input::~Input() {
-    if (descriptor_ >= 0) ::close(descriptor_);
+void Input::requireBytes(std::size_t bytes) const {
+    formats::requireBytes(name_, bytes, limits_, terms_);
 }
 
-void Input::openOrClose() {
-    if (descriptor_ < 0) refuse(name_, errno);
-    try {
-        open();
-    } catch (...) {
-        ::close(descriptor_);
-        throw;
-    }
-}
-
-void Input::open() {
-    struct stat status = {};
-    if (::fstat(descriptor_, &status) != 0) refuse(name_, errno);
-    if (S_ISDIR(status.st_mode)) refuse(name_, EISDIR);
-    isRegular_ = S_ISREG(status.st_mode) && !isStandardInput_;
-    if (isRegular_) expected_ = static_cast<std::size_t>(status.st_size);
-    std::uint64_t memory = memoryOfMachine();
+void Input::open(OpenFile file) {
+    using Kind = OpenFile::Kind;
+    if (file.error() != 0) refuse(name_, file.error());
+    Kind kind = Kind::stream;
+    std::uint64_t size = 0;
+    if (const int error = file.look(kind, size)) refuse(name_, error);
+    if (kind == Kind::folder) refuse(name_, EISDIR);
+    file_ = std::move(file);
+    isRegular_ = kind == Kind::regular && !isStandardInput_;
+    if (isRegular_) expected_ = static_cast<std::size_t>(size);
+    const std::uint64_t memory = OpenFile::memoryOfMachine();
     if (expected_ > memory) refuse(name_, EFBIG);
-    requireBytes(name_, expected_);
+    requireBytes(expected_);
     // A device gives what somebody types, or it has no end.
-    most_ = S_ISCHR(status.st_mode) ? std::min(memory / 2, mostOfDevice) : memory / 2;
+    most_ = kind == Kind::device ? std::min(memory / 2, mostOfDevice) : memory / 2;
     readUpTo(isRegular_ ? headSize : SIZE_MAX);
-    noteInput(isRegular_ ? expected_ : size_);
+    bytesRead_ = isRegular_ ? expected_ : size_;
 }
 
 // A file that begins with such a gap is no text by its first line.
 void Input::requireWithoutGap() const {
     if (!isRegular_ || expected_ == 0) return;
-    const auto size = static_cast<off_t>(expected_);
-    const off_t gap = beginOfGap(descriptor_, size);
-    ::lseek(descriptor_, 0, SEEK_SET);
-    if (gap == size || gap == 0) return;
+    const std::uint64_t gap = file_.beginOfGap(expected_);
+    if (gap == expected_ || gap == 0) return;
     throw Failure{unreadable,
                   concat(name_, ": from byte ", std::to_string(gap), " on nothing was ever ",
                          "written for a megabyte or more, expected text; head -c ",
@@ -153,25 +112,26 @@ void Input::makeRoom(std::size_t most) {
 }
 
 void Input::readUpTo(std::size_t most) {
-    Progress progress("reading " + name_, expected_);
+    Progress progress(watcher_, "reading " + name_, expected_);
     while (!isWhole_ && size_ < most) {
         progress.reach(size_);
         if (size_ == text_->size()) makeRoom(most);
-        ssize_t got = uninterrupted([this] { return readMore(); });
-        if (got < 0) refuse(name_, errno);
+        const std::size_t got = readMore();
         isWhole_ = got == 0;
-        size_ += static_cast<std::size_t>(got);
-        requireBytes(name_, size_);
+        size_ += got;
+        requireBytes(size_);
         requireWithinMost();
     }
 }
 
 // The library's loader moves the place in a file that can be read again.
-ssize_t Input::readMore() {
+std::size_t Input::readMore() {
     char* to = text_->data() + size_;
-    std::size_t room = std::min(text_->size() - size_, readAtOnce);
-    if (!isRegular_) return ::read(descriptor_, to, room);
-    return ::pread(descriptor_, to, room, static_cast<off_t>(size_));
+    const std::size_t room = std::min(text_->size() - size_, readAtOnce);
+    std::size_t got = 0;
+    const int error = isRegular_ ? file_.readAt(size_, to, room, got) : file_.read(to, room, got);
+    if (error != 0) refuse(name_, error);
+    return got;
 }
 
 void Input::requireWithinMost() const {
@@ -187,7 +147,7 @@ std::string_view Input::text() {
 }
 
 void Input::become(Quor::Ptr<TextBlock> text) {
-    requireBytes(name_, text->size());
+    requireBytes(text->size());
     size_ = text->size();
     text_ = std::move(text);
     isWhole_ = true;
@@ -203,35 +163,34 @@ Quor::Ptr<TextBlock> Input::takeText() {
 
 // A pipe can be read but once, so its bytes are kept where they can be read again.
 void Input::spool() {
-    int copy = ::memfd_create("vek", MFD_CLOEXEC);
-    if (copy < 0) refuse(name_, errno);
-    if (descriptor_ >= 0) ::close(descriptor_);
-    descriptor_ = copy;
-    if (!writeAll(copy, got())) refuse(name_, errno);
+    OpenFile copy = OpenFile::holding(got());
+    if (copy.error() != 0) refuse(name_, copy.error());
+    file_ = std::move(copy);
     isRegular_ = true;
 }
 
 int Input::loaderDescriptor() {
     requireWithoutGap();
     if (!isRegular_) spool();
-    return descriptor_;
+    return file_.descriptor();
 }
 
 std::uint64_t Input::size() const {
-    struct stat status = {};
-    if (::fstat(descriptor_, &status) != 0) refuse(name_, errno);
-    return static_cast<std::uint64_t>(status.st_size);
+    OpenFile::Kind kind = {};
+    std::uint64_t size = 0;
+    if (const int error = file_.look(kind, size)) refuse(name_, error);
+    return size;
 }
 
 std::size_t Input::readFrom(std::uint64_t from, char* to, std::size_t size) const {
     std::size_t done = 0;
     while (done < size) {
-        const auto at = static_cast<off_t>(from + done);
-        const ssize_t got =
-            uninterrupted([&] { return ::pread(descriptor_, to + done, size - done, at); });
-        if (got < 0) refuse(name_, errno);
+        std::size_t got = 0;
+        if (const int error = file_.readAt(from + done, to + done, size - done, got)) {
+            refuse(name_, error);
+        }
         if (got == 0) break;
-        done += static_cast<std::size_t>(got);
+        done += got;
     }
     return done;
 }

@@ -1,13 +1,13 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
+#include <vekdb/host/open_file.h>
 #include <vekdb/host/text_block.h>
+#include "formats/reading/opening.h"
 
 namespace vek::formats {
 
@@ -16,11 +16,10 @@ namespace vek::formats {
 /// with `unreadable` that says why, from whichever operation it was.
 class Input {
 public:
-    explicit Input(const std::string& path);
+    explicit Input(const std::string& path, const Opening& opening = {});
     /// What another's descriptor gives; it stays open. And a text, which is copied.
-    Input(const std::string& name, int descriptor);
-    Input(const std::string& name, std::string_view text);
-    ~Input();
+    Input(const std::string& name, int descriptor, const Opening& opening);
+    Input(const std::string& name, std::string_view text, const Opening& opening);
     Input(const Input&) = delete;
     Input& operator=(const Input&) = delete;
 
@@ -32,6 +31,8 @@ public:
     std::string_view head() const { return got().substr(0, headSize); }
     /// All of it, kept in memory from then on.
     std::string_view text();
+    /// How many bytes it had before it became another text, as far as it was read.
+    std::size_t bytesRead() const { return bytesRead_; }
     /// Another text from here on, made of what was read.
     void become(Quor::Ptr<TextBlock> text);
     /// Gives up the memory that holds it all, for whoever makes something of it there.
@@ -56,9 +57,9 @@ public:
 private:
     static constexpr std::size_t headSize = 4096;
 
-    void open();
-    void openOrClose();
-    ssize_t readMore();
+    void open(OpenFile file);
+    std::size_t readMore();
+    void requireBytes(std::size_t bytes) const;
     void requireWithinMost() const;
     void requireWithoutGap() const;
     void readUpTo(std::size_t most);
@@ -67,15 +68,19 @@ private:
     std::string_view got() const { return {text_->data(), size_}; }
 
     std::string name_;
+    Limits limits_;
+    const Terms& terms_;
+    Watcher* watcher_;
     Quor::Ptr<TextBlock> text_;  ///< begins with what was read
     std::size_t size_ = 0;       ///< of what was read
+    std::size_t bytesRead_ = 0;
     bool isWhole_ = false;
     bool isStandardInput_ = false;
     bool isKept_ = false;
     bool isRegular_ = false;    ///< it can be read again, from any place on
     std::size_t expected_ = 0;  ///< the size, as far as known beforehand
     std::size_t most_ = 0;      ///< more is not read of what does not tell its size
-    int descriptor_ = -1;
+    OpenFile file_;
 };
 
 }  // namespace vek::formats

@@ -1,43 +1,51 @@
 #pragma once
 
-#include <chrono>
 #include <cstddef>
 #include <string>
 
 namespace vek::formats {
 
-/// A bar on the standard error stream while a job goes on: only where the program asked for bars,
-/// only on a terminal, only when the job has lasted over a second, and gone when the job is done.
+/// Hears how far a job is.
+class Watcher {
+public:
+    virtual ~Watcher() = default;
+    /// So much of a job is done; `total` is all there is to do, 0 when it is not known. Called some
+    /// thousand times over a whole job.
+    virtual void reached(const std::string& what, std::size_t done, std::size_t total) = 0;
+    /// No more comes of the job.
+    virtual void ended() = 0;
+};
+
+/// Tells a watcher of one job; costs next to nothing where there is none.
 class Progress {
 public:
-    /// `what` is done ("reading", shown escaped); `total` is all there is to do, 0 when it is not
-    /// known.
-    Progress(const std::string& what, std::size_t total);
-    ~Progress();
+    /// `what` is done: "reading", for example.
+    Progress(Watcher* watcher, const std::string& what, std::size_t total)
+        : watcher_(watcher), total_(total), step_(total / looks) {
+        if (watcher != nullptr) what_ = what;
+    }
+    ~Progress() {
+        if (isTold_) watcher_->ended();
+    }
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /// From now on bars are shown; an application that never asks sees none.
-    static void showOnTerminals();
-
-    /// To be called often; looks at the clock now and then only.
+    /// To be called often.
     void reach(std::size_t done) {
-        if (isWatched_ && done >= nextLook_) look(done);
+        if (watcher_ != nullptr && done >= next_) tell(done);
     }
 
 private:
-    using Clock = std::chrono::steady_clock;
+    static constexpr std::size_t looks = 2000;
 
-    void look(std::size_t done);
-    void draw(std::size_t done) const;
+    void tell(std::size_t done);
 
+    Watcher* watcher_;
     std::string what_;
     std::size_t total_;
     std::size_t step_;
-    std::size_t nextLook_ = 0;
-    bool isWatched_;
-    bool isDrawn_ = false;
-    Clock::time_point due_;
+    std::size_t next_ = 0;
+    bool isTold_ = false;
 };
 
 }  // namespace vek::formats

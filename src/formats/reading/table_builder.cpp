@@ -5,7 +5,6 @@
 
 #include <vekdb/formats/timecode.h>
 #include <vekdb/host/text_util.h>
-#include "formats/reading/limits.h"
 #include "formats/text/text_lines.h"
 
 namespace vek::formats {
@@ -110,7 +109,8 @@ void TableBuilder::addWholeRow(std::size_t line, const std::string_view* cells, 
     }
     // Only rows that stand on a text can be many for few bytes of it.
     if (rows_->size() != 0) {
-        requireCells(log_.name, rows_->count(), columnCount(), rows_->size());
+        requireCells(log_.name, rows_->count(), columnCount(), rows_->size(), log_.opening.limits,
+                     *log_.opening.terms);
     }
     log_.lines.push_back(static_cast<std::uint32_t>(line));
 }

@@ -15,18 +15,15 @@ struct TextForm {
     bool isPacked = false;      ///< by gzip
 };
 
-/// What a person says of the texts that are read from now on; the rest is found out.
+/// What a person says of a text that is to be read; the rest is found out.
 struct ReadingWishes {
     std::string encoding = {};
     char delimiter = '\0';
     std::size_t skippedLines = 0;
     bool hasNoHeading = false;
 };
-ReadingWishes& readingWishes();
 
-/// "tab" or one character; a Failure with wrongUsage for anything else.
-char delimiterNamed(const std::string& name);
-/// "comma", "tab", "\"x\"".
-std::string delimiterName(char delimiter);
+/// Whether cells can be separated by the character.
+bool canDelimit(char delimiter);
 
 }  // namespace vek::formats

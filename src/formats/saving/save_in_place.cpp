@@ -1,3 +1,5 @@
+#include "formats/saving/save_in_place.h"
+
 #include <algorithm>
 #include <cstring>
 #include <numeric>
@@ -99,7 +101,7 @@ public:
         const Sheet sheet{log_, viewOf(log_, changed_), saving_.columns};
         form_->begin(sheet, all_);
         putHeading();
-        Progress progress("writing", all_.size());
+        Progress progress(log_.opening.watcher, "writing", all_.size());
         for (std::size_t i = 0; i < all_.size(); ++i) {
             progress.reach(i);
             put(all_[i]);
@@ -230,37 +232,13 @@ PatchedText patched(const Saving& saving, const std::vector<unsigned>& rows) {
     return isJson ? jsonInPlace(saving, rows) : LinesInPlace(saving, rows).make();
 }
 
-struct Destination {
-    const std::string& path;
-    const Held& held;
-    bool isSource = true;
-    bool backup = false;
-};
-
 void requireTabs(const Log& log) {
     if (log.format != Format::ale || log.form.delimiter == '\0') return;
     throw Failure{wrongUsage,
-                  concat(log.name, ": a log exchange file whose FIELD_DELIM is not ",
-                         "TABS is not changed in place; make one with tabs with vek ", "convert")};
-}
-
-Losses save(const Log& log, const std::vector<unsigned>& columns, const std::vector<unsigned>& rows,
-            const Destination& to) {
-    requireWhole(log);
-    if (log.format != Format::plainCsv) targetOf(log);
-    requireTabs(log);
-    Output out(to.path, to.held);
-    out.encode(log.form.encoding, log.form.isPacked);
-    Losses losses;
-    const Saving saving{log, unnamedLast(log, columns), out.name(), losses};
-    PatchedText text = patched(saving, rows);
-    const bool isThere = to.isSource && !out.isStandardOutput();
-    if (isThere && text.isFile(log.source->places.size())) return losses;
-    text.write(*log.source->input, out);
-    if (to.backup && to.held) backUp(to.path, *to.held);
-    out.close();
-    losses.tell(out.name());
-    return losses;
+                  concat(log.name,
+                         ": a log exchange file whose FIELD_DELIM is not TABS is not changed in "
+                         "place; make one with tabs with ",
+                         log.opening.terms->saving)};
 }
 
 }  // namespace
@@ -280,21 +258,19 @@ bool isChangedInPlace(Format format) {
     }
 }
 
-Losses saveInPlace(const Log& log, bool backup) {
-    return saveInPlace(log, allRows(log), backup);
-}
+InPlace::InPlace(const Log& log) : log(log), rows(allRows(log)), columns(allColumns(log)) {}
 
-Losses saveInPlace(const Log& log, const std::vector<unsigned>& rows, bool backup) {
-    return save(log, allColumns(log), rows, {log.path, log.held, true, backup});
-}
-
-Losses saveCopy(const Log& log, const std::vector<unsigned>& rows, const std::string& path,
-                const Held& held, bool backup) {
-    return save(log, allColumns(log), rows, {path, held, false, backup});
-}
-
-Losses saveColumnsInPlace(const Log& log, const std::vector<unsigned>& columns, bool backup) {
-    return save(log, columns, allRows(log), {log.path, log.held, true, backup});
+bool writeInPlace(const InPlace& now, bool mayStay, Output& out, Losses& losses) {
+    const Log& log = now.log;
+    requireWhole(log);
+    if (log.format != Format::plainCsv) targetOf(log);
+    requireTabs(log);
+    out.encode(log.form.encoding, log.form.isPacked);
+    const Saving saving{log, unnamedLast(log, now.columns), out.name(), losses};
+    PatchedText text = patched(saving, now.rows);
+    if (mayStay && text.isFile(log.source->places.size())) return false;
+    text.write(*log.source->input, out);
+    return true;
 }
 
 }  // namespace vek::formats

@@ -239,7 +239,8 @@ private:
         std::size_t rows = 0;
         forEachRow(file, [&](const dbrecord& values, std::size_t) {
             most = std::max(most, filledCount(values));
-            requireCells(log_.name, ++rows, most, text_.size());
+            requireCells(log_.name, ++rows, most, text_.size(), log_.opening.limits,
+                         *log_.opening.terms);
         });
         addExtraColumns(most - declared);
         forEachRow(file, [&](dbrecord& values, std::size_t steps) {

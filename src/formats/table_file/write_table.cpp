@@ -163,7 +163,7 @@ class RowChecker {
 public:
     RowChecker(const Sheet& sheet, const TableToWrite& source)
         : sheet_(sheet), source_(source), values_(sheet.columns.size()) {
-        Progress progress("checking", sheet.rowCount());
+        Progress progress(sheet.log.opening.watcher, "checking", sheet.rowCount());
         for (unsigned row = 0; row < sheet.rowCount(); ++row) {
             progress.reach(row);
             check(row);
@@ -227,7 +227,7 @@ private:
 // In pieces, so that no more of the file than that is held beside its rows.
 void writeRows(const Sheet& sheet, const TableToWrite& source, Output& out) {
     constexpr std::size_t piece = 1 << 18;
-    Progress progress("writing", sheet.rowCount());
+    Progress progress(sheet.log.opening.watcher, "writing", sheet.rowCount());
     for (unsigned row = 0; row < sheet.rowCount();) {
         TextFile lines;
         for (; row < sheet.rowCount() && lines.textSize() < piece; ++row) {

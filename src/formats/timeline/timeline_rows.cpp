@@ -157,7 +157,8 @@ void TimelineRows::add(const Row& row) {
     std::size_t count = row.cells.size();
     while (count > 0 && row.cells[count - 1].empty()) --count;
     views_.assign(row.cells.begin(), row.cells.begin() + static_cast<std::ptrdiff_t>(count));
-    requireCells(log_.name, ++rowCount_, names_.size(), bytes_);
+    requireCells(log_.name, ++rowCount_, names_.size(), bytes_, log_.opening.limits,
+                 *log_.opening.terms);
     builder_.addWholeRow(row.line, views_.data(), count, {});
 }
 

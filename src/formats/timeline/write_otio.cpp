@@ -99,9 +99,9 @@ private:
                                           "source times for the clips of a timeline"};
         }
         if (counting_.nominal() != 0) return;
-        throw Failure{wrongUsage, sheet_.log.name +
-                                      ": no frame rate for the times of a timeline; expected "
-                                      "--fps RATE"};
+        throw Failure{wrongUsage, concat(sheet_.log.name,
+                                         ": no frame rate for the times of a timeline; expected ",
+                                         sheet_.log.opening.terms->rate)};
     }
 
     std::string_view cell(unsigned row, unsigned column) const {
@@ -276,7 +276,7 @@ private:
                    "\"tracks\", \"source_range\": null, \"metadata\": {}, \"effects\": [], "
                    "\"enabled\": true, \"markers\": " +
                    markersOf(noColumn, zero_) + ", \"children\": [\n");
-        Progress progress("writing", sheet_.rowCount());
+        Progress progress(sheet_.log.opening.watcher, "writing", sheet_.rowCount());
         std::size_t done = 0;
         for (std::size_t i = 0; i < lanes_.size(); ++i) {
             if (i > 0) out_.write(",\n");

@@ -3,11 +3,9 @@
 #include <algorithm>
 #include <numeric>
 
-#include "formats/inform.h"
-
 namespace vek::formats {
 
-Target targetOf(const Log& log) {
+Format targetOf(const Log& log) {
     switch (log.format) {
         case Format::table:
         case Format::csv:
@@ -17,20 +15,24 @@ Target targetOf(const Log& log) {
         case Format::jsonl:
             return log.format;
         case Format::edl:
-            throw Failure{wrongUsage, log.name +
-                                          ": an edit list is not changed in place; make a table "
-                                          "file of it with vek convert, and an edit list again"};
+            throw Failure{wrongUsage,
+                          concat(log.name,
+                                 ": an edit list is not changed in place; make a table file of it "
+                                 "with ",
+                                 log.opening.terms->saving, ", and an edit list again")};
         case Format::otio:
         case Format::fcpxml:
-            throw Failure{wrongUsage, log.name +
-                                          ": a timeline is not changed in place; make a table "
-                                          "file of it with vek convert, and a timeline again"};
+            throw Failure{wrongUsage,
+                          concat(log.name,
+                                 ": a timeline is not changed in place; make a table file of it "
+                                 "with ",
+                                 log.opening.terms->saving, ", and a timeline again")};
         default:
             break;
     }
-    throw Failure{wrongUsage, log.name + ": " + formatName(log.format) +
-                                  " is read, not written; "
-                                  "make a table file of it with vek convert"};
+    throw Failure{wrongUsage, concat(log.name, ": ", formatName(log.format),
+                                     " is read, not written; make a table file of it with ",
+                                     log.opening.terms->saving)};
 }
 
 std::vector<unsigned> allColumns(const Log& log) {
@@ -56,18 +58,6 @@ void Losses::add(const std::string& what, const std::string& firstPlace) {
 
 void Losses::addEach(const std::string& message) {
     messages_.push_back(message);
-}
-
-void Losses::tell(const std::string& output) const {
-    constexpr std::size_t most = 20;
-    for (std::size_t i = 0; i < messages_.size() && i < most; ++i) inform(messages_[i]);
-    if (messages_.size() > most) {
-        inform(output + ": " + std::to_string(messages_.size() - most) + " more like these");
-    }
-    for (const Kind& kind : kinds_) {
-        inform(output + ": " + kind.what + ": " + std::to_string(kind.count) +
-               (kind.firstPlace.empty() ? "" : ", first " + kind.firstPlace));
-    }
 }
 
 std::size_t Losses::count() const {

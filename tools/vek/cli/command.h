@@ -6,6 +6,7 @@
 
 #include "formats/failure.h"
 #include "formats/text/suggestion.h"
+#include "tools/vek/cli/exit_code.h"
 
 /// How a subcommand is declared. The command line, `--help`, the manual page and the
 /// completions of all three shells are made from this one declaration.
@@ -16,17 +17,17 @@
 ///    declaration, and name that function in `tools/vek/commands.h` and in the list in
 ///    `tools/vek/commands.cpp`.
 /// 2. The declaration's last member is `int run(const Args&)`. It returns an ExitCode. Whatever
-///    ends it early is thrown as a Failure{code, text}; main says it and leaves with the code.
+///    ends it early is thrown as a Failure{kind, text}; main says it and leaves with its code.
 /// 3. Read with `readLog(args)` (cli/reading.h): any format, a path or "-". A Log is the library's
 ///    table, the line every row came from, and what was found wrong on the way. Before a file
 ///    is written back call `requireWhole(log)`, so that a row that could not be read is not lost.
 /// 4. Choose rows with `selectRows(log, selectionFrom(args))` (formats/choosing/select.h and
 ///    cli/choosing.h); what comes back is a view. Declare the options for it by adding
 ///    `selectionOptions()`.
-/// 5. Write to people and pipes through an Output (formats/writing/output.h), never to std::cout:
-///    it finishes with an error when the disk is full and quietly when a pipe is closed. Write
-///    logs with `writeSheet` (formats/formats.h) and the options of cli/writing.h, and back into
-///    their own file with `saveInPlace` (formats/writing/writers.h).
+/// 5. Write to people and pipes through a Printout (cli/printout.h), never to std::cout: it
+///    finishes with an error when the disk is full and quietly when a pipe is closed. Write logs
+///    with `writeSheet` (formats/formats.h) and the options of cli/writing.h, and back into their
+///    own file with `saveInPlace` (cli/saving.h).
 /// 6. Say messages with `say` as file:line: what was found, what was expected, what to do.
 /// 7. Add cases to tests/cli/cases/NAME/: one file a case.
 namespace vek {

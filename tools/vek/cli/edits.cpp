@@ -5,7 +5,7 @@
 namespace vek {
 
 void printEdits(const Log& log, const std::vector<Edit>& edits, const Args& args) {
-    Output out;
+    Printout out;
     Screen screen = screenOf(out, args);
     const std::vector<std::string> names = log.columnNames();
     std::string number;

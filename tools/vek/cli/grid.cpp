@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "formats/text/width.h"
+#include "tools/vek/cli/terminal.h"
 
 namespace vek {
 
@@ -75,7 +76,7 @@ std::vector<std::size_t> fittedWidths(std::vector<std::size_t> widths, std::size
 
 class GridPrinter {
 public:
-    GridPrinter(const Grid& grid, const Screen& screen, Output& out)
+    GridPrinter(const Grid& grid, const Screen& screen, Printout& out)
         : grid_(grid),
           screen_(screen),
           out_(out),
@@ -118,7 +119,7 @@ private:
 
     const Grid& grid_;
     const Screen& screen_;
-    Output& out_;
+    Printout& out_;
     std::vector<std::size_t> widths_;
 };
 
@@ -141,7 +142,7 @@ const char* inkCode(Ink ink) {
 
 }  // namespace
 
-Screen screenOf(const Output& out, const Args& args) {
+Screen screenOf(const Printout& out, const Args& args) {
     const char* noColor = std::getenv("NO_COLOR");
     bool wantsColor = !args.has("no-color") && (noColor == nullptr || *noColor == '\0');
     std::size_t width = out.isTerminal() ? terminalWidth(80) : 0;
@@ -155,7 +156,7 @@ std::vector<Option> screenOptions() {
     };
 }
 
-std::size_t printGrid(const Grid& grid, const Screen& screen, Output& out) {
+std::size_t printGrid(const Grid& grid, const Screen& screen, Printout& out) {
     return GridPrinter(grid, screen, out).print();
 }
 

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "formats/writing/output.h"
 #include "tools/vek/cli/command.h"
+#include "tools/vek/cli/printout.h"
 
 namespace vek {
 
@@ -18,7 +18,7 @@ struct Screen {
 
 /// The screen behind an output: colour only on a terminal and not with NO_COLOR or --no-color;
 /// the terminal's width, --width where given, no limit elsewhere.
-Screen screenOf(const Output& out, const Args& args);
+Screen screenOf(const Printout& out, const Args& args);
 /// The --no-color and --width options.
 std::vector<Option> screenOptions();
 
@@ -38,7 +38,7 @@ struct Grid {
 
 /// Prints the grid, its columns fitted to the screen: long cells are cut, and columns that have
 /// no room at all are left out at the right. Returns how many were printed.
-std::size_t printGrid(const Grid& grid, const Screen& screen, Output& out);
+std::size_t printGrid(const Grid& grid, const Screen& screen, Printout& out);
 
 /// A text in bold, faint, red or green where the screen has colours.
 enum class Ink { plain, bold, faint, red, green, yellow };

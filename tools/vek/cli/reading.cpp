@@ -1,16 +1,110 @@
 #include "tools/vek/cli/reading.h"
 
 #include <vekdb/formats/timecode.h>
-#include "formats/reading/limits.h"
+#include "formats/reading/input.h"
+#include "tools/vek/cli/printout.h"
+#include "tools/vek/cli/progress_bar.h"
+#include "tools/vek/cli/say.h"
 
 namespace vek {
 
+namespace {
+
+constexpr Terms terms = {
+    .maxBytes = "--max-bytes",
+    .maxCells = "--max-cells",
+    .maxOutput = "--max-output",
+    .encoding = "--encoding",
+    .format = "with --to",
+    .saving = "vek convert",
+    .at = "--at",
+    .joining = "--yes",
+    .rate = "--fps RATE",
+    .shortReels = "--short-reels",
+    .names = "--map",
+    .tracks = "--tracks",
+    .likelyTracks = "--tracks VA1A2",
+    .likelyVideo = "--video-format 1080",
+    .likelyAudio = "--audio-format 48khz",
+    .likelyRate = "--fps 24",
+};
+
+constexpr std::pair<const char*, char> delimiters[] = {
+    {"comma", ','}, {"semicolon", ';'}, {"tab", '\t'}, {"pipe", '|'}, {"\\t", '\t'}};
+
+char delimiterNamed(const std::string& name) {
+    for (const auto& [known, delimiter] : delimiters) {
+        if (name == known) return delimiter;
+    }
+    if (name.size() == 1 && canDelimit(name[0])) return name[0];
+    throw Failure{
+        wrongUsage,
+        "--delimiter takes comma, semicolon, tab, pipe or one character, not " + inQuotes(name)};
+}
+
+void tellProblems(const Log& log) {
+    constexpr std::size_t most = 20;
+    for (std::size_t i = 0; i < log.problems.size() && i < most; ++i) {
+        say(worded(log.name, log.problems[i]));
+    }
+    const std::size_t count = log.problems.size() + log.moreProblems;
+    if (count > most) {
+        say(log.name + ": " + std::to_string(count - most) + " more like these; vek check lists " +
+            (log.moreProblems == 0 ? "them all" : "the first thousand"));
+    }
+    if (!log.notRead.empty()) say(log.notRead);
+}
+
+Log told(Log log) {
+    noteRead(log.bytesRead);
+    tellProblems(log);
+    return log;
+}
+
+}  // namespace
+
+const Terms& programTerms() {
+    return terms;
+}
+
+Opening openingFrom(const Args& args) {
+    Opening opening;
+    if (args.has("from")) opening.format = formatNamed(args.text("from"));
+    if (args.has("delimiter")) opening.wishes.delimiter = delimiterNamed(args.text("delimiter"));
+    opening.wishes.encoding = args.text("encoding");
+    opening.wishes.skippedLines = args.number("skip-lines", 0);
+    opening.wishes.hasNoHeading = args.has("no-header");
+    opening.limits.bytes = args.number("max-bytes", opening.limits.bytes);
+    opening.limits.cells = args.number("max-cells", opening.limits.cells);
+    opening.terms = &terms;
+    opening.watcher = progressBar();
+    return opening;
+}
+
+Log readLog(const std::string& path, const Opening& opening) {
+    return told(openLog(path, opening));
+}
+
 Log readLog(const Args& args, std::string_view argument, const Wanted& wanted) {
-    return readLog(args.text(argument), args.text("from"), wanted);
+    Opening opening = openingFrom(args);
+    opening.wanted = wanted;
+    return readLog(args.text(argument), opening);
+}
+
+Log readLogToChange(const std::string& path, const Opening& opening) {
+    return told(openLogToChange(path, opening));
 }
 
 Log readLogToChange(const Args& args, std::string_view argument) {
-    return readLogToChange(args.text(argument), args.text("from"));
+    return readLogToChange(args.text(argument), openingFrom(args));
+}
+
+Log readLogToCopy(const Args& args) {
+    return told(openLogToCopy(args.text("FILE"), openingFrom(args)));
+}
+
+int readingResult(const Log& log) {
+    return isDamaged(log) ? found : done;
 }
 
 Option fromOption() {
@@ -57,15 +151,11 @@ std::vector<Option> limitOptions() {
     };
 }
 
-void setLimits(const Args& args) {
-    limits().bytes = args.number("max-bytes", limits().bytes);
-    limits().cells = args.number("max-cells", limits().cells);
-    limits().output = args.number("max-output", limits().output);
-    ReadingWishes& wishes = readingWishes();
-    if (args.has("delimiter")) wishes.delimiter = delimiterNamed(args.text("delimiter"));
-    wishes.encoding = args.text("encoding");
-    wishes.skippedLines = args.number("skip-lines", 0);
-    wishes.hasNoHeading = args.has("no-header");
+std::string delimiterName(char delimiter) {
+    for (const auto& [known, own] : delimiters) {
+        if (own == delimiter) return known;
+    }
+    return inQuotes(std::string(1, delimiter));
 }
 
 }  // namespace vek

@@ -9,12 +9,25 @@
 
 namespace vek {
 
-/// The log named by an argument, "FILE" as a rule, with the --from of the command line.
+/// What the command line says of how logs are read; a Failure where it cannot be.
+Opening openingFrom(const Args& args);
+/// What messages of the library call the options of the program.
+const Terms& programTerms();
+
+/// Reads a log, and says what is wrong with it.
+Log readLog(const std::string& path, const Opening& opening);
+/// The log named by an argument, "FILE" as a rule.
 Log readLog(const Args& args, std::string_view argument = "FILE", const Wanted& wanted = {});
 
 /// The same for a command that changes the file: from before it is read until it has been
 /// replaced no other one changes it.
+Log readLogToChange(const std::string& path, const Opening& opening);
 Log readLogToChange(const Args& args, std::string_view argument = "FILE");
+/// The same for a copy with other rows or cells: the file itself stays as it is.
+Log readLogToCopy(const Args& args);
+
+/// done, or found when the file was damaged.
+int readingResult(const Log& log);
 
 /// The --from option.
 Option fromOption();
@@ -30,9 +43,11 @@ Option gaugeOption();
 /// The gauge that it names, 35 mm film with 4 perforations when it was not given.
 const Gauge& wantedGauge(const Args& args);
 
-/// --max-bytes and --max-cells.
+/// What can be said of every log that is read: its bytes and how much it may be; and how much may
+/// be written.
 std::vector<Option> limitOptions();
-/// What the options say holds for all logs that are read from then on.
-void setLimits(const Args& args);
+
+/// "comma", "tab", "\"x\"".
+std::string delimiterName(char delimiter);
 
 }  // namespace vek

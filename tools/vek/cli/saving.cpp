@@ -1,10 +1,10 @@
 #include "tools/vek/cli/saving.h"
 
-#include <unistd.h>
-
 #include <numeric>
 
+#include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/terminal.h"
 #include "tools/vek/cli/writing.h"
 
 namespace vek {
@@ -13,37 +13,37 @@ namespace {
 
 // A file that was there before is kept beside the new one.
 Held heldForBackup(const std::string& path) {
-    const bool isThere = path != "-" && ::access(path.c_str(), F_OK) == 0;
-    return isThere ? holdFile(path) : nullptr;
+    return path != "-" && isThere(path) ? holdFile(path) : nullptr;
 }
 
 void saveElsewhere(const Log& log, const std::vector<unsigned>& rows, const std::string& path,
                    bool backup) {
     requireWhole(log);
-    const Target target = path == "-" ? targetOf(log) : targetFor(log, path);
+    const Format target = path == "-" ? targetOf(log) : targetFor(log, path);
     Held held = log.held || !backup ? log.held : heldForBackup(path);
     const bool keepsLines = target == log.format && isChangedInPlace(log.format);
-    if (keepsLines) {
-        saveCopy(log, rows, path, held, backup);
-        return;
-    }
-    Output out(path, held);
+    Printout out(path, held, backup);
     Losses losses;
-    WriteStyle style{log.lineEnd, log.beganWithMark};
-    writeSheet({log, viewOf(log, rows), allColumns(log)}, target, style, out, losses);
-    if (backup && held) backUp(path, *held);
+    if (keepsLines) {
+        InPlace now(log);
+        now.rows = rows;
+        writeInPlace(now, false, out, losses);
+    } else {
+        WriteStyle style{log.lineEnd, log.beganWithMark};
+        writeSheet({log, viewOf(log, rows), allColumns(log)}, target, style, out, losses);
+    }
     out.close();
-    losses.tell(out.name());
+    tellLosses(losses, out.name());
 }
 
 }  // namespace
 
-Target targetFor(const Log& log, const std::string& path) {
-    if (hasTargetEnding(path)) return targetOfPath(path);
+Format targetFor(const Log& log, const std::string& path) {
+    if (hasTargetEnding(path)) return targetOfPath(path, programTerms());
     try {
         return targetOf(log);
     } catch (const Failure&) {
-        return targetOfPath(path);
+        return targetOfPath(path, programTerms());
     }
 }
 
@@ -51,9 +51,27 @@ Log readLogToSave(const Args& args) {
     if (args.has("dry-run")) return readLog(args);
     if (!args.has("output")) return readLogToChange(args);
     Held held = holdInput({args.text("FILE")}, args.text("output"));
-    Log log = readLogToCopy(args.text("FILE"), args.text("from"));
+    Log log = readLogToCopy(args);
     log.held = held;
     return log;
+}
+
+void saveInPlace(const InPlace& now, bool backup) {
+    Printout out(now.log.path, now.log.held, backup);
+    Losses losses;
+    if (!writeInPlace(now, !out.isStandardOutput(), out, losses)) return;
+    out.close();
+    tellLosses(losses, out.name());
+}
+
+void saveInPlace(const Log& log, bool backup) {
+    saveInPlace(InPlace(log), backup);
+}
+
+void saveInPlace(const Log& log, const std::vector<unsigned>& rows, bool backup) {
+    InPlace now(log);
+    now.rows = rows;
+    saveInPlace(now, backup);
 }
 
 void saveResult(const Log& log, const std::vector<unsigned>& rows, const Args& args) {
@@ -71,9 +89,9 @@ void saveResult(const Log& log, const Args& args) {
 }
 
 void printRows(const Log& log, const std::vector<unsigned>& rows) {
-    Output out;
+    Printout out;
     Losses ignored;
-    writeSheet({log, viewOf(log, rows), allColumns(log)}, Target::csv, {}, out, ignored);
+    writeSheet({log, viewOf(log, rows), allColumns(log)}, Format::csv, {}, out, ignored);
     out.close();
 }
 

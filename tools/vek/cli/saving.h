@@ -1,6 +1,6 @@
 #pragma once
 
-#include "formats/writing/writers.h"
+#include "formats/saving/save_in_place.h"
 #include "tools/vek/cli/command.h"
 
 /// How a command that makes another log of one comes by it and leaves it: in the place of the old
@@ -12,7 +12,16 @@ Log readLogToSave(const Args& args);
 
 /// The format that a path's ending gives, or else the log's own; a Failure where that is one that
 /// is not written back.
-Target targetFor(const Log& log, const std::string& path);
+Format targetFor(const Log& log, const std::string& path);
+
+/// Writes a log back into the file it came from, in its format, the old file kept as it was on
+/// any failure. What was not changed stays as it came, byte for byte; where nothing was, nothing
+/// is written. Standard input goes to standard output. `backup` keeps the old file beside it. Says
+/// what the file could not hold.
+void saveInPlace(const InPlace& now, bool backup);
+void saveInPlace(const Log& log, bool backup);
+/// These rows alone, in this order.
+void saveInPlace(const Log& log, const std::vector<unsigned>& rows, bool backup);
 
 /// Writes these rows in this order into the log's own file, or into that of -o, whose ending gives
 /// the format; one that says nothing, and "-", the standard output, get the log's own. --backup

@@ -1,8 +1,7 @@
 #include "tools/vek/cli/say.h"
 
-#include <unistd.h>
-
 #include "formats/text/width.h"
+#include "tools/vek/cli/terminal.h"
 
 namespace vek {
 
@@ -23,7 +22,7 @@ void leaveMessagesOut() {
 void sayFailure(const std::string& text) {
     std::string line = "vek: " + formats::escaped(text) + "\n";
     // Nothing is left to be told when even this stream is gone.
-    [[maybe_unused]] ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());
+    [[maybe_unused]] const int error = writeTo(Stream::errors, line);
 }
 
 }  // namespace vek

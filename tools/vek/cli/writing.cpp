@@ -4,23 +4,23 @@
 
 namespace vek {
 
-WriteStyle styleFrom(const Args& args, Target target) {
+WriteStyle styleFrom(const Args& args, Format target) {
     WriteStyle style;
     if (args.has("crlf")) style.lineEnd = LineEnd::crlf;
     style.rate = wantedRate(args);
     style.shortReels = args.has("short-reels");
     style.guardsFormulas = args.has("guard-formulas");
-    if (style.guardsFormulas && target != Target::csv && target != Target::tsv) {
+    if (style.guardsFormulas && target != Format::csv && target != Format::tsv) {
         throw Failure{wrongUsage, std::string("--guard-formulas is for csv and tsv, not ") +
-                                      targetName(target)};
+                                      formatName(target)};
     }
     style.ale = {args.text("video-format"), args.text("audio-format"), args.text("tracks"),
                  args.all("map")};
-    if (style.ale.isAny() && target != Target::ale) {
+    if (style.ale.isAny() && target != Format::ale) {
         throw Failure{wrongUsage,
                       std::string("--video-format, --audio-format, --tracks and --map are for "
                                   "ale, not ") +
-                          targetName(target)};
+                          formatName(target)};
     }
     return style;
 }

@@ -8,7 +8,7 @@
 namespace vek {
 
 /// The style that the command line asks for; a Failure where it does not go with the target.
-WriteStyle styleFrom(const Args& args, Target target);
+WriteStyle styleFrom(const Args& args, Format target);
 /// Its options.
 std::vector<Option> styleOptions();
 

@@ -1,0 +1,76 @@
+#include "formats/saving/file_sink.h"
+
+#include <utility>
+
+namespace vek::formats {
+
+namespace {
+
+std::vector<std::string> worded(const std::string& path, unsigned losses) {
+    constexpr struct {
+        unsigned loss;
+        const char* what;
+    } kinds[] = {
+        {FileReplacement::eOwner, "its owner could not be kept, the new file is yours"},
+        {FileReplacement::eGroup,
+         "its group could not be kept, nor the rights that the group had alone"},
+        {FileReplacement::eAccessList,
+         "its access list could not be kept, nobody but the owner has access now"},
+        {FileReplacement::eAttributes, "not all of its extended attributes could be kept"},
+    };
+    std::vector<std::string> notes;
+    for (const auto& kind : kinds) {
+        if ((losses & kind.loss) != 0) notes.push_back(path + ": " + kind.what);
+    }
+    return notes;
+}
+
+}  // namespace
+
+FileSink::FileSink(const std::string& path, Held held, bool keepsOld)
+    : path_(path), file_(std::move(held)), keepsOld_(keepsOld && file_ != nullptr) {}
+
+FileSink::~FileSink() {
+    giveUp();
+}
+
+bool FileSink::isDirect() {
+    if (!file_) file_ = holdFile(path_);
+    return file_->isWrittenDirectly();
+}
+
+void FileSink::take(std::string_view piece) {
+    if (isDirect()) {
+        kept_ += piece;
+        return;
+    }
+    if (!keepsOld_) return send(piece);
+    if (!kept_.empty()) send(kept_);
+    kept_ = piece;
+}
+
+void FileSink::send(std::string_view text) {
+    if (!isOpen_ && !file_->open()) refuse(path_, *file_);
+    isOpen_ = true;
+    if (!file_->write(text)) refuse(path_, *file_);
+}
+
+std::vector<std::string> FileSink::end() {
+    if (keepsOld_) {
+        const std::string copy = path_ + ".bak";
+        if (!file_->backUp(copy.c_str())) refuse(copy, *file_);
+    }
+    if (isDirect() || keepsOld_ || !isOpen_) send(kept_);
+    if (!file_->complete()) refuse(path_, *file_);
+    std::vector<std::string> notes = worded(path_, file_->losses());
+    isOpen_ = false;
+    if (!file_->commit()) refuse(path_, *file_);
+    return notes;
+}
+
+void FileSink::giveUp() {
+    if (isOpen_) file_->giveUp();
+    isOpen_ = false;
+}
+
+}  // namespace vek::formats

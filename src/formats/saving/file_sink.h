@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string>
+
+#include "formats/saving/held.h"
+#include "formats/writing/sink.h"
+
+namespace vek::formats {
+
+/// A file that is replaced whole or not at all. A long text goes to a file beside the one that it
+/// is to replace while it is made; the file itself is not touched before the end.
+class FileSink : public Sink {
+public:
+    /// What is held already, or null. `keepsOld` keeps what a held file is now beside it, as
+    /// "PATH.bak", once all but the last piece could be written.
+    explicit FileSink(const std::string& path, Held held = nullptr, bool keepsOld = false);
+    ~FileSink() override;
+
+    void take(std::string_view piece) override;
+    /// Says what the new file does not have of the old one.
+    std::vector<std::string> end() override;
+    std::size_t pieceSize() const override { return 1 << 20; }
+
+    /// Looks the path up, which the first piece does otherwise. Whether text goes there as it
+    /// comes, as to a FIFO that may have no reader: all of it at once then, at the end, as it
+    /// cannot be taken back.
+    bool isDirect();
+    /// Leaves the old file, and nothing beside it.
+    void giveUp();
+
+private:
+    void send(std::string_view text);
+
+    std::string path_;
+    Held file_;
+    bool keepsOld_;
+    bool isOpen_ = false;
+    std::string kept_;  // what is not sent yet: all of what goes there directly
+};
+
+}  // namespace vek::formats

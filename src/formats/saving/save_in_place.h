@@ -1,0 +1,29 @@
+#pragma once
+
+#include <vector>
+
+#include "formats/writing/output.h"
+#include "formats/writing/writers.h"
+
+namespace vek::formats {
+
+/// Whether a log of the format is changed in place.
+bool isChangedInPlace(Format format);
+
+/// A log that is written in its own format, by the rows of it that are meant, in their order. The
+/// order of the columns is for formats that have no other one.
+struct InPlace {
+    /// All of it.
+    explicit InPlace(const Log& log);
+
+    const Log& log;
+    std::vector<unsigned> rows;
+    std::vector<unsigned> columns;
+};
+
+/// Writes it, and does not close the output. What was not changed since it was read stays as it
+/// came, byte for byte. False, and nothing is written, where the file may stay and would be what
+/// it is.
+bool writeInPlace(const InPlace& now, bool mayStay, Output& out, Losses& losses);
+
+}  // namespace vek::formats

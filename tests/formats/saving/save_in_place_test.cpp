@@ -1,0 +1,89 @@
+#include <gmock/gmock.h>
+
+#include <string>
+
+#include "formats/saving/save_in_place.h"
+#include "testing/temp_dir.h"
+
+using testing_support::TempDir;
+using namespace vek::formats;
+
+namespace {
+
+// A log that was read from a file, which is to be changed in place.
+class Opened {
+public:
+    Opened(const std::string& name, const std::string& text) : log(open(name, text)) {}
+
+    void set(unsigned row, unsigned short column, const char* text) {
+        log.table->get_record(row)->setField(column, text);
+    }
+
+    // The file as it would be; "as it is" where nothing changed.
+    std::string saved(const std::vector<unsigned>& rows) {
+        InPlace now(log);
+        now.rows = rows;
+        Output out("text");
+        Losses losses;
+        if (!writeInPlace(now, true, out, losses)) return "as it is";
+        out.close();
+        return out.take();
+    }
+    std::string saved() { return saved(InPlace(log).rows); }
+
+private:
+    Log open(const std::string& name, const std::string& text) {
+        folder_.write(name, text);
+        return openLogToCopy(folder_.file(name).string(), {});
+    }
+
+    TempDir folder_;
+
+public:
+    Log log;
+};
+
+}  // namespace
+
+TEST(SavingInPlace, LeavesAFileOfWhichNothingChanged) {
+    Opened csv("a.csv", "A,B\n1,\"2\"\n\n3, 4\n");
+    EXPECT_EQ(csv.saved(), "as it is");
+    csv.set(0, 0, "1");
+    EXPECT_EQ(csv.saved(), "as it is");
+}
+
+TEST(SavingInPlace, WritesOnlyTheRowsThatChanged) {
+    Opened csv("a.csv", "A,B\r\n\"1\",x\r\n\r\n\"3\",y\r\n");
+    csv.set(1, 1, "z,z");
+    EXPECT_EQ(csv.saved(), "A,B\r\n\"1\",x\r\n\r\n3,\"z,z\"\r\n");
+}
+
+TEST(SavingInPlace, TakesRowsAwayAndPutsThemInAnotherOrder) {
+    Opened csv("a.csv", "A\n\"1\"\n2\n3\n");
+    EXPECT_EQ(csv.saved({2, 0}), "A\n3\n\"1\"\n");
+}
+
+TEST(SavingInPlace, EndsALastLineThatHadNoneWhereOneComesBehindIt) {
+    Opened csv("a.csv", "A\n1\n2");
+    EXPECT_EQ(csv.saved({1, 0}), "A\n2\n1\n");
+}
+
+TEST(SavingInPlace, KeepsTheFormOfAnAle) {
+    Opened ale("a.ale",
+               "Heading\nFIELD_DELIM\tTABS\nFPS\t24\n\nColumn\nName\tTake\n\nData\na\t1\n");
+    ale.set(0, 1, "2");
+    EXPECT_EQ(ale.saved(),
+              "Heading\nFIELD_DELIM\tTABS\nFPS\t24\n\nColumn\nName\tTake\n\nData\na\t2\n");
+}
+
+TEST(SavingInPlace, KeepsTheMembersOfJsonThatDidNotChange) {
+    Opened json("a.json", "[ {\"A\": 1.50, \"B\": \"x\"},\n  {\"A\": 2, \"B\": null} ]\n");
+    json.set(0, 1, "y");
+    EXPECT_EQ(json.saved(), "[ {\"A\": 1.50, \"B\": \"y\"},\n  {\"A\": 2, \"B\": null} ]\n");
+}
+
+TEST(SavingInPlace, KeepsTheDelimiterOfTheFile) {
+    Opened csv("a.csv", "A;B\n1;2\n3;4\n");
+    csv.set(1, 0, "5");
+    EXPECT_EQ(csv.saved(), "A;B\n1;2\n5;4\n");
+}

@@ -1,0 +1,91 @@
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "formats/failure.h"
+#include "formats/reading/input.h"
+#include "formats/writing/output.h"
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using namespace vek::formats;
+
+namespace {
+
+// Keeps the pieces that a sink was given.
+class Pieces : public Sink {
+public:
+    explicit Pieces(std::vector<std::string>& pieces) : pieces_(pieces) {}
+    void take(std::string_view piece) override { pieces_.emplace_back(piece); }
+    std::vector<std::string> end() override { return {"ended"}; }
+    std::size_t pieceSize() const override { return 8; }
+
+private:
+    std::vector<std::string>& pieces_;
+};
+
+}  // namespace
+
+TEST(Output, KeepsAllWhereThereIsNoSink) {
+    Output out("text");
+    out.line("a");
+    out.write("b");
+    out.close();
+    EXPECT_EQ(out.take(), "a\nb");
+}
+
+TEST(Output, HandsOnPiecesOfManyTextsAndTheRestAtTheEnd) {
+    std::vector<std::string> pieces;
+    Output out("pieces", std::make_unique<Pieces>(pieces));
+    for (const char* text : {"12", "345", "678", "9"}) out.write(text);
+    EXPECT_THAT(pieces, ElementsAre("12345678"));
+    EXPECT_THAT(out.close(), ElementsAre("ended"));
+    EXPECT_THAT(pieces, ElementsAre("12345678", "9"));
+}
+
+TEST(Output, HandsOnAnEncodedTextAsAWhole) {
+    std::vector<std::string> pieces;
+    Output out("pieces", std::make_unique<Pieces>(pieces));
+    out.encode("UTF-16LE", false);
+    out.write("caf\xC3\xA9, and more");
+    out.close();
+    ASSERT_EQ(pieces.size(), 1u);
+    EXPECT_EQ(pieces[0].substr(0, 8), std::string("c\0a\0f\0\xE9\0", 8));
+}
+
+TEST(Output, SaysWhichLineAnEncodingCannotHold) {
+    Output out("day.csv");
+    out.encode("WINDOWS-1252", false);
+    out.write("a\nb\xE2\x98\x83\n");
+    try {
+        out.close();
+        FAIL() << "a snowman in an encoding without one";
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.kind, unwritable);
+        EXPECT_THAT(failure.text, HasSubstr("day.csv:2: "));
+    }
+}
+
+TEST(Output, RefusesMoreThanItsLimit) {
+    Output out("small");
+    out.limit({8, 0}, ownTerms);
+    out.write("12345678");
+    try {
+        out.write("9");
+        FAIL() << "a ninth byte";
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.kind, unwritable);
+        EXPECT_THAT(failure.text, HasSubstr("more than 8 bytes"));
+    }
+}
+
+TEST(Output, CopiesPiecesOfAFileThatWasRead) {
+    Input input("day.csv", std::string_view("Scene,Take\n12,3\n"), {});
+    input.keep();
+    Output out("text");
+    out.copy(input, {11, 16});
+    out.copy(input, {0, 5});
+    EXPECT_EQ(out.take(), "12,3\nScene");
+}

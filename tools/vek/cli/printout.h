@@ -1,0 +1,55 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "formats/saving/held.h"
+#include "formats/writing/output.h"
+#include "formats/writing/writers.h"
+#include "tools/vek/cli/command.h"
+
+namespace vek {
+
+/// Where a subcommand's text goes: standard output, or a file that is replaced whole or not at
+/// all. A full disk or a closed stream is a Failure with `unwritable`; so is more than the limits
+/// allow. A pipe that nobody reads any more ends the program quietly.
+///
+/// On a terminal all but line ends and tabs is escaped.
+class Printout : public Output {
+public:
+    /// Standard output.
+    Printout();
+    /// A file; "" and "-" are standard output. `keepsOld` keeps what a held file is now beside it.
+    explicit Printout(const std::string& path, Held held = nullptr, bool keepsOld = false);
+
+    /// A line whose parts are escaped already, with colours between them.
+    void inkedLine(std::string_view text);
+    /// Says that everything is written, and says to people what there is to say of the file.
+    void close();
+
+    bool isStandardOutput() const { return screen_ != nullptr; }
+    /// Whether a person's terminal is at the other end.
+    bool isTerminal() const;
+
+private:
+    class Screen;
+
+    static std::unique_ptr<Sink> sinkFor(const std::string& path, Held held, bool keepsOld);
+
+    Screen* screen_;  // null for a file
+};
+
+/// Thrown where nobody reads what is printed any more: whoever did has seen enough.
+struct PipeClosed {};
+
+/// Says what a file could not hold, each kind once: "OUT: cells that lose the blanks at their
+/// ends: 3, first FILE:12:Scene".
+void tellLosses(const Losses& losses, const std::string& output);
+
+/// At most so many bytes are written from now on; 0 for as many as those that were read give
+/// reason for.
+void limitPrintouts(std::size_t bytes);
+/// Adds up what the program read.
+void noteRead(std::size_t bytes);
+
+}  // namespace vek

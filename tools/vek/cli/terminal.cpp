@@ -1,0 +1,71 @@
+#include "tools/vek/cli/terminal.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <iterator>
+
+namespace vek {
+
+namespace {
+
+constexpr int endings[] = {SIGINT, SIGTERM, SIGHUP};
+
+int fileOf(Stream stream) {
+    return stream == Stream::output ? STDOUT_FILENO : STDERR_FILENO;
+}
+
+}  // namespace
+
+bool isTerminal(Stream stream) {
+    return ::isatty(fileOf(stream)) == 1;
+}
+
+std::size_t terminalWidth(std::size_t otherwise) {
+    winsize size = {};
+    if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return otherwise;
+    return size.ws_col;
+}
+
+int writeTo(Stream stream, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t written = ::write(fileOf(stream), text.data(), text.size());
+        if (written < 0 && errno != EINTR) return errno;
+        if (written > 0) text.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return 0;
+}
+
+void outliveClosedPipes() {
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+bool isThere(const std::string& path) {
+    return ::access(path.c_str(), F_OK) == 0;
+}
+
+Undisturbed::Undisturbed() {
+    ::sigemptyset(&signals_);
+    for (int signal : endings) {
+        struct sigaction action = {};
+        const bool isKnown = ::sigaction(signal, nullptr, &action) == 0;
+        if (!isKnown || action.sa_handler != SIG_IGN) ::sigaddset(&signals_, signal);
+    }
+    ::sigprocmask(SIG_BLOCK, &signals_, &before_);
+}
+
+Undisturbed::~Undisturbed() {
+    ::sigprocmask(SIG_SETMASK, &before_, nullptr);
+}
+
+bool Undisturbed::isAwaited() const {
+    sigset_t waiting;
+    if (::sigpending(&waiting) != 0) return false;
+    return std::any_of(std::begin(endings), std::end(endings), [&](int signal) {
+        return ::sigismember(&waiting, signal) == 1 && ::sigismember(&signals_, signal) == 1;
+    });
+}
+
+}  // namespace vek

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <csignal>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+/// What the program asks the operating system about the person at the other end. The only place
+/// that does.
+namespace vek {
+
+enum class Stream { output, errors };
+
+/// Whether a person's terminal is at the other end.
+bool isTerminal(Stream stream);
+/// Columns of the terminal on standard output; `otherwise` when there is none.
+std::size_t terminalWidth(std::size_t otherwise);
+/// Writes all of a text; 0, or the system's number of what went wrong.
+int writeTo(Stream stream, std::string_view text);
+
+/// A closed pipe is seen where it is written to, and does not end the program.
+void outliveClosedPipes();
+
+/// Whether something stands at a path, whatever it is.
+bool isThere(const std::string& path);
+
+/// Keeps Ctrl-C and its kin waiting while a file is being replaced: the old file or the new one is
+/// there then, and nothing beside it. Those that the program ignores are none of its business.
+class Undisturbed {
+public:
+    Undisturbed();
+    ~Undisturbed();
+    Undisturbed(const Undisturbed&) = delete;
+    Undisturbed& operator=(const Undisturbed&) = delete;
+
+    /// Whether one of them waits by now.
+    bool isAwaited() const;
+
+private:
+    sigset_t signals_;
+    sigset_t before_;
+};
+
+}  // namespace vek
