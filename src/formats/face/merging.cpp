@@ -1,0 +1,84 @@
+#include <vekdb/formats/merging.h>
+
+#include "formats/changing/merger.h"
+#include "formats/face/guarded.h"
+#include "formats/face/inside.h"
+
+namespace vek {
+
+namespace {
+
+using formats::Merger;
+
+Merger::Prefer preferOf(MergeOptions::Prefer prefer) {
+    switch (prefer) {
+        case MergeOptions::first:
+            return Merger::Prefer::first;
+        case MergeOptions::last:
+            return Merger::Prefer::last;
+        case MergeOptions::filled:
+            return Merger::Prefer::filled;
+        default:
+            return Merger::Prefer::report;
+    }
+}
+
+MergeConflict valueOf(const formats::MergeConflict& conflict) {
+    MergeConflict value;
+    value.kind =
+        conflict.kind == formats::MergeConflict::key ? MergeConflict::key : MergeConflict::cell;
+    value.file = conflict.file;
+    value.line = conflict.line;
+    value.column = conflict.column;
+    value.value = conflict.value;
+    value.kept = conflict.kept;
+    if (conflict.row != 0) value.row = static_cast<unsigned>(conflict.row - 1);
+    return value;
+}
+
+[[noreturn]] void refuse(const LogInside& inside, const char* found, const char* expected) {
+    throw formats::Failure{formats::wrongUsage, inside.log.name, {0, "", found, expected, ""}};
+}
+
+void requireWhole(const LogInside& inside) {
+    if (!inside.kept || inside.kept->size() == inside.log.rowCount()) return;
+    refuse(inside, "rows were removed", "a log as it was opened");
+}
+
+void requireJoinable(const LogInside& into, const LogInside& from, const MergeOptions& options) {
+    if (&into == &from) refuse(into, "is joined to itself", "another log");
+    requireWhole(from);
+    if (!options.joinsUnlike) formats::requireSameCounting(into.log, from.log);
+}
+
+}  // namespace
+
+std::string MergeConflict::text() const {
+    return formats::worded(
+        {kind == key ? formats::MergeConflict::key : formats::MergeConflict::cell, file, line,
+         column, value, kept, row ? *row + std::size_t{1} : 0});
+}
+
+Result<Merged> merge(Log& into, const std::vector<Log>& others, const MergeOptions& options) {
+    return guarded([&]() -> Result<Merged> {
+        LogInside& inside = LogInside::of(into);
+        requireWhole(inside);
+        inside.kept.reset();
+        for (const Log& from : others) requireJoinable(inside, LogInside::of(from), options);
+        Merged merged;
+        const auto tell = [&](const formats::MergeConflict& conflict) {
+            if (merged.conflicts.size() < options.mostConflicts) {
+                merged.conflicts.push_back(valueOf(conflict));
+            }
+        };
+        const auto note = [&](const std::string& text) { merged.notes.push_back(text); };
+        Merger merger(inside.log, preferOf(options.prefer), tell, note);
+        if (!options.key.empty()) merger.useKey(options.key);
+        for (const Log& from : others) merger.add(LogInside::of(from).log);
+        merged.cells = merger.conflicts();
+        merged.keys = merger.repeatedKeys();
+        return merged;
+    });
+}
+
+}  // namespace vek
