@@ -124,9 +124,12 @@ TEST(Bans, TheLibraryNeverEndsTheProcess) {
 
 TEST(Bans, TheLibraryNeverTouchesTheHostsSignalsLocaleOrEnvironment) {
     EXPECT_THAT(callsOf({"signal", "sigaction", "setlocale", "putenv", "setenv", "chdir", "umask",
-                         "sigprocmask", "pthread_sigmask", "isatty", "ioctl"},
+                         "sigprocmask", "isatty", "ioctl"},
                         librarySources()),
                 IsEmpty());
+    // While bytes are written, a signal of that write waits for its own thread and is taken off.
+    const auto files = without(librarySources(), "src/host/posix/replacing/byte_copy.cpp");
+    EXPECT_THAT(callsOf({"pthread_sigmask"}, files), IsEmpty());
 }
 
 TEST(Bans, NothingUnboundedOrWithHiddenStateIsCalled) {
