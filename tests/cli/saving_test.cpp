@@ -4,7 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <random>
 #include <sstream>
 
 #include "cli/program.h"
@@ -49,6 +53,70 @@ TEST(AtOnce, NoChangeThatEndedWellIsLost) {
     for (int i = 0; i < 15; ++i) changeAtOnce(folder, 2);
     for (int i = 0; i < 3; ++i) changeAtOnce(folder, 8);
     EXPECT_EQ(folder.names(), std::vector<std::string>{"log.csv"});
+}
+
+namespace {
+
+// A change that is killed after so many thousandths of a second, unless it has ended by then.
+std::string killedChange(int row, unsigned thousandths) {
+    const std::string digits = std::to_string(1000 + thousandths).substr(1);
+    const std::string name = std::to_string(row);
+    return "(timeout -s KILL 0." + digits + " \"$0\" set log.csv Note=done" + name +
+           " --where Name==r" + name + " 2>/dev/null && echo r" + name + ",done" + name + ") & ";
+}
+
+// Every row is there, and is as it was or as it was to become.
+void expectWhole(const std::string& text, int count) {
+    std::istringstream lines(text);
+    std::string line;
+    std::getline(lines, line);
+    EXPECT_EQ(line, "Name,Note");
+    for (int i = 0; i < count; ++i) {
+        std::getline(lines, line);
+        const std::string name = "r" + std::to_string(i);
+        EXPECT_TRUE(line == name + "," || line == name + ",done" + std::to_string(i)) << line;
+    }
+    EXPECT_FALSE(std::getline(lines, line)) << line;
+}
+
+// Tells how many of the changes ended well.
+int changeAndKill(const WorkFolder& folder, int count, std::mt19937& random) {
+    folder.write("log.csv", rows(count));
+    std::string script;
+    for (int i = 0; i < count; ++i) script += killedChange(i, random() % 150);
+    const Finish finish = run(folder, shell(script + "wait"));
+    const std::string text = folder.read("log.csv");
+    expectWhole(text, count);
+    std::istringstream told(finish.output);
+    int well = 0;
+    for (std::string line; std::getline(told, line); ++well) {
+        EXPECT_NE(text.find(line + "\n"), std::string::npos) << line << " is lost\n" << text;
+    }
+    run(folder, shell("exec \"$0\" set log.csv Note=last --every"));
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"log.csv"});
+    return well;
+}
+
+std::chrono::seconds timeToKill() {
+    return std::chrono::seconds(std::getenv("VEKDB_TEST_WHOLE") == nullptr ? 2 : 60);
+}
+
+}  // namespace
+
+// Some are killed at random times on their way; the next save clears up after them.
+TEST(AtOnce, NoChangeThatEndedWellIsLostWhereOthersAreKilled) {
+    WorkFolder folder;
+    std::mt19937 random(std::random_device{}());
+    const auto end = std::chrono::steady_clock::now() + timeToKill();
+    int changes = 0;
+    int well = 0;
+    for (int round = 0; std::chrono::steady_clock::now() < end && !testing::Test::HasFailure();
+         ++round) {
+        const int count = round % 2 == 0 ? 2 : 8;
+        changes += count;
+        well += changeAndKill(folder, count, random);
+    }
+    std::printf("%d changes at once, %d of them killed on the way\n", changes, changes - well);
 }
 
 TEST(AtOnce, WhoWaitsTooLongForAnotherIsTold) {

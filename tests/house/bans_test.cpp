@@ -132,6 +132,48 @@ TEST(Bans, TheLibraryNeverTouchesTheHostsSignalsLocaleOrEnvironment) {
     EXPECT_THAT(callsOf({"pthread_sigmask"}, files), IsEmpty());
 }
 
+namespace {
+
+// Written as the system's own, with nothing in front of the colons.
+bool isSystems(const Name& name) {
+    if (!name.called || name.at < 3) return false;
+    const char* const before = name.whole.data() - 3;
+    return std::string_view(before + 1, 2) == "::" && !isNamePart(*before);
+}
+
+// Files that ask the operating system for files.
+std::set<std::string> askersForFiles(const Files& files) {
+    static const Words calls = {
+        "open",      "openat",    "creat",     "read",     "pread",  "write",     "pwrite",
+        "close",     "fsync",     "stat",      "lstat",    "fstat",  "fstatat",   "readlink",
+        "unlink",    "unlinkat",  "link",      "linkat",   "rename", "flock",     "fcntl",
+        "dup",       "lseek",     "renameat",  "chmod",    "fchmod", "chown",     "fchown",
+        "access",    "mkdir",     "fstatfs",   "readdir",  "mmap",   "ftruncate", "fallocate",
+        "faccessat", "fdopendir", "fsetxattr", "fgetxattr"};
+    std::set<std::string> askers;
+    for (const SourceFile* file : files) {
+        auto asks = [&](const Name& name) {
+            return isSystems(name) && calls.contains(name.last());
+        };
+        const bool doesAsk = !namesWhere(asks, {file}).empty();
+        if (doesAsk)
+            askers.insert(file->path.starts_with("src/host/posix/") ? "src/host/posix/"
+                                                                    : file->path);
+    }
+    return askers;
+}
+
+}  // namespace
+
+// What is asked elsewhere no test can make fail in the process.
+TEST(Bans, FilesAreAskedForInOneRoomOfTheCoreAndInTwoFilesOfTheFormats) {
+    EXPECT_THAT(askersForFiles(coreSources()), testing::ElementsAre("src/host/posix/"));
+    EXPECT_THAT(
+        askersForFiles(sourcesOf("formats")),
+        testing::IsSubsetOf({"src/formats/reading/input.cpp", "src/formats/reading/progress.cpp",
+                             "src/formats/writing/output.cpp"}));
+}
+
 TEST(Bans, NothingUnboundedOrWithHiddenStateIsCalled) {
     EXPECT_THAT(callsOf({"strtok", "strcpy", "strcat", "sprintf", "vsprintf", "gets", "tmpnam",
                          "asctime", "alloca"},

@@ -7,9 +7,8 @@
 #include <utility>
 
 #include "model/budget.h"
-#include "model/perform.h"
 #include "model/script.h"
-#include "model/worlds.h"
+#include "model/side_by_side.h"
 #include "testing/deferral.h"
 
 // Random scripts are run against the library and against the plain model, and everything that
@@ -140,54 +139,6 @@ const Weights deletionWeights = {
     {Op::viewShowTagsOnly, 1},
     {Op::insertBlank, 2},
 };
-
-// Orders of rows without a record are nobody's business, and neither are the duplicates of a
-// view that has lost its table.
-bool isDefined(ModelWorld& world, const Step& step) {
-    if (world.viewCount() == 0) {
-        return true;
-    }
-    const plain::View& view = world.view(static_cast<unsigned>(step.who) % world.viewCount());
-    switch (step.op) {
-        case Op::viewSort:
-            return view.showsOnlyRecords();
-        case Op::tagDuplicates:
-        case Op::viewTagAllDifferent:
-            return view.table() != nullptr && view.showsOnlyRecords();
-        default:
-            return true;
-    }
-}
-
-// The first step after which the two differ, if any. Where `reading`, the accounts are spelled
-// out for a person.
-struct Difference {
-    std::size_t step;
-    std::string library;
-    std::string model;
-};
-
-std::string lastStep(const Account& account) {
-    const std::size_t start = account.text().rfind(startOfStep);
-    return start != std::string::npos ? account.text().substr(start) : account.text();
-}
-
-std::optional<Difference> runBoth(const Script& script, bool reading = false) {
-    Performer<LibraryWorld> library(script.rows, reading);
-    Performer<ModelWorld> model(script.rows, reading);
-    for (std::size_t i = 0; i < script.steps.size(); ++i) {
-        if (!isDefined(model.world(), script.steps[i])) {
-            continue;
-        }
-        library.perform(script.steps[i]);
-        model.perform(script.steps[i]);
-        if (library.account().digest() != model.account().digest() ||
-            library.account().text() != model.account().text()) {
-            return Difference{i, lastStep(library.account()), lastStep(model.account())};
-        }
-    }
-    return std::nullopt;
-}
 
 // Takes out every step, and every row at the start, that the difference does not need.
 Script minimised(Script script) {

@@ -161,22 +161,40 @@ private:
 
 // --- one way to read either
 
-inline std::string plainText(const std::string& text) { return text; }
-inline std::string plainText(const char* text) { return text != nullptr ? text : ""; }
-inline std::string plainText(const LightweightString<char>& text) { return text.c_str(); }
+inline std::string plainText(const std::string& text) {
+    return text;
+}
+inline std::string plainText(const char* text) {
+    return text != nullptr ? text : "";
+}
+inline std::string plainText(const LightweightString<char>& text) {
+    return text.c_str();
+}
 
-inline unsigned indexCapacity(const VDBViewRep& view) { return view.indexCapacity(); }
+inline unsigned indexCapacity(const VDBViewRep& view) {
+    return view.indexCapacity();
+}
 inline unsigned indexCapacity(const plain::View& view) {
     return static_cast<unsigned>(view.slots().size());
 }
-inline unsigned slotTag(const VDBViewRep& view, unsigned i) { return view.slotTag(i); }
-inline unsigned slotTag(const plain::View& view, unsigned i) { return view.slots()[i].tag; }
+inline unsigned slotTag(const VDBViewRep& view, unsigned i) {
+    return view.slotTag(i);
+}
+inline unsigned slotTag(const plain::View& view, unsigned i) {
+    return view.slots()[i].tag;
+}
 inline unsigned sourceRow(const VDBViewRep& view, unsigned i) {
     return view.sourceRow(static_cast<int>(i));
 }
-inline unsigned sourceRow(const plain::View& view, unsigned i) { return view.slots()[i].row; }
-inline unsigned holders(const VDBViewRep& view) { return view.handleCount(); }
-inline unsigned holders(const plain::View& view) { return view.holders(); }
+inline unsigned sourceRow(const plain::View& view, unsigned i) {
+    return view.slots()[i].row;
+}
+inline unsigned holders(const VDBViewRep& view) {
+    return view.handleCount();
+}
+inline unsigned holders(const plain::View& view) {
+    return view.holders();
+}
 
 inline void describe(const dbrecord& record, Account& account) {
     account << " tag " << record.get_tag() << (record.get_changed() ? " changed" : "");

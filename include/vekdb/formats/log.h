@@ -82,17 +82,21 @@ public:
     Result<void> set(const Row& row, const Column& column, std::string_view text);
     Result<void> set(const Row& row, std::string_view column, std::string_view text);
     /// Puts another text in the place of each occurrence of one in the cells of these rows, byte by
-    /// byte, in one column or, for "", in all; answers how many cells it changed.
+    /// byte, in one column or, for "", in all; answers how many cells it changed. Where memory
+    /// ends on the way, the rows up to some row are changed and the others are as they were.
     Result<std::size_t> replaceText(const View& rows, std::string_view column,
                                     std::string_view text, std::string_view by);
-    /// Marks a row in the column "Tag", which is made where there is none.
+    /// Marks a row in the column "Tag", which is made where there is none. Where memory ends, the
+    /// column may be there and empty.
     Result<void> setTagged(const Row& row, bool isTagged);
     /// A row without text behind all others.
     Result<Row> addRow();
     /// Takes rows out of the log. Handles of them and views that show them go on doing so, and
     /// the table keeps them; the log does not show or save them any more.
     Result<void> removeRows(const View& rows);
-    /// A column behind all others. No value when there is one of the name already.
+    /// A column behind all others. No value when there is one of the name already. Where memory
+    /// ends in this or the next two, a log that keeps a field map may have its column changed and
+    /// the map not; without a map the log is as it was.
     Result<Column> addColumn(std::string_view name);
     Result<void> removeColumn(const Column& column);
     Result<void> renameColumn(const Column& column, std::string_view name);
@@ -102,6 +106,7 @@ public:
     std::optional<std::string> parameter(std::string_view name) const;
     /// Adds one or gives it another value. No value when a file could not hold it: 40 have room,
     /// and none holds a quote, a line end, a tab, blanks at its ends or, in its name, a colon.
+    /// Where memory ends, one that got another value may be empty, a new one without its name.
     Result<void> setParameter(std::string_view name, std::string_view value);
 
     /// Writes the log back into the file that it was read from with `openToChange`, in its format

@@ -1,6 +1,7 @@
 #include "formats/log/log.h"
 
 #include <algorithm>
+#include <new>
 
 #include <vekdb/host/text_util.h>
 #include "formats/log/column_names.h"
@@ -66,8 +67,12 @@ std::string Log::parameter(const char* wanted) const {
     return value == nullptr ? std::string() : std::string(value);
 }
 
+// Where memory ends the table leaves an empty name or value and says nothing.
 bool Log::setParameter(const std::string& wanted, const std::string& value) {
-    return table->set_param_val(wanted.c_str(), value.c_str()) != noColumn;
+    if (table->set_param_val(wanted.c_str(), value.c_str()) == noColumn) return false;
+    const char* stored = table->get_param_val(wanted.c_str());
+    if (stored == nullptr || (*stored == '\0' && !value.empty())) throw std::bad_alloc();
+    return true;
 }
 
 bool canBeParameter(std::string_view name, std::string_view value) {
