@@ -1,10 +1,13 @@
 #include "formats/delimited/delimited_scanner.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace vek::formats {
 
 namespace {
+
+constexpr std::size_t manyCells = 1 << 16;
 
 std::string_view between(const char* from, const char* to) {
     return {from, static_cast<std::size_t>(to - from)};
@@ -33,11 +36,22 @@ const std::vector<std::string_view>& DelimitedScanner::takeRecord() {
     cells_.clear();
     first_ = at_;
     do {
+        if (cells_.size() == cells_.capacity() && cells_.size() >= manyCells) makeRoom();
         const bool isQuoted = at_ != end_ && *at_ == quote_ && quote_ == '"';
         cells_.push_back(isQuoted ? takeQuoted() : takePlain());
     } while (takeSeparator());
     takeLineEnd();
     return cells_;
+}
+
+// Room that is doubled for the cells of a very long line would be more than its text is.
+void DelimitedScanner::makeRoom() {
+    const auto rest = static_cast<std::size_t>(end_ - at_);
+    const void* const feed = std::memchr(at_, '\n', rest);
+    const char* const lineEnd = feed != nullptr ? static_cast<const char*>(feed) : end_;
+    const std::size_t more =
+        1 + ByteMarks::count(at_, lineEnd, {separator_, separator_, separator_, separator_});
+    cells_.reserve(cells_.size() + std::max(more, cells_.size() / 4));
 }
 
 bool DelimitedScanner::takeSeparator() {

@@ -34,6 +34,7 @@ public:
     std::size_t openQuoteLine() const { return openQuoteLine_; }
 
 private:
+    void makeRoom();
     bool takeSeparator();
     void takeLineEnd();
     std::string_view takePlain();

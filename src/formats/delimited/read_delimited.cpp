@@ -38,6 +38,7 @@ void readHeading(DelimitedScanner& scanner, TableBuilder& builder, Log& log) {
     const std::size_t line = scanner.line();
     const char* const begin = scanner.place();
     const std::vector<std::string_view>& cells = scanner.takeRecord();
+    builder.requireColumns(cells.size());
     log.form.hasNoHeading = log.opening.wishes.hasNoHeading;
     builder.endHeading(log.form.hasNoHeading ? begin : scanner.place());
     if (!log.form.hasNoHeading) return builder.setColumns(asStrings(cells));

@@ -69,7 +69,8 @@ public:
         std::string first;
         addCell(first, cell(0), count == 1, [&] { return inQuotes(cell(0)); });
         const std::string plain = first + rest;
-        if (!first.starts_with('"') && mayBeTakenForAnother(plain)) {
+        const bool maySeparate = count == 1 && first.find_first_of(",;\t|") != first.npos;
+        if (!first.starts_with('"') && (maySeparate || mayBeTakenForAnother(plain))) {
             first = concat("\"", first, "\"");
         }
         requireFormat(first + rest, plain);

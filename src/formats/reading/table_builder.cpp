@@ -71,14 +71,15 @@ TableBuilder::TableBuilder(Log& log, const std::vector<std::string>& columns)
     setColumns(columns);
 }
 
+void TableBuilder::requireColumns(std::size_t count) const {
+    if (count <= mostColumns) return;
+    throw Failure{unreadable,
+                  log_.name,
+                  {0, "", std::to_string(count) + " columns, a table holds at most 65535", "", ""}};
+}
+
 void TableBuilder::setColumns(std::vector<std::string> columns) {
-    if (columns.size() > mostColumns) {
-        throw Failure{
-            unreadable,
-            log_.name,
-            {0, "", std::to_string(columns.size()) + " columns, a table holds at most 65535", "",
-             ""}};
-    }
+    requireColumns(columns.size());
     for (const std::string& name : columns) {
         if (name.find('\0') == std::string::npos) continue;
         log_.report([&]() -> Problem {

@@ -24,6 +24,8 @@ public:
     std::size_t textSize() const { return rows_->size(); }
 
     void setColumns(std::vector<std::string> columns);
+    /// A Failure for more columns than a table holds; asked before so many names are copied.
+    void requireColumns(std::size_t count) const;
     /// Where the heading of the text ends, and so the first row may begin.
     void endHeading(const char* at);
     /// Those of the heading, and as many more as the rows so far have values for.

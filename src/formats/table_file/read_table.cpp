@@ -143,11 +143,6 @@ private:
         return 0;
     }
 
-    static bool isMagicLine(std::string_view line) {
-        const std::vector<std::string_view> values = rawValues(trimmed(line));
-        return !values.empty() && sameText(trimmed(values[0]), "VEKDB");
-    }
-
     void readRest() {
         text_ = input_.text();
         if (log_.rowCount() == countRowLines())

@@ -52,14 +52,14 @@ private:
 
     void addLine(std::string_view line, std::string_view whole) {
         if (behindMagic_ > 0) return addColumnLine(behindMagic_++, whole);
-        const std::vector<std::string_view> values = rawValues(trimmed(line));
-        const std::string_view first = values.empty() ? std::string_view() : trimmed(values[0]);
-        if (sameText(first, "VEKDB")) {
+        if (isMagicLine(line)) {
             addNewParameters(endOfLine(whole));
             behindMagic_ = widths;
             text_ += whole;
             return;
         }
+        const std::vector<std::string_view> values = rawValues(trimmed(line));
+        const std::string_view first = values.empty() ? std::string_view() : trimmed(values[0]);
         const std::string* now = changeOf(trimmed(first.substr(0, first.find(':'))));
         text_ += now == nullptr ? std::string(whole) : concat(*now, endOfLine(whole));
     }

@@ -4,9 +4,11 @@
 #include <string>
 #include <utility>
 
+#include <vekdb/host/text_file.h>
 #include <vekdb/host/text_util.h>
 #include "formats/reading/input.h"
 #include "formats/text/text_lines.h"
+#include "vekdb/lines/table_text.h"
 
 namespace vek::formats {
 
@@ -104,7 +106,7 @@ public:
     std::vector<Problem> problems() {
         std::string_view line;
         bool isHeader = true;
-        while (isHeader && lines_.next(line)) isHeader = !sameText(firstValue(line), "VEKDB");
+        while (isHeader && lines_.next(line)) isHeader = !isMagicLine(line);
         lines_.next(line);
         if (lines_.next(line)) checkTypes(rawValues(line));
         if (lines_.next(line)) checkValues(line);
@@ -113,11 +115,6 @@ public:
     }
 
 private:
-    static std::string_view firstValue(std::string_view line) {
-        std::size_t at = 0;
-        return line.empty() ? line : trimmed(takeRawValue(line, at));
-    }
-
     void checkTypes(const std::vector<std::string_view>& types) {
         for (std::size_t i = 0; i < types.size(); ++i) {
             if (!isKnownType(types[i]))
@@ -153,6 +150,14 @@ std::vector<std::string_view> rawValues(std::string_view line) {
     std::vector<std::string_view> values;
     for (std::size_t at = 0; at < line.size();) values.push_back(takeRawValue(line, at));
     return values;
+}
+
+bool isMagicLine(std::string_view line) {
+    TextFile file;
+    file.appendLine(line);
+    dbrecord values(0);
+    values.read(file);
+    return values.get_num_fields() > 0 && isMagicName(values.fieldView(0));
 }
 
 std::vector<Problem> problemsOfTableText(Input& input, const Log& log) {

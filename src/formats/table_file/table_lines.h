@@ -15,4 +15,8 @@ std::vector<Problem> problemsOfTableText(Input& input, const Log& log);
 /// The values of a line as they stand between their quotes, blanks kept.
 std::vector<std::string_view> rawValues(std::string_view line);
 
+/// Whether the library takes the line for the one that ends the parameters: it reads quotes that
+/// are not closed, and escapes, which `rawValues` leaves as they stand.
+bool isMagicLine(std::string_view line);
+
 }  // namespace vek::formats
