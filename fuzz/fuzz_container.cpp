@@ -22,7 +22,7 @@ std::string contentsOf(const Reader& reader) {
 std::string checkItems(const Reader& reader) {
     const CookieSet contents = reader.getContents();
     for (unsigned i = 0; reader.valid() && i < reader.getNumItems(); ++i) {
-        const Cookie& cookie = reader.getItem(i).getCookie();
+        const Cookie cookie = reader.getItem(i).getCookie();
         if (cookie.type != cookieTypeInvalid && !reader.contains(cookie)) {
             return "an item that it does not contain";
         }

@@ -83,7 +83,7 @@ void expectWhole(const std::string& text, int count) {
 int changeAndKill(const WorkFolder& folder, int count, std::mt19937& random) {
     folder.write("log.csv", rows(count));
     std::string script;
-    for (int i = 0; i < count; ++i) script += killedChange(i, random() % 150);
+    for (int i = 0; i < count; ++i) script += killedChange(i, random() % 60);
     const Finish finish = run(folder, shell(script + "wait"));
     const std::string text = folder.read("log.csv");
     expectWhole(text, count);

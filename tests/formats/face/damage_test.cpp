@@ -56,8 +56,9 @@ std::size_t linesOf(const std::string& text) {
                    text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r'; }));
 }
 
+// What is missing at the end is expected on the line behind the last.
 void expectLineOfText(std::size_t line, const std::string& text) {
-    EXPECT_LE(line, linesOf(text)) << text;
+    EXPECT_LE(line, linesOf(text) + 1) << text;
 }
 
 // All that a person or a program looks at.
