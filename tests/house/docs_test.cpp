@@ -167,10 +167,12 @@ static std::set<std::string> testsOfTheTree() {
     return names;
 }
 
-TEST(SecurityPage, EveryPromiseNamesTestsThatAreThere) {
+class Promises : public testing::TestWithParam<const char*> {};
+
+TEST_P(Promises, NameTestsThatAreThere) {
     static const std::regex name(R"(`([A-Z]\w+\.[A-Z]\w+|tests/cli/cases/[\w/]+\.case)`)");
     const std::set<std::string> tests = testsOfTheTree();
-    std::istringstream lines(readFile(sourceRoot() / "docs/security.md"));
+    std::istringstream lines(readFile(sourceRoot() / GetParam()));
     std::size_t promises = 0;
     for (std::string line; std::getline(lines, line);) {
         if (!line.starts_with("| ") || line.starts_with("| Promise")) continue;
@@ -181,11 +183,14 @@ TEST(SecurityPage, EveryPromiseNamesTestsThatAreThere) {
             const std::string test = (*match)[1];
             const bool isThere =
                 test.ends_with(".case") ? fs::exists(sourceRoot() / test) : tests.contains(test);
-            EXPECT_TRUE(isThere) << "docs/security.md names " << test;
+            EXPECT_TRUE(isThere) << GetParam() << " names " << test;
         }
     }
     EXPECT_GT(promises, 0u);
 }
+
+INSTANTIATE_TEST_SUITE_P(Pages, Promises,
+                         testing::Values("docs/security.md", "docs/reliability.md"));
 
 static std::vector<std::string> plainDocuments() {
     auto paths = documents();

@@ -8,12 +8,16 @@
 
 namespace testing_support {
 
-/// While in scope, the n-th call of the operating system fails that reading and saving make; 0
-/// for none of them. A file that fails to close is closed all the same.
+/// While in scope, the n-th call of the operating system fails that reading and saving make, or it
+/// and all behind it; 0 for none of them. A file that fails to close is closed all the same.
 class FailingCalls {
 public:
-    explicit FailingCalls(unsigned failAt, int error = EIO) : before_(FileIO::systemCalls()) {
+    enum class Failing { once, fromThereOn };
+
+    explicit FailingCalls(unsigned failAt, int error = EIO, Failing failing = Failing::once)
+        : before_(FileIO::systemCalls()) {
         real_ = before_;
+        goesOn_ = failing == Failing::fromThereOn;
         countdown_ = failAt;
         error_ = error;
         made_ = 0;
@@ -41,6 +45,7 @@ private:
     static bool isDue() {
         ++made_;
         const bool due = countdown_ != 0 && --countdown_ == 0;
+        countdown_ += due && goesOn_ ? 1 : 0;
         fired_ = fired_ || due;
         errno = due ? error_ : errno;
         return due;
@@ -59,6 +64,7 @@ private:
     }
 
     static inline FileIO::SystemCalls real_;
+    static inline bool goesOn_ = false;
     static inline unsigned countdown_ = 0;
     static inline unsigned made_ = 0;
     static inline int error_ = 0;

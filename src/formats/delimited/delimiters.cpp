@@ -24,8 +24,10 @@ public:
         bool isCellBegin = true;
         for (std::size_t at = 0; at < sample.size() && counts_.size() <= sampleRows; ++at) {
             const char c = sample[at];
-            if (c == '"' && (isQuoted || isCellBegin)) isQuoted = !isQuoted;
-            isCellBegin = !isQuoted && (c == delimiter || c == '\n' || c == '\r');
+            const bool isQuote = c == '"' && (isQuoted || isCellBegin);
+            if (isQuote) isQuoted = !isQuoted;
+            // A quote behind a closing one is part of the cell, which goes on.
+            isCellBegin = !isQuoted && (isQuote || c == delimiter || c == '\n' || c == '\r');
             if (isQuoted) continue;
             if (c == delimiter) ++cells;
             if (c != '\n' && c != '\r') continue;

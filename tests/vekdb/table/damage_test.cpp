@@ -1,5 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <string>
@@ -209,4 +212,97 @@ TEST_F(SavedLater, AnySystemCallOfASaveMayFail) {
         EXPECT_TRUE(!saved || folder_.read("log.vek") == newText()) << "call " << calls + 1;
     }
     EXPECT_GT(calls, 4u);
+}
+
+namespace {
+
+using testing_support::FailingCalls;
+
+struct Disturbance {
+    int error;
+    FailingCalls::Failing failing;
+};
+
+constexpr Disturbance disturbances[] = {{EIO, FailingCalls::Failing::fromThereOn},
+                                        {ENOSPC, FailingCalls::Failing::once},
+                                        {EINTR, FailingCalls::Failing::once}};
+
+// Reads and writes so much at most at a time, and is interrupted every other time.
+class FewBytes {
+public:
+    explicit FewBytes(std::size_t most) : before_(FileIO::systemCalls()) {
+        most_ = most;
+        FileIO::SystemCalls& calls = FileIO::systemCalls();
+        calls.read = [](int file, void* to, std::size_t size) {
+            return isInterrupted() ? -1 : ::read(file, to, std::min(size, most_));
+        };
+        calls.readAt = [](int file, void* to, std::size_t size, off_t from) {
+            return isInterrupted() ? -1 : ::pread(file, to, std::min(size, most_), from);
+        };
+        calls.write = [](int file, const void* from, std::size_t size) {
+            return isInterrupted() ? -1 : ::write(file, from, std::min(size, most_));
+        };
+    }
+    FewBytes(const FewBytes&) = delete;
+    FewBytes& operator=(const FewBytes&) = delete;
+    ~FewBytes() { FileIO::systemCalls() = before_; }
+
+private:
+    static bool isInterrupted() {
+        static bool isOdd = false;
+        isOdd = !isOdd;
+        errno = EINTR;
+        return isOdd;
+    }
+
+    static inline std::size_t most_ = 0;
+    FileIO::SystemCalls before_;
+};
+
+}  // namespace
+
+TEST_F(SavedLater, EveryKindOfFailureOfASaveLeavesOldOrNewAndNoDescriptor) {
+    const auto descriptors = testing_support::openDescriptors();
+    for (const Disturbance& disturbance : disturbances) {
+        bool fired = true;
+        for (unsigned n = 1; fired; ++n) {
+            folder_.write("log.vek", smallFile);
+            bool saved = false;
+            {
+                FailingCalls failing(n, disturbance.error, disturbance.failing);
+                saved = table_->save_text() == 2;
+                fired = failing.fired();
+            }
+            const std::string text = folder_.read("log.vek");
+            EXPECT_TRUE(text == newText() || (!saved && text == smallFile)) << n << text;
+            EXPECT_EQ(testing_support::openDescriptors(), descriptors) << n;
+        }
+        EXPECT_EQ(table_->save_text(), 2);
+        EXPECT_THAT(folder_.names(), ElementsAre("log.vek"));
+    }
+}
+
+TEST_F(Damage, EveryKindOfFailureOfALoadGivesAllRowsOrNone) {
+    folder_.write("log.vek", smallFile);
+    const auto path = folder_.widePath("log.vek");
+    for (const Disturbance& disturbance : disturbances) {
+        bool fired = true;
+        for (unsigned n = 1; fired; ++n) {
+            FailingCalls failing(n, disturbance.error, disturbance.failing);
+            const vekdb table(path, 100, true);
+            fired = failing.fired();
+            EXPECT_EQ(table.get_num_records(), table.get_valid() ? 2u : 0u) << n;
+            EXPECT_TRUE(table.get_valid() || fired) << n;
+        }
+    }
+}
+
+TEST_F(SavedLater, PiecesOfAFewBytesAndInterruptionsChangeNothing) {
+    for (std::size_t most : {1u, 7u}) {
+        const FewBytes few(most);
+        EXPECT_EQ(table_->save_text(), 2);
+        EXPECT_EQ(folder_.read("log.vek"), newText());
+        const vekdb again(folder_.widePath("log.vek"), 100, true);
+        EXPECT_EQ(again.get_num_records(), 2u);
+    }
 }
