@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <fstream>
 #include <iterator>
@@ -103,6 +105,7 @@ TEST(Completions, BashTakesThemAndCompletes) {
     ExampleFolder folder;
     Start start;
     start.words = {"/bin/bash", "-c",
+                   "PATH=$PWD:$PATH\n"
                    "source <(./vek completions bash)\n"
                    "complete_at() { COMP_WORDS=(\"$@\"); COMP_CWORD=$(($# - 1)); COMPREPLY=(); "
                    "_vek; echo \"${COMPREPLY[@]}\"; }\n"
@@ -111,20 +114,55 @@ TEST(Completions, BashTakesThemAndCompletes) {
                    "complete_at vek show --format m\n"
                    "complete_at vek column re\n"
                    "complete_at vek convert --to js\n"
-                   "complete_at vek show log\n"};
+                   "complete_at vek show log\n"
+                   "complete_at vek show log.vek --sort St\n"};
     Finish finish = run(folder, start);
-    EXPECT_EQ(finish.output, "show\n--columns\nmarkdown\nremove rename\njson jsonl\nlog.vek\n");
+    EXPECT_EQ(finish.output,
+              "show\n--columns\nmarkdown\nremove rename\njson jsonl\nlog.vek\nStart\\ time\n");
     EXPECT_EQ(finish.errors, "");
 }
 
-TEST(Completions, NameEveryCommandInEveryShell) {
+TEST(Completions, NameEveryCommandAndOption) {
     WorkFolder folder;
-    for (const char* shell : {"bash", "zsh", "fish"}) {
-        Finish finish = vek(folder, {"completions", shell});
-        EXPECT_EQ(finish.exitCode, 0);
-        for (const std::string& name : commandNames()) {
-            EXPECT_NE(finish.output.find(name), std::string::npos) << shell << " " << name;
+    const std::string names = vek(folder, {"complete", "zsh", "--", ""}).output;
+    for (const std::string& name : commandNames()) {
+        EXPECT_NE(names.find("\n" + name + "\t"), std::string::npos) << name;
+        const Finish help = vek(folder, {name, "--help"});
+        const Finish options = vek(folder, {"complete", "zsh", "--", name, "-"});
+        std::istringstream in(help.output.substr(help.output.find("\nOptions:")));
+        for (std::string line; std::getline(in, line);) {
+            const std::size_t at = line.find("--");
+            const bool isTitle = at != std::string::npos && at <= 6 && line.starts_with("  ");
+            if (!isTitle) continue;
+            const std::string option = line.substr(at, line.find(' ', at) - at);
+            EXPECT_NE(options.output.find("\n" + option + "\t"), std::string::npos)
+                << name << " " << option;
         }
+    }
+}
+
+TEST(Completions, DoNotWaitForAPipe) {
+    WorkFolder folder;
+    ASSERT_EQ(::mkfifo((folder.path() / "fifo").c_str(), 0600), 0);
+    const Finish finish = vek(folder, {"complete", "zsh", "--", "show", "fifo", "--sort", ""});
+    EXPECT_EQ(finish.output, "part\n");
+    EXPECT_EQ(finish.errors, "");
+}
+
+TEST(Completions, KnowTheColumnsOfALogWhoseHeadingIsLong) {
+    WorkFolder folder;
+    std::string text = "First";
+    for (int i = 0; i < 50000; ++i) text += ",Column" + std::to_string(i);
+    folder.write("wide.csv", text + "\n" + std::string(3 << 20, 'x') + "\n");
+    const Finish finish = vek(folder, {"complete", "zsh", "--", "sort", "wide.csv", "-b", "Fi"});
+    EXPECT_EQ(finish.output, "part\nFirst\n");
+}
+
+TEST(Quiet, IsAnOptionOfEveryCommand) {
+    WorkFolder folder;
+    for (const std::string& name : commandNames()) {
+        EXPECT_NE(vek(folder, {name, "--help"}).output.find("-q, --quiet"), std::string::npos)
+            << name;
     }
 }
 

@@ -25,11 +25,8 @@ DBFieldTypes::eType typeNamed(const std::string& name) {
     DBFieldTypes::eType type = vekdb_string_to_fieldtype(name.c_str());
     const char* known = vekdb_fieldtype_to_string(type);
     if (known != nullptr && name.size() > 1) return type;
-    std::vector<std::string> names = {"text", "text_s",      "timecode", "timecode_s",
-                                      "date", "time_of_day", "dos_date", "numeric",
-                                      "long", "double"};
     std::string list;
-    for (const std::string& one : names) list += (list.empty() ? "" : ", ") + one;
+    for (const std::string& one : choicesOf(columnTypes)) list += (list.empty() ? "" : ", ") + one;
     throw Failure{wrongUsage,
                   "column: there is no type " + inQuotes(name) + ", expected one of " + list};
 }

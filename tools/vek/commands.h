@@ -34,6 +34,11 @@ std::vector<Command> allCommands();
 /// The text of `vek --help`.
 std::string programHelp();
 
+/// What the completions of the shells ask while somebody writes a command: the words of it behind
+/// the name of the shell, in the way that shell has them. Prints what may stand there, for
+/// nothing but those scripts to read; has no messages and is no command for people.
+int complete(std::vector<std::string> words);
+
 /// The one that has the name; a Failure with a suggestion when there is none.
 Command commandNamed(const std::string& name);
 

@@ -1,9 +1,11 @@
 #include "formats/comparing/compare.h"
 #include "formats/json/json.h"
 #include "formats/text/width.h"
+#include "formats/writing/sheet_facts.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
+#include "tools/vek/cli/telling.h"
 #include "tools/vek/commands.h"
 
 namespace vek {
@@ -80,62 +82,83 @@ private:
     const Screen& screen_;
 };
 
-std::string jsonRow(const Log& log, unsigned row) {
-    std::string out = "{";
-    for (unsigned i = 0; i < log.columnCount(); ++i) {
-        out += (i == 0 ? "" : ", ") + jsonString(log.columnName(i)) + ": " +
-               jsonString(log.cell(row, i));
-    }
-    return out + "}";
+// The names of a log's columns as JSON has them, each once: an object has a name but once.
+std::vector<std::string> jsonNames(const Log& log) {
+    Losses ignored;
+    std::vector<std::string> names = distinctNames(wholeSheet(log), ignored);
+    for (std::string& name : names) name = jsonString(name);
+    return names;
 }
 
-std::string jsonNames(const Log& log, const std::vector<unsigned>& columns) {
-    std::string out = "[";
-    for (unsigned column : columns) {
-        out += (out.size() == 1 ? "" : ", ") + jsonString(log.columnName(column));
-    }
-    return out + "]";
-}
+// Prints one document for programs, a line for each row that differs.
+class DifferenceJson {
+public:
+    DifferenceJson(const Differences& found, Printout& out)
+        : found_(found), out_(out), namesA_(jsonNames(found.a)), namesB_(jsonNames(found.b)) {}
 
-std::string jsonCells(const Differences& found, const RowDifference& difference) {
-    std::string out = "[";
-    found.forEachCell(difference, [&](const CellDifference& cell) {
-        out += (out.size() == 1 ? "" : ", ") +
-               ("{\"column\": " + jsonString(found.a.columnName(cell.columns.a))) +
-               ", \"before\": " + jsonString(cell.before) +
-               ", \"after\": " + jsonString(cell.after) + "}";
-    });
-    return out + "]";
-}
-
-std::string jsonDifference(const Differences& found, const RowDifference& difference) {
-    std::string lineA = std::to_string(found.a.lineOf(difference.a));
-    std::string lineB = std::to_string(found.b.lineOf(difference.b));
-    switch (difference.kind) {
-        case RowDifference::removed:
-            return "{\"kind\": \"removed\", \"line\": " + lineA +
-                   ", \"row\": " + jsonRow(found.a, difference.a) + "}";
-        case RowDifference::added:
-            return "{\"kind\": \"added\", \"line\": " + lineB +
-                   ", \"row\": " + jsonRow(found.b, difference.b) + "}";
-        default:
-            return "{\"kind\": \"changed\", \"line\": " + lineA + ", \"lineAfter\": " + lineB +
-                   ", \"key\": " + jsonString(found.keyOf(difference)) +
-                   ", \"cells\": " + jsonCells(found, difference) + "}";
+    void print() {
+        out_.line("{");
+        out_.line("  \"columnsRemoved\": " + listed(namesA_, found_.onlyInA) + ",");
+        out_.line("  \"columnsAdded\": " + listed(namesB_, found_.onlyInB) + ",");
+        out_.line("  \"rows\": [");
+        for (std::size_t i = 0; i < found_.rows.size(); ++i) {
+            const bool isLast = i + 1 == found_.rows.size();
+            out_.line("    " + difference(found_.rows[i]) + (isLast ? "" : ","));
+        }
+        out_.line("  ]\n}");
     }
-}
 
-void printJson(const Differences& found, Printout& out) {
-    out.line("{");
-    out.line("  \"columnsRemoved\": " + jsonNames(found.a, found.onlyInA) + ",");
-    out.line("  \"columnsAdded\": " + jsonNames(found.b, found.onlyInB) + ",");
-    out.line("  \"rows\": [");
-    for (std::size_t i = 0; i < found.rows.size(); ++i) {
-        bool isLast = i + 1 == found.rows.size();
-        out.line("    " + jsonDifference(found, found.rows[i]) + (isLast ? "" : ","));
+private:
+    static std::string listed(const std::vector<std::string>& names,
+                              const std::vector<unsigned>& columns) {
+        std::string out = "[";
+        for (unsigned column : columns) out += (out.size() == 1 ? "" : ", ") + names[column];
+        return out + "]";
     }
-    out.line("  ]\n}");
-}
+
+    static std::string row(const Log& log, unsigned row, const std::vector<std::string>& names) {
+        std::string out = "{";
+        for (unsigned i = 0; i < log.columnCount(); ++i) {
+            out += concat(i == 0 ? "" : ", ", names[i], ": ", jsonString(log.cell(row, i)));
+        }
+        return out + "}";
+    }
+
+    std::string cells(const RowDifference& difference) const {
+        std::string out = "[";
+        found_.forEachCell(difference, [&](const CellDifference& cell) {
+            out += concat(out.size() == 1 ? "" : ", ", "{\"column\": ", namesA_[cell.columns.a],
+                          ", \"before\": ", jsonString(cell.before),
+                          ", \"after\": ", jsonString(cell.after), "}");
+        });
+        return out + "]";
+    }
+
+    std::string whole(const char* kind, const Log& log, unsigned place,
+                      const std::vector<std::string>& names) const {
+        return concat("{\"kind\": \"", kind, "\", \"line\": ", std::to_string(log.lineOf(place)),
+                      ", \"row\": ", row(log, place, names), "}");
+    }
+
+    std::string difference(const RowDifference& one) const {
+        switch (one.kind) {
+            case RowDifference::removed:
+                return whole("removed", found_.a, one.a, namesA_);
+            case RowDifference::added:
+                return whole("added", found_.b, one.b, namesB_);
+            default:
+                return concat(
+                    "{\"kind\": \"changed\", \"line\": ", std::to_string(found_.a.lineOf(one.a)),
+                    ", \"lineAfter\": ", std::to_string(found_.b.lineOf(one.b)),
+                    ", \"key\": ", jsonString(found_.keyOf(one)), ", \"cells\": ", cells(one), "}");
+        }
+    }
+
+    const Differences& found_;
+    Printout& out_;
+    std::vector<std::string> namesA_;
+    std::vector<std::string> namesB_;
+};
 
 std::string summary(const Differences& found) {
     std::size_t counts[3] = {};
@@ -155,8 +178,8 @@ int run(const Args& args) {
     for (const std::string& note : found.notes) say(note);
     if (found.moreNotes > 0) say(std::to_string(found.moreNotes) + " more like these");
     Printout out;
-    if (args.text("format") == "json") {
-        printJson(found, out);
+    if (tellsJson(args)) {
+        DifferenceJson(found, out).print();
     } else {
         Screen screen = screenOf(out, args);
         DifferencePrinter(found, out, screen).print();
@@ -181,7 +204,7 @@ Command diffCommand() {
          {"vek diff old.vek new.vek --format json", "for a program"}},
         {{"A", "a log, or - for standard input"}, {"B", "another"}},
         join({{"-k,--key", "COLUMN", "rows with the same value here belong together"},
-              {"-f,--format", "FORMAT", "what to print", false, "text|json"},
+              tellingOption(),
               fromOption()},
              screenOptions()),
         run,

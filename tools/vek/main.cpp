@@ -7,6 +7,7 @@
 #include <vekdb/support/version.h>
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/say.h"
+#include "tools/vek/cli/telling.h"
 #include "tools/vek/cli/terminal.h"
 #include "tools/vek/commands.h"
 
@@ -34,7 +35,12 @@ int runCommand(const Command& command, const std::vector<std::string>& words) {
     if (args.has("help")) return print(helpText(command));
     if (args.has("quiet")) leaveMessagesOut();
     limitPrintouts(args.number("max-output", 0));
-    return command.run(args);
+    try {
+        return command.run(args);
+    } catch (const Failure& failure) {
+        tellFailure(failure, command, args);
+        throw;
+    }
 }
 
 int run(std::vector<std::string> words) {
@@ -42,6 +48,7 @@ int run(std::vector<std::string> words) {
     std::string name = words.front();
     words.erase(words.begin());
     if (name == "--version") return print(std::string("vek ") + vekdbDllVersionStr() + "\n");
+    if (name == "complete") return complete(std::move(words));
     if (name == "help" && !words.empty()) return print(helpText(commandNamed(words.front())));
     if (name == "--help" || name == "-h" || name == "help") return print(programHelp());
     return runCommand(commandNamed(name), words);

@@ -1,9 +1,14 @@
 #include <vekdb/views/field_map.h>
+#include "formats/delimited/delimited_lines.h"
 #include "formats/log/column_names.h"
+#include "formats/text/text_lines.h"
+#include "formats/text/width.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/terminal.h"
+#include "tools/vek/cli/watching.h"
 #include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
 
@@ -36,24 +41,56 @@ std::string footer(const Sheet& sheet, std::size_t matched, std::size_t columnsP
     return text;
 }
 
+// A terminal that is narrower than this has no room for columns.
+constexpr std::size_t narrowest = 60;
+
+bool wantsCards(const Args& args, const Screen& screen, const Printout& out) {
+    return args.has("cards") || (out.isTerminal() && screen.width < narrowest);
+}
+
 // Row numbers are the file's, whatever the order; a star marks tagged rows.
+class SheetTable {
+public:
+    explicit SheetTable(const Sheet& sheet, bool wraps) : sheet_(sheet) {
+        grid_.columns.push_back({"#", true, true});
+        for (unsigned i = 0; i < sheet.columns.size(); ++i)
+            grid_.columns.push_back({sheet.name(i)});
+        grid_.rowCount = sheet.rowCount();
+        grid_.cell = [this](std::size_t row, std::size_t column) { return cell(row, column); };
+        grid_.wraps = wraps;
+    }
+    SheetTable(const SheetTable&) = delete;
+    SheetTable& operator=(const SheetTable&) = delete;
+
+    /// Returns how many columns are in sight.
+    std::size_t print(const Args& args, Printout& out, GridLayout& layout) const {
+        const Screen screen = screenOf(out, args);
+        if (!wantsCards(args, screen, out)) return printGrid(grid_, screen, out, layout) - 1;
+        if (layout.hasHeading && grid_.rowCount > 0) out.line("");
+        printCards(grid_, screen, out);
+        layout.hasHeading = layout.hasHeading || grid_.rowCount > 0;
+        return sheet_.columns.size();
+    }
+
+private:
+    std::string_view cell(std::size_t row, std::size_t column) {
+        const unsigned at = static_cast<unsigned>(row);
+        if (column > 0) return sheet_.cell(at, static_cast<unsigned>(column - 1));
+        number_ = std::to_string(sheet_.log.numberOf(sheet_.view->baseIndex(at)));
+        number_ += sheet_.view->get_tag(at) != 0 ? '*' : ' ';
+        return number_;
+    }
+
+    const Sheet& sheet_;
+    Grid grid_;
+    std::string number_;
+};
+
 void printTable(const Sheet& sheet, std::size_t matched, const Args& args, Printout& out) {
-    Grid grid;
-    grid.columns.push_back({"#", true, true});
-    for (unsigned i = 0; i < sheet.columns.size(); ++i) grid.columns.push_back({sheet.name(i)});
-    grid.rowCount = sheet.rowCount();
-    std::string number;
-    grid.cell = [&](std::size_t row, std::size_t column) -> std::string_view {
-        unsigned at = static_cast<unsigned>(row);
-        if (column > 0) return sheet.cell(at, static_cast<unsigned>(column - 1));
-        number = std::to_string(sheet.log.numberOf(sheet.view->baseIndex(at)));
-        number += sheet.view->get_tag(at) != 0 ? '*' : ' ';
-        return number;
-    };
-    Screen screen = screenOf(out, args);
-    std::size_t printed = printGrid(grid, screen, out);
-    out.line("");
-    out.inkedLine(inked(Ink::faint, footer(sheet, matched, printed - 1), screen));
+    GridLayout layout;
+    const std::size_t printed = SheetTable(sheet, args.has("wrap")).print(args, out, layout);
+    if (layout.hasHeading) out.line("");
+    out.inkedLine(inked(Ink::faint, footer(sheet, matched, printed), screenOf(out, args)));
 }
 
 bool wantsTable(const Args& args) {
@@ -86,11 +123,115 @@ void printAs(Format target, const Sheet& sheet, const Args& args, Printout& out)
     if (args.has("output") || target == Format::ale) tellLosses(losses, out.name());
 }
 
-int run(const Args& args) {
-    Selection selection = selectionFrom(args);
+// Prints a log that is followed: on a terminal what fits it, drawn anew each time, else the rows
+// that were not there before.
+class WatchedLog {
+public:
+    WatchedLog(const Args& args, const Selection& selection) : args_(args), selection_(selection) {}
+
+    void show(const Log& log) {
+        const Selected selected = selectRows(log, selection_);
+        const Sheet sheet{log, selected.view, shownColumns(log, args_)};
+        Printout out;
+        wantsTable(args_) && out.isTerminal() ? draw(sheet, selected.matched, out)
+                                              : append(sheet, out);
+        out.close();
+    }
+
+    bool isOutdated() const { return hasDrawn_ && terminalSize() != drawn_; }
+
+private:
+    // The last rows, with room for the line above, the heading, and the two lines below.
+    std::size_t rowsInSight(const Sheet& sheet, const Printout& out) const {
+        constexpr std::size_t otherLines = 5;
+        const std::size_t lines = drawn_.rows > otherLines ? drawn_.rows - otherLines : 1;
+        if (!wantsCards(args_, screenOf(out, args_), out)) return lines;
+        return std::max<std::size_t>(1, lines / (sheet.columns.size() + 2));
+    }
+
+    void draw(const Sheet& sheet, std::size_t matched, Printout& out) {
+        constexpr const char* clear = "\x1b[H\x1b[2J";
+        drawn_ = terminalSize();
+        hasDrawn_ = true;
+        std::vector<unsigned> rows = rowsOf(sheet);
+        const std::size_t inSight = std::min(rows.size(), rowsInSight(sheet, out));
+        rows.erase(rows.begin(), rows.end() - static_cast<std::ptrdiff_t>(inSight));
+        out.inkedLine(clear + escaped(sheet.log.name) + ", followed until Ctrl-C");
+        printTable({sheet.log, viewOf(sheet.log, rows), sheet.columns}, matched, args_, out);
+    }
+
+    void append(const Sheet& sheet, Printout& out) {
+        new_.look(sheet.log);
+        if (new_.hasOtherColumns()) layout_ = {};
+        std::vector<unsigned> rows = rowsOf(sheet);
+        std::erase_if(rows, [&](unsigned row) { return !new_.isNew(row); });
+        const Sheet added{sheet.log, viewOf(sheet.log, rows), sheet.columns};
+        if (wantsTable(args_)) {
+            SheetTable(added, args_.has("wrap")).print(args_, out, layout_);
+            return;
+        }
+        writeRows(added, wantedTarget(args_), out);
+    }
+
+    // One heading stands in front of all rows.
+    void writeRows(const Sheet& sheet, Format target, Printout& out) const {
+        const WriteStyle style = styleFrom(args_, target);
+        Losses ignored;
+        const bool isGoingOn = !new_.hasOtherColumns() && target != Format::jsonl;
+        if (!isGoingOn) return writeSheet(sheet, target, style, out, ignored);
+        std::string line;
+        for (unsigned row = 0; row < sheet.rowCount(); ++row) {
+            line.clear();
+            addDelimitedRow(line, sheet, row, sheet.columns.size(),
+                            target == Format::csv ? ',' : '\t', ignored);
+            out.write(line += bytesOf(style.lineEnd));
+        }
+    }
+
+    static std::vector<unsigned> rowsOf(const Sheet& sheet) {
+        std::vector<unsigned> rows;
+        for (unsigned i = 0; i < sheet.rowCount(); ++i) rows.push_back(sheet.view->baseIndex(i));
+        return rows;
+    }
+
+    const Args& args_;
+    const Selection& selection_;
+    TerminalSize drawn_;
+    bool hasDrawn_ = false;
+    NewRows new_;
+    GridLayout layout_;
+};
+
+int watch(const Args& args, const Selection& selection) {
+    if (args.has("output") || args.has("guard-formulas")) {
+        throw Failure{wrongUsage, "show: --watch takes no --output and no --guard-formulas"};
+    }
+    const std::string format = args.text("format", "table");
+    if (format != "table" && format != "csv" && format != "tsv" && format != "jsonl") {
+        throw Failure{wrongUsage,
+                      "show: --watch prints table, csv, tsv or jsonl, which go on with "
+                      "every row, not " +
+                          format};
+    }
+    WatchedLog watched(args, selection);
+    return follow(args.text("FILE"), {[&] { return readLog(args, "FILE"); },
+                                      [&](const Log& log) { watched.show(log); },
+                                      [&] { return watched.isOutdated(); }});
+}
+
+void requireFitting(const Args& args) {
     if (args.has("guard-formulas") && wantsTable(args)) {
         throw Failure{wrongUsage, "show: --guard-formulas is for --format csv and tsv"};
     }
+    if ((args.has("cards") || args.has("wrap")) && !wantsTable(args)) {
+        throw Failure{wrongUsage, "show: --cards and --wrap are for --format table"};
+    }
+}
+
+int run(const Args& args) {
+    Selection selection = selectionFrom(args);
+    requireFitting(args);
+    if (args.has("watch")) return watch(args, selection);
     // A table file says how long the values of all its rows are.
     bool isTableFile = !wantsTable(args) && wantedTarget(args) == Format::table;
     Wanted wanted = isTableFile ? Wanted() : wantedRows(selection);
@@ -130,10 +271,16 @@ Command showCommand() {
          {"vek show samples/dailies.vek -w 'Take>=4' -w 'Notes~sound|boom' -c Name,Take,Notes",
           "both conditions, three columns"},
          {"vek show samples/dailies.vek --at 02:01:00:00", "the clips that hold a timecode"},
+         {"vek show samples/docs.vek --cards --limit 1", "each value with its column's name"},
          {"vek show samples/docs.vek --tagged -o circled.csv", "the tagged rows, as a CSV file"}},
         {{"FILE", "the log, or - for standard input"}},
         join(join(selectionOptions(),
                   {{"-c,--columns", "A,B", "these columns, in this order"},
+                   {"--cards", "", "a card for each row, as on terminals of less than 60 columns"},
+                   {"--wrap", "", "long cells take several lines instead of being cut"},
+                   {"--watch", "",
+                    "follow a file until Ctrl-C: a terminal shows the last rows that fit it anew, "
+                    "a pipe gets the rows that were not there before"},
                    {"-a,--all", "", "all columns, whatever the field map says"},
                    {"-f,--format", "FORMAT", "what to print", false, printedFormats().c_str()},
                    {"-o,--output", "OUT", "write a file; its ending gives the format"},

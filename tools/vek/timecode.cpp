@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <charconv>
 
+#include "formats/log/column_names.h"
 #include "formats/text/text_lines.h"
+#include "formats/text/written_names.h"
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
 #include "formats/timecode/timecode_form.h"
@@ -278,7 +280,13 @@ void conform(Work& work, const std::vector<unsigned>& columns, const Args& args)
 
 unsigned columnOrNew(Log& log, const std::string& name) {
     unsigned column = log.findColumn(name);
-    if (column == noColumn) column = log.table->addField({cellText(name), DBFieldTypes::text});
+    if (column != noColumn) return log.requireColumn(name);
+    column = numberedColumn(log, name);
+    if (column != noColumn) return column;
+    if (std::optional<WrittenName> inner = unbracketed(name)) {
+        return inner->turn > 0 ? log.requireColumn(name) : columnOrNew(log, inner->name);
+    }
+    column = log.table->addField({cellText(name), DBFieldTypes::text});
     if (column != noColumn) return column;
     throw Failure{unwritable, log.name + ": there is no room for a column " + inQuotes(name)};
 }

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "formats/text/text_lines.h"
+#include "formats/text/written_names.h"
 #include "formats/timecode/clip_columns.h"
 
 namespace vek::formats {
@@ -46,11 +47,13 @@ private:
 
     // "OLD=NEW"; either name may hold further signs of equality where only one way names a column.
     void applyMap(const std::string& text) {
-        std::size_t equals = text.find('=');
+        const std::optional<WrittenName> bracketed = bracketedName(text);
+        std::size_t equals = text.find('=', bracketed ? bracketed->size : 0);
+        const std::size_t first = equals;
         while (equals != std::string::npos && !hasColumn(text.substr(0, equals))) {
             equals = text.find('=', equals + 1);
         }
-        if (equals == std::string::npos) equals = text.find('=');
+        if (equals == std::string::npos) equals = first;
         if (equals == std::string::npos || equals == 0 || equals + 1 == text.size()) {
             throw Failure{wrongUsage,
                           concat(terms_.names, ": ", inQuotes(text), ", expected OLD=NEW")};

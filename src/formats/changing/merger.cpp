@@ -107,6 +107,7 @@ Merger::Merger(Log& into, Prefer prefer, Teller tell, NoteTaker note)
 
 void Merger::useKey(const std::string& name) {
     key_ = into_.requireColumn(name);
+    keyName_ = name;
     rows_ = RowGroups(into_.rowCount());
     const auto hashOf = [&](unsigned row) { return keyedHash(into_.cell(row, key_)); };
     forEachHashed(rows_, into_.rowCount(), hashOf, [&](unsigned row, std::uint64_t hash) {
@@ -203,7 +204,7 @@ void Merger::appendRow(const Log& from, unsigned row) {
 }
 
 void Merger::join(const Log& from) {
-    const unsigned key = from.requireColumn(into_.columnName(key_));
+    const unsigned key = from.requireColumn(keyName_);
     noteTurns(from, key);
     taken_.assign(into_.rowCount(), false);
     const auto hashOf = [&](unsigned row) { return keyedHash(keyOf(recordOf(from, row), key)); };

@@ -92,6 +92,7 @@ private:
     NoteTaker note_;
     RowCopies copies_;
     unsigned key_ = noColumn;
+    std::string keyName_;  // as it was asked for
     RowGroups rows_;                        // ours, by their keys
     std::vector<Column> columns_;           // of the log that is being added
     bool standTogether_ = false;            // they are our first ones, in their order and form

@@ -10,7 +10,6 @@
 #include "formats/choosing/regex.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/written_names.h"
-#include "formats/timecode/clip_columns.h"
 
 namespace vek::formats {
 
@@ -72,15 +71,6 @@ std::optional<Condition> bracketedCondition(const Log& log, std::string_view tex
     return conditionOf(log, text.substr(0, name->size), *entry, rest);
 }
 
-bool rangeHolds(std::string_view start, std::string_view end, long long wanted) {
-    std::optional<Timecode> from = parseTimecode(start);
-    std::optional<Timecode> to = parseTimecode(end);
-    if (!from || !to) return false;
-    bool isBehindStart = from->order() <= wanted;
-    bool isBeforeEnd = wanted <= to->order();
-    return isOverMidnight(*from, *to) ? isBehindStart || isBeforeEnd : isBehindStart && isBeforeEnd;
-}
-
 }  // namespace
 
 Condition parseCondition(const Log& log, const std::string& text) {
@@ -138,28 +128,6 @@ void askTable(const Log& log, const std::vector<Condition>& conditions) {
         query[condition.column] = Criteria(Criterion(cellText(condition.text), eMatchContains));
     }
     log.table->setQuery(query);
-}
-
-RowTest timecodeTest(const Log& log, const std::string& timecode) {
-    std::optional<Timecode> wanted = parseTimecode(timecode);
-    if (!wanted) {
-        throw Failure{wrongUsage,
-                      concat(log.opening.terms->at, " takes a timecode such as 01:00:05:00, not ",
-                             inQuotes(timecode))};
-    }
-    std::vector<RangeColumns> pairs = rangeColumns(log);
-    if (pairs.empty()) {
-        throw Failure{
-            wrongUsage,
-            log.name,
-            {0, "", concat("no pair of start and end columns for ", log.opening.terms->at), "",
-             ""}};
-    }
-    return [&log, pairs, order = wanted->order()](unsigned row) {
-        return std::any_of(pairs.begin(), pairs.end(), [&](const RangeColumns& pair) {
-            return rangeHolds(log.cell(row, pair.start), log.cell(row, pair.end), order);
-        });
-    };
 }
 
 }  // namespace vek::formats

@@ -35,8 +35,4 @@ bool asksFor(const std::vector<Condition>& conditions, unsigned column);
 /// query: timecodes match by their digits and the start/end columns as ranges.
 void askTable(const Log& log, const std::vector<Condition>& conditions);
 
-/// Whether a pair of the row's columns, whatever it is called, holds the timecode; both ends
-/// belong to a range. A Failure when the text is no timecode or no such columns exist.
-RowTest timecodeTest(const Log& log, const std::string& timecode);
-
 }  // namespace vek::formats

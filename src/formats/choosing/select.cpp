@@ -4,6 +4,7 @@
 
 #include <vekdb/host/text_util.h>
 #include "formats/choosing/conditions.h"
+#include "formats/choosing/range_test.h"
 #include "formats/choosing/same_values.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/written_names.h"
@@ -23,6 +24,7 @@ public:
 
     void add(const Condition& condition) {
         if (condition.op != Operator::contains) return apply(testOf(log_, condition));
+        if (isOfLabelRange(log_, condition.column)) return apply(labelRangeTest(log_, condition));
         if (any_ || asksFor(asked_, condition.column)) ask();
         asked_.push_back(condition);
     }
@@ -58,7 +60,7 @@ Marks rowsThatHold(const Log& log, const Selection& selection) {
     Choice choice(log, selection.any);
     for (const std::string& text : selection.where) choice.add(parseCondition(log, text));
     for (const Condition& condition : selection.conditions) choice.add(condition);
-    if (!selection.at.empty()) choice.apply(timecodeTest(log, selection.at));
+    if (!selection.at.empty()) choice.apply(codeTest(log, selection.at));
     return choice.marks();
 }
 

@@ -15,7 +15,7 @@ struct Selection {
     std::vector<std::string> where;
     std::vector<Condition> conditions;  ///< further ones
     bool any = false;                   ///< one condition is enough
-    std::string at;                     ///< a timecode that a row's range must hold
+    std::string at;                     ///< a timecode or keycode that a row's range must hold
     bool tagged = false;
     std::string unique;
     std::string duplicates;

@@ -100,9 +100,16 @@ unsigned numberedColumn(const Log& log, std::string_view text) {
     std::size_t mark = text.rfind('#');
     if (mark == std::string_view::npos) return noColumn;
     std::size_t number = numberBehind(text, mark);
-    const RepeatedName* name = repeatedNameOf(log, log.findColumn(text.substr(0, mark)));
-    if (name == nullptr || number == 0 || number > name->columns.size()) return noColumn;
-    return name->columns[number - 1];
+    const unsigned first = log.findColumn(text.substr(0, mark));
+    if (repeatedNameOf(log, first) == nullptr) return noColumn;
+    return columnOfTurn(log, text.substr(0, mark), number);
+}
+
+unsigned columnOfTurn(const Log& log, std::string_view name, std::size_t turn) {
+    const unsigned first = log.findColumn(name);
+    const RepeatedName* repeated = repeatedNameOf(log, first);
+    if (repeated == nullptr) return turn == 1 ? first : noColumn;
+    return turn == 0 || turn > repeated->columns.size() ? noColumn : repeated->columns[turn - 1];
 }
 
 std::vector<unsigned> sameColumns(const Log& a, const Log& b) {

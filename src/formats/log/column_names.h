@@ -24,6 +24,9 @@ std::string choicesOf(const Log& log, const RepeatedName& repeated);
 /// The column that "Reel#2" says, or noColumn.
 unsigned numberedColumn(const Log& log, std::string_view text);
 
+/// The column that is the first, second, ... of a name, or noColumn.
+unsigned columnOfTurn(const Log& log, std::string_view name, std::size_t turn);
+
 /// For each column of `a` the one of `b` with its name, the second of a name for the second and
 /// so on, also of those without a name; noColumn where there is none.
 std::vector<unsigned> sameColumns(const Log& a, const Log& b);

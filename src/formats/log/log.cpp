@@ -56,7 +56,11 @@ unsigned Log::requireColumn(std::string_view wanted) const {
     }
     if (column == noColumn) column = numberedColumn(*this, wanted);
     if (column != noColumn) return column;
-    if (std::optional<std::string> inner = unbracketed(wanted)) return requireColumn(*inner);
+    if (std::optional<WrittenName> inner = unbracketed(wanted)) {
+        if (inner->turn == 0) return requireColumn(inner->name);
+        column = columnOfTurn(*this, inner->name, inner->turn);
+        if (column != noColumn) return column;
+    }
     std::string near = nearest(wanted, columnNames());
     if (!near.empty()) near = concat("did you mean ", near, "?");
     throw Failure{wrongUsage, name, {0, "", "there is no column " + inQuotes(wanted), "", near}};

@@ -7,6 +7,7 @@
 #include <vekdb/host/text_util.h>
 #include <vekdb/row_choice.h>
 #include "formats/choosing/conditions.h"
+#include "formats/choosing/range_test.h"
 #include "formats/reading/limits.h"
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
@@ -72,8 +73,10 @@ private:
         return asked;
     }
 
-    static void addTo(std::vector<Condition>& asked, const Condition& condition) {
-        if (condition.op != Operator::contains) return;
+    void addTo(std::vector<Condition>& asked, const Condition& condition) const {
+        const bool isForTable =
+            condition.op == Operator::contains && !isOfLabelRange(log_, condition.column);
+        if (!isForTable) return;
         if (!asksFor(asked, condition.column)) asked.push_back(condition);
     }
 

@@ -1,7 +1,7 @@
 #include "formats/text/written_names.h"
 
 #include <algorithm>
-#include <utility>
+#include <charconv>
 
 namespace vek::formats {
 
@@ -14,6 +14,16 @@ std::size_t endOfName(std::string_view list) {
     return std::min(list.find(',', name ? start + name->size : 0), list.size());
 }
 
+// Takes "#2" behind the brackets.
+void takeTurn(std::string_view text, WrittenName& written) {
+    if (!text.substr(written.size).starts_with('#')) return;
+    const char* const digits = text.data() + written.size + 1;
+    const char* const end = text.data() + text.size();
+    auto [stopped, error] = std::from_chars(digits, end, written.turn);
+    if (error != std::errc() || written.turn == 0) return;
+    written.size = static_cast<std::size_t>(stopped - text.data());
+}
+
 }  // namespace
 
 std::optional<WrittenName> bracketedName(std::string_view text) {
@@ -23,6 +33,7 @@ std::optional<WrittenName> bracketedName(std::string_view text) {
         const bool isDoubled = text[at] == ']' && text.substr(at + 1).starts_with(']');
         if (text[at] == ']' && !isDoubled) {
             written.size = at + 1;
+            takeTurn(text, written);
             return written;
         }
         written.name += text[at];
@@ -31,10 +42,10 @@ std::optional<WrittenName> bracketedName(std::string_view text) {
     return {};
 }
 
-std::optional<std::string> unbracketed(std::string_view text) {
+std::optional<WrittenName> unbracketed(std::string_view text) {
     std::optional<WrittenName> written = bracketedName(text);
     if (!written || written->size != text.size()) return {};
-    return std::move(written->name);
+    return written;
 }
 
 std::vector<std::string_view> splitNames(std::string_view list) {

@@ -39,11 +39,25 @@ std::string withWord(const std::string& name, std::string_view word, const char*
     return {};
 }
 
+constexpr std::pair<const char*, const char*> ends[] = {{"start", "end"}, {"in", "out"}};
+
+unsigned columnWithWord(const Log& log, const std::string& name, const char* word,
+                        const char* other) {
+    const std::string wanted = withWord(name, word, other);
+    return wanted.empty() ? noColumn : log.findColumn(wanted);
+}
+
 unsigned endColumnFor(const Log& log, const std::string& name) {
-    for (auto [start, end] : {std::pair{"start", "end"}, std::pair{"in", "out"}}) {
-        std::string other = withWord(name, start, end);
-        if (other.empty()) continue;
-        unsigned column = log.findColumn(other);
+    for (auto [start, end] : ends) {
+        const unsigned column = columnWithWord(log, name, start, end);
+        if (column != noColumn) return column;
+    }
+    return noColumn;
+}
+
+unsigned startColumnFor(const Log& log, const std::string& name) {
+    for (auto [start, end] : ends) {
+        const unsigned column = columnWithWord(log, name, end, start);
         if (column != noColumn) return column;
     }
     return noColumn;
@@ -75,6 +89,14 @@ RangeColumns recordColumns(const Log& log) {
 
 RangeColumns keycodeColumns(const Log& log) {
     return firstPair(log, {{"start keycode", "end keycode"}, {"KN Start", "KN End"}});
+}
+
+RangeColumns rangeOf(const Log& log, unsigned column) {
+    const std::string name = log.columnName(column);
+    const unsigned end = endColumnFor(log, name);
+    if (end != noColumn) return {column, end};
+    const unsigned start = startColumnFor(log, name);
+    return start == noColumn ? RangeColumns{noColumn, noColumn} : RangeColumns{start, column};
 }
 
 std::vector<RangeColumns> rangeColumns(const Log& log) {

@@ -17,6 +17,9 @@ struct RangeColumns {
 /// All such pairs that the log has, by their names.
 std::vector<RangeColumns> rangeColumns(const Log& log);
 
+/// The pair that a column begins or ends; noColumn twice where it has no other one.
+RangeColumns rangeOf(const Log& log, unsigned column);
+
 /// The first of these columns that the log has, or noColumn.
 unsigned firstColumn(const Log& log, std::initializer_list<const char*> names);
 

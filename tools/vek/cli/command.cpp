@@ -66,6 +66,9 @@ std::string argumentTitle(const Argument& argument) {
 
 }  // namespace
 
+const char* const columnTypes =
+    "text|text_s|timecode|timecode_s|date|time_of_day|dos_date|numeric|long|double";
+
 bool Args::has(std::string_view name) const {
     return std::any_of(entries_.begin(), entries_.end(),
                        [&](const Entry& entry) { return entry.name == name; });

@@ -41,7 +41,8 @@ struct Example {
 };
 
 /// An argument without dashes. What stands in `choices` ("list|get|set") is all it may be; an
-/// argument named FILE, A, B, IN or OUT is completed by file names.
+/// argument named FILE, A, B, IN or OUT is completed by file names, and COLUMN by the columns of
+/// the first such file.
 struct Argument {
     const char* name;
     const char* help;
@@ -50,14 +51,19 @@ struct Argument {
     const char* choices = "";
 };
 
-/// An option: "-o,--output". `value` names what it takes ("OUT"), "" for a switch.
+/// An option: "-o,--output". `value` names what it takes, "" for a switch. Completions go by it:
+/// COLUMN, "A,B" for a list of columns, COND for a condition, OUT for a file.
 struct Option {
     const char* names;
     const char* value;
     const char* help;
     bool repeats = false;
     const char* choices = "";
+    const char* suggestions = "";  ///< for completions, where other words may be given, too
 };
+
+/// The types that a column can have, "|" between them.
+extern const char* const columnTypes;
 
 /// What a person wrote behind the subcommand's name. Options go by their long name without
 /// the dashes, arguments by their declared name.

@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "formats/text/width.h"
+#include "formats/text/wrapping.h"
 #include "tools/vek/cli/terminal.h"
 
 namespace vek {
@@ -76,30 +77,61 @@ std::vector<std::size_t> fittedWidths(std::vector<std::size_t> widths, std::size
 
 class GridPrinter {
 public:
-    GridPrinter(const Grid& grid, const Screen& screen, Printout& out)
-        : grid_(grid),
-          screen_(screen),
-          out_(out),
-          widths_(fittedWidths(naturalWidths(grid), screen.width)) {}
+    GridPrinter(const Grid& grid, const Screen& screen, Printout& out, GridLayout& layout)
+        : grid_(grid), screen_(screen), out_(out), layout_(layout), widths_(layoutWidths()) {}
 
     std::size_t print() {
-        printLine([&](std::size_t i) { return std::string_view(grid_.columns[i].title); }, true);
+        if (!layout_.hasHeading) {
+            printLine([&](std::size_t i) { return std::string_view(grid_.columns[i].title); },
+                      true);
+        }
+        layout_.hasHeading = true;
         for (std::size_t row = 0; row < grid_.rowCount; ++row) {
-            printLine([&](std::size_t i) { return grid_.cell(row, i); }, false);
+            const auto cell = [&](std::size_t i) { return grid_.cell(row, i); };
+            grid_.wraps ? printWrapped(cell) : printLine(cell, false);
         }
         return widths_.size();
     }
 
 private:
+    std::vector<std::size_t> layoutWidths() const {
+        std::vector<std::size_t> widths = naturalWidths(grid_);
+        layout_.widths.resize(widths.size());
+        for (std::size_t i = 0; i < widths.size(); ++i) {
+            widths[i] = layout_.widths[i] = std::max(widths[i], layout_.widths[i]);
+        }
+        return fittedWidths(std::move(widths), screen_.width);
+    }
+
+    Ink inkOf(std::size_t i) const { return grid_.columns[i].isFaint ? Ink::faint : Ink::plain; }
+
     template <class Cell>
     void printLine(Cell cell, bool isTitle) {
         std::string line;
         for (std::size_t i = 0; i < widths_.size(); ++i) {
-            Ink ink = isTitle ? Ink::bold : grid_.columns[i].isFaint ? Ink::faint : Ink::plain;
             bool isLast = i + 1 == widths_.size();
-            addCell(line, fitted(cell(i), widths_[i]), i, ink, isLast);
+            addCell(line, fitted(cell(i), widths_[i]), i, isTitle ? Ink::bold : inkOf(i), isLast);
         }
         out_.inkedLine(line);
+    }
+
+    // As many lines as the cell that takes most of them.
+    template <class Cell>
+    void printWrapped(Cell cell) {
+        std::vector<std::vector<std::string>> cells;
+        std::size_t most = 1;
+        for (std::size_t i = 0; i < widths_.size(); ++i) {
+            cells.push_back(wrapped(cell(i), std::max<std::size_t>(1, widths_[i])));
+            most = std::max(most, cells.back().size());
+        }
+        for (std::size_t n = 0; n < most; ++n) {
+            std::string line;
+            for (std::size_t i = 0; i < cells.size(); ++i) {
+                const std::string text = n < cells[i].size() ? cells[i][n] : std::string();
+                addCell(line, text, i, inkOf(i), i + 1 == cells.size());
+            }
+            out_.inkedLine(line);
+        }
     }
 
     void addCell(std::string& line, const std::string& text, std::size_t i, Ink ink, bool isLast) {
@@ -120,7 +152,51 @@ private:
     const Grid& grid_;
     const Screen& screen_;
     Printout& out_;
+    GridLayout& layout_;
     std::vector<std::size_t> widths_;
+};
+
+// Prints cards: names at the left, as wide as the widest of them, and values beside them.
+class CardPrinter {
+public:
+    CardPrinter(const Grid& grid, const Screen& screen, Printout& out)
+        : grid_(grid), screen_(screen), out_(out) {
+        for (std::size_t i = 1; i < grid.columns.size(); ++i) {
+            nameWidth_ = std::max(nameWidth_, displayWidth(escaped(grid.columns[i].title)));
+        }
+        if (screen.width == 0) return;
+        nameWidth_ = std::min(nameWidth_, std::max<std::size_t>(1, screen.width / 2));
+        valueWidth_ = screen.width > nameWidth_ + gap ? screen.width - nameWidth_ - gap : 1;
+    }
+
+    void print() {
+        for (std::size_t row = 0; row < grid_.rowCount; ++row) {
+            if (row > 0) out_.line("");
+            const std::string title = concat(grid_.columns[0].title, escaped(grid_.cell(row, 0)));
+            out_.inkedLine(
+                inked(Ink::bold, title.substr(0, title.find_last_not_of(' ') + 1), screen_));
+            for (std::size_t i = 1; i < grid_.columns.size(); ++i) printField(row, i);
+        }
+    }
+
+private:
+    void printField(std::size_t row, std::size_t column) {
+        std::string name = fitted(grid_.columns[column].title, nameWidth_);
+        std::size_t taken = displayWidth(name);
+        name = inked(Ink::faint, name, screen_);
+        for (const std::string& value : wrapped(grid_.cell(row, column), valueWidth_)) {
+            const std::size_t room = value.empty() ? 0 : nameWidth_ + gap - taken;
+            out_.inkedLine(name + std::string(room, ' ') + value);
+            name.clear();
+            taken = 0;
+        }
+    }
+
+    const Grid& grid_;
+    const Screen& screen_;
+    Printout& out_;
+    std::size_t nameWidth_ = 0;
+    std::size_t valueWidth_ = std::string::npos;
 };
 
 const char* inkCode(Ink ink) {
@@ -157,7 +233,16 @@ std::vector<Option> screenOptions() {
 }
 
 std::size_t printGrid(const Grid& grid, const Screen& screen, Printout& out) {
-    return GridPrinter(grid, screen, out).print();
+    GridLayout layout;
+    return printGrid(grid, screen, out, layout);
+}
+
+std::size_t printGrid(const Grid& grid, const Screen& screen, Printout& out, GridLayout& layout) {
+    return GridPrinter(grid, screen, out, layout).print();
+}
+
+void printCards(const Grid& grid, const Screen& screen, Printout& out) {
+    CardPrinter(grid, screen, out).print();
 }
 
 std::string inked(Ink ink, const std::string& text, const Screen& screen) {

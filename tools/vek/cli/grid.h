@@ -34,11 +34,24 @@ struct Grid {
     std::vector<GridColumn> columns;
     std::size_t rowCount = 0;
     std::function<std::string_view(std::size_t row, std::size_t column)> cell;
+    bool wraps = false;  ///< long cells take several lines instead of being cut
+};
+
+/// What is printed of a grid in several parts has one heading, and columns that never become
+/// narrower.
+struct GridLayout {
+    std::vector<std::size_t> widths;
+    bool hasHeading = false;
 };
 
 /// Prints the grid, its columns fitted to the screen: long cells are cut, and columns that have
 /// no room at all are left out at the right. Returns how many were printed.
 std::size_t printGrid(const Grid& grid, const Screen& screen, Printout& out);
+std::size_t printGrid(const Grid& grid, const Screen& screen, Printout& out, GridLayout& layout);
+
+/// Prints each row as a card, its first cell as the title and the others below it, a line each with
+/// the column's name. Long cells take several lines.
+void printCards(const Grid& grid, const Screen& screen, Printout& out);
 
 /// A text in bold, faint, red or green where the screen has colours.
 enum class Ink { plain, bold, faint, red, green, yellow };

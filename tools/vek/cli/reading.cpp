@@ -113,7 +113,8 @@ Option fromOption() {
 }
 
 Option fpsOption() {
-    return {"--fps", "RATE", "frames a second: 24, 25, 29.97, 29.97df (drop-frame), ..."};
+    return {"--fps", "RATE", "frames a second: 24, 25, 29.97, 29.97df (drop-frame), ...",
+            false,   "",     "23.976|24|25|29.97|29.97df|30|50|59.94|59.94df|60"};
 }
 
 std::string wantedRate(const Args& args) {
@@ -142,10 +143,12 @@ std::vector<Option> limitOptions() {
          "refuse to write more bytes; 256 MiB and 100 for each byte read as a rule"},
         {"--delimiter", "MARK",
          "what separates the cells of CSV and TSV: comma, semicolon, tab, pipe or one character; "
-         "found out as a rule"},
+         "found out as a rule",
+         false, "", "comma|semicolon|tab|pipe"},
         {"--encoding", "NAME",
          "how texts are encoded: utf-8, utf-16, windows-1252, macroman or what iconv knows; found "
-         "out as a rule"},
+         "out as a rule",
+         false, "", "utf-8|utf-16|utf-16le|utf-16be|windows-1252|macroman"},
         {"--skip-lines", "N", "lines of CSV and TSV in front of the heading"},
         {"--no-header", "", "CSV and TSV have no heading; columns are called Column 1, 2, ..."},
     };

@@ -11,6 +11,10 @@ void say(const std::string& text);
 /// The same for what went wrong, which is said also where messages are left out.
 void sayFailure(const std::string& text);
 
+/// From now on a message that was said is not said again: what is wrong with a log that is read
+/// again and again.
+void sayEachOnce();
+
 /// From now on messages are left out, failures are not.
 void leaveMessagesOut();
 

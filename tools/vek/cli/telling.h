@@ -9,4 +9,8 @@ namespace vek {
 Option tellingOption();
 bool tellsJson(const Args& args);
 
+/// One object for programs that says why a command ended early, where it was asked to tell what
+/// it finds as json and could not begin to.
+void tellFailure(const Failure& failure, const Command& command, const Args& args);
+
 }  // namespace vek

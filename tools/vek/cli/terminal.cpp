@@ -23,10 +23,15 @@ bool isTerminal(Stream stream) {
     return ::isatty(fileOf(stream)) == 1;
 }
 
-std::size_t terminalWidth(std::size_t otherwise) {
+TerminalSize terminalSize() {
     winsize size = {};
-    if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return otherwise;
-    return size.ws_col;
+    if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) return {};
+    return {size.ws_row, size.ws_col};
+}
+
+std::size_t terminalWidth(std::size_t otherwise) {
+    const std::size_t columns = terminalSize().columns;
+    return columns == 0 ? otherwise : columns;
 }
 
 int writeTo(Stream stream, std::string_view text) {

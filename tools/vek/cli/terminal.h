@@ -15,6 +15,13 @@ enum class Stream { output, errors };
 bool isTerminal(Stream stream);
 /// Columns of the terminal on standard output; `otherwise` when there is none.
 std::size_t terminalWidth(std::size_t otherwise);
+/// How large it is; nothing of it where there is none.
+struct TerminalSize {
+    std::size_t rows = 0;
+    std::size_t columns = 0;
+    bool operator==(const TerminalSize&) const = default;
+};
+TerminalSize terminalSize();
 /// Writes all of a text; 0, or the system's number of what went wrong.
 int writeTo(Stream stream, std::string_view text);
 

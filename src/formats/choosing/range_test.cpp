@@ -1,0 +1,151 @@
+#include "formats/choosing/range_test.h"
+
+#include <algorithm>
+#include <compare>
+#include <optional>
+
+#include <vekdb/formats/keycode.h>
+#include <vekdb/formats/timecode.h>
+#include <vekdb/host/text_util.h>
+#include "formats/text/text_lines.h"
+#include "formats/timecode/clip_columns.h"
+
+namespace vek::formats {
+
+namespace {
+
+bool isOnTime(std::string_view start, std::string_view end, long long wanted) {
+    std::optional<Timecode> from = parseTimecode(start);
+    std::optional<Timecode> to = parseTimecode(end);
+    if (!from || !to) return false;
+    bool isBehindStart = from->order() <= wanted;
+    bool isBeforeEnd = wanted <= to->order();
+    return isOverMidnight(*from, *to) ? isBehindStart || isBeforeEnd : isBehindStart && isBeforeEnd;
+}
+
+bool isLetterOrDigit(char c) {
+    const char small = asciiLower(c);
+    return (small >= 'a' && small <= 'z') || isAsciiDigit(c);
+}
+
+// Where film is on a roll. Frames are counted within a foot on film of every gauge, so feet and
+// frames tell the order without it. Programs write a roll with blanks, dashes or neither.
+struct FilmPlace {
+    std::string roll;
+    std::int64_t feet;
+    int frames;
+
+    bool isOnRollOf(const FilmPlace& other) const { return roll == other.roll; }
+    std::strong_ordering order(const FilmPlace& other) const {
+        const auto byFeet = feet <=> other.feet;
+        return byFeet != 0 ? byFeet : frames <=> other.frames;
+    }
+};
+
+std::optional<FilmPlace> filmPlace(std::string_view text) {
+    const std::optional<Keycode> code = parseKeycode(text);
+    if (!code) return {};
+    FilmPlace place{{}, code->feet, code->frames};
+    for (char c : code->roll) {
+        if (isLetterOrDigit(c)) place.roll += asciiLower(c);
+    }
+    return place;
+}
+
+// Nothing where the two are no keycodes. A clip without an end is one frame.
+std::optional<bool> isOnFilm(std::string_view start, std::string_view end,
+                             const FilmPlace& wanted) {
+    const std::optional<FilmPlace> from = filmPlace(start);
+    if (!from) return {};
+    if (!from->isOnRollOf(wanted) || wanted.order(*from) < 0) return false;
+    if (wanted.order(*from) == 0) return true;
+    const std::optional<FilmPlace> to = filmPlace(end);
+    if (!to) return trimmed(end).empty() ? std::optional(false) : std::nullopt;
+    return to->isOnRollOf(wanted) && wanted.order(*to) <= 0;
+}
+
+// As the table asks its own columns: as many characters are compared as the text has.
+bool isBetweenTexts(std::string_view start, std::string_view end, std::string_view text) {
+    if (start.empty()) return false;
+    if (start.starts_with(text)) return true;
+    return !end.empty() && start.substr(0, text.size()) < text &&
+           end.substr(0, text.size()) >= text;
+}
+
+// A column that begins a range of the table's own, or ends one.
+bool isOfTable(const Log& log, unsigned column) {
+    return log.table->isSpecialLabelField(column);
+}
+
+bool isCode(std::string_view word) {
+    constexpr std::string_view known[] = {"kn",  "keycode", "keykode",   "keynumber",
+                                          "ink", "inkcode", "inknumber", "edgecode"};
+    return std::any_of(std::begin(known), std::end(known),
+                       [&](std::string_view name) { return sameText(word, name); });
+}
+
+bool hasCodeInName(std::string_view name) {
+    while (!name.empty()) {
+        const auto end = std::find_if_not(name.begin(), name.end(), isLetterOrDigit);
+        const auto size = static_cast<std::size_t>(end - name.begin());
+        if (isCode(name.substr(0, size))) return true;
+        name.remove_prefix(std::min(size + 1, name.size()));
+    }
+    return false;
+}
+
+template <class Holds>
+RowTest testOfPairs(const Log& log, std::vector<RangeColumns> pairs, Holds holds) {
+    return [&log, pairs = std::move(pairs), holds](unsigned row) {
+        return std::any_of(pairs.begin(), pairs.end(), [&](const RangeColumns& pair) {
+            return holds(log.cell(row, pair.start), log.cell(row, pair.end));
+        });
+    };
+}
+
+}  // namespace
+
+RowTest codeTest(const Log& log, const std::string& code) {
+    const std::optional<Timecode> time = parseTimecode(code);
+    const std::optional<FilmPlace> film = filmPlace(code);
+    if (!time && !film) {
+        throw Failure{wrongUsage,
+                      concat(log.opening.terms->at,
+                             " takes a timecode such as 01:00:05:00 or a keycode such as "
+                             "\"KJ 230012 0345+08\", not ",
+                             inQuotes(code))};
+    }
+    std::vector<RangeColumns> pairs = rangeColumns(log);
+    if (pairs.empty()) {
+        throw Failure{
+            wrongUsage,
+            log.name,
+            {0, "", concat("no pair of start and end columns for ", log.opening.terms->at), "",
+             ""}};
+    }
+    if (time) {
+        return testOfPairs(log, std::move(pairs), [order = time->order()](auto start, auto end) {
+            return isOnTime(start, end, order);
+        });
+    }
+    return testOfPairs(log, std::move(pairs), [wanted = *film](auto start, auto end) {
+        return isOnFilm(start, end, wanted).value_or(false);
+    });
+}
+
+bool isOfLabelRange(const Log& log, unsigned column) {
+    if (isOfTable(log, column) || !hasCodeInName(log.columnName(column))) return false;
+    return rangeOf(log, column).start != noColumn;
+}
+
+RowTest labelRangeTest(const Log& log, const Condition& condition) {
+    const std::optional<FilmPlace> film = filmPlace(condition.text);
+    return testOfPairs(log, {rangeOf(log, condition.column)},
+                       [film, text = condition.text](auto start, auto end) {
+                           std::optional<bool> isThere;
+                           if (film) isThere = isOnFilm(start, end, *film);
+                           return isThere ? *isThere : isBetweenTexts(start, end, text);
+                       });
+}
+
+}  // namespace vek::formats

@@ -1,0 +1,199 @@
+#include <gtest/gtest.h>
+
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+
+#include "cli/terminal.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+void append(const WorkFolder& folder, const std::string& name, const std::string& text) {
+    std::ofstream(folder.path() / name, std::ios::binary | std::ios::app) << text;
+}
+
+// As editors save: another file takes the name.
+void replace(const WorkFolder& folder, const std::string& name, const std::string& text) {
+    folder.write(name + ".new", text);
+    fs::rename(folder.path() / (name + ".new"), folder.path() / name);
+}
+
+// What follows a log through a pipe writes into a file here, so that nothing waits for a reader.
+class Followed {
+public:
+    Followed(const WorkFolder& folder, const std::string& options)
+        : shell_(folder, {"/bin/sh", "-c",
+                          std::string(VEK_PROGRAM) + " show --watch " + options +
+                              " 2>&1 | while IFS= read -r line; do echo \"$line\"; done"}) {}
+
+    void waitFor(const std::string& text) { seen_ += shell_.waitFor(text); }
+    std::string seen() {
+        seen_ += shell_.watchFor(600);
+        std::string text;
+        for (char c : seen_) text += c == '\r' ? std::string() : std::string(1, c);
+        return text;
+    }
+
+private:
+    Terminal shell_;
+    std::string seen_;
+};
+
+}  // namespace
+
+TEST(Watch, ATerminalIsDrawnAnewWhenTheFileGrows) {
+    WorkFolder folder;
+    folder.write("a.csv", "Name,Take\nA1,1\nA2,2\n");
+    Terminal screen(folder, {"vek", "show", "--watch", "a.csv", "-w", "Take>1"});
+    screen.waitFor("A2");
+    screen.waitFor("1 of 2 rows");
+    append(folder, "a.csv", "A3,3\n");
+    const std::string drawn = screen.waitFor("2 of 3 rows");
+    EXPECT_NE(drawn.find("\x1b[H\x1b[2J"), std::string::npos);
+    EXPECT_NE(drawn.find("A2"), std::string::npos);
+    EXPECT_NE(drawn.find("A3"), std::string::npos);
+    EXPECT_EQ(drawn.find("A1"), std::string::npos);
+    screen.type("\x03");
+    EXPECT_EQ(screen.finish(), 1000 + SIGINT);
+}
+
+TEST(Watch, ATerminalShowsTheLastRowsThatFitIt) {
+    WorkFolder folder;
+    std::string text = "Name\n";
+    for (int i = 1000; i < 1100; ++i) text += "N" + std::to_string(i) + "\n";
+    folder.write("a.csv", text);
+    Terminal screen(folder, {"vek", "show", "--watch", "a.csv"});
+    const std::string drawn = screen.waitFor("19 of 100 rows");
+    EXPECT_EQ(drawn.find("N1080"), std::string::npos);
+    EXPECT_NE(drawn.find("N1081"), std::string::npos);
+    EXPECT_NE(drawn.find("N1099"), std::string::npos);
+}
+
+TEST(Watch, ATerminalOfAnotherWidthIsDrawnAnew) {
+    WorkFolder folder;
+    folder.write("a.csv", "Name,Take\nA1,1\n");
+    Terminal screen(folder, {"vek", "show", "--watch", "a.csv"});
+    screen.waitFor("1 of 1 row");
+    screen.resize(40);
+    EXPECT_NE(screen.waitFor("1 of 1 row").find("#1"), std::string::npos);
+}
+
+TEST(Watch, APipeGetsTheRowsThatWereNotThereBefore) {
+    WorkFolder folder;
+    folder.write("a.csv", "Name,Take\nA1,1\n");
+    Followed followed(folder, "a.csv --format csv");
+    followed.waitFor("A1,1");
+    append(folder, "a.csv", "A2,2\nA3,3\n");
+    followed.waitFor("A3,3");
+    replace(folder, "a.csv", "Name,Take\nA1,1\nA2,2\nA2b,2\nA3,3\n");
+    followed.waitFor("A2b,2");
+    folder.write("a.csv", "Name,Take\n");
+    EXPECT_EQ(followed.seen(), "Name,Take\nA1,1\nA2,2\nA3,3\nA2b,2\n");
+    append(folder, "a.csv", "A4,4\n");
+    followed.waitFor("A4,4");
+    fs::remove(folder.path() / "a.csv");
+    followed.waitFor("vek: a.csv: is gone; waiting for it to come back");
+    folder.write("a.csv", "Name,Take\nA4,4\nA5,5\n");
+    followed.waitFor("A5,5");
+    EXPECT_EQ(followed.seen(),
+              "Name,Take\nA1,1\nA2,2\nA3,3\nA2b,2\nA4,4\n"
+              "vek: a.csv: is gone; waiting for it to come back\nA5,5\n");
+}
+
+TEST(Watch, ColumnsOfATableStayInLineBehindAPipe) {
+    WorkFolder folder;
+    folder.write("a.csv", "Name,Take\nLongName,1\n");
+    Followed followed(folder, "a.csv -s Take -r");
+    followed.waitFor("LongName");
+    append(folder, "a.csv", "B,2\nC,3\n");
+    followed.waitFor("B");
+    EXPECT_EQ(followed.seen(),
+              " #  Name      Take\n1   LongName  1\n3   C         3\n"
+              "2   B         2\n");
+}
+
+TEST(Watch, OtherColumnsGetANewHeading) {
+    WorkFolder folder;
+    folder.write("a.csv", "Name\nA1\n");
+    Followed followed(folder, "a.csv -f tsv");
+    followed.waitFor("A1");
+    replace(folder, "a.csv", "Name,Take\nA1,1\n");
+    followed.waitFor("A1\t1");
+    EXPECT_EQ(followed.seen(), "Name\nA1\nName\tTake\nA1\t1\n");
+}
+
+TEST(Watch, AColumnThatIsGoneIsWaitedFor) {
+    WorkFolder folder;
+    folder.write("a.csv", "Name,Take\nA1,1\n");
+    Followed followed(folder, "a.csv -f jsonl -w Take==1");
+    followed.waitFor("A1");
+    replace(folder, "a.csv", "Name\nA1\n");
+    followed.waitFor("there is no column \"Take\"; did you mean Name? (waiting for it to change)");
+    replace(folder, "a.csv", "Name,Take\nA1,1\nA7,1\n");
+    followed.waitFor("A7");
+}
+
+TEST(Watch, ALinkLeadsToAFileThatGrows) {
+    WorkFolder folder;
+    folder.write("other/a.csv", "Name\nA1\n");
+    fs::create_symlink("other/a.csv", folder.path() / "link.csv");
+    Followed followed(folder, "link.csv -f csv");
+    followed.waitFor("A1");
+    append(folder, "other/a.csv", "A2\n");
+    followed.waitFor("A2");
+}
+
+TEST(Watch, TheEndOfAPipeIsNoticedWithoutAChange) {
+    WorkFolder folder;
+    folder.write("a.csv", "Name\nA1\n");
+    Terminal shell(
+        folder, {"/bin/sh", "-c",
+                 std::string(VEK_PROGRAM) + " show --watch a.csv -f csv | head -n 1; echo over"});
+    shell.waitFor("over");
+    EXPECT_EQ(shell.finish(), 0);
+}
+
+TEST(Watch, WaitingTakesNoTime) {
+    WorkFolder folder;
+    folder.write("a.csv", "Name\nA1\n");
+    rusage before = {};
+    ::getrusage(RUSAGE_CHILDREN, &before);
+    Terminal screen(folder, {"vek", "show", "--watch", "a.csv"});
+    screen.waitFor("1 of 1 row");
+    // Others write into the folder all the time.
+    for (int i = 0; i < 100; ++i) {
+        folder.write("noise.txt", std::to_string(i));
+        ::usleep(10000);
+    }
+    screen.type("\x03");
+    EXPECT_EQ(screen.finish(), 1000 + SIGINT);
+    rusage after = {};
+    ::getrusage(RUSAGE_CHILDREN, &after);
+    const auto milliseconds = [](const timeval& time) {
+        return time.tv_sec * 1000 + time.tv_usec / 1000;
+    };
+    EXPECT_LT(milliseconds(after.ru_utime) - milliseconds(before.ru_utime), 500);
+    EXPECT_LT(milliseconds(after.ru_stime) - milliseconds(before.ru_stime), 500);
+}
+
+TEST(Watch, WhatCannotBeReadAgainIsRefusedWithTheReason) {
+    WorkFolder folder;
+    ASSERT_EQ(::mkfifo((folder.path() / "fifo").c_str(), 0600), 0);
+    for (const auto& [name, reason] : {std::pair{"fifo", "a pipe"},
+                                       {"-", "standard input"},
+                                       {".", "a folder"},
+                                       {"/dev/null", "a device"}}) {
+        Start start;
+        start.words = {"vek", "show", "--watch", name};
+        const Finish refused = run(folder, start);
+        EXPECT_EQ(refused.exitCode, 2) << name;
+        EXPECT_EQ(refused.output, "");
+        EXPECT_NE(refused.errors.find(reason), std::string::npos) << refused.errors;
+    }
+}
