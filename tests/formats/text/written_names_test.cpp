@@ -22,7 +22,8 @@ TEST(WrittenNames, TakesTwoClosingBracketsForOne) {
 }
 
 TEST(WrittenNames, TakesBracketsAwayOnlyWhereTheyHoldAllOfIt) {
-    EXPECT_THAT(unbracketed("[Name, clip]"), Optional(std::string("Name, clip")));
+    EXPECT_THAT(unbracketed("[Name, clip]"),
+                Optional(testing::Field(&WrittenName::name, "Name, clip")));
     EXPECT_EQ(unbracketed("[Name] 2"), std::nullopt);
     EXPECT_EQ(unbracketed("Name"), std::nullopt);
 }
