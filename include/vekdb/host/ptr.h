@@ -146,13 +146,21 @@ private:
     template <class, class, class>
     friend class Ptr;
 
-    void bindCount() {
-        try {
-            count_ = Counting::countFor(object_);
-        } catch (...) {
-            Destruction::destroy(object_);
-            throw;
+    // Destroys an object that no count could be had for, as the scope is left by whatever was
+    // thrown: so this compiles where there are no exceptions.
+    struct Uncounted {
+        T* object;
+        ~Uncounted() {
+            if (object != nullptr) {
+                Destruction::destroy(object);
+            }
         }
+    };
+
+    void bindCount() {
+        Uncounted uncounted{object_};
+        count_ = Counting::countFor(object_);
+        uncounted.object = nullptr;
     }
 
     // The words are cleared first: a destructor that comes back to this Ptr
