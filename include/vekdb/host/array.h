@@ -14,6 +14,7 @@ public:
 
     /// Negative, 0 or positive. Only records of one kind meet in an array.
     virtual int compare(const ArrayRec& other) const = 0;
+    /// Appends its text.
     virtual void printOn(GrowString& out) const = 0;
 };
 
@@ -42,6 +43,7 @@ public:
     /// one that is kept. Answers whether it is the given record.
     bool intern(ArrayRec* record, unsigned& index);
 
+    /// Puts the record behind all others.
     void appendDatum(ArrayRec* record);
 
     /// Puts the record before the one at the index; at the end when there is none.
@@ -53,6 +55,7 @@ public:
     /// Each record in turn, a comma and a blank between them.
     void printOn(GrowString& out) const;
 
+    /// How many records there are, and whether it is in sorted mode.
     unsigned size() const noexcept { return count_; }
     bool isSorted() const noexcept { return sorted_; }
 
@@ -84,6 +87,7 @@ class VEKDB_PUBLIC Set : private Array {
 public:
     Set() { init(); }
 
+    /// Deletes all records and makes room for this many.
     void init(unsigned room = 0);
 
     using Array::datum;

@@ -22,6 +22,7 @@ public:
     AssocListRep& operator=(AssocListRep&& other) noexcept;
     ~AssocListRep();
 
+    /// Each gets the other's entries and the other's way with case; slots stay valid.
     void swap(AssocListRep& other) noexcept;
 
     /// The value slot of the name, made (null) when there is none. The name keeps
@@ -31,6 +32,7 @@ public:
     /// Null when there is no such name.
     const LightweightString<char>* find(const LightweightString<char>& name) const;
 
+    /// How many names there are.
     unsigned size() const noexcept { return size_; }
 
 private:
@@ -65,6 +67,7 @@ public:
         return rep_.find(name);
     }
 
+    /// How many names there are, whether there is none, and taking all away.
     unsigned size() const noexcept { return rep_.size(); }
     bool empty() const noexcept { return size() == 0; }
     void clear() noexcept { rep_ = AssocListRep(true); }
@@ -80,14 +83,17 @@ private:
 /// An entry added on the way is met; the iterator must not outlive the list.
 class VEKDB_PUBLIC AssocListIter {
 public:
+    /// Stands on the first entry.
     explicit AssocListIter(const AssocList& list) noexcept : node_(list.rep_.first_) {}
 
+    /// Whether it stands on an entry.
     explicit operator bool() const noexcept { return node_ != nullptr; }
 
     /// Require that the end is not reached.
     const AssocListEntry& operator*() const noexcept { return node_->entry; }
     const AssocListEntry* operator->() const noexcept { return &node_->entry; }
 
+    /// Goes to the next entry. Behind the last one it stays.
     AssocListIter& operator++() noexcept {
         node_ = node_ != nullptr ? node_->next : nullptr;
         return *this;

@@ -25,6 +25,7 @@ public:
     strp_field() = default;
     explicit strp_field(const LightweightString<char>& text) : text_(text) {}
 
+    /// Puts another text in, and gives the one that is there.
     void set(const LightweightString<char>& text) { text_ = text; }
     const LightweightString<char>& get() const { return text_; }
 
@@ -42,8 +43,10 @@ public:
     /// The field of a key, an empty field for a key that was never set. Both live
     /// until the record changes.
     const strp_field& get(const char* key) const;
+    /// Whether the key was ever set.
     bool has(const char* key) const { return find(key) != nullptr; }
 
+    /// How many keys there are.
     std::size_t size() const { return entries_.size(); }
 
     /// The i-th key; the null string past the end.

@@ -23,15 +23,18 @@ public:
     /// Makes room for this many items in all.
     void reserve(unsigned room);
 
+    /// How many items there are, and whether there is none.
     unsigned size() const noexcept { return store_ ? store_->count : 0; }
     bool empty() const noexcept { return size() == 0; }
 
     /// Requires an index below size().
     const T& operator[](unsigned index) const noexcept { return store_->items[index]; }
 
+    /// The items in their order; null where there never was one.
     const T* begin() const noexcept { return store_ ? store_->items : nullptr; }
     const T* end() const noexcept { return begin() + size(); }
 
+    /// Lets go of all items, and changes places with another sequence.
     void clear() noexcept { store_.reset(); }
     void swap(LightweightVector& other) noexcept { store_.swap(other.store_); }
 
@@ -55,6 +58,7 @@ private:
 
 extern template class LightweightVector<Cookie>;
 
+/// A sequence of cookies.
 using CookieVec = LightweightVector<Cookie>;
 
 /// A copy of one cookie, as it stands in a set.
@@ -62,8 +66,10 @@ class VEKDB_PUBLIC CookieSetRec final : public ArrayRec {
 public:
     explicit CookieSetRec(const Cookie& cookie) : cookie_(cookie) {}
 
+    /// Lives as long as this record.
     const Cookie& cookie() const noexcept { return cookie_; }
 
+    /// By the cookies' own order, and their text.
     int compare(const ArrayRec& other) const override;
     void printOn(GrowString& out) const override;
 
@@ -103,6 +109,7 @@ public:
     bool add(const Cookie& cookie);
     bool contains(const Cookie& cookie) const { return rep_ && rep_->contains(cookie); }
 
+    /// How many cookies there are, and whether there is none.
     unsigned size() const noexcept { return rep_ ? rep_->size() : 0; }
     bool empty() const noexcept { return size() == 0; }
 

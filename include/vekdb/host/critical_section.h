@@ -32,6 +32,7 @@ private:
 /// Holds a lock for the life of a scope.
 class VEKDB_PUBLIC CriticalSectionHold {
 public:
+    /// Enters, and leaves with the scope. The lock must outlive it.
     explicit CriticalSectionHold(CriticalSection& section) : section_(section) { section_.enter(); }
     CriticalSectionHold(const CriticalSectionHold&) = delete;
     CriticalSectionHold& operator=(const CriticalSectionHold&) = delete;

@@ -20,6 +20,7 @@ public:
     /// Lives from its first use until the process ends.
     static NotifyMsgTypeDictionary& instance();
 
+    /// The number of a name, given out when it is first asked for.
     int intern(const LightweightString<char>& name);
 
     /// The name with this number; the null string for a number not given out.
@@ -54,6 +55,7 @@ public:
         return *this;
     }
 
+    /// What it says, and the object that it shares.
     const LightweightString<char>& text() const {
         if (rows_ != nullptr && text_.empty()) {
             text_ = rows_->text();
@@ -77,6 +79,7 @@ private:
 ///     for (NotifyMsgTokenIterator token(msg); token; ++token) use(*token);
 class VEKDB_PUBLIC NotifyMsgTokenIterator {
 public:
+    /// Stands on the first token.
     explicit NotifyMsgTokenIterator(const NotifyMsg& message);
 
     /// Whether it stands on a token.

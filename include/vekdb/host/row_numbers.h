@@ -15,10 +15,12 @@ public:
 
     /// Makes room for this many numbers in all. Throws BadAlloc and stays as it was.
     void reserve(std::size_t room);
+    /// Appends one. Throws BadAlloc and stays as it was.
     void append(int row);
     /// Appends n numbers from `first` up, all or none.
     void appendRun(int first, int n);
 
+    /// How many there are, and each, which must be below that.
     std::size_t size() const noexcept { return size_; }
     int operator[](std::size_t i) const noexcept { return rows_[i]; }
 

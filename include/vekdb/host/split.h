@@ -7,6 +7,7 @@
 
 namespace Quor {
 
+/// May be added up.
 enum SplitFlags : unsigned {
     splitDropsEmpty = 1,        ///< inner pieces of no characters are left out
     splitKeepsQuotedWhole = 2,  ///< a separator between double quotes does not split

@@ -30,6 +30,7 @@ public:
     Criterion() = default;
     explicit Criterion(const LightweightString<char>& text, eMatchMethod method = eMatchContains);
 
+    /// The term as it was given, and how it is compared.
     const LightweightString<char>& text() const { return text_; }
     eMatchMethod method() const { return method_; }
 
@@ -68,6 +69,7 @@ public:
     Criteria() = default;
     Criteria(const Criterion& criterion) { add(criterion); }
 
+    /// One more that must be satisfied, too.
     void add(const Criterion& criterion);
 
     /// Whether every text satisfies them: there is none, or none but empty ones.

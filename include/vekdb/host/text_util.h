@@ -9,18 +9,22 @@
 // process, so that a file means the same on every machine: only the 7-bit
 // characters have a class or a case, and numbers have a decimal point.
 
+/// A blank, tab, vertical tab, form feed or line end.
 constexpr bool isAsciiSpace(char c) noexcept {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
+/// Below the blank, or the one above all others.
 constexpr bool isAsciiControl(char c) noexcept {
     return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
 }
 
+/// 0 to 9.
 constexpr bool isAsciiDigit(char c) noexcept {
     return c >= '0' && c <= '9';
 }
 
+/// A small letter for one of A to Z; any other character as it is.
 template <class C>
 constexpr C asciiLower(C c) noexcept {
     return c >= C('A') && c <= C('Z') ? static_cast<C>(c + ('a' - 'A')) : c;
@@ -38,6 +42,7 @@ VEKDB_PUBLIC bool BoolFromString(const LightweightString<char>& text, bool& valu
 VEKDB_PUBLIC unsigned UIntFromString(const LightweightString<char>& text, unsigned otherwise);
 VEKDB_PUBLIC unsigned parseUInt(std::string_view text, unsigned otherwise) noexcept;
 
+/// Decimal digits, with a minus in front of a negative number.
 VEKDB_PUBLIC LightweightString<char> StringFromInteger(int number);
 
 /// The text that printf's "%.8lf" gives in the "C" locale.

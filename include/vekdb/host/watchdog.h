@@ -6,6 +6,7 @@
 /// is owned by the application and must outlive its time in place.
 class VEKDB_PUBLIC iWatchdog {
 public:
+    /// A long operation begins, and ends; from whichever thread it runs on.
     virtual void beginLifeSupport() noexcept = 0;
     virtual void endLifeSupport() noexcept = 0;
 
@@ -19,6 +20,7 @@ protected:
 /// LifeSupport rather than the two calls.
 class VEKDB_PUBLIC SystemWatchdog {
 public:
+    /// Tells the watchdog that is in place, where there is one.
     static void beginLifeSupport() noexcept;
     static void endLifeSupport() noexcept;
 

@@ -10,6 +10,7 @@
 template <class T>
 class VEKDB_PUBLIC WrappedData final : public iObject {
 public:
+    /// Takes the value over.
     explicit WrappedData(T data) : data_(std::move(data)) {}
 
     /// Lives as long as this object.
