@@ -13,7 +13,7 @@ const milliseconds = (ns) => thousands(rounded(ns / 1e6));
 const megabytes = (bytes) => thousands(Math.round(bytes / 1e6));
 const times = (value) => `${value >= 10 ? value.toFixed(0) : value.toFixed(1)}x`;
 const met = (yes) => (yes ? 'yes' : '**no**');
-const isOwn = ({ id }) => id === 'vekdb' || id === 'vek';
+const isOwn = ({ id }) => id.startsWith('vek');
 
 const resultsOf = (found, id, rows) =>
     found.find(({ work, rows: at }) => work.id === id && at === rows)?.results ?? [];
@@ -27,6 +27,9 @@ function peersOf(found, work, rows) {
 const fastest = (results) =>
     results.reduce((best, each) => (!best || each.ns < best.ns ? each : best), undefined);
 
+const titleOf = (found, id) =>
+    `"${found.find(({ work }) => work.id === id).work.title}"`;
+
 function aim(found, work, rows, wanted) {
     const mine = own(resultsOf(found, work.id, rows));
     if (wanted.floor) {
@@ -34,12 +37,32 @@ function aim(found, work, rows, wanted) {
         return mine && floor && { text: `at most ${wanted.floor}x the bytes' time`,
             is: times(mine.ns / floor.ns), met: mine.ns <= wanted.floor * floor.ns };
     }
+    if (wanted.of) {
+        const other = own(resultsOf(found, wanted.of.id, rows));
+        const text = `at most ${wanted.of.times}x ${titleOf(found, wanted.of.id)}`;
+        return mine && other && { text,
+            is: times(mine.ns / other.ns), met: mine.ns <= wanted.of.times * other.ns };
+    }
     const peers = peersOf(found, work, rows);
     const peer = wanted.than ? peers.find(({ id }) => id === wanted.than) : fastest(peers);
     const text = wanted.times === 1 ? 'not slower' : `${wanted.times}x faster`;
     return mine && peer && { text: `${text} than ${wanted.than ? peer.title : 'the fastest peer'}`,
         is: `${times(peer.ns / mine.ns)} (${peer.title})`,
         met: peer.ns >= wanted.times * mine.ns };
+}
+
+// On a busy machine what the processor was busy for tells more than the clock.
+function roadsTable(found, rows) {
+    const here = found.filter(({ work, rows: at }) => work.road && at === rows);
+    const columns = columnsOf(here);
+    const cell = (result) => `${milliseconds(result.ns)} (${milliseconds(result.cpu)})`;
+    return `Whole processes from file to file, medians in milliseconds, and in brackets the ` +
+        `processor's, ${thousands(rows)} rows:\n\n` + table(
+        ['road', ...columns.map(([, title]) => title.replace(' (whole process)', ''))],
+        here.map(({ work, results }) => [work.title, ...columns.map(([id]) => {
+            const result = inColumn(results, id);
+            return result ? cell(result) : '';
+        })]));
 }
 
 function columnsOf(found) {
@@ -56,7 +79,10 @@ const inColumn = (results, column) =>
     results.find((result) => (isOwn(result) ? 'vekdb' : result.id) === column);
 
 function timesAt(found, rows) {
-    const here = found.filter(({ rows: at }) => at === rows);
+    const here = found.filter(({ work, rows: at }) => !work.road && at === rows);
+    if (here.length === 0) {
+        return '';
+    }
     const columns = columnsOf(here);
     return `Medians in milliseconds, ${thousands(rows)} rows:\n\n` + table(
         ['work', ...columns.map(([, title]) => title)],
@@ -135,7 +161,7 @@ function ladderTable(climbs) {
 function peersText(found) {
     const seen = new Map();
     found.flatMap(({ results }) => results).forEach((result) => seen.set(result.id, result));
-    return [...seen.values()].filter((result) => result.id !== 'vek').map((result) =>
+    return [...seen.values()].filter(({ id }) => id !== 'vek' && !id.endsWith('-road')).map((result) =>
         `- ${result.title}${isOwn(result) ? '' : ` ${result.version}`}: ` +
         `${result.threads} thread${result.threads > 1 ? 's' : ''}`).join('\n');
 }
@@ -149,13 +175,16 @@ function tables({ machine, rounds, sizes, found, climbs, absences }) {
     if (found.length > 0) {
         parts.push(peersText(found), aimsTable(found), ...rows.slice().reverse()
             .map((size) => timesAt(found, size)));
+        if (found.some(({ work }) => work.road)) {
+            parts.push(...rows.slice().reverse().map((size) => roadsTable(found, size)));
+        }
         parts.push(...(rows.length > 1 ? [growthTable(found, rows)] : []));
         parts.push(...(resultsOf(found, 'load', rows.at(-1)).length > 0 ?
             [memoryTable(found, sizes)] : []));
     }
     parts.push(...(climbs.length > 0 ? [ladderTable(climbs)] : []));
     parts.push(...absences.map((text) => `Left out: ${text}.`));
-    return parts.join('\n\n');
+    return parts.filter((part) => part !== '').join('\n\n');
 }
 
 function instructions(lines) {
