@@ -9,6 +9,7 @@ namespace vek::formats {
 namespace {
 
 constexpr std::size_t windowSize = 1 << 18;
+constexpr unsigned mostJumps = 64;
 
 }  // namespace
 
@@ -25,15 +26,25 @@ void RowPlaces::endAt(std::uint64_t size) {
 }
 
 std::string_view SourceReader::read(Range range) {
-    if (range.begin < got_.begin || range.end > got_.end) {
-        const std::uint64_t end =
-            std::max(range.end, std::min<std::uint64_t>(range.begin + windowSize, input_.size()));
-        window_.resize(static_cast<std::size_t>(end - range.begin));
-        got_ = {};
-        input_.readAgain(range.begin, window_.data(), window_.size());
-        got_ = {range.begin, end};
-    }
+    if (range.begin < got_.begin || range.end > got_.end) get(windowOf(range));
     return {window_.data() + (range.begin - got_.begin), range.size()};
+}
+
+// Who goes back and forth gets the whole file at last: a window for each piece would read it over
+// and over again.
+Range SourceReader::windowOf(Range range) {
+    const bool isJump = range.begin < got_.begin || range.begin > got_.end + windowSize;
+    jumps_ += isJump ? 1 : 0;
+    const std::uint64_t size = input_.size();
+    if (jumps_ >= mostJumps) return {0, std::max(range.end, size)};
+    return {range.begin, std::max(range.end, std::min(range.begin + windowSize, size))};
+}
+
+void SourceReader::get(Range window) {
+    window_.resize(window.size());
+    got_ = {};
+    input_.readAgain(window.begin, window_.data(), window_.size());
+    got_ = window;
 }
 
 }  // namespace vek::formats

@@ -86,7 +86,8 @@ struct Source {
     }
 };
 
-/// Reads pieces of a source again, those near each other with few calls. A Failure where the file
+/// Reads pieces of a source again, those near each other with few calls; where they stand in no
+/// order, the whole source is held after a while. A Failure where the file
 /// is no longer as long as it was.
 class SourceReader {
 public:
@@ -95,9 +96,13 @@ public:
     std::string_view read(Range range);
 
 private:
+    Range windowOf(Range range);
+    void get(Range window);
+
     const Input& input_;
     std::vector<char> window_;
     Range got_;
+    unsigned jumps_ = 0;
 };
 
 }  // namespace vek::formats

@@ -112,17 +112,16 @@ public:
     bool reads(std::string_view piece, unsigned row) override {
         const Log& log = saving_.log;
         piece.remove_suffix(endOfLine(piece).size());
-        TextFile file;
-        file.appendLine(piece);
-        dbrecord values(0);
-        values.read(file);
-        const unsigned count = std::max<unsigned>(values.get_num_fields(), log.columnCount());
+        takeValues(piece);
+        cells_.resize(std::max<std::size_t>(values_.size(), log.columnCount()));
+        values_.resize(cells_.size());
+        log.cells(row, cells_);
         std::vector<ExactCell> exact;
-        for (unsigned i = 0; i < count; ++i) {
-            const std::string_view cell = log.cell(row, i);
-            if (values.fieldView(i) == cell) continue;
-            if (values.fieldView(i) != afterTableFile(cell)) return false;
-            exact.push_back({row, i, std::string(cell)});
+        for (unsigned i = 0; i < cells_.size(); ++i) {
+            if (values_[i] == cells_[i]) continue;
+            if (tableFileLoss(cells_[i]) == TableLoss::none) return false;
+            if (values_[i] != afterTableFile(cells_[i])) return false;
+            exact.push_back({row, i, std::string(cells_[i])});
         }
         isLooked_[row] = 1;
         exact_.insert(exact_.end(), exact.begin(), exact.end());
@@ -149,6 +148,16 @@ public:
     }
 
 private:
+    // As a reader of the file finds them.
+    void takeValues(std::string_view line) {
+        if (takePlainValues(line, values_)) return;
+        TextFile file;
+        file.appendLine(line);
+        read_.read(file);
+        values_.resize(read_.get_num_fields());
+        read_.fieldViews(values_.data(), read_.get_num_fields());
+    }
+
     // The notes name rows by where they will stand.
     void noteExact() {
         const Log& log = saving_.log;
@@ -195,6 +204,9 @@ private:
     unsigned placeOf(unsigned row) const { return places_[row]; }
 
     Saving saving_;
+    dbrecord read_{0};
+    std::vector<std::string_view> values_;  // of a line of the file
+    std::vector<std::string_view> cells_;   // of its row
     TextFile lines_;
     std::vector<ExactCell> changed_;  // by the rows that are written
     std::vector<ExactCell> exact_;    // of pieces that read as their row with a note

@@ -12,6 +12,10 @@ namespace vek::formats {
 /// The file is read again, piece by piece.
 std::vector<Problem> problemsOfTableText(Input& input, const Log& log);
 
+/// Takes the values of a line that is read as it stands: each of them between quotes and nothing in
+/// them that means something. False for any other line.
+bool takePlainValues(std::string_view line, std::vector<std::string_view>& values);
+
 /// The values of a line as they stand between their quotes, blanks kept.
 std::vector<std::string_view> rawValues(std::string_view line);
 

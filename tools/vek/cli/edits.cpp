@@ -1,5 +1,7 @@
 #include "tools/vek/cli/edits.h"
 
+#include <vekdb/row_copies.h>
+
 #include "tools/vek/cli/grid.h"
 
 namespace vek {
@@ -21,9 +23,16 @@ void printEdits(const Log& log, const std::vector<Edit>& edits, const Args& args
     out.close();
 }
 
+// The cells of a row are stored together, so that none gets memory of its own.
 void makeEdits(Log& log, const std::vector<Edit>& edits) {
-    for (const Edit& edit : edits) {
-        log.table->get_record(edit.row)->setField(edit.column, cellText(edit.after));
+    RowCopies copies(*log.table);
+    std::vector<std::string_view> cells(log.columnCount());
+    for (std::size_t i = 0; i < edits.size();) {
+        const unsigned row = edits[i].row;
+        log.cells(row, cells);
+        for (; i < edits.size() && edits[i].row == row; ++i)
+            cells[edits[i].column] = edits[i].after;
+        copies.replace(row, cells.data(), cells.size());
     }
 }
 
