@@ -1,0 +1,65 @@
+#include <fstream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "formats/reading/input.h"
+#include "formats/reading/source.h"
+
+using namespace vek::formats;
+
+namespace {
+
+constexpr std::size_t pieceSize = 100;
+constexpr std::size_t pieces = 30000;
+
+std::string pieceNumbered(std::size_t i) {
+    std::string piece = std::to_string(i);
+    piece.resize(pieceSize, '.');
+    return piece;
+}
+
+std::string allPieces() {
+    std::string text;
+    for (std::size_t i = 0; i < pieces; ++i) text += pieceNumbered(i);
+    return text;
+}
+
+bool holds(SourceReader& reader, std::size_t piece) {
+    const std::uint64_t begin = piece * pieceSize;
+    return reader.read({begin, begin + pieceSize}) == pieceNumbered(piece);
+}
+
+// By all calls of this process.
+std::size_t bytesReadSoFar() {
+    std::ifstream counts("/proc/self/io");
+    std::string name;
+    std::size_t bytes = 0;
+    counts >> name >> bytes;
+    return bytes;
+}
+
+class SourceReaderTest : public ::testing::Test {
+protected:
+    void SetUp() override { input_.keep(); }
+
+    const std::string text_ = allPieces();
+    Input input_{"log.csv", text_, {}};
+};
+
+}  // namespace
+
+TEST_F(SourceReaderTest, GivesThePiecesInTheirOrderAndInAnyOther) {
+    SourceReader reader(input_);
+    for (std::size_t i = 0; i < pieces; ++i) ASSERT_TRUE(holds(reader, i)) << i;
+    for (std::size_t i = pieces; i-- > 0;) ASSERT_TRUE(holds(reader, i)) << i;
+    for (std::size_t i = 0; i < pieces; ++i) ASSERT_TRUE(holds(reader, i * 7919 % pieces)) << i;
+}
+
+TEST_F(SourceReaderTest, DoesNotReadTheSourceOverAndOverForPiecesInNoOrder) {
+    const std::size_t before = bytesReadSoFar();
+    ASSERT_NE(before, 0u);
+    SourceReader reader(input_);
+    for (std::size_t i = pieces; i-- > 0;) ASSERT_TRUE(holds(reader, i)) << i;
+    EXPECT_LT(bytesReadSoFar() - before, 10 * text_.size());
+}
