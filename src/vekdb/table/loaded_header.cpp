@@ -37,11 +37,9 @@ void LoadedHeader::guessType(unsigned column, bool holdsTimecodes) {
         return;
     }
     table_.set_fieldtype(column, DBFieldTypes::timecode);
-    parts_.timecodeColumns.push_back(static_cast<int>(column));
 }
 
 void LoadedHeader::endTypes() {
-    parts_.timecodeColumns.push_back(-1);
     parts_.valid = true;
 }
 

@@ -122,7 +122,6 @@ void vekdb::free() {
     table.cookieRows.clear();
     table.query.reset();
     table.sort.reset();
-    table.timecodeColumns.clear();
     init();
 }
 

@@ -28,7 +28,6 @@ struct TableParts {
     CookieRows cookieRows;
     // The longest values of all columns, while a header that asks for each is being written.
     const std::vector<unsigned>* knownSizes = nullptr;
-    std::vector<int> timecodeColumns;  // found by name in a file without types, -1 at the end
     dberror error = {};
     bool errorSet = false;
     bool modified = false;

@@ -4,6 +4,7 @@
 
 #include <vekdb/host/exceptions.h>
 #include <vekdb/table.h>
+#include "testing/failing_allocator.h"
 #include "testing/tables.h"
 #include "vekdb/rows/rows.h"
 
@@ -78,6 +79,19 @@ TEST_F(Lettered, InsertingPastTheEndAppends) {
     table.insert_records(100, 1);
     table.insert_records(none, 1);
     EXPECT_EQ("abcdefgh---", names());
+}
+
+// What was made before memory ended has its place for the next row.
+TEST_F(Lettered, InsertingThatFailsKeepsNoPlacesOfRows) {
+    using testing_support::FailingAllocator;
+    for (int i = 0; i < 3; ++i) {
+        const FailingAllocator failing(i == 0 ? 3 : 2, FailingAllocator::Failing::fromThereOn);
+        EXPECT_THROW(table.insert_records(2, 20000), Quor::Exception::BadAlloc);
+    }
+    const testing_support::CountingAllocator counting;
+    table.insert_records(0, 1);
+    EXPECT_LE(counting.allocations(), 1);
+    EXPECT_EQ("-abcdefgh", names());
 }
 
 TEST_F(Lettered, InsertingNoneDoesNothing) {
