@@ -76,6 +76,10 @@ void readFcpxmlText(Input& input, const Wanted&, Log& log) {
     readFcpxml(anyTextOf(input, log), log);
 }
 
+void readWorkbook(Input& input, const Wanted&, Log& log) {
+    readXlsx(input, log);
+}
+
 void writeTableFile(const Sheet& sheet, const WriteStyle&, Output& out, Losses& losses) {
     writeTable(sheet, out, losses);
 }
@@ -98,6 +102,10 @@ void writeHtmlText(const Sheet& sheet, const WriteStyle&, Output& out, Losses& l
     writeHtml(sheet, out, losses);
 }
 
+void writeWorkbook(const Sheet& sheet, const WriteStyle&, Output& out, Losses& losses) {
+    writeXlsx(sheet, out, losses);
+}
+
 struct FormatEntry {
     Format format;
     const char* name;
@@ -117,6 +125,7 @@ constexpr FormatEntry formats[] = {
     {Format::edl, "edl", "|.edl|", readEdlText, writeEdl},
     {Format::otio, "otio", "|.otio|", readOtioText, writeOtio},
     {Format::fcpxml, "fcpxml", "|.fcpxml|", readFcpxmlText, nullptr},
+    {Format::xlsx, "xlsx", "|.xlsx|", readWorkbook, writeWorkbook},
     {Format::markdown, "markdown", "|.md|", nullptr, writeMarkdownText},
     {Format::html, "html", "|.html|.htm|", nullptr, writeHtmlText},
 };
@@ -201,7 +210,8 @@ bool isUnderWrongEnding(Format format, std::string_view line, std::string_view h
     if (format == Format::json || format == Format::jsonl) {
         return !line.starts_with('{') && !line.starts_with('[') && isDelimited(head);
     }
-    return (format == Format::ale || format == Format::edl) && isDelimited(head);
+    const bool isOther = format == Format::ale || format == Format::edl || format == Format::xlsx;
+    return isOther && isDelimited(head);
 }
 
 }  // namespace
@@ -240,8 +250,14 @@ Format targetOfPath(const std::string& path, const Terms& terms) {
                    concat(endingsToWrite(), ", or the format ", terms.format), ""}};
 }
 
+bool isWorkbook(std::string_view head) {
+    return head.starts_with("PK\x03\x04") || head.starts_with("PK\x05\x06") ||
+           head.starts_with("\xD0\xCF\x11\xE0");
+}
+
 // The content decides where it is plain; then the name's ending does.
 Format recognised(const std::string& path, std::string_view head) {
+    if (isWorkbook(head)) return Format::xlsx;
     if (head.starts_with(byteOrderMark)) head.remove_prefix(byteOrderMark.size());
     std::string_view line = firstFilledLine(head);
     std::string_view start = line.starts_with('"') ? line.substr(1) : line;

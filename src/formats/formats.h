@@ -37,6 +37,10 @@ bool hasTargetEnding(const std::string& path);
 /// What a text is taken for that begins so, in a file of that name.
 Format recognised(const std::string& path, std::string_view head);
 
+/// Whether the bytes are those of a workbook or of what people take for one, an old one or one
+/// of another program; no text begins so.
+bool isWorkbook(std::string_view head);
+
 /// Fills the log with what the reader of the format finds. Rows of which a wanted condition does
 /// not hold may be left out.
 void readAs(Format format, Input& input, const std::vector<std::string>& wanted, Log& log);

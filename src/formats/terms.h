@@ -10,6 +10,7 @@ struct Terms {
     const char* maxCells = "maxCells";
     const char* maxOutput = "maxBytes";
     const char* encoding = "encoding";
+    const char* sheet = "sheet";
     const char* format = "named";   ///< "the endings of these formats, or the format ..."
     const char* saving = "saveAs";  ///< "write a copy with ..."
     const char* at = "at";          ///< a condition on the ranges of rows

@@ -19,6 +19,7 @@ int run(const Args& args) {
     Held held = holdInput({args.text("IN")}, args.text("OUT"));
     Log log = readLog(args, "IN");
     Printout out(args.text("OUT"), held);
+    requireFile(target, out);
     Losses losses;
     writeSheet(wholeSheet(log), target, styleFrom(args, target), out, losses);
     out.close();

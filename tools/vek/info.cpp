@@ -56,6 +56,7 @@ void printFact(const std::string& name, const std::string& value, Printout& out)
 // How the bytes are written, where that is not the usual way.
 void printForm(const Log& log, Printout& out) {
     const TextForm& form = log.form;
+    if (!log.sheet.empty()) printFact("Sheet", log.sheet, out);
     if (form.isPacked) printFact("Packed", "gzip", out);
     if (!form.encoding.empty()) printFact("Encoding", form.encoding, out);
     if (log.beganWithMark) printFact("Mark", "in front", out);
@@ -136,6 +137,7 @@ void printJson(const Log& log, Printout& out) {
     json.numberOrNothing("revision", log.format == Format::table
                                          ? static_cast<std::size_t>(log.table->get_revision())
                                          : 0);
+    json.textOrNothing("sheet", log.sheet);
     addForm(log.form, json);
     json.number("rows", log.rowCount());
     json.number("tagged", view->get_num_tags());

@@ -121,6 +121,7 @@ int run(const Args& args) {
         merger.add(from);
     }
     Printout out(args.text("output"), held);
+    requireFile(target, out);
     Losses losses;
     writeSheet(wholeSheet(into), target, styleFrom(args, target), out, losses);
     out.close();

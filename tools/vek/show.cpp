@@ -116,6 +116,7 @@ Format wantedTarget(const Args& args) {
 
 void printAs(Format target, const Sheet& sheet, const Args& args, Printout& out) {
     WriteStyle style = styleFrom(args, target);
+    requireFile(target, out);
     Losses losses;
     writeSheet(sheet, target, style, out, losses);
     out.close();

@@ -17,6 +17,7 @@ enum class Format {
     edl,       ///< edit lists of CMX 3600 form
     otio,      ///< OpenTimelineIO timelines
     fcpxml,    ///< FCPXML timelines; only read
+    xlsx,      ///< Excel workbooks; one sheet is read
     markdown,  ///< only written
     html,      ///< only written
 };

@@ -37,6 +37,9 @@ struct OpenOptions {
     char delimiter = '\0';
     std::size_t skippedLines = 0;
     bool hasNoHeading = false;
+    /// The sheet of a workbook, by its name or its number from 1 on; "" is the first that is not
+    /// hidden.
+    std::string sheet = {};
 };
 
 /// A parameter of a log: an entry of its heading.

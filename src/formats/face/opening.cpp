@@ -28,7 +28,7 @@ formats::Opening openingOf(const OpenOptions& options) {
     formats::Opening opening;
     opening.format = options.format;
     opening.wishes = {options.encoding, options.delimiter, options.skippedLines,
-                      options.hasNoHeading};
+                      options.hasNoHeading, options.sheet};
     if (options.maxBytes != 0) opening.limits.bytes = options.maxBytes;
     opening.limits.cells = options.maxCells;
     return opening;

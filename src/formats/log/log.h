@@ -53,6 +53,7 @@ struct Log {
     TextForm form = {};              ///< so are those
     Opening opening = {};            ///< as it was asked for
     std::size_t bytesRead = 0;       ///< of the file
+    std::string sheet;               ///< the one that was read of a workbook
     Held held;                       ///< of a log that is to be changed in place
     std::shared_ptr<Source> source;  ///< of the same
 

@@ -3,7 +3,6 @@
 #include <zlib.h>
 
 #include <algorithm>
-#include <limits>
 
 #include "formats/failure.h"
 
@@ -22,20 +21,13 @@ Bytef* bytes(const char* at) {
     return reinterpret_cast<Bytef*>(const_cast<char*>(at));  // zlib changes nothing of it
 }
 
-std::size_t mostOf(std::size_t packed, const Limits& limits) {
-    constexpr std::size_t ofAnyText = std::size_t{64} << 20;
-    constexpr std::size_t ofEachByte = 200;
-    if (limits.bytes != Limits().bytes) return limits.bytes;
-    return std::min(limits.bytes, ofAnyText + ofEachByte * packed);
-}
-
 class Unpacking {
 public:
     Unpacking(std::string_view text, const std::string& name, const Opening& opening)
         : text_(text),
           name_(name),
           terms_(*opening.terms),
-          most_(mostOf(text.size(), opening.limits)) {
+          most_(mostUnpacked(text.size(), opening.limits)) {
         isOpen_ = ::inflateInit2(&stream_, withGzip) == Z_OK;
     }
     ~Unpacking() {

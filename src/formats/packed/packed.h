@@ -13,8 +13,8 @@ namespace vek::formats {
 
 bool isPacked(std::string_view head);
 
-/// What was packed. A Failure with `unreadable` for what was not packed whole, and for more bytes
-/// than there may be or, where nobody said how many, 200 times the packed bytes and 64 MB.
+/// What was packed. A Failure with `unreadable` for what was not packed whole, and for more than
+/// mostUnpacked of its bytes.
 Quor::Ptr<TextBlock> unpacked(std::string_view text, const std::string& name,
                               const Opening& opening);
 std::string packed(std::string_view text);

@@ -59,6 +59,7 @@ void decode(Input& input, Log& log) {
         log.form.isPacked = true;
         input.become(unpacked(input.text(), log.name, log.opening));
     }
+    if (isWorkbook(input.head())) return;
     const std::string encoding = encodingOf(input, log.opening);
     if (!encoding.empty()) convert(input, encoding, log);
 }

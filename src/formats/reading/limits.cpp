@@ -1,5 +1,7 @@
 #include "formats/reading/limits.h"
 
+#include <algorithm>
+
 #include "formats/failure.h"
 
 namespace vek::formats {
@@ -33,6 +35,13 @@ void requireBytes(const std::string& name, std::size_t bytes, const Limits& limi
                   name,
                   {0, "", concat("more than ", std::to_string(limits.bytes), " bytes"), "no more",
                    concat(terms.maxBytes, " allows more")}};
+}
+
+std::size_t mostUnpacked(std::size_t packed, const Limits& limits) {
+    constexpr std::size_t ofAnyText = std::size_t{64} << 20;
+    constexpr std::size_t ofEachByte = 200;
+    if (limits.bytes != Limits().bytes) return limits.bytes;
+    return std::min(limits.bytes, ofAnyText + ofEachByte * packed);
 }
 
 void requireOutput(const std::string& name, std::size_t bytes, const OutputLimit& limit,

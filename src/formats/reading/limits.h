@@ -16,6 +16,9 @@ struct Limits {
 /// A Failure when an input is larger than it may be.
 void requireBytes(const std::string& name, std::size_t bytes, const Limits& limits,
                   const Terms& terms);
+/// How many bytes may come of what is packed: as many as there may be or, where nobody said how
+/// many, 200 times the packed bytes and 64 MB.
+std::size_t mostUnpacked(std::size_t packed, const Limits& limits);
 /// A Failure when rows times columns are more than may be made of an input of so many bytes.
 void requireCells(const std::string& name, std::size_t rows, std::size_t columns, std::size_t bytes,
                   const Limits& limits, const Terms& terms);

@@ -25,5 +25,6 @@ void readEdl(std::string_view text, Log& log);
 void readJson(Text text, Log& log);
 void readOtio(Text text, Log& log);
 void readFcpxml(Text text, Log& log);
+void readXlsx(Input& input, Log& log);
 
 }  // namespace vek::formats

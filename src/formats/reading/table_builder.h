@@ -30,6 +30,7 @@ public:
     void endHeading(const char* at);
     /// Those of the heading, and as many more as the rows so far have values for.
     std::size_t columnCount() const;
+    std::size_t declaredCount() const { return columns_.size(); }
 
     /// The cells of a row of the text may use its room; of others there is none. The last cells
     /// can be left out.

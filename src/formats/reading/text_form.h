@@ -21,6 +21,7 @@ struct ReadingWishes {
     char delimiter = '\0';
     std::size_t skippedLines = 0;
     bool hasNoHeading = false;
+    std::string sheet = {};  ///< of a workbook, by its name or number
 };
 
 /// Whether cells can be separated by the character.

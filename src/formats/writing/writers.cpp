@@ -27,6 +27,13 @@ Format targetOf(const Log& log) {
                                  ": a timeline is not changed in place; make a table file of it "
                                  "with ",
                                  log.opening.terms->saving, ", and a timeline again")};
+        case Format::xlsx:
+            throw Failure{wrongUsage,
+                          concat(log.name,
+                                 ": a workbook is not changed in place, its other sheets, formulas "
+                                 "and layout would be lost; make a table file or another workbook "
+                                 "of it with ",
+                                 log.opening.terms->saving)};
         default:
             break;
     }

@@ -15,6 +15,7 @@ constexpr Terms terms = {
     .maxCells = "--max-cells",
     .maxOutput = "--max-output",
     .encoding = "--encoding",
+    .sheet = "--sheet",
     .format = "with --to",
     .saving = "vek convert",
     .at = "--at",
@@ -74,6 +75,7 @@ Opening openingFrom(const Args& args) {
     opening.wishes.encoding = args.text("encoding");
     opening.wishes.skippedLines = args.number("skip-lines", 0);
     opening.wishes.hasNoHeading = args.has("no-header");
+    opening.wishes.sheet = args.text("sheet");
     opening.limits.bytes = args.number("max-bytes", opening.limits.bytes);
     opening.limits.cells = args.number("max-cells", opening.limits.cells);
     opening.terms = &terms;
@@ -149,8 +151,10 @@ std::vector<Option> limitOptions() {
          "how texts are encoded: utf-8, utf-16, windows-1252, macroman or what iconv knows; found "
          "out as a rule",
          false, "", "utf-8|utf-16|utf-16le|utf-16be|windows-1252|macroman"},
-        {"--skip-lines", "N", "lines of CSV and TSV in front of the heading"},
-        {"--no-header", "", "CSV and TSV have no heading; columns are called Column 1, 2, ..."},
+        {"--skip-lines", "N", "lines of CSV and TSV, rows of a sheet in front of the heading"},
+        {"--no-header", "",
+         "CSV, TSV and sheets have no heading; columns are called Column 1, 2, ..."},
+        {"--sheet", "SHEET", "the sheet of a workbook, by name or number; the first as a rule"},
     };
 }
 

@@ -10,8 +10,11 @@ WriteStyle styleFrom(const Args& args, Format target) {
     style.rate = wantedRate(args);
     style.shortReels = args.has("short-reels");
     style.guardsFormulas = args.has("guard-formulas");
-    if (style.guardsFormulas && target != Format::csv && target != Format::tsv) {
-        throw Failure{wrongUsage, std::string("--guard-formulas is for csv and tsv, not ") +
+    // The cells of a workbook are texts, whatever they begin with.
+    const bool knowsFormulas =
+        target == Format::csv || target == Format::tsv || target == Format::xlsx;
+    if (style.guardsFormulas && !knowsFormulas) {
+        throw Failure{wrongUsage, std::string("--guard-formulas is for csv, tsv and xlsx, not ") +
                                       formatName(target)};
     }
     style.ale = {args.text("video-format"), args.text("audio-format"), args.text("tracks"),
@@ -25,12 +28,17 @@ WriteStyle styleFrom(const Args& args, Format target) {
     return style;
 }
 
+void requireFile(Format target, const Printout& out) {
+    if (target != Format::xlsx || !out.isTerminal()) return;
+    throw Failure{wrongUsage, "a workbook is nothing for a terminal; name a file for it"};
+}
+
 std::vector<Option> styleOptions() {
     return {
         {"--crlf", "", "end lines of CSV, TSV, ALE and EDL with CR and LF"},
         {"--guard-formulas", "",
          "CSV and TSV for spreadsheets: an apostrophe in front of cells that begin with =, +, -, "
-         "@, a tab or CR, which would be read as formulas; says how many"},
+         "@, a tab or CR, which would be read as formulas; says how many; a workbook needs none"},
         {"--short-reels", "", "reels of an edit list in 8 characters, the whole name beside them"},
         fpsOption(),
         {"--video-format", "FORMAT", "the heading of an ALE says this: 1080, 720, PAL, ..."},

@@ -4,11 +4,14 @@
 
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/command.h"
+#include "tools/vek/cli/printout.h"
 
 namespace vek {
 
 /// The style that the command line asks for; a Failure where it does not go with the target.
 WriteStyle styleFrom(const Args& args, Format target);
+/// A Failure for a workbook that would go to a terminal.
+void requireFile(Format target, const Printout& out);
 /// Its options.
 std::vector<Option> styleOptions();
 
