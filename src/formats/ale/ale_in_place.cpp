@@ -2,6 +2,8 @@
 #include "formats/ale/ale_entries.h"
 #include "formats/ale/ale_form.h"
 #include "formats/ale/ale_lines.h"
+#include "formats/delimited/delimited_lines.h"
+#include "formats/delimited/delimiters.h"
 #include "formats/delimited/separated_in_place.h"
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
@@ -14,8 +16,15 @@ namespace {
 // else is replaced, and entries that are new stand behind the last one.
 class AleHeading {
 public:
-    AleHeading(const Saving& saving, const std::vector<std::string>& names)
-        : saving_(saving), names_(names), changed_(changedParameters(saving.log)) {}
+    AleHeading(const Saving& saving, const std::vector<std::string>& names, char separator)
+        : saving_(saving),
+          names_(names),
+          separator_(separator),
+          changed_(changedParameters(saving.log)) {
+        for (const Source::Parameter& one : changed_) {
+            if (sameText(one.name, "FIELD_DELIM")) requireDelimiter(one.value);
+        }
+    }
 
     std::string patched(std::string_view came) {
         LineWalk walk(came);
@@ -31,6 +40,16 @@ public:
 
 private:
     enum class Part { title, entries, columns, names, data, blank };
+
+    // The rows that do not change are left as they are.
+    void requireDelimiter(const std::string& value) const {
+        if (value.empty() || aleDelimiter(value).value_or('\t') == separator_) return;
+        throw Failure{wrongUsage,
+                      concat(saving_.log.name, ": FIELD_DELIM ", inQuotes(value),
+                             ", expected what separates the cells, which a change in place leaves "
+                             "as it is; ",
+                             saving_.log.opening.terms->saving, " makes a file with tabs")};
+    }
 
     // The filled lines follow one another as a reader takes them.
     Part nextPart(std::string_view line) {
@@ -63,6 +82,7 @@ private:
     }
 
     void addEntries(std::string_view line, std::string_view whole) {
+        if (isSeparated(line)) return addSeparatedEntry(line, whole);
         const std::vector<AleEntry> entries = aleEntries(line);
         std::string text;
         bool isChanged = false;
@@ -76,6 +96,28 @@ private:
         text_ += isChanged ? concat(text, endOfLine(whole)) : std::string(whole);
     }
 
+    // The mark that separates the cells may stand between a name and its value, too.
+    bool isSeparated(std::string_view line) const {
+        return separator_ != '\t' && line.find('\t') == line.npos &&
+               line.find(separator_) != line.npos;
+    }
+
+    void addSeparatedEntry(std::string_view line, std::string_view whole) {
+        const std::string_view name = line.substr(0, line.find(separator_));
+        const Source::Parameter* const now = changeOf(name);
+        text_ += now == nullptr
+                     ? std::string(whole)
+                     : concat(entryLine(std::string(name), now->value), endOfLine(whole));
+        isInMarks_ = true;
+    }
+
+    std::string entryLine(const std::string& name, const std::string& value) const {
+        std::string line = aleEntry(name, value, saving_.losses);
+        const bool isPlain = isInMarks_ && name.find(separator_) == name.npos;
+        if (isPlain) line[line.find('\t')] = separator_;
+        return line;
+    }
+
     const Source::Parameter* changeOf(std::string_view name) const {
         for (const Source::Parameter& one : changed_) {
             if (sameText(one.name, name)) return &one;
@@ -86,7 +128,7 @@ private:
     void addNewEntries() {
         for (const Source::Parameter& one : changed_) {
             if (wasThere(saving_.log, one.name) || isTableFilesOwn(one.name)) continue;
-            const std::string line = aleEntry(one.name, one.value, saving_.losses);
+            const std::string line = entryLine(one.name, one.value);
             // A reader would take it for the end of the heading.
             if (sameText(trimmed(line), "Column")) {
                 saving_.losses.add("heading entries that would begin the columns, left out",
@@ -100,15 +142,35 @@ private:
     std::string namesLine() const {
         AleForm form;
         form.names = names_;
-        std::string line = aleNames(form, saving_.losses);
+        std::string line = separator_ == '\t' ? aleNames(form, saving_.losses) : separatedNames();
         if (!trimmed(line).empty()) return line;
         throw Failure{unwritable, saving_.output +
                                       ": a log exchange file needs a column with a name, " +
                                       saving_.log.name + " has none"};
     }
 
+    // No quotes are read around names.
+    std::string separatedNames() const {
+        std::string line;
+        for (std::string name : names_) {
+            const std::string came = name;
+            for (char& c : name) {
+                if (c == separator_ || c == '\n' || c == '\r') c = ' ';
+            }
+            if (name != came) {
+                saving_.losses.add("column names whose separators and line ends become blanks",
+                                   inQuotes(came));
+            }
+            line += concat(name, std::string_view(&separator_, 1));
+        }
+        if (!line.empty()) line.pop_back();
+        return line;
+    }
+
     const Saving& saving_;
     const std::vector<std::string>& names_;
+    char separator_;
+    bool isInMarks_ = false;  // entries, as far as they were gone through
     std::vector<Source::Parameter> changed_;
     Part part_ = Part::title;
     bool isBegun_ = false;
@@ -120,7 +182,9 @@ private:
 class AleInPlace : public SeparatedInPlace {
 public:
     explicit AleInPlace(const Saving& saving)
-        : SeparatedInPlace(saving, '\t', DelimitedScanner::Quotes::ordinary) {}
+        : SeparatedInPlace(saving, separatorOf(saving.log),
+                           separatorOf(saving.log) == '\t' ? DelimitedScanner::Quotes::ordinary
+                                                           : DelimitedScanner::Quotes::respected) {}
 
     // A tab that closed the row closes it again.
     void add(std::string& text, unsigned row, std::string_view piece) override {
@@ -132,7 +196,10 @@ public:
             came = cells.size() - (isClosed ? 1 : 0);
         }
         const std::size_t count = length(row, came) + (isClosed ? 1 : 0);
-        addAleRow(text, rows(), row, count, saving().losses);
+        if (separator() == '\t')
+            addAleRow(text, rows(), row, count, saving().losses);
+        else
+            addSeparatedRow(text, row, count);
     }
 
     std::string heading(std::string_view came) override {
@@ -140,7 +207,23 @@ public:
             saving().hasNamesAsTheyCame() && changedParameters(saving().log).empty();
         if (isSame) return std::string(came);
         const std::vector<std::string> now = names();
-        return AleHeading(saving(), now).patched(came);
+        return AleHeading(saving(), now, separator()).patched(came);
+    }
+
+private:
+    static char separatorOf(const Log& log) {
+        return log.form.delimiter == '\0' ? '\t' : log.form.delimiter;
+    }
+
+    // Readers pass over a blank line; with a separator behind it, it is a row of one blank cell.
+    void addSeparatedRow(std::string& text, unsigned row, std::size_t count) {
+        const std::size_t begin = text.size();
+        addDelimitedRow(text, rows(), row, count, separator(), saving().losses);
+        if (count > 1 || rows().columns.empty()) return;
+        const std::string_view cell = rows().cell(row, 0);
+        if (!trimmed(cell).empty()) return;
+        if (cell.empty()) text.resize(begin);
+        text += separator();
     }
 };
 

@@ -232,15 +232,6 @@ PatchedText patched(const Saving& saving, const std::vector<unsigned>& rows) {
     return isJson ? jsonInPlace(saving, rows) : LinesInPlace(saving, rows).make();
 }
 
-void requireTabs(const Log& log) {
-    if (log.format != Format::ale || log.form.delimiter == '\0') return;
-    throw Failure{wrongUsage,
-                  concat(log.name,
-                         ": a log exchange file whose FIELD_DELIM is not TABS is not changed in "
-                         "place; make one with tabs with ",
-                         log.opening.terms->saving)};
-}
-
 }  // namespace
 
 bool isChangedInPlace(Format format) {
@@ -264,7 +255,6 @@ bool writeInPlace(const InPlace& now, bool mayStay, Output& out, Losses& losses)
     const Log& log = now.log;
     requireWhole(log);
     if (log.format != Format::plainCsv) targetOf(log);
-    requireTabs(log);
     out.encode(log.form.encoding, log.form.isPacked);
     const Saving saving{log, unnamedLast(log, now.columns), out.name(), losses};
     PatchedText text = patched(saving, now.rows);
