@@ -45,6 +45,16 @@ struct Around {
     std::string place;
     std::string track;
     bool hasRecord = false;
+    std::optional<Range> seen = {};  // of the record, where something around is cut
+
+    // Keeps what is seen of a stretch of the record; false where nothing is.
+    bool cut(ExactTime& from, ExactTime& to) const {
+        if (!seen || !from.isKnown() || !to.isKnown()) return true;
+        const bool isLong = from < to;
+        from = std::max(from, seen->start);
+        to = std::min(to, seen->start + seen->length);
+        return isLong ? from < to : !(to < from);
+    }
 };
 
 class OtioReader {
@@ -58,6 +68,7 @@ public:
         if (schema(tree_.root()).empty()) refuse();
         Around around;
         readRoot(tree_.root(), around);
+        tellCut();
         rows_.finish();
     }
 
@@ -254,7 +265,7 @@ private:
         Around markers = around;
         markers.place = around.place.empty() ? "0" : around.place;
         readMarkers(stack, range, markers, {});
-        readChildren(stack, range, around);
+        readChildren(stack, range, inside(stack, range, around));
     }
 
     void readChildren(Node parent, const Range& range, const Around& around) {
@@ -334,9 +345,51 @@ private:
     }
 
     void setRecord(const ExactTime& start, const ExactTime& length, const Around& around) {
-        if (!around.hasRecord) return;
-        rows_.setTime(timeline::recordIn, start, *rate_, drops());
-        rows_.setTime(timeline::recordOut, start + length, *rate_, drops());
+        ExactTime from = start;
+        ExactTime to = start + length;
+        if (!around.hasRecord || !around.cut(from, to)) return;
+        rows_.setTime(timeline::recordIn, from, *rate_, drops());
+        rows_.setTime(timeline::recordOut, to, *rate_, drops());
+    }
+
+    // Source and record times of a clip are those of the part that is seen of it.
+    void setClipTimes(Node clip, const Range& range, Around around) {
+        ExactTime from = around.record;
+        ExactTime to = from + range.length;
+        const bool isSeen = around.cut(from, to);
+        if (isSeen && from == around.record && to == from + range.length) {
+            return setTimes(range, around);
+        }
+        if (cutClips_++ == 0) firstCut_ = tree_.line(clip);
+        Range part = range;
+        if (isSeen) {
+            part = {range.start + (from - around.record), to - from, range.rate};
+            around.record = from;
+        }
+        setTimes(part, around);
+    }
+
+    void tellCut() {
+        if (cutClips_ == 0) return;
+        rows_.problem(firstCut_,
+                      counted(cutClips_, "clip that reaches", "clips that reach") +
+                          " beyond the range of a stack or track around, the first here",
+                      "clips within it",
+                      "times are those of the part that is seen; a clip of which nothing is seen "
+                      "has no record times");
+    }
+
+    // What is outside the range of something nested is not seen of its children. A range that
+    // begins before the first of them says where on the record they begin, and cuts nothing.
+    Around inside(Node item, const Range& range, const Around& around) const {
+        Around own = around;
+        const bool isCut = tree_.isObject(tree_.find(item, "source_range"));
+        if (!isCut || range.start.isNegative() || rows_.isRestored()) return own;
+        ExactTime from = around.record;
+        ExactTime to = from + range.length;
+        if (!around.cut(from, to)) to = from = around.record;
+        own.seen = Range{from, to - from, {}};
+        return own;
     }
 
     FrameRate sourceRate(const Range& range) const { return range.rate ? *range.rate : *rate_; }
@@ -344,7 +397,7 @@ private:
     void readClip(Node clip, const Range& range, const Around& around) {
         begin(clip, "Clip", around);
         rows_.setIfEmpty(timeline::clipName, textOf(clip, "name"));
-        setTimes(range, around);
+        setClipTimes(clip, range, around);
         readMedia(clip);
         readRest(clip, "", {"media_reference", "media_references", "active_media_reference_key"});
         rows_.end();
@@ -384,7 +437,7 @@ private:
             rows_.end();
         }
         readMarkers(item, range, around, textOf(item, "name"));
-        readChildren(item, range, around);
+        readChildren(item, range, inside(item, range, around));
     }
 
     void readTransition(Node item, const Around& around) {
@@ -507,6 +560,8 @@ private:
     const JsonTree& tree_;
     Log& log_;
     TimelineRows rows_;
+    std::size_t cutClips_ = 0;
+    std::size_t firstCut_ = 0;  // its line
     std::optional<FrameRate> rate_;
     std::map<std::string, std::size_t> tracksOf_;
     std::unordered_map<Node, ExactTime> lengths_;
