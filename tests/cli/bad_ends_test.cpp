@@ -110,7 +110,8 @@ TEST(UnreadableFile, WhoseMiddleCannotBeReadIsToldAsSuch) {
         Start start;
         start.words = {"vek", "set", name, "Scene=other", "--every"};
         start.failsToRead = true;
-        expectRefused(run(folder, start), 3, name + ": Input/output error");
+        expectRefused(run(folder, start), 3,
+                      name + ": Input/output error; the disk or the network did not give");
     }
     EXPECT_EQ(folder.read("log.vek"), table);
     EXPECT_EQ(folder.read("log.csv"), plain);
@@ -125,7 +126,8 @@ TEST(UnreadableTable, ForWantOfDescriptorsIsNotCalledMalformed) {
                    "exec 3<&- 4<&- 5<&- 6<&- 7<&- 8<&- 9<&-; ulimit -n 3; "
                    "exec \"$0\" show samples/docs.vek",
                    VEK_PROGRAM};
-    expectRefused(run(folder, start), 3, "samples/docs.vek: Too many open files");
+    expectRefused(run(folder, start), 3,
+                  "samples/docs.vek: Too many open files; close other files");
 }
 #endif
 
@@ -181,8 +183,9 @@ constexpr Reading printings[] = {
 };
 
 constexpr const char* logText =
-    "\"VEKDB:Rev 1\"\n\"FPS:24\"\n\"VEKDB\"\n\"4\",\"4\"\n\"text\",\"text\"\n"
-    "\"Reel\",\"Take\"\n\"A001\",\"1\"\n\"A002\",\"2\"\n";
+    "\"VEKDB:Rev 1\"\n\"FPS:24\"\n\"VEKDB\"\n\"4\",\"4\",\"1\"\n"
+    "\"text\",\"text\",\"text\"\n\"Reel\",\"Take\",\"Tag\"\n\"A001\",\"1\",\"1\"\n"
+    "\"A002\",\"2\",\"0\"\n";
 
 }  // namespace
 

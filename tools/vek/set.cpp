@@ -187,9 +187,11 @@ Command setCommand() {
     return {
         "set",
         "edit cells of the rows that match",
-        "Stores the values in all matching rows. In a value {COLUMN} stands for the row's cell of "
-        "a column as it was before, {COLUMN|FUNCTION} for what a function makes of it, {#} for a "
-        "number that counts the matching rows, and {{ or }} for a brace. COLUMNS~FUNCTION works on "
+        "Stores the values in all matching rows. Changes of one column are made in the order "
+        "given, each on what the former left. In a value {COLUMN} stands for the row's cell of a "
+        "column as it was before all of them (so A={B} B={A} swaps two), {COLUMN|FUNCTION} for "
+        "what a function makes of it, {#} for a number that counts the matching rows, and {{ or "
+        "}} for a brace. COLUMNS~FUNCTION works on "
         "the cells of columns, * for all of them. Functions are upper, lower, trim (blanks at both "
         "ends) and s/EXPRESSION/TEXT/ with the flags g (each place) and i (case ignored): the "
         "expression is one of COLUMN~REGEX, and \\1 in the text what its first group matched. A "

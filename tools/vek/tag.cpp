@@ -23,9 +23,13 @@ public:
     void invert(unsigned row) { all_->invert_tag(row); }
     unsigned count() const { return all_->get_num_tags(); }
 
+    // Without a column no row is tagged, which needs none to be said.
+    bool needsNoColumn() const { return log_.findColumn("Tag") == noColumn && count() == 0; }
+
     // Writes the tags into the column, which is made where there is none. A cell that says so
     // already, in whatever words, stays as it is.
     void store() {
+        if (needsNoColumn()) return;
         const bool isNew = log_.findColumn("Tag") == noColumn;
         auto column =
             static_cast<unsigned short>(log_.table->addField({"Tag", DBFieldTypes::text}));
@@ -46,8 +50,13 @@ int finish(Log& log, Tags& tags, std::size_t matched, const Args& args) {
         say(log.name + ": no row matches, nothing changed");
         return found;
     }
+    const bool isNothing = tags.needsNoColumn();
     tags.store();
     saveInPlace(log, args.has("backup"));
+    if (isNothing) {
+        say(log.name + ": no column Tag, so no row is tagged; nothing changed");
+        return done;
+    }
     say(log.name + ": " + counted(matched, "row") + " matched, " + std::to_string(tags.count()) +
         " of " + std::to_string(log.rowCount()) + " tagged");
     return done;
@@ -122,7 +131,8 @@ Command untagCommand() {
     return {
         "untag",
         "take the tags off the rows that match, or off all",
-        "Untags the matching rows, or all rows when no condition is given. Other tags stay.",
+        "Untags the matching rows, or all rows when no condition is given. Other tags stay. A log "
+        "without a column \"Tag\" has no tags and stays as it is.",
         {{"vek untag log.vek", "no row is tagged any more"},
          {"vek untag log.vek --where Reel=B001", "only the tags of a reel go"}},
         {{"FILE", "the log, changed in place; - reads standard input and prints"}},

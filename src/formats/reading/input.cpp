@@ -9,6 +9,7 @@
 #include "formats/failure.h"
 #include "formats/reading/limits.h"
 #include "formats/reading/progress.h"
+#include "formats/reading/read_errors.h"
 
 namespace vek::formats {
 
@@ -17,17 +18,6 @@ namespace {
 constexpr std::size_t firstChunk = 1 << 16;
 constexpr std::size_t readAtOnce = 1 << 24;
 constexpr std::uint64_t mostOfDevice = 64 << 20;
-
-[[noreturn]] void refuse(const std::string& name, int error) {
-    std::string found = std::strerror(error);
-    std::string advice;
-    if (error == EISDIR) found += ", a file was expected";
-    if (error == EFBIG) found += ", it is larger than this machine's memory";
-    if (error == ENOENT) advice = "check the path";
-    if (error == EISDIR) advice = "name a file in it";
-    if (error == EACCES) advice = "check its permissions";
-    throw Failure{unreadable, name, {0, "", found, "", advice}};
-}
 
 OpenFile openInput(const std::string& path) {
     return path == "-" ? OpenFile::ofStandardInput() : OpenFile::at(path.c_str());
@@ -73,16 +63,16 @@ void Input::requireBytes(std::size_t bytes) const {
 
 void Input::open(OpenFile file) {
     using Kind = OpenFile::Kind;
-    if (file.error() != 0) refuse(name_, file.error());
+    if (file.error() != 0) refuseReading(name_, file.error());
     Kind kind = Kind::stream;
     std::uint64_t size = 0;
-    if (const int error = file.look(kind, size)) refuse(name_, error);
-    if (kind == Kind::folder) refuse(name_, EISDIR);
+    if (const int error = file.look(kind, size)) refuseReading(name_, error);
+    if (kind == Kind::folder) refuseReading(name_, EISDIR);
     file_ = std::move(file);
     isRegular_ = kind == Kind::regular && !isStandardInput_;
     if (isRegular_) expected_ = static_cast<std::size_t>(size);
     const std::uint64_t memory = OpenFile::memoryOfMachine();
-    if (expected_ > memory) refuse(name_, EFBIG);
+    if (expected_ > memory) refuseReading(name_, EFBIG);
     requireBytes(expected_);
     // A device gives what somebody types, or it has no end.
     most_ = kind == Kind::device ? std::min(memory / 2, mostOfDevice) : memory / 2;
@@ -130,7 +120,7 @@ std::size_t Input::readMore() {
     const std::size_t room = std::min(text_->size() - size_, readAtOnce);
     std::size_t got = 0;
     const int error = isRegular_ ? file_.readAt(size_, to, room, got) : file_.read(to, room, got);
-    if (error != 0) refuse(name_, error);
+    if (error != 0) refuseReading(name_, error);
     return got;
 }
 
@@ -164,7 +154,7 @@ Quor::Ptr<TextBlock> Input::takeText() {
 // A pipe can be read but once, so its bytes are kept where they can be read again.
 void Input::spool() {
     OpenFile copy = OpenFile::holding(got());
-    if (copy.error() != 0) refuse(name_, copy.error());
+    if (copy.error() != 0) refuseReading(name_, copy.error());
     file_ = std::move(copy);
     isRegular_ = true;
 }
@@ -178,7 +168,7 @@ int Input::loaderDescriptor() {
 std::uint64_t Input::size() const {
     OpenFile::Kind kind = {};
     std::uint64_t size = 0;
-    if (const int error = file_.look(kind, size)) refuse(name_, error);
+    if (const int error = file_.look(kind, size)) refuseReading(name_, error);
     return size;
 }
 
@@ -187,7 +177,7 @@ std::size_t Input::readFrom(std::uint64_t from, char* to, std::size_t size) cons
     while (done < size) {
         std::size_t got = 0;
         if (const int error = file_.readAt(from + done, to + done, size - done, got)) {
-            refuse(name_, error);
+            refuseReading(name_, error);
         }
         if (got == 0) break;
         done += got;

@@ -9,6 +9,7 @@
 #include "formats/choosing/conditions.h"
 #include "formats/choosing/range_test.h"
 #include "formats/reading/limits.h"
+#include "formats/reading/read_errors.h"
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
 #include "formats/table_file/exact_cells.h"
@@ -33,7 +34,7 @@ void requireThatItWasRead(const Log& log, int error) {
                       {0, "", "was changed while it was read, a file at rest was expected", "",
                        "try again when nobody writes to it"}};
     }
-    throw Failure{unreadable, log.name, {0, "", std::strerror(error), "", ""}};
+    refuseReading(log.name, error);
 }
 
 // Takes the rows that answer what can be asked of the table in one query, and notes their numbers.
