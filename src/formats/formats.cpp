@@ -205,6 +205,15 @@ std::string_view firstFilledLine(std::string_view head) {
     return {};
 }
 
+// A member's name, and not a text that says so.
+bool hasTimelineMember(std::string_view head) {
+    constexpr std::string_view name = "\"OTIO_SCHEMA\"";
+    for (std::size_t at = head.find(name); at != head.npos; at = head.find(name, at + 1)) {
+        if (trimmed(head.substr(at + name.size())).starts_with(':')) return true;
+    }
+    return false;
+}
+
 // Cells between marks in a file that is called by the ending of another format.
 bool isUnderWrongEnding(Format format, std::string_view line, std::string_view head) {
     if (format == Format::json || format == Format::jsonl) {
@@ -264,7 +273,7 @@ Format recognised(const std::string& path, std::string_view head) {
     if (sameText(start.substr(0, 6), "VEKDB:")) return Format::table;
     if (sameText(line, "Heading")) return Format::ale;
     if (sameText(line.substr(0, 6), "TITLE:")) return Format::edl;
-    if (line.starts_with('{') && head.find("\"OTIO_SCHEMA\"") != head.npos) return Format::otio;
+    if (line.starts_with('{') && hasTimelineMember(head)) return Format::otio;
     if (line.starts_with('<') && head.find("<fcpxml") != head.npos) return Format::fcpxml;
     const FormatEntry* entry = entryOfPath(path, isReadable);
     if (entry != nullptr && !isUnderWrongEnding(entry->format, line, head)) return entry->format;

@@ -1,10 +1,8 @@
-#include <exception>
-#include <new>
-
 #include <vekdb/host/config.h>
 #include <vekdb/host/diagnostics.h>
 #include <vekdb/host/os.h>
 #include <vekdb/support/version.h>
+#include "tools/vek/cli/ending.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/cli/telling.h"
@@ -54,11 +52,6 @@ int run(std::vector<std::string> words) {
     return runCommand(commandNamed(name), words);
 }
 
-int ended(const Failure& failure) {
-    if (!failure.text.empty()) sayFailure(failure.text);
-    return exitCodeOf(failure.kind);
-}
-
 }  // namespace
 
 int main(int count, char** words) {
@@ -69,17 +62,5 @@ int main(int count, char** words) {
     // The program is its own host, and nobody asks it for a single thread.
     OS()->setReadsAhead(true);
     outliveClosedPipes();
-    try {
-        return run({words + (count > 0 ? 1 : 0), words + count});
-    } catch (const PipeClosed&) {
-        return done;
-    } catch (const Failure& failure) {
-        return ended(failure);
-    } catch (const std::bad_alloc&) {
-        return ended({unreadable, "out of memory"});
-    } catch (const std::exception& error) {
-        return ended({unreadable, std::string("cannot go on: ") + error.what()});
-    } catch (...) {
-        return ended({unreadable, "cannot go on"});
-    }
+    return endOf([&] { return run({words + (count > 0 ? 1 : 0), words + count}); });
 }

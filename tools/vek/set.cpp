@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <iterator>
 #include <optional>
 
 #include "formats/changing/cell_template.h"
@@ -111,18 +112,21 @@ private:
     std::vector<ColumnChange> columns_;
 };
 
-// Works out what becomes of the rows. All values are made of the cells as they were.
+// Works out what becomes of the rows. All values of a row are made of its cells as they were, and
+// then given to who takes them: of many rows they would be many.
 class Editor {
 public:
     Editor(const Log& log, const Changes& changes, Numbering numbering)
         : log_(log), changes_(changes), numbering_(numbering), counts_(changes.count()) {}
 
-    std::vector<Edit> edit(const VDBView& view) {
-        for (unsigned i = 0; i < view->get_num_records(); ++i) {
+    template <class Take>
+    void edit(const std::vector<unsigned>& rows, Take take) {
+        for (unsigned row : rows) {
             if (counts_) number_ = numbering_.next();
-            editRow(view->baseIndex(i));
+            edits_.clear();
+            editRow(row);
+            take(edits_);
         }
-        return std::move(edits_);
     }
 
 private:
@@ -156,28 +160,45 @@ void requireCounting(const Changes& changes, const Args& args) {
                   "set: --start, --step and --digits are for {#} in a value, which is not there"};
 }
 
+std::vector<unsigned> rowsOf(const VDBView& view) {
+    std::vector<unsigned> rows(view->get_num_records());
+    for (unsigned i = 0; i < rows.size(); ++i) rows[i] = view->baseIndex(i);
+    return rows;
+}
+
+std::string summary(const Log& log, std::size_t rows, std::size_t cells) {
+    return concat(log.name, ": ", counted(rows, "row"), " matched, ", counted(cells, "cell"));
+}
+
 int run(const Args& args) {
     Selection selection = selectionFrom(args);
     requireChoice("set", selection, args);
     Log log = readLogToSave(args);
     Changes changes(log, args.all("COLUMN=VALUE"));
     requireCounting(changes, args);
-    VDBView view = selectRows(log, selection).view;
-    std::vector<Edit> edits = Editor(log, changes, numberingFrom(args)).edit(view);
-    std::string summary = log.name + ": " + counted(view->get_num_records(), "row") + " matched, " +
-                          counted(edits.size(), "cell");
+    const std::vector<unsigned> rows = rowsOf(selectRows(log, selection).view);
+    Editor editor(log, changes, numberingFrom(args));
     if (args.has("dry-run")) {
+        std::vector<Edit> edits;
+        editor.edit(rows, [&](std::vector<Edit>& made) {
+            std::move(made.begin(), made.end(), std::back_inserter(edits));
+        });
         printEdits(log, edits, args);
-        say(summary + " would change");
-        return view->get_num_records() == 0 ? found : done;
+        say(summary(log, rows.size(), edits.size()) + " would change");
+        return rows.empty() ? found : done;
     }
-    if (view->get_num_records() == 0) {
+    if (rows.empty()) {
         say(log.name + ": no row matches, nothing changed");
         return found;
     }
-    makeEdits(log, edits);
+    std::size_t changed = 0;
+    EditMaker maker(log);
+    editor.edit(rows, [&](const std::vector<Edit>& made) {
+        changed += made.size();
+        maker.make(made);
+    });
     saveResult(log, args);
-    say(summary + " changed");
+    say(summary(log, rows.size(), changed) + " changed");
     return done;
 }
 

@@ -33,10 +33,12 @@ public:
         const bool isNew = log_.findColumn("Tag") == noColumn;
         auto column =
             static_cast<unsigned short>(log_.table->addField({"Tag", DBFieldTypes::text}));
+        const auto yes = cellText("1");
+        const auto no = cellText("0");
         for (unsigned row = 0; row < log_.rowCount(); ++row) {
             const bool isTagged = all_->get_tag(row) != 0;
             if (!isNew && isTagged == (parseInt(log_.cell(row, column)) != 0)) continue;
-            all_->get_record(row)->setField(column, isTagged ? "1" : "0");
+            all_->get_record(row)->setField(column, isTagged ? yes : no);
         }
     }
 

@@ -428,7 +428,7 @@ int run(const Args& args) {
     if (isDry)
         printEdits(log, work.edits, args);
     else if (!work.rows.empty()) {
-        makeEdits(log, work.edits);
+        EditMaker(log).make(work.edits);
         saveResult(log, args);
     }
     say(log.name + ": " + counted(work.rows.size(), "row") + ", " +

@@ -130,7 +130,7 @@ private:
             if (wasThere(saving_.log, one.name) || isTableFilesOwn(one.name)) continue;
             const std::string line = entryLine(one.name, one.value);
             // A reader would take it for the end of the heading.
-            if (sameText(trimmed(line), "Column")) {
+            if (beginsAleColumns(line)) {
                 saving_.losses.add("heading entries that would begin the columns, left out",
                                    inQuotes(one.name));
                 continue;
@@ -206,8 +206,15 @@ public:
         const bool isSame =
             saving().hasNamesAsTheyCame() && changedParameters(saving().log).empty();
         if (isSame) return std::string(came);
-        const std::vector<std::string> now = names();
-        return AleHeading(saving(), now, separator()).patched(came);
+        AleForm form;
+        form.names = names();
+        const std::string now = AleHeading(saving(), form.names, separator()).patched(came);
+        if (separator() != '\t') return now;
+        for (const Source::Parameter& one : changedParameters(saving().log)) {
+            if (!isTableFilesOwn(one.name)) form.heading.push_back({one.name, one.value});
+        }
+        tellAleHeading(now, form, saving().losses);
+        return now;
     }
 
 private:

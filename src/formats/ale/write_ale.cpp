@@ -2,8 +2,10 @@
 
 #include <vekdb/host/text_util.h>
 #include "formats/delimited/delimiters.h"
+#include "formats/text/encoding.h"
 #include "formats/text/text_lines.h"
 #include "formats/writing/plain_lines.h"
+#include "formats/writing/reading_back.h"
 #include "formats/writing/sheet_facts.h"
 #include "formats/writing/write_formats.h"
 
@@ -23,9 +25,8 @@ std::string forAle(std::string_view text) {
     return out;
 }
 
-void writeAleHeading(const std::vector<Parameter>& heading, const char* end, Output& out,
-                     Losses& losses) {
-    out.write(std::string("Heading") + end);
+std::string aleHeading(const std::vector<Parameter>& heading, const char* end, Losses& losses) {
+    std::string text = concat("Heading", end);
     bool hasDelimiter = false;
     for (const Parameter& entry : heading) {
         hasDelimiter = hasDelimiter || sameText(entry.name, "FIELD_DELIM");
@@ -34,14 +35,15 @@ void writeAleHeading(const std::vector<Parameter>& heading, const char* end, Out
             sameText(entry.name, "FIELD_DELIM") && aleDelimiter(entry.value).value_or('\t') != '\t';
         const std::string line = aleEntry(entry.name, isOfOthers ? "TABS" : entry.value, losses);
         // A reader would take it for the end of the heading.
-        if (sameText(trimmed(line), "Column")) {
+        if (beginsAleColumns(line)) {
             losses.add("heading entries that would begin the columns, left out",
                        inQuotes(entry.name));
             continue;
         }
-        out.write(line + end);
+        text += line + end;
     }
-    if (!hasDelimiter) out.write(std::string("FIELD_DELIM\tTABS") + end);
+    if (!hasDelimiter) text += concat("FIELD_DELIM\tTABS", end);
+    return text;
 }
 
 void addAleCells(std::string& line, const Sheet& sheet, unsigned row, std::size_t count,
@@ -88,6 +90,26 @@ std::string aleNames(const AleForm& form, Losses& losses) {
     return form.tracks.empty() ? line : line + "\tTracks";
 }
 
+void tellAleHeading(std::string_view heading, const AleForm& form, Losses& losses) {
+    std::vector<std::string> names;
+    for (const std::string& name : form.names) names.push_back(forAle(name));
+    // Of those without a name at the end it is told already.
+    while (form.tracks.empty() && !names.empty() && trimmed(names.back()).empty()) names.pop_back();
+    std::vector<Parameter> entries;
+    for (const Parameter& entry : form.heading) {
+        // The one is this format's own, and of the others it is told already.
+        const bool isTold = sameText(entry.name, "FIELD_DELIM") || !isAleSafe(entry.name) ||
+                            !isAleSafe(entry.value) ||
+                            beginsAleColumns(concat(entry.name, "\t", entry.value));
+        if (!isTold) entries.push_back(entry);
+    }
+    tellAleHeading(heading, names, entries, losses);
+}
+
+bool beginsAleColumns(std::string_view line) {
+    return sameText(trimmed(line), "Column");
+}
+
 std::string aleEntry(const std::string& name, const std::string& value, Losses& losses) {
     if (!isAleSafe(name) || !isAleSafe(value)) {
         losses.add("heading entries whose tabs and line ends become blanks", name);
@@ -104,8 +126,11 @@ void writeAle(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& 
                                       ": a log exchange file needs a column with a name, " +
                                       sheet.log.name + " has none"};
     }
-    writeAleHeading(form.heading, end, out, losses);
-    out.write(concat(end, "Column", end, names, end, end, "Data", end));
+    const std::string heading = concat(aleHeading(form.heading, end, losses), end, "Column", end,
+                                       names, end, end, "Data", end);
+    tellAleHeading(heading, form, losses);
+    bool isUtf8 = isWellFormedUtf8(heading);
+    out.write(heading);
     const std::string rest = (form.tracks.empty() ? "" : "\t" + forAle(form.tracks)) + end;
     const bool isAlone = sheet.columns.size() == 1 && form.tracks.empty();
     PlainLines plain(sheet, '\t', "\n\r");
@@ -120,8 +145,10 @@ void writeAle(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& 
         addAleCells(line, sheet, row, sheet.columns.size(), losses);
         // Readers pass over a blank line; with a closing tab it is a row of one blank cell.
         if (isAlone && trimmed(line).empty()) line += '\t';
+        isUtf8 = isUtf8 && isWellFormedUtf8(line);
         out.write(line += rest);
     }
+    if (!isUtf8) tellNoUtf8(sheet, losses);
 }
 
 }  // namespace vek::formats

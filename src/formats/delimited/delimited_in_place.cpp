@@ -1,6 +1,7 @@
 #include <vekdb/host/split.h>
 #include "formats/delimited/delimited_lines.h"
 #include "formats/delimited/separated_in_place.h"
+#include "formats/reading/table_builder.h"
 
 namespace vek::formats {
 
@@ -20,10 +21,35 @@ public:
 
     std::string heading(std::string_view came) override {
         const TextForm& form = saving().log.form;
-        if (saving().hasNamesAsTheyCame() || form.hasNoHeading) return std::string(came);
+        if (saving().hasNamesAsTheyCame()) return std::string(came);
+        if (form.hasNoHeading) {
+            tellNames();
+            return std::string(came);
+        }
         return concat(came.starts_with(byteOrderMark) ? byteOrderMark : "", form.skipped,
                       delimitedNames(names(), separator(), saving().output, saving().losses),
                       endOfLine(came));
+    }
+
+private:
+    // Without a heading columns are called by where they stand.
+    void tellNames() const {
+        const Log& log = saving().log;
+        const std::vector<std::string> now = names();
+        for (std::size_t i = 0; i < now.size(); ++i) {
+            if (now[i] == numberedColumnName(i)) continue;
+            const unsigned from = log.source->whereFrom(saving().columns[i]);
+            const bool isRenamed =
+                from < log.source->columns.size() && log.source->columns[from].name != now[i];
+            if (isRenamed) {
+                throw Failure{wrongUsage,
+                              concat(log.name, ": has no heading that could say ", inQuotes(now[i]),
+                                     "; write one into its first line, and read it "
+                                     "without --no-header")};
+            }
+            saving().losses.add("column names have no place in a file without a heading",
+                                inQuotes(now[i]));
+        }
     }
 };
 

@@ -43,7 +43,7 @@ void readHeading(DelimitedScanner& scanner, TableBuilder& builder, Log& log) {
     builder.endHeading(log.form.hasNoHeading ? begin : scanner.place());
     if (!log.form.hasNoHeading) return builder.setColumns(asStrings(cells));
     std::vector<std::string> names;
-    for (std::size_t i = 1; i <= cells.size(); ++i) names.push_back("Column " + std::to_string(i));
+    for (std::size_t i = 0; i < cells.size(); ++i) names.push_back(numberedColumnName(i));
     builder.setColumns(std::move(names));
     builder.addRow(line, cells, scanner.room());
 }

@@ -2,8 +2,10 @@
 
 #include "formats/formats.h"
 #include "formats/reading/progress.h"
+#include "formats/text/encoding.h"
 #include "formats/text/text_lines.h"
 #include "formats/writing/plain_lines.h"
+#include "formats/writing/reading_back.h"
 #include "formats/writing/sheet_facts.h"
 #include "formats/writing/write_formats.h"
 
@@ -70,7 +72,7 @@ public:
         addCell(first, cell(0), count == 1, [&] { return inQuotes(cell(0)); });
         const std::string plain = first + rest;
         const bool maySeparate = count == 1 && first.find_first_of(",;\t|") != first.npos;
-        if (!first.starts_with('"') && (maySeparate || mayBeTakenForAnother(plain))) {
+        if (!first.starts_with('"') && (maySeparate || !standsAsFirstLine(plain, format()))) {
             first = concat("\"", first, "\"");
         }
         requireFormat(first + rest, plain);
@@ -80,19 +82,8 @@ public:
 private:
     Format format() const { return separator_ == ',' ? Format::csv : Format::tsv; }
 
-    Format formatFound(std::string_view line) const {
-        return recognised(std::string(".") + formatName(format()), line);
-    }
-
-    // A blank line is passed over for the next one. In a pipe there is no name to go by.
-    bool mayBeTakenForAnother(std::string_view line) const {
-        const std::string_view text = trimmed(line);
-        return text.empty() || text.front() == '{' || text.front() == '[' ||
-               formatFound(line) != format();
-    }
-
     void requireFormat(std::string_view line, std::string_view asNamed) const {
-        if (formatFound(line) == format()) return;
+        if (recognised(std::string(".") + formatName(format()), line) == format()) return;
         throw Failure{unwritable,
                       concat(output_, ": ", inQuotes(trimmed(asNamed).substr(0, 40)),
                              ", expected another name of the first column: the file would be read "
@@ -137,11 +128,14 @@ void writeDelimited(const Sheet& sheet, char separator, const WriteStyle& style,
                     Losses& losses) {
     loseParameters(sheet.log, losses);
     Progress progress(sheet.log.opening.watcher, "writing", sheet.rowCount());
-    if (style.byteOrderMark) out.write(byteOrderMark);
+    CheckedOutput text(out, separator == ',' ? Format::csv : Format::tsv, separator);
+    if (style.byteOrderMark) text.write(byteOrderMark);
     DelimitedLines lines(separator, style.guardsFormulas, out.name(), losses);
     const char* const end = bytesOf(style.lineEnd);
     const std::size_t count = sheet.columns.size();
-    out.write(lines.names(count, [&](unsigned i) { return sheet.name(i); }) + end);
+    const std::string names = lines.names(count, [&](unsigned i) { return sheet.name(i); });
+    bool isUtf8 = isWellFormedUtf8(names);
+    text.write(names + end);
     PlainLines plain(sheet, separator, "\"\n\r");
     const bool mayBePlain = !style.guardsFormulas && count > 1;
     std::string line;
@@ -149,15 +143,18 @@ void writeDelimited(const Sheet& sheet, char separator, const WriteStyle& style,
         progress.reach(row);
         const std::string_view plainLine = mayBePlain ? plain.line(row, end) : std::string_view();
         if (!plainLine.empty()) {
-            out.write(plainLine);
+            text.write(plainLine);
             continue;
         }
         line.clear();
         lines.add(
             line, count, [&](unsigned i) { return sheet.cell(row, i); },
             [&](unsigned i) { return place(sheet, row, i); });
-        out.write(line += end);
+        isUtf8 = isUtf8 && isWellFormedUtf8(line);
+        text.write(line += end);
     }
+    text.end();
+    if (!isUtf8) tellNoUtf8(sheet, losses);
 }
 
 }  // namespace vek::formats

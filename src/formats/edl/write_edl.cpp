@@ -7,10 +7,12 @@
 #include <vekdb/host/timecode.h>
 #include "formats/edl/edl_lines.h"
 #include "formats/reading/progress.h"
+#include "formats/text/encoding.h"
 #include "formats/text/text_lines.h"
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
 #include "formats/timeline/timeline_rows.h"
+#include "formats/writing/reading_back.h"
 #include "formats/writing/sheet_facts.h"
 #include "formats/writing/write_formats.h"
 
@@ -177,6 +179,7 @@ public:
         : sheet_(sheet),
           style_(style),
           out_(out),
+          text_(out, Format::edl),
           losses_(losses),
           places_(sheet),
           others_(places_.others()),
@@ -193,6 +196,8 @@ public:
             progress.reach(row);
             writeRow(row);
         }
+        text_.end();
+        if (!isUtf8_) tellNoUtf8(sheet_, losses_);
     }
 
 private:
@@ -213,8 +218,12 @@ private:
     }
 
     void line(std::string_view text) {
-        out_.write(text);
-        out_.write(bytesOf(style_.lineEnd));
+        tellZeros(
+            text, 1, [&](unsigned) { return text; }, [&](unsigned) { return inQuotes(text); },
+            losses_);
+        isUtf8_ = isUtf8_ && isWellFormedUtf8(text);
+        text_.write(text);
+        text_.write(bytesOf(style_.lineEnd));
     }
 
     std::string_view cell(unsigned row, unsigned column) const {
@@ -441,7 +450,7 @@ private:
         if (style_.shortReels && !reel.empty() && event[edlReel] != reel) {
             lines.push_back("* SOURCE REEL: " + reel);
         }
-        for (unsigned column : others_) addCell(row, column, lines);
+        for (unsigned column : others_) addCell(row, column, event, lines);
         return lines;
     }
 
@@ -462,17 +471,20 @@ private:
         }
     }
 
+    static bool isBlank(std::string_view text) { return trimmed(text).empty(); }
+
     // Whether a reader will find a comment in it, and not an event or another's name.
     bool isComment(const std::string& text, const EdlEvent& event, bool isBehindOdd) const {
         if (!places_.isEdl() && !text.starts_with('*')) return false;
         EdlEvent other;
-        bool isName = (event[edlClipName].empty() && edlValue(text, "FROM CLIP NAME")) ||
-                      (event[edlToClipName].empty() && edlValue(text, "TO CLIP NAME"));
+        bool isName = (isBlank(event[edlClipName]) && edlValue(text, "FROM CLIP NAME")) ||
+                      (isBlank(event[edlToClipName]) && edlValue(text, "TO CLIP NAME"));
         return !parseEdlEvent(text, other) && !edlCounting(text) && !isEdlSplit(text) &&
                (isBehindOdd || !isName);
     }
 
-    void addCell(unsigned row, unsigned column, std::vector<std::string>& lines) {
+    void addCell(unsigned row, unsigned column, const EdlEvent& event,
+                 std::vector<std::string>& lines) {
         std::string_view text = cell(row, column);
         bool isNoTag = sameText(sheet_.name(column), "Tag") && text == "0";
         if (trimmed(text).empty() || isNoTag) return;
@@ -482,14 +494,17 @@ private:
         std::string before = concat("* ", oneLine(sheet_.name(column)), ": ");
         for (std::string_view part : split(text, '\n')) {
             std::string own = oneLine(part);
-            if (!own.empty()) lines.push_back(before + own);
+            // With a second star it names no clip.
+            const bool isPlain = isComment(before + own, event, false);
+            if (!own.empty()) lines.push_back(concat(isPlain ? "" : "* ", before, own));
             before = "* ";
         }
     }
 
     const Sheet& sheet_;
     const WriteStyle& style_;
-    Output& out_;
+    const Output& out_;
+    CheckedOutput text_;
     Losses& losses_;
     Places places_;
     std::vector<unsigned> others_;
@@ -501,6 +516,7 @@ private:
     std::int64_t recorded_ = -1;  // the frame that the next event begins at
     bool recordDrops_ = false;
     bool isTitle_ = false;  // the parameter Project
+    bool isUtf8_ = true;    // what was written
 };
 
 }  // namespace

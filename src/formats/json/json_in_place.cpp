@@ -8,6 +8,7 @@
 #include "formats/json/json_text.h"
 #include "formats/reading/input.h"
 #include "formats/reading/progress.h"
+#include "formats/writing/reading_back.h"
 #include "formats/writing/sheet_facts.h"
 
 namespace vek::formats {
@@ -211,7 +212,7 @@ private:
             if (was == log_.columnName(column)) return std::string(came->name);
         }
         bool wasChanged = false;
-        std::string text = jsonString(log_.columnName(column), wasChanged);
+        std::string text = jsonName(log_.columnName(column), wasChanged);
         if (wasChanged) {
             saving_.losses.add("column names that are no UTF-8", inQuotes(log_.columnName(column)));
         }

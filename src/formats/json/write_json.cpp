@@ -1,6 +1,7 @@
 #include "formats/json/json.h"
 #include "formats/reading/progress.h"
 #include "formats/writing/plain_lines.h"
+#include "formats/writing/reading_back.h"
 #include "formats/writing/sheet_facts.h"
 #include "formats/writing/write_formats.h"
 
@@ -26,7 +27,7 @@ void writeJson(const Sheet& sheet, bool asLines, Output& out, Losses& losses) {
     std::vector<std::string> names;
     for (const std::string& name : distinctNames(sheet, losses)) {
         bool wasChanged = false;
-        names.push_back((names.empty() ? "" : ", ") + jsonString(name, wasChanged) + ": ");
+        names.push_back((names.empty() ? "" : ", ") + jsonName(name, wasChanged) + ": ");
         if (wasChanged) losses.add("column names that are no UTF-8", inQuotes(name));
     }
     if (!asLines) out.line("[");

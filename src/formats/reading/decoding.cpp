@@ -44,6 +44,20 @@ void convert(Input& input, const std::string& encoding, Log& log) {
     log.form.encoding = encoding;
 }
 
+// Bytes that are no UTF-8 are text in another encoding, unless they are UTF-8 that was damaged.
+struct Decoded {
+    std::string encoding;
+    Quor::Ptr<TextBlock> text;  // null where they are kept
+};
+
+Decoded decodedBytes(std::string_view text) {
+    if (isMostlyUtf8(text)) return {};
+    Decoded decoded{likelyEncoding(text), {}};
+    std::size_t badAt = 0;
+    decoded.text = toUtf8(text, decoded.encoding, badAt);
+    return decoded;
+}
+
 // A mark says more than a person who says "utf-16".
 std::string encodingOf(Input& input, const Opening& opening) {
     const std::string wish = wishedEncoding(opening);
@@ -68,19 +82,23 @@ void decodeBytes(Input& input, Log& log) {
     if (!log.opening.wishes.encoding.empty() || !log.form.encoding.empty()) return;
     const std::string_view text = input.text();
     if (isWellFormedUtf8(text)) return;
-    const std::string encoding = likelyEncoding(text);
-    std::size_t badAt = 0;
-    Quor::Ptr<TextBlock> made;
-    if (!isMostlyUtf8(text)) made = toUtf8(text, encoding, badAt);
+    Decoded decoded = decodedBytes(text);
     log.report([&]() -> Problem {
         const std::string_view term = log.opening.terms->encoding;
         return {0, "", "bytes that are no UTF-8", "UTF-8",
-                made ? concat("the file is read as ", encoding, "; ", term, " says what it is")
-                     : concat("they are kept as they are; ", term, " says what they are")};
+                decoded.text ? concat("the file is read as ", decoded.encoding, "; ", term,
+                                      " says what it is")
+                             : concat("they are kept as they are; ", term, " says what they are")};
     });
-    if (!made) return;
-    input.become(std::move(made));
-    log.form.encoding = encoding;
+    if (!decoded.text) return;
+    input.become(std::move(decoded.text));
+    log.form.encoding = decoded.encoding;
+}
+
+std::string encodingOfBytes(std::string_view text) {
+    if (isWellFormedUtf8(text)) return {};
+    const Decoded decoded = decodedBytes(text);
+    return decoded.text ? decoded.encoding : std::string();
 }
 
 }  // namespace vek::formats

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <string_view>
+
 namespace vek::formats {
 
 class Input;
@@ -12,5 +15,7 @@ void decode(Input& input, Log& log);
 /// Makes UTF-8 of a text that is not, and that nobody named an encoding for; tells it. A text that
 /// has bytes for which the likely encoding has no character stays as it is.
 void decodeBytes(Input& input, Log& log);
+/// The encoding that it would take a text for, "" where the bytes stay as they are.
+std::string encodingOfBytes(std::string_view text);
 
 }  // namespace vek::formats

@@ -46,6 +46,10 @@ std::vector<std::string> extraColumnNames(const std::vector<std::string>& declar
     return names;
 }
 
+std::string numberedColumnName(std::size_t at) {
+    return "Column " + std::to_string(at + 1);
+}
+
 bool isTableFilesOwn(std::string_view parameterName) {
     return sameText(trimmed(parameterName), "VEKDB") ||
            sameText(trimmed(parameterName), "V5_FIELD_MAP");

@@ -65,6 +65,8 @@ private:
 /// that a declared column has.
 std::vector<std::string> extraColumnNames(const std::vector<std::string>& declared,
                                           std::size_t count);
+/// "Column 1" and on, of a log without a heading; `at` counts from 0.
+std::string numberedColumnName(std::size_t at);
 /// Notes a row that has another number of values than there are columns.
 void reportLength(Log& log, std::size_t line, std::size_t found, std::size_t expected);
 

@@ -1,5 +1,9 @@
 #include "formats/saving/patched_text.h"
 
+#include <algorithm>
+
+#include "formats/reading/input.h"
+
 namespace vek::formats {
 
 void PatchedText::endOwn() {
@@ -30,6 +34,23 @@ bool PatchedText::isFile(std::uint64_t size) const {
         at = part.range.end;
     }
     return at == size;
+}
+
+std::string PatchedText::beginning(const Input& file, std::uint64_t size) {
+    endOwn();
+    std::string out;
+    for (const Part& part : parts_) {
+        const auto count =
+            static_cast<std::size_t>(std::min<std::uint64_t>(part.range.size(), size - out.size()));
+        const auto from = static_cast<std::size_t>(part.range.begin);
+        if (!part.isKept) {
+            out.append(text_, from, count);
+            continue;
+        }
+        out.resize(out.size() + count);
+        file.readAgain(part.range.begin, out.data() + out.size() - count, count);
+    }
+    return out;
 }
 
 void PatchedText::write(const Input& file, Output& out) {

@@ -22,6 +22,10 @@ public:
 
     /// Whether it is what the file holds, no more and no less.
     bool isFile(std::uint64_t size) const;
+    /// What is not the file's own.
+    std::string_view made() const { return text_; }
+    /// No more than so many bytes that it begins with. Nothing can be added afterwards.
+    std::string beginning(const Input& file, std::uint64_t size);
     /// Nothing can be added afterwards.
     void write(const Input& file, Output& out);
 

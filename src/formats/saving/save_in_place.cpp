@@ -11,6 +11,7 @@
 #include "formats/saving/patched_text.h"
 #include "formats/saving/rows_in_place.h"
 #include "formats/text/text_lines.h"
+#include "formats/writing/reading_back.h"
 
 namespace vek::formats {
 
@@ -259,6 +260,7 @@ bool writeInPlace(const InPlace& now, bool mayStay, Output& out, Losses& losses)
     const Saving saving{log, unnamedLast(log, now.columns), out.name(), losses};
     PatchedText text = patched(saving, now.rows);
     if (mayStay && text.isFile(log.source->places.size())) return false;
+    requireSameReading(log, text, out.name());
     text.write(*log.source->input, out);
     return true;
 }

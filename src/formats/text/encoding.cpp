@@ -131,15 +131,18 @@ bool isWellFormedUtf8(std::string_view text) {
     return true;
 }
 
-bool isMostlyUtf8(std::string_view text) {
-    std::size_t good = 0;
-    std::size_t bad = 0;
+void Utf8Count::add(std::string_view text) {
     for (std::size_t at = firstHighByte(text, 0); at < text.size(); at = firstHighByte(text, at)) {
         const std::size_t size = sizeOfWide(text, at);
         ++(size != 0 ? good : bad);
         at += std::max<std::size_t>(size, 1);
     }
-    return good >= bad;
+}
+
+bool isMostlyUtf8(std::string_view text) {
+    Utf8Count count;
+    count.add(text);
+    return count.good >= count.bad;
 }
 
 std::optional<std::string> encodingNamed(const std::string& name) {

@@ -14,6 +14,14 @@ namespace vek::formats {
 /// speed of memory.
 bool isWellFormedUtf8(std::string_view text);
 
+/// The characters of bytes beyond 0x7F, and such bytes that make none.
+struct Utf8Count {
+    std::size_t good = 0;
+    std::size_t bad = 0;
+
+    void add(std::string_view text);
+};
+
 /// Whether of the bytes beyond 0x7F at least as many characters are well-formed as are not: UTF-8
 /// that has been damaged.
 bool isMostlyUtf8(std::string_view text);

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "formats/text/encoding.h"
 #include "formats/writing/cell_run.h"
 
 namespace vek::formats {
@@ -85,11 +86,11 @@ std::string_view PlainLines::line(unsigned row, std::string_view end) {
 }
 
 // A separator of the line's own between each two cells and nothing else that means something, no
-// byte that a byte order mark begins with, and none that would end the text.
+// byte that a byte order mark begins with, none that would end the text, and UTF-8 all through.
 bool PlainLines::isPlain(const char* begin, const char* end) const {
     constexpr ByteMarks::Kinds never = {'\0', byteOrderMark[0], '\0', byteOrderMark[0]};
     return ByteMarks::count(begin, end, kinds_) + 1 == row_.size() &&
-           ByteMarks::count(begin, end, never) == 0;
+           ByteMarks::count(begin, end, never) == 0 && isWellFormedUtf8(between(begin, end));
 }
 
 PlainJsonLines::PlainJsonLines(const Sheet& sheet, std::vector<std::string> before)

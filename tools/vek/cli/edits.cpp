@@ -1,7 +1,5 @@
 #include "tools/vek/cli/edits.h"
 
-#include <vekdb/row_copies.h>
-
 #include "tools/vek/cli/grid.h"
 
 namespace vek {
@@ -24,15 +22,14 @@ void printEdits(const Log& log, const std::vector<Edit>& edits, const Args& args
 }
 
 // The cells of a row are stored together, so that none gets memory of its own.
-void makeEdits(Log& log, const std::vector<Edit>& edits) {
-    RowCopies copies(*log.table);
-    std::vector<std::string_view> cells(log.columnCount());
+void EditMaker::make(const std::vector<Edit>& edits) {
+    std::vector<std::string_view> cells(log_.columnCount());
     for (std::size_t i = 0; i < edits.size();) {
         const unsigned row = edits[i].row;
-        log.cells(row, cells);
+        log_.cells(row, cells);
         for (; i < edits.size() && edits[i].row == row; ++i)
             cells[edits[i].column] = edits[i].after;
-        copies.replace(row, cells.data(), cells.size());
+        copies_.replace(row, cells.data(), cells.size());
     }
 }
 

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include <vekdb/row_copies.h>
 #include "formats/log/log.h"
 #include "tools/vek/cli/command.h"
 
@@ -20,8 +21,16 @@ struct Edit {
 /// Shows them to a person.
 void printEdits(const Log& log, const std::vector<Edit>& edits, const Args& args);
 
-/// Makes them, in the table alone.
-void makeEdits(Log& log, const std::vector<Edit>& edits);
+/// Makes them, in the table alone, those of a row one behind the other.
+class EditMaker {
+public:
+    explicit EditMaker(Log& log) : log_(log), copies_(*log.table) {}
+    void make(const std::vector<Edit>& edits);
+
+private:
+    Log& log_;
+    RowCopies copies_;
+};
 
 /// The --dry-run option.
 Option dryRunOption();

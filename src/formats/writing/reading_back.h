@@ -1,0 +1,79 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "formats/writing/sheet_facts.h"
+
+/// Whether what is about to be written will be read as what was meant: asked of the readers' own
+/// rules, here and nowhere else. A text that would come back as something else is written in a form
+/// that comes back, or it is refused, or it is told.
+namespace vek::formats {
+
+class PatchedText;
+
+/// How a reader takes a text, found out by its beginning alone.
+struct FirstLook {
+    Format format = Format::table;
+    std::string encoding;
+    bool isPacked = false;
+    bool hasMark = false;  ///< a byte order mark
+    char delimiter = '\0';
+
+    /// Enough of a text to find it out.
+    static constexpr std::size_t size = 1 << 16;
+    /// In a file of that name; `usual` separates the cells of the format, '\0' for one that has
+    /// none.
+    static FirstLook at(std::string_view text, const std::string& path, char usual);
+};
+
+/// A text on its way to an output. Its beginning is held back until a reader is certain to take it
+/// for what it is. A Failure with `unwritable` where one would not.
+class CheckedOutput {
+public:
+    /// `delimiter` separates cells, '\0' in formats that have none.
+    CheckedOutput(Output& out, Format format, char delimiter = '\0')
+        : out_(out), format_(format), delimiter_(delimiter) {}
+
+    void write(std::string_view text) {
+        if (isLookedAt_) return out_.write(text);
+        beginning_ += text;
+        if (beginning_.size() >= FirstLook::size) look();
+    }
+    /// To be called when all is written.
+    void end() {
+        if (!isLookedAt_) look();
+    }
+
+private:
+    void look();
+
+    Output& out_;
+    Format format_;
+    char delimiter_;
+    std::string beginning_;
+    bool isLookedAt_ = false;
+};
+
+/// Whether a first line of names stands for itself: nothing of it is passed over, and none of it is
+/// the mark of another format, of an encoding or of a packed file.
+bool standsAsFirstLine(std::string_view line, Format format);
+
+/// A member's name in JSON. The one by which a timeline is told from rows is written with an
+/// escape.
+std::string jsonName(std::string_view name, bool& wasChanged);
+
+/// Tells of names and entries that a reader of the heading of a log exchange file finds otherwise.
+void tellAleHeading(std::string_view heading, const std::vector<std::string>& names,
+                    const std::vector<Parameter>& entries, Losses& losses);
+
+/// Tells of texts that are no UTF-8 where they are so many that a reader takes all of the file for
+/// text in another encoding. To be asked for a sheet that has some.
+void tellNoUtf8(const Sheet& sheet, Losses& losses);
+
+/// A Failure with `unwritable` where a reader would take the text that is to be written in the
+/// place of a log's own for something else than that one was taken for.
+void requireSameReading(const Log& log, PatchedText& text, const std::string& output);
+
+}  // namespace vek::formats

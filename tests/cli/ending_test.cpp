@@ -1,0 +1,55 @@
+#include "tools/vek/cli/ending.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+#include "cli/program.h"
+#include "formats/failure.h"
+#include "formats/saving/file_sink.h"
+#include "formats/writing/output.h"
+
+using testing::ExitedWithCode;
+using vek::endOf;
+
+namespace {
+
+template <class Thrown>
+int throwing(Thrown thrown) {
+    return endOf([&]() -> int { throw thrown; });
+}
+
+}  // namespace
+
+TEST(Ending, IsTheCodeOfTheCommand) {
+    EXPECT_EQ(endOf([] { return 1; }), 1);
+}
+
+TEST(Ending, OfWhateverIsThrownIsAMessageAndACode) {
+    EXPECT_EXIT(std::exit(throwing(7)), ExitedWithCode(3), "^vek: cannot go on\n$");
+    EXPECT_EXIT(std::exit(throwing(std::length_error("too long"))), ExitedWithCode(3),
+                "^vek: cannot go on: too long\n$");
+    EXPECT_EXIT(std::exit(throwing(std::bad_alloc())), ExitedWithCode(3), "^vek: out of memory\n$");
+    EXPECT_EXIT(std::exit(throwing(vek::formats::Failure(vek::formats::unwritable, "full"))),
+                ExitedWithCode(4), "^vek: full\n$");
+}
+
+TEST(Ending, LeavesNothingOfAFileThatWasBegun) {
+    const WorkFolder folder;
+    folder.write("log.csv", "Name\nA\n");
+    const std::string path = folder.path() / "log.csv";
+    const auto write = [&]() -> int {
+        vek::formats::Output out(path, std::make_unique<vek::formats::FileSink>(path));
+        for (int i = 0; i < 40; ++i) out.write(std::string(1 << 20, 'x'));
+        EXPECT_GT(folder.names().size(), 1u) << "nothing was written beside the file";
+        throw 7;
+    };
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(endOf(write), 3);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "vek: cannot go on\n");
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"log.csv"});
+    EXPECT_EQ(folder.read("log.csv"), "Name\nA\n");
+}

@@ -1,0 +1,176 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "cli/program.h"
+
+namespace {
+
+using json = nlohmann::ordered_json;
+
+// Of what formats are made, and what they find out about a file.
+const std::string pieces[] = {"Heading",
+                              "Column",
+                              "Data",
+                              "VEKDB",
+                              "VEKDB:",
+                              "VEKDB:Rev 1",
+                              "TITLE: x",
+                              "FCM: DROP FRAME",
+                              "OTIO_SCHEMA",
+                              "{",
+                              "[",
+                              "<fcpxml",
+                              "a;b",
+                              ";",
+                              "|",
+                              "\t",
+                              ",",
+                              "\"",
+                              "\"\"",
+                              "\n",
+                              "\r",
+                              "\r\n",
+                              "\xef\xbb\xbf",
+                              " ",
+                              "",
+                              "=1+1",
+                              "\x1f",
+                              "\x0b",
+                              "\xc3\xa9",
+                              "\xc3\xbf\xc3\xbe",
+                              "x",
+                              "01:00:00:00",
+                              "FPS",
+                              "FIELD_DELIM",
+                              "COMMAS",
+                              "Name",
+                              "Tag",
+                              "V5_FIELD_MAP",
+                              "Comments",
+                              "\\",
+                              "\\n",
+                              "\\\n",
+                              " b",
+                              "b ",
+                              "1.10",
+                              "{\"OTIO_SCHEMA\": \"Timeline.1\"}",
+                              "[1]",
+                              "Extra 1",
+                              "Name#2",
+                              "x\ny",
+                              "&Name"};
+
+class Logs {
+public:
+    explicit Logs(unsigned seed) : random_(seed) {}
+
+    json next() {
+        std::vector<std::string> names;
+        for (std::size_t i = 1 + below(4); i > 0; --i) {
+            const std::string name = text();
+            if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
+        }
+        json rows = json::array();
+        for (std::size_t i = 1 + below(4); i > 0; --i) {
+            json row = json::object();
+            for (const std::string& name : names) row[name] = text();
+            rows.push_back(row);
+        }
+        return rows;
+    }
+
+    std::string text() {
+        std::string out;
+        for (std::size_t i = below(3) == 0 ? below(4) : 1; i > 0; --i) {
+            out += pieces[below(std::size(pieces))];
+        }
+        return out;
+    }
+
+private:
+    std::size_t below(std::size_t limit) {
+        return std::uniform_int_distribution<std::size_t>(0, limit - 1)(random_);
+    }
+
+    std::mt19937 random_;
+};
+
+// VEK_ROUND_TRIPS says how many when somebody has the time for more.
+unsigned logsWanted() {
+    const char* wanted = std::getenv("VEK_ROUND_TRIPS");
+    return wanted == nullptr ? 4 : static_cast<unsigned>(std::strtoul(wanted, nullptr, 10));
+}
+
+Finish vek(const WorkFolder& folder, std::vector<std::string> words) {
+    Start start;
+    start.words = std::move(words);
+    start.words.insert(start.words.begin(), "vek");
+    return run(folder, start);
+}
+
+// What is asked of the log for editing systems tells of nothing that was lost.
+bool tellsALoss(const std::string& errors) {
+    for (std::size_t at = 0; at < errors.size();) {
+        const std::size_t end = std::min(errors.find('\n', at), errors.size());
+        const std::string line = errors.substr(at, end - at);
+        if (line.find("editing systems expect") == std::string::npos) return true;
+        at = end + 1;
+    }
+    return false;
+}
+
+json rowsOf(const WorkFolder& folder, const std::string& file) {
+    const Finish finish = vek(folder, {"convert", file, "-", "--to", "json", "--quiet"});
+    EXPECT_EQ(finish.exitCode, 0) << file << ": " << finish.errors;
+    return json::parse(finish.output, nullptr, false);
+}
+
+void expectBack(const WorkFolder& folder, const std::string& file, const json& rows) {
+    const Finish finish = vek(folder, {"convert", "in.json", file, "--fps", "25"});
+    const bool isWritten = finish.exitCode == 0;
+    ASSERT_TRUE(isWritten || finish.exitCode == 4) << finish.errors;
+    if (!isWritten || tellsALoss(finish.errors)) return;
+    EXPECT_EQ(rowsOf(folder, file), rows) << file << ":\n" << folder.read(file);
+}
+
+}  // namespace
+
+TEST(RoundTrips, GiveBackEveryTextOrTellOfItOrRefuse) {
+    for (unsigned turn = 0; turn < logsWanted(); ++turn) {
+        const WorkFolder folder;
+        Logs logs(turn);
+        folder.write("in.json", logs.next().dump());
+        const json rows = rowsOf(folder, "in.json");
+        for (const char* ending : {"vek", "csv", "tsv", "ale", "json", "jsonl", "otio"}) {
+            expectBack(folder, std::string("out.") + ending, rows);
+            ASSERT_FALSE(testing::Test::HasFailure()) << "turn " << turn;
+        }
+    }
+}
+
+TEST(RoundTrips, OfAChangedCellGiveItBackOrRefuse) {
+    for (unsigned turn = 0; turn < logsWanted(); ++turn) {
+        const WorkFolder folder;
+        Logs logs(turn);
+        folder.write("in.json", json::array({{{"Name", logs.text()}, {"Take", "1"}}}).dump());
+        const std::string value = logs.text();
+        if (value.find_first_of("{}") != std::string::npos) continue;
+        for (const char* ending : {"vek", "csv", "tsv", "ale", "json", "jsonl"}) {
+            const std::string file = std::string("log.") + ending;
+            vek(folder, {"convert", "in.json", file, "--quiet"});
+            if (!folder.has(file)) continue;  // refused
+            const std::string before = folder.read(file);
+            const Finish finish = vek(folder, {"set", file, "Name=" + value, "--every"});
+            ASSERT_TRUE(finish.exitCode == 0 || folder.read(file) == before) << finish.errors;
+            const bool isTold = finish.errors.find("changed\n") + 8 != finish.errors.size() ||
+                                finish.errors.find('\n') + 1 != finish.errors.size();
+            if (finish.exitCode != 0 || isTold) continue;
+            EXPECT_EQ(rowsOf(folder, file)[0]["Name"], value) << file << ", turn " << turn;
+        }
+    }
+}

@@ -1,0 +1,221 @@
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "cli/hostile_shapes.h"
+#include "cli/program.h"
+
+// Every command on files that are made to take long: what takes more time or memory than a file of
+// that size may, is a fault.
+namespace {
+
+// FILE is the file, COPY one that may be changed, COLUMN a column of it.
+constexpr const char* commands[] = {
+    "info FILE",
+    "info FILE --format json",
+    "check FILE",
+    "check FILE --format json",
+    "show FILE",
+    "show FILE --sort COLUMN --reverse",
+    "show FILE --where COLUMN=1",
+    "show FILE --where COLUMN~(a|b)*c",
+    "show FILE --unique COLUMN",
+    "show FILE --duplicates COLUMN",
+    "show FILE --at 01:00:00:00",
+    "show FILE --format html",
+    "show FILE --format markdown",
+    "show FILE --format json",
+    "stats FILE --fps 25",
+    "stats FILE --by COLUMN --format json",
+    "convert FILE out.vek",
+    "convert FILE out.csv --guard-formulas",
+    "convert FILE out.tsv --crlf",
+    "convert FILE out.json",
+    "convert FILE out.jsonl",
+    "convert FILE out.ale",
+    "convert FILE out.edl --fps 25 --short-reels",
+    "convert FILE out.otio --fps 25",
+    "diff FILE FILE",
+    "diff FILE FILE --key COLUMN",
+    "diff FILE small.csv --format json",
+    "merge FILE small.csv -o out.vek",
+    "merge FILE FILE --key COLUMN -o out.csv --prefer last --yes",
+    "append FILE small.csv -o out.csv",
+    "append small.csv FILE --dry-run",
+    "dedupe FILE -o out.csv",
+    "dedupe FILE --by COLUMN --ignore-case --keep filled -o out.csv",
+    "sort FILE --by COLUMN -o out.csv",
+    "sort COPY --by COLUMN --reverse",
+    "sample FILE 10% --seed 1 -o out.csv",
+    "split FILE --by COLUMN -o {COLUMN}.csv --dry-run --max-files 10000000",
+    "set COPY COLUMN=q --every",
+    "set COPY COLUMN={#}-{COLUMN|upper} --every",
+    "set FILE COLUMN~s/(.)/\\1\\1/g --every --dry-run",
+    "tag COPY --invert",
+    "untag COPY",
+    "delete COPY --where COLUMN=1",
+    "column add COPY New",
+    "column remove COPY COLUMN",
+    "column rename COPY COLUMN New",
+    "column rename COPY s/a/b/g",
+    "column order COPY COLUMN",
+    "param set COPY A b",
+    "param list FILE",
+    "timecode shift FILE 12 --fps 25 --dry-run",
+    "timecode duration FILE --fps 25 -o out.csv",
+    "container list FILE",
+};
+
+struct Bounds {
+    std::size_t size = 1 << 14;
+    double seconds = 2;
+    long megabytes = 100;
+    std::size_t every = 61;  // so many of the runs, one of these
+};
+
+// VEK_SURVEY says of how many bytes the files are when somebody has the time for all runs.
+Bounds boundsWanted() {
+    const char* size = std::getenv("VEK_SURVEY");
+    if (size == nullptr) return {};
+    return {std::strtoul(size, nullptr, 10), 2, 100, 1};
+}
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool isSanitized = true;
+#else
+constexpr bool isSanitized = false;
+#endif
+
+struct Cost {
+    int status = 0;
+    double seconds = 0;
+    long megabytes = 0;
+};
+
+double secondsOf(const timeval& time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+}
+
+[[noreturn]] void become(const WorkFolder& folder, std::vector<std::string>& words) {
+    std::vector<char*> pointers{const_cast<char*>("vek")};
+    for (std::string& word : words) pointers.push_back(word.data());
+    pointers.push_back(nullptr);
+    const rlimit most = {60, 60};
+    ::setrlimit(RLIMIT_CPU, &most);
+    const int nothing = ::open("/dev/null", O_RDWR);
+    for (int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::dup2(nothing, stream);
+    if (::chdir(folder.path().c_str()) == 0) ::execv(VEK_PROGRAM, pointers.data());
+    ::_exit(127);
+}
+
+// What the program itself takes; how busy the machine is does not count.
+Cost costOf(const WorkFolder& folder, std::vector<std::string> words) {
+    const pid_t child = ::fork();
+    if (child == 0) become(folder, words);
+    Cost cost;
+    rusage usage = {};
+    ::wait4(child, &cost.status, 0, &usage);
+    cost.seconds = secondsOf(usage.ru_utime) + secondsOf(usage.ru_stime);
+    cost.megabytes = usage.ru_maxrss / 1024;
+    return cost;
+}
+
+void replaceAll(std::string& text, std::string_view from, std::string_view to) {
+    for (std::size_t at = text.find(from); at != std::string::npos;
+         at = text.find(from, at + to.size())) {
+        text.replace(at, from.size(), to);
+    }
+}
+
+std::vector<std::string> wordsOf(const char* command, const HostileShape& shape) {
+    std::vector<std::string> words = shellWords(std::string("") + command);
+    for (std::string& word : words) {
+        if (word == "FILE") word = shape.name;
+        if (word == "COPY") word = std::string("copy-") + shape.name;
+        replaceAll(word, "COLUMN", shape.column);
+    }
+    return words;
+}
+
+std::string joined(const std::vector<std::string>& words) {
+    std::string out;
+    for (const std::string& word : words) out += (out.empty() ? "" : " ") + word;
+    return out;
+}
+
+class Survey {
+public:
+    explicit Survey(const Bounds& bounds) : bounds_(bounds) {
+        folder_.write("small.csv", "Name,Take\nA,1\n");
+    }
+
+    void of(const HostileShape& shape) {
+        const std::string text = shape.make(bounds_.size);
+        folder_.write(shape.name, text);
+        for (const char* command : commands) {
+            if (turn_++ % bounds_.every != 0) continue;
+            const std::vector<std::string> words = wordsOf(command, shape);
+            const std::string copy = std::string("copy-") + shape.name;
+            if (std::string_view(command).find("COPY") != std::string_view::npos) {
+                folder_.write(copy, text);
+            }
+            judge(words);
+        }
+        for (const std::string& name : folder_.names()) {
+            if (name != "small.csv") std::filesystem::remove(folder_.path() / name);
+        }
+    }
+
+    unsigned runs() const { return runs_; }
+
+private:
+    void judge(const std::vector<std::string>& words) {
+        const Cost cost = costOf(folder_, words);
+        ++runs_;
+        const bool isEnd = WIFEXITED(cost.status) && WEXITSTATUS(cost.status) <= 4;
+        const bool isSmall = isSanitized || cost.megabytes <= bounds_.megabytes;
+        const bool isQuick = isSanitized || cost.seconds <= bounds_.seconds;
+        if (isEnd && isSmall && isQuick) return;
+        ADD_FAILURE() << "vek " << joined(words) << ": status " << cost.status << ", "
+                      << cost.seconds << " s, " << cost.megabytes << " MB";
+    }
+
+    Bounds bounds_;
+    WorkFolder folder_;
+    std::size_t turn_ = 0;
+    unsigned runs_ = 0;
+};
+
+}  // namespace
+
+TEST(HostileFiles, TakeNoCommandLongNorMuchMemory) {
+    Survey survey(boundsWanted());
+    for (const HostileShape& shape : hostileShapes()) survey.of(shape);
+    std::printf("%u runs on %zu files of %zu bytes\n", survey.runs(), hostileShapes().size(),
+                boundsWanted().size);
+}
+
+// A text must end with its line ends, a packed one with its size: neither is read on and on.
+TEST(HostileFiles, OfNothingButZerosEndAtOnce) {
+    const WorkFolder folder;
+    const std::string zeros(8 << 20, '\0');
+    for (const char* name : {"zeros.csv", "zeros.vek", "zeros.json", "zeros.edl", "zeros"}) {
+        folder.write(name, zeros);
+        const Cost cost = costOf(folder, {"info", name});
+        EXPECT_EQ(WEXITSTATUS(cost.status), 3) << name;
+        if (isSanitized) continue;
+        EXPECT_LT(cost.seconds, 1) << name;
+        EXPECT_LT(cost.megabytes, 60) << name;
+    }
+    Start start;
+    start.words = {"vek", "info", "zeros.csv"};
+    EXPECT_EQ(run(folder, start).errors, "vek: zeros.csv:1: a zero byte, expected text\n");
+}
