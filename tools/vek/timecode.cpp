@@ -7,6 +7,7 @@
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
 #include "formats/timecode/timecode_form.h"
+#include "formats/timeline/timeline_rows.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/edits.h"
@@ -45,9 +46,10 @@ struct Work {
         edits.push_back({row, static_cast<unsigned short>(column), before, after});
     }
 
-    void leave(unsigned row, unsigned column, const std::string& expected) {
+    void leave(unsigned row, unsigned column, const std::string& expected,
+               const char* what = "the cell stays as it is") {
         odd.push_back({log.lineOf(row), log.columnName(column), inQuotes(log.cell(row, column)),
-                       expected, "the cell stays as it is"});
+                       expected, what});
     }
 };
 
@@ -131,6 +133,14 @@ std::optional<std::int64_t> lengthOf(std::string_view text, int nominal, bool dr
     return framesOf(*code, nominal);
 }
 
+// A length as a timecode that counting leaves out, such as 00:01:00;00.
+bool isNoFrame(std::string_view text, int nominal, bool drops) {
+    std::optional<Timecode> code = parseTimecode(trimmed(text));
+    if (!code) return false;
+    code->dropFrame = code->dropFrame || drops;
+    return !isCounted(*code, nominal);
+}
+
 // A frame of the day; what is past midnight begins anew.
 std::int64_t inDay(Work& work, std::int64_t frames, std::int64_t day) {
     bool isWithin = frames >= 0 && frames < day;
@@ -168,11 +178,16 @@ public:
           from_(*work.counting.rate()),
           to_(to),
           keepsFrames_(args.text("keep") == "frames"),
-          round_(args.text("round")) {}
+          round_(args.text("round")),
+          rateColumn_(isTimeline(work.log) ? work.log.findColumn("FPS") : noColumn),
+          source_(sourceColumns(work.log)) {}
 
     void cells(const std::vector<unsigned>& columns) {
         for (unsigned row : work_.rows) {
-            for (unsigned column : columns) cell(row, column);
+            const bool keepsSource = hasOtherRate(row);
+            for (unsigned column : columns) {
+                if (!keepsSource || !isOfSource(column)) cell(row, column);
+            }
             countAnew(row);
         }
         if (inexact_ > 0) refuse();
@@ -196,6 +211,8 @@ private:
         if (rate.counting == Counting::unsaid && wasSaid && canDropFrames(to_.nominal)) {
             rate.counting = dropsAll() ? Counting::dropFrame : Counting::nonDrop;
         }
+        // Others who read a log exchange file know the number alone, and the marks in its times.
+        if (work_.log.format == Format::ale && !wasSaid) rate.counting = Counting::unsaid;
         return rate;
     }
 
@@ -249,6 +266,24 @@ private:
                           "down or up, or with --keep frames"};
     }
 
+    // Clips of a timeline have rates of their own.
+    bool hasOtherRate(unsigned row) {
+        if (rateColumn_ == noColumn) return false;
+        const std::optional<FrameRate> own = parseFrameRate(work_.log.cell(row, rateColumn_));
+        if (!own) return false;
+        if (!own->isAsFastAs(from_)) {
+            work_.leave(row, rateColumn_, "the rate of the log, " + rateText(from_),
+                        "its source times stay as they are");
+            return true;
+        }
+        work_.put(row, rateColumn_, rateText({to_.nominal, to_.isSlowed}));
+        return false;
+    }
+
+    bool isOfSource(unsigned column) const {
+        return column == source_.start || column == source_.end;
+    }
+
     // Edit lists say row by row how they count.
     void countAnew(unsigned row) {
         unsigned column = work_.log.findColumn("FCM");
@@ -263,6 +298,8 @@ private:
     FrameRate to_;
     bool keepsFrames_;
     std::string round_;
+    unsigned rateColumn_;
+    RangeColumns source_;
     std::size_t inexact_ = 0;
     std::string first_;
 };
@@ -316,7 +353,7 @@ void ends(Work& work, unsigned start, unsigned length, unsigned into) {
         std::string_view text = trimmed(work.log.cell(row, length));
         if (!code || text.empty()) continue;
         std::optional<std::int64_t> frames = lengthOf(text, work.nominal(), code->dropFrame);
-        if (!frames) {
+        if (!frames || isNoFrame(text, work.nominal(), code->dropFrame)) {
             work.leave(row, length, "frames (48) or a timecode");
             continue;
         }

@@ -4,7 +4,7 @@
 
 #include <vekdb/host/text_util.h>
 #include "formats/choosing/conditions.h"
-#include "formats/choosing/range_test.h"
+#include "formats/choosing/ranges.h"
 #include "formats/choosing/same_values.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/written_names.h"

@@ -331,7 +331,26 @@ private:
         if (places_.record.start == noColumn) return takeNextTimes(row, event);
         isWhole = takeTime(row, places_.record.start, event[edlRecordIn]) &&
                   takeTime(row, places_.record.end, event[edlRecordOut]);
-        return isWhole || leaveOut(row, "no start and end in the record");
+        if (!isWhole) return leaveOut(row, "no start and end in the record");
+        if (hasNoFrame(row, event, edlSourceIn, edlRecordOut)) {
+            lose("times of frames that are not there at the rate", row);
+        }
+        return true;
+    }
+
+    // Whether a time from one field to another names no frame, where the rate is known.
+    bool hasNoFrame(unsigned row, const EdlEvent& event, std::size_t from, std::size_t to) const {
+        if (counting_.nominal() == 0) return false;
+        return std::any_of(&event[from], &event[to] + 1, [&](const std::string& text) {
+            return !isCounted(counted(row, text), counting_.nominal());
+        });
+    }
+
+    Timecode counted(unsigned row, const std::string& text) const {
+        Timecode code = *parseTimecode(text);
+        code.dropFrame = code.dropFrame ||
+                         counting_.counting(sheet_.view->baseIndex(row)) == Counting::dropFrame;
+        return code;
     }
 
     bool takeTime(unsigned row, unsigned column, std::string& to) const {
@@ -344,10 +363,11 @@ private:
 
     // The events one behind the other, where a log says nothing of a record.
     bool takeNextTimes(unsigned row, EdlEvent& event) {
-        Timecode start = *parseTimecode(event[edlSourceIn]);
-        Timecode end = *parseTimecode(event[edlSourceOut]);
-        start.dropFrame = start.dropFrame ||
-                          counting_.counting(sheet_.view->baseIndex(row)) == Counting::dropFrame;
+        if (hasNoFrame(row, event, edlSourceIn, edlSourceOut)) {
+            return leaveOut(row, "a frame that is not there at the rate", "one that is");
+        }
+        const Timecode start = counted(row, event[edlSourceIn]);
+        const Timecode end = counted(row, event[edlSourceOut]);
         int nominal = counting_.nominal();
         std::optional<std::int64_t> frames = framesBetween(start, end, nominal);
         if (!frames) return leaveOut(row, "an end before the start");

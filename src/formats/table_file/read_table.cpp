@@ -7,7 +7,7 @@
 #include <vekdb/host/text_util.h>
 #include <vekdb/row_choice.h>
 #include "formats/choosing/conditions.h"
-#include "formats/choosing/range_test.h"
+#include "formats/choosing/ranges.h"
 #include "formats/reading/limits.h"
 #include "formats/reading/read_errors.h"
 #include "formats/reading/readers.h"

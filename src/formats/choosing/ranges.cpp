@@ -1,4 +1,4 @@
-#include "formats/choosing/range_test.h"
+#include "formats/choosing/ranges.h"
 
 #include <algorithm>
 #include <compare>
