@@ -4,6 +4,7 @@
 
 #include <vekdb/host/text_util.h>
 #include "formats/delimited/delimiters.h"
+#include "formats/packed/packed.h"
 #include "formats/reading/decoding.h"
 #include "formats/reading/readers.h"
 #include "formats/text/text_lines.h"
@@ -293,6 +294,7 @@ void readAs(Format format, Input& input, const Wanted& wanted, Log& log) {
 
 void writeSheet(const Sheet& sheet, Format target, const WriteStyle& style, Output& out,
                 Losses& losses) {
+    if (isPackedName(out.name())) out.encode("", true);
     entryOf(target).write(sheet, style, out, losses);
 }
 

@@ -30,6 +30,21 @@ TEST(PackedFiles, AreReadAndWrittenBackPacked) {
     EXPECT_NE(shell(folder, "gzip -dc b.vek.gz").output.find("\"A001\",\"99\""), std::string::npos);
 }
 
+TEST(PackedFiles, CopiesArePackedWhereTheirNameSaysSo) {
+    WorkFolder folder;
+    folder.write("a.csv", "Name;Take\nB;1\nA;2\n");
+    EXPECT_EQ(shell(folder, "gzip -k a.csv").exitCode, 0);
+    EXPECT_EQ(vek(folder, "sort a.csv.gz --by Name -o plain.csv").exitCode, 0);
+    EXPECT_EQ(folder.read("plain.csv"), "Name;Take\nA;2\nB;1\n");
+    EXPECT_EQ(vek(folder, "set a.csv Take=9 --every -o set.csv.GZ").exitCode, 0);
+    EXPECT_EQ(shell(folder, "gzip -dc < set.csv.GZ").output, "Name;Take\nB;9\nA;9\n");
+    EXPECT_EQ(vek(folder, "convert a.csv made.ale.gz --to csv").exitCode, 0);
+    EXPECT_EQ(shell(folder, "gzip -dc made.ale.gz").output, "Name,Take\nB,1\nA,2\n");
+    EXPECT_EQ(shell(folder, "cp a.csv named.csv.gz").exitCode, 0);
+    EXPECT_EQ(vek(folder, "set named.csv.gz Take=3 --where Name==A").exitCode, 0);
+    EXPECT_EQ(folder.read("named.csv.gz"), "Name;Take\nB;1\nA;3\n");
+}
+
 TEST(PackedFiles, SeveralBehindOneAnotherAreOneText) {
     WorkFolder folder;
     const std::string make = "(printf 'Name\\nA\\n' | gzip; printf 'B\\n' | gzip) > a.csv.gz";

@@ -5,6 +5,7 @@
 
 #include <vekdb/host/text_util.h>
 #include "formats/log/column_names.h"
+#include "formats/packed/packed.h"
 #include "formats/reading/decoding.h"
 #include "formats/reading/input.h"
 #include "formats/text/suggestion.h"
@@ -16,8 +17,7 @@ namespace vek::formats {
 namespace {
 
 std::string withoutGz(const std::string& path) {
-    const bool isGz = path.size() > 3 && sameText(path.substr(path.size() - 3), ".gz");
-    return isGz ? path.substr(0, path.size() - 3) : path;
+    return isPackedName(path) ? path.substr(0, path.size() - 3) : path;
 }
 
 }  // namespace

@@ -6,12 +6,17 @@
 
 #include <vekdb/host/text_block.h>
 #include "formats/reading/opening.h"
+#include "formats/text/text_lines.h"
 
 /// Texts packed by gzip. packed.cpp is the only place that knows zlib; where the program is built
 /// without it, every packed text is refused.
 namespace vek::formats {
 
 bool isPacked(std::string_view head);
+/// Whether a file is called as packed ones are: "day.csv.gz".
+inline bool isPackedName(std::string_view path) {
+    return path.size() > 3 && sameText(path.substr(path.size() - 3), ".gz");
+}
 
 /// What was packed. A Failure with `unreadable` for what was not packed whole, and for more than
 /// mostUnpacked of its bytes.

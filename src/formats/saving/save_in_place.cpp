@@ -5,7 +5,9 @@
 #include <numeric>
 
 #include "formats/delimited/row_lengths.h"
+#include "formats/formats.h"
 #include "formats/json/json_in_place.h"
+#include "formats/packed/packed.h"
 #include "formats/reading/input.h"
 #include "formats/reading/progress.h"
 #include "formats/saving/patched_text.h"
@@ -250,13 +252,23 @@ bool isChangedInPlace(Format format) {
     }
 }
 
+namespace {
+
+// A copy is packed where its name says so; a name that says nothing leaves it as it came.
+bool isPackedAs(const Log& log, const std::string& name) {
+    if (name == log.path) return log.form.isPacked;
+    return isPackedName(name) || (log.form.isPacked && !hasTargetEnding(name));
+}
+
+}  // namespace
+
 InPlace::InPlace(const Log& log) : log(log), rows(allRows(log)), columns(allColumns(log)) {}
 
 bool writeInPlace(const InPlace& now, bool mayStay, Output& out, Losses& losses) {
     const Log& log = now.log;
     requireWhole(log);
     if (log.format != Format::plainCsv) targetOf(log);
-    out.encode(log.form.encoding, log.form.isPacked);
+    out.encode(log.form.encoding, isPackedAs(log, out.name()));
     const Saving saving{log, unnamedLast(log, now.columns), out.name(), losses};
     PatchedText text = patched(saving, now.rows);
     if (mayStay && text.isFile(log.source->places.size())) return false;
