@@ -45,6 +45,17 @@ TEST(PackedFiles, CopiesArePackedWhereTheirNameSaysSo) {
     EXPECT_EQ(folder.read("named.csv.gz"), "Name;Take\nB;1\nA;3\n");
 }
 
+TEST(PackedFiles, AndThoseInOtherEncodingsAreChangedWhateverTheirSize) {
+    WorkFolder folder;
+    std::string text = "a,b\n";
+    while (text.size() < 2500000) text += "1,2\n";
+    folder.write("a.csv", text);
+    EXPECT_EQ(shell(folder, "iconv -f UTF-8 -t UTF-16 a.csv > u.csv; gzip a.csv").exitCode, 0);
+    EXPECT_EQ(vek(folder, "set u.csv a=7 --every").exitCode, 0);
+    EXPECT_EQ(vek(folder, "set a.csv.gz a=7 --every").exitCode, 0);
+    EXPECT_EQ(vek(folder, "diff u.csv a.csv.gz").exitCode, 0);
+}
+
 TEST(PackedFiles, SeveralBehindOneAnotherAreOneText) {
     WorkFolder folder;
     const std::string make = "(printf 'Name\\nA\\n' | gzip; printf 'B\\n' | gzip) > a.csv.gz";

@@ -139,6 +139,7 @@ std::string_view Input::text() {
 void Input::become(Quor::Ptr<TextBlock> text) {
     requireBytes(text->size());
     size_ = text->size();
+    expected_ = size_;
     text_ = std::move(text);
     isWhole_ = true;
     isRegular_ = false;
