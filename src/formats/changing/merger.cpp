@@ -68,10 +68,16 @@ std::string counts(const Log& log) {
     return concat(log.name, drops ? " counts drop-frame" : " counts non-drop");
 }
 
+// A rate without a word on it counts every frame.
+Counting saidCounting(const Log& log) {
+    const Counting said = LogCounting(log).countingOfAll();
+    return said == Counting::unsaid && rateOf(log) ? Counting::nonDrop : said;
+}
+
 // Nor does anything tell which rows count drop-frame where colons stand before the frames.
 void refuseOtherCounting(const Log& into, const Log& from) {
-    const Counting ours = LogCounting(into).countingOfAll();
-    const Counting theirs = LogCounting(from).countingOfAll();
+    const Counting ours = saidCounting(into);
+    const Counting theirs = saidCounting(from);
     if (ours == Counting::unsaid || theirs == Counting::unsaid || ours == theirs) return;
     throw Failure{contradiction, concat(counts(from), " by its FPS or FCM, and ", counts(into),
                                         joinedAllTheSame(into))};
