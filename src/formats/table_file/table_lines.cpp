@@ -8,7 +8,6 @@
 #include <vekdb/host/text_util.h>
 #include "formats/reading/input.h"
 #include "formats/text/text_lines.h"
-#include "vekdb/lines/table_text.h"
 
 namespace vek::formats {
 
@@ -180,7 +179,7 @@ bool isMagicLine(std::string_view line) {
     file.appendLine(line);
     dbrecord values(0);
     values.read(file);
-    return values.get_num_fields() > 0 && isMagicName(values.fieldView(0));
+    return values.get_num_fields() > 0 && sameText(values.fieldView(0), "VEKDB");
 }
 
 std::vector<Problem> problemsOfTableText(Input& input, const Log& log) {
