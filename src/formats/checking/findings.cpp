@@ -1,0 +1,319 @@
+#include "formats/checking/findings.h"
+
+#include <algorithm>
+#include <iterator>
+#include <unordered_map>
+
+#include <vekdb/host/keyed_hash.h>
+#include "formats/reading/input.h"
+#include "formats/table_file/table_lines.h"
+#include "formats/table_file/table_rows.h"
+#include "formats/text/text_lines.h"
+#include "formats/timecode/clip_columns.h"
+#include "formats/timecode/counting.h"
+
+namespace vek::formats {
+
+namespace {
+
+// Most cells are too long or too short for one.
+bool isTimecode(std::string_view text) {
+    return text.size() >= 8 && text.size() <= 11 && parseTimecode(text).has_value();
+}
+
+bool isKeycode(std::string_view text) {
+    return text.size() >= 4 && text[text.size() - 3] == '+' && parseKeycode(text).has_value();
+}
+
+// What the filled cells of a column are.
+struct ColumnKinds {
+    std::size_t filled = 0;
+    std::size_t timecodes = 0;
+    std::size_t keycodes = 0;
+
+    void add(std::string_view cell) {
+        if (cell.empty()) return;
+        ++filled;
+        cell = trimmed(cell);
+        timecodes += isTimecode(cell) ? 1 : 0;
+        keycodes += isKeycode(cell) ? 1 : 0;
+    }
+    bool areMostly(std::size_t count) const { return filled > 0 && count * 2 >= filled; }
+};
+
+// Goes through a log and notes everything that is wrong with it.
+class Checker {
+public:
+    Checker(const Log& log, Input& input, const Gauge& gauge)
+        : log_(log),
+          input_(input),
+          gauge_(gauge),
+          counting_(log),
+          ranges_(rangeColumns(log)),
+          problems_(log.problems) {}
+
+    std::vector<Problem> check() {
+        found_.push_back(counting_.contradictions());
+        if (log_.format == Format::table) found_.push_back(problemsOfTableText(input_, log_));
+        const std::size_t first = found_.size();
+        found_.resize(first + log_.columnCount() + ranges_.size());
+        checkRows(first);
+        found_.emplace_back();
+        checkIdentifiers();
+        for (std::vector<Problem>& some : found_) {
+            std::move(some.begin(), some.end(), std::back_inserter(problems_));
+        }
+        std::stable_sort(problems_.begin(), problems_.end(),
+                         [](const Problem& a, const Problem& b) { return a.line < b.line; });
+        return problems_;
+    }
+
+    /// How many of them are remarks, about what is odd and yet right.
+    std::size_t remarks() const { return remarks_; }
+
+private:
+    void add(unsigned row, unsigned column, const std::string& found, const std::string& expected) {
+        found_[at_].push_back({log_.lineOf(row), log_.columnName(column), found, expected, ""});
+    }
+
+    // A column whose cells are looked at one by one.
+    struct CodeColumn {
+        unsigned column;
+        bool hasKeycodes;
+    };
+
+    // The rows are gone through once for all columns. What is found is told column by column.
+    void checkRows(std::size_t first) {
+        const std::vector<CodeColumn> codes = codeColumns();
+        std::vector<std::string_view> cells(log_.columnCount());
+        for (unsigned row = 0; row < log_.rowCount(); ++row) {
+            log_.cells(row, cells);
+            for (const CodeColumn& code : codes) {
+                at_ = first + code.column;
+                checkCode(row, code, cells[code.column]);
+            }
+            if (log_.format != Format::table) checkHolds(first, row, cells);
+            at_ = first + cells.size();
+            for (const RangeColumns& pair : ranges_) {
+                checkRange(row, pair, cells[pair.start], cells[pair.end]);
+                ++at_;
+            }
+        }
+        at_ = first + cells.size() + ranges_.size();
+    }
+
+    // What most of a column's cells are is counted where no type says it.
+    std::vector<CodeColumn> codeColumns() const {
+        std::vector<unsigned> untyped;
+        for (unsigned i = 0; i < log_.columnCount(); ++i) {
+            if (!isTyped(i)) untyped.push_back(i);
+        }
+        const std::vector<ColumnKinds> counts = kindsOf(untyped);
+        std::vector<CodeColumn> codes;
+        for (unsigned i = 0; i < counts.size(); ++i) {
+            const ColumnKinds& kinds = counts[i];
+            if (isTyped(i) || kinds.areMostly(kinds.timecodes))
+                codes.push_back({i, false});
+            else if (kinds.areMostly(kinds.keycodes))
+                codes.push_back({i, true});
+        }
+        return codes;
+    }
+
+    std::vector<ColumnKinds> kindsOf(const std::vector<unsigned>& columns) const {
+        std::vector<ColumnKinds> counts(log_.columnCount());
+        std::vector<std::string_view> cells(counts.size());
+        for (unsigned row = 0; row < log_.rowCount(); ++row) {
+            log_.cells(row, cells);
+            for (unsigned column : columns) counts[column].add(cells[column]);
+        }
+        return counts;
+    }
+
+    bool isTyped(unsigned column) const {
+        const DBFieldTypes::eType type = log_.table->get_field_type(column);
+        return type == DBFieldTypes::timecode || type == DBFieldTypes::timecode_s;
+    }
+
+    void checkCode(unsigned row, const CodeColumn& code, std::string_view cell) {
+        if (cell.empty()) return;
+        if (code.hasKeycodes)
+            checkKeycode(row, code.column, trimmed(cell));
+        else
+            checkTimecode(row, code.column, cell);
+    }
+
+    void checkHolds(std::size_t first, unsigned row, const std::vector<std::string_view>& cells) {
+        if (areSurelyKept(cells.data(), cells.size())) return;
+        for (unsigned i = 0; i < cells.size(); ++i) {
+            at_ = first + i;
+            checkHolds(row, i, cells[i]);
+        }
+    }
+
+    void checkTimecode(unsigned row, unsigned column, std::string_view cell) {
+        std::optional<Timecode> code = parseTimecode(cell);
+        if (!code)
+            add(row, column, inQuotes(cell), "a timecode such as 01:00:00:00");
+        else
+            checkCounting(row, column, cell, *code);
+    }
+
+    // Drop-frame counting leaves out the first numbers of most minutes. How many frames a
+    // second has is known from the log; logs of two rates name the higher one.
+    void checkCounting(unsigned row, unsigned column, std::string_view cell, const Timecode& code) {
+        int nominal = counting_.nominal();
+        if (nominal != 0 && code.frames >= nominal) {
+            add(row, column, inQuotes(cell),
+                "frames below " + std::to_string(nominal) + ", as the FPS parameter says");
+        } else if (isLeftOut(row, code)) {
+            addLeftOut(row, column, cell);
+        } else if (code.dropFrame && !mayDrop(row)) {
+            add(row, column, inQuotes(cell),
+                "a colon before the frames, as FPS or FCM says that none are dropped");
+        }
+    }
+
+    bool mayDrop(unsigned row) const {
+        bool canDrop = counting_.nominal() == 0 || canDropFrames(counting_.nominal());
+        return canDrop && counting_.counting(row) != Counting::nonDrop;
+    }
+
+    int nominalOfDropFrame() const {
+        return canDropFrames(counting_.nominal()) && counting_.nominal() != 0 ? counting_.nominal()
+                                                                              : 30;
+    }
+
+    bool isLeftOut(unsigned row, Timecode code) const {
+        code.dropFrame = code.dropFrame || counting_.counting(row) == Counting::dropFrame;
+        int nominal = nominalOfDropFrame();
+        return code.frames < nominal && !isCounted(code, nominal);
+    }
+
+    void addLeftOut(unsigned row, unsigned column, std::string_view cell) {
+        std::string first = std::to_string(droppedEachMinute(nominalOfDropFrame()));
+        add(row, column, inQuotes(cell),
+            "frame 0" + first + " or later: drop-frame counting leaves out " +
+                (first == "2" ? "00 and 01 here" : "the numbers before it here"));
+    }
+
+    void checkKeycode(unsigned row, unsigned column, std::string_view cell) {
+        if (cell.empty()) return;
+        std::optional<Keycode> code = parseKeycode(cell);
+        if (!code)
+            add(row, column, inQuotes(cell), "a keycode that ends in feet+frames");
+        else if (code->frames >= gauge_.mostFramesInFoot())
+            add(row, column, inQuotes(cell),
+                "frames below " + std::to_string(gauge_.mostFramesInFoot()) + ", as " +
+                    gauge_.title + " has, or another --gauge");
+    }
+
+    // What a table file would change. A table's own cells have been through one already; what
+    // was lost on the way is told by its lines.
+    void checkHolds(unsigned row, unsigned column, std::string_view cell) {
+        if (cell.size() > longestTableValue) {
+            add(row, column, "a value of " + std::to_string(cell.size()) + " bytes",
+                "at most 4094, which is what a table file holds");
+        }
+        TableLoss loss = tableFileLoss(cell);
+        if (loss != TableLoss::none) add(row, column, inQuotes(cell), wantedInsteadOf(loss));
+    }
+
+    static const char* wantedInsteadOf(TableLoss loss) {
+        switch (loss) {
+            case TableLoss::blanks:
+                return "no blanks at the ends, which a table file drops";
+            case TableLoss::carriageReturns:
+                return "no carriage returns, which a table file drops";
+            case TableLoss::backslash:
+                return "no backslash before n or a line end, which a table file changes";
+            default:
+                return "a text that a table file holds";
+        }
+    }
+
+    void checkRange(unsigned row, const RangeColumns& pair, std::string_view start,
+                    std::string_view end) {
+        std::optional<Timecode> from = parseTimecode(start);
+        std::optional<Timecode> to = parseTimecode(end);
+        if (from && to)
+            checkTimes(row, pair, *from, *to);
+        else if (endsBefore(parseKeycode(start), parseKeycode(end)))
+            addEndBefore(row, pair);
+    }
+
+    void checkTimes(unsigned row, const RangeColumns& pair, const Timecode& from,
+                    const Timecode& to) {
+        if (isOverMidnight(from, to))
+            addRemark(row, pair);
+        else if (to.order() < from.order())
+            addEndBefore(row, pair);
+        if (from.dropFrame == to.dropFrame || !mayDrop(row)) return;
+        add(row, pair.end, inQuotes(log_.cell(row, pair.end)),
+            "the form of the start " + inQuotes(log_.cell(row, pair.start)) +
+                ": a semicolon before the frames of both, or of none");
+    }
+
+    void addEndBefore(unsigned row, const RangeColumns& pair) {
+        add(row, pair.end, inQuotes(log_.cell(row, pair.end)),
+            "an end that is not before the start " + inQuotes(log_.cell(row, pair.start)));
+    }
+
+    void addRemark(unsigned row, const RangeColumns& pair) {
+        ++remarks_;
+        found_[at_].push_back({log_.lineOf(row), log_.columnName(pair.end),
+                               inQuotes(log_.cell(row, pair.end)) + " is before the start " +
+                                   inQuotes(log_.cell(row, pair.start)),
+                               "", "remark: a clip over midnight"});
+    }
+
+    bool endsBefore(const std::optional<Keycode>& start, const std::optional<Keycode>& end) const {
+        return start && end && sameText(start->roll, end->roll) &&
+               !perforationsBetween(*start, *end, gauge_);
+    }
+
+    void checkIdentifiers() {
+        unsigned column = log_.findColumn("Cookie");
+        if (column == noColumn) return;
+        std::unordered_map<std::string_view, unsigned, Quor::KeyedHash> first;
+        for (unsigned row = 0; row < log_.rowCount(); ++row) {
+            std::string_view cell = log_.cell(row, column);
+            if (cell.empty()) continue;
+            auto [entry, isNew] = first.try_emplace(cell, row);
+            if (isNew) continue;
+            add(row, column, inQuotes(cell),
+                "an identifier of its own; line " + std::to_string(log_.lineOf(entry->second)) +
+                    " has it already");
+        }
+    }
+
+    const Log& log_;
+    Input& input_;
+    const Gauge& gauge_;
+    LogCounting counting_;
+    std::vector<RangeColumns> ranges_;
+    std::vector<Problem> problems_;
+    // In the order in which they are told of one line: what is said of the whole log, its lines,
+    // each column, each range, identifiers.
+    std::vector<std::vector<Problem>> found_;
+    std::size_t at_ = 0;  // what is found now belongs there
+    std::size_t remarks_ = 0;
+};
+
+}  // namespace
+
+Findings findingsOf(const Log& log, Input& input, const Gauge& gauge) {
+    Checker checker(log, input, gauge);
+    Findings findings{log.name};
+    findings.problems = checker.check();
+    findings.remarks = checker.remarks();
+    findings.more = log.moreProblems;
+    findings.notRead = log.notRead;
+    return findings;
+}
+
+bool isRemark(const Problem& problem) {
+    return problem.outcome.starts_with("remark");
+}
+
+}  // namespace vek::formats
