@@ -1,13 +1,8 @@
 #include <algorithm>
-#include <unordered_map>
-#include <unordered_set>
 
 #include <vekdb/formats/keycode.h>
-#include <vekdb/host/keyed_hash.h>
-#include <vekdb/host/strxcmp.h>
+#include "formats/summing/clip_sums.h"
 #include "formats/text/text_lines.h"
-#include "formats/timecode/clip_columns.h"
-#include "formats/timecode/counting.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/grid.h"
@@ -20,120 +15,6 @@ namespace vek {
 
 namespace {
 
-// Where a log keeps what statistics are made of.
-struct Places {
-    unsigned scene;
-    unsigned take;
-    RangeColumns time;
-    RangeColumns keycode;
-
-    explicit Places(const Log& log)
-        : scene(firstColumn(log, {"Scene"})),
-          take(firstColumn(log, {"Take"})),
-          time(sourceColumns(log)),
-          keycode(keycodeColumns(log)) {}
-};
-
-struct Rates {
-    LogCounting counting;
-    const Gauge& gauge;
-
-    int nominal() const { return counting.nominal(); }  // 0 where it is not known
-};
-
-// The sums over the rows of one group.
-struct Sums {
-    std::size_t clips = 0;
-    std::unordered_set<std::string_view, Quor::KeyedHash> scenes;  // of the log's own cells
-    std::size_t takes = 0;
-    std::int64_t frames = 0;
-    std::size_t untimed = 0;
-    bool dropFrame = false;
-    std::int64_t perforations = 0;
-    std::size_t unfilmed = 0;
-};
-
-struct Group {
-    std::string name;
-    Sums sums;
-};
-
-using Groups = std::vector<Group>;
-
-bool isBefore(const Group& a, const Group& b) {
-    int order = strxcmp(std::string_view(a.name), std::string_view(b.name));
-    return order != 0 ? order < 0 : a.name < b.name;
-}
-
-// What one row adds to the sums of its group.
-struct Clip {
-    std::string_view scene;
-    bool isTake = false;
-    bool isUntimed = false;
-    bool dropFrame = false;
-    bool isUnfilmed = false;
-    std::int64_t frames = 0;
-    std::int64_t perforations = 0;
-};
-
-class Counter {
-public:
-    Counter(const Log& log, const Rates& rates) : log_(log), rates_(rates), places_(log) {}
-
-    Clip clip(unsigned row) const {
-        Clip clip;
-        if (places_.scene != noColumn) clip.scene = log_.cell(row, places_.scene);
-        clip.isTake = places_.take != noColumn && !log_.cell(row, places_.take).empty();
-        readTime(row, clip);
-        readFilm(row, clip);
-        return clip;
-    }
-
-    const Places& places() const { return places_; }
-
-private:
-    void readTime(unsigned row, Clip& clip) const {
-        if (places_.time.start == noColumn || rates_.nominal() == 0) return;
-        std::optional<Timecode> start = rates_.counting.timecode(row, places_.time.start);
-        std::optional<Timecode> end = rates_.counting.timecode(row, places_.time.end);
-        std::optional<std::int64_t> frames;
-        if (start && end) frames = framesBetween(*start, *end, rates_.nominal());
-        clip.isUntimed = !frames;
-        if (!frames) return;
-        clip.frames = *frames;
-        clip.dropFrame = start->dropFrame || end->dropFrame;
-    }
-
-    // Clips without film have no keycodes, and nothing that could be left out.
-    void readFilm(unsigned row, Clip& clip) const {
-        if (places_.keycode.start == noColumn) return;
-        std::string_view head = log_.cell(row, places_.keycode.start);
-        std::string_view tail = log_.cell(row, places_.keycode.end);
-        if (trimmed(head).empty() && trimmed(tail).empty()) return;
-        std::optional<Keycode> start = parseKeycode(head);
-        std::optional<Keycode> end = parseKeycode(tail);
-        std::optional<std::int64_t> length;
-        if (start && end) length = perforationsBetween(*start, *end, rates_.gauge);
-        clip.perforations = length.value_or(0);
-        clip.isUnfilmed = !length;
-    }
-
-    const Log& log_;
-    const Rates& rates_;
-    Places places_;
-};
-
-void addTo(Sums& sums, const Clip& clip) {
-    ++sums.clips;
-    if (!clip.scene.empty()) sums.scenes.insert(clip.scene);
-    sums.takes += clip.isTake ? 1 : 0;
-    sums.frames += clip.frames;
-    sums.untimed += clip.isUntimed ? 1 : 0;
-    sums.dropFrame = sums.dropFrame || clip.dropFrame;
-    sums.perforations += clip.perforations;
-    sums.unfilmed += clip.isUnfilmed ? 1 : 0;
-}
-
 std::string bar(std::int64_t value, std::int64_t most, std::size_t width) {
     if (most <= 0) return {};
     auto length = static_cast<std::size_t>(value) * width / static_cast<std::size_t>(most);
@@ -142,32 +23,21 @@ std::string bar(std::int64_t value, std::int64_t most, std::size_t width) {
     return out;
 }
 
-void addTo(Sums& total, const Sums& sums) {
-    total.clips += sums.clips;
-    total.scenes.insert(sums.scenes.begin(), sums.scenes.end());
-    total.takes += sums.takes;
-    total.frames += sums.frames;
-    total.untimed += sums.untimed;
-    total.dropFrame = total.dropFrame || sums.dropFrame;
-    total.perforations += sums.perforations;
-    total.unfilmed += sums.unfilmed;
-}
-
 // What is printed about a group; columns for which the log has nothing are left out.
 class StatsTable {
 public:
-    StatsTable(const Rates& rates, const Places& places, unsigned column)
+    StatsTable(const ClipRates& rates, const ClipPlaces& places, unsigned column)
         : rates_(rates),
           hasScenes_(places.scene != noColumn && places.scene != column),
           hasTakes_(places.take != noColumn),
           hasTime_(places.time.start != noColumn && rates.nominal() != 0),
           hasFilm_(places.keycode.start != noColumn) {}
 
-    void print(const std::string& title, const Groups& groups, const Screen& screen,
+    void print(const std::string& title, const ClipGroups& groups, const Screen& screen,
                Printout& out) {
         Grid grid;
         grid.columns = titles(title);
-        Sums total;
+        ClipSums total;
         for (const auto& [name, sums] : groups) addTo(total, sums);
         std::int64_t most = 0;
         for (const auto& [name, sums] : groups) most = std::max(most, weight(sums));
@@ -198,7 +68,7 @@ private:
         return columns;
     }
 
-    std::vector<std::string> cells(const std::string& name, const Sums& sums) const {
+    std::vector<std::string> cells(const std::string& name, const ClipSums& sums) const {
         std::vector<std::string> out = {name, std::to_string(sums.clips)};
         if (hasScenes_) out.push_back(std::to_string(sums.scenes.size()));
         if (hasTakes_) out.push_back(std::to_string(sums.takes));
@@ -207,11 +77,11 @@ private:
         return out;
     }
 
-    std::int64_t weight(const Sums& sums) const {
+    std::int64_t weight(const ClipSums& sums) const {
         return hasTime_ ? sums.frames : static_cast<std::int64_t>(sums.clips);
     }
 
-    const Rates& rates_;
+    const ClipRates& rates_;
     bool hasScenes_;
     bool hasTakes_;
     bool hasTime_;
@@ -221,11 +91,11 @@ private:
 // The sums of one group, or of all, for a program: null for what the log does not have.
 class StatsJson {
 public:
-    StatsJson(const Rates& rates, const Places& places, JsonWriter& json)
+    StatsJson(const ClipRates& rates, const ClipPlaces& places, JsonWriter& json)
         : rates_(rates), places_(places), json_(json) {}
 
-    void add(const std::string& title, const Groups& groups) {
-        Sums total;
+    void add(const std::string& title, const ClipGroups& groups) {
+        ClipSums total;
         for (const auto& [name, sums] : groups) addTo(total, sums);
         json_.beginObject();
         json_.text("column", title);
@@ -244,7 +114,7 @@ public:
     }
 
 private:
-    void addFields(const Sums& sums) {
+    void addFields(const ClipSums& sums) {
         json_.number("clips", sums.clips);
         addCount("scenes", places_.scene != noColumn, sums.scenes.size());
         addCount("takes", places_.take != noColumn, sums.takes);
@@ -265,66 +135,16 @@ private:
         isThere ? json_.number(name, count) : json_.nothing(name);
     }
 
-    const Rates& rates_;
-    const Places& places_;
+    const ClipRates& rates_;
+    const ClipPlaces& places_;
     JsonWriter& json_;
 };
 
-Rates ratesOf(const Log& log, const Args& args) {
+ClipRates ratesOf(const Log& log, const Args& args) {
     return {LogCounting(log, wantedRate(args)), wantedGauge(args)};
 }
 
-// The groups of one column. They are found by hash, and put in order once: where a value is a
-// number of many digits, to compare each row with it would take their square.
-class GroupsOfColumn {
-public:
-    explicit GroupsOfColumn(unsigned column) : column_(column) {}
-
-    // Rows of one group often stand together.
-    void add(const Log& log, unsigned row, const Clip& clip) {
-        const std::string_view value = log.cell(row, column_);
-        if (groups_.empty() || groups_[last_].name != value) last_ = placeOf(value);
-        addTo(groups_[last_].sums, clip);
-    }
-
-    Groups sorted() && {
-        std::sort(groups_.begin(), groups_.end(), isBefore);
-        return std::move(groups_);
-    }
-
-private:
-    std::size_t placeOf(std::string_view value) {
-        auto [known, isNew] = places_.try_emplace(value, groups_.size());
-        if (isNew) groups_.push_back({std::string(value), {}});
-        return known->second;
-    }
-
-    unsigned column_;
-    std::size_t last_ = 0;
-    Groups groups_;
-    std::unordered_map<std::string_view, std::size_t, Quor::KeyedHash> places_;
-};
-
-using Tables = std::vector<std::pair<std::string, Groups>>;
-
-// What a row adds is worked out once for all columns.
-Tables tablesOf(const Counter& counter, const Log& log, const VDBView& view,
-                const std::vector<unsigned>& columns) {
-    std::vector<GroupsOfColumn> groups(columns.begin(), columns.end());
-    const unsigned count = view->get_num_records();
-    for (unsigned i = 0; i < count; ++i) {
-        const unsigned row = view->baseIndex(i);
-        const Clip clip = counter.clip(row);
-        for (GroupsOfColumn& each : groups) each.add(log, row, clip);
-    }
-    Tables tables;
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        tables.emplace_back(log.columnName(columns[i]), std::move(groups[i]).sorted());
-    }
-    return tables;
-}
-
-void tellRate(const Log& log, const Rates& rates) {
+void tellRate(const Log& log, const ClipRates& rates) {
     std::string odd = rates.counting.oddRate();
     say(log.name +
         (odd.empty()
@@ -333,8 +153,8 @@ void tellRate(const Log& log, const Rates& rates) {
         "; running times need --fps");
 }
 
-void tellWhatIsMissing(const Log& log, const Groups& groups, const Rates& rates,
-                       const Places& places) {
+void tellWhatIsMissing(const Log& log, const ClipGroups& groups, const ClipRates& rates,
+                       const ClipPlaces& places) {
     if (places.time.start != noColumn && rates.nominal() == 0) tellRate(log, rates);
     std::size_t untimed = 0;
     std::size_t unfilmed = 0;
@@ -355,18 +175,14 @@ void tellWhatIsMissing(const Log& log, const Groups& groups, const Rates& rates,
 // Without --by: a table of reels and one of scenes, as far as the log has them.
 std::vector<unsigned> groupColumns(const Log& log, const Args& args) {
     if (args.has("by")) return {log.requireColumn(args.text("by"))};
-    std::vector<unsigned> columns;
-    for (unsigned column :
-         {firstColumn(log, {"Reel", "Tape", "Camroll"}), firstColumn(log, {"Scene"})}) {
-        if (column != noColumn) columns.push_back(column);
-    }
+    std::vector<unsigned> columns = clipGroupColumns(log);
     if (!columns.empty()) return columns;
     throw Failure{wrongUsage, log.name + ": no column Reel, Tape or Scene, expected --by COLUMN"};
 }
 
 // One document, with a table for each column.
-void printJson(const Log& log, const Rates& rates, const Counter& counter, const Tables& tables,
-               Printout& out) {
+void printJson(const Log& log, const ClipRates& rates, const ClipCounter& counter,
+               const ClipTables& tables, Printout& out) {
     JsonWriter json(out);
     json.beginObject();
     json.text("file", log.name);
@@ -378,8 +194,9 @@ void printJson(const Log& log, const Rates& rates, const Counter& counter, const
     json.end();
 }
 
-void printTables(const Rates& rates, const Counter& counter, const std::vector<unsigned>& columns,
-                 const Tables& tables, const Args& args, Printout& out) {
+void printTables(const ClipRates& rates, const ClipCounter& counter,
+                 const std::vector<unsigned>& columns, const ClipTables& tables, const Args& args,
+                 Printout& out) {
     Screen screen = screenOf(out, args);
     for (std::size_t i = 0; i < tables.size(); ++i) {
         if (i > 0) out.line("");
@@ -391,11 +208,11 @@ void printTables(const Rates& rates, const Counter& counter, const std::vector<u
 int run(const Args& args) {
     Selection selection = selectionFrom(args);
     Log log = readLog(args, "FILE", wantedRows(selection));
-    Rates rates = ratesOf(log, args);
+    ClipRates rates = ratesOf(log, args);
     VDBView view = selectRows(log, selection).view;
-    Counter counter(log, rates);
+    ClipCounter counter(log, rates);
     const std::vector<unsigned> columns = groupColumns(log, args);
-    const Tables tables = tablesOf(counter, log, view, columns);
+    const ClipTables tables = tablesOf(counter, log, view, columns);
     tellWhatIsMissing(log, tables.front().second, rates, counter.places());
     Printout out;
     if (tellsJson(args))

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include <vekdb/formats/keycode.h>
+#include <vekdb/host/keyed_hash.h>
+#include <vekdb/views/view.h>
+#include "formats/log/log.h"
+#include "formats/timecode/clip_columns.h"
+#include "formats/timecode/counting.h"
+
+/// Clips, scenes, takes, running time and footage, added up by the values of columns.
+namespace vek::formats {
+
+/// Where a log keeps what the sums are made of.
+struct ClipPlaces {
+    unsigned scene;
+    unsigned take;
+    RangeColumns time;
+    RangeColumns keycode;
+
+    explicit ClipPlaces(const Log& log);
+};
+
+struct ClipRates {
+    LogCounting counting;
+    const Gauge& gauge;
+
+    int nominal() const { return counting.nominal(); }  ///< 0 where it is not known
+};
+
+/// What one row adds to the sums of its group.
+struct ClipFacts {
+    std::string_view scene;
+    bool isTake = false;
+    bool isUntimed = false;
+    bool dropFrame = false;
+    bool isUnfilmed = false;
+    std::int64_t frames = 0;
+    std::int64_t perforations = 0;
+};
+
+/// The sums over the rows of one group. The log must outlive them.
+struct ClipSums {
+    std::size_t clips = 0;
+    std::unordered_set<std::string_view, Quor::KeyedHash> scenes;  ///< of the log's own cells
+    std::size_t takes = 0;
+    std::int64_t frames = 0;
+    std::size_t untimed = 0;
+    bool dropFrame = false;
+    std::int64_t perforations = 0;
+    std::size_t unfilmed = 0;
+};
+
+void addTo(ClipSums& sums, const ClipFacts& clip);
+void addTo(ClipSums& total, const ClipSums& sums);
+
+struct ClipGroup {
+    std::string name;
+    ClipSums sums;
+};
+
+/// In people's order of their names.
+using ClipGroups = std::vector<ClipGroup>;
+
+/// Works out what rows add. Log and rates must outlive it.
+class ClipCounter {
+public:
+    ClipCounter(const Log& log, const ClipRates& rates) : log_(log), rates_(rates), places_(log) {}
+
+    ClipFacts clip(unsigned row) const;
+    const ClipPlaces& places() const { return places_; }
+
+private:
+    void readTime(unsigned row, ClipFacts& clip) const;
+    void readFilm(unsigned row, ClipFacts& clip) const;
+
+    const Log& log_;
+    const ClipRates& rates_;
+    ClipPlaces places_;
+};
+
+/// The groups of each of the columns, with its name.
+using ClipTables = std::vector<std::pair<std::string, ClipGroups>>;
+ClipTables tablesOf(const ClipCounter& counter, const Log& log, const VDBView& view,
+                    const std::vector<unsigned>& columns);
+
+/// The columns whose groups people ask for first, reels and scenes, as far as the log has them.
+std::vector<unsigned> clipGroupColumns(const Log& log);
+
+}  // namespace vek::formats
