@@ -1,6 +1,5 @@
-#include <vekdb/views/field_map.h>
 #include "formats/delimited/delimited_lines.h"
-#include "formats/log/column_names.h"
+#include "formats/log/mapped_columns.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/width.h"
 #include "formats/writing/writers.h"
@@ -15,19 +14,6 @@
 namespace vek {
 
 namespace {
-
-// The columns that the file's field map shows; all of them in a file without one.
-std::vector<unsigned> mappedColumns(const Log& log) {
-    if (log.parameter("V5_FIELD_MAP").empty()) return allColumns(log);
-    DistinctNames distinct(log);
-    FieldMap map(*log.table);
-    std::vector<unsigned> columns;
-    for (unsigned n = 0; n < map.numVisible(); ++n) {
-        int column = map.getVisibleFieldIndex(static_cast<int>(n));
-        if (column >= 0) columns.push_back(static_cast<unsigned>(column));
-    }
-    return columns.empty() ? allColumns(log) : columns;
-}
 
 std::string footer(const Sheet& sheet, std::size_t matched, std::size_t columnsPrinted) {
     std::size_t shown = sheet.rowCount();

@@ -2,19 +2,17 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <numeric>
 
 #include "formats/text/width.h"
 #include "formats/text/wrapping.h"
+#include "tools/vek/cli/fitting.h"
 #include "tools/vek/cli/terminal.h"
 
 namespace vek {
 
 namespace {
 
-constexpr std::size_t gap = 2;
 constexpr std::size_t widestPadding = 200;  // where nothing is cut
-constexpr std::size_t narrowest = 12;  // a cut column still tells something; timecodes are whole
 
 // The widest cell of each column.
 std::vector<std::size_t> naturalWidths(const Grid& grid) {
@@ -27,51 +25,6 @@ std::vector<std::size_t> naturalWidths(const Grid& grid) {
         }
         widths.push_back(width);
     }
-    return widths;
-}
-
-std::size_t total(const std::vector<std::size_t>& widths, std::size_t cap) {
-    std::size_t sum = widths.empty() ? 0 : gap * (widths.size() - 1);
-    for (std::size_t width : widths) sum += std::min(width, cap);
-    return sum;
-}
-
-// Leaves columns out at the right until the others fit, each cut to the narrowest.
-void dropColumns(std::vector<std::size_t>& widths, std::size_t room) {
-    std::size_t used = 0;
-    for (std::size_t i = 0; i < widths.size(); ++i) {
-        used += std::min(widths[i], narrowest) + (i == 0 ? 0 : gap);
-        if (i == 0 || used <= room) continue;
-        widths.resize(i);
-        return;
-    }
-}
-
-// The widest cap under which all columns fit; narrow columns keep their width.
-std::size_t fittingCap(const std::vector<std::size_t>& widths, std::size_t room) {
-    std::size_t fits = 1;
-    std::size_t over = *std::max_element(widths.begin(), widths.end()) + 1;
-    while (over - fits > 1) {
-        std::size_t middle = fits + (over - fits) / 2;
-        (total(widths, middle) > room ? over : fits) = middle;
-    }
-    return fits;
-}
-
-// What a cap leaves unused goes to the columns that were cut, from the left.
-void widen(std::vector<std::size_t>& widths, std::size_t cap, std::size_t room) {
-    std::size_t spare = room - std::min(room, total(widths, cap));
-    for (std::size_t& width : widths) {
-        std::size_t more = width > cap ? std::min(width - cap, spare) : 0;
-        spare -= more;
-        width = std::min(width, cap) + more;
-    }
-}
-
-std::vector<std::size_t> fittedWidths(std::vector<std::size_t> widths, std::size_t room) {
-    if (room == 0 || widths.empty()) return widths;
-    dropColumns(widths, room);
-    widen(widths, fittingCap(widths, room), room);
     return widths;
 }
 
@@ -146,7 +99,7 @@ private:
             return;
         }
         if (!grid_.columns[i].alignsRight) line += padding;
-        line += std::string(gap, ' ');
+        line += std::string(columnGap, ' ');
     }
 
     const Grid& grid_;
@@ -166,7 +119,8 @@ public:
         }
         if (screen.width == 0) return;
         nameWidth_ = std::min(nameWidth_, std::max<std::size_t>(1, screen.width / 2));
-        valueWidth_ = screen.width > nameWidth_ + gap ? screen.width - nameWidth_ - gap : 1;
+        valueWidth_ =
+            screen.width > nameWidth_ + columnGap ? screen.width - nameWidth_ - columnGap : 1;
     }
 
     void print() {
@@ -185,7 +139,7 @@ private:
         std::size_t taken = displayWidth(name);
         name = inked(Ink::faint, name, screen_);
         for (const std::string& value : wrapped(grid_.cell(row, column), valueWidth_)) {
-            const std::size_t room = value.empty() ? 0 : nameWidth_ + gap - taken;
+            const std::size_t room = value.empty() ? 0 : nameWidth_ + columnGap - taken;
             out_.inkedLine(name + std::string(room, ' ') + value);
             name.clear();
             taken = 0;
