@@ -64,6 +64,25 @@ bool isImplied(const Log& after, const vek::Column& column) {
     return after.format() == Format::edl && column.name() == "FCM";
 }
 
+// The rate that is asked for stands in the place of the log's own.
+bool isAskedFor(const Log& after, const std::string& parameter) {
+    return after.format() == Format::ale &&
+           LightweightString<char>::icompare(parameter.c_str(), "FPS") == 0;
+}
+
+// Formats with a heading of their own may say more in it.
+std::string compareParameters(const Log& before, const Log& after) {
+    for (const vek::Parameter& parameter : before.parameters()) {
+        if (isAskedFor(after, parameter.name)) continue;
+        const auto same = after.parameter(parameter.name);
+        if (!same) return "no parameter \"" + parameter.name + "\"";
+        if (*same != before.parameter(parameter.name)) {
+            return "parameter \"" + parameter.name + "\" is \"" + *same + "\"";
+        }
+    }
+    return {};
+}
+
 // Formats with columns of their own may put them in another order.
 std::string compareLogs(const Log& before, const Log& after) {
     if (before.size() != after.size()) return "another number of rows";
@@ -74,7 +93,7 @@ std::string compareLogs(const Log& before, const Log& after) {
         const std::string wrong = compareCells(before, column, *same);
         if (!wrong.empty()) return wrong;
     }
-    return {};
+    return compareParameters(before, after);
 }
 
 bool isDamaged(const Log& log) {

@@ -231,14 +231,20 @@ private:
     }
 
     void writeHeading() {
-        if (std::string name = title(); !name.empty()) line("TITLE: " + name);
-        fcm_ = sheet_.log.parameter("FCM");
-        if (!fcm_.empty()) line("FCM: " + oneLine(fcm_));
+        writeHeadingLine("TITLE", title());
+        fcm_ = oneLine(sheet_.log.parameter("FCM"));
+        writeHeadingLine("FCM", fcm_);
         for (const Parameter& parameter : ownParameters(sheet_.log)) writeParameter(parameter);
         if (places_.record.start == noColumn) {
             losses_.addEach(out_.name() +
                             ": no record times, the events are laid end to end from 01:00:00:00");
         }
+    }
+
+    // One that a log has without a value keeps its line.
+    void writeHeadingLine(const char* name, const std::string& value) {
+        if (value.empty() && sheet_.log.table->get_param_val(name) == nullptr) return;
+        line(trimmed(concat(name, ": ", value)));
     }
 
     std::string title() {

@@ -252,7 +252,7 @@ private:
         if (columns.empty()) return;
         rows_.restore(std::move(columns), std::move(names));
         for (const auto& [name, value] : tree_.members(tree_.find(own, "parameters"))) {
-            rows_.parameter(tree_.line(value), name, tree_.text(value));
+            rows_.restoreParameter(tree_.line(value), name, tree_.text(value));
         }
         const std::optional<FrameRate> rate = parseFrameRate(textOf(own, "rate"));
         if (rate) rate_ = rate;

@@ -163,7 +163,12 @@ void TimelineRows::add(const Row& row) {
 }
 
 void TimelineRows::parameter(std::size_t line, std::string_view name, std::string_view value) {
-    if (!value.empty()) builder_.addParameter(line, name, value);
+    if (!value.empty()) restoreParameter(line, name, value);
+}
+
+void TimelineRows::restoreParameter(std::size_t line, std::string_view name,
+                                    std::string_view value) {
+    builder_.addParameter(line, name, value);
 }
 
 void TimelineRows::problem(std::size_t line, std::string found, std::string expected,

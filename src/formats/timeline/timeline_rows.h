@@ -66,7 +66,9 @@ public:
     void setTime(const char* column, const ExactTime& time, const FrameRate& rate, bool drops);
     void end();
 
+    /// Leaves out what says nothing; the other keeps all that a log had.
     void parameter(std::size_t line, std::string_view name, std::string_view value);
+    void restoreParameter(std::size_t line, std::string_view name, std::string_view value);
     void problem(std::size_t line, std::string found, std::string expected, std::string outcome);
     void finish();
 
