@@ -1,31 +1,49 @@
 #include "formats/xml/xml.h"
 
-#include <cstdlib>
+#include <algorithm>
+#include <new>
 #include <pugixml.hpp>
 
 namespace vek::formats {
 
 namespace {
 
-// What documents of this thread may still take.
-thread_local std::size_t roomLeft = 0;
+// What the library keeps of an element or a text, and of an attribute.
+constexpr std::size_t nodeBytes = 64;
+constexpr std::size_t attributeBytes = 40;
 
-constexpr std::size_t headSize = alignof(std::max_align_t);
-
-void* take(std::size_t size) {
-    if (size > roomLeft) return nullptr;
-    auto* block = static_cast<char*>(std::malloc(size + headSize));
-    if (block == nullptr) return nullptr;
-    *reinterpret_cast<std::size_t*>(block) = size;
-    roomLeft -= size;
-    return block + headSize;
+bool isBlank(char c) {
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
-void giveBack(void* memory) {
-    if (memory == nullptr) return;
-    char* const block = static_cast<char*>(memory) - headSize;
-    roomLeft += *reinterpret_cast<std::size_t*>(block);
-    std::free(block);
+// The first place behind blanks, or the end.
+std::size_t behindBlanks(std::string_view text, std::size_t at) {
+    while (at < text.size() && isBlank(text[at])) ++at;
+    return at;
+}
+
+// What the mark at a place costs: a bracket opens an element, an equals sign and a quote make an
+// attribute, and behind the end of a tag a text may stand, of blanks only where it stands alone.
+std::size_t costOf(std::string_view text, std::size_t at) {
+    if (text[at] == '<') return text.substr(at + 1, 1) == "/" ? 0 : nodeBytes;
+    const std::size_t next = behindBlanks(text, at + 1);
+    if (next == text.size()) return 0;
+    if (text[at] == '=') return text[next] == '"' || text[next] == '\'' ? attributeBytes : 0;
+    const bool isAlone = next > at + 1 && text.substr(next, 2) == "</";
+    return text[next] != '<' || isAlone ? nodeBytes : 0;
+}
+
+// Where a document has come to cost more than it may, or npos. Found out before it is made, as the
+// library's allocations are those of the whole process.
+std::size_t endOfRoom(std::string_view text, std::size_t mostMemory) {
+    std::size_t cost = 0;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const char c = text[at];
+        if (c != '<' && c != '>' && c != '=') continue;
+        cost += costOf(text, at);
+        if (cost > mostMemory) return at;
+    }
+    return text.npos;
 }
 
 pugi::xml_node nodeOf(void* node) {
@@ -79,15 +97,16 @@ XmlDocument::XmlDocument() = default;
 XmlDocument::~XmlDocument() = default;
 
 XmlDocument::Fault XmlDocument::parse(char* text, std::size_t size, std::size_t mostMemory) {
-    pugi::set_memory_management_functions(take, giveBack);
-    roomLeft = mostMemory;
+    if (const std::size_t end = endOfRoom({text, size}, mostMemory); end != std::string::npos) {
+        return {end, "more elements than " + std::to_string(mostMemory >> 20) + " MB hold"};
+    }
     parts_ = std::make_unique<Parts>();
     const pugi::xml_parse_result result = parts_->document.load_buffer_inplace(
         text, size, pugi::parse_default | pugi::parse_ws_pcdata_single, pugi::encoding_utf8);
     if (result) return {};
-    const auto offset = static_cast<std::size_t>(std::max<std::ptrdiff_t>(result.offset, 0));
-    if (result.status != pugi::status_out_of_memory) return {offset, result.description()};
-    return {offset, "more elements than " + std::to_string(mostMemory >> 20) + " MB hold"};
+    if (result.status == pugi::status_out_of_memory) throw std::bad_alloc();
+    return {static_cast<std::size_t>(std::max<std::ptrdiff_t>(result.offset, 0)),
+            result.description()};
 }
 
 XmlElement XmlDocument::root() const {
