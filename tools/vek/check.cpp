@@ -124,8 +124,9 @@ Command checkCommand() {
         "find every problem in logs",
         "Prints one line a problem, file:line:column: what was found, what was expected. It finds "
         "damaged and ragged lines, values that a table file would change on the way, timecodes "
-        "and keycodes that do not parse, drop-frame counting that contradicts itself, ends before "
-        "starts, identifiers that appear twice and unknown column types. A clip over midnight is "
+        "and keycodes that do not parse, drop-frame counting that contradicts itself, columns with "
+        "and without its semicolon, ends before starts, identifiers that appear twice and unknown "
+        "column types. A clip over midnight is "
         "a remark and no problem. Ends with 1 when it found a problem, with 3 when a file could "
         "not be read.",
         {{"vek check samples/*.vek", "several files"},

@@ -231,8 +231,9 @@ Command statsCommand() {
         "count clips, takes, running time and footage by reel and scene",
         "Counts clips, scenes and takes, and adds up running times (end minus start, in timecode "
         "of the log's FPS parameter or of --fps; drop-frame where a semicolon, the rate or FCM "
-        "says so; over midnight where that makes a clip shorter than 12 hours) and footage from "
-        "keycodes. The longest group has the longest bar.",
+        "says so; over midnight where that makes a clip shorter than 12 hours; a clip of a "
+        "timeline "
+        "runs at its own FPS) and footage from keycodes. The longest group has the longest bar.",
         {{"vek stats samples/docs.vek", "by reel, then by scene"},
          {"vek stats samples/dailies.vek --by 'cam reel'", "by any column"},
          {"vek stats samples/docs.vek --format json", "for a program"},

@@ -6,6 +6,7 @@
 #include "formats/text/written_names.h"
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
+#include "formats/timecode/drop_frame_entry.h"
 #include "formats/timecode/timecode_form.h"
 #include "formats/timeline/timeline_rows.h"
 #include "formats/writing/writers.h"
@@ -23,6 +24,7 @@ namespace vek {
 namespace {
 
 constexpr int fastestWritten = 100;  // two digits of frames
+constexpr std::int64_t mostFrames = 1'000'000'000;
 
 // A log whose timecodes are to be changed: what is found out about it, and the edits so far.
 struct Work {
@@ -33,7 +35,7 @@ struct Work {
     std::vector<Problem> odd;  // cells that stay as they are
     std::size_t overMidnight = 0;
 
-    int nominal() const { return counting.nominal(); }
+    int nominal(unsigned row, unsigned column) const { return counting.nominal(row, column); }
 
     bool drops(unsigned row, unsigned column) const {
         std::optional<Timecode> code = counting.timecode(row, column);
@@ -54,11 +56,11 @@ struct Work {
 };
 
 void requireRate(const Work& work) {
-    if (work.nominal() == 0) {
+    if (!work.counting.rate()) {
         throw Failure{wrongUsage,
                       work.log.name + ": no frame rate, expected a parameter FPS or --fps RATE"};
     }
-    if (work.nominal() <= fastestWritten) return;
+    if (work.counting.nominal() <= fastestWritten) return;
     throw Failure{wrongUsage, work.log.name + ": " + rateText(*work.counting.rate()) +
                                   " frames a second, expected at most 100, which the two digits "
                                   "of a timecode hold"};
@@ -108,9 +110,9 @@ std::vector<unsigned> onlyPair(const Log& log) {
 std::optional<Timecode> codeOf(Work& work, unsigned row, unsigned column) {
     if (trimmed(work.log.cell(row, column)).empty()) return {};
     std::optional<Timecode> code = work.counting.timecode(row, column);
-    if (code && isCounted(*code, work.nominal())) return code;
+    if (code && isCounted(*code, work.nominal(row, column))) return code;
     work.leave(row, column,
-               code ? "a frame that is there at " + rateText(*work.counting.rate())
+               code ? "a frame that is there at " + rateText(*work.counting.rate(row, column))
                     : "a timecode such as 01:00:00:00");
     return {};
 }
@@ -152,7 +154,7 @@ void shift(Work& work, const std::vector<unsigned>& columns, const std::string& 
     std::string_view text = by;
     bool isBack = text.starts_with('-');
     if (isBack || text.starts_with('+')) text.remove_prefix(1);
-    if (!lengthOf(text, work.nominal(), false)) {
+    if (!lengthOf(text, work.counting.nominal(), false)) {
         throw Failure{wrongUsage, "timecode shift: " + inQuotes(by) +
                                       " is no length, expected frames (48, -48) or a timecode"};
     }
@@ -160,12 +162,17 @@ void shift(Work& work, const std::vector<unsigned>& columns, const std::string& 
         for (unsigned column : columns) {
             std::optional<Timecode> code = codeOf(work, row, column);
             if (!code) continue;
-            std::int64_t length = *lengthOf(text, work.nominal(), code->dropFrame);
-            std::int64_t frames = framesOf(*code, work.nominal()) + (isBack ? -length : length);
-            frames = inDay(work, frames, framesInDay(work.nominal(), code->dropFrame));
+            const int nominal = work.nominal(row, column);
+            const std::optional<std::int64_t> length = lengthOf(text, nominal, code->dropFrame);
+            if (!length) {
+                work.leave(row, column, concat("a rate that has the frame ", text));
+                continue;
+            }
+            std::int64_t frames = framesOf(*code, nominal) + (isBack ? -*length : *length);
+            frames = inDay(work, frames, framesInDay(nominal, code->dropFrame));
             work.put(row, column,
                      inFormOf(work.log.cell(row, column),
-                              timecodeText(frames, work.nominal(), code->dropFrame)));
+                              timecodeText(frames, nominal, code->dropFrame)));
         }
     }
 }
@@ -179,15 +186,16 @@ public:
           to_(to),
           keepsFrames_(args.text("keep") == "frames"),
           round_(args.text("round")),
-          rateColumn_(isTimeline(work.log) ? work.log.findColumn("FPS") : noColumn),
-          source_(sourceColumns(work.log)) {}
+          rateColumn_(work.counting.rateColumn()),
+          record_(recordColumns(work.log)) {}
 
     void cells(const std::vector<unsigned>& columns) {
         for (unsigned row : work_.rows) {
             const bool keepsSource = hasOtherRate(row);
             for (unsigned column : columns) {
-                if (!keepsSource || !isOfSource(column)) cell(row, column);
+                if (!keepsSource || isOnRecord(column)) cell(row, column);
             }
+            if (!keepsSource) lengths(row);
             countAnew(row);
         }
         if (inexact_ > 0) refuse();
@@ -200,10 +208,23 @@ public:
         }
         std::string fcm = work_.log.parameter("FCM");
         if (!fcm.empty()) work_.log.setParameter("FCM", fcmText(dropsAll()));
+        sayDropFrame();
     }
 
 private:
     bool dropsAll() const { return drops(work_.counting.countingOfAll() == Counting::dropFrame); }
+
+    void sayDropFrame() {
+        const std::string old = work_.log.parameter(dropFrameEntry);
+        if (old.empty()) return;
+        const std::optional<bool> dropped = saysDropFrame(old);
+        if (dropped) {
+            work_.log.setParameter(dropFrameEntry, *dropFrameValue(old, drops(*dropped)));
+        } else {
+            say(concat(work_.log.name, ": entry ", dropFrameEntry, " is ", inQuotes(old),
+                       ", expected TRUE or FALSE; it stays as it is"));
+        }
+    }
 
     FrameRate said() const {
         FrameRate rate = to_;
@@ -232,6 +253,18 @@ private:
         frames = inDay(work_, frames, framesInDay(to_.nominal, dropsNow));
         std::string text = timecodeText(frames, to_.nominal, dropsNow);
         work_.put(row, column, inFormOf(work_.log.cell(row, column), text, mark(code->dropFrame)));
+    }
+
+    // Columns of a timeline that count frames.
+    void lengths(unsigned row) {
+        if (rateColumn_ == noColumn) return;
+        for (const char* name : {"Media Frames", timeline::inOffset, timeline::outOffset}) {
+            const unsigned column = work_.log.findColumn(name);
+            if (column == noColumn) continue;
+            const std::optional<std::int64_t> frames = wholeNumber(work_.log.cell(row, column));
+            if (!frames || *frames > mostFrames) continue;
+            work_.put(row, column, std::to_string(converted(row, column, *frames)));
+        }
     }
 
     Mark mark(bool before) const {
@@ -280,8 +313,8 @@ private:
         return false;
     }
 
-    bool isOfSource(unsigned column) const {
-        return column == source_.start || column == source_.end;
+    bool isOnRecord(unsigned column) const {
+        return column == record_.start || column == record_.end;
     }
 
     // Edit lists say row by row how they count.
@@ -299,7 +332,7 @@ private:
     bool keepsFrames_;
     std::string round_;
     unsigned rateColumn_;
-    RangeColumns source_;
+    RangeColumns record_;
     std::size_t inexact_ = 0;
     std::string first_;
 };
@@ -333,7 +366,8 @@ void durations(Work& work, const RangeColumns& pair, unsigned into, bool asFrame
         std::optional<Timecode> start = codeOf(work, row, pair.start);
         std::optional<Timecode> end = codeOf(work, row, pair.end);
         if (!start || !end) continue;
-        std::optional<std::int64_t> frames = framesBetween(*start, *end, work.nominal());
+        const int nominal = work.nominal(row, pair.start);
+        std::optional<std::int64_t> frames = framesBetween(*start, *end, nominal);
         if (!frames) {
             work.leave(row, pair.end, "an end behind the start");
             continue;
@@ -341,7 +375,7 @@ void durations(Work& work, const RangeColumns& pair, unsigned into, bool asFrame
         bool drops = start->dropFrame || end->dropFrame;
         bool isMarked = hasDropMark(work.log.cell(row, pair.start)) ||
                         hasDropMark(work.log.cell(row, pair.end));
-        std::string text = timecodeText(*frames, work.nominal(), drops);
+        std::string text = timecodeText(*frames, nominal, drops);
         text = inFormOf(text, text, isMarked ? Mark::asBefore : Mark::nonDrop);
         work.put(row, into, asFrames ? std::to_string(*frames) : text);
     }
@@ -352,16 +386,16 @@ void ends(Work& work, unsigned start, unsigned length, unsigned into) {
         std::optional<Timecode> code = codeOf(work, row, start);
         std::string_view text = trimmed(work.log.cell(row, length));
         if (!code || text.empty()) continue;
-        std::optional<std::int64_t> frames = lengthOf(text, work.nominal(), code->dropFrame);
-        if (!frames || isNoFrame(text, work.nominal(), code->dropFrame)) {
+        const int nominal = work.nominal(row, start);
+        std::optional<std::int64_t> frames = lengthOf(text, nominal, code->dropFrame);
+        if (!frames || isNoFrame(text, nominal, code->dropFrame)) {
             work.leave(row, length, "frames (48) or a timecode");
             continue;
         }
-        std::int64_t day = framesInDay(work.nominal(), code->dropFrame);
-        std::int64_t end = inDay(work, framesOf(*code, work.nominal()) + *frames, day);
+        std::int64_t day = framesInDay(nominal, code->dropFrame);
+        std::int64_t end = inDay(work, framesOf(*code, nominal) + *frames, day);
         work.put(row, into,
-                 inFormOf(work.log.cell(row, start),
-                          timecodeText(end, work.nominal(), code->dropFrame)));
+                 inFormOf(work.log.cell(row, start), timecodeText(end, nominal, code->dropFrame)));
     }
 }
 
@@ -484,7 +518,8 @@ Command timecodeCommand() {
         "which is refused where it is between two frames and no --round is given, or, with --keep "
         "frames, the number of the frame. duration fills a column from start and end, end one from "
         "start and duration. Counting is exact, drop-frame where the log says so, and goes on past "
-        "midnight. Cells that are no timecode stay and are told; it ends with 1 then.",
+        "midnight; the source of a clip in a timeline counts at its own FPS. Cells that are no "
+        "timecode stay and are told; it ends with 1 then.",
         {{"vek timecode shift log.vek 01:00:00:00", "an hour later"},
          {"vek timecode shift log.vek -12 --columns 'Start time' --where Reel=A001",
           "twelve frames earlier, in one column of some rows"},

@@ -109,7 +109,9 @@ Merger::Merger(Log& into, Prefer prefer, Teller tell, NoteTaker note)
       prefer_(prefer),
       tell_(std::move(tell)),
       note_(std::move(note)),
-      copies_(*into.table) {}
+      copies_(*into.table) {
+    tellOddRate(into_);
+}
 
 void Merger::useKey(const std::string& name) {
     key_ = into_.requireColumn(name);
@@ -126,12 +128,22 @@ void Merger::useKey(const std::string& name) {
 }
 
 void Merger::add(const Log& from) {
+    tellOddRate(from);
     addColumns(from);
     addParameters(from);
     if (key_ == noColumn)
         append(from);
     else
         join(from);
+}
+
+// Nothing tells whether its timecodes count as those of the other logs.
+void Merger::tellOddRate(const Log& log) const {
+    const std::string odd = LogCounting(log).oddRate();
+    if (odd.empty()) return;
+    note_(concat(log.name, ": FPS ", inQuotes(odd),
+                 " is no frame rate, expected one such as 24 or 29.97df; it is compared with no "
+                 "other one"));
 }
 
 void Merger::addColumns(const Log& from) {

@@ -60,6 +60,7 @@ private:
         Form form = {};  // a timecode as ours are written
     };
 
+    void tellOddRate(const Log& log) const;
     void addColumns(const Log& from);
     std::vector<unsigned> placesOf(const Log& from);
     void addParameters(const Log& from);
@@ -92,7 +93,7 @@ private:
     NoteTaker note_;
     RowCopies copies_;
     unsigned key_ = noColumn;
-    std::string keyName_;  // as it was asked for
+    std::string keyName_;                   // as it was asked for
     RowGroups rows_;                        // ours, by their keys
     std::vector<Column> columns_;           // of the log that is being added
     bool standTogether_ = false;            // they are our first ones, in their order and form

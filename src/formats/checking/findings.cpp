@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <unordered_map>
+#include <utility>
 
 #include <vekdb/host/keyed_hash.h>
 #include "formats/reading/input.h"
@@ -57,7 +58,9 @@ public:
         if (log_.format == Format::table) found_.push_back(problemsOfTableText(input_, log_));
         const std::size_t first = found_.size();
         found_.resize(first + log_.columnCount() + ranges_.size());
+        forms_.resize(log_.columnCount());
         checkRows(first);
+        checkForms(first);
         found_.emplace_back();
         checkIdentifiers();
         for (std::vector<Problem>& some : found_) {
@@ -74,6 +77,40 @@ public:
 private:
     void add(unsigned row, unsigned column, const std::string& found, const std::string& expected) {
         found_[at_].push_back({log_.lineOf(row), log_.columnName(column), found, expected, ""});
+    }
+
+    // How a column that may drop frames writes its times.
+    struct Forms {
+        struct Form {
+            std::size_t count = 0;
+            unsigned first = 0;  // row
+        };
+        Form drop;
+        Form other;
+
+        bool areTwo() const { return drop.count > 0 && other.count > 0; }
+        const Form& rarer() const { return drop.count < other.count ? drop : other; }
+    };
+
+    void noteForm(unsigned row, unsigned column, const Timecode& code) {
+        if (!mayDrop(row, column)) return;
+        Forms::Form& form = code.dropFrame ? forms_[column].drop : forms_[column].other;
+        if (form.count++ == 0) form.first = row;
+    }
+
+    // Told once for a column, where what is rare begins.
+    void checkForms(std::size_t first) {
+        for (unsigned column = 0; column < forms_.size(); ++column) {
+            const Forms& forms = forms_[column];
+            if (!forms.areTwo()) continue;
+            const std::size_t at = std::exchange(at_, first + column);
+            const unsigned row = forms.rarer().first;
+            add(row, column, inQuotes(log_.cell(row, column)),
+                concat("one form in the column: ", counted(forms.drop.count, "time"),
+                       " with a semicolon before the frames, ", std::to_string(forms.other.count),
+                       " without"));
+            at_ = at;
+        }
     }
 
     // A column whose cells are looked at one by one.
@@ -157,41 +194,45 @@ private:
             add(row, column, inQuotes(cell), "a timecode such as 01:00:00:00");
         else
             checkCounting(row, column, cell, *code);
+        if (code) noteForm(row, column, *code);
     }
 
     // Drop-frame counting leaves out the first numbers of most minutes. How many frames a
     // second has is known from the log; logs of two rates name the higher one.
     void checkCounting(unsigned row, unsigned column, std::string_view cell, const Timecode& code) {
-        int nominal = counting_.nominal();
+        const int nominal = counting_.nominal(row, column);
         if (nominal != 0 && code.frames >= nominal) {
             add(row, column, inQuotes(cell),
-                "frames below " + std::to_string(nominal) + ", as the FPS parameter says");
-        } else if (isLeftOut(row, code)) {
+                concat("frames below ", std::to_string(nominal), ", as the FPS ",
+                       counting_.ownRate(row, column) ? "of the row" : "parameter", " says"));
+        } else if (isLeftOut(row, column, code)) {
             addLeftOut(row, column, cell);
-        } else if (code.dropFrame && !mayDrop(row)) {
+        } else if (code.dropFrame && !mayDrop(row, column)) {
             add(row, column, inQuotes(cell),
                 "a colon before the frames, as FPS or FCM says that none are dropped");
         }
     }
 
-    bool mayDrop(unsigned row) const {
-        bool canDrop = counting_.nominal() == 0 || canDropFrames(counting_.nominal());
-        return canDrop && counting_.counting(row) != Counting::nonDrop;
+    bool mayDrop(unsigned row, unsigned column) const {
+        const int nominal = counting_.nominal(row, column);
+        const bool canDrop = nominal == 0 || canDropFrames(nominal);
+        return canDrop && counting_.counting(row, column) != Counting::nonDrop;
     }
 
-    int nominalOfDropFrame() const {
-        return canDropFrames(counting_.nominal()) && counting_.nominal() != 0 ? counting_.nominal()
-                                                                              : 30;
+    int nominalOfDropFrame(unsigned row, unsigned column) const {
+        const int nominal = counting_.nominal(row, column);
+        return canDropFrames(nominal) && nominal != 0 ? nominal : 30;
     }
 
-    bool isLeftOut(unsigned row, Timecode code) const {
-        code.dropFrame = code.dropFrame || counting_.counting(row) == Counting::dropFrame;
-        int nominal = nominalOfDropFrame();
+    bool isLeftOut(unsigned row, unsigned column, Timecode code) const {
+        const Counting said = counting_.counting(row, column);
+        code.dropFrame = code.dropFrame || said == Counting::dropFrame;
+        const int nominal = nominalOfDropFrame(row, column);
         return code.frames < nominal && !isCounted(code, nominal);
     }
 
     void addLeftOut(unsigned row, unsigned column, std::string_view cell) {
-        std::string first = std::to_string(droppedEachMinute(nominalOfDropFrame()));
+        std::string first = std::to_string(droppedEachMinute(nominalOfDropFrame(row, column)));
         add(row, column, inQuotes(cell),
             "frame 0" + first + " or later: drop-frame counting leaves out " +
                 (first == "2" ? "00 and 01 here" : "the numbers before it here"));
@@ -248,7 +289,7 @@ private:
             addRemark(row, pair);
         else if (to.order() < from.order())
             addEndBefore(row, pair);
-        if (from.dropFrame == to.dropFrame || !mayDrop(row)) return;
+        if (from.dropFrame == to.dropFrame || !mayDrop(row, pair.end)) return;
         add(row, pair.end, inQuotes(log_.cell(row, pair.end)),
             "the form of the start " + inQuotes(log_.cell(row, pair.start)) +
                 ": a semicolon before the frames of both, or of none");
@@ -298,6 +339,7 @@ private:
     std::vector<std::vector<Problem>> found_;
     std::size_t at_ = 0;  // what is found now belongs there
     std::size_t remarks_ = 0;
+    std::vector<Forms> forms_;  // of the columns
 };
 
 }  // namespace

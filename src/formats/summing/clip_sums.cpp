@@ -6,6 +6,7 @@
 #include <vekdb/host/strxcmp.h>
 #include <vekdb/views/view_rep.h>
 #include "formats/text/text_lines.h"
+#include "formats/timeline/exact_time.h"
 
 namespace vek::formats {
 
@@ -55,11 +56,40 @@ ClipPlaces::ClipPlaces(const Log& log)
       time(sourceColumns(log)),
       keycode(keycodeColumns(log)) {}
 
+void RunningFrames::add(std::int64_t frames, const FrameRate& own, const FrameRate& ofLog) {
+    rate_ = ofLog;
+    const auto isSame = [&](const Part& part) { return part.rate.isAsFastAs(own); };
+    const auto known = std::find_if(parts_.begin(), parts_.end(), isSame);
+    if (known == parts_.end())
+        parts_.push_back({own, frames});
+    else
+        known->frames += frames;
+}
+
+void RunningFrames::add(const RunningFrames& other) {
+    for (const Part& part : other.parts_) add(part.frames, part.rate, other.rate_);
+}
+
+RunningFrames::operator std::int64_t() const {
+    if (parts_.size() == 1 && parts_[0].rate.isAsFastAs(rate_)) return parts_[0].frames;
+    ExactTime sum;
+    std::int64_t begun = 0;
+    for (const Part& part : parts_) {
+        const auto time = ExactTime::ofFrames(part.frames, part.rate);
+        const std::optional<ExactTime::Frames> frames = time.frames(rate_);
+        begun += frames ? frames->whole : 0;
+        sum = sum + time;
+    }
+    // Rates that are many and odd have no sum that is exact.
+    const std::optional<ExactTime::Frames> frames = sum.frames(rate_);
+    return frames ? frames->whole : begun;
+}
+
 void addTo(ClipSums& sums, const ClipFacts& clip) {
     ++sums.clips;
     if (!clip.scene.empty()) sums.scenes.insert(clip.scene);
     sums.takes += clip.isTake ? 1 : 0;
-    sums.frames += clip.frames;
+    if (clip.rate.nominal != 0) sums.frames.add(clip.frames, clip.rate, clip.rateOfLog);
     sums.untimed += clip.isUntimed ? 1 : 0;
     sums.dropFrame = sums.dropFrame || clip.dropFrame;
     sums.perforations += clip.perforations;
@@ -70,7 +100,7 @@ void addTo(ClipSums& total, const ClipSums& sums) {
     total.clips += sums.clips;
     total.scenes.insert(sums.scenes.begin(), sums.scenes.end());
     total.takes += sums.takes;
-    total.frames += sums.frames;
+    total.frames.add(sums.frames);
     total.untimed += sums.untimed;
     total.dropFrame = total.dropFrame || sums.dropFrame;
     total.perforations += sums.perforations;
@@ -90,11 +120,14 @@ void ClipCounter::readTime(unsigned row, ClipFacts& clip) const {
     if (places_.time.start == noColumn || rates_.nominal() == 0) return;
     std::optional<Timecode> start = rates_.counting.timecode(row, places_.time.start);
     std::optional<Timecode> end = rates_.counting.timecode(row, places_.time.end);
+    const FrameRate rate = *rates_.counting.rate(row, places_.time.start);
     std::optional<std::int64_t> frames;
-    if (start && end) frames = framesBetween(*start, *end, rates_.nominal());
+    if (start && end) frames = framesBetween(*start, *end, rate.nominal);
     clip.isUntimed = !frames;
     if (!frames) return;
     clip.frames = *frames;
+    clip.rate = rate;
+    clip.rateOfLog = *rates_.counting.rate();
     clip.dropFrame = start->dropFrame || end->dropFrame;
 }
 

@@ -35,6 +35,23 @@ struct ClipRates {
     int nominal() const { return counting.nominal(); }  ///< 0 where it is not known
 };
 
+/// Frames that run at several rates, each counted by itself, as their sum is exact then. It is the
+/// number of frames that are begun at the rate of the log.
+class RunningFrames {
+public:
+    void add(std::int64_t frames, const FrameRate& own, const FrameRate& ofLog);
+    void add(const RunningFrames& other);
+    operator std::int64_t() const;
+
+private:
+    struct Part {
+        FrameRate rate;
+        std::int64_t frames = 0;
+    };
+    FrameRate rate_;
+    std::vector<Part> parts_;
+};
+
 /// What one row adds to the sums of its group.
 struct ClipFacts {
     std::string_view scene;
@@ -43,6 +60,8 @@ struct ClipFacts {
     bool dropFrame = false;
     bool isUnfilmed = false;
     std::int64_t frames = 0;
+    FrameRate rate;       ///< of these frames
+    FrameRate rateOfLog;  ///< none where the clip was not timed
     std::int64_t perforations = 0;
 };
 
@@ -51,7 +70,7 @@ struct ClipSums {
     std::size_t clips = 0;
     std::unordered_set<std::string_view, Quor::KeyedHash> scenes;  ///< of the log's own cells
     std::size_t takes = 0;
-    std::int64_t frames = 0;
+    RunningFrames frames;
     std::size_t untimed = 0;
     bool dropFrame = false;
     std::int64_t perforations = 0;

@@ -91,6 +91,16 @@ RangeColumns keycodeColumns(const Log& log) {
     return firstPair(log, {{"start keycode", "end keycode"}, {"KN Start", "KN End"}});
 }
 
+bool isTimeline(const Log& log) {
+    const unsigned place = log.findColumn("Place");
+    if (log.findColumn("Kind") == noColumn || place == noColumn) return false;
+    for (unsigned row = 0; row < log.rowCount(); ++row) {
+        const std::string_view text = log.cell(row, place);
+        if (text.empty() || text.find_first_not_of("0123456789.") != text.npos) return false;
+    }
+    return true;
+}
+
 RangeColumns rangeOf(const Log& log, unsigned column) {
     const std::string name = log.columnName(column);
     const unsigned end = endColumnFor(log, name);

@@ -5,7 +5,11 @@
 namespace vek::formats {
 
 LogCounting::LogCounting(const Log& log, const std::string& rate)
-    : log_(log), fcm_(log.parameter("FCM")), fcmColumn_(log.findColumn("FCM")) {
+    : log_(log),
+      fcm_(log.parameter("FCM")),
+      fcmColumn_(log.findColumn("FCM")),
+      rateColumn_(isTimeline(log) ? log.findColumn("FPS") : noColumn),
+      record_(recordColumns(log)) {
     readRate(rate);
     const bool isSaid = rate_ && rate_->counting != Counting::unsaid;
     countingOfAll_ = isSaid ? rate_->counting : countingOfFcm(fcm_);
@@ -15,9 +19,45 @@ void LogCounting::readRate(const std::string& rate) {
     std::optional<FrameRate> own = parseFrameRate(log_.parameter("FPS"));
     rate_ = rate.empty() ? own : parseFrameRate(rate);
     if (!rate_) oddRate_ = rate.empty() ? log_.parameter("FPS") : rate;
+    if (!rate_ && oddRate_.empty()) rate_ = firstRateOfRows();
     if (!rate_ || rate.empty()) return;
     isForced_ = rate_->counting != Counting::unsaid;
     if (!isForced_ && own && canDropFrames(rate_->nominal)) rate_->counting = own->counting;
+}
+
+// Clips that lie on no timeline have no other one.
+std::optional<FrameRate> LogCounting::firstRateOfRows() const {
+    std::optional<FrameRate> rate;
+    if (rateColumn_ == noColumn) return rate;
+    for (unsigned row = 0; row < log_.rowCount() && !rate; ++row) {
+        rate = parseFrameRate(log_.cell(row, rateColumn_));
+    }
+    return rate;
+}
+
+std::optional<FrameRate> LogCounting::rate(unsigned row, unsigned column) const {
+    const std::optional<FrameRate> own = ownRate(row, column);
+    return own ? own : rate_;
+}
+
+std::optional<FrameRate> LogCounting::ownRate(unsigned row, unsigned column) const {
+    const bool isOnRecord = column == record_.start || column == record_.end;
+    if (rateColumn_ == noColumn || isOnRecord) return {};
+    return parseFrameRate(log_.cell(row, rateColumn_));
+}
+
+int LogCounting::nominal(unsigned row, unsigned column) const {
+    const std::optional<FrameRate> own = rate(row, column);
+    return own ? own->nominal : 0;
+}
+
+// What is said of the log's rate says nothing of another one.
+Counting LogCounting::counting(unsigned row, unsigned column) const {
+    if (rateColumn_ == noColumn) return counting(row);
+    const std::optional<FrameRate> own = rate(row, column);
+    if (!own || !rate_) return counting(row);
+    if (own->counting != Counting::unsaid) return own->counting;
+    return own->isAsFastAs(*rate_) ? counting(row) : Counting::unsaid;
 }
 
 Counting LogCounting::counting(unsigned row) const {
@@ -30,7 +70,7 @@ Counting LogCounting::counting(unsigned row) const {
 
 std::optional<Timecode> LogCounting::timecode(unsigned row, unsigned column) const {
     std::optional<Timecode> code = parseTimecode(trimmed(log_.cell(row, column)));
-    if (code) code->dropFrame = code->dropFrame || counting(row) == Counting::dropFrame;
+    if (code) code->dropFrame = code->dropFrame || counting(row, column) == Counting::dropFrame;
     return code;
 }
 

@@ -2,12 +2,14 @@
 
 #include <vekdb/formats/timecode.h>
 #include "formats/log/log.h"
+#include "formats/timecode/clip_columns.h"
 
 namespace vek::formats {
 
 /// What a log says about how its timecodes count: the rate of its parameter FPS (or another one
 /// that a person names), and whether frames are dropped, by the rate ("29.97df"), the parameter
-/// FCM ("DROP FRAME") or, row by row, the column FCM that edit lists have.
+/// FCM ("DROP FRAME") or, row by row, the column FCM that edit lists have. On the record a timeline
+/// counts so; what else is timed in one of its rows counts at the row's own rate, its column FPS.
 class LogCounting {
 public:
     /// `rate` "" is the log's own; one that says how it counts goes before all the log says. The
@@ -21,8 +23,16 @@ public:
     /// The text that could not be read as a rate, "" when there is none.
     const std::string& oddRate() const { return oddRate_; }
 
-    /// What is said for a row.
+    /// The rate at which a cell counts; that of the log where the row has none of its own.
+    std::optional<FrameRate> rate(unsigned row, unsigned column) const;
+    std::optional<FrameRate> ownRate(unsigned row, unsigned column) const;
+    int nominal(unsigned row, unsigned column) const;
+    /// Where a timeline has the rates of its rows, or noColumn.
+    unsigned rateColumn() const { return rateColumn_; }
+
+    /// What is said for a row, and for one of its cells.
     Counting counting(unsigned row) const;
+    Counting counting(unsigned row, unsigned column) const;
     /// What is said, whatever the rows say.
     Counting countingOfAll() const { return countingOfAll_; }
 
@@ -34,6 +44,7 @@ public:
 
 private:
     void readRate(const std::string& rate);
+    std::optional<FrameRate> firstRateOfRows() const;
 
     const Log& log_;
     std::optional<FrameRate> rate_;
@@ -41,6 +52,8 @@ private:
     std::string oddRate_;
     std::string fcm_;
     unsigned fcmColumn_;
+    unsigned rateColumn_;
+    RangeColumns record_;
     Counting countingOfAll_ = Counting::unsaid;
 };
 

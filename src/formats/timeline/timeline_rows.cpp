@@ -45,16 +45,6 @@ TimelineKind timelineKind(std::string_view text) {
     return TimelineKind::clip;
 }
 
-bool isTimeline(const Log& log) {
-    const unsigned place = log.findColumn(timeline::place);
-    if (log.findColumn(timeline::kind) == noColumn || place == noColumn) return false;
-    for (unsigned row = 0; row < log.rowCount(); ++row) {
-        const std::string_view text = log.cell(row, place);
-        if (text.empty() || text.find_first_not_of("0123456789.") != text.npos) return false;
-    }
-    return true;
-}
-
 TimelineRows::TimelineRows(Log& log, std::size_t bytes, bool hasRecord)
     : log_(log), builder_(log, std::vector<std::string>()), bytes_(bytes) {
     for (const char* name : alwaysThere) names_.place(name);

@@ -42,8 +42,6 @@ constexpr const char* enabled = "Enabled";
 enum class TimelineKind { clip, marker, note, transition, track, other };
 /// Clips for all texts that no timeline has.
 TimelineKind timelineKind(std::string_view text);
-/// Whether the log has the columns Kind and Place, and all of its rows a place.
-bool isTimeline(const Log& log);
 
 class TimelineRows {
 public:

@@ -111,14 +111,13 @@ private:
     const FrameRate& rate() const { return *counting_.rate(); }
 
     std::optional<Timecode> timecode(unsigned row, unsigned column) const {
+        if (column == noColumn) return {};
         std::optional<Timecode> code = parseTimecode(trimmed(cell(row, column)));
         if (!code) return code;
-        code->dropFrame = code->dropFrame || drops(row);
+        const Counting said =
+            counting_.counting(sheet_.view->baseIndex(row), sheet_.columns[column]);
+        code->dropFrame = code->dropFrame || said == Counting::dropFrame;
         return code;
-    }
-
-    bool drops(unsigned row) const {
-        return counting_.counting(sheet_.view->baseIndex(row)) == Counting::dropFrame;
     }
 
     // The rate of a row's source, where the log has one for each.

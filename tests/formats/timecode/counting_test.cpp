@@ -58,3 +58,24 @@ TEST(LogCounting, ReadsTheWordsOfEditLists) {
     EXPECT_EQ(countingOfFcm("non drop frame"), Counting::nonDrop);
     EXPECT_EQ(countingOfFcm("fast"), Counting::unsaid);
 }
+
+TEST(LogCounting, CountsTheSourceOfAClipAtItsOwnRate) {
+    const Log log = logOf(
+        "Kind,Place,Source In,Record In,FPS\n"
+        "Clip,1,00:00:00:47,,48\n"
+        "Clip,2,,,\n");
+    const LogCounting counting(log, "24");
+    EXPECT_EQ(counting.nominal(0, 2), 48);
+    EXPECT_EQ(counting.nominal(1, 2), 24);
+    EXPECT_EQ(LogCounting(log).nominal(), 48);
+}
+
+TEST(LogCounting, CountsTheRecordAsTheLogDoes) {
+    const Log log = logOf(
+        "Kind,Place,Source In,Record In,Record Out,FPS\n"
+        "Clip,1,00:01:00:00,00:01:00:00,00:02:00:00,24\n");
+    const LogCounting counting(log, "29.97df");
+    EXPECT_EQ(counting.nominal(0, 3), 30);
+    EXPECT_TRUE(counting.timecode(0, 3)->dropFrame);
+    EXPECT_FALSE(counting.timecode(0, 2)->dropFrame);
+}
