@@ -263,6 +263,14 @@ void dbrecord::resizeRecord(int count, const int* widths, bool) {
 
 void dbrecord::resizeField(int, int) {}
 
+void RecordAccess::exchange(dbrecord& a, dbrecord& b) noexcept {
+    std::swap(a.values_, b.values_);
+    std::swap(a.storage_, b.storage_);
+    std::swap(a.count_, b.count_);
+    std::swap(a.stored_, b.stored_);
+    a.isKeyed_ = b.isKeyed_ = false;
+}
+
 void RecordAccess::append(dbrecord& record, std::string_view value) {
     if (record.count_ == 0xFFFF) return;
     ++record.count_;

@@ -75,6 +75,8 @@ public:
         record.count_ = record.stored_ = 0;
         return slices;
     }
+    /// Gives each of two records the other's values. Owner, tag and flags stay; takes no memory.
+    static void exchange(dbrecord& a, dbrecord& b) noexcept;
     /// Makes the list of values longer; those behind the stored ones are empty.
     static void widen(dbrecord& record, unsigned short count) {
         if (record.count_ < count) record.count_ = count;
