@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <random>
 #include <string>
@@ -100,6 +101,28 @@ private:
     std::mt19937 random_;
 };
 
+// Events of an edit list, with texts of all kinds where it has room for texts.
+json events(Logs& logs) {
+    json rows = json::array();
+    for (unsigned second = 0; second < 3; ++second) {
+        const std::string in = "01:00:0" + std::to_string(second) + ":00";
+        const std::string out = "01:00:0" + std::to_string(second + 1) + ":00";
+        rows.push_back({{"Event", "00" + std::to_string(second + 1)},
+                        {"Reel", second == 0 ? "A001" : logs.text()},
+                        {"Track", "V"},
+                        {"Kind", "C"},
+                        {"Length", ""},
+                        {"Source In", in},
+                        {"Source Out", out},
+                        {"Record In", in},
+                        {"Record Out", out},
+                        {"Clip Name", logs.text()},
+                        {"To Clip Name", logs.text()},
+                        {"Comments", second == 1 ? "" : logs.text()}});
+    }
+    return rows;
+}
+
 // VEK_ROUND_TRIPS says how many when somebody has the time for more.
 unsigned logsWanted() {
     const char* wanted = std::getenv("VEK_ROUND_TRIPS");
@@ -130,6 +153,13 @@ json rowsOf(const WorkFolder& folder, const std::string& file) {
     return json::parse(finish.output, nullptr, false);
 }
 
+std::string parameterOf(const WorkFolder& folder, const std::string& file,
+                        const std::string& name) {
+    const Finish finish = vek(folder, {"param", "get", file, name});
+    const std::string& text = finish.output;
+    return text.ends_with('\n') ? text.substr(0, text.size() - 1) : text;
+}
+
 void expectBack(const WorkFolder& folder, const std::string& file, const json& rows) {
     const Finish finish = vek(folder, {"convert", "in.json", file, "--fps", "25"});
     const bool isWritten = finish.exitCode == 0;
@@ -149,6 +179,45 @@ TEST(RoundTrips, GiveBackEveryTextOrTellOfItOrRefuse) {
         for (const char* ending : {"vek", "csv", "tsv", "ale", "json", "jsonl", "otio"}) {
             expectBack(folder, std::string("out.") + ending, rows);
             ASSERT_FALSE(testing::Test::HasFailure()) << "turn " << turn;
+        }
+    }
+}
+
+TEST(RoundTrips, OfEventsGiveBackEveryTextOrTellOfItOrRefuse) {
+    for (unsigned turn = 0; turn < logsWanted(); ++turn) {
+        const WorkFolder folder;
+        Logs logs(turn);
+        folder.write("in.json", events(logs).dump());
+        const json rows = rowsOf(folder, "in.json");
+        for (const char* ending : {"edl", "vek", "ale", "otio"}) {
+            expectBack(folder, std::string("out.") + ending, rows);
+            ASSERT_FALSE(testing::Test::HasFailure()) << "turn " << turn;
+        }
+    }
+}
+
+TEST(RoundTrips, GiveBackEveryParameterOrTellOfItOrRefuse) {
+    for (unsigned turn = 0; turn < logsWanted(); ++turn) {
+        const WorkFolder folder;
+        Logs logs(turn);
+        folder.write("in.json", events(logs).dump());
+        vek(folder, {"convert", "in.json", "in.vek", "--quiet"});
+        std::map<std::string, std::string> given;
+        for (const std::string& name : {std::string("TITLE"), logs.text(), logs.text()}) {
+            const std::string value = logs.text();
+            if (vek(folder, {"param", "set", "in.vek", name, value}).exitCode != 0) continue;
+            given[name] = parameterOf(folder, "in.vek", name);
+            EXPECT_EQ(given[name], value);
+        }
+        for (const char* ending : {"vek", "ale", "edl", "otio"}) {
+            const std::string file = std::string("out.") + ending;
+            const Finish finish = vek(folder, {"convert", "in.vek", file, "--fps", "25"});
+            if (finish.exitCode != 0 || tellsALoss(finish.errors)) continue;
+            for (const auto& [name, value] : given) {
+                EXPECT_EQ(parameterOf(folder, file, name), value)
+                    << file << ", " << name << ", turn " << turn << ":\n"
+                    << folder.read(file);
+            }
         }
     }
 }
