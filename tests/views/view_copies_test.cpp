@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <ctime>
 
 #include "testing/views.h"
 
@@ -92,13 +92,13 @@ TEST(ViewCopy, OfALargeViewIsNotQuadratic) {
     vekdb table(textColumns({"Name"}));
     table.add_records(rows);
     VDBView view = viewOfAll(table);
-    const auto start = std::chrono::steady_clock::now();
+    const std::clock_t start = std::clock();
     VDBView copy = view.copy();
-    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
+    const std::clock_t took = std::clock() - start;
     EXPECT_EQ(static_cast<unsigned>(rows), copy->get_num_records());
     EXPECT_EQ(99999u, copy->sourceRow(99999));
     // Looking for each record from the first row on would take ten times as long at the least.
-    EXPECT_LT(took.count(), 5.0);
+    EXPECT_LT(took, 5 * CLOCKS_PER_SEC);
 }
 
 TEST(ViewCopyWithTable, ReadsACopyOfTheTableInTheSameOrder) {

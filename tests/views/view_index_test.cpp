@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <climits>
 #include <numeric>
+#include <ostream>
 #include <string>
 #include <vector>
 
-#include "views/view_index.h"
 #include <vekdb/host/exceptions.h>
 #include "testing/failing_allocator.h"
 #include "testing/random.h"
+#include "views/view_index.h"
 
 namespace {
 
@@ -53,6 +54,10 @@ struct Sizing {
     std::vector<int> wanted;
     std::vector<unsigned> capacities;
 };
+
+void PrintTo(const Sizing& sizing, std::ostream* out) {
+    *out << "from a room for " << sizing.capacity;
+}
 
 class ViewIndexRoom : public testing::TestWithParam<Sizing> {};
 
