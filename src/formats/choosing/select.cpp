@@ -185,7 +185,7 @@ Selected selectRows(const Log& log, const Selection& selection) {
 VDBView viewOf(const Log& log, const std::vector<unsigned>& rows) {
     VDBView view(log.table.get());
     if (isEveryRow(log, rows)) {
-        view->buildIndex();
+        view->displayAllRecords();
     } else {
         view->sizeIndexFor(static_cast<int>(rows.size()));
         for (unsigned row : rows) view->append(static_cast<int>(row));
