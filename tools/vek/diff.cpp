@@ -1,5 +1,6 @@
 #include "formats/comparing/compare.h"
 #include "formats/json/json.h"
+#include "formats/text/shown.h"
 #include "formats/text/width.h"
 #include "formats/writing/sheet_facts.h"
 #include "tools/vek/cli/grid.h"
@@ -22,7 +23,7 @@ std::string joinedNames(const Log& log, const std::vector<unsigned>& columns) {
 class DifferencePrinter {
 public:
     DifferencePrinter(const Differences& found, Printout& out, const Screen& screen)
-        : found_(found), out_(out), screen_(screen) {}
+        : found_(found), out_(out), screen_(screen), a_(found.a), b_(found.b) {}
 
     void print() {
         printColumns("columns only in ", found_.a, found_.onlyInA, Ink::red, '-');
@@ -40,46 +41,86 @@ private:
                              screen_));
     }
 
+    // A log whose rows are shown, and what stands in front of each of its cells.
+    struct Side {
+        explicit Side(const Log& log) : log(log), cells(log.columnCount()) {
+            for (const std::string& name : log.columnNames())
+                before.push_back(concat(" ", name, "="));
+        }
+
+        const Log& log;
+        std::vector<std::string> before;
+        std::vector<std::string_view> cells;  // of the row that is being shown
+    };
+
     void printRow(const RowDifference& difference) {
         switch (difference.kind) {
             case RowDifference::removed:
-                return printWhole(found_.a, difference.a, Ink::red, '-');
+                return printWhole(a_, difference.a, Ink::red, '-');
             case RowDifference::added:
-                return printWhole(found_.b, difference.b, Ink::green, '+');
+                return printWhole(b_, difference.b, Ink::green, '+');
             case RowDifference::changed:
                 return printChanged(difference);
         }
     }
 
-    void printWhole(const Log& log, unsigned row, Ink ink, char sign) {
-        std::string text = std::string(1, sign) + " " + placeOf(log, row) + ":";
-        for (unsigned i = 0; i < log.columnCount(); ++i) {
-            std::string_view cell = log.cell(row, i);
-            if (!cell.empty()) text += concat(" ", log.columnName(i), "=", inQuotes(cell));
+    void printWhole(Side& side, unsigned row, Ink ink, char sign) {
+        line_ = sign;
+        addPlace(side.log, row);
+        line_ += ':';
+        side.log.cells(row, side.cells);
+        for (std::size_t i = 0; i < side.cells.size(); ++i) {
+            if (side.cells[i].empty()) continue;
+            line_ += side.before[i];
+            addInQuotes(line_, side.cells[i]);
         }
-        out_.inkedLine(inked(ink, escaped(text), screen_));
+        escape(line_);
+        printLine(ink);
     }
 
     void printChanged(const RowDifference& difference) {
-        std::string title =
-            placeOf(found_.a, difference.a) + " -> " + placeOf(found_.b, difference.b);
-        const std::string_view key = found_.keyOf(difference);
-        if (!key.empty()) title += " (" + inQuotes(key) + ")";
-        out_.line("~ " + escaped(title));
-        found_.forEachCell(difference, [&](const CellDifference& cell) {
-            out_.inkedLine("    " + escaped(found_.a.columnName(cell.columns.a)) + ": " +
-                           inked(Ink::red, escaped(inQuotes(cell.before)), screen_) + " -> " +
-                           inked(Ink::green, escaped(inQuotes(cell.after)), screen_));
-        });
+        line_ = '~';
+        addPlace(found_.a, difference.a);
+        line_ += " ->";
+        addPlace(found_.b, difference.b);
+        if (const std::string_view key = found_.keyOf(difference); !key.empty()) {
+            line_ += " (";
+            addInQuotes(line_, key);
+            line_ += ')';
+        }
+        escape(line_);
+        printLine(Ink::plain);
+        found_.forEachCell(difference, [&](const CellDifference& cell) { printCell(cell); });
     }
 
-    static std::string placeOf(const Log& log, unsigned row) {
-        return log.name + ":" + std::to_string(log.lineOf(row));
+    void printCell(const CellDifference& cell) {
+        line_ = "    ";
+        line_ += escaped(found_.a.columnName(cell.columns.a));
+        line_ += ": ";
+        line_ += inked(Ink::red, escaped(inQuotes(cell.before)), screen_);
+        line_ += " -> ";
+        line_ += inked(Ink::green, escaped(inQuotes(cell.after)), screen_);
+        printLine(Ink::plain);
+    }
+
+    void addPlace(const Log& log, unsigned row) {
+        line_ += ' ';
+        line_ += log.name;
+        line_ += ':';
+        line_ += std::to_string(log.lineOf(row));
+    }
+
+    void printLine(Ink ink) {
+        const bool isPlain = ink == Ink::plain || !screen_.hasColor;
+        isPlain ? out_.inkedLine(line_) : out_.inkedLine(inked(ink, line_, screen_));
     }
 
     const Differences& found_;
     Printout& out_;
     const Screen& screen_;
+    Side a_;
+    Side b_;
+    std::string line_;  // that is being made
 };
 
 // The names of a log's columns as JSON has them, each once: an object has a name but once.

@@ -66,24 +66,29 @@ private:
     std::vector<unsigned> turns_;
 };
 
+// Columns of one name belong together in their order.
+Differences columnsOf(const Log& a, const Log& b) {
+    Differences found{a, b, {}, {}, {}, {}, {}};
+    std::vector<unsigned> others = sameColumns(a, b);
+    std::vector<char> isShared(b.columnCount());
+    for (unsigned i = 0; i < a.columnCount(); ++i) {
+        if (others[i] == noColumn) {
+            found.onlyInA.push_back(i);
+            continue;
+        }
+        found.shared.push_back({i, others[i]});
+        isShared[others[i]] = 1;
+    }
+    for (unsigned i = 0; i < b.columnCount(); ++i) {
+        if (!isShared[i]) found.onlyInB.push_back(i);
+    }
+    return found;
+}
+
 class Comparison {
 public:
-    Comparison(const Log& a, const Log& b) : a_(a), b_(b), found_{a, b, {}, {}, {}, {}, {}} {
-        // Columns of one name belong together in their order.
-        std::vector<unsigned> others = sameColumns(a, b);
-        std::vector<char> isShared(b.columnCount());
-        for (unsigned i = 0; i < a.columnCount(); ++i) {
-            if (others[i] == noColumn) {
-                found_.onlyInA.push_back(i);
-                continue;
-            }
-            found_.shared.push_back({i, others[i]});
-            isShared[others[i]] = 1;
-        }
-        for (unsigned i = 0; i < b.columnCount(); ++i) {
-            if (!isShared[i]) found_.onlyInB.push_back(i);
-        }
-    }
+    Comparison(const Log& a, const Log& b)
+        : a_(a), b_(b), found_(columnsOf(a, b)), rows_(found_.shared) {}
 
     Differences byKey(const std::string& key) {
         const unsigned columnA = a_.requireColumn(key);
@@ -109,7 +114,7 @@ public:
     }
 
     Differences inOrder() {
-        const RowContents contents(a_, b_, found_.shared);
+        RowContents contents(a_, b_, found_.shared);
         unsigned nextA = 0;
         unsigned nextB = 0;
         const auto anchor = [&](unsigned a, unsigned b) {
@@ -166,26 +171,13 @@ private:
         while (b < endB) addAdded(b++);
     }
 
-    bool areAkin(unsigned a, unsigned b) const {
-        const dbrecord& rowA = recordOf(a_, a);
-        const dbrecord& rowB = recordOf(b_, b);
-        std::size_t filled = 0;
-        std::size_t equal = 0;
-        for (const ColumnPair& pair : found_.shared) {
-            std::string_view before = rowA.fieldView(pair.a);
-            std::string_view after = rowB.fieldView(pair.b);
-            if (before.empty() && after.empty()) continue;
-            ++filled;
-            equal += before == after ? 1 : 0;
-        }
-        return equal * 2 >= filled;
-    }
+    bool areAkin(unsigned a, unsigned b) { return rows_.areAkin(recordOf(a_, a), recordOf(b_, b)); }
 
     void addRemoved(unsigned row) { found_.rows.push_back({RowDifference::removed, row, 0}); }
     void addAdded(unsigned row) { found_.rows.push_back({RowDifference::added, 0, row}); }
 
     void addChanged(unsigned a, unsigned b) {
-        if (!areEqual(recordOf(a_, a), recordOf(b_, b), found_.shared)) {
+        if (!rows_.areEqual(recordOf(a_, a), recordOf(b_, b))) {
             found_.rows.push_back({RowDifference::changed, a, b});
         }
     }
@@ -193,6 +185,7 @@ private:
     const Log& a_;
     const Log& b_;
     Differences found_;
+    RowComparer rows_;
 };
 
 }  // namespace

@@ -64,25 +64,52 @@ const dbrecord& recordOf(const Log& log, unsigned row) {
 
 }  // namespace
 
-bool areEqual(const dbrecord& a, const dbrecord& b, const std::vector<ColumnPair>& columns) {
+RowComparer::RowComparer(const std::vector<ColumnPair>& columns) : columns_(columns) {
+    std::size_t inA = 0;
+    std::size_t inB = 0;
     for (const ColumnPair& pair : columns) {
-        if (a.fieldView(pair.a) != b.fieldView(pair.b)) return false;
+        inA = std::max<std::size_t>(inA, pair.a + 1);
+        inB = std::max<std::size_t>(inB, pair.b + 1);
     }
-    return true;
+    a_.resize(inA);
+    b_.resize(inB);
 }
 
-bool RowContents::areEqual(unsigned a, unsigned b) const {
-    return formats::areEqual(recordOf(a_, a), recordOf(b_, b), columns_);
+void RowComparer::fetch(const dbrecord& a, const dbrecord& b) {
+    a.fieldViews(a_.data(), static_cast<unsigned>(a_.size()));
+    b.fieldViews(b_.data(), static_cast<unsigned>(b_.size()));
 }
 
-unsigned RowContents::equalAtStart() const {
+bool RowComparer::areEqual(const dbrecord& a, const dbrecord& b) {
+    fetch(a, b);
+    return std::all_of(columns_.begin(), columns_.end(),
+                       [&](const ColumnPair& pair) { return a_[pair.a] == b_[pair.b]; });
+}
+
+bool RowComparer::areAkin(const dbrecord& a, const dbrecord& b) {
+    fetch(a, b);
+    std::size_t filled = 0;
+    std::size_t equal = 0;
+    for (const ColumnPair& pair : columns_) {
+        if (a_[pair.a].empty() && b_[pair.b].empty()) continue;
+        ++filled;
+        equal += a_[pair.a] == b_[pair.b] ? 1 : 0;
+    }
+    return equal * 2 >= filled;
+}
+
+bool RowContents::areEqual(unsigned a, unsigned b) {
+    return rows_.areEqual(recordOf(a_, a), recordOf(b_, b));
+}
+
+unsigned RowContents::equalAtStart() {
     const unsigned most = std::min(a_.rowCount(), b_.rowCount());
     unsigned count = 0;
     while (count < most && areEqual(count, count)) ++count;
     return count;
 }
 
-unsigned RowContents::equalAtEnd(unsigned behind) const {
+unsigned RowContents::equalAtEnd(unsigned behind) {
     const unsigned most = std::min(a_.rowCount(), b_.rowCount()) - behind;
     unsigned count = 0;
     while (count < most && areEqual(a_.rowCount() - 1 - count, b_.rowCount() - 1 - count)) {
@@ -111,7 +138,7 @@ std::vector<std::uint64_t> RowContents::hashesOf(const Log& log, unsigned Column
 }
 
 // That rows of one hash are equal is looked at, too.
-std::vector<RowPair> RowContents::onceInEach(unsigned start, unsigned end) const {
+std::vector<RowPair> RowContents::onceInEach(unsigned start, unsigned end) {
     const std::vector<std::uint64_t> inA = hashesOf(a_, &ColumnPair::a, start, end);
     const std::vector<std::uint64_t> inB = hashesOf(b_, &ColumnPair::b, start, end);
     if (inA.empty() || inB.empty()) return {};
