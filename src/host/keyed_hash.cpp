@@ -19,10 +19,24 @@ Key drawKey() noexcept {
     return key;
 }
 
-std::uint64_t wordAt(const char* at, std::size_t bytes) noexcept {
-    std::uint64_t word = 0;
-    std::memcpy(&word, at, bytes);
+template <class Word>
+Word wordAt(const char* at) noexcept {
+    Word word;
+    std::memcpy(&word, at, sizeof word);
     return word;
+}
+
+std::uint64_t byteAt(const char* at) noexcept {
+    return static_cast<unsigned char>(*at);
+}
+
+// Fewer than 8 bytes, some perhaps twice: texts of one length that differ give different words.
+std::uint64_t fewAt(const char* at, std::size_t bytes) noexcept {
+    if (bytes >= 4) {
+        return wordAt<std::uint32_t>(at) | std::uint64_t{wordAt<std::uint32_t>(at + bytes - 4)}
+                                               << 32;
+    }
+    return byteAt(at) | byteAt(at + bytes / 2) << 8 | byteAt(at + bytes - 1) << 16;
 }
 
 }  // namespace
@@ -31,11 +45,12 @@ std::uint64_t Quor::keyedHash(std::string_view text) noexcept {
     static const Key key = drawKey();
     std::uint64_t hash = foldedProduct(key.words[0] ^ text.size(), key.words[1]);
     for (; text.size() >= 8; text.remove_prefix(8)) {
-        hash = foldedProduct(hash ^ wordAt(text.data(), 8) ^ key.words[2], key.words[1]) +
-               key.words[0];
+        hash =
+            foldedProduct(hash ^ wordAt<std::uint64_t>(text.data()) ^ key.words[2], key.words[1]) +
+            key.words[0];
     }
     if (!text.empty()) {
-        hash = foldedProduct(hash ^ wordAt(text.data(), text.size()), key.words[2]) + key.words[1];
+        hash = foldedProduct(hash ^ fewAt(text.data(), text.size()), key.words[2]) + key.words[1];
     }
     return foldedProduct(hash ^ key.words[0], key.words[2]);
 }

@@ -154,11 +154,13 @@ void Merger::addColumns(const Log& from) {
     columns_.clear();
     standTogether_ = true;
     for (unsigned i = 0; i < places.size(); ++i) {
-        const auto type = from.table->get_field_type(i);
-        columns_.push_back({places[i], type, into_.table->get_field_type(places[i]), {}});
-        standTogether_ = standTogether_ && places[i] == i &&
-                         !differInForm(columns_[i].fromType, columns_[i].toType);
+        const auto type = into_.table->get_field_type(places[i]);
+        const bool isConverted = differInForm(from.table->get_field_type(i), type);
+        columns_.push_back({places[i], type, isConverted, {}});
+        standTogether_ = standTogether_ && places[i] == i && !isConverted;
     }
+    theirs_.assign(columns_.size(), {});
+    ours_.assign(into_.columnCount(), {});
     values_.assign(into_.columnCount(), {});
 }
 
@@ -214,9 +216,10 @@ void Merger::appendRow(const Log& from, unsigned row) {
         return;
     }
     std::fill(values_.begin(), values_.end(), std::string_view());
+    fetch(record);
     for (unsigned i = 0; i < columns_.size(); ++i) {
         std::string_view& value = values_[columns_[i].to];
-        if (value.empty()) value = inOurForm(record, i);
+        if (value.empty()) value = inOurForm(theirs_[i], i, columns_[i].form);
     }
     copies_.append(values_.data(), values_.size());
 }
@@ -236,7 +239,7 @@ void Merger::noteTurns(const Log& from, unsigned key) {
     Form form;
     const auto hashOf = [&](unsigned row) { return keyedHash(keyOf(recordOf(from, row), key)); };
     forEachHashed(groups, from.rowCount(), hashOf, [&](unsigned row, std::uint64_t hash) {
-        const std::string_view value = inOurForm(recordOf(from, row), key, form);
+        const std::string_view value = inOurForm(recordOf(from, row).fieldView(key), key, form);
         if (value.empty()) return;
         const bool isRepeated = groups.add(hash, row, [&](unsigned other) {
             return keyOf(recordOf(from, other), key) == value;
@@ -308,12 +311,12 @@ void Merger::fill(const dbrecord& row, unsigned target) {
 }
 
 void Merger::settle(const Log& from, unsigned row, unsigned target) {
-    const dbrecord& theirs = recordOf(from, row);
-    const dbrecord& ours = recordOf(into_, target);
+    fetch(recordOf(from, row));
+    into_.cells(target, ours_);
     for (unsigned i = 0; i < columns_.size(); ++i) {
         const unsigned column = columns_[i].to;
-        const std::string_view value = inOurForm(theirs, i);
-        const std::string_view old = ours.fieldView(column);
+        const std::string_view value = inOurForm(theirs_[i], i, columns_[i].form);
+        const std::string_view old = ours_[column];
         if (value == old) continue;
         if (takes(value, old))
             change(target, column, value);
@@ -348,21 +351,21 @@ void Merger::tellRepeated(const Log& log, unsigned row, unsigned column, std::st
            0});
 }
 
-// A value of one timecode form in the form of our column; other values as they are. Ends with
-// the next value that is written to the form.
-std::string_view Merger::inOurForm(const dbrecord& row, unsigned column, Form& form) const {
-    const Column& place = columns_[column];
-    const std::string_view value = row.fieldView(column);
-    if (!differInForm(place.fromType, place.toType)) return value;
-    return place.toType == DBFieldTypes::timecode ? time_def::punctuatedForm(value, form)
-                                                  : time_def::databaseForm(value, form);
+std::string_view Merger::converted(std::string_view value, unsigned column, Form& form) const {
+    const bool isPunctuated = columns_[column].toType == DBFieldTypes::timecode;
+    return isPunctuated ? time_def::punctuatedForm(value, form)
+                        : time_def::databaseForm(value, form);
+}
+
+void Merger::fetch(const dbrecord& row) {
+    row.fieldViews(theirs_.data(), static_cast<unsigned>(theirs_.size()));
 }
 
 // Notes a value for a row of ours, whose others are there until the changes are stored.
 void Merger::change(unsigned target, unsigned column, std::string_view value) {
     if (!hasChanges_) {
         const dbrecord& ours = recordOf(into_, target);
-        for (unsigned i = 0; i < values_.size(); ++i) values_[i] = ours.fieldView(i);
+        ours.fieldViews(values_.data(), static_cast<unsigned>(values_.size()));
     }
     hasChanges_ = true;
     values_[column] = value;

@@ -55,9 +55,9 @@ private:
     // A column of the log that is being added, and the place in ours.
     struct Column {
         unsigned to = 0;
-        DBFieldTypes::eType fromType = DBFieldTypes::text;
         DBFieldTypes::eType toType = DBFieldTypes::text;
-        Form form = {};  // a timecode as ours are written
+        bool isConverted = false;  // timecodes are in the other form
+        Form form = {};            // a timecode as ours are written
     };
 
     void tellOddRate(const Log& log) const;
@@ -78,11 +78,17 @@ private:
     void tellConflict(const Log& from, unsigned row, unsigned target, unsigned column,
                       std::string_view value);
     void tellRepeated(const Log& log, unsigned row, unsigned column, std::string_view value);
-    std::string_view inOurForm(const dbrecord& row, unsigned column, Form& form) const;
+    std::string_view converted(std::string_view value, unsigned column, Form& form) const;
+    // A value of one timecode form in the form of our column; other values as they are. Ends with
+    // the next value that is written to the form.
+    std::string_view inOurForm(std::string_view value, unsigned column, Form& form) const {
+        return columns_[column].isConverted ? converted(value, column, form) : value;
+    }
     std::string_view inOurForm(const dbrecord& row, unsigned column) {
-        return inOurForm(row, column, columns_[column].form);
+        return inOurForm(row.fieldView(column), column, columns_[column].form);
     }
     std::string_view keyOf(const dbrecord& row, unsigned column) { return inOurForm(row, column); }
+    void fetch(const dbrecord& row);
     bool hasKey(unsigned row, std::string_view key) const { return into_.cell(row, key_) == key; }
     void change(unsigned target, unsigned column, std::string_view value);
     void storeChanges(unsigned target);
@@ -97,6 +103,8 @@ private:
     RowGroups rows_;                        // ours, by their keys
     std::vector<Column> columns_;           // of the log that is being added
     bool standTogether_ = false;            // they are our first ones, in their order and form
+    std::vector<std::string_view> theirs_;  // of a row of the log that is being added
+    std::vector<std::string_view> ours_;
     std::vector<std::string_view> values_;  // of a row that is being made
     bool hasChanges_ = false;
     std::vector<std::uint32_t> turnOf_;  // for rows with repeated keys, which of `turns_` is theirs
