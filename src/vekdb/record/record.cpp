@@ -96,9 +96,7 @@ RecordStrings& dbrecord::ownStrings(unsigned atLeast) const {
         values_.strings = RecordStrings::make(std::max(atLeast, std::min<unsigned>(count_, 4)));
     } else if (values_.strings->room < atLeast) {
         unsigned room = std::min(std::max(atLeast, 2u * values_.strings->room), 0xFFFFu);
-        RecordStrings* larger = RecordStrings::copy(*values_.strings, room);
-        RecordStrings::destroy(values_.strings);
-        values_.strings = larger;
+        values_.strings = RecordStrings::grown(values_.strings, room);
     }
     return *values_.strings;
 }
@@ -127,7 +125,9 @@ bool dbrecord::storeText(int index, std::string_view text, bool trim) {
     if (index < 0 || index >= count_) return false;
     if (trim) text = skipLeadingSpace(text);
     const auto at = static_cast<unsigned>(index);
-    if (fieldView(at) != text && !overwrite(at, text)) store(at, String(text));
+    if (fieldView(at) != text && !overwrite(at, text) && !RecordAccess::patch(*this, at, text)) {
+        store(at, String(text));
+    }
     markChanged();
     return true;
 }
@@ -269,6 +269,19 @@ void RecordAccess::exchange(dbrecord& a, dbrecord& b) noexcept {
     std::swap(a.count_, b.count_);
     std::swap(a.stored_, b.stored_);
     a.isKeyed_ = b.isKeyed_ = false;
+}
+
+bool RecordAccess::patch(dbrecord& record, unsigned index, std::string_view value) {
+    if (index >= record.stored_ || value.size() > RecordStrings::longestPatch) return false;
+    if (record.storage_ == dbrecord::Storage::strings) {
+        if (!record.values_.strings->patch(index, value)) return false;
+    } else {
+        record.values_.strings =
+            RecordStrings::patched(record.values_.slices, record.stored_, index, value);
+        record.storage_ = dbrecord::Storage::strings;
+    }
+    record.isKeyed_ = false;
+    return true;
 }
 
 void RecordAccess::append(dbrecord& record, std::string_view value) {

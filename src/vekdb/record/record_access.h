@@ -90,6 +90,9 @@ public:
     }
     /// How many values the record stores; those behind them are empty.
     static unsigned storedCount(const dbrecord& record) { return record.stored_; }
+    /// Sets a stored value of a record that stands on slices with a small block for its text
+    /// alone. False, and nothing done, where the value is to be a string.
+    static bool patch(dbrecord& record, unsigned index, std::string_view value);
     /// Appends a value behind the last without marking anything changed.
     static void append(dbrecord& record, std::string_view value);
     /// Takes the memory that removing the value needs.

@@ -2,6 +2,9 @@
 
 #include <cstring>
 #include <memory>
+#include <random>
+#include <string>
+#include <vector>
 
 #include <vekdb/host/text_block.h>
 #include <vekdb/record.h>
@@ -153,6 +156,74 @@ TEST_F(OnSlices, AssignmentTrimsAndTakesOver) {
     EXPECT_EQ(3, target.get_num_fields());
     EXPECT_STREQ("slate 12", target.get_field(2));
     EXPECT_TRUE(target.get_changed());
+}
+
+TEST_F(OnSlices, TextsThatAreSetLeaveTheOthersWhereTheyAre) {
+    const char* const first = record.get_field(0);
+    record.set_field(1, "a text that is longer than what stands there");
+    const char* const second = record.get_field(1);
+    for (const char* text : {"1", "twelve", "a longer text", "an even longer text than that",
+                             "and one that is longer than all of the others together", "2"}) {
+        record.set_field(2, text);
+        EXPECT_STREQ(text, record.get_field(2));
+    }
+    record.getField(1);
+    record.set_field(2, "x");
+    EXPECT_STREQ("A001", first);
+    EXPECT_STREQ("a text that is longer than what stands there", second);
+    EXPECT_EQ("x", record.fieldView(2));
+}
+
+TEST_F(OnSlices, AValueMayBeAPartOfItself) {
+    record.set_field(2, "slate 123");
+    record.set_field(2, record.get_field(2) + 6);
+    EXPECT_STREQ("123", record.get_field(2));
+    record.set_field(0, record.get_field(2));
+    EXPECT_STREQ("123", record.get_field(0));
+}
+
+TEST_F(OnSlices, AStringThatIsGivenIsSharedAlsoBesideTextsThatWereSet) {
+    const LightweightString<char> given("given");
+    record.set_field(2, "a text");
+    record.setField(1, given);
+    EXPECT_EQ(given.c_str(), record.get_field(1));
+    EXPECT_STREQ("a text", record.get_field(2));
+    EXPECT_STREQ("A001", record.get_field(0));
+}
+
+TEST_F(OnSlices, WhateverIsDoneInAnyOrderTheValuesAreThoseOfAPlainList) {
+    std::minstd_rand random(11);
+    const auto below = [&](unsigned n) { return static_cast<unsigned>(random()) % n; };
+    const dbrecord loaded(record);
+    for (unsigned run = 0; run < 300; ++run) {
+        dbrecord row(loaded);
+        std::vector<std::string> plain = {"A001", "", "slate 12"};
+        for (unsigned step = 0; step < 30; ++step) {
+            const unsigned at = below(static_cast<unsigned>(plain.size()));
+            const std::string text(below(4) == 0 ? 0 : below(below(9) == 0 ? 1500 : 24), 'x');
+            const int width = 0;
+            switch (below(10)) {
+                case 0:
+                    row.setField(static_cast<unsigned short>(at), text.c_str());
+                    plain[at] = text;
+                    break;
+                case 1:
+                    EXPECT_EQ(plain[at], row.getField(static_cast<unsigned short>(at)).c_str());
+                    break;
+                case 2:
+                    plain.resize(1 + below(5));
+                    row.resizeRecord(static_cast<int>(plain.size()), &width, false);
+                    break;
+                case 3:
+                    EXPECT_EQ(plain[at], dbrecord(row).fieldView(at));
+                    break;
+                default:
+                    row.set_field(static_cast<int>(at), text.c_str());
+                    plain[at] = text;
+            }
+            for (unsigned i = 0; i < plain.size(); ++i) ASSERT_EQ(plain[i], row.fieldView(i));
+        }
+    }
 }
 
 }  // namespace
