@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <typeinfo>
@@ -96,6 +97,7 @@ public:
     RecordMerger(vekdb& table, const std::vector<ColumnCopy>& columns)
         : columns_(columns),
           copies_(table),
+          theirs_(columnsRead(columns)),
           values_(table.get_num_fields()),
           forms_(columns.size()),
           isTogether_(standTogether(columns)) {}
@@ -105,8 +107,9 @@ public:
         if (isPlain && isTogether_) {
             return copies_.append(row, static_cast<unsigned>(columns_.size()));
         }
+        row.fieldViews(theirs_.data(), static_cast<unsigned>(theirs_.size()));
         for (std::size_t i = 0; i < columns_.size(); ++i) {
-            values_[columns_[i].to] = isPlain ? converted(row, i) : stored(row, i);
+            values_[columns_[i].to] = isPlain ? converted(theirs_[columns_[i].from], i) : stored(i);
         }
         return copies_.append(values_.data(), values_.size());
     }
@@ -126,22 +129,29 @@ private:
         return true;
     }
 
-    std::string_view converted(const dbrecord& row, std::size_t i) {
+    // The columns up to the last one that is copied.
+    static std::size_t columnsRead(const std::vector<ColumnCopy>& columns) {
+        std::size_t count = 0;
+        for (const ColumnCopy& column : columns) {
+            count = std::max(count, std::size_t{column.from} + 1);
+        }
+        return count;
+    }
+
+    std::string_view converted(std::string_view value, std::size_t i) {
         const ColumnCopy& column = columns_[i];
-        return convertedValue(RecordAccess::view(row, column.from), column.fromType, column.toType,
-                              forms_[i].form);
+        if (!isConverted(column.fromType, column.toType)) return value;
+        return convertedValue(value, column.fromType, column.toType, forms_[i].form);
     }
 
     // A text ends at its first NUL, and is stored without leading white space.
-    std::string_view stored(const dbrecord& row, std::size_t i) {
-        const ColumnCopy& column = columns_[i];
-        const std::string_view text = upToNul(RecordAccess::view(row, column.from));
-        return withoutLeadingSpace(
-            convertedValue(text, column.fromType, column.toType, forms_[i].form));
+    std::string_view stored(std::size_t i) {
+        return withoutLeadingSpace(converted(upToNul(theirs_[columns_[i].from]), i));
     }
 
     const std::vector<ColumnCopy>& columns_;
     RowCopies copies_;
+    std::vector<std::string_view> theirs_;
     std::vector<std::string_view> values_;
     std::vector<Buffer> forms_;
     bool isTogether_;
