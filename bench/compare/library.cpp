@@ -137,6 +137,39 @@ Answer loadWork(const Request& request) {
     return answer;
 }
 
+// The rows come one piece after the other, by this thread alone.
+Answer loadInTurnWork(const Request& request) {
+    OS()->setReadsAhead(false);
+    return loadWork(request);
+}
+
+// What is behind the roads from file to file that copy and join tables.
+void saveAs(vekdb& table, const std::string& path) {
+    table.set_filename(wide(path));
+    if (table.save_text() == 0) {
+        fail("cannot save " + path);
+    }
+}
+
+Answer loadAndSaveWork(const Request& request) {
+    Answer answer;
+    Table table = load(request.input);
+    saveAs(*table, request.scratch);
+    answer.rows = table->get_num_records();
+    return answer;
+}
+
+// The second log of the roads stands beside the first: LOG-a.vek and LOG-b.vek.
+Answer loadAndSaveBothWork(const Request& request) {
+    Answer answer = loadAndSaveWork(request);
+    std::string second = request.input;
+    second.at(second.rfind("-a.") + 1) = 'b';
+    Table table = load(second);
+    saveAs(*table, request.scratch + ".second");
+    answer.rows += table->get_num_records();
+    return answer;
+}
+
 Answer saveWork(const Request& request) {
     Answer answer;
     Table table = load(request.input);
@@ -214,6 +247,41 @@ Answer deleteWork(const Request& request) {
     });
     answer.rows = table->get_num_records();
     keepRows(*table, request);
+    return answer;
+}
+
+// --- the rows of another table
+
+Answer addTableWork(const Request& request) {
+    Answer answer;
+    Table table = load(request.input);
+    Table other = load(request.input);
+    timed(answer, [&] { table->add_vekdb(other.get()); });
+    answer.rows = table->get_num_records();
+    return answer;
+}
+
+Answer mergeSameWork(const Request& request) {
+    Answer answer;
+    Table table = load(request.input);
+    Table other = load(request.input);
+    timed(answer, [&] { table->merge_all_matching(other.get()); });
+    answer.rows = table->get_num_records();
+    return answer;
+}
+
+// As many rows as in the others, so that growing costs the same.
+Answer mergeOtherWork(const Request& request) {
+    Answer answer;
+    Table other = load(request.input);
+    std::vector<DBFieldDesc> fields;
+    for (unsigned i = other->get_num_fields(); i > 0; --i) {
+        fields.push_back({other->get_fieldname(i - 1), other->get_field_type(i - 1)});
+    }
+    vekdb table(fields);
+    table.add_records(static_cast<int>(other->get_num_records()));
+    timed(answer, [&] { table.merge_all_matching(other.get()); });
+    answer.rows = table.get_num_records();
     return answer;
 }
 
@@ -507,6 +575,12 @@ struct Work {
 constexpr Work works[] = {
     {"floor", floorWork},
     {"load", loadWork},
+    {"load-in-turn", loadInTurnWork},
+    {"load-save", loadAndSaveWork},
+    {"load-both", loadAndSaveBothWork},
+    {"add-table", addTableWork},
+    {"merge-same", mergeSameWork},
+    {"merge-other", mergeOtherWork},
     {"save", saveWork},
     {"contains", containsWork},
     {"range", rangeWork},
@@ -540,6 +614,7 @@ constexpr Work works[] = {
 int main(int count, char** arguments) {
     Request request = compare::request(count, arguments);
     TextFile::syncToDisk = false;
+    OS()->setReadsAhead(true);
     for (const Work& work : works) {
         if (work.name == request.work) {
             compare::print(work.run(request), vekdbDllVersionStr());

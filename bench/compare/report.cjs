@@ -92,22 +92,29 @@ function timesAt(found, rows) {
         })]));
 }
 
+const growthAim = 13;
+
 function growthTable(found, sizes) {
     const [small, large] = [sizes.at(0), sizes.at(-1)];
     const grown = found.filter(({ work, rows }) => rows === large && !work.rows);
     const columns = columnsOf(grown);
-    return `Growth of the time from ${thousands(small)} to ${thousands(large)} rows:\n\n` + table(
-        ['work', ...columns.map(([, title]) => title)],
-        grown.map(({ work, results }) => [work.title, ...columns.map(([id]) => {
-            const [from, to] = [inColumn(resultsOf(found, work.id, small), id),
-                inColumn(results, id)];
-            return from && to ? times(to.ns / from.ns) : '';
-        })]));
+    const growthOf = (work, results, id) => {
+        const [from, to] = [inColumn(resultsOf(found, work.id, small), id), inColumn(results, id)];
+        return from && to ? to.ns / from.ns : undefined;
+    };
+    const shown = (growth) => (growth ? times(growth) : '');
+    return `Growth of the time from ${thousands(small)} to ${thousands(large)} rows, of which the ` +
+        `aim for this library is at most ${growthAim} a tenfold:\n\n` + table(
+        ['work', ...columns.map(([, title]) => title), 'met'],
+        grown.map(({ work, results }) => {
+            const own = growthOf(work, results, 'vekdb');
+            return [work.title, ...columns.map(([id]) => shown(growthOf(work, results, id))),
+                own ? met(own <= growthAim * (large / small / 10)) : ''];
+        }));
 }
 
 function aimsTable(found) {
-    const largest = new Map(found.map(({ work, rows }) => [work, rows]));
-    const lines = [...largest].flatMap(([work, rows]) => work.aims.map((wanted) => {
+    const lines = found.flatMap(({ work, rows }) => work.aims.map((wanted) => {
         const now = aim(found, work, rows, wanted);
         return now && [work.title, thousands(rows), now.is, now.text, met(now.met)];
     })).filter(Boolean);
@@ -166,12 +173,13 @@ function peersText(found) {
         `${result.threads} thread${result.threads > 1 ? 's' : ''}`).join('\n');
 }
 
-function tables({ machine, rounds, sizes, found, climbs, absences }) {
+function tables({ machine, rounds, sizes, found, climbs, absences, processor }) {
     const rows = Object.keys(sizes).map(Number).sort((a, b) => a - b);
     const { cores, model, gigabytes, busy } = machine;
     const parts = [`Machine: ${cores} cores (${model}), ${gigabytes} GB of memory. ` +
         `Medians of ${rounds} rounds, at a load of ${busy.toFixed(1)}` +
-        `${busy > cores ? ': other work took the cores too, so times are too long' : ''}.`];
+        `${busy > cores ? ': other work took the cores too, so times are too long' : ''}.` +
+        `${processor ? ' Times are those of the processor, of all threads together.' : ''}`];
     if (found.length > 0) {
         parts.push(peersText(found), aimsTable(found), ...rows.slice().reverse()
             .map((size) => timesAt(found, size)));

@@ -19,6 +19,8 @@ vek() {
     to-*) output+=.${job#to-} ;;
     esac
     case $job in
+    library) run=(--work load-save --input "$input" --scratch "$output") ;;
+    library-both) run=(--work load-both --input "$base-a.vek" --scratch "$output") ;;
     copy) run=(convert "$input" "$output") ;;
     csv | quoted | tsv | ale | jsonl) run=(convert "$(logOf)" "$output") ;;
     to-*) run=(convert "$input" "$output") ;;
@@ -28,13 +30,17 @@ vek() {
     delete) run=(delete "$output" --where Take==3) ;;
     column) run=(column add "$output" Circled) ;;
     sort) run=(sort "$output" --by "Scene,Start time") ;;
+    merge-tables) run=(merge "$base-a.vek" "$base-b.vek" -o "$output" --to vekdb) ;;
     merge) run=(merge "$base-a.csv" "$base-b.csv" -o "$output" --to csv) ;;
     merge-key)
         run=(merge "$base-a.csv" "$base-b.csv" --key Id --prefer last -o "$output" --to csv) ;;
     diff) run=(diff "$input" "$base-a.vek") ;;
     diff-key) run=(diff "$base-a.csv" "$base-b.csv" --key Id) ;;
     esac
-    run=("$VEK" "${run[@]}")
+    case $job in
+    library*) run=("$LIBRARY" "${run[@]}") ;;
+    *) run=("$VEK" "${run[@]}") ;;
+    esac
 }
 
 # What is read of the roads that begin with one log.
@@ -91,20 +97,15 @@ polars) package=nodejs-polars node ;;
 *) "$program" ;;
 esac
 
-# Wall time, and the processor's beside it for those who measure on a busy machine. A program that
-# found differences ends with 1.
-TIMEFORMAT='%R %U %S'
-took=$({ time "${run[@]}" >"$output.said" 2>"$output.told" || [ "$?$program" = 1vek ]; } 2>&1) ||
-    { tail -n 1 "$output.told" >&2 && exit 1; }
+# A program that found differences ends with 1.
+travel() { "${run[@]}" >"$output.said" 2>"$output.told" || [ "$?$program" = 1vek ]; }
+timed travel || { tail -n 1 "$output.told" >&2 && exit 1; }
 [ -s "$output" ] || mv "$output.said" "$output"
 case $job in
 to-csv | to-tsv | to-ale | to-jsonl | copy | csv | quoted | tsv | ale | jsonl | set | tag | delete \
     | column | sort) [ "$program" != vek ] || mv "$output" "${result:-$scratch}" ;;
 esac
-rm -f "$output.said" "$output.told"
-read -r wall user system <<<"$took"
-nanoseconds() { printf '%d' "$((10#${1/./}))000000"; }
+rm -f "$output.said" "$output.told" "$output.second"
 rows=$(wc -l <"${result:-$scratch}")
-cpu=$(($(nanoseconds "$user") + $(nanoseconds "$system")))
 echo "{\"version\":\"$version\",\"threads\":$threads,\"rows\":$rows," \
-    "\"ns\":[$(nanoseconds "$wall")],\"cpu\":$cpu}"
+    "\"ns\":[$wall],\"cpu\":$cpu}"

@@ -9,7 +9,8 @@ const whole = (id, title, ...aims) => ({ id: `road-${id}`, title, road: true, ai
 const checked = (id, title, ...aims) => ({ ...whole(id, title, ...aims), same: ['rows', 'all'] });
 
 const roads = [
-    checked('copy', 'table to table'),
+    whole('library', 'the library alone: load and save'),
+    checked('copy', 'table to table', { of: { id: 'road-library', times: 1.5 } }),
     whole('info', 'info of a table'),
     checked('csv', 'CSV to table; peers CSV to CSV', { times: 2 }, copied(2.5)),
     checked('quoted', 'the same, every field quoted', { times: 2 }, copied(2.5)),
@@ -28,7 +29,9 @@ const roads = [
     checked('delete', 'delete by a condition', copied(1.5)),
     whole('column', 'add a column', copied(1.5)),
     checked('sort', 'sort in place', copied(1.5)),
-    checked('merge', 'merge A B, CSV to CSV', { times: 3 }),
+    whole('library-both', 'the library alone: load two, save their rows'),
+    whole('merge-tables', 'merge A B, tables', { of: { id: 'road-library-both', times: 1.3 } }),
+    checked('merge', 'merge A B, CSV to CSV'),
     checked('merge-key', 'merge A B --key, CSV to CSV', { times: 3 }),
     whole('diff', 'diff A B', copied(2)),
     whole('diff-key', 'diff A B --key, CSV; peers CSV to CSV', { times: 3 }),
