@@ -21,8 +21,13 @@ bool hasAny(std::string_view text, std::string_view bytes) {
     return text.find_first_of(bytes) != std::string_view::npos;
 }
 
-bool isBlankAtEdge(std::string_view value) {
-    return !value.empty() && (isAsciiSpace(value.front()) || isAsciiSpace(value.back()));
+bool isInk(char c) {
+    return static_cast<unsigned char>(c) > ' ';
+}
+
+inline bool isBlankAtEdge(std::string_view value) {
+    if (value.empty() || (isInk(value.front()) && isInk(value.back()))) return false;
+    return isAsciiSpace(value.front()) || isAsciiSpace(value.back());
 }
 
 // Whether a value may be another one on its way through a table file. Looks at all bytes, so that

@@ -13,6 +13,7 @@ namespace vek::formats {
 namespace {
 
 constexpr std::size_t copiedAtOnce = 1 << 18;
+constexpr std::size_t handedOnAtOnce = 1 << 17;  // bytes that are not worth being copied first
 constexpr std::size_t noLimit = std::numeric_limits<std::size_t>::max();
 
 }  // namespace
@@ -42,6 +43,10 @@ void Output::encode(const std::string& encoding, bool isPacked) {
 void Output::write(std::string_view text) {
     size_ += text.size();
     requireOutput(name_, size_, limit_, *terms_);
+    if (text.size() >= handedOnAtOnce && pieceSize_ != noLimit) {
+        if (!pending_.empty()) flush();
+        return sink_->take(text);
+    }
     pending_ += text;
     if (pending_.size() >= pieceSize_) flush();
 }
