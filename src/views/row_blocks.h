@@ -77,6 +77,18 @@ public:
     bool isEnough(const Spare& spare, std::uint32_t at, std::uint32_t n) const noexcept;
     /// Inserts n rows that show the source rows from `first` on, untagged.
     void insert(std::uint32_t at, std::uint32_t n, std::uint32_t first, Spare& spare) noexcept;
+    /// Puts a row behind the last one where its block has room and nothing was inserted or taken
+    /// out in the middle; else false, and nothing done.
+    bool push(ViewSlot slot) noexcept {
+        if (!even_ || entries_.empty() || entries_.back().rows >= fill_) return false;
+        Entry& last = entries_.back();
+        last.block->rows[last.rows] = slot.row;
+        last.block->tags[last.rows++] = slot.tag;
+        same_ = same_ && slot.row == size_;
+        ++size_;
+        summed_ = false;
+        return true;
+    }
     void erase(std::uint32_t at, std::uint32_t n) noexcept;
     void clear() noexcept { *this = RowBlocks(); }
     /// No rows, but the memory of as many, until it is let go.

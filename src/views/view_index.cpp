@@ -183,7 +183,30 @@ void ViewIndex::noteOrderOf(int at, int n) noexcept {
 
 // --- rows that come
 
+// As most rows come: behind others, where there is room.
+bool ViewIndex::push(unsigned sourceRow) noexcept {
+    const auto at = static_cast<unsigned>(count_);
+    if (deferred_ != nullptr || at == 0 || at >= capacity_ || at != rows_.size()) {
+        return false;
+    }
+    if (capacityFor(count_ + 1) != capacity_) {
+        return false;
+    }
+    const unsigned before = rows_.row(at - 1);
+    if (!rows_.push({sourceRow, std::uint8_t(usedTag(at))})) {
+        return false;
+    }
+    ++count_;
+    if (order_ == Order::ascending && before > sourceRow) {
+        order_ = Order::none;
+    }
+    return true;
+}
+
 void ViewIndex::append(unsigned sourceRow) {
+    if (push(sourceRow)) {
+        return;
+    }
     settle();
     RowBlocks::Spare spare = rows_.spareFor(rows_.size(), 1);
     sizeFor(countWith(1));

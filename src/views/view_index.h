@@ -108,6 +108,7 @@ public:
 private:
     enum class Order { ascending, none, unknown };
 
+    bool push(unsigned sourceRow) noexcept;
     unsigned capacityFor(int n) const noexcept;
     unsigned keptIn(unsigned capacity, int wanted) const noexcept;
     int countWith(int more) const;
