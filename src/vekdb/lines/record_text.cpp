@@ -1,6 +1,7 @@
 #include <climits>
 #include <cstring>
 
+#include <vekdb/byte_marks.h>
 #include <vekdb/host/text_file.h>
 #include <vekdb/record.h>
 #include "vekdb/bytes/line_bytes.h"
@@ -60,6 +61,37 @@ char* copyQuoted(const LineSlices& slices, unsigned count, char* to) {
     return to + length;
 }
 
+// Whether no byte of the values has to be written as others: the only NULs are those between them.
+bool arePlain(const LineSlices& slices, unsigned count, std::size_t size) {
+    const char* const begin = slices.first();
+    return ByteMarks::count(begin, begin + size, {'"', '\r', '\n', '\0'}) == count - 1;
+}
+
+// A short value is copied with some of the bytes that stand behind it on its line, which what
+// follows overwrites: a copy of a fixed size is the quickest.
+char* copyValue(const char* from, std::size_t size, std::size_t left, char* to) {
+    constexpr std::size_t atOnce = 16;
+    if (size <= atOnce && left >= atOnce)
+        std::memcpy(to, from, atOnce);
+    else
+        std::memcpy(to, from, size);
+    return to + size;
+}
+
+char* copyMoved(const LineSlices& slices, unsigned count, std::size_t size, char* to) {
+    const std::uint16_t* const next = slices.next();
+    const char* const text = slices.first();
+    std::size_t from = 0;
+    for (unsigned i = 0; i < count; ++i) {
+        if (i > 0) *to++ = ',';
+        *to++ = '"';
+        to = copyValue(text + from, next[i] - from - 1, size - from, to);
+        *to++ = '"';
+        from = next[i];
+    }
+    return to;
+}
+
 }  // namespace
 
 int dbrecord::read(TextFile& file) {
@@ -89,9 +121,16 @@ std::size_t dbrecord::longestLine() const {
 
 char* dbrecord::writeValues(char* to) const {
     unsigned written = 0;
-    if (storage_ == Storage::slices && values_.slices->gap() == LineSlices::quotedGap) {
-        to = copyQuoted(*values_.slices, stored_, to);
-        written = stored_;
+    if (storage_ == Storage::slices) {
+        const LineSlices& slices = *values_.slices;
+        const std::size_t size = slices.next()[stored_ - 1] - std::size_t{slices.gap()};
+        if (slices.gap() == LineSlices::quotedGap) {
+            to = copyQuoted(slices, stored_, to);
+            written = stored_;
+        } else if (arePlain(slices, stored_, size)) {
+            to = copyMoved(slices, stored_, size, to);
+            written = stored_;
+        }
     }
     for (; written < count_; ++written) {
         if (written > 0) *to++ = ',';

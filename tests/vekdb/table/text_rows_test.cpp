@@ -189,6 +189,41 @@ TEST_F(FromText, SuchARowIsWrittenAsAnyOther) {
     EXPECT_EQ(file.line(0), "\"say \"\"hi\"\"\",\"b\",\"\"");
 }
 
+// Whatever the values are, the line is that of a record which has strings of its own.
+TEST_F(FromText, LinesAreThoseOfRowsThatHaveStrings) {
+    constexpr unsigned count = 20;
+    std::uint32_t chance = 1;
+    const auto below = [&](std::uint32_t n) { return (chance = chance * 69069 + 1) / 7 % n; };
+    for (unsigned round = 0; round < 300; ++round) {
+        std::vector<std::string> values(1 + below(count));
+        const std::string_view bytes = round % 2 == 0 ? "abcdefgh" : "ab ,\\\t\"\n\r";
+        std::string text;
+        for (std::string& value : values) {
+            const std::uint32_t size = below(4) == 0 ? below(60) : below(20);
+            while (value.size() < size) {
+                value += bytes[below(static_cast<std::uint32_t>(bytes.size()))];
+            }
+            text += value + ",";
+        }
+        vekdb made;
+        TextRows one(made, blockOf(text));
+        std::vector<std::string_view> views;
+        std::size_t at = 0;
+        for (const std::string& value : values) {
+            views.emplace_back(one.text() + at, value.size());
+            at += value.size() + 1;
+        }
+        ASSERT_TRUE(one.append({one.text(), one.text() + at}, views.data(), views.size()));
+        one.finish(columns(count));
+        dbrecord strings(count);
+        for (unsigned short i = 0; i < values.size(); ++i) strings.setField(i, values[i].c_str());
+        TextFile lines;
+        made.get_record(0)->write(lines);
+        strings.write(lines);
+        ASSERT_EQ(lines.line(0), lines.line(1)) << round;
+    }
+}
+
 TEST_F(FromText, ManyRowsOfBothKindsOutliveTheReader) {
     std::string text;
     for (int i = 0; i < 20000; ++i) text += std::to_string(10000 + i) + ",x\n";
