@@ -144,5 +144,6 @@ void VDBViewRep::sort(int direction, int forceNormal) {
     for (const SortEntry& entry : entries) {
         positions.push_back(entry.position);
     }
+    entries = std::vector<SortEntry>();
     index().reorder(positions.data());
 }

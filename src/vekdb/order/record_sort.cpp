@@ -61,7 +61,8 @@ SortItems RecordSort::order() {
 }
 
 void RecordSort::sortByRecords() {
-    sortBy(0, [](std::size_t) { return 0; }, this);
+    sortBy(
+        0, [](std::size_t) { return 0; }, this);
 }
 
 void RecordSort::sortByKeys() {
@@ -101,9 +102,13 @@ void RecordSort::sortBy(unsigned keyBits, KeyOf keyOf, const iTieBreak* ties) {
     items_.sort(keyBits, ties);
 }
 
-bool hasRecord(const SortEntry& entry) { return entry.record != nullptr; }
+bool hasRecord(const SortEntry& entry) {
+    return entry.record != nullptr;
+}
 
-bool comesBefore(const SortEntry& a, const SortEntry& b) { return a.position < b.position; }
+bool comesBefore(const SortEntry& a, const SortEntry& b) {
+    return a.position < b.position;
+}
 
 // A row that is equal to every other would leave no order among them: it is kept out.
 std::vector<SortEntry> presentByPosition(const SortEntry* entries, std::size_t n) {
@@ -116,6 +121,41 @@ std::vector<SortEntry> presentByPosition(const SortEntry* entries, std::size_t n
     return present;
 }
 
+bool arePresentByPosition(const SortEntry* entries, std::size_t n) {
+    return std::all_of(entries, entries + n, hasRecord) &&
+           std::is_sorted(entries, entries + n, comesBefore);
+}
+
+SortItems orderOfEntries(const SortEntry* entries, std::size_t n, int direction) {
+    std::vector<const dbrecord*> records(n);
+    std::transform(entries, entries + n, records.begin(),
+                   [](const SortEntry& entry) { return entry.record; });
+    return orderOfRecords(records.data(), n, direction);
+}
+
+// Each entry of a ring moves to the place of the one before.
+void moveRing(SortEntry* entries, const SortItems& order, std::size_t first,
+              std::vector<bool>& isMoved) {
+    const SortEntry displaced = entries[first];
+    std::size_t to = first;
+    while (order[to] != first) {
+        entries[to] = entries[order[to]];
+        isMoved[to] = true;
+        to = order[to];
+    }
+    entries[to] = displaced;
+    isMoved[to] = true;
+}
+
+// Without room for another entry of each.
+void sortInPlace(SortEntry* entries, std::size_t n, int direction) {
+    const SortItems order = orderOfEntries(entries, n, direction);
+    std::vector<bool> isMoved(n);
+    for (std::size_t i = 0; i < n; ++i) {
+        if (!isMoved[i]) moveRing(entries, order, i, isMoved);
+    }
+}
+
 }  // namespace
 
 SortItems orderOfRecords(const dbrecord* const* records, std::size_t n, int direction) {
@@ -123,11 +163,9 @@ SortItems orderOfRecords(const dbrecord* const* records, std::size_t n, int dire
 }
 
 void sortRecordEntries(SortEntry* entries, std::size_t n, int direction) {
+    if (arePresentByPosition(entries, n)) return sortInPlace(entries, n, direction);
     const std::vector<SortEntry> present = presentByPosition(entries, n);
-    std::vector<const dbrecord*> records;
-    records.reserve(present.size());
-    for (const SortEntry& entry : present) records.push_back(entry.record);
-    const SortItems order = orderOfRecords(records.data(), records.size(), direction);
+    const SortItems order = orderOfEntries(present.data(), present.size(), direction);
     std::size_t next = 0;
     for (std::size_t i = 0; i < n; ++i) {
         if (hasRecord(entries[i])) entries[i] = present[order[next++]];
