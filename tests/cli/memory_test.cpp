@@ -106,3 +106,14 @@ TEST(MemoryOfReading, OfAMillionColumnsIsRefusedWithoutMoreThanFourTimes) {
 TEST(MemoryOfReading, OfAMillionEmptyRowsIsFortyBytesARowBeyond) {
     expectWithin("rows.csv", "Name\n" + std::string(1000000, '\n'), 40 * 1000000);
 }
+
+// What is refused needs no memory for all that it would unpack to.
+TEST(MemoryOfReading, OfAPackedFileThatUnpacksToTooMuchIsThatOfAnHonestOne) {
+    WorkFolder folder;
+    Start start;
+    start.words = {"/bin/sh", "-c", "head -c 100000000 /dev/zero | gzip > a.csv.gz"};
+    ASSERT_EQ(run(folder, start).exitCode, 0);
+    const Usage usage = peakOf(folder, "a.csv.gz");
+    EXPECT_EQ(usage.exitCode, 3);
+    if (!isUnderSanitizer()) EXPECT_LE(usage.bytes, std::size_t{40} << 20);
+}

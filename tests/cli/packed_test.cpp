@@ -91,3 +91,17 @@ TEST(PackedFiles, BombsEndAtAStatedRatioOrWhereAPersonSays) {
         << said.errors;
     EXPECT_EQ(vek(folder, "info a.csv.gz --max-bytes 200000000").exitCode, 0);
 }
+
+// Whose size is found out first, because the beginning of it promises no honest log.
+TEST(PackedFiles, ThatUnpackToVeryMuchAreReadWhereThatIsAllowed) {
+    WorkFolder folder;
+    const std::string make =
+        "(printf 'Name\\n' | gzip; head -c 30000000 /dev/zero | tr '\\0' a | gzip; "
+        "printf '\\nB\\n' | gzip) > a.csv.gz";
+    EXPECT_EQ(shell(folder, make).exitCode, 0);
+    const std::string info = vek(folder, "info a.csv.gz").output;
+    EXPECT_NE(info.find("Rows        2\n"), std::string::npos) << info;
+    EXPECT_EQ(vek(folder, "convert a.csv.gz - --to csv").output.size(), 30000008u);
+    folder.write("cut.csv.gz", folder.read("a.csv.gz").substr(0, 20000));
+    EXPECT_EQ(vek(folder, "info cut.csv.gz").exitCode, 3);
+}

@@ -21,32 +21,40 @@ Bytef* bytes(const char* at) {
     return reinterpret_cast<Bytef*>(const_cast<char*>(at));  // zlib changes nothing of it
 }
 
-class Unpacking {
+// A place in what is packed, which may be several texts behind one another.
+class PackedPlace {
 public:
-    Unpacking(std::string_view text, const std::string& name, const Opening& opening)
-        : text_(text),
-          name_(name),
-          terms_(*opening.terms),
-          most_(mostUnpacked(text.size(), opening.limits)) {
-        isOpen_ = ::inflateInit2(&stream_, withGzip) == Z_OK;
+    PackedPlace(std::string_view text, const std::string& name) : text_(text), name_(name) {
+        if (::inflateInit2(&stream_, withGzip) != Z_OK) refuse("no memory to unpack it");
     }
-    ~Unpacking() {
-        if (isOpen_) ::inflateEnd(&stream_);
-    }
-    Unpacking(const Unpacking&) = delete;
-    Unpacking& operator=(const Unpacking&) = delete;
-
-    Quor::Ptr<TextBlock> run() {
-        if (!isOpen_) refuse("no memory to unpack it");
-        int result = Z_OK;
-        while (result != Z_STREAM_END) {
-            result = step();
-            const bool isAnother = result == Z_STREAM_END && isPacked(text_.substr(at_));
-            if (isAnother && ::inflateReset(&stream_) == Z_OK) result = Z_OK;
+    /// The same place, from which one goes on without the other.
+    PackedPlace(const PackedPlace& other)
+        : text_(other.text_), name_(other.name_), at_(other.at_), isEnded_(other.isEnded_) {
+        if (::inflateCopy(&stream_, const_cast<z_stream*>(&other.stream_)) != Z_OK) {
+            refuse("no memory to unpack it");
         }
-        if (at_ != text_.size()) refuse("bytes behind the end of what was packed");
-        block_->resize(size_);
-        return block_;
+    }
+    PackedPlace& operator=(const PackedPlace&) = delete;
+    ~PackedPlace() { ::inflateEnd(&stream_); }
+
+    bool isEnded() const { return isEnded_; }
+
+    /// Unpacks at most so many bytes; how many they were.
+    std::size_t read(char* to, std::size_t size) {
+        stream_.next_in = bytes(text_.data() + at_);
+        stream_.avail_in = piece(text_.size() - at_);
+        stream_.next_out = bytes(to);
+        stream_.avail_out = piece(size);
+        const uInt in = stream_.avail_in;
+        const uInt out = stream_.avail_out;
+        const int result = ::inflate(&stream_, Z_NO_FLUSH);
+        at_ += in - stream_.avail_in;
+        if (result == Z_STREAM_END)
+            endText();
+        else if (result != Z_OK)
+            refuse(result == Z_BUF_ERROR ? "the file ends before what was packed does"
+                                         : "what cannot be unpacked");
+        return out - stream_.avail_out;
     }
 
 private:
@@ -54,42 +62,76 @@ private:
         throw Failure{unreadable, name_ + ": " + found + ", expected a whole file of gzip"};
     }
 
-    int step() {
-        if (size_ == block_->size()) makeRoom();
-        stream_.next_in = bytes(text_.data() + at_);
-        stream_.avail_in = piece(text_.size() - at_);
-        stream_.next_out = bytes(block_->data() + size_);
-        stream_.avail_out = piece(block_->size() - size_);
-        const uInt in = stream_.avail_in;
-        const uInt out = stream_.avail_out;
-        const int result = ::inflate(&stream_, Z_NO_FLUSH);
-        at_ += in - stream_.avail_in;
-        size_ += out - stream_.avail_out;
-        if (result != Z_OK && result != Z_STREAM_END) {
-            refuse(result == Z_BUF_ERROR ? "the file ends before what was packed does"
-                                         : "what cannot be unpacked");
-        }
-        return result;
-    }
-
-    // What fits the bound is at once less than a byte more than is kept.
-    void makeRoom() {
-        if (size_ > most_) {
-            throw Failure{unreadable,
-                          concat(name_, ": unpacks to more than ", std::to_string(most_),
-                                 " bytes, expected no more; ", terms_.maxBytes, " allows more")};
-        }
-        block_->resize(std::min(std::max(2 * size_, 4 * text_.size() + 1024), most_ + 1));
+    void endText() {
+        isEnded_ = !isPacked(text_.substr(at_)) || ::inflateReset(&stream_) != Z_OK;
+        if (isEnded_ && at_ != text_.size()) refuse("bytes behind the end of what was packed");
     }
 
     std::string_view text_;
     const std::string& name_;
-    const Terms& terms_;
-    std::size_t most_;
     z_stream stream_ = {};
-    bool isOpen_ = false;
-    Quor::Ptr<TextBlock> block_ = TextBlock::create(0);
     std::size_t at_ = 0;
+    bool isEnded_ = false;
+};
+
+// Keeps what is unpacked. Small files that unpack to very much are refused before there is memory
+// for it.
+class Unpacking {
+public:
+    Unpacking(std::string_view text, const std::string& name, const Opening& opening)
+        : place_(text, name),
+          name_(name),
+          terms_(*opening.terms),
+          packed_(text.size()),
+          most_(mostUnpacked(text.size(), opening.limits)) {}
+
+    Quor::Ptr<TextBlock> run() {
+        while (!place_.isEnded()) {
+            if (size_ == block_->size()) makeRoom();
+            size_ += place_.read(block_->data() + size_, block_->size() - size_);
+        }
+        requireWithinMost(size_);
+        block_->resize(size_);
+        return block_;
+    }
+
+private:
+    // As much as an honest log unpacks to comes as it is; of more the size is found out first.
+    void makeRoom() {
+        requireWithinMost(size_);
+        const std::size_t usual = usualOfAnyText + usualOfEachByte * packed_;
+        const std::size_t wanted = std::max(2 * size_, 4 * packed_ + 1024);
+        block_->resize(size_ < usual ? std::min({wanted, usual, most_ + 1})
+                                     : size_ + sizeOfRest() + 1);
+    }
+
+    std::size_t sizeOfRest() {
+        PackedPlace place(place_);
+        char room[1 << 16];
+        std::size_t size = 0;
+        while (!place.isEnded()) {
+            size += place.read(room, sizeof room);
+            requireWithinMost(size_ + size);
+        }
+        return size;
+    }
+
+    void requireWithinMost(std::size_t size) const {
+        if (size <= most_) return;
+        throw Failure{unreadable,
+                      concat(name_, ": unpacks to more than ", std::to_string(most_),
+                             " bytes, expected no more; ", terms_.maxBytes, " allows more")};
+    }
+
+    static constexpr std::size_t usualOfAnyText = std::size_t{16} << 20;
+    static constexpr std::size_t usualOfEachByte = 16;
+
+    PackedPlace place_;
+    const std::string& name_;
+    const Terms& terms_;
+    std::size_t packed_;
+    std::size_t most_;
+    Quor::Ptr<TextBlock> block_ = TextBlock::create(0);
     std::size_t size_ = 0;
 };
 
