@@ -16,8 +16,14 @@ constexpr unsigned mostJumps = 64;
 void RowPlaces::add(Range row) {
     if (row.begin != last_ && gaps_.empty()) gaps_.resize(begins_.size());
     if (row.begin != last_ || !gaps_.empty()) gaps_.push_back(row.begin - last_);
-    begins_.push_back(row.begin);
+    wraps_.resize(static_cast<std::size_t>(row.begin >> 32), begins_.size());
+    begins_.push_back(static_cast<std::uint32_t>(row.begin));
     last_ = row.end;
+}
+
+std::uint64_t RowPlaces::wrapsUpTo(std::size_t row) const {
+    return static_cast<std::uint64_t>(std::upper_bound(wraps_.begin(), wraps_.end(), row) -
+                                      wraps_.begin());
 }
 
 void RowPlaces::endAt(std::uint64_t size) {

@@ -32,18 +32,23 @@ public:
 
     std::size_t count() const { return begins_.size() - (isEnded_ ? 1 : 0); }
     Range heading() const { return {0, headingEnd_}; }
-    Range row(std::size_t row) const { return {begins_[row], begins_[row + 1] - gap(row + 1)}; }
+    Range row(std::size_t row) const { return {begin(row), begin(row + 1) - gap(row + 1)}; }
     /// For the number of rows, too: what stands behind them.
-    Range gapBefore(std::size_t row) const { return {begins_[row] - gap(row), begins_[row]}; }
-    std::uint64_t size() const { return begins_.back(); }
+    Range gapBefore(std::size_t row) const { return {begin(row) - gap(row), begin(row)}; }
+    std::uint64_t size() const { return begin(begins_.size() - 1); }
 
 private:
+    std::uint64_t begin(std::size_t row) const {
+        return wraps_.empty() ? begins_[row] : (wrapsUpTo(row) << 32) + begins_[row];
+    }
+    std::uint64_t wrapsUpTo(std::size_t row) const;
     std::uint64_t gap(std::size_t row) const { return gaps_.empty() ? 0 : gaps_[row]; }
 
     std::uint64_t headingEnd_ = 0;
     std::uint64_t last_ = 0;
     bool isEnded_ = false;
-    std::vector<std::uint64_t> begins_;  // and the file's size, once it is known
+    std::vector<std::uint32_t> begins_;  // and the file's size, once it is known: the lower halves
+    std::vector<std::size_t> wraps_;     // rows from which on the upper halves are one more
     std::vector<std::uint64_t> gaps_;    // in front of each; none while there was none
 };
 

@@ -63,3 +63,25 @@ TEST_F(SourceReaderTest, DoesNotReadTheSourceOverAndOverForPiecesInNoOrder) {
     for (std::size_t i = pieces; i-- > 0;) ASSERT_TRUE(holds(reader, i)) << i;
     EXPECT_LT(bytesReadSoFar() - before, 10 * text_.size());
 }
+
+TEST(RowPlaces, AreKeptAlsoBeyondFourGigabytes) {
+    const std::vector<Range> rows = {{10, 20},
+                                     {20, 0xFFFFFFF0},
+                                     {0xFFFFFFF0, 0x100000005},
+                                     {0x100000005, 0x100000009},
+                                     {0x300000000, 0x500000001},
+                                     {0x500000001, 0x500000002}};
+    RowPlaces places;
+    places.beginAt(10);
+    for (const Range& row : rows) places.add(row);
+    places.endAt(0x700000000);
+    ASSERT_EQ(places.count(), rows.size());
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        EXPECT_EQ(places.row(i).begin, rows[i].begin) << i;
+        EXPECT_EQ(places.row(i).end, rows[i].end) << i;
+    }
+    EXPECT_EQ(places.gapBefore(4).begin, 0x100000009u);
+    EXPECT_EQ(places.gapBefore(4).end, 0x300000000u);
+    EXPECT_EQ(places.gapBefore(6).begin, 0x500000002u);
+    EXPECT_EQ(places.size(), 0x700000000u);
+}
