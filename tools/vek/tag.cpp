@@ -1,4 +1,5 @@
 #include <vekdb/host/text_util.h>
+#include <vekdb/row_copies.h>
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/reading.h"
@@ -33,18 +34,31 @@ public:
         const bool isNew = log_.findColumn("Tag") == noColumn;
         auto column =
             static_cast<unsigned short>(log_.table->addField({"Tag", DBFieldTypes::text}));
-        const auto yes = cellText("1");
-        const auto no = cellText("0");
+        RowCopies copies(*log_.table);
         for (unsigned row = 0; row < log_.rowCount(); ++row) {
             const bool isTagged = all_->get_tag(row) != 0;
             if (!isNew && isTagged == (parseInt(log_.cell(row, column)) != 0)) continue;
-            all_->get_record(row)->setField(column, isTagged ? yes : no);
+            store(row, column, isTagged ? "1" : "0", copies);
         }
     }
 
 private:
+    // In the place of a value that is as long, else with all cells of the row together: none gets
+    // memory of its own.
+    void store(unsigned row, unsigned short column, const char* value, RowCopies& copies) {
+        if (log_.cell(row, column).size() == 1) {
+            log_.table->get_record(row)->set_field(column, value);
+            return;
+        }
+        cells_.resize(log_.columnCount());
+        log_.cells(row, cells_);
+        cells_[column] = value;
+        copies.replace(row, cells_.data(), cells_.size());
+    }
+
     Log& log_;
     VDBView all_;
+    std::vector<std::string_view> cells_;
 };
 
 int finish(Log& log, Tags& tags, std::size_t matched, const Args& args) {

@@ -12,32 +12,39 @@ namespace vek::formats {
 class PatchedText {
 public:
     void keep(Range range);
-    /// What is added to it stands behind all that came before.
+    /// What is added to it stands behind all that came before. To be asked for again after each
+    /// value or so: a text that has become long is not made longer.
     std::string& own();
 
-    /// What was added last, if nothing was kept behind it.
-    std::string_view lastOwn() const {
-        return parts_.empty() || parts_.back().isKept ? std::string_view() : text_;
-    }
+    /// What was added last, if nothing was kept behind it; more may stand in front.
+    std::string_view lastOwn() const;
 
     /// Whether it is what the file holds, no more and no less.
     bool isFile(std::uint64_t size) const;
-    /// What is not the file's own.
-    std::string_view made() const { return text_; }
+    /// Whether what is not the file's own is UTF-8, where no character is added in two pieces.
+    bool isMadeOfUtf8() const;
     /// No more than so many bytes that it begins with. Nothing can be added afterwards.
     std::string beginning(const Input& file, std::uint64_t size);
     /// Nothing can be added afterwards.
     void write(const Input& file, Output& out);
 
 private:
-    void endOwn();
-
+    // Bytes of the file, or of what was made, counted through all texts.
     struct Part {
-        bool isKept;
-        Range range;  // of the file, or of the text
+        std::uint64_t isKept : 1;
+        std::uint64_t begin : 63;
+        std::uint64_t end;
+
+        Range range() const { return {begin, end}; }
     };
 
-    std::string text_;
+    std::uint64_t sizeMade() const { return finished_ + (made_.empty() ? 0 : made_.back().size()); }
+    void endOwn();
+    template <class Kept, class Made>
+    void forEachPiece(Kept kept, Made made) const;
+
+    std::vector<std::string> made_;  // one behind the other
+    std::uint64_t finished_ = 0;     // bytes of all of them but the last
     std::vector<Part> parts_;
 };
 

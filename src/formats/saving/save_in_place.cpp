@@ -100,8 +100,8 @@ public:
           form_(rowsInPlace(saving)) {}
 
     PatchedText make() {
-        findChanged();
-        const Sheet sheet{log_, viewOf(log_, changed_), saving_.columns};
+        written_ = viewOf(log_, changedRows());
+        const Sheet sheet{log_, written_, saving_.columns};
         form_->begin(sheet, all_);
         putHeading();
         Progress progress(log_.opening.watcher, "writing", all_.size());
@@ -116,13 +116,20 @@ public:
 private:
     bool isNew(unsigned row) const { return row >= places_.count(); }
 
-    void findChanged() {
+    std::vector<unsigned> changedRows() {
         const bool areAll =
             source_.isDamaged || !saving_.hasColumnsAsTheyCame() || !saving_.hasUnnamedAsTheyCame();
+        std::vector<unsigned> rows;
         for (std::size_t i = 0; i < all_.size(); ++i) {
             const unsigned row = all_[i];
-            if (areAll || isNew(row) || isOpenInside(i) || isChanged(row)) changed_.push_back(row);
+            if (areAll || isNew(row) || isOpenInside(i) || isChanged(row)) rows.push_back(row);
         }
+        return rows;
+    }
+
+    bool isWritten(unsigned row) const {
+        return nextWritten_ < written_->get_num_records() &&
+               written_->baseIndex(nextWritten_) == row;
     }
 
     bool isChanged(unsigned row) {
@@ -150,10 +157,9 @@ private:
     }
 
     void put(unsigned row) {
-        const bool isWritten = nextChanged_ < changed_.size() && changed_[nextChanged_] == row;
         if (!isNew(row) && !source_.isDamaged) keepGapsUpTo(row);
         putEnd();
-        if (isWritten)
+        if (isWritten(row))
             write(row);
         else
             keep(places_.row(row));
@@ -196,7 +202,7 @@ private:
     void write(unsigned row) {
         const std::string_view piece =
             isNew(row) ? std::string_view() : reader_.read(places_.row(row));
-        form_->add(text_.own(), static_cast<unsigned>(nextChanged_++), piece);
+        form_->add(text_.own(), nextWritten_++, piece);
         text_.own() += isNew(row) || source_.isDamaged ? std::string_view(end_) : endOfLine(piece);
     }
 
@@ -212,8 +218,8 @@ private:
     const std::vector<unsigned>& all_;
     SourceReader reader_;
     std::unique_ptr<RowsInPlace> form_;
-    std::vector<unsigned> changed_;
-    std::size_t nextChanged_ = 0;
+    VDBView written_;
+    unsigned nextWritten_ = 0;
     std::size_t nextGap_ = 0;
     PatchedText text_;
     std::uint64_t keptTo_ = 0;  // of the file

@@ -142,7 +142,7 @@ void requireSameEncoding(const Log& log, PatchedText& text, const std::string& o
     const bool isSaid = !log.opening.wishes.encoding.empty();
     if (isSaid || !(isOfAnyEncoding(log.format) || !encoding.empty())) return;
     const bool mayDiffer =
-        !encoding.empty() || hasOddBytes(*log.source->input) || !isWellFormedUtf8(text.made());
+        !encoding.empty() || hasOddBytes(*log.source->input) || !text.isMadeOfUtf8();
     if (!mayDiffer) return;
     const std::string bytes = encoded(text.beginning(*log.source->input, SIZE_MAX), encoding);
     const std::string found = encodingFound(bytes);

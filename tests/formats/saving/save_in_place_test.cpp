@@ -52,6 +52,22 @@ TEST(SavingInPlace, LeavesAFileOfWhichNothingChanged) {
     EXPECT_EQ(csv.saved(), "as it is");
 }
 
+// Of what is made anew there is more than one text holds.
+TEST(SavingInPlace, WritesManyLongChangesBetweenRowsThatStay) {
+    std::string before = "A,B\n";
+    std::string after = before;
+    for (unsigned i = 0; i < 3000; ++i) {
+        const std::string row = std::to_string(i) + ",x\n";
+        before += row;
+        after += i % 3 == 0 ? row : std::to_string(i) + "," + std::string(400, 'y') + "\n";
+    }
+    Opened csv("a.csv", before);
+    for (unsigned i = 0; i < 3000; ++i) {
+        if (i % 3 != 0) csv.set(i, 1, std::string(400, 'y').c_str());
+    }
+    EXPECT_EQ(csv.saved(), after);
+}
+
 TEST(SavingInPlace, WritesOnlyTheRowsThatChanged) {
     Opened csv("a.csv", "A,B\r\n\"1\",x\r\n\r\n\"3\",y\r\n");
     csv.set(1, 1, "z,z");
