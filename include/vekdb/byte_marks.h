@@ -15,6 +15,13 @@ public:
 
     ByteMarks(const char* begin, const char* end, const Kinds& kinds);
 
+    /// Looks for the same kinds in another text.
+    void goOn(const char* begin, const char* end) {
+        block_ = begin;
+        end_ = end;
+        marks_ = look();
+    }
+
     /// How many bytes of a text are of these kinds.
     static std::size_t count(const char* begin, const char* end, const Kinds& kinds);
 

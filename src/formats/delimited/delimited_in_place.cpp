@@ -2,6 +2,7 @@
 #include "formats/delimited/delimited_lines.h"
 #include "formats/delimited/separated_in_place.h"
 #include "formats/reading/table_builder.h"
+#include "formats/writing/plain_lines.h"
 
 namespace vek::formats {
 
@@ -16,7 +17,12 @@ public:
 
     void add(std::string& text, unsigned row, std::string_view piece) override {
         const std::size_t came = piece.empty() ? 0 : cellsOf(piece).size();
-        addDelimitedRow(text, rows(), row, length(row, came), separator(), saving().losses);
+        const std::size_t count = length(row, came);
+        const std::string_view plain = plainLine(row, count);
+        if (!plain.empty())
+            text += plain;
+        else
+            addDelimitedRow(text, rows(), row, count, separator(), saving().losses);
     }
 
     std::string heading(std::string_view came) override {
@@ -32,6 +38,13 @@ public:
     }
 
 private:
+    // Empty where a cell needs more than to be copied, or some are left out.
+    std::string_view plainLine(unsigned row, std::size_t count) {
+        if (count < 2 || count != rows().columns.size()) return {};
+        if (!plain_) plain_.emplace(rows(), separator(), "\"\n\r");
+        return plain_->line(row, {});
+    }
+
     // Without a heading columns are called by where they stand.
     void tellNames() const {
         const Log& log = saving().log;
@@ -51,6 +64,8 @@ private:
                                 inQuotes(now[i]));
         }
     }
+
+    std::optional<PlainLines> plain_;
 };
 
 // The library's own variant: in lines that a line feed ends, quotes are part of the values, and a

@@ -32,9 +32,19 @@ DelimitedScanner::DelimitedScanner(char* begin, char* end, char separator, Quote
       marks_(begin, end, {separator, quote_, '\n', '\r'}),
       line_(line) {}
 
+void DelimitedScanner::goOn(char* begin, char* end) {
+    begin_ = at_ = first_ = begin;
+    end_ = end;
+    marks_.goOn(begin, end);
+}
+
 const std::vector<std::string_view>& DelimitedScanner::takeRecord() {
     cells_.clear();
     first_ = at_;
+    if (takePlainCells()) {
+        takeLineEnd();
+        return cells_;
+    }
     do {
         if (cells_.size() == cells_.capacity() && cells_.size() >= manyCells) makeRoom();
         const bool isQuoted = at_ != end_ && *at_ == quote_ && quote_ == '"';
@@ -42,6 +52,26 @@ const std::vector<std::string_view>& DelimitedScanner::takeRecord() {
     } while (takeSeparator());
     takeLineEnd();
     return cells_;
+}
+
+// The cells up to the end of the line, as nearly every line has them. False at the first that has
+// a quote or for which there is no room: it is the next then.
+bool DelimitedScanner::takePlainCells() {
+    const char separator = separator_;
+    char* at = at_;
+    for (std::size_t room = cells_.capacity(); room > 0; --room) {
+        char* const cellEnd = next(at);
+        if (cellEnd == end_ || (*cellEnd == '"' && quote_ == '"')) break;
+        cells_.push_back(between(at, cellEnd));
+        at = cellEnd;
+        if (*at != separator) {
+            at_ = at;
+            return true;
+        }
+        ++at;
+    }
+    at_ = at;
+    return false;
 }
 
 // Room that is doubled for the cells of a very long line would be more than its text is.

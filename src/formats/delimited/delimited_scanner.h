@@ -19,6 +19,9 @@ public:
     /// A byte may be written behind the text's end.
     DelimitedScanner(char* begin, char* end, char separator, Quotes quotes, std::size_t line = 1);
 
+    /// With another text, as if it stood behind the one that was taken.
+    void goOn(char* begin, char* end);
+
     bool atEnd() const { return at_ == end_; }
     /// The cells of the next record; valid until the next call or until their room is used.
     const std::vector<std::string_view>& takeRecord();
@@ -34,6 +37,7 @@ public:
     std::size_t openQuoteLine() const { return openQuoteLine_; }
 
 private:
+    bool takePlainCells();
     void makeRoom();
     bool takeSeparator();
     void takeLineEnd();

@@ -36,7 +36,11 @@ protected:
     const std::vector<std::string_view>& cellsOf(std::string_view piece) {
         scratch_.assign(piece);
         char* const begin = scratch_.data();
-        scanner_.emplace(begin, begin + scratch_.size(), separator_, quotes_);
+        char* const end = begin + scratch_.size();
+        if (scanner_)
+            scanner_->goOn(begin, end);
+        else
+            scanner_.emplace(begin, end, separator_, quotes_);
         return scanner_->takeRecord();
     }
 

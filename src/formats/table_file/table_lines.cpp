@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include <vekdb/byte_marks.h>
 #include <vekdb/host/text_file.h>
 #include <vekdb/host/text_util.h>
 #include "formats/reading/input.h"
@@ -25,6 +26,10 @@ bool hasOuterBlanks(std::string_view value) {
 // 1 for yes, without a branch.
 unsigned char isBlank(char c) {
     return static_cast<unsigned char>((c == ' ') | (static_cast<unsigned char>(c - '\t') < 5));
+}
+
+bool isBlankAtEdge(std::string_view value) {
+    return !value.empty() && (isBlank(value.front()) | isBlank(value.back())) != 0;
 }
 
 unsigned char isAtEdge(char c) {
@@ -156,14 +161,16 @@ bool takePlainValues(std::string_view line, std::vector<std::string_view>& value
     constexpr std::size_t longest = 4000;
     values.clear();
     if (line.size() > longest || mayBeEscaped(line)) return false;
-    for (std::size_t at = 0; at < line.size(); ++at) {
-        const std::size_t end = line[at] == '"' ? line.find('"', at + 1) : line.npos;
-        if (end == line.npos) return false;
-        values.push_back(line.substr(at + 1, end - at - 1));
-        if (hasOuterBlanks(values.back())) return false;
+    const char* const lineEnd = line.data() + line.size();
+    ByteMarks quotes(line.data(), lineEnd, {'"', '"', '"', '"'});
+    for (const char* at = line.data(); at != lineEnd && *at == '"'; ++at) {
+        const char* const end = quotes.next(at + 1);
+        if (end == lineEnd) return false;
+        values.emplace_back(at + 1, static_cast<std::size_t>(end - at - 1));
+        if (isBlankAtEdge(values.back())) return false;
         at = end + 1;
-        if (at == line.size()) return true;
-        if (line[at] != ',') return false;
+        if (at == lineEnd) return true;
+        if (*at != ',') return false;
     }
     return false;
 }

@@ -17,16 +17,13 @@ std::optional<CellRun> CellRun::of(const std::string_view* cells, std::size_t co
     while (count > 0 && cells[count - 1].empty()) --count;
     if (count == 0) return CellRun{};
     const char* const begin = cells[0].data();
-    const char* const end = behind(cells[count - 1]);
-    std::size_t size = 0;
-    for (std::size_t i = 0; i < count; ++i) size += cells[i].size();
-    const std::size_t gaps = count - 1;
-    const bool isQuoted = size + gaps * quotedGap == static_cast<std::size_t>(end - begin);
+    const bool isQuoted = count > 1 && cells[1].data() == behind(cells[0]) + quotedGap;
     const std::size_t gap = isQuoted ? quotedGap : movedGap;
     for (std::size_t i = 1; i < count; ++i) {
         if (cells[i].data() != behind(cells[i - 1]) + gap) return {};
     }
-    return CellRun{{begin, static_cast<std::size_t>(end - begin)}, gaps, isQuoted && gaps > 0};
+    const char* const end = behind(cells[count - 1]);
+    return CellRun{{begin, static_cast<std::size_t>(end - begin)}, count - 1, isQuoted};
 }
 
 }  // namespace vek::formats
