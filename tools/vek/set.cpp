@@ -135,7 +135,7 @@ private:
             const std::string_view before = log_.cell(row, change.column);
             value_ = before;
             for (const Step* step : change.steps) apply(*step, row);
-            if (before != value_) edits_.push_back({row, change.column, before, value_});
+            if (before != value_) edits_.push_back({row, change.column, value_});
         }
     }
 

@@ -45,7 +45,7 @@ struct Work {
     void put(unsigned row, unsigned column, const std::string& after) {
         const std::string_view before = log.cell(row, column);
         if (before == after) return;
-        edits.push_back({row, static_cast<unsigned short>(column), before, after});
+        edits.push_back({row, static_cast<unsigned short>(column), after});
     }
 
     void leave(unsigned row, unsigned column, const std::string& expected,

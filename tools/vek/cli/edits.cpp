@@ -14,7 +14,8 @@ void printEdits(const Log& log, const std::vector<Edit>& edits, const Args& args
               [&](std::size_t row, std::size_t column) -> std::string_view {
                   const Edit& edit = edits[row];
                   if (column == 1) return names[edit.column];
-                  if (column > 1) return column == 2 ? edit.before : std::string_view(edit.after);
+                  if (column == 2) return log.cell(edit.row, edit.column);
+                  if (column == 3) return edit.after;
                   return number = std::to_string(edit.row + 1);
               }};
     printGrid(grid, screen, out);

@@ -10,15 +10,14 @@
 
 namespace vek {
 
-/// A cell before and after a change that is still to be made.
+/// A change of a cell that is still to be made. What it holds before stands in the table.
 struct Edit {
     unsigned row = 0;
     unsigned short column = 0;
-    std::string_view before;  ///< in the table, until it is made
     std::string after;
 };
 
-/// Shows them to a person.
+/// Shows them to a person, before they are made.
 void printEdits(const Log& log, const std::vector<Edit>& edits, const Args& args);
 
 /// Makes them, in the table alone, those of a row one behind the other.
