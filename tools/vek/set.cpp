@@ -176,7 +176,8 @@ int run(const Args& args) {
     Log log = readLogToSave(args);
     Changes changes(log, args.all("COLUMN=VALUE"));
     requireCounting(changes, args);
-    const std::vector<unsigned> rows = rowsOf(selectRows(log, selection).view);
+    std::vector<unsigned> rows = rowsOf(selectRows(log, selection).view);
+    const std::size_t matched = rows.size();
     Editor editor(log, changes, numberingFrom(args));
     if (args.has("dry-run")) {
         std::vector<Edit> edits;
@@ -197,8 +198,9 @@ int run(const Args& args) {
         changed += made.size();
         maker.make(made);
     });
+    rows = std::vector<unsigned>();
     saveResult(log, args);
-    say(summary(log, rows.size(), changed) + " changed");
+    say(summary(log, matched, changed) + " changed");
     return done;
 }
 

@@ -61,7 +61,9 @@ private:
     std::vector<std::string_view> cells_;
 };
 
-int finish(Log& log, Tags& tags, std::size_t matched, const Args& args) {
+int finish(Log& log, Tags& tags, std::vector<unsigned> rows, const Args& args) {
+    const std::size_t matched = rows.size();
+    rows = std::vector<unsigned>();
     if (matched == 0) {
         say(log.name + ": no row matches, nothing changed");
         return found;
@@ -106,7 +108,7 @@ int runTag(const Args& args) {
         else
             tags.set(row, !args.has("clear"));
     }
-    return finish(log, tags, rows.size(), args);
+    return finish(log, tags, std::move(rows), args);
 }
 
 int runUntag(const Args& args) {
@@ -115,7 +117,7 @@ int runUntag(const Args& args) {
     Tags tags(log);
     std::vector<unsigned> rows = matchingRows(log, args);
     for (unsigned row : rows) tags.set(row, false);
-    return finish(log, tags, rows.size(), args);
+    return finish(log, tags, std::move(rows), args);
 }
 
 }  // namespace

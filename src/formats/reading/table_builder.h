@@ -46,6 +46,7 @@ public:
 
 private:
     void notePlace(TextRows::Room room);
+    void expectRows(const char* at);
     void lookForTimecodes(const std::string_view* cells, std::size_t count);
 
     // A column in which there was nothing but timecodes so far.

@@ -120,6 +120,7 @@ private:
         const bool areAll =
             source_.isDamaged || !saving_.hasColumnsAsTheyCame() || !saving_.hasUnnamedAsTheyCame();
         std::vector<unsigned> rows;
+        rows.reserve(all_.size());
         for (std::size_t i = 0; i < all_.size(); ++i) {
             const unsigned row = all_[i];
             if (areAll || isNew(row) || isOpenInside(i) || isChanged(row)) rows.push_back(row);
