@@ -115,5 +115,6 @@ TEST(MemoryOfReading, OfAPackedFileThatUnpacksToTooMuchIsThatOfAnHonestOne) {
     ASSERT_EQ(run(folder, start).exitCode, 0);
     const Usage usage = peakOf(folder, "a.csv.gz");
     EXPECT_EQ(usage.exitCode, 3);
-    if (!isUnderSanitizer()) EXPECT_LE(usage.bytes, std::size_t{40} << 20);
+    if (isUnderSanitizer()) return;  // which takes memory of its own
+    EXPECT_LE(usage.bytes, std::size_t{40} << 20);
 }

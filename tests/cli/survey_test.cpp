@@ -203,6 +203,24 @@ TEST(HostileFiles, TakeNoCommandLongNorMuchMemory) {
                 boundsWanted().size);
 }
 
+// Rows of no byte at all are the most that a file can have, and so what costs most for each.
+TEST(HostileFiles, OfAMillionEmptyCellsTakeNoCommandLongNorMuchMemory) {
+    const WorkFolder folder;
+    const std::string text = "a\n" + std::string(isSanitized ? 10000 : 1000000, '\n');
+    folder.write("rows.csv", text);
+    for (const char* command :
+         {"show rows.csv --sort a --reverse", "diff rows.csv rows.csv --key a",
+          "set copy.csv a={#}-{a|upper} --every", "set rows.csv a=q --every --dry-run",
+          "tag copy.csv --invert", "sort copy.csv --by a --reverse"}) {
+        folder.write("copy.csv", text);
+        const Cost cost = costOf(folder, shellWords(command));
+        EXPECT_EQ(cost.status, 0) << command;
+        if (isSanitized) continue;
+        EXPECT_LE(cost.seconds, 2) << command;
+        EXPECT_LE(cost.megabytes, 100) << command;
+    }
+}
+
 // A text must end with its line ends, a packed one with its size: neither is read on and on.
 TEST(HostileFiles, OfNothingButZerosEndAtOnce) {
     const WorkFolder folder;

@@ -50,9 +50,12 @@ bool mayHaveOuterBlanks(std::string_view line) {
 
 // Whether there is a backslash or a control character.
 bool mayBeEscaped(std::string_view line) {
-    bool may = false;
-    for (char c : line) may |= (c == '\\') | (static_cast<unsigned char>(c) < ' ');
-    return may;
+    unsigned char may = 0;
+    for (char c : line) {
+        const bool isEscape = (c == '\\') | (static_cast<unsigned char>(c) < ' ');
+        may |= static_cast<unsigned char>(isEscape);
+    }
+    return may != 0;
 }
 
 // Takes the lines of a file off, which is read again piece by piece.
