@@ -62,7 +62,7 @@ void readAleText(Input& input, const Wanted&, Log& log) {
 }
 
 void readEdlText(Input& input, const Wanted&, Log& log) {
-    readEdl(anyTextOf(input, log).view(), log);
+    readEdl(anyTextOf(input, log), log);
 }
 
 void readJsonText(Input& input, const Wanted&, Log& log) {

@@ -1,3 +1,4 @@
+#include "formats/saving/save_in_place.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"
@@ -14,14 +15,24 @@ Format wantedTarget(const Args& args) {
     throw Failure{wrongUsage, "convert: the format is missing for standard output, expected --to"};
 }
 
+// An edit list that stays one keeps its lines, where nothing is asked for that changes them.
+bool mayStay(Format target, const WriteStyle& style) {
+    return target == Format::edl && style.lineEnd == LineEnd::lf && style.rate.empty() &&
+           !style.shortReels;
+}
+
 int run(const Args& args) {
     Format target = wantedTarget(args);
     Held held = holdInput({args.text("IN")}, args.text("OUT"));
-    Log log = readLog(args, "IN");
+    const WriteStyle style = styleFrom(args, target);
+    Log log = mayStay(target, style) ? readLogToCopy(args, "IN") : readLog(args, "IN");
     Printout out(args.text("OUT"), held);
     requireFile(target, out);
     Losses losses;
-    writeSheet(wholeSheet(log), target, styleFrom(args, target), out, losses);
+    if (log.format == target && mayStay(target, style))
+        writeInPlace(InPlace(log), false, out, losses);
+    else
+        writeSheet(wholeSheet(log), target, style, out, losses);
     out.close();
     tellLosses(losses, out.name());
     return readingResult(log);

@@ -50,7 +50,9 @@ void checkHolds(const Log& log, const std::string& name, const std::string& valu
 
 int set(Log& log, const std::string& name, const std::string& value, bool backup) {
     checkHolds(log, name, value);
-    if (targetOf(log) != Format::table && targetOf(log) != Format::ale) {
+    const bool isOfEvents =
+        log.format == Format::edl && (sameText(name, "TITLE") || sameText(name, "FCM"));
+    if (targetOf(log) != Format::table && targetOf(log) != Format::ale && !isOfEvents) {
         throw Failure{wrongUsage, log.name + ": " + formatName(log.format) +
                                       " holds no parameters, only table files and ALE do"};
     }

@@ -1,6 +1,7 @@
 #include "formats/edl/edl_lines.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <vekdb/formats/timecode.h>
 #include <vekdb/host/text_util.h>
@@ -60,6 +61,18 @@ std::size_t kindWords(const Words& parts, std::size_t last) {
     return (isKey ? 2 : 1) + fade;
 }
 
+// Blanks in front of a field, fewer or more of them as it stands ahead of its place or behind.
+std::string blanksFor(std::string_view came, std::ptrdiff_t& ahead) {
+    std::string out(came);
+    if (ahead == 0 || came.find_first_not_of(' ') != came.npos) return out;
+    const auto old = static_cast<std::ptrdiff_t>(came.size());
+    const std::ptrdiff_t size =
+        std::max<std::ptrdiff_t>(old - ahead, std::min<std::ptrdiff_t>(old, 1));
+    ahead -= old - size;
+    out.resize(static_cast<std::size_t>(size), ' ');
+    return out;
+}
+
 std::string padded(std::string_view text, std::size_t width) {
     std::string out(text);
     if (out.size() < width) out.resize(width, ' ');
@@ -105,28 +118,76 @@ void addLine(std::vector<std::string>& pieces, std::string_view line, std::size_
     pieces.push_back(concat(start, line));
 }
 
+std::string numbered(const std::string& name, std::size_t piece) {
+    return piece == 0 ? name : concat(name, " ", std::to_string(piece + 1));
+}
+
+// A name goes where its place was kept.
+std::string withName(const std::string& line, std::array<std::string, std::size(edlNames)>& names) {
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        if (names[i].empty() || !isEdlNamePlace(line, edlNames[i])) continue;
+        return concat(line, " ", std::exchange(names[i], {}));
+    }
+    return line;
+}
+
 }  // namespace
 
-bool parseEdlEvent(std::string_view line, EdlEvent& made) {
+std::optional<EdlFields> edlFields(std::string_view line) {
     Words parts = words(line);
-    if (parts.size() < 8 || !startsWithNumber(parts[0])) return false;
+    if (parts.size() < 8 || !startsWithNumber(parts[0])) return {};
     std::size_t codes = parts.size() - codesInEvent;
     if (!std::all_of(parts.begin() + static_cast<std::ptrdiff_t>(codes), parts.end(), isCode)) {
-        return false;
+        return {};
     }
     bool hasLength = codes >= 5 && isNumber(parts[codes - 1]);
     std::size_t kindEnd = hasLength ? codes - 2 : codes - 1;
     std::size_t kind = kindEnd + 1 - kindWords(parts, kindEnd);
-    if (kind < 3) return false;
-    made = {};
-    made[edlEvent] = parts[0];
-    made[edlReel] = from(parts[1], parts[kind - 2]);
-    made[edlTrack] = parts[kind - 1];
-    made[edlKind] = parts[kind];
-    for (std::size_t i = kind + 1; i <= kindEnd; ++i) made[edlKind] += concat(" ", parts[i]);
+    if (kind < 3) return {};
+    EdlFields made{parts[0], from(parts[1], parts[kind - 2]), parts[kind - 1],
+                   from(parts[kind], parts[kindEnd])};
     if (hasLength) made[edlLength] = parts[codes - 1];
     for (std::size_t i = 0; i < codesInEvent; ++i) made[edlSourceIn + i] = parts[codes + i];
+    return made;
+}
+
+// The words of a kind have one blank between them.
+bool parseEdlEvent(std::string_view line, EdlEvent& made) {
+    const std::optional<EdlFields> fields = edlFields(line);
+    if (!fields) return false;
+    made = {};
+    std::copy(fields->begin(), fields->end(), made.begin());
+    made[edlKind].clear();
+    for (std::string_view word : words((*fields)[edlKind])) {
+        made[edlKind] += concat(made[edlKind].empty() ? "" : " ", word);
+    }
     return true;
+}
+
+std::string withEdlFields(std::string_view line, const EdlFields& came, const EdlEvent& now) {
+    EdlEvent old;
+    parseEdlEvent(line, old);
+    std::string out;
+    std::size_t at = 0;
+    std::ptrdiff_t ahead = 0;  // of where the old text stood
+    for (std::size_t i = 0; i < came.size(); ++i) {
+        if (i == edlLength && came[i].empty()) {
+            if (now[i].empty()) continue;
+            const std::string made = concat(
+                padded("", 5 - std::min<std::size_t>(4, now[edlKind].size())), padded(now[i], 3));
+            out += made;
+            ahead += static_cast<std::ptrdiff_t>(made.size());
+            continue;
+        }
+        const auto begin = static_cast<std::size_t>(came[i].data() - line.data());
+        out += blanksFor(line.substr(at, begin - at), ahead);
+        const std::string_view text = now[i] == old[i] ? came[i] : std::string_view(now[i]);
+        out += text;
+        ahead +=
+            static_cast<std::ptrdiff_t>(text.size()) - static_cast<std::ptrdiff_t>(came[i].size());
+        at = begin + came[i].size();
+    }
+    return concat(out, line.substr(at));
 }
 
 std::string edlEventLine(const EdlEvent& event) {
@@ -188,8 +249,35 @@ void addEdlPiece(std::string& comments, std::string_view piece) {
 }
 
 std::string edlCommentsName(std::size_t piece) {
-    const std::string& name = edlColumnNames[edlComments];
-    return piece == 0 ? name : concat(name, " ", std::to_string(piece + 1));
+    return numbered(edlColumnNames[edlComments], piece);
+}
+
+std::string edlCommentsBeforeName(std::size_t piece) {
+    return numbered(edlColumnNames[edlComments] + " Before", piece);
+}
+
+bool isEdlNamePlace(std::string_view line, const EdlName& name) {
+    const std::optional<std::string_view> value = edlValue(line, name.text);
+    return value && value->empty();
+}
+
+std::vector<std::string> inOrder(const EdlLines& lines) {
+    std::vector<std::string> out = lines.before;
+    const std::vector<std::string>& comments = lines.comments;
+    auto at = comments.begin();
+    for (; at != comments.end() && isEdlSplit(*at); ++at) out.push_back(*at);
+    out.push_back(lines.event);
+    for (; at != comments.end() && isEdlMotion(*at); ++at) out.push_back(*at);
+    std::array<std::string, std::size(edlNames)> names = lines.names;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        const auto isPlace = [&](const std::string& line) {
+            return isEdlNamePlace(line, edlNames[i]);
+        };
+        if (names[i].empty() || std::any_of(at, comments.end(), isPlace)) continue;
+        out.push_back(concat("* ", edlNames[i].text, ": ", std::exchange(names[i], {})));
+    }
+    for (; at != comments.end(); ++at) out.push_back(withName(*at, names));
+    return out;
 }
 
 }  // namespace vek::formats

@@ -10,7 +10,9 @@
 namespace vek::formats {
 
 /// The columns that every edit list has. Those that only some have are FCM, how an event counts,
-/// and Comments 2, 3, ..., which go on where Comments is full.
+/// Comments Before, what stands between that and the event, and Comments 2, 3, ..., which go on
+/// where Comments is full. Where a clip's name does not stand at once behind the event Comments
+/// hold "* FROM CLIP NAME:" without the name in its place.
 enum EdlColumn {
     edlEvent,
     edlReel,
@@ -34,6 +36,13 @@ using EdlEvent = std::array<std::string, edlColumns>;
 /// Number, reel, track, kind ("C", "D", "W001", "K B", "K", "K O"), perhaps a length, and four
 /// timecodes. A reel may hold blanks. False for other lines.
 bool parseEdlEvent(std::string_view line, EdlEvent& made);
+
+/// Where the fields of such a line stand in it, up to the last timecode; a length that is not there
+/// is empty.
+using EdlFields = std::array<std::string_view, edlRecordOut + 1>;
+std::optional<EdlFields> edlFields(std::string_view line);
+/// The line with other fields, each at its old place where the blanks around it leave room.
+std::string withEdlFields(std::string_view line, const EdlFields& came, const EdlEvent& now);
 
 /// The event as a line.
 std::string edlEventLine(const EdlEvent& event);
@@ -60,7 +69,28 @@ std::vector<std::string> edlPieces(std::string_view comments);
 /// The way back, piece by piece.
 void addEdlPiece(std::string& comments, std::string_view piece);
 
-/// "Comments", "Comments 2", ...
+/// "Comments", "Comments 2", ...; "Comments Before", "Comments Before 2", ...
 std::string edlCommentsName(std::size_t piece);
+std::string edlCommentsBeforeName(std::size_t piece);
+
+/// The two notes that name clips, in the order in which they are written, and their columns.
+struct EdlName {
+    const char* text;
+    EdlColumn column;
+};
+constexpr EdlName edlNames[] = {{"FROM CLIP NAME", edlClipName}, {"TO CLIP NAME", edlToClipName}};
+
+/// Whether a line of comments only keeps the place of a clip's name.
+bool isEdlNamePlace(std::string_view line, const EdlName& name);
+
+/// What an event is written as: the lines before it, then splits, which begin the comments, its own
+/// line, speeds, names and the other comments.
+struct EdlLines {
+    std::vector<std::string> before;
+    std::vector<std::string> comments;
+    std::string event;
+    std::array<std::string, std::size(edlNames)> names;
+};
+std::vector<std::string> inOrder(const EdlLines& lines);
 
 }  // namespace vek::formats

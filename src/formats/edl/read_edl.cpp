@@ -1,3 +1,7 @@
+#include <algorithm>
+#include <optional>
+#include <utility>
+
 #include "formats/edl/edl_lines.h"
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
@@ -11,34 +15,78 @@ namespace {
 // An event, what belongs to it, and the line it stands on; 0 while there is none.
 struct OpenEvent {
     EdlEvent cells;
+    std::string before;
     std::string counting;
     std::size_t line = 0;
+    bool hasNotes = false;  // comments other than splits and speeds
 
     bool isOpen() const { return line != 0; }
 };
 
-void addComment(std::string& cell, std::string_view line) {
-    if (!cell.empty()) cell += '\n';
-    cell += trimmed(line);
-}
+// Finds out which bytes are whose: an event has the splits, or all lines behind FCM, in front of it
+// and all up to the next one. Lines that say how events count are nobody's, and all in front of
+// the first event, but for its splits, is the heading.
+class EdlPlaces {
+public:
+    void takeSplit(std::uint64_t at) {
+        if (!next_) next_ = at;
+    }
+    void takeHeading() { next_.reset(); }
+    void takeCounting(std::uint64_t at) {
+        if (!gap_) gap_ = next_.value_or(at);
+        next_.reset();
+    }
+    void takeOther(std::uint64_t at) {
+        if (gap_) takeSplit(at);
+    }
+    void takeEvent(std::uint64_t at) {
+        const std::uint64_t begin = next_.value_or(at);
+        endLast(gap_.value_or(begin));
+        rows_.push_back({begin, begin});
+        gap_.reset();
+        next_.reset();
+    }
+    void end(std::uint64_t size, RowPlaces& to) {
+        endLast(gap_.value_or(size));
+        to.beginAt(rows_.empty() ? size : rows_.front().begin);
+        for (const Range& row : rows_) to.add(row);
+        to.endAt(size);
+    }
+
+private:
+    void endLast(std::uint64_t at) {
+        if (!rows_.empty()) rows_.back().end = at;
+    }
+
+    std::vector<Range> rows_;
+    std::optional<std::uint64_t> gap_;   // where nobody's lines begin, behind the last event
+    std::optional<std::uint64_t> next_;  // where the next event begins
+};
 
 class EdlReader {
 public:
     EdlReader(std::string_view text, Log& log)
-        : walk_(text), log_(log), builder_(log, edlColumnNames) {
+        : text_(text), walk_(text), log_(log), builder_(log, edlColumnNames) {
         for (const std::string& name : edlColumnNames) columns_.place(name);
     }
 
-    void read() {
+    void read(std::size_t start) {
         std::string_view line;
         while (walk_.next(line)) {
-            if (!trimmed(line).empty()) take(line);
+            at_ = start + static_cast<std::size_t>(line.data() - text_.data());
+            if (trimmed(line).empty())
+                takeBlank();
+            else
+                take(line);
         }
         end();
         if (log_.rowCount() == 0 && log_.parameter("TITLE").empty()) refuse();
         builder_.setColumns({columns_.begin(), columns_.end()});
         builder_.finish();
         log_.lineEnd = walk_.lineEnd();
+        if (!log_.source) return;
+        log_.source->hasLoneReturns = walk_.sawLoneReturns();
+        places_.end(start + text_.size(), log_.source->places);
     }
 
 private:
@@ -50,15 +98,23 @@ private:
             takeComment(line);
     }
 
+    // Blank lines between two comments are part of them.
+    void takeBlank() {
+        ++blanks_;
+        places_.takeOther(at_);
+    }
+
     // The line before stays at hand: speeds of both may follow the two lines of a transition.
     void begin(EdlEvent next) {
+        places_.takeEvent(at_);
         store(before_);
         before_ = std::move(open_);
-        open_ = {std::move(next), counting_, walk_.number()};
+        open_ = {std::move(next), {}, counting_, walk_.number()};
         open_.cells[edlComments].swap(splits_);
-        if (!waiting_.empty()) addComment(open_.cells[edlComments], waiting_);
-        waiting_.clear();
+        open_.before.swap(waiting_);
+        isBehindCounting_ = false;
         isBehindOddEvent_ = false;
+        commented_ = nullptr;
     }
 
     bool isBehindFirst() const { return open_.isOpen(); }
@@ -67,8 +123,9 @@ private:
         if (isBehindFirst()) return false;
         for (const char* name : {"TITLE", "FCM"}) {
             std::optional<std::string_view> value = edlValue(line, name);
-            if (!value) continue;
+            if (!value || trimmed(line).starts_with('*')) continue;
             builder_.addParameter(walk_.number(), name, *value);
+            places_.takeHeading();
             return true;
         }
         return false;
@@ -77,32 +134,81 @@ private:
     // Counting that changes between two events, for all behind it.
     bool takeCounting(std::string_view line) {
         std::optional<std::string_view> value = edlCounting(line);
-        if (value) counting_ = *value;
-        return value.has_value();
+        if (!value) return false;
+        counting_ = *value;
+        isBehindCounting_ = true;
+        commented_ = nullptr;
+        places_.takeCounting(at_);
+        return true;
     }
 
     // What follows an event that could not be read names no other event's clips.
     bool takeClipName(std::string_view line) {
-        if (!open_.isOpen() || isBehindOddEvent_) return false;
-        return takeClipName(line, "FROM CLIP NAME", open_.cells[edlClipName]) ||
-               takeClipName(line, "TO CLIP NAME", open_.cells[edlToClipName]);
+        if (!open_.isOpen() || isBehindOddEvent_ || isBehindCounting_) return false;
+        for (const EdlName& name : edlNames) {
+            std::optional<std::string_view> value = edlValue(line, name.text);
+            std::string& cell = open_.cells[name.column];
+            if (!value || value->empty() || !cell.empty()) continue;
+            const bool isBehindOther =
+                name.column == edlClipName && !open_.cells[edlToClipName].empty();
+            if (isBehindOther) keepPlaces();
+            commented_ = open_.hasNotes ? commented_ : nullptr;
+            if (open_.hasNotes) addNote(line.substr(0, line.find(':') + 1));
+            cell = *value;
+            return true;
+        }
+        return false;
     }
 
-    static bool takeClipName(std::string_view line, const char* name, std::string& cell) {
-        std::optional<std::string_view> value = edlValue(line, name);
-        if (!value || !cell.empty()) return false;
-        cell = *value;
-        return true;
+    // Names stand at once behind the event, the one that is left first; where they do not the
+    // comments keep the places of those that were taken.
+    void keepPlaces() {
+        for (const EdlName& name : edlNames) {
+            std::string& comments = open_.cells[edlComments];
+            if (open_.cells[name.column].empty() || hasPlace(comments, name)) continue;
+            addNote(concat("* ", name.text, ":"));
+        }
+    }
+
+    static bool hasPlace(std::string_view comments, const EdlName& name) {
+        if (comments.find(name.text) == comments.npos) return false;
+        const std::vector<std::string_view> lines = split(comments, '\n');
+        return std::any_of(lines.begin(), lines.end(),
+                           [&](std::string_view line) { return isEdlNamePlace(line, name); });
     }
 
     void takeComment(std::string_view line) {
-        if (isEdlSplit(line)) return addComment(splits_, line);
+        if (isEdlSplit(line)) {
+            places_.takeSplit(at_);
+            return addComment(splits_, line);
+        }
         if (isOddEdlEvent(line)) reportOddEvent(line);
-        addComment(commentsFor(line), line);
+        if (!open_.isOpen() || isBehindCounting_) {
+            if (!open_.isOpen()) places_.takeHeading();
+            places_.takeOther(at_);
+            return addComment(waiting_, line);
+        }
+        std::string& comments = commentsFor(line);
+        if (&comments != &open_.cells[edlComments]) return addComment(comments, line);
+        if (!isEdlMotion(line)) return addNote(line);
+        if (!open_.hasNotes) keepPlaces();
+        addComment(comments, line);
+    }
+
+    void addNote(std::string_view line) {
+        addComment(open_.cells[edlComments], line);
+        open_.hasNotes = true;
+    }
+
+    void addComment(std::string& cell, std::string_view line) {
+        if (!cell.empty()) cell += '\n';
+        if (&cell == commented_) cell.append(blanks_, '\n');
+        cell += trimmed(line);
+        commented_ = &cell;
+        blanks_ = 0;
     }
 
     std::string& commentsFor(std::string_view line) {
-        if (!open_.isOpen()) return waiting_;
         bool isOfBefore = isEdlMotion(line) && before_.isOpen() &&
                           before_.cells[edlEvent] == open_.cells[edlEvent] &&
                           isEdlMotionOf(line, before_.cells[edlReel]) &&
@@ -121,10 +227,14 @@ private:
 
     void store(OpenEvent& event) {
         if (!event.isOpen()) return;
-        std::vector<std::string> pieces = edlPieces(event.cells[edlComments]);
+        const std::vector<std::string> pieces = edlPieces(event.cells[edlComments]);
+        const std::vector<std::string> before = edlPieces(event.before);
         event.cells[edlComments] = pieces[0];
         std::vector<std::string_view> cells(event.cells.begin(), event.cells.end());
         for (std::size_t i = 1; i < pieces.size(); ++i) put(edlCommentsName(i), pieces[i], cells);
+        for (std::size_t i = 0; i < before.size() && !event.before.empty(); ++i) {
+            put(edlCommentsBeforeName(i), before[i], cells);
+        }
         if (!event.counting.empty()) put("FCM", event.counting, cells);
         builder_.addWholeRow(event.line, cells.data(), cells.size(), {});
     }
@@ -143,6 +253,7 @@ private:
 
     void end() {
         std::string& last = open_.isOpen() ? open_.cells[edlComments] : waiting_;
+        if (open_.isOpen() && !waiting_.empty()) addComment(last, std::exchange(waiting_, {}));
         if (!splits_.empty()) addComment(last, splits_);
         store(before_);
         store(open_);
@@ -159,6 +270,7 @@ private:
                       {1, "", "no event and no TITLE", "an edit list of CMX 3600 form", ""}};
     }
 
+    std::string_view text_;
     LineWalk walk_;
     Log& log_;
     TableBuilder builder_;
@@ -167,14 +279,19 @@ private:
     OpenEvent open_;
     std::string counting_;  // that changed behind the first event
     std::string splits_;    // for the event behind them
-    std::string waiting_;   // in front of the first event
+    std::string waiting_;   // in front of the first event, or behind FCM
+    bool isBehindCounting_ = false;
     bool isBehindOddEvent_ = false;
+    std::uint64_t at_ = 0;  // where the line stands
+    std::size_t blanks_ = 0;
+    const std::string* commented_ = nullptr;  // what the last line was added to
+    EdlPlaces places_;
 };
 
 }  // namespace
 
-void readEdl(std::string_view text, Log& log) {
-    EdlReader(text, log).read();
+void readEdl(Text text, Log& log) {
+    EdlReader(text.view(), log).read(text.start);
 }
 
 }  // namespace vek::formats

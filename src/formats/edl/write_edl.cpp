@@ -101,7 +101,8 @@ public:
         counting = take({"FCM"});
         source = take(isEdl_ ? edlPair("Source") : sourceColumns(sheet.log));
         record = take(isEdl_ ? edlPair("Record") : recordColumns(sheet.log));
-        takeComments();
+        takeComments(edlCommentsName, comments);
+        if (isEdl_) takeComments(edlCommentsBeforeName, before);
         if (isEdl_ || !isTimeline(sheet.log)) return;
         rowKind = take({timeline::kind});
         take({timeline::place});
@@ -125,6 +126,7 @@ public:
     unsigned rowKind = noColumn, marker = noColumn, color = noColumn;  // of a timeline's rows
     RangeColumns source, record;
     std::vector<unsigned> comments;
+    std::vector<unsigned> before;
 
 private:
     unsigned place(unsigned column) const {
@@ -159,12 +161,12 @@ private:
         return pair;
     }
 
-    void takeComments() {
+    void takeComments(std::string (*nameOf)(std::size_t), std::vector<unsigned>& to) {
         for (std::size_t piece = 0;; ++piece) {
-            unsigned at = find(edlCommentsName(piece));
+            unsigned at = find(nameOf(piece));
             if (at == noColumn) return;
             taken_.insert(at);
-            comments.push_back(at);
+            to.push_back(at);
         }
     }
 
@@ -274,15 +276,31 @@ private:
         EdlEvent event;
         if (!takeTimes(row, event)) return;
         takeNames(row, event);
-        writeCounting(row, event);
-        std::vector<std::string> comments = commentsOf(row, event);
-        auto at = comments.begin();
-        for (; at != comments.end() && isEdlSplit(*at); ++at) line(*at);
-        writeEventLine(row, event);
-        for (; at != comments.end() && isEdlMotion(*at); ++at) line(*at);
-        writeClipName("* FROM CLIP NAME: ", row, event[edlClipName]);
-        writeClipName("* TO CLIP NAME: ", row, event[edlToClipName]);
-        for (; at != comments.end(); ++at) line(*at);
+        EdlLines lines{linesBefore(row), commentsOf(row, event), eventLine(row, event), {}};
+        for (std::size_t i = 0; i < lines.names.size(); ++i) {
+            lines.names[i] = clipName(row, event[edlNames[i].column]);
+        }
+        writeCounting(row, event, !lines.before.empty());
+        for (const std::string& text : inOrder(lines)) line(text);
+        isBehindEvent_ = true;
+    }
+
+    // Comments in front of the event, in lines that a reader takes for nothing else.
+    std::vector<std::string> linesBefore(unsigned row) {
+        std::string text;
+        for (unsigned column : places_.before) addEdlPiece(text, cell(row, column));
+        std::vector<std::string> lines;
+        if (text.empty()) return lines;
+        for (std::string_view part : split(text, '\n')) {
+            const std::string own = oneLine(part);
+            EdlEvent other;
+            const bool isKept = own.empty() || own.starts_with('*') ||
+                                !(parseEdlEvent(own, other) || edlCounting(own) ||
+                                  isEdlSplit(own) || edlValue(own, "TITLE"));
+            if (!isKept) lose("comments that are given a star", row);
+            lines.push_back(isKept ? own : "* " + own);
+        }
+        return lines;
     }
 
     // Of the rows of a timeline clips are events, and markers notes to the one before.
@@ -309,20 +327,19 @@ private:
         return false;
     }
 
-    void writeEventLine(unsigned row, const EdlEvent& event) {
+    std::string eventLine(unsigned row, const EdlEvent& event) {
         std::string text = edlEventLine(event);
         EdlEvent back;
         bool isKept = parseEdlEvent(text, back) &&
                       std::equal(back.begin(), back.begin() + edlClipName, event.begin());
         if (!isKept) lose("an event that reads back as another one", row);
-        line(text);
+        return text;
     }
 
-    void writeClipName(const char* before, unsigned row, const std::string& name) {
-        if (name.empty()) return;
+    std::string clipName(unsigned row, const std::string& name) {
         std::string text = oneLine(name);
         if (text != name) lose("clip names that lose blanks or line ends", row);
-        if (!text.empty()) line(before + text);
+        return text;
     }
 
     void lose(const std::string& what, unsigned row) {
@@ -418,11 +435,31 @@ private:
         if (text.empty()) lose("events without a reel, which are given AX", row);
         if (text.empty()) return "AX";
         if (text != own) lose("reels that lose blanks or line ends", row);
-        if (style_.shortReels) return shortReels_.of(text);
+        if (style_.shortReels) return shortened(row, text);
+        if (!isWord(text)) {
+            tellReel(row, text, "one word, as most programs read no more",
+                     concat("it is written as it is; ", sheet_.log.opening.terms->shortReels,
+                            " makes one word of it"));
+        }
         if (text.size() > shortReel) {
             lose(longReels_, row);
         }
         return text;
+    }
+
+    std::string shortened(unsigned row, const std::string& reel) {
+        const std::string& name = shortReels_.of(reel);
+        if (name != reel) {
+            tellReel(row, reel, "at most 8 characters, none of them a blank",
+                     concat("it is written as ", name));
+        }
+        return name;
+    }
+
+    void tellReel(unsigned row, std::string_view reel, const char* expected,
+                  const std::string& outcome) {
+        losses_.addEach(worded(sheet_.log.name, {sheet_.line(row), sheet_.name(places_.reel),
+                                                 inQuotes(reel), expected, outcome}));
     }
 
     std::string track(unsigned row) {
@@ -453,15 +490,18 @@ private:
                parseTimecode(event[edlRecordIn])->dropFrame;
     }
 
-    // A line in front of the first event, and of each that counts in another way.
-    void writeCounting(unsigned row, const EdlEvent& event) {
+    // A line in front of the first event, and of each that counts in another way. Comments stand
+    // in front of an event behind such a line, too; without one they belong to the event before.
+    void writeCounting(unsigned row, const EdlEvent& event, bool hasLinesBefore) {
         std::string own = oneLine(cell(row, places_.counting));
         if (own.empty()) own = oneLine(sheet_.log.parameter("FCM"));
         if (own.empty() && !places_.isEdl()) {
             own = dropsFrames(row, event) ? "DROP FRAME" : "NON-DROP FRAME";
         }
         if (own.empty() && !fcm_.empty()) lose("events that FCM said nothing of", row);
-        if (own.empty() || own == fcm_) return;
+        const bool isNeeded = hasLinesBefore && isBehindEvent_;
+        if (isNeeded && own.empty()) lose("comments in front of an event, behind another", row);
+        if (own.empty() || (own == fcm_ && !isNeeded)) return;
         line("FCM: " + own);
         fcm_ = own;
     }
@@ -485,16 +525,27 @@ private:
         if (text.empty()) return;
         bool isBehindOdd = false;
         bool isBehindSplits = false;
-        for (std::string_view part : split(text, '\n')) {
+        const std::string_view inked = trimmed(text);
+        if (inked != text) lose("comment lines that lose blanks", row);
+        for (std::string_view part : split(inked, '\n')) {
             std::string own = oneLine(part);
-            if (own != part || own.empty()) lose("comment lines that lose blanks", row);
-            if (own.empty()) continue;
+            if (own != part) lose("comment lines that lose blanks", row);
+            if (own.empty() || (places_.isEdl() && isNamePlace(own, isBehindOdd))) {
+                lines.push_back(own);
+                continue;
+            }
             isBehindSplits = isBehindSplits || !isEdlSplit(own);
             bool isKept = isComment(own, event, isBehindOdd) || !isBehindSplits;
             isBehindOdd = isBehindOdd || (isKept && isOddEdlEvent(own));
             if (!isKept && places_.isEdl()) lose("comments that are given a star", row);
             lines.push_back(isKept ? own : "* " + own);
         }
+    }
+
+    static bool isNamePlace(std::string_view line, bool isBehindOdd) {
+        return !isBehindOdd &&
+               std::any_of(std::begin(edlNames), std::end(edlNames),
+                           [&](const EdlName& name) { return isEdlNamePlace(line, name); });
     }
 
     static bool isBlank(std::string_view text) { return trimmed(text).empty(); }
@@ -539,6 +590,7 @@ private:
     std::string longReels_;  // the loss
     std::string fcm_;
     std::size_t number_ = 0;
+    bool isBehindEvent_ = false;
     std::int64_t recorded_ = -1;  // the frame that the next event begins at
     bool recordDrops_ = false;
     bool isTitle_ = false;  // the parameter Project

@@ -21,7 +21,7 @@ void readTable(Input& input, const Wanted& wanted, Log& log);
 void readPlainCsv(Input& input, Log& log);
 void readDelimited(Text text, char separator, Log& log);
 void readAle(Text text, Log& log);
-void readEdl(std::string_view text, Log& log);
+void readEdl(Text text, Log& log);
 void readJson(Text text, Log& log);
 void readOtio(Text text, Log& log);
 void readFcpxml(Text text, Log& log);

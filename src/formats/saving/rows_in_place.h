@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -30,6 +31,13 @@ public:
     virtual void add(std::string& text, unsigned row, std::string_view piece) = 0;
     /// The heading as it is then. What did not change of it stays as it came.
     virtual std::string heading(std::string_view came) = 0;
+    /// Whether what stands between rows says something of them, and is asked for each: what is to
+    /// stand there in front of a row of the log, or of none that the file will have.
+    virtual bool saysBetween() const { return false; }
+    virtual std::string between(std::string_view came,
+                                [[maybe_unused]] std::optional<unsigned> row) {
+        return std::string(came);
+    }
 
 protected:
     const Sheet& rows() const { return *rows_; }
@@ -59,6 +67,12 @@ std::unique_ptr<RowsInPlace> delimitedInPlace(const Saving& saving, char separat
 std::unique_ptr<RowsInPlace> aleInPlace(const Saving& saving);
 std::unique_ptr<RowsInPlace> plainCsvInPlace(const Saving& saving);
 std::unique_ptr<RowsInPlace> tableInPlace(const Saving& saving);
+std::unique_ptr<RowsInPlace> edlInPlace(const Saving& saving);
+
+/// A Failure with `unwritable` where an edit list that is put together so would be read as other
+/// events than these rows of the log.
+class PatchedText;
+void requireSameEvents(const Saving& saving, const std::vector<unsigned>& rows, PatchedText& text);
 
 /// Parameters of the log that it did not have, or with another value, when it was read.
 std::vector<Source::Parameter> changedParameters(const Log& log);

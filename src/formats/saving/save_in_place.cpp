@@ -30,6 +30,8 @@ std::unique_ptr<RowsInPlace> rowsInPlace(const Saving& saving) {
             return plainCsvInPlace(saving);
         case Format::ale:
             return aleInPlace(saving);
+        case Format::edl:
+            return edlInPlace(saving);
         default:
             return delimitedInPlace(saving, delimiter != '\0' ? delimiter : ',');
     }
@@ -158,7 +160,10 @@ private:
     }
 
     void put(unsigned row) {
-        if (!isNew(row) && !source_.isDamaged) keepGapsUpTo(row);
+        if (isNew(row))
+            putBetween({}, row);
+        else if (!source_.isDamaged)
+            keepGapsUpTo(row);
         putEnd();
         if (isWritten(row))
             write(row);
@@ -170,8 +175,20 @@ private:
     // What stands between rows stays there also where a row goes. Where rows change places it goes
     // with the row behind it.
     void keepGapsUpTo(std::size_t row) {
-        if (row < nextGap_) return keep(places_.gapBefore(row));
-        for (; nextGap_ <= row; ++nextGap_) keep(places_.gapBefore(nextGap_));
+        if (row < nextGap_) return putBetween(places_.gapBefore(row), row);
+        for (; nextGap_ <= row; ++nextGap_) {
+            const bool isOwn = nextGap_ == row && row < places_.count();
+            putBetween(places_.gapBefore(nextGap_), isOwn ? std::optional(row) : std::nullopt);
+        }
+    }
+
+    void putBetween(Range range, std::optional<std::size_t> row) {
+        if (!form_->saysBetween()) return keep(range);
+        const std::string came(reader_.read(range));
+        const std::string now = form_->between(came, row);
+        if (now == came) return keep(range);
+        putEnd();
+        text_.own() += now;
     }
 
     // A line feed that comes to stand behind a carriage return would be no line of its own.
@@ -251,6 +268,7 @@ bool isChangedInPlace(Format format) {
         case Format::tsv:
         case Format::plainCsv:
         case Format::ale:
+        case Format::edl:
         case Format::json:
         case Format::jsonl:
             return true;
@@ -280,6 +298,7 @@ bool writeInPlace(const InPlace& now, bool mayStay, Output& out, Losses& losses)
     PatchedText text = patched(saving, now.rows);
     if (mayStay && text.isFile(log.source->places.size())) return false;
     requireSameReading(log, text, out.name());
+    if (log.format == Format::edl) requireSameEvents(saving, now.rows, text);
     text.write(*log.source->input, out);
     return true;
 }

@@ -131,6 +131,7 @@ private:
     }
 
     void place(unsigned row) {
+        tellNoFrames(row);
         switch (kind(row)) {
             case TimelineKind::clip:
                 return placeClip(row);
@@ -173,6 +174,25 @@ private:
         const std::optional<Timecode> end = timecode(row, source_.end);
         if (!start || !end) return {};
         return framesBetween(*start, *end, sourceRate(row).nominal);
+    }
+
+    // A timeline counts frames, and so has no others than are there.
+    void tellNoFrames(unsigned row) {
+        for (unsigned column : {source_.start, source_.end}) {
+            tellNoFrame(row, column, sourceRate(row));
+        }
+        for (unsigned column : {record_.start, record_.end}) tellNoFrame(row, column, rate());
+    }
+
+    void tellNoFrame(unsigned row, unsigned column, const FrameRate& own) {
+        const std::optional<Timecode> code = timecode(row, column);
+        if (!code || isCounted(*code, own.nominal)) return;
+        const std::string made =
+            timecodeText(framesOf(*code, own.nominal), own.nominal, code->dropFrame);
+        losses_.addEach(worded(
+            sheet_.log.name,
+            {sheet_.line(row), sheet_.name(column), inQuotes(cell(row, column)),
+             "a frame that is there at " + rateText(own), concat("it is written as ", made)}));
     }
 
     void placeClip(unsigned row) {

@@ -11,15 +11,10 @@ Format targetOf(const Log& log) {
         case Format::csv:
         case Format::tsv:
         case Format::ale:
+        case Format::edl:
         case Format::json:
         case Format::jsonl:
             return log.format;
-        case Format::edl:
-            throw Failure{wrongUsage,
-                          concat(log.name,
-                                 ": an edit list is not changed in place; make a table file of it "
-                                 "with ",
-                                 log.opening.terms->saving, ", and an edit list again")};
         case Format::otio:
         case Format::fcpxml:
             throw Failure{wrongUsage,

@@ -101,8 +101,8 @@ Log readLogToChange(const Args& args, std::string_view argument) {
     return readLogToChange(args.text(argument), openingFrom(args));
 }
 
-Log readLogToCopy(const Args& args) {
-    return told(openLogToCopy(args.text("FILE"), openingFrom(args)));
+Log readLogToCopy(const Args& args, std::string_view argument) {
+    return told(openLogToCopy(args.text(argument), openingFrom(args)));
 }
 
 int readingResult(const Log& log) {

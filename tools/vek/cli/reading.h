@@ -24,7 +24,7 @@ Log readLog(const Args& args, std::string_view argument = "FILE", const Wanted& 
 Log readLogToChange(const std::string& path, const Opening& opening);
 Log readLogToChange(const Args& args, std::string_view argument = "FILE");
 /// The same for a copy with other rows or cells: the file itself stays as it is.
-Log readLogToCopy(const Args& args);
+Log readLogToCopy(const Args& args, std::string_view argument = "FILE");
 
 /// done, or found when the file was damaged.
 int readingResult(const Log& log);

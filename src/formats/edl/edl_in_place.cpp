@@ -1,0 +1,532 @@
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <optional>
+
+#include "formats/edl/edl_lines.h"
+#include "formats/reading/input.h"
+#include "formats/reading/readers.h"
+#include "formats/reading/table_builder.h"
+#include "formats/saving/patched_text.h"
+#include "formats/saving/rows_in_place.h"
+#include "formats/text/text_lines.h"
+
+namespace vek::formats {
+
+namespace {
+
+// An event as a log has it, its comments in one piece.
+struct EdlRow {
+    EdlEvent event;
+    std::string before;
+    std::string counting;
+
+    bool hasNotesOf(const EdlRow& other) const {
+        return event[edlComments] == other.event[edlComments] && before == other.before;
+    }
+    bool operator==(const EdlRow& other) const = default;
+};
+
+// Takes the rows of a log as events.
+class EdlRows {
+public:
+    explicit EdlRows(const Log& log) : log_(log), counting_(log.findColumn("FCM")) {
+        for (std::size_t i = 0; i < edlColumns; ++i) {
+            columns_[i] = log.findColumn(edlColumnNames[i]);
+        }
+        find(edlCommentsName, comments_);
+        find(edlCommentsBeforeName, before_);
+    }
+
+    EdlRow row(unsigned row) const {
+        EdlRow made;
+        for (std::size_t i = 0; i < edlComments; ++i) made.event[i] = cell(row, columns_[i]);
+        for (unsigned column : comments_) addEdlPiece(made.event[edlComments], cell(row, column));
+        for (unsigned column : before_) addEdlPiece(made.before, cell(row, column));
+        made.counting = countingOf(row);
+        return made;
+    }
+
+    /// What is said for the row by its own cell, or else of the whole list.
+    std::string countingOf(unsigned row) const {
+        const std::string_view own = cell(row, counting_);
+        return own.empty() ? log_.parameter("FCM") : std::string(own);
+    }
+
+private:
+    void find(std::string (*nameOf)(std::size_t), std::vector<unsigned>& to) const {
+        unsigned column = log_.findColumn(nameOf(0));
+        while (column != noColumn) {
+            to.push_back(column);
+            column = log_.findColumn(nameOf(to.size()));
+        }
+    }
+
+    std::string_view cell(unsigned row, unsigned column) const {
+        return column == noColumn ? std::string_view() : log_.cell(row, column);
+    }
+
+    const Log& log_;
+    std::array<unsigned, edlColumns> columns_{};
+    std::vector<unsigned> comments_;
+    std::vector<unsigned> before_;
+    unsigned counting_;
+};
+
+Log readAgain(std::string_view bytes) {
+    Log log;
+    Text text{TextBlock::create(bytes.size()), 0};
+    std::copy(bytes.begin(), bytes.end(), text.block->data());
+    readEdl(std::move(text), log);
+    return log;
+}
+
+std::vector<std::string> linesOf(std::string_view text) {
+    std::vector<std::string> lines;
+    if (text.empty()) return lines;
+    for (std::string_view line : split(text, '\n')) lines.emplace_back(line);
+    return lines;
+}
+
+// The lines of a piece, each with its end.
+std::vector<std::string_view> wholeLines(std::string_view piece) {
+    std::vector<std::string_view> lines;
+    LineWalk walk(piece);
+    std::string_view line;
+    std::size_t at = 0;
+    while (walk.next(line)) {
+        const std::size_t end = piece.size() - walk.rest().size();
+        lines.push_back(piece.substr(at, end - at));
+        at = end;
+    }
+    return lines;
+}
+
+std::string_view withoutEnd(std::string_view line) {
+    line.remove_suffix(endOfLine(line).size());
+    return line;
+}
+
+// A line "NAME: value" with another value, all else of it as it was.
+std::string withValue(std::string_view line, const std::string& value) {
+    const std::size_t colon = line.find(':') + 1;
+    const std::string_view old = trimmed(line.substr(colon));
+    if (old.empty()) return concat(line.substr(0, colon), " ", value);
+    const auto begin = static_cast<std::size_t>(old.data() - line.data());
+    return concat(line.substr(0, begin), value, line.substr(begin + old.size()));
+}
+
+// An event whose own line and names are changed where they stand.
+class PatchedEvent {
+public:
+    PatchedEvent(const EdlRow& came, const EdlRow& now, const std::string& end)
+        : came_(came), now_(now), end_(end) {}
+
+    std::string make(std::string_view piece) {
+        for (std::string_view whole : wholeLines(piece)) take(withoutEnd(whole), endOfLine(whole));
+        if (isBehindEvent_) addNewNames();
+        return std::move(text_);
+    }
+
+    /// The event's own line alone.
+    std::string eventLine(std::string_view piece) const {
+        for (std::string_view whole : wholeLines(piece)) {
+            const std::string_view line = withoutEnd(whole);
+            if (const auto fields = edlFields(line))
+                return withEdlFields(line, *fields, now_.event);
+        }
+        return edlEventLine(now_.event);
+    }
+
+private:
+    void take(std::string_view line, std::string_view end) {
+        if (const auto fields = edlFields(line)) {
+            add(withEdlFields(line, *fields, now_.event), end);
+            isBehindEvent_ = true;
+            return;
+        }
+        if (isBehindEvent_ && takeName(line, end)) return;
+        if (isBehindEvent_ && !isEdlMotion(line)) addNewNames();
+        add(line, end);
+    }
+
+    // A line that goes takes its end along, as one that comes brings one.
+    void add(std::string_view line, std::string_view end) {
+        if (lacksEnd_) text_ += end_;
+        text_ += concat(line, end);
+        lacksEnd_ = end.empty();
+    }
+
+    bool takeName(std::string_view line, std::string_view end) {
+        for (std::size_t i = 0; i < std::size(edlNames); ++i) {
+            const std::string& came = came_.event[edlNames[i].column];
+            const std::string& now = now_.event[edlNames[i].column];
+            if (isDone_[i] || came == now || edlValue(line, edlNames[i].text) != came) continue;
+            isDone_[i] = true;
+            if (!now.empty())
+                add(withValue(line, now), end);
+            else if (hasPlace(edlNames[i]))
+                add(line.substr(0, line.find(':') + 1), end);
+            return true;
+        }
+        return false;
+    }
+
+    bool hasPlace(const EdlName& name) const {
+        const std::vector<std::string> lines = linesOf(now_.event[edlComments]);
+        return std::any_of(lines.begin(), lines.end(),
+                           [&](const std::string& line) { return isEdlNamePlace(line, name); });
+    }
+
+    // Those that the event did not have.
+    void addNewNames() {
+        for (std::size_t i = 0; i < std::size(edlNames); ++i) {
+            const std::string& now = now_.event[edlNames[i].column];
+            const bool isNew = came_.event[edlNames[i].column].empty() && !now.empty();
+            if (isDone_[i] || !isNew || hasPlace(edlNames[i])) continue;
+            isDone_[i] = true;
+            const bool wasOpen = lacksEnd_;
+            add(concat("* ", edlNames[i].text, ": ", now), wasOpen ? "" : end_);
+        }
+    }
+
+    const EdlRow& came_;
+    const EdlRow& now_;
+    const std::string& end_;
+    std::array<bool, std::size(edlNames)> isDone_{};
+    bool isBehindEvent_ = false;
+    bool lacksEnd_ = false;
+    std::string text_;
+};
+
+class EdlInPlace : public RowsInPlace {
+public:
+    explicit EdlInPlace(const Saving& saving)
+        : saving_(saving), now_(saving.log), end_(bytesOf(saving.log.lineEnd)) {
+        requireColumns();
+    }
+
+    bool reads(std::string_view, unsigned row) override { return came().row(row) == now_.row(row); }
+
+    void add(std::string& text, unsigned row, std::string_view piece) override {
+        const unsigned own = rows().view->baseIndex(row);
+        const EdlRow now = now_.row(own);
+        if (piece.empty()) {
+            const std::string line = edlEventLine(now.event);
+            requireEvent(own, now.event, line);
+            text += joined(inOrder(linesOfEvent(now, line)));
+            return;
+        }
+        const EdlRow old = came().row(own);
+        if (own == 0 && old.before != now.before) refuseBefore();
+        PatchedEvent event(old, now, end_);
+        requireEvent(own, now.event, event.eventLine(piece));
+        std::string made =
+            now.hasNotesOf(old) ? event.make(piece) : rewritten(now, own == 0, event, piece);
+        text += withoutEnd(made);
+    }
+
+    std::string heading(std::string_view came) override {
+        for (const Source::Parameter& one : changedParameters(saving_.log)) {
+            if (isTableFilesOwn(one.name) || isOfHeading(one.name)) continue;
+            saving_.losses.add("parameters have no place in this format", inQuotes(one.name));
+        }
+        std::string text = withHeadingValue(std::string(came), "FCM", firstCounting());
+        state_ = headingValue(text, "FCM");
+        isInHeading_ = state_.has_value();
+        return withHeadingValue(text, "TITLE", saving_.log.parameter("TITLE"));
+    }
+
+    bool saysBetween() const override { return true; }
+
+    // The last line that says how events count is that of the row behind it.
+    std::string between(std::string_view came, std::optional<unsigned> row) override {
+        const std::vector<std::string_view> lines = wholeLines(came);
+        if (!isBegun_ && isInHeading_ && saysCountingAlone(lines)) return begun(row, {});
+        if (!row) return passed(came, lines);
+        const std::string wanted = now_.countingOf(*row);
+        std::string text;
+        const std::size_t last = lastCounting(lines);
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            const bool isOther = i == last && *edlCounting(withoutEnd(lines[i])) != wanted;
+            text += isOther ? concat(withValue(withoutEnd(lines[i]), wanted), endOfLine(lines[i]))
+                            : std::string(lines[i]);
+        }
+        const bool isSaid = last < lines.size();
+        const bool isNeeded = state_ != wanted || hasNewLinesBefore(*row);
+        if (!isSaid && !wanted.empty() && isNeeded) text += concat("FCM: ", wanted, end_);
+        if (isSaid || !wanted.empty()) state_ = wanted;
+        return begun(row, text);
+    }
+
+private:
+    void requireColumns() const {
+        const std::vector<Source::Column>& came = saving_.log.source->columns;
+        for (unsigned i = 0; i < saving_.log.columnCount(); ++i) {
+            const std::string name = saving_.log.columnName(i);
+            const unsigned from = saving_.log.source->whereFrom(i);
+            const bool isAsItCame = from < came.size() && came[from].name == name;
+            if (isAsItCame || (from >= came.size() && isOfEdl(name))) continue;
+            refuse(concat("an edit list has no place for a column ", inQuotes(name)));
+        }
+        if (saving_.log.columnCount() < came.size()) refuse("an edit list keeps its columns");
+    }
+
+    // Columns that only some lists have may come with events of another.
+    static bool isOfEdl(const std::string& column) {
+        const std::string& comments = edlColumnNames[edlComments];
+        const bool isPiece =
+            sameText(column.substr(0, comments.size()), comments) &&
+            column.find_first_not_of("0123456789", column.rfind(' ') + 1) == column.npos;
+        return isPiece || sameText(column, "FCM") || sameText(column, edlCommentsBeforeName(0));
+    }
+
+    // A line that cannot be read again is no event.
+    void requireEvent(unsigned row, const EdlEvent& meant, const std::string& line) const {
+        EdlEvent back;
+        const bool isRead = parseEdlEvent(line, back);
+        for (std::size_t i = 0; i < edlClipName; ++i) {
+            const bool isOdd = isRead ? back[i] != meant[i] : !standsInEvent(meant, i);
+            if (isOdd) refuseField(row, edlColumnNames[i], meant[i]);
+        }
+        if (!isRead) refuseField(row, edlColumnNames[edlEvent], meant[edlEvent]);
+    }
+
+    // Whether a field is one in an event whose other fields are.
+    static bool standsInEvent(const EdlEvent& meant, std::size_t field) {
+        EdlEvent sound{"001", "A", "V", "C"};
+        std::fill(&sound[edlSourceIn], &sound[edlRecordOut] + 1, "00:00:00:00");
+        sound[field] = meant[field];
+        EdlEvent back;
+        return parseEdlEvent(edlEventLine(sound), back) && back[field] == meant[field];
+    }
+
+    [[noreturn]] void refuseField(unsigned row, const std::string& column,
+                                  const std::string& text) const {
+        throw Failure{unwritable, worded(saving_.log.name,
+                                         {saving_.log.lineOf(row), column, inQuotes(text),
+                                          "number, reel, track, kind and four timecodes of an "
+                                          "event",
+                                          "nothing is changed"})};
+    }
+
+    [[noreturn]] void refuse(const std::string& why) const {
+        throw Failure{unwritable, concat(saving_.output, ": not changed, ", why,
+                                         "; write a table file, CSV or ALE of it with ",
+                                         saving_.log.opening.terms->saving)};
+    }
+
+    [[noreturn]] void refuseBefore() const {
+        refuse("comments in front of the first event belong to the heading and are not changed");
+    }
+
+    // The events as they stand in the file.
+    const EdlRows& came() {
+        if (!cameRows_) {
+            const Input& input = *saving_.log.source->input;
+            PatchedText whole;
+            whole.keep({0, saving_.log.source->places.size()});
+            cameLog_ = readAgain(whole.beginning(input, SIZE_MAX));
+            cameRows_.emplace(cameLog_);
+        }
+        return *cameRows_;
+    }
+
+    static EdlLines linesOfEvent(const EdlRow& row, const std::string& event) {
+        EdlLines lines{linesOf(row.before), linesOf(row.event[edlComments]), event, {}};
+        for (std::size_t i = 0; i < lines.names.size(); ++i) {
+            lines.names[i] = row.event[edlNames[i].column];
+        }
+        return lines;
+    }
+
+    std::string joined(const std::vector<std::string>& lines) const {
+        std::string text;
+        for (const std::string& line : lines) {
+            if (&line != &lines.front()) text += end_;
+            text += line;
+        }
+        return text;
+    }
+
+    // All lines of the event anew, and the blank ones behind it. What stands in front of the first
+    // one is the heading.
+    std::string rewritten(const EdlRow& now, bool isFirst, const PatchedEvent& event,
+                          std::string_view piece) const {
+        EdlRow own = now;
+        if (isFirst) own.before.clear();
+        std::string text = joined(inOrder(linesOfEvent(own, event.eventLine(piece)))) + end_;
+        const std::vector<std::string_view> lines = wholeLines(piece);
+        std::size_t kept = lines.size();
+        while (kept > 0 && trimmed(lines[kept - 1]).empty()) --kept;
+        for (; kept < lines.size(); ++kept) text += lines[kept];
+        return text;
+    }
+
+    // They would be another event's where nothing says how this one counts.
+    bool hasNewLinesBefore(unsigned row) const {
+        return isBegun_ && row >= saving_.log.source->rows && !now_.row(row).before.empty();
+    }
+
+    std::string begun(std::optional<unsigned> row, std::string text) {
+        isBegun_ = isBegun_ || row.has_value();
+        return text;
+    }
+
+    static std::size_t lastCounting(const std::vector<std::string_view>& lines) {
+        for (std::size_t i = lines.size(); i > 0; --i) {
+            if (edlCounting(withoutEnd(lines[i - 1]))) return i - 1;
+        }
+        return lines.size();
+    }
+
+    static bool saysCountingAlone(const std::vector<std::string_view>& lines) {
+        return std::all_of(lines.begin(), lines.end(), [](std::string_view line) {
+            return trimmed(line).empty() || edlCounting(withoutEnd(line));
+        });
+    }
+
+    // In front of a row that goes. Where rows change places it is made anew.
+    std::string passed(std::string_view came, const std::vector<std::string_view>& lines) {
+        if (!std::is_sorted(all().begin(), all().end())) return {};
+        const std::size_t last = lastCounting(lines);
+        if (last < lines.size()) state_ = std::string(*edlCounting(withoutEnd(lines[last])));
+        return std::string(came);
+    }
+
+    static bool isOfHeading(std::string_view parameter) {
+        return sameText(parameter, "TITLE") || sameText(parameter, "FCM");
+    }
+
+    std::string firstCounting() const {
+        return all().empty() ? saving_.log.parameter("FCM") : now_.countingOf(all().front());
+    }
+
+    // The heading's line of a name, which is the last one.
+    static std::size_t lineOf(const std::vector<std::string_view>& lines, const char* name) {
+        for (std::size_t i = lines.size(); i > 0; --i) {
+            const std::string_view line = withoutMark(lines[i - 1]);
+            if (!trimmed(line).starts_with('*') && edlValue(line, name)) return i - 1;
+        }
+        return lines.size();
+    }
+
+    static std::string_view withoutMark(std::string_view line) {
+        if (line.starts_with(byteOrderMark)) line.remove_prefix(byteOrderMark.size());
+        return line;
+    }
+
+    std::string withHeadingValue(const std::string& text, const char* name,
+                                 const std::string& value) {
+        const std::vector<std::string_view> lines = wholeLines(text);
+        const std::size_t at = lineOf(lines, name);
+        if (at == lines.size()) return withNewValue(text, name);
+        std::string out;
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            const bool isOther = i == at && *edlValue(withoutMark(lines[i]), name) != value;
+            out += isOther ? concat(withValue(withoutEnd(lines[i]), value), endOfLine(lines[i]))
+                           : std::string(lines[i]);
+        }
+        return out;
+    }
+
+    static std::optional<std::string> headingValue(const std::string& text, const char* name) {
+        const std::vector<std::string_view> lines = wholeLines(text);
+        const std::size_t at = lineOf(lines, name);
+        if (at == lines.size()) return {};
+        return std::string(*edlValue(withoutMark(lines[at]), name));
+    }
+
+    // Behind the title, where there is one, and else in front of all.
+    std::string withNewValue(const std::string& text, const char* name) const {
+        const std::string value = saving_.log.parameter(name);
+        if (value.empty() || wasThere(saving_.log, name)) return text;
+        const std::vector<std::string_view> lines = wholeLines(text);
+        const std::size_t title = lineOf(lines, "TITLE");
+        std::size_t at = text.size() - withoutMark(text).size();
+        if (title < lines.size()) {
+            const std::string_view line = lines[title];
+            if (endOfLine(line).empty()) return concat(text, end_, name, ": ", value);
+            at = static_cast<std::size_t>(line.data() + line.size() - text.data());
+        }
+        return concat(text.substr(0, at), name, ": ", value, end_, text.substr(at));
+    }
+
+    static constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+
+    Saving saving_;
+    EdlRows now_;
+    std::string end_;
+    Log cameLog_;
+    std::optional<EdlRows> cameRows_;
+    std::optional<std::string> state_;  // how the next event counts if nothing is said
+    bool isInHeading_ = false;          // what is said of all
+    bool isBegun_ = false;
+};
+
+// Whether a list that was put together is read as it is meant.
+class SameEvents {
+public:
+    SameEvents(const Saving& saving, const std::vector<unsigned>& rows, std::string_view text)
+        : saving_(saving), rows_(rows), back_(readAgain(text)) {}
+
+    void require() const {
+        if (back_.rowCount() != rows_.size()) refuse(counted(back_.rowCount(), "event"));
+        const EdlRows meant(saving_.log);
+        const EdlRows found(back_);
+        for (unsigned i = 0; i < rows_.size(); ++i) {
+            require(i, meant.row(rows_[i]), found.row(i));
+        }
+    }
+
+private:
+    void require(unsigned i, const EdlRow& meant, const EdlRow& found) const {
+        for (std::size_t column = 0; column < edlColumns; ++column) {
+            if (meant.event[column] == found.event[column]) continue;
+            refuse(i, edlColumnNames[column], meant.event[column], found.event[column]);
+        }
+        if (meant.counting != found.counting) refuse(i, "FCM", meant.counting, found.counting);
+        // What stands in front of all events stays there, whichever is the first.
+        const bool isHeading = i == 0 || rows_[i] == 0;
+        if (meant.before == found.before || isHeading) return;
+        refuse(i, edlCommentsBeforeName(0), meant.before, found.before);
+    }
+
+    [[noreturn]] void refuse(unsigned i, const std::string& column, const std::string& meant,
+                             const std::string& found) const {
+        const std::size_t line = saving_.log.lineOf(rows_[i]);
+        throw Failure{
+            unwritable,
+            concat(worded(saving_.log.name,
+                          {line, column,
+                           inQuotes(meant) + " is read as " + inQuotes(found) + " in an edit list",
+                           "a text that it holds", "nothing is changed"}),
+                   whatToDo())};
+    }
+
+    [[noreturn]] void refuse(const std::string& found) const {
+        throw Failure{unwritable, concat(saving_.log.name, ": not changed, it would be read as ",
+                                         found, whatToDo())};
+    }
+
+    std::string whatToDo() const {
+        return concat("; write a table file, CSV or ALE of it with ",
+                      saving_.log.opening.terms->saving);
+    }
+
+    const Saving& saving_;
+    const std::vector<unsigned>& rows_;
+    Log back_;
+};
+
+}  // namespace
+
+std::unique_ptr<RowsInPlace> edlInPlace(const Saving& saving) {
+    return std::make_unique<EdlInPlace>(saving);
+}
+
+void requireSameEvents(const Saving& saving, const std::vector<unsigned>& rows, PatchedText& text) {
+    SameEvents(saving, rows, text.beginning(*saving.log.source->input, SIZE_MAX)).require();
+}
+
+}  // namespace vek::formats
