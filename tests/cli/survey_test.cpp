@@ -208,10 +208,8 @@ TEST(HostileFiles, OfAMillionEmptyCellsTakeNoCommandLongNorMuchMemory) {
     const WorkFolder folder;
     const std::string text = "a\n" + std::string(isSanitized ? 10000 : 1000000, '\n');
     folder.write("rows.csv", text);
-    for (const char* command :
-         {"show rows.csv --sort a --reverse", "diff rows.csv rows.csv --key a",
-          "set copy.csv a={#}-{a|upper} --every", "set rows.csv a=q --every --dry-run",
-          "tag copy.csv --invert", "sort copy.csv --by a --reverse"}) {
+    for (const char* command : {"sort copy.csv --by a --reverse", "diff rows.csv rows.csv --key a",
+                                "set copy.csv a={#}-{a|upper} --every", "tag copy.csv --invert"}) {
         folder.write("copy.csv", text);
         const Cost cost = costOf(folder, shellWords(command));
         EXPECT_EQ(cost.status, 0) << command;

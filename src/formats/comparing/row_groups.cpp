@@ -17,9 +17,9 @@ unsigned shiftFor(std::size_t slots) {
 }  // namespace
 
 // Half of the slots stay free. Many rows may have few keys, and slots move in their order as they
-// become more, so there are room for a quarter of the rows at first.
+// become more, so there is room for a sixteenth of them at first.
 RowGroups::RowGroups(std::size_t rows)
-    : slots_(std::bit_ceil(std::max(2 * (rows / 4 + 1), fewestSlots))),
+    : slots_(std::bit_ceil(std::max(2 * (rows / 16 + 1), fewestSlots))),
       shift_(shiftFor(slots_.size())) {}
 
 std::span<const unsigned> RowGroups::rowsOf(const Slot& slot) const {

@@ -83,6 +83,7 @@ void saveResult(const Log& log, const std::vector<unsigned>& rows, const Args& a
 }
 
 void saveResult(const Log& log, const Args& args) {
+    if (!args.has("output")) return saveInPlace(log, args.has("backup"));
     std::vector<unsigned> rows(log.rowCount());
     std::iota(rows.begin(), rows.end(), 0u);
     saveResult(log, rows, args);
