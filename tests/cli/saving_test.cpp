@@ -284,8 +284,8 @@ TEST(FullDisk, OfABackupIsCalledSoAndLeavesFileAndOlderBackup) {
     WorkFolder folder;
     folder.write("log.csv", rows(20000));
     folder.write("log.csv.bak", "older");
-    Finish finish = run(folder, shell("trap '' XFSZ; ulimit -f 8; exec \"$0\" set log.csv Note=x "
-                                      "--every --backup"));
+    Finish finish = run(folder, shell("trap '' XFSZ; ulimit -f 8; exec \"$0\" delete log.csv "
+                                      "--where 'Name!=r7' --backup"));
     EXPECT_EQ(finish.exitCode, 4);
     EXPECT_NE(finish.errors.find("log.csv.bak: File too large"), std::string::npos)
         << finish.errors;
