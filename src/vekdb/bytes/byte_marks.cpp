@@ -1,4 +1,4 @@
-#include <vekdb/byte_marks.h>
+#include "vekdb/bytes/marks_in_registers.h"
 
 #include <bit>
 #include <cstring>
@@ -10,7 +10,6 @@
 namespace {
 
 using Kinds = ByteMarks::Kinds;
-using Find = std::uint64_t(const char* block, const Kinds& kinds);
 
 constexpr std::size_t blockBytes = 64;
 
@@ -80,7 +79,12 @@ bool isWide() {
     return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("popcnt");
 }
 
-Find* findInWidest() {
+FindMarks* findIn(unsigned registerBytes) {
+    if (registerBytes == 32 && isWide()) return findWidely;
+    return registerBytes == 16 ? findNarrowly : nullptr;
+}
+
+FindMarks* findInWidest() {
     return isWide() ? findWidely : findNarrowly;
 }
 
@@ -100,7 +104,11 @@ std::uint64_t findPlainly(const char* block, const Kinds& kinds) {
     return marks;
 }
 
-Find* findInWidest() {
+FindMarks* findIn(unsigned registerBytes) {
+    return registerBytes == 16 ? findPlainly : nullptr;
+}
+
+FindMarks* findInWidest() {
     return findPlainly;
 }
 
@@ -111,6 +119,10 @@ std::size_t countInWidest(const char* at, std::size_t size, const Kinds& kinds) 
 #endif
 
 }  // namespace
+
+FindMarks* findMarksIn(unsigned registerBytes) {
+    return findIn(registerBytes);
+}
 
 ByteMarks::ByteMarks(const char* begin, const char* end, const Kinds& kinds)
     : block_(begin), end_(end), kinds_(kinds), find_(findInWidest()) {

@@ -1,4 +1,4 @@
-#include <vekdb/byte_marks.h>
+#include "vekdb/bytes/marks_in_registers.h"
 
 #include <gtest/gtest.h>
 
@@ -81,5 +81,23 @@ TEST(ByteMarks, AreCountedAsTheyAreFoundInTextsOfEverySize) {
         const std::size_t zeros = ByteMarks::count(text.data(), end, {'\0', '\0', '\0', '\0'});
         const auto ofZero = std::count(text.begin(), text.end(), '\0');
         ASSERT_EQ(zeros, static_cast<std::size_t>(ofZero)) << seed;
+    }
+}
+
+TEST(ByteMarks, AreTheSameInRegistersOfEveryWidth) {
+    constexpr ByteMarks::Kinds kinds = {',', '"', '\n', '\r'};
+    ASSERT_NE(findMarksIn(16), nullptr);
+    EXPECT_EQ(findMarksIn(8), nullptr);
+    for (unsigned registerBytes : {16u, 32u}) {
+        FindMarks* const find = findMarksIn(registerBytes);
+        if (find == nullptr) continue;  // this machine has none
+        EXPECT_EQ(find(std::string(64, 'x').data(), kinds), 0u);
+        for (unsigned at = 0; at < 64; ++at) {
+            for (char kind : kinds) {
+                std::string block(64, 'x');
+                block[at] = kind;
+                EXPECT_EQ(find(block.data(), kinds), std::uint64_t{1} << at) << registerBytes;
+            }
+        }
     }
 }

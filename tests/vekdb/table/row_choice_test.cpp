@@ -9,6 +9,7 @@
 #include <vector>
 
 #include <vekdb/row_choice.h>
+#include "host/posix/file_io.h"
 #include "testing/arrival.h"
 #include "testing/capture_diagnostics.h"
 #include "testing/failing_allocator.h"
@@ -116,6 +117,16 @@ TEST_F(ChosenRows, AreTheOnesTakenInTheirOrder) {
     EXPECT_FALSE(table.get_modified());
     EXPECT_EQ(&table, table.get_record(1)->get_container());
     EXPECT_FALSE(table.get_record(1)->get_changed());
+}
+
+TEST_F(ChosenRows, OfAnOpenFileAreTheSame) {
+    write(threeLines);
+    const FileIO::Descriptor file(FileIO::openToRead(folder.file("log").c_str()));
+    Choice choice(startsWith('a'));
+    table.loadFromDescriptor(file.get(), choice, true);
+    EXPECT_TRUE(table.get_valid());
+    EXPECT_EQ((std::vector<Strings>{{"a1", "x"}, {"a2", "z"}}), rowsOf(table));
+    EXPECT_EQ(1u, choice.begun);
 }
 
 TEST_F(ChosenRows, MayBeNone) {
