@@ -36,6 +36,7 @@ constexpr CommandEntry commands[] = {
     {"merge", mergeCommand},
     {"diff", diffCommand},
     {"stats", statsCommand},
+    {"report", reportCommand},
     {"container", containerCommand},
     {"completions", completionsCommand},
     {"man", manCommand},

@@ -18,6 +18,7 @@ Command infoCommand();
 Command manCommand();
 Command mergeCommand();
 Command paramCommand();
+Command reportCommand();
 Command sampleCommand();
 Command setCommand();
 Command showCommand();

@@ -171,15 +171,25 @@ Selected selectRows(const Log& log, const Selection& selection) {
     Selected selected{{}, rows.size()};
     std::vector<unsigned> order = selection.sortColumns;
     if (!selection.sort.empty()) order = columnList(log, selection.sort);
-    if (!order.empty()) {
-        VDBView sorted = viewOf(log, rows);
-        sortBy(order, sorted);
-        rows = rowsOf(sorted);
-    }
+    if (!order.empty()) rows = sortedRows(log, rows, order);
     if (selection.reverse) std::reverse(rows.begin(), rows.end());
     cutToPage(selection, rows);
     selected.view = viewOf(log, rows);
     return selected;
+}
+
+std::vector<unsigned> sortedRows(const Log& log, const std::vector<unsigned>& rows,
+                                 const std::vector<unsigned>& columns) {
+    VDBView sorted = viewOf(log, rows);
+    sortBy(columns, sorted);
+    return rowsOf(sorted);
+}
+
+std::vector<bool> taggedRows(const Log& log) {
+    const Tags tags(log);
+    std::vector<bool> are(log.rowCount());
+    for (unsigned row = 0; row < are.size(); ++row) are[row] = tags.has(row);
+    return are;
 }
 
 VDBView viewOf(const Log& log, const std::vector<unsigned>& rows) {

@@ -44,6 +44,13 @@ Selected selectRows(const Log& log, const Selection& selection);
 /// A view of these table rows in this order, with their tags.
 VDBView viewOf(const Log& log, const std::vector<unsigned>& rows);
 
+/// These table rows sorted by columns, as --sort does it.
+std::vector<unsigned> sortedRows(const Log& log, const std::vector<unsigned>& rows,
+                                 const std::vector<unsigned>& columns);
+
+/// For each row of the table whether the file's column "Tag" tags it.
+std::vector<bool> taggedRows(const Log& log);
+
 /// The column positions of a list such as "Scene,Take" or "[Name, clip],Take".
 std::vector<unsigned> columnList(const Log& log, const std::string& names);
 
