@@ -9,6 +9,7 @@
 #include <vector>
 
 #include <vekdb/formats/problem.h>
+#include <vekdb/host/text_util.h>
 #include <vekdb/table.h>
 #include "formats/failure.h"
 #include "formats/formats.h"
@@ -44,7 +45,7 @@ struct Log {
     std::size_t leftOut = 0;                  ///< rows that were not wanted
     std::vector<Problem> problems;            ///< told on reading; nothing was lost by them
     std::size_t moreProblems = 0;             ///< that were found behind those
-    std::vector<RepeatedName> repeatedNames;  ///< as they were read
+    std::vector<RepeatedName> repeatedNames;  ///< as the columns are named now
     std::unordered_map<unsigned, std::size_t> repeatedAt;  ///< of their columns, where there
     std::set<std::string> unnamed;   ///< columns that its heading has no name for
     std::string notRead;             ///< why rows are missing; empty when all are there
@@ -100,6 +101,15 @@ struct Log {
 bool canBeParameter(std::string_view name, std::string_view value);
 
 constexpr unsigned noColumn = 0xFFFFFFFF;
+
+inline const dbrecord& recordOf(const Log& log, unsigned row) {
+    return *log.table->get_record(row);
+}
+
+/// Whether a cell of the column "Tag" tags its row: a number other than 0 does.
+inline bool isTag(std::string_view cell) {
+    return parseInt(cell) != 0;
+}
 
 /// A string of the library from any text.
 inline LightweightString<char> cellText(std::string_view text) {

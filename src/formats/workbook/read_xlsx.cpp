@@ -33,7 +33,7 @@ std::string otherKind(const ZipArchive& archive) {
     return "an archive that is no workbook";
 }
 
-// "takes" and "the 2nd" are chosen by a name or a number, from 1 on.
+// What a workbook says of its sheets, and the cells of the one that is read.
 class Workbook {
 public:
     Workbook(std::string_view bytes, Log& log)
@@ -228,9 +228,7 @@ private:
             return builder_.setColumns(asStrings(texts_));
         }
         std::vector<std::string> names;
-        for (std::size_t i = 1; i <= columnCount(); ++i) {
-            names.push_back("Column " + std::to_string(i));
-        }
+        for (std::size_t i = 0; i < columnCount(); ++i) names.push_back(numberedColumnName(i));
         builder_.setColumns(std::move(names));
     }
 

@@ -32,7 +32,6 @@ public:
         std::uint32_t count;   ///< of its cells
     };
     const std::vector<Row>& rows() const { return rows_; }
-    std::size_t size() const { return size_; }
     /// For each column of the sheet its place among those that have cells.
     std::vector<unsigned> places() const;
     /// The texts, to be gone through with a CellWalk; nothing can be added any more.

@@ -117,7 +117,7 @@ std::string_view SheetReader::shownText() {
             return sharedText();
         case Kind::inlined:
         case Kind::formula:
-            resolveEscapes(value_, 0);
+            resolveWrittenOut(value_, 0);
             return value_;
         case Kind::truth:
             if (value_.empty()) return {};

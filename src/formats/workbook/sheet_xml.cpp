@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "formats/text/utf8.h"
+
 namespace vek::formats {
 
 namespace {
@@ -27,26 +29,6 @@ void addWrittenOut(std::string& to, unsigned code) {
     to += "_x";
     for (unsigned shift : {12u, 8u, 4u, 0u}) to += digits[(code >> shift) & 0xF];
     to += '_';
-}
-
-bool isContinued(char c) {
-    return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
-}
-
-// The bytes of the well-formed character in front; 0 where there is none.
-std::size_t characterSize(std::string_view text) {
-    const auto at = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned char first = at(0);
-    const std::size_t size = first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-    if (size == 0 || first > 0xF4 || text.size() < size) return 0;
-    if (!std::all_of(text.begin() + 1, text.begin() + static_cast<std::ptrdiff_t>(size),
-                     isContinued)) {
-        return 0;
-    }
-    const bool isTooLong = (first == 0xE0 && at(1) < 0xA0) || (first == 0xF0 && at(1) < 0x90);
-    const bool isHalf = first == 0xED && at(1) >= 0xA0;
-    const bool isBeyond = first == 0xF4 && at(1) >= 0x90;
-    return isTooLong || isHalf || isBeyond ? 0 : size;
 }
 
 constexpr std::string_view replacement = "\xEF\xBF\xBD";
@@ -86,7 +68,7 @@ bool isNoCharacter(std::string_view character) {
 }
 
 std::size_t addWide(std::string& to, std::string_view rest, XmlLoss& loss) {
-    const std::size_t size = characterSize(rest);
+    const std::size_t size = wideCharacterSize(rest);
     if (size == 0) {
         loss.hasBrokenBytes = true;
         to += replacement;
@@ -124,7 +106,7 @@ XmlLoss addSheetText(std::string& to, std::string_view text) {
 std::size_t sheetLength(std::string_view text) {
     std::size_t length = 0;
     for (char c : text) {
-        if (!isContinued(c)) ++length;
+        if (!isContinuation(c)) ++length;
         if (static_cast<unsigned char>(c) >= 0xF0) ++length;
     }
     return length;

@@ -167,10 +167,14 @@ std::string byPlaces(double value, const Layout& layout) {
     } else {
         digits.round(static_cast<std::ptrdiff_t>(layout.decimals));
     }
-    WholeDigits whole(digits.whole(), layout);
+    const std::string inFront = digits.whole();
+    WholeDigits whole(inFront, layout);
     Decimals behind(digits.behind(layout.decimals));
     std::string text;
     for (auto token = tokens.begin(); token != tokens.end(); ++token) {
+        // Where no place is in front of the point, digits that are not nought stand there all the
+        // same.
+        if (token == layout.point && layout.wholeDigits == 0) text += inFront;
         if (token->kind == Kind::exponent) {
             addExponent(token, tokens.end(), exponent, text);
         } else if (token->kind == Kind::general) {

@@ -19,18 +19,20 @@ std::string_view behindLast(std::string_view text, char mark) {
     return text.substr(text.rfind(mark) + 1);
 }
 
-// A path from a folder of the archive, or from its root.
+// A path from a folder of the archive, or from its root; "." and ".." are resolved.
 std::string resolved(std::string_view folder, std::string_view target) {
-    std::string path =
+    const std::string whole =
         target.starts_with('/') ? std::string(target.substr(1)) : concat(folder, target);
-    for (std::size_t up = path.find("../"); up != std::string::npos; up = path.find("../")) {
-        if (up == 0) {
-            path.erase(0, 3);
-            continue;
+    std::string path;
+    for (std::string_view rest = whole; !rest.empty();) {
+        const std::string_view name = rest.substr(0, rest.find('/'));
+        rest.remove_prefix(std::min(name.size() + 1, rest.size()));
+        if (name == "..") {
+            const std::size_t parent = path.rfind('/');
+            path.resize(parent == std::string::npos ? 0 : parent);
+        } else if (name != ".") {
+            path.append(path.empty() ? "" : "/").append(name);
         }
-        const std::size_t parent = up < 2 ? std::string::npos : path.rfind('/', up - 2);
-        const std::size_t begin = parent == std::string::npos ? 0 : parent + 1;
-        path.erase(begin, up + 3 - begin);
     }
     return path;
 }
@@ -141,7 +143,7 @@ void SharedTexts::begin(std::string_view name, const XmlAttributes&) {
 void SharedTexts::end(std::string_view name) {
     run_.end(name);
     if (name != "si") return;
-    resolveEscapes(texts_, ends_.empty() ? 0 : ends_.back());
+    resolveWrittenOut(texts_, ends_.empty() ? 0 : ends_.back());
     ends_.push_back(texts_.size());
 }
 
@@ -149,7 +151,7 @@ void SharedTexts::text(std::string_view piece) {
     run_.add(piece, texts_);
 }
 
-void resolveEscapes(std::string& text, std::size_t from) {
+void resolveWrittenOut(std::string& text, std::size_t from) {
     std::size_t at = text.find("_x", from);
     if (at == std::string::npos) return;
     std::string made;

@@ -103,7 +103,7 @@ private:
 };
 
 /// Puts the characters in for _x000D_ and its like, which XML cannot hold, from a place on.
-void resolveEscapes(std::string& text, std::size_t from);
+void resolveWrittenOut(std::string& text, std::size_t from);
 
 /// Reads a part of a workbook to its end.
 void readPart(ZipArchive& archive, const std::string& entry, const std::string& file,

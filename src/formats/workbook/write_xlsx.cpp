@@ -1,6 +1,5 @@
 #include <algorithm>
 
-#include <vekdb/host/text_util.h>
 #include "formats/reading/progress.h"
 #include "formats/text/width.h"
 #include "formats/workbook/sheet_cells.h"
@@ -166,7 +165,7 @@ private:
         if (count <= most) return;
         refuse(concat(std::to_string(count), " ", what),
                concat("at most ", std::to_string(most),
-                      " in a sheet; split the log with vek split, or write CSV"));
+                      " in a sheet; write the log in several files, or as CSV"));
     }
 
     template <class Place>
@@ -213,27 +212,23 @@ private:
         const bool isMarked = isTagged(row);
         const char style = isMarked ? taggedStyle : textStyle;
         text_ += concat("<row r=\"", number, "\">");
-        bool hasText = false;
+        // An empty text keeps a row of empty cells one for readers.
+        const bool isEmpty = std::all_of(cells, cells + columnCount(),
+                                         [](std::string_view cell) { return cell.empty(); });
         for (unsigned i = 0; i < columnCount(); ++i) {
-            if (!cells[i].empty()) {
+            if (!cells[i].empty() || (i == 0 && isEmpty)) {
                 beginCell(i, number, style);
                 endCell(cells[i], [&] { return place(sheet_, row, i); });
-                hasText = true;
             } else if (isMarked) {
                 beginCell(i, number, style);
                 text_ += "/>";
             }
         }
-        // An empty text keeps the row one for readers.
-        if (!hasText && columnCount() > 0 && !isMarked) {
-            beginCell(0, number, style);
-            text_ += " t=\"inlineStr\"><is><t></t></is></c>";
-        }
         text_ += "</row>";
     }
 
     bool isTagged(unsigned row) const {
-        return tagColumn_ != noColumn && parseInt(sheet_.record(row).fieldView(tagColumn_)) != 0;
+        return tagColumn_ != noColumn && isTag(sheet_.record(row).fieldView(tagColumn_));
     }
 
     void beginCell(unsigned column, std::string_view row, char style) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <unordered_map>
 
 #include "formats/failure.h"
@@ -22,6 +23,7 @@ struct MemoryFile {
     std::string* made = nullptr;
     std::size_t at = 0;
     bool endsEarly = false;  ///< more was to be read than there is
+    bool isOutOfMemory = false;
 
     std::size_t size() const { return made != nullptr ? made->size() : bytes.size(); }
 };
@@ -45,12 +47,21 @@ uLong readFile(voidpf, voidpf stream, void* to, uLong size) {
     return count;
 }
 
+// No exception may go through the library.
+bool makeRoom(MemoryFile& file, std::size_t size) noexcept {
+    try {
+        if (file.made->size() < size) file.made->resize(size);
+        return true;
+    } catch (const std::bad_alloc&) {
+        file.isOutOfMemory = true;
+        return false;
+    }
+}
+
 uLong writeFile(voidpf, voidpf stream, const void* from, uLong size) {
     MemoryFile& file = fileOf(stream);
-    const std::size_t over = std::min<std::size_t>(size, file.size() - file.at);
-    const auto* bytes = static_cast<const char*>(from);
-    std::copy_n(bytes, over, file.made->data() + file.at);
-    file.made->append(bytes + over, size - over);
+    if (!makeRoom(file, file.at + size)) return 0;
+    std::memcpy(file.made->data() + file.at, from, size);
     file.at += size;
     return size;
 }
@@ -192,6 +203,7 @@ struct ZipWriter::Parts {
     bool isOpen = false;
 
     [[noreturn]] void refuse() const {
+        if (file.isOutOfMemory) throw std::bad_alloc();
         throw Failure{unwritable, name + ": no memory to pack a workbook"};
     }
 

@@ -49,6 +49,18 @@ TEST(NumberFormats, PlaceDigitsAsTheyAreWritten) {
     EXPECT_EQ(shown(9.9999, "0.0E+00"), "1.0E+01");
 }
 
+TEST(NumberFormats, ShowWholeDigitsThatHaveNoPlaceInFrontOfThePoint) {
+    EXPECT_EQ(shown(12.5, ".00"), "12.50");
+    EXPECT_EQ(shown(0.5, ".00"), ".50");
+    EXPECT_EQ(shown(0, ".0"), ".0");
+    EXPECT_EQ(shown(-7, ".0"), "-7.0");
+    EXPECT_EQ(shown(1234, "\"take \".##"), "take 1234.");
+    EXPECT_EQ(shown(1234567, ".0,"), "1234.6");
+    EXPECT_EQ(shown(0.995, ".00%"), "99.50%");
+    EXPECT_EQ(shown(0.999, ".00"), "1.00");
+    EXPECT_EQ(shown(12.5, ".00E+00"), "1.25E+01");
+}
+
 TEST(NumberFormats, ShowFractions) {
     EXPECT_EQ(shown(0.375, "# ?/?"), "3/8");
     EXPECT_EQ(shown(2.5, "# ?/?"), "2 1/2");

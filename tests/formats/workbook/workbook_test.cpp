@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <ctime>
+
 #include <vekdb/formats/log.h>
 #include "formats/reading/limits.h"
 #include "formats/workbook/made_workbook.h"
@@ -177,6 +179,37 @@ TEST(Workbooks, OfHostileXmlAreRefused) {
     EXPECT_THAT(csvOf(workbookOf("<row><c></row>")), HasSubstr("mismatched tag"));
 }
 
+TEST(Workbooks, TakeNoTimeForPathsThatLeadFarUp) {
+    std::string up;
+    for (int i = 0; i < 300000; ++i) up += "../";
+    std::string relations = "<Relationships>";
+    for (int i = 0; i < 4; ++i) relations += "<Relationship Id='a' Type='b' Target='" + up + "c'/>";
+    const std::string book = archiveOf({{"_rels/.rels", relations + "</Relationships>"}});
+    const std::clock_t begin = std::clock();
+    EXPECT_THAT(csvOf(book), HasSubstr("an archive that is no workbook"));
+    EXPECT_LT(std::clock() - begin, 4 * CLOCKS_PER_SEC);
+}
+
+TEST(Workbooks, AreFoundByPathsOfEveryForm) {
+    for (const char* path : {"/xl/book.xml", "xl/book.xml", "./xl/./book.xml", "xl/a/../book.xml",
+                             "../../xl/book.xml", "/a/b/../../xl/book.xml"}) {
+        const std::string root =
+            "<Relationships><Relationship Id='a' Type='x/officeDocument' "
+            "Target='" +
+            std::string(path) + "'/></Relationships>";
+        const std::string book = archiveOf(
+            {{"_rels/.rels", root},
+             {"xl/book.xml", "<workbook><sheets><sheet name='A' id='r'/></sheets></workbook>"},
+             {"xl/_rels/book.xml.rels",
+              "<Relationships><Relationship Id='r' Type='x/worksheet' "
+              "Target='./../xl/sheets/./1.xml'/></Relationships>"},
+             {"xl/sheets/1.xml",
+              "<worksheet><sheetData><row><c t='str'><v>A</v></c></row>"
+              "</sheetData></worksheet>"}});
+        EXPECT_EQ(csvOf(book), "A\n") << path;
+    }
+}
+
 TEST(Workbooks, OfDamagedArchivesAreRefused) {
     const std::string book = workbookOf(head);
     const std::string twice = archiveOf({{"a", "1"}, {"A", "2"}});
@@ -224,6 +257,16 @@ TEST(Workbooks, ThatAreWrittenAreReadBackAsTheyWere) {
     std::string csv;
     ASSERT_TRUE(log->write(csv, vek::Format::csv));
     EXPECT_EQ(csvOf(book), csv);
+}
+
+TEST(Workbooks, KeepTaggedRowsThatAreEmpty) {
+    auto log = vek::openText("Scene,Note,Tag\n,,1\n,,0\n3,,1\n", "a.csv");
+    ASSERT_TRUE(log);
+    vek::SaveOptions options;
+    options.columns = {"Scene", "Note"};
+    std::string book;
+    ASSERT_TRUE(log->write(book, vek::Format::xlsx, options));
+    EXPECT_EQ(csvOf(book), "Scene,Note\n,\n,\n3,\n");
 }
 
 TEST(Workbooks, SayWhatTheyCannotHold) {
