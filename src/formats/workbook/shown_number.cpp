@@ -209,36 +209,73 @@ Ratio nearestRatio(double value, std::int64_t most) {
     return best;
 }
 
-// What stands behind the stroke: a denominator, or as many digits as one may have.
+// Figures that a format has behind a stroke are a denominator.
+bool isFigure(const FormatToken& token) {
+    return token.kind == Kind::literal && token.text.size() == 1 && token.text[0] >= '0' &&
+           token.text[0] <= '9';
+}
+
+std::string textsOf(Tokens::const_iterator from, Tokens::const_iterator to) {
+    std::string text;
+    for (; from != to; ++from) {
+        if (!isDigit(*from)) text += from->text;
+    }
+    return text;
+}
+
+// "# ?/?" and the like: places for a whole number, which stands apart, and for both parts of the
+// rest; what stands around them is shown as it is.
+struct RatioLayout {
+    RatioLayout(const Tokens& tokens, Tokens::const_iterator slash)
+        : over(slash), under(slash + 1) {
+        while (over != tokens.begin() && isDigit(*(over - 1))) --over;
+        while (under != tokens.end() && (isDigit(*under) || isFigure(*under))) ++under;
+        const auto whole = std::find_if(tokens.begin(), over, isDigit);
+        auto gap = over;
+        while (gap != whole && !isDigit(*(gap - 1))) --gap;
+        hasWhole = whole != over;
+        isWholeShown =
+            std::any_of(whole, gap, [](const FormatToken& token) { return token.text == "0"; });
+        before = textsOf(tokens.begin(), whole);
+        between = textsOf(gap, over);
+        behind = textsOf(under, tokens.end());
+    }
+
+    Tokens::const_iterator over;   // where the part above the stroke begins
+    Tokens::const_iterator under;  // where the one below it ends
+    bool hasWhole = false;
+    bool isWholeShown = false;  // also where it is nought
+    std::string before;
+    std::string between;
+    std::string behind;
+};
+
+// The denominator that stands behind the stroke, or as many digits as one may have.
 Ratio ratioFor(double value, Tokens::const_iterator from, Tokens::const_iterator to) {
     std::string written;
     for (; from != to; ++from) written += from->text;
     const std::size_t begin = std::min(written.find_first_of("123456789"), written.size());
     std::int64_t fixed = 0;
     std::from_chars(written.data() + begin, written.data() + written.size(), fixed);
-    if (fixed > 0) {
-        return {std::llround(value * static_cast<double>(fixed)), fixed};
-    }
-    const auto places = std::count_if(written.begin(), written.end(),
-                                      [](char c) { return c == '?' || c == '#' || c == '0'; });
-    return nearestRatio(value, places <= 1 ? 9 : places == 2 ? 99 : 999);
+    if (fixed > 0) return {std::llround(value * static_cast<double>(fixed)), fixed};
+    return nearestRatio(value, written.size() <= 1 ? 9 : written.size() == 2 ? 99 : 999);
 }
 
-// "# ?/?" and the like; the whole number stands apart where there is a place for it.
 std::string asRatio(double value, const Tokens& tokens, Tokens::const_iterator slash) {
-    auto over = slash;
-    while (over != tokens.begin() && isDigit(*(over - 1))) --over;
-    const bool hasWhole = countDigits(tokens.begin(), over) > 0;
-    double whole = hasWhole ? std::floor(value) : 0;
-    Ratio ratio = ratioFor(value - whole, slash + 1, tokens.end());
-    if (hasWhole && ratio.over == ratio.under) {
+    const RatioLayout layout(tokens, slash);
+    double whole = layout.hasWhole ? std::floor(value) : 0;
+    Ratio ratio = ratioFor(value - whole, slash + 1, layout.under);
+    if (layout.hasWhole && ratio.over == ratio.under) {
         whole += 1;
         ratio.over = 0;
     }
-    std::string text = hasWhole && (whole > 0 || ratio.over == 0) ? generalNumber(whole) : "";
-    if (ratio.over == 0 && hasWhole) return text;
-    if (!text.empty()) text += ' ';
-    return text + std::to_string(ratio.over) + "/" + std::to_string(ratio.under);
+    const bool hasRatio = ratio.over != 0 || !layout.hasWhole;
+    const bool showsWhole = layout.hasWhole && (whole > 0 || !hasRatio || layout.isWholeShown);
+    std::string text = layout.before;
+    if (showsWhole) text += generalNumber(whole);
+    if (showsWhole && hasRatio) text += layout.between;
+    if (hasRatio) text += std::to_string(ratio.over) + "/" + std::to_string(ratio.under);
+    return text + layout.behind;
 }
 
 }  // namespace

@@ -68,6 +68,14 @@ TEST(NumberFormats, ShowFractions) {
     EXPECT_EQ(shown(0.99, "# ?/?"), "1");
     EXPECT_EQ(shown(1.5, "?/?"), "3/2");
     EXPECT_EQ(shown(0.5, "# ?/16"), "8/16");
+    EXPECT_EQ(shown(1.5, "# ?/?\" in\""), "1 1/2 in");
+    EXPECT_EQ(shown(2, "\"lens \"# ?/?"), "lens 2");
+    EXPECT_EQ(shown(0.25, "\"lens \"?/?"), "lens 1/4");
+    EXPECT_EQ(shown(0.25, "# ?/?\" of 2\""), "1/4 of 2");
+    EXPECT_EQ(shown(0.5, "0 ?/?"), "0 1/2");
+    EXPECT_EQ(shown(-3.5, "0\"-\"?\?/?\?"), "-3-1/2");
+    EXPECT_EQ(shown(0, "# ?/?"), "0");
+    EXPECT_EQ(shown(0.3333, "?/???"), "1/3");
 }
 
 TEST(NumberFormats, ChooseASectionBySignOrCondition) {
