@@ -8,6 +8,7 @@
 #include "formats/reading/decoding.h"
 #include "formats/reading/readers.h"
 #include "formats/text/text_lines.h"
+#include "formats/text/utf8.h"
 #include "formats/writing/write_formats.h"
 
 namespace vek::formats {
@@ -16,8 +17,6 @@ namespace {
 
 using Read = void (*)(Input& input, const Wanted& wanted, Log& log);
 using Write = void (*)(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses);
-
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 void refuseBinary(const Input& input, std::string_view text) {
     std::size_t nul = text.find('\0');
@@ -158,6 +157,7 @@ bool isEnding(std::string_view ending, std::string_view known) {
 }
 
 const FormatEntry* entryOfPath(std::string_view path, Is is) {
+    path = withoutPackedEnding(path);
     std::size_t dot = path.rfind('.');
     if (dot == std::string_view::npos) return nullptr;
     std::string_view ending = path.substr(dot);
@@ -216,12 +216,12 @@ bool hasTimelineMember(std::string_view head) {
 }
 
 // Cells between marks in a file that is called by the ending of another format.
-bool isUnderWrongEnding(Format format, std::string_view line, std::string_view head) {
+bool isUnderWrongEnding(Format format, std::string_view line, std::string_view head, bool isWhole) {
     if (format == Format::json || format == Format::jsonl) {
-        return !line.starts_with('{') && !line.starts_with('[') && isDelimited(head);
+        return !line.starts_with('{') && !line.starts_with('[') && isDelimited(head, isWhole);
     }
     const bool isOther = format == Format::ale || format == Format::edl || format == Format::xlsx;
-    return isOther && isDelimited(head);
+    return isOther && isDelimited(head, isWhole);
 }
 
 }  // namespace
@@ -268,6 +268,7 @@ bool isWorkbook(std::string_view head) {
 // The content decides where it is plain; then the name's ending does.
 Format recognised(const std::string& path, std::string_view head) {
     if (isWorkbook(head)) return Format::xlsx;
+    const bool isWhole = head.size() < Input::headSize;
     if (head.starts_with(byteOrderMark)) head.remove_prefix(byteOrderMark.size());
     std::string_view line = firstFilledLine(head);
     std::string_view start = line.starts_with('"') ? line.substr(1) : line;
@@ -277,7 +278,9 @@ Format recognised(const std::string& path, std::string_view head) {
     if (line.starts_with('{') && hasTimelineMember(head)) return Format::otio;
     if (line.starts_with('<') && head.find("<fcpxml") != head.npos) return Format::fcpxml;
     const FormatEntry* entry = entryOfPath(path, isReadable);
-    if (entry != nullptr && !isUnderWrongEnding(entry->format, line, head)) return entry->format;
+    if (entry != nullptr && !isUnderWrongEnding(entry->format, line, head, isWhole)) {
+        return entry->format;
+    }
     if (line.starts_with('{') || line.starts_with('[')) return Format::json;
     return line.find('\t') != std::string_view::npos ? Format::tsv : Format::csv;
 }

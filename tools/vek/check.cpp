@@ -73,6 +73,7 @@ public:
     }
 
     void add(const Findings& findings) {
+        out_.renewLimit();
         problems_ += findings.problemCount();
         remarks_ += findings.remarks;
         isUnread_ = isUnread_ || !findings.failure.empty();

@@ -214,7 +214,7 @@ Command containerCommand() {
         {{"--name", "NAME", "with create: its name; that of the file as a rule"},
          {"--permanent", "", "with create: mark it as permanent"},
          {"-f,--format", "FORMAT", "with list: text (as a rule), or json for programs", false,
-          "text|json"},
+          tellings},
          backupOption()},
         run,
     };

@@ -1,5 +1,6 @@
 #include <array>
 
+#include "formats/delimited/delimiters.h"
 #include "formats/text/width.h"
 #include "formats/writing/sheet_facts.h"
 #include "tools/vek/cli/grid.h"

@@ -163,7 +163,7 @@ Command mergeCommand() {
               writableFormats().c_str()},
              {"-f,--format", "FORMAT",
               "how conflicts are told: as text (as a rule), or as json on standard output", false,
-              "text|json"},
+              tellings},
              fromOption()},
             styleOptions()),
         run,

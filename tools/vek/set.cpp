@@ -160,12 +160,6 @@ void requireCounting(const Changes& changes, const Args& args) {
                   "set: --start, --step and --digits are for {#} in a value, which is not there"};
 }
 
-std::vector<unsigned> rowsOf(const VDBView& view) {
-    std::vector<unsigned> rows(view->get_num_records());
-    for (unsigned i = 0; i < rows.size(); ++i) rows[i] = view->baseIndex(i);
-    return rows;
-}
-
 std::string summary(const Log& log, std::size_t rows, std::size_t cells) {
     return concat(log.name, ": ", counted(rows, "row"), " matched, ", counted(cells, "cell"));
 }

@@ -140,7 +140,7 @@ private:
         constexpr const char* clear = "\x1b[H\x1b[2J";
         drawn_ = terminalSize();
         hasDrawn_ = true;
-        std::vector<unsigned> rows = rowsOf(sheet);
+        std::vector<unsigned> rows = rowsOf(sheet.view);
         const std::size_t inSight = std::min(rows.size(), rowsInSight(sheet, out));
         rows.erase(rows.begin(), rows.end() - static_cast<std::ptrdiff_t>(inSight));
         out.inkedLine(clear + escaped(sheet.log.name) + ", followed until Ctrl-C");
@@ -150,7 +150,7 @@ private:
     void append(const Sheet& sheet, Printout& out) {
         new_.look(sheet.log);
         if (new_.hasOtherColumns()) layout_ = {};
-        std::vector<unsigned> rows = rowsOf(sheet);
+        std::vector<unsigned> rows = rowsOf(sheet.view);
         std::erase_if(rows, [&](unsigned row) { return !new_.isNew(row); });
         const Sheet added{sheet.log, viewOf(sheet.log, rows), sheet.columns};
         if (wantsTable(args_)) {
@@ -173,12 +173,6 @@ private:
                             target == Format::csv ? ',' : '\t', ignored);
             out.write(line += bytesOf(style.lineEnd));
         }
-    }
-
-    static std::vector<unsigned> rowsOf(const Sheet& sheet) {
-        std::vector<unsigned> rows;
-        for (unsigned i = 0; i < sheet.rowCount(); ++i) rows.push_back(sheet.view->baseIndex(i));
-        return rows;
     }
 
     const Args& args_;

@@ -9,13 +9,6 @@ namespace vek {
 
 namespace {
 
-std::vector<unsigned> rowsOf(const VDBView& view) {
-    std::vector<unsigned> rows;
-    rows.reserve(view->get_num_records());
-    for (unsigned i = 0; i < view->get_num_records(); ++i) rows.push_back(view->baseIndex(i));
-    return rows;
-}
-
 std::size_t countMoved(const std::vector<unsigned>& rows) {
     std::size_t moved = 0;
     for (unsigned i = 0; i < rows.size(); ++i) moved += rows[i] != i ? 1 : 0;

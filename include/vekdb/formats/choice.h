@@ -25,8 +25,8 @@ public:
     Choice& where(std::string_view column, Operator op, std::string_view text = {});
     /// One of the conditions is enough.
     Choice& any(bool isEnough = true);
-    /// Rows of which a pair of start and end columns holds the timecode.
-    Choice& at(std::string_view timecode);
+    /// Rows of which a pair of start and end columns holds the timecode or keycode.
+    Choice& at(std::string_view code);
     /// Tagged rows.
     Choice& tagged(bool only = true);
     /// The first row of each value of a column, its case ignored.

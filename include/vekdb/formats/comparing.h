@@ -33,6 +33,7 @@ struct Differences {
     std::vector<std::string> onlyInSecond;
     std::vector<RowDifference> rows;
     std::vector<std::string> notes;  ///< about keys that do not tell rows apart
+    std::size_t moreNotes = 0;       ///< behind the first thousand
 
     bool isEmpty() const noexcept {
         return onlyInFirst.empty() && onlyInSecond.empty() && rows.empty();

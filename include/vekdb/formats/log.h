@@ -142,8 +142,9 @@ Result<Log> open(std::string_view path, const OpenOptions& options = {});
 /// The same for a log that is to be saved in place: from before it is read until the log is gone
 /// nobody who asks the same way changes the file. No value when somebody else changes it.
 Result<Log> openToChange(std::string_view path, const OpenOptions& options = {});
-/// Reads what an open file descriptor gives up to its end; it stays the caller's and open. `name`
-/// is for messages, and its ending tells the format where the content does not.
+/// Reads what an open file descriptor gives, from where it stands up to its end; it stays the
+/// caller's and open, but not where it stood. `name` is for messages, and its ending tells the
+/// format where the content does not.
 Result<Log> openDescriptor(int descriptor, std::string_view name, const OpenOptions& options = {});
 /// Reads a text in memory, which is copied.
 Result<Log> openText(std::string_view text, std::string_view name = {},

@@ -10,7 +10,7 @@ class VEKDB_PUBLIC FileWatch {
 public:
     enum Event {
         eChanged,  ///< differs from what it was when this was last said, or is no file any more
-        eNothing,  ///< a second has passed
+        eNothing,  ///< it did not change for a second, or something beside it did before
         eClosed    ///< nobody reads from the descriptor that was given
     };
 

@@ -35,6 +35,8 @@ public:
     /// The descriptor, which stays this object's; negative where nothing is open.
     int descriptor() const { return file_; }
 
+    /// Where the next `read` begins; 0 for what has no places.
+    std::uint64_t place() const;
     /// Its kind and its size, where it has one; 0 or the error.
     int look(Kind& kind, std::uint64_t& size) const;
     /// The next bytes, at most so many; `got` is 0 at the end. 0 or the error.

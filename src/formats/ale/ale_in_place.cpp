@@ -6,7 +6,7 @@
 #include "formats/delimited/delimiters.h"
 #include "formats/delimited/separated_in_place.h"
 #include "formats/reading/readers.h"
-#include "formats/reading/table_builder.h"
+#include "formats/table_file/exact_cells.h"
 
 namespace vek::formats {
 
@@ -57,7 +57,7 @@ private:
         if (!isBegun_)
             isBegun_ = true;
         else if (isBehind)
-            part_ = sameText(trimmed(line), "Column") ? Part::columns : Part::entries;
+            part_ = beginsAleColumns(line) ? Part::columns : Part::entries;
         else
             part_ = part_ == Part::columns ? Part::names : Part::data;
         return part_;

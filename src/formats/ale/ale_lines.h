@@ -14,8 +14,6 @@ void addAleRow(std::string& text, const Sheet& sheet, unsigned row, std::size_t 
 std::string aleNames(const AleForm& form, Losses& losses);
 /// Tells what a reader of the whole heading, up to the rows, does not find as it was meant.
 void tellAleHeading(std::string_view heading, const AleForm& form, Losses& losses);
-/// Whether a reader takes a line for the end of the heading's entries.
-bool beginsAleColumns(std::string_view line);
 std::string aleEntry(const std::string& name, const std::string& value, Losses& losses);
 
 }  // namespace vek::formats

@@ -56,7 +56,7 @@ private:
     void readHeading() {
         std::string_view line;
         while (nextFilled(line)) {
-            if (sameText(trimmed(line), "Column")) return;
+            if (beginsAleColumns(line)) return;
             if (!takeDelimiter(line)) addEntries(line);
         }
         refuse("the end of the file", "a line \"Column\"");
@@ -83,9 +83,11 @@ private:
     void reportDelimiter(std::string_view value) {
         // Several entries may stand on one line.
         if (value.find('\t') != std::string_view::npos) return;
-        log_.problems.push_back({walk_.number(), "", "FIELD_DELIM " + inQuotes(value),
-                                 "TABS, COMMAS, SEMICOLONS, PIPES or one of their marks",
-                                 "the file is read with tabs"});
+        log_.report([&]() -> Problem {
+            return {walk_.number(), "", "FIELD_DELIM " + inQuotes(value),
+                    "TABS, COMMAS, SEMICOLONS, PIPES or one of their marks",
+                    "the file is read with tabs"};
+        });
     }
 
     // What separates the cells may stand between a name and its value, too.

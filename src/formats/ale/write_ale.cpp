@@ -1,6 +1,7 @@
 #include "formats/ale/ale_lines.h"
 
 #include <vekdb/host/text_util.h>
+#include "formats/ale/ale_entries.h"
 #include "formats/delimited/delimiters.h"
 #include "formats/text/encoding.h"
 #include "formats/text/text_lines.h"
@@ -64,14 +65,18 @@ void addAleCells(std::string& line, const Sheet& sheet, unsigned row, std::size_
     tellZerosOf(std::string_view(line).substr(begin), sheet, row, losses);
 }
 
+// Readers pass over a blank line; with a closing tab it is a row of one blank cell.
+void closeBlankRow(std::string& text, std::size_t begin) {
+    if (trimmed(std::string_view(text).substr(begin)).empty()) text += '\t';
+}
+
 }  // namespace
 
 void addAleRow(std::string& text, const Sheet& sheet, unsigned row, std::size_t count,
                Losses& losses) {
     const std::size_t begin = text.size();
     addAleCells(text, sheet, row, count, losses);
-    // Readers pass over a blank line; with a closing tab it is a row of one blank cell.
-    if (count < 2 && trimmed(std::string_view(text).substr(begin)).empty()) text += '\t';
+    if (count < 2) closeBlankRow(text, begin);
 }
 
 std::string aleNames(const AleForm& form, Losses& losses) {
@@ -104,10 +109,6 @@ void tellAleHeading(std::string_view heading, const AleForm& form, Losses& losse
         if (!isTold) entries.push_back(entry);
     }
     tellAleHeading(heading, names, entries, losses);
-}
-
-bool beginsAleColumns(std::string_view line) {
-    return sameText(trimmed(line), "Column");
 }
 
 std::string aleEntry(const std::string& name, const std::string& value, Losses& losses) {
@@ -143,8 +144,7 @@ void writeAle(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& 
         }
         line.clear();
         addAleCells(line, sheet, row, sheet.columns.size(), losses);
-        // Readers pass over a blank line; with a closing tab it is a row of one blank cell.
-        if (isAlone && trimmed(line).empty()) line += '\t';
+        if (isAlone) closeBlankRow(line, 0);
         isUtf8 = isUtf8 && isWellFormedUtf8(line);
         out.write(line += rest);
     }

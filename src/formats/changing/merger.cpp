@@ -39,10 +39,6 @@ void refuseRepeated(const Log& from, unsigned column) {
                                   "them another name"};
 }
 
-const dbrecord& recordOf(const Log& log, unsigned row) {
-    return *log.table->get_record(row);
-}
-
 // What "FPS" says, where it says a frame rate.
 std::optional<FrameRate> rateOf(const Log& log) {
     return parseFrameRate(log.parameter("FPS"));
@@ -131,6 +127,7 @@ void Merger::add(const Log& from) {
     tellOddRate(from);
     addColumns(from);
     addParameters(from);
+    into_.lines.resize(into_.rowCount());  // rows that were added have none
     if (key_ == noColumn)
         append(from);
     else
@@ -190,8 +187,7 @@ void Merger::addParameters(const Log& from) {
     for (unsigned i = 0; i < from.table->get_num_params(); ++i) {
         std::string name = from.table->get_param_name(i);
         std::string value = from.table->get_param_text(i);
-        bool isOwn = sameText(name, "VEKDB") || sameText(name, "V5_FIELD_MAP") || isExactNote(name);
-        if (isOwn || into_.parameter(name.c_str()) == value) continue;
+        if (isTableFilesOwn(name) || into_.parameter(name.c_str()) == value) continue;
         if (into_.table->get_param_val(name.c_str()) != nullptr) {
             note_(from.name + ": parameter " + inQuotes(name) + " is " + inQuotes(value) + ", " +
                   inQuotes(into_.parameter(name.c_str())) + " in " + into_.name +

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include <vekdb/host/text_util.h>
 #include "formats/choosing/conditions.h"
 #include "formats/choosing/ranges.h"
 #include "formats/choosing/same_values.h"
@@ -64,14 +63,17 @@ Marks rowsThatHold(const Log& log, const Selection& selection) {
     return choice.marks();
 }
 
-// A row is tagged by a number in the column "Tag".
+void keepAmong(const std::vector<unsigned>& rows, Marks& marks) {
+    Marks isThere(marks.size(), 0);
+    for (unsigned row : rows) isThere[row] = marks[row];
+    marks.swap(isThere);
+}
+
 class Tags {
 public:
     explicit Tags(const Log& log) : log_(log), column_(log.findColumn("Tag")) {}
 
-    bool has(unsigned row) const {
-        return column_ != noColumn && parseInt(log_.cell(row, column_)) != 0;
-    }
+    bool has(unsigned row) const { return column_ != noColumn && isTag(log_.cell(row, column_)); }
 
 private:
     const Log& log_;
@@ -103,14 +105,7 @@ void keepRepeated(const Log& log, unsigned column, Marks& marks) {
     marks.swap(isRepeated);
 }
 
-std::vector<unsigned> rowsOf(const VDBView& view) {
-    std::vector<unsigned> rows;
-    rows.reserve(view->get_num_records());
-    for (unsigned i = 0; i < view->get_num_records(); ++i) rows.push_back(view->baseIndex(i));
-    return rows;
-}
-
-std::vector<unsigned> rowsOf(const Marks& marks) {
+std::vector<unsigned> markedRows(const Marks& marks) {
     std::vector<unsigned> rows;
     for (unsigned row = 0; row < marks.size(); ++row) {
         if (marks[row]) rows.push_back(row);
@@ -142,9 +137,10 @@ bool hasConditions(const Selection& selection) {
     return !selection.where.empty() || !selection.conditions.empty() || !selection.at.empty();
 }
 
-Marks chosenRows(const Log& log, const Selection& selection) {
+Marks chosenRows(const Log& log, const Selection& selection, const std::vector<unsigned>* among) {
     Marks marks(log.rowCount(), 1);
     if (hasConditions(selection)) marks = rowsThatHold(log, selection);
+    if (among != nullptr) keepAmong(*among, marks);
     if (selection.tagged) keepTagged(log, marks);
     if (!selection.duplicates.empty()) {
         keepRepeated(log, log.requireColumn(selection.duplicates), marks);
@@ -153,6 +149,18 @@ Marks chosenRows(const Log& log, const Selection& selection) {
         keepFirstOfEach(log, log.requireColumn(selection.unique), marks);
     }
     return marks;
+}
+
+Selected select(const Log& log, const Selection& selection, const std::vector<unsigned>* among) {
+    std::vector<unsigned> rows = markedRows(chosenRows(log, selection, among));
+    Selected selected{{}, rows.size()};
+    std::vector<unsigned> order = selection.sortColumns;
+    if (!selection.sort.empty()) order = columnList(log, selection.sort);
+    if (!order.empty()) rows = sortedRows(log, rows, order);
+    if (selection.reverse) std::reverse(rows.begin(), rows.end());
+    cutToPage(selection, rows);
+    selected.view = viewOf(log, rows);
+    return selected;
 }
 
 }  // namespace
@@ -167,15 +175,12 @@ Wanted wantedRows(const Selection& selection) {
 }
 
 Selected selectRows(const Log& log, const Selection& selection) {
-    std::vector<unsigned> rows = rowsOf(chosenRows(log, selection));
-    Selected selected{{}, rows.size()};
-    std::vector<unsigned> order = selection.sortColumns;
-    if (!selection.sort.empty()) order = columnList(log, selection.sort);
-    if (!order.empty()) rows = sortedRows(log, rows, order);
-    if (selection.reverse) std::reverse(rows.begin(), rows.end());
-    cutToPage(selection, rows);
-    selected.view = viewOf(log, rows);
-    return selected;
+    return select(log, selection, nullptr);
+}
+
+Selected selectRows(const Log& log, const Selection& selection,
+                    const std::vector<unsigned>& among) {
+    return select(log, selection, &among);
 }
 
 std::vector<unsigned> sortedRows(const Log& log, const std::vector<unsigned>& rows,
@@ -205,6 +210,13 @@ VDBView viewOf(const Log& log, const std::vector<unsigned>& rows) {
         if (tags.has(rows[i])) view->set_tag(i, 1);
     }
     return view;
+}
+
+std::vector<unsigned> rowsOf(const VDBView& view) {
+    std::vector<unsigned> rows;
+    rows.reserve(view->get_num_records());
+    for (unsigned i = 0; i < view->get_num_records(); ++i) rows.push_back(view->baseIndex(i));
+    return rows;
 }
 
 std::vector<unsigned> columnList(const Log& log, const std::string& names) {

@@ -41,6 +41,9 @@ struct Selected {
 /// Looks the rows up. A Failure for a condition that cannot be read, a column that is not there.
 Selected selectRows(const Log& log, const Selection& selection);
 
+/// The same among these table rows alone, in the table's order where no other is asked for.
+Selected selectRows(const Log& log, const Selection& selection, const std::vector<unsigned>& among);
+
 /// A view of these table rows in this order, with their tags.
 VDBView viewOf(const Log& log, const std::vector<unsigned>& rows);
 
@@ -50,6 +53,8 @@ std::vector<unsigned> sortedRows(const Log& log, const std::vector<unsigned>& ro
 
 /// For each row of the table whether the file's column "Tag" tags it.
 std::vector<bool> taggedRows(const Log& log);
+/// The table rows of a view, in its order.
+std::vector<unsigned> rowsOf(const VDBView& view);
 
 /// The column positions of a list such as "Scene,Take" or "[Name, clip],Take".
 std::vector<unsigned> columnList(const Log& log, const std::string& names);

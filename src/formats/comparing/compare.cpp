@@ -13,10 +13,6 @@ namespace {
 
 using Quor::keyedHash;
 
-const dbrecord& recordOf(const Log& log, unsigned row) {
-    return *log.table->get_record(row);
-}
-
 // The rows of a log by the values of a column, and which of the rows of its value each one is.
 class Keys {
     auto sameAs(std::string_view key) const {

@@ -58,10 +58,6 @@ private:
     std::vector<Slot> slots_;
 };
 
-const dbrecord& recordOf(const Log& log, unsigned row) {
-    return *log.table->get_record(row);
-}
-
 }  // namespace
 
 RowComparer::RowComparer(const std::vector<ColumnPair>& columns) : columns_(columns) {

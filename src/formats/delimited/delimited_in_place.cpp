@@ -2,13 +2,12 @@
 #include "formats/delimited/delimited_lines.h"
 #include "formats/delimited/separated_in_place.h"
 #include "formats/reading/table_builder.h"
+#include "formats/text/utf8.h"
 #include "formats/writing/plain_lines.h"
 
 namespace vek::formats {
 
 namespace {
-
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 class DelimitedInPlace : public SeparatedInPlace {
 public:
@@ -58,7 +57,7 @@ private:
                 throw Failure{wrongUsage,
                               concat(log.name, ": has no heading that could say ", inQuotes(now[i]),
                                      "; write one into its first line, and read it "
-                                     "without --no-header")};
+                                     "as a file with a heading")};
             }
             saving().losses.add("column names have no place in a file without a heading",
                                 inQuotes(now[i]));

@@ -1,8 +1,10 @@
 #include "formats/delimited/delimiters.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
+#include "formats/failure.h"
 #include "formats/text/text_lines.h"
 
 namespace vek::formats {
@@ -13,16 +15,20 @@ constexpr std::size_t sampleSize = 1 << 16;
 constexpr std::size_t sampleRows = 50;
 constexpr char delimiters[] = {',', ';', '\t', '|'};
 
-// How many cells the first records have by a delimiter. The record at which a sample is cut does
-// not count.
+constexpr std::pair<std::string_view, char> delimiterNames[] = {
+    {"comma", ','}, {"semicolon", ';'}, {"tab", '\t'}, {"pipe", '|'}};
+
+// How many cells the first records have by a delimiter. The record at which the text is cut, by
+// whoever gave it or here, does not count.
 class Counts {
 public:
-    Counts(std::string_view text, char delimiter) {
+    Counts(std::string_view text, bool isWhole, char delimiter) {
         const std::string_view sample = text.substr(0, sampleSize);
         std::size_t cells = 1;
         bool isQuoted = false;
         bool isCellBegin = true;
-        for (std::size_t at = 0; at < sample.size() && counts_.size() <= sampleRows; ++at) {
+        std::size_t at = 0;
+        for (; at < sample.size() && counts_.size() <= sampleRows; ++at) {
             const char c = sample[at];
             const bool isQuote = c == '"' && (isQuoted || isCellBegin);
             if (isQuote) isQuoted = !isQuoted;
@@ -36,8 +42,8 @@ public:
             if (!isFeedOfBoth && !isBlank) counts_.push_back(cells);
             cells = 1;
         }
-        const bool isWhole = sample.size() == text.size() && !text.empty();
-        if (isWhole && !isLineEnd(text.back())) counts_.push_back(cells);
+        const bool isAtEnd = isWhole && at == text.size() && !text.empty();
+        if (isAtEnd && !isLineEnd(text.back())) counts_.push_back(cells);
     }
 
     std::size_t heading() const { return counts_.empty() ? 0 : counts_.front(); }
@@ -56,14 +62,14 @@ private:
 
 }  // namespace
 
-char foundDelimiter(std::string_view text, char usual) {
-    const Counts own(text, usual);
+char foundDelimiter(std::string_view text, bool isWhole, char usual) {
+    const Counts own(text, isWhole, usual);
     const bool isTable = own.heading() > 1 && (own.rows() == 0 || own.rowsLikeHeading() > 0);
     if (isTable) return usual;
     char best = usual;
     std::pair<std::size_t, std::size_t> most;
     for (char delimiter : delimiters) {
-        const Counts counts(text, delimiter);
+        const Counts counts(text, isWhole, delimiter);
         const std::size_t alike = counts.rowsLikeHeading();
         const bool isLikely =
             own.heading() > 1 ? alike == counts.rows() && alike > 0 : alike * 2 >= counts.rows();
@@ -75,12 +81,26 @@ char foundDelimiter(std::string_view text, char usual) {
     return best;
 }
 
-bool isDelimited(std::string_view text) {
+bool isDelimited(std::string_view text, bool isWhole) {
     return std::any_of(std::begin(delimiters), std::end(delimiters), [&](char delimiter) {
-        const Counts counts(text, delimiter);
+        const Counts counts(text, isWhole, delimiter);
         return counts.heading() > 1 && counts.rows() > 0 &&
                counts.rowsLikeHeading() == counts.rows();
     });
+}
+
+std::string delimiterName(char delimiter) {
+    for (const auto& [name, known] : delimiterNames) {
+        if (known == delimiter) return std::string(name);
+    }
+    return inQuotes(std::string_view(&delimiter, 1));
+}
+
+std::optional<char> delimiterNamed(std::string_view name) {
+    for (const auto& [known, delimiter] : delimiterNames) {
+        if (known == name) return delimiter;
+    }
+    return {};
 }
 
 std::optional<char> aleDelimiter(std::string_view name) {

@@ -1,17 +1,24 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace vek::formats {
 
 /// What separates the cells of a text, as its first lines show it. The usual one, unless its
 /// heading has but one name by that, or no row has as many cells as the heading, and another one
-/// makes a table of the lines: comma, semicolon, tab or a stroke.
-char foundDelimiter(std::string_view text, char usual);
+/// makes a table of the lines: comma, semicolon, tab or a stroke. Of a text that is not whole, the
+/// line at which it is cut shows nothing.
+char foundDelimiter(std::string_view text, bool isWhole, char usual);
 
 /// Whether the first lines are cells between marks, two and more and in each as many.
-bool isDelimited(std::string_view text);
+bool isDelimited(std::string_view text, bool isWhole);
+
+/// What people call a delimiter: "comma", "semicolon", "tab", "pipe", others by themselves in
+/// quotes; and the delimiter of such a name, nothing for another.
+std::string delimiterName(char delimiter);
+std::optional<char> delimiterNamed(std::string_view name);
 
 /// That which FIELD_DELIM names: "TABS", "COMMAS", ";"; nothing for other texts.
 std::optional<char> aleDelimiter(std::string_view name);

@@ -28,7 +28,7 @@ std::size_t skipLines(std::string_view text, Log& log) {
 
 char delimiterOf(std::string_view text, char usual, Log& log) {
     const char wish = log.opening.wishes.delimiter;
-    const char delimiter = wish != '\0' ? wish : foundDelimiter(text, usual);
+    const char delimiter = wish != '\0' ? wish : foundDelimiter(text, true, usual);
     if (delimiter != usual) log.form.delimiter = delimiter;
     return delimiter;
 }
@@ -73,8 +73,10 @@ void readDelimited(Text text, char separator, Log& log) {
         builder.addRow(line, cells, scanner.room());
     }
     if (scanner.openQuoteLine() != 0) {
-        log.problems.push_back({scanner.openQuoteLine(), "", "a quote that is never closed",
-                                "a closing quote", "everything behind it is in one cell"});
+        log.report([&]() -> Problem {
+            return {scanner.openQuoteLine(), "", "a quote that is never closed", "a closing quote",
+                    "everything behind it is in one cell"};
+        });
         if (log.source) log.source->endsOpen = true;
     }
     log.lineEnd = scanner.lineEnd();

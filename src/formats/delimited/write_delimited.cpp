@@ -4,6 +4,7 @@
 #include "formats/reading/progress.h"
 #include "formats/text/encoding.h"
 #include "formats/text/text_lines.h"
+#include "formats/text/utf8.h"
 #include "formats/writing/plain_lines.h"
 #include "formats/writing/reading_back.h"
 #include "formats/writing/sheet_facts.h"
@@ -12,8 +13,6 @@
 namespace vek::formats {
 
 namespace {
-
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 // A quote is needed where the reader would else see another text, and for a lone empty cell,
 // whose line would read as no row. One that begins with the bytes of a byte order mark would be

@@ -7,19 +7,6 @@ namespace vek {
 
 namespace {
 
-// Takes the rows out of a selection that went out of the log, which the table still has.
-void keepRows(const LogInside& inside, formats::Selected& selected) {
-    if (!inside.kept) return;
-    std::vector<char> isKept(inside.log.rowCount());
-    for (unsigned row : *inside.kept) isKept[row] = 1;
-    std::vector<unsigned> rows;
-    for (unsigned i = 0; i < selected.view->get_num_records(); ++i) {
-        const unsigned row = selected.view->baseIndex(i);
-        if (isKept[row] != 0) rows.push_back(row);
-    }
-    selected = {formats::viewOf(inside.log, rows), rows.size()};
-}
-
 // A page of rows that were chosen already, in their order.
 formats::Selected pageOf(const formats::Log& log, const formats::Selected& all, std::size_t offset,
                          std::size_t limit) {
@@ -49,8 +36,8 @@ Choice& Choice::any(bool isEnough) {
     return *this;
 }
 
-Choice& Choice::at(std::string_view timecode) {
-    at_ = timecode;
+Choice& Choice::at(std::string_view code) {
+    at_ = code;
     return *this;
 }
 
@@ -114,8 +101,8 @@ Result<View> Log::choose(const Choice& choice) const {
             selection.sortColumns.push_back(log.requireColumn(name));
         }
         selection.reverse = choice.reverse_;
-        formats::Selected selected = formats::selectRows(log, selection);
-        keepRows(*log_, selected);
+        formats::Selected selected = log_->kept ? formats::selectRows(log, selection, *log_->kept)
+                                                : formats::selectRows(log, selection);
         selected = pageOf(log, selected, choice.offset_, choice.limit_);
         return View(log_, selected.view, selected.matched);
     });

@@ -24,26 +24,18 @@ RowDifference valueOf(const formats::Differences& all, const formats::RowDiffere
     if (value.kind != RowDifference::changed) return value;
     value.key = std::string(all.keyOf(difference));
     all.forEachCell(difference, [&](const formats::CellDifference& cell) {
-        value.cells.push_back({all.a.columnName(cell.columns.a), std::string(cell.before),
-                               std::string(cell.after)});
+        value.cells.push_back(
+            {all.a.columnName(cell.columns.a), std::string(cell.before), std::string(cell.after)});
     });
     return value;
-}
-
-void refuseRemoved(const LogInside& inside) {
-    if (!inside.kept || inside.kept->size() == inside.log.rowCount()) return;
-    throw formats::Failure{
-        formats::wrongUsage,
-        inside.log.name,
-        {0, "", "rows were removed", "a log as it was opened", "write it to a text and open that"}};
 }
 
 }  // namespace
 
 Result<Differences> compare(const Log& first, const Log& second, std::string_view key) {
     return guarded([&]() -> Result<Differences> {
-        refuseRemoved(LogInside::of(first));
-        refuseRemoved(LogInside::of(second));
+        requireAllRows(LogInside::of(first));
+        requireAllRows(LogInside::of(second));
         formats::Differences found = formats::compareLogs(
             LogInside::of(first).log, LogInside::of(second).log, std::string(key));
         Differences differences;
@@ -53,6 +45,7 @@ Result<Differences> compare(const Log& first, const Log& second, std::string_vie
             differences.rows.push_back(valueOf(found, row));
         }
         differences.notes = std::move(found.notes);
+        differences.moreNotes = found.moreNotes;
         return differences;
     });
 }

@@ -1,6 +1,5 @@
 #include <algorithm>
 
-#include <vekdb/host/text_util.h>
 #include "formats/face/guarded.h"
 #include "formats/face/inside.h"
 #include "formats/log/column_edits.h"
@@ -37,10 +36,6 @@ std::string replaced(std::string_view cell, std::string_view text, std::string_v
 std::vector<unsigned> columnsNamed(const formats::Log& log, std::string_view column) {
     if (column.empty()) return formats::allColumns(log);
     return {log.requireColumn(column)};
-}
-
-bool isTag(std::string_view cell) {
-    return parseInt(cell) != 0;
 }
 
 }  // namespace
@@ -86,7 +81,7 @@ Result<void> Log::setTagged(const Row& row, bool isTagged) {
             formats::ColumnEdits(log).add("Tag", DBFieldTypes::text);
             column = log.findColumn("Tag");
         }
-        if (isTag(log.cell(row.index(), column)) == isTagged) return {};
+        if (formats::isTag(log.cell(row.index(), column)) == isTagged) return {};
         store(*log_, row.index(), column, isTagged ? "1" : "0");
         return {};
     });

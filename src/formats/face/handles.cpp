@@ -1,10 +1,28 @@
+#include <new>
 #include <numeric>
 
-#include <vekdb/host/text_util.h>
 #include "formats/face/guarded.h"
 #include "formats/face/inside.h"
+#include "formats/text/text_lines.h"
 
 namespace vek {
+
+namespace {
+
+// A look-up by the table's own index takes memory. Where there is none the names are gone through,
+// which needs none and finds the same.
+unsigned columnNamed(const formats::Log& log, std::string_view name) noexcept {
+    try {
+        return log.findColumn(name);
+    } catch (const std::bad_alloc&) {
+        for (unsigned i = 0; i < log.columnCount(); ++i) {
+            if (formats::sameText(log.table->get_fieldname(i), name)) return i;
+        }
+        return formats::noColumn;
+    }
+}
+
+}  // namespace
 
 unsigned LogInside::rowCount() const {
     return kept ? static_cast<unsigned>(kept->size()) : log.rowCount();
@@ -24,6 +42,14 @@ std::vector<unsigned> LogInside::rows() const {
 
 std::string_view LogInside::cell(unsigned row, unsigned column) const {
     return isRow(row) && column < log.columnCount() ? log.cell(row, column) : std::string_view();
+}
+
+void requireAllRows(const LogInside& inside) {
+    if (!inside.kept || inside.kept->size() == inside.log.rowCount()) return;
+    throw formats::Failure{
+        formats::wrongUsage,
+        inside.log.name,
+        {0, "", "rows were removed", "a log as it was opened", "write it to a text and open that"}};
 }
 
 Column LogInside::columnOf(std::shared_ptr<const LogInside> log, unsigned column) {
@@ -59,11 +85,11 @@ std::size_t Row::line() const noexcept {
 }
 
 bool Row::isTagged() const noexcept {
-    return parseInt((*this)["Tag"]) != 0;
+    return formats::isTag((*this)["Tag"]);
 }
 
 std::string_view Row::operator[](std::string_view column) const noexcept {
-    return at(log_->log.findColumn(column));
+    return at(columnNamed(log_->log, column));
 }
 
 unsigned Row::size() const noexcept {

@@ -34,6 +34,13 @@ struct LogInside {
     static LogInside& of(Log& log) { return *log.log_; }
 };
 
+/// A Failure for a log of which rows were removed: what goes by the table's rows would count them.
+void requireAllRows(const LogInside& inside);
+
+/// The file of a path that an application gives: "-" is one like others, and a name ends where the
+/// system's names end. A Failure of this kind for a path with a zero byte.
+std::string fileOf(std::string_view path, Reason::Kind kind);
+
 /// Rows of a log as they are to be written.
 struct Written {
     formats::Sheet sheet;

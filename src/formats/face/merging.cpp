@@ -40,14 +40,9 @@ MergeConflict valueOf(const formats::MergeConflict& conflict) {
     throw formats::Failure{formats::wrongUsage, inside.log.name, {0, "", found, expected, ""}};
 }
 
-void requireWhole(const LogInside& inside) {
-    if (!inside.kept || inside.kept->size() == inside.log.rowCount()) return;
-    refuse(inside, "rows were removed", "a log as it was opened");
-}
-
 void requireJoinable(const LogInside& into, const LogInside& from, const MergeOptions& options) {
     if (&into == &from) refuse(into, "is joined to itself", "another log");
-    requireWhole(from);
+    requireAllRows(from);
     if (!options.joinsUnlike) formats::requireSameCounting(into.log, from.log);
 }
 
@@ -62,7 +57,7 @@ std::string MergeConflict::text() const {
 Result<Merged> merge(Log& into, const std::vector<Log>& others, const MergeOptions& options) {
     return guarded([&]() -> Result<Merged> {
         LogInside& inside = LogInside::of(into);
-        requireWhole(inside);
+        requireAllRows(inside);
         inside.kept.reset();
         for (const Log& from : others) requireJoinable(inside, LogInside::of(from), options);
         Merged merged;

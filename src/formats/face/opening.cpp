@@ -8,16 +8,6 @@ namespace {
 
 using formats::Input;
 
-// "-" is a file like others here, and a name ends where the system's names end.
-std::string fileOf(std::string_view path) {
-    if (path.find('\0') != std::string_view::npos) {
-        throw formats::Failure{formats::unreadable,
-                               std::string(path.substr(0, path.find('\0'))),
-                               {0, "", "a zero byte in the path", "a path of the system", ""}};
-    }
-    return path == "-" ? "./-" : std::string(path);
-}
-
 formats::Opening openingOf(const OpenOptions& options) {
     if (options.delimiter != '\0' && !formats::canDelimit(options.delimiter)) {
         throw formats::Failure{formats::wrongUsage,
@@ -47,15 +37,26 @@ Log opened(Input& input, const formats::Opening& opening) {
 
 }  // namespace
 
+std::string fileOf(std::string_view path, Reason::Kind kind) {
+    if (path.find('\0') != std::string_view::npos) {
+        throw formats::Failure{kind,
+                               std::string(path.substr(0, path.find('\0'))),
+                               {0, "", "a zero byte in the path", "a path of the system", ""}};
+    }
+    return path == "-" ? "./-" : std::string(path);
+}
+
 Result<Log> open(std::string_view path, const OpenOptions& options) {
     return guarded([&]() -> Result<Log> {
-        return logOf(formats::openLog(fileOf(path), openingOf(options)), false);
+        return logOf(formats::openLog(fileOf(path, formats::unreadable), openingOf(options)),
+                     false);
     });
 }
 
 Result<Log> openToChange(std::string_view path, const OpenOptions& options) {
     return guarded([&]() -> Result<Log> {
-        return logOf(formats::openLogToChange(fileOf(path), openingOf(options)), true);
+        return logOf(
+            formats::openLogToChange(fileOf(path, formats::unreadable), openingOf(options)), true);
     });
 }
 

@@ -78,7 +78,7 @@ std::vector<unsigned> writtenColumns(const formats::Log& log, const SaveOptions&
 }
 
 Result<Saved> saveSheet(const Written& log, std::string_view path, std::optional<Format> format) {
-    const std::string file = path == "-" || path.empty() ? "./-" : std::string(path);
+    const std::string file = fileOf(path, formats::unwritable);
     const formats::Terms& terms = *log.sheet.log.opening.terms;
     Output out(file, std::make_unique<formats::FileSink>(file));
     return write(log, format ? *format : formats::targetOfPath(file, terms), out);

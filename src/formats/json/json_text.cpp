@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include <vekdb/host/text_util.h>
+#include "formats/text/utf8.h"
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -14,8 +15,6 @@
 namespace vek::formats {
 
 namespace {
-
-constexpr std::string_view markBytes = "\xEF\xBB\xBF";
 
 unsigned char byteAt(const char* at) {
     return static_cast<unsigned char>(*at);
@@ -57,31 +56,13 @@ const char* behindPlain(const char* at, const char* end) {
     return at;
 }
 
-bool isBetween(unsigned char byte, unsigned least, unsigned most) {
-    return byte >= least && byte <= most;
-}
-
-// The bytes of the character at the front of a text, 0 where it is no well-formed UTF-8.
-std::size_t sizeOfWide(const char* at, std::size_t left) {
-    const unsigned char first = byteAt(at);
-    const std::size_t size = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
-    if (!isBetween(first, 0xC2, 0xF4) || left < size) return 0;
-    const unsigned least = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
-    const unsigned most = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
-    if (!isBetween(byteAt(at + 1), least, most)) return 0;
-    for (std::size_t i = 2; i < size; ++i) {
-        if (!isBetween(byteAt(at + i), 0x80, 0xBF)) return 0;
-    }
-    return size;
-}
-
 // The bytes at the front of a text, up to one that ends a string, begins an escape or may not
 // stand in a string.
 const char* behindText(const char* at, const char* end) {
     for (;;) {
         at = behindPlain(at, end);
         if (at == end || byteAt(at) < 0x80) return at;
-        const std::size_t size = sizeOfWide(at, static_cast<std::size_t>(end - at));
+        const std::size_t size = wideCharacterSize({at, static_cast<std::size_t>(end - at)});
         if (size == 0) return at;
         at += size;
     }
@@ -215,7 +196,7 @@ bool JsonText::takeAgain(std::string_view text, std::size_t lines) {
 
 void JsonText::takeMark() {
     const std::string_view rest(at_, static_cast<std::size_t>(end_ - at_));
-    if (rest.starts_with(markBytes)) at_ += markBytes.size();
+    if (rest.starts_with(byteOrderMark)) at_ += byteOrderMark.size();
 }
 
 void JsonText::goTo(const char* at) {

@@ -27,9 +27,15 @@ void ColumnEdits::add(const std::string& name, DBFieldTypes::eType type) {
 }
 
 void ColumnEdits::remove(unsigned column) {
-    std::string name = log_.columnName(column);
+    std::vector<std::string> names = distinct_.names();
+    const std::string was = names[column];
+    names.erase(names.begin() + static_cast<std::ptrdiff_t>(column));
+    RepeatedNames repeated = findRepeatedNames(names);
+    const std::string name = log_.columnName(column);
     log_.table->removeField(cellText(name));
     distinct_.removed(column);
+    std::move(repeated).giveTo(log_);
+    log_.unnamed.erase(was);
     forgetSource(column);
     if (map_) map_->remove(cellText(name));
     store();
@@ -45,15 +51,18 @@ void ColumnEdits::forgetSource(unsigned column) {
 
 void ColumnEdits::rename(unsigned column, const std::string& was, const std::string& to) {
     if (!sameText(was, to)) refuseTaken(to);
-    nameColumns(log_, {column});
-    distinct_.renamed(column, to);
+    rename({{column, was, to}});
 }
 
 void ColumnEdits::rename(const std::vector<NewName>& names) {
+    std::vector<std::string> all = distinct_.names();
+    for (const NewName& name : names) all[name.column] = name.to;
+    RepeatedNames repeated = findRepeatedNames(all);
     for (const NewName& name : names) {
         nameColumns(log_, {name.column});
         distinct_.renamed(name.column, name.to);
     }
+    std::move(repeated).giveTo(log_);
 }
 
 void ColumnEdits::setType(unsigned column, DBFieldTypes::eType type) {

@@ -53,25 +53,30 @@ void pairUnnamed(const Log& a, const Log& b, std::vector<unsigned>& others) {
 
 }  // namespace
 
-std::vector<RepeatedName> findRepeatedNames(const Log& log) {
-    std::vector<RepeatedName> names;
+RepeatedNames findRepeatedNames(const std::vector<std::string>& names) {
+    RepeatedNames found;
     std::unordered_map<std::string, std::size_t, Quor::KeyedHash> places;
-    for (unsigned column = 0; column < log.columnCount(); ++column) {
-        std::string name = folded(log.columnName(column));
-        if (name.empty()) continue;
-        auto [place, isNew] = places.try_emplace(std::move(name), names.size());
-        if (isNew) names.emplace_back();
-        names[place->second].columns.push_back(column);
+    for (unsigned column = 0; column < names.size(); ++column) {
+        if (names[column].empty()) continue;
+        auto [place, isNew] = places.try_emplace(folded(names[column]), found.all.size());
+        if (isNew) found.all.emplace_back();
+        found.all[place->second].columns.push_back(column);
     }
-    std::erase_if(names, [](const RepeatedName& name) { return name.columns.size() == 1; });
-    return names;
+    std::erase_if(found.all, [](const RepeatedName& name) { return name.columns.size() == 1; });
+    for (std::size_t i = 0; i < found.all.size(); ++i) {
+        for (unsigned column : found.all[i].columns) found.at[column] = i;
+    }
+    return found;
+}
+
+void RepeatedNames::giveTo(Log& log) && noexcept {
+    log.repeatedNames = std::move(all);
+    log.repeatedAt = std::move(at);
 }
 
 void noteRepeatedNames(Log& log) {
-    log.repeatedNames = findRepeatedNames(log);
-    for (std::size_t i = 0; i < log.repeatedNames.size(); ++i) {
-        const RepeatedName& repeated = log.repeatedNames[i];
-        for (unsigned column : repeated.columns) log.repeatedAt[column] = i;
+    findRepeatedNames(log.columnNames()).giveTo(log);
+    for (const RepeatedName& repeated : log.repeatedNames) {
         log.report([&] {
             Problem problem;
             problem.found = concat(std::to_string(repeated.columns.size()), " columns named ",
@@ -144,6 +149,12 @@ DistinctNames::DistinctNames(const Log& log) : log_(log) {
 
 DistinctNames::~DistinctNames() {
     for (const Own& own : own_) log_.table->set_fieldname(own.column, own.name.c_str());
+}
+
+std::vector<std::string> DistinctNames::names() const {
+    std::vector<std::string> names = log_.columnNames();
+    for (const Own& own : own_) names[own.column] = own.name;
+    return names;
 }
 
 void DistinctNames::removed(unsigned column) {

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "formats/log/log.h"
@@ -9,10 +10,20 @@
 /// Names that several columns of a log have, case ignored. "Reel#2" is the second of them.
 namespace vek::formats {
 
-/// Columns with a name that another one has, each name once, in the order of its first column.
-std::vector<RepeatedName> findRepeatedNames(const Log& log);
+/// Names that several columns have, and which of them a column has.
+struct RepeatedNames {
+    std::vector<RepeatedName> all;
+    std::unordered_map<unsigned, std::size_t> at;
 
-/// Keeps them with the log, and tells them as problems.
+    /// Makes them those of a log.
+    void giveTo(Log& log) && noexcept;
+};
+
+/// Of columns with these names, those with a name that another one has, each name once, in the
+/// order of its first column.
+RepeatedNames findRepeatedNames(const std::vector<std::string>& names);
+
+/// Keeps them with a log that was read, and tells them as problems.
 void noteRepeatedNames(Log& log);
 
 /// The repeated name of a column; null where only this one has its name.
@@ -38,6 +49,9 @@ public:
     ~DistinctNames();
     DistinctNames(const DistinctNames&) = delete;
     DistinctNames& operator=(const DistinctNames&) = delete;
+
+    /// Those of all columns without what tells them apart.
+    std::vector<std::string> names() const;
 
     /// To be told of a column that is removed, and of one that gets another name for good.
     void removed(unsigned column);

@@ -5,7 +5,6 @@
 
 #include <vekdb/host/text_util.h>
 #include "formats/log/column_names.h"
-#include "formats/packed/packed.h"
 #include "formats/reading/decoding.h"
 #include "formats/reading/input.h"
 #include "formats/text/suggestion.h"
@@ -13,14 +12,6 @@
 #include "formats/text/written_names.h"
 
 namespace vek::formats {
-
-namespace {
-
-std::string withoutGz(const std::string& path) {
-    return isPackedName(path) ? path.substr(0, path.size() - 3) : path;
-}
-
-}  // namespace
 
 std::string worded(const std::string& file, const Problem& problem) {
     return problem.text(file);
@@ -103,8 +94,7 @@ Log openLog(Input& input, const std::string& path, const Opening& opening,
     if (input.head().empty()) {
         throw Failure{unreadable, log.name + ": is empty once unpacked, expected a log"};
     }
-    const std::string ending = log.form.isPacked ? withoutGz(path) : path;
-    log.format = opening.format ? *opening.format : recognised(ending, input.head());
+    log.format = opening.format ? *opening.format : recognised(path, input.head());
     readAs(log.format, input, opening.wanted, log);
     noteRepeatedNames(log);
     return log;

@@ -3,6 +3,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <cstdint>
 
 #include "formats/failure.h"
 
@@ -101,7 +102,8 @@ private:
         requireWithinMost(size_);
         const std::size_t usual = usualOfAnyText + usualOfEachByte * packed_;
         const std::size_t wanted = std::max(2 * size_, 4 * packed_ + 1024);
-        block_->resize(size_ < usual ? std::min({wanted, usual, most_ + 1})
+        const std::size_t oneMore = most_ + (most_ < SIZE_MAX ? 1 : 0);
+        block_->resize(size_ < usual ? std::min({wanted, usual, oneMore})
                                      : size_ + sizeOfRest() + 1);
     }
 
@@ -135,6 +137,37 @@ private:
     std::size_t size_ = 0;
 };
 
+class Packing {
+public:
+    Packing() {
+        if (::deflateInit2(&stream_, Z_DEFAULT_COMPRESSION, Z_DEFLATED, withGzip, 8,
+                           Z_DEFAULT_STRATEGY) != Z_OK) {
+            throw Failure{unwritable, "no memory to pack a text by gzip"};
+        }
+    }
+    ~Packing() { ::deflateEnd(&stream_); }
+    Packing(const Packing&) = delete;
+    Packing& operator=(const Packing&) = delete;
+
+    /// Packs some of the text and takes it off its front; false once all of it is packed.
+    bool step(std::string_view& text, std::string& to) {
+        char room[1 << 16];
+        stream_.next_in = bytes(text.data());
+        stream_.avail_in = piece(text.size());
+        stream_.next_out = bytes(room);
+        stream_.avail_out = sizeof room;
+        const uInt in = stream_.avail_in;
+        const int flush = text.size() <= mostAtOnce ? Z_FINISH : Z_NO_FLUSH;
+        const bool goesOn = ::deflate(&stream_, flush) != Z_STREAM_END;
+        text.remove_prefix(in - stream_.avail_in);
+        to.append(room, sizeof room - stream_.avail_out);
+        return goesOn;
+    }
+
+private:
+    z_stream stream_ = {};
+};
+
 }  // namespace
 
 bool isPacked(std::string_view head) {
@@ -147,27 +180,10 @@ Quor::Ptr<TextBlock> unpacked(std::string_view text, const std::string& name,
 }
 
 std::string packed(std::string_view text) {
-    z_stream stream = {};
-    if (::deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, withGzip, 8,
-                       Z_DEFAULT_STRATEGY) != Z_OK) {
-        throw Failure{unwritable, "no memory to pack a text by gzip"};
-    }
+    Packing packing;
     std::string out;
-    std::size_t at = 0;
-    char room[1 << 16];
-    int result = Z_OK;
-    while (result != Z_STREAM_END) {
-        stream.next_in = bytes(text.data() + at);
-        stream.avail_in = piece(text.size() - at);
-        const uInt in = stream.avail_in;
-        stream.next_out = bytes(room);
-        stream.avail_out = sizeof room;
-        const bool isLast = text.size() - at <= mostAtOnce;
-        result = ::deflate(&stream, isLast ? Z_FINISH : Z_NO_FLUSH);
-        at += in - stream.avail_in;
-        out.append(room, sizeof room - stream.avail_out);
+    while (packing.step(text, out)) {
     }
-    ::deflateEnd(&stream);
     return out;
 }
 

@@ -17,6 +17,10 @@ bool isPacked(std::string_view head);
 inline bool isPackedName(std::string_view path) {
     return path.size() > 3 && sameText(path.substr(path.size() - 3), ".gz");
 }
+/// What such a file is called when it is unpacked: "day.csv".
+inline std::string_view withoutPackedEnding(std::string_view path) {
+    return isPackedName(path) ? path.substr(0, path.size() - 3) : path;
+}
 
 /// What was packed. A Failure with `unreadable` for what was not packed whole, and for more than
 /// mostUnpacked of its bytes.

@@ -69,7 +69,8 @@ void Input::open(OpenFile file) {
     if (const int error = file.look(kind, size)) refuseReading(name_, error);
     if (kind == Kind::folder) refuseReading(name_, EISDIR);
     file_ = std::move(file);
-    isRegular_ = kind == Kind::regular && !isStandardInput_;
+    // Another's descriptor may stand behind the beginning; then it is read on from there.
+    isRegular_ = kind == Kind::regular && !isStandardInput_ && file_.place() == 0;
     if (isRegular_) expected_ = static_cast<std::size_t>(size);
     const std::uint64_t memory = OpenFile::memoryOfMachine();
     if (expected_ > memory) refuseReading(name_, EFBIG);

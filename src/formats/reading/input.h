@@ -25,9 +25,9 @@ public:
 
     /// For messages: the path, or "standard input".
     const std::string& name() const { return name_; }
-    bool isStandardInput() const { return isStandardInput_; }
 
-    /// The first 4 KB, enough to tell a format; ends with the first call of `text`.
+    static constexpr std::size_t headSize = 4096;
+    /// As much of its beginning, enough to tell a format; ends with the first call of `text`.
     std::string_view head() const { return got().substr(0, headSize); }
     /// All of it, kept in memory from then on.
     std::string_view text();
@@ -55,8 +55,6 @@ public:
     void readAgain(std::uint64_t from, char* to, std::size_t size) const;
 
 private:
-    static constexpr std::size_t headSize = 4096;
-
     void open(OpenFile file);
     std::size_t readMore();
     void requireBytes(std::size_t bytes) const;

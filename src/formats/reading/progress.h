@@ -10,7 +10,7 @@ class Watcher {
 public:
     virtual ~Watcher() = default;
     /// So much of a job is done; `total` is all there is to do, 0 when it is not known. Called some
-    /// thousand times over a whole job.
+    /// thousand times over a whole job or, where that is not known, whenever the job looks.
     virtual void reached(const std::string& what, std::size_t done, std::size_t total) = 0;
     /// No more comes of the job.
     virtual void ended() = 0;

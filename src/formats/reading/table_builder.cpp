@@ -5,6 +5,7 @@
 
 #include <vekdb/formats/timecode.h>
 #include <vekdb/host/text_util.h>
+#include "formats/table_file/exact_cells.h"
 #include "formats/text/text_lines.h"
 
 namespace vek::formats {
@@ -49,11 +50,6 @@ std::vector<std::string> extraColumnNames(const std::vector<std::string>& declar
 
 std::string numberedColumnName(std::size_t at) {
     return "Column " + std::to_string(at + 1);
-}
-
-bool isTableFilesOwn(std::string_view parameterName) {
-    return sameText(trimmed(parameterName), "VEKDB") ||
-           sameText(trimmed(parameterName), "V5_FIELD_MAP");
 }
 
 void reportLength(Log& log, std::size_t line, std::size_t found, std::size_t expected) {

@@ -71,9 +71,6 @@ std::string numberedColumnName(std::size_t at);
 /// Notes a row that has another number of values than there are columns.
 void reportLength(Log& log, std::size_t line, std::size_t found, std::size_t expected);
 
-/// Whether a table file keeps something of its own under the name of a parameter.
-bool isTableFilesOwn(std::string_view parameterName);
-
 std::vector<std::string> asStrings(const std::vector<std::string_view>& texts);
 
 }  // namespace vek::formats

@@ -136,8 +136,10 @@ void restoreExactCells(Log& log) {
     }
 }
 
-bool isExactNote(std::string_view parameterName) {
-    return sameText(parameterName.substr(0, noteName.size()), noteName);
+bool isTableFilesOwn(std::string_view parameterName) {
+    const std::string_view name = trimmed(parameterName);
+    return sameText(name, "VEKDB") || sameText(name, "V5_FIELD_MAP") ||
+           sameText(name.substr(0, noteName.size()), noteName);
 }
 
 }  // namespace vek::formats

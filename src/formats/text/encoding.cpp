@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include <vekdb/host/text_util.h>
+#include "formats/text/utf8.h"
 
 namespace vek::formats {
 
@@ -35,23 +36,6 @@ bool hasHighByte(std::string_view text) {
     unsigned char all = 0;
     for (char c : text) all |= static_cast<unsigned char>(c);
     return all >= 0x80;
-}
-
-bool isTail(std::string_view text, std::size_t at) {
-    return (byteAt(text, at) & 0xC0) == 0x80;
-}
-
-// The bytes of the character beyond 0x7F at a place, 0 where it is no well-formed one.
-std::size_t sizeOfWide(std::string_view text, std::size_t at) {
-    const unsigned char first = byteAt(text, at);
-    const unsigned char second = byteAt(text, at + 1);
-    if (first < 0xC2 || first > 0xF4 || !isTail(text, at + 1)) return 0;
-    if (first < 0xE0) return 2;
-    const bool isBelow = (first == 0xE0 && second < 0xA0) || (first == 0xF0 && second < 0x90);
-    const bool isBeyond = (first == 0xED && second > 0x9F) || (first == 0xF4 && second > 0x8F);
-    if (isBelow || isBeyond || !isTail(text, at + 2)) return 0;
-    if (first < 0xF0) return 3;
-    return isTail(text, at + 3) ? 4 : 0;
 }
 
 class Conversion {
@@ -123,7 +107,7 @@ bool isWellFormedUtf8(std::string_view text) {
         }
         const std::size_t end = at + next.size();
         for (at = firstHighByte(text, at); at < end; at = firstHighByte(text, at)) {
-            const std::size_t size = sizeOfWide(text, at);
+            const std::size_t size = wideCharacterSize(text.substr(at));
             if (size == 0) return false;
             at += size;
         }
@@ -133,7 +117,7 @@ bool isWellFormedUtf8(std::string_view text) {
 
 void Utf8Count::add(std::string_view text) {
     for (std::size_t at = firstHighByte(text, 0); at < text.size(); at = firstHighByte(text, at)) {
-        const std::size_t size = sizeOfWide(text, at);
+        const std::size_t size = wideCharacterSize(text.substr(at));
         ++(size != 0 ? good : bad);
         at += std::max<std::size_t>(size, 1);
     }

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "formats/text/encoding.h"
+#include "formats/text/utf8.h"
 #include "formats/writing/cell_run.h"
 
 namespace vek::formats {
@@ -59,8 +60,6 @@ bool arePlainInJson(const std::string_view* cells, std::size_t count) {
     return std::all_of(cells, cells + count,
                        [](std::string_view cell) { return countSpecialInJson(cell) == 0; });
 }
-
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 }  // namespace
 

@@ -13,12 +13,11 @@
 #include "formats/saving/patched_text.h"
 #include "formats/text/encoding.h"
 #include "formats/text/text_lines.h"
+#include "formats/text/utf8.h"
 
 namespace vek::formats {
 
 namespace {
-
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 // A name of the format's own ending, whatever the file is called: in a pipe there is none to go by.
 std::string nameOfItsOwn(Format format) {
@@ -28,21 +27,6 @@ std::string nameOfItsOwn(Format format) {
 char usualDelimiter(Format format) {
     if (format == Format::csv) return ',';
     return format == Format::tsv ? '\t' : '\0';
-}
-
-std::string delimiterName(char delimiter) {
-    switch (delimiter) {
-        case ',':
-            return "comma";
-        case ';':
-            return "semicolon";
-        case '\t':
-            return "tab";
-        case '|':
-            return "pipe";
-        default:
-            return inQuotes(std::string_view(&delimiter, 1));
-    }
 }
 
 std::string differenceOf(const FirstLook& found, const FirstLook& meant) {
@@ -59,13 +43,18 @@ std::size_t sizeInFront(const Log& log) {
     return (log.beganWithMark ? byteOrderMark.size() : 0) + log.form.skipped.size();
 }
 
+// Beginnings are cut at the size of a look.
+bool isWhole(std::string_view text) {
+    return text.size() < FirstLook::size;
+}
+
 FirstLook lookAtLog(const Log& log, std::string_view text) {
     FirstLook look = FirstLook::at(text, log.path, '\0');
     const char usual = usualDelimiter(log.format);
     const bool isWished = log.opening.wishes.delimiter != '\0';
     if (usual == '\0' || isWished) return look;
     const std::size_t front = std::min(sizeInFront(log), text.size());
-    look.delimiter = foundDelimiter(text.substr(front), usual);
+    look.delimiter = foundDelimiter(text.substr(front), isWhole(text), usual);
     return look;
 }
 
@@ -170,13 +159,14 @@ void forEachText(const Sheet& sheet, Take take) {
 
 FirstLook FirstLook::at(std::string_view text, const std::string& path, char usual) {
     FirstLook look;
+    const bool isWholeText = isWhole(text);
     const std::string head = headOf(text);
     look.encoding = wideEncodingOf(head);
     look.isPacked = vek::formats::isPacked(head);
     look.hasMark = head.starts_with(byteOrderMark);
     look.format = recognised(path, head);
     if (look.hasMark) text.remove_prefix(byteOrderMark.size());
-    if (usual != '\0') look.delimiter = foundDelimiter(text.substr(0, size), usual);
+    if (usual != '\0') look.delimiter = foundDelimiter(text.substr(0, size), isWholeText, usual);
     return look;
 }
 

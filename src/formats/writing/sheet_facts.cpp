@@ -33,8 +33,7 @@ std::vector<Parameter> ownParameters(const Log& log) {
     std::vector<Parameter> out;
     for (unsigned i = 0; i < log.table->get_num_params(); ++i) {
         std::string name = log.table->get_param_name(i);
-        bool isOurs = sameText(name, "VEKDB") || sameText(name, "V5_FIELD_MAP");
-        if (isOurs || isExactNote(name)) continue;
+        if (isTableFilesOwn(name)) continue;
         out.push_back({name, log.table->get_param_text(i)});
     }
     return out;

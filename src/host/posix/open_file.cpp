@@ -87,6 +87,11 @@ OpenFile& OpenFile::operator=(OpenFile&& other) noexcept {
     return *this;
 }
 
+std::uint64_t OpenFile::place() const {
+    const off_t at = ::lseek(file_, 0, SEEK_CUR);
+    return at > 0 ? static_cast<std::uint64_t>(at) : 0;
+}
+
 int OpenFile::look(Kind& kind, std::uint64_t& size) const {
     struct stat status = {};
     if (::fstat(file_, &status) != 0) {

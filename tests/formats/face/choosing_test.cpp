@@ -59,6 +59,18 @@ TEST(Choosing, FindsTaggedUniqueAndRepeatedRows) {
     EXPECT_EQ(takes(vek::Choice().duplicates("Notes, all")), "2,1,");
 }
 
+TEST(Choosing, CountsNoRowsThatWentOut) {
+    auto log = vek::openText("Reel,Take\nA,1\nA,2\nB,3\nB,4\nC,5\n", "day.csv");
+    ASSERT_TRUE(log);
+    ASSERT_TRUE(log->removeRows(*log->choose(vek::Choice("Take==1").where("Take==4").any())));
+    auto unique = log->choose(vek::Choice().unique("Reel"));
+    ASSERT_TRUE(unique);
+    ASSERT_EQ(unique->size(), 3u);
+    EXPECT_EQ(unique->at(0)["Take"], "2");
+    EXPECT_EQ(log->choose(vek::Choice().duplicates("Reel"))->size(), 0u);
+    EXPECT_EQ(log->choose(vek::Choice().order("Take").reverse())->at(2)["Take"], "2");
+}
+
 TEST(Choosing, SaysWhatCannotBeLookedUp) {
     EXPECT_THAT(takes("Sceen=12"), HasSubstr("did you mean Scene?"));
     EXPECT_THAT(takes("nothing"), HasSubstr("is no condition"));

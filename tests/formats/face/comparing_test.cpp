@@ -20,6 +20,16 @@ TEST(Comparing, GivesTheDifferencesByAKeyAsValues) {
     EXPECT_EQ(found->rows[2].kind, vek::RowDifference::added);
 }
 
+TEST(Comparing, CountsTheNotesThatItDoesNotKeep) {
+    std::string text = "Reel\n";
+    for (int i = 0; i < 1500; ++i) text += std::to_string(i) + "\n" + std::to_string(i) + "\n";
+    const vek::Log log = *vek::openText(text, "a.csv");
+    auto found = vek::compare(log, *vek::openText("Reel\n1\n", "b.csv"), "Reel");
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->notes.size(), 1000u);
+    EXPECT_EQ(found->moreNotes, 500u);
+}
+
 TEST(Comparing, FindsNothingInTheSameLog) {
     auto log = vek::openText("A\n1\n2\n", "a.csv");
     EXPECT_TRUE(vek::compare(*log, *log)->isEmpty());

@@ -89,6 +89,43 @@ TEST(Editing, AddsRenamesAndRemovesColumns) {
     EXPECT_EQ(csvOf(log), "Bee,C\n2,3\n");
 }
 
+TEST(Editing, FindsColumnsThatHadOneNameByTheirNewOnes) {
+    vek::Log log = logOf("Reel,Reel\n1,2\n");
+    EXPECT_TRUE(log.renameColumn(log.columns().at(1), "B"));
+    EXPECT_EQ(log.at(0)["B"], "2");
+    ASSERT_TRUE(log.column("B"));
+    EXPECT_EQ(log.column("B")->at(0), "2");
+    ASSERT_TRUE(log.column("Reel"));
+    EXPECT_EQ(log.column("Reel")->at(0), "1");
+    EXPECT_EQ(log.column("Reel#2").reason().kind, vek::Reason::wrongUsage);
+    EXPECT_TRUE(log.renameColumn(*log.column("reel"), "A"));
+    EXPECT_EQ(csvOf(log), "A,B\n1,2\n");
+}
+
+TEST(Editing, FindsColumnsOfOneNameAfterOneInFrontWentOut) {
+    vek::Log log = logOf("Tape,Reel,Reel,Scene,Reel\n0,1,2,3,4\n");
+    EXPECT_TRUE(log.removeColumn(*log.column("Tape")));
+    EXPECT_EQ(log.at(0)["Scene"], "3");
+    EXPECT_EQ(log.column("Scene")->at(0), "3");
+    EXPECT_EQ(log.at(0)["Reel"], "1");
+    EXPECT_EQ(log.column("Reel#3")->at(0), "4");
+    EXPECT_TRUE(log.removeColumn(*log.column("Reel#1")));
+    EXPECT_EQ(log.column("Reel#2")->at(0), "4");
+    EXPECT_TRUE(log.removeColumn(*log.column("Reel#2")));
+    EXPECT_EQ(log.column("Reel")->at(0), "2");
+    EXPECT_EQ(csvOf(log), "Reel,Scene\n2,3\n");
+}
+
+TEST(Editing, AddsAColumnUnderTheNameOfOneThatTheHeadingHadNoNameFor) {
+    vek::Log log = logOf("A,B\n1,2,3\n");
+    ASSERT_EQ(log.columns().size(), 3u);
+    const std::string name = log.columns().at(2).name();
+    EXPECT_TRUE(log.removeColumn(log.columns().at(2)));
+    EXPECT_TRUE(log.addColumn(name));
+    EXPECT_TRUE(log.set(log.at(0), name, "x"));
+    EXPECT_EQ(csvOf(log), "A,B," + name + "\n1,2,x\n");
+}
+
 TEST(Editing, SetsParametersThatAFileCanHold) {
     vek::Log log = logOf("A\n1\n");
     EXPECT_TRUE(log.setParameter("FPS", "24"));

@@ -54,7 +54,7 @@ std::string samplesOf(Format format) {
 std::vector<Sample> madeSamples() {
     std::vector<Sample> samples = {{Format::plainCsv, csv}};
     for (Format format : {Format::table, Format::csv, Format::tsv, Format::json, Format::jsonl,
-                          Format::ale, Format::otio}) {
+                          Format::ale, Format::otio, Format::xlsx}) {
         samples.push_back({format, samplesOf(format)});
     }
     samples.push_back({Format::edl,
@@ -105,12 +105,15 @@ struct World {
         "\"text\",\"text\"\n\"Name\",\"Take\"\n\"A\",\"1\"\n",
         "mapped.vek");
     Log other = *vek::openText("Name,Take\nA002,2\nB001,1\n", "other.csv");
+    Log twice = *vek::openText("Name,Reel,Take,Reel\nA,1,2,3\n", "twice.csv");
     std::string outPath = std::string(path).replace(path.rfind("day"), 3, "out");
+    std::string packedPath = outPath + ".gz";
 };
 
 std::string pictureOf(const World& world) {
-    return pictureOf(world.log) + pictureOf(world.other) + pictureOf(world.mapped) +
-           world.mapped.table().get_param_val("V5_FIELD_MAP");
+    std::string picture = pictureOf(world.log) + pictureOf(world.other) + pictureOf(world.mapped);
+    picture += world.mapped.table().get_param_val("V5_FIELD_MAP");
+    return picture + pictureOf(world.twice) + std::string(world.twice.at(0)["Reel"]);
 }
 
 template <class T>
@@ -199,6 +202,18 @@ const std::vector<Job> jobs = {
     {"remove rows", removeChosen},
     {"add a column",
      [](World& w) { return reasonOf(w.log.addColumn("a column of quite a long name")); }},
+    {"find a column of a cell",
+     [](World& w) {
+         const bool isFound = w.log.at(0)["take"] == "1" && w.log.at(0)["no such column"].empty();
+         return Reason{isFound && w.log.at(0).isTagged() ? Reason::none : Reason::unreadable};
+     }},
+    {"remove one of two columns of a name",
+     [](World& w) { return reasonOf(w.twice.removeColumn(w.twice.columns().at(1))); }, false, true},
+    {"rename one of two columns of a name",
+     [](World& w) {
+         return reasonOf(w.twice.renameColumn(w.twice.columns().at(1), "a name that is long"));
+     },
+     false, true},
     {"remove a column",
      [](World& w) { return reasonOf(w.log.removeColumn(w.log.columns().at(1))); }},
     {"rename a column",
@@ -212,6 +227,7 @@ const std::vector<Job> jobs = {
      [](World& w) { return reasonOf(w.mapped.setParameter("Day", "a value that is quite long")); },
      false, true},
     {"save as another file", [](World& w) { return reasonOf(w.log.saveAs(w.outPath)); }, true},
+    {"save as a packed file", [](World& w) { return reasonOf(w.log.saveAs(w.packedPath)); }, true},
     {"compare", [](World& w) { return reasonOf(vek::compare(w.log, w.other, "")); }},
     {"compare by a key", [](World& w) { return reasonOf(vek::compare(w.log, w.other, "Take")); }},
 };
@@ -284,8 +300,9 @@ TEST_F(MemoryEnds, InTheReadersOfEveryFormat) {
 
 TEST_F(MemoryEnds, InTheWritersOfEveryFormat) {
     const Log log = *vek::openText(csv, "day.csv");
-    for (Format format : {Format::table, Format::csv, Format::tsv, Format::json, Format::jsonl,
-                          Format::ale, Format::edl, Format::otio, Format::markdown, Format::html}) {
+    for (Format format :
+         {Format::table, Format::csv, Format::tsv, Format::json, Format::jsonl, Format::ale,
+          Format::edl, Format::otio, Format::markdown, Format::html, Format::xlsx}) {
         vek::SaveOptions options;
         options.rate = "25";
         std::string whole;

@@ -29,6 +29,20 @@ TEST(MergingLogs, PutsRowsBehindEachOther) {
     EXPECT_EQ(into.at(2)["Take"], "2");
 }
 
+TEST(MergingLogs, KeepsTheLinesOfRowsBehindOneThatWasAdded) {
+    vek::Log day = *vek::openText("A\n1\n", "a.csv");
+    ASSERT_TRUE(day.addRow());
+    std::vector<vek::Log> others;
+    others.push_back(*vek::openText("A\n\"two\nlines\"\n4\n", "b.csv"));
+    others.push_back(*vek::openText("A\n3\n", "c.csv"));
+    ASSERT_TRUE(vek::merge(day, others, {}));
+    EXPECT_EQ(day.at(0).line(), 2u);
+    EXPECT_EQ(day.at(1).line(), 0u);
+    EXPECT_EQ(day.at(2).line(), 2u);
+    EXPECT_EQ(day.at(3).line(), 4u);
+    EXPECT_EQ(day.at(4).line(), 2u);
+}
+
 TEST(MergingLogs, JoinsRowsOfOneKeyAndGivesConflictsAsValues) {
     vek::Log into = logOf("Name,Take,Reel\na,1,\n");
     vek::MergeOptions options;

@@ -100,6 +100,20 @@ TEST(Open, ReadsADescriptorAndLeavesItOpen) {
     EXPECT_EQ(::close(descriptor), 0);
 }
 
+TEST(Open, ReadsADescriptorFromWhereItStands) {
+    TempDir folder;
+    folder.write("day.csv", "a line that somebody read\nScene,Take\n1,2\n");
+    const int descriptor = ::open(folder.file("day.csv").c_str(), O_RDONLY);
+    ASSERT_EQ(::lseek(descriptor, 26, SEEK_SET), 26);
+    auto log = vek::openDescriptor(descriptor, "day.csv");
+    ASSERT_TRUE(log) << log.reason().text();
+    EXPECT_EQ(log->columns().at(0).name(), "Scene");
+    EXPECT_EQ(log->size(), 1u);
+    ::lseek(descriptor, 0, SEEK_END);
+    EXPECT_THAT(vek::openDescriptor(descriptor, "day.csv").reason().text(), HasSubstr("is empty"));
+    ::close(descriptor);
+}
+
 TEST(Open, SaysADescriptorThatIsNone) {
     EXPECT_EQ(vek::openDescriptor(-1, "none").reason().kind, vek::Reason::unreadable);
 }
@@ -140,6 +154,44 @@ TEST(Open, RefusesAZeroByteInAPath) {
 
 TEST(Open, TakesADashForTheNameOfAFile) {
     EXPECT_EQ(vek::open("-").reason().file, "./-");
+}
+
+TEST(Open, KnowsCellsUnderAnotherEndingWhereverItsFirstLookEnds) {
+    for (int width = 1; width < 60; ++width) {
+        std::string text = "Scene,Take,Notes\n";
+        for (int i = 0; i < 1000; ++i) text += "1,2," + std::string(width, 'x') + "\n";
+        for (const char* name : {"a.json", "a.ale", "a.edl"}) {
+            auto log = vek::openText(text, name);
+            ASSERT_TRUE(log) << name << " " << width << ": " << log.reason().text();
+            EXPECT_EQ(log->format(), vek::Format::csv);
+            ASSERT_EQ(log->size(), 1000u);
+        }
+    }
+}
+
+TEST(Open, FindsWhatSeparatesTheCellsOfManyRowsWithoutALineEndAtTheLast) {
+    std::string text = "Name, first;Take";
+    for (int i = 0; i < 60; ++i) text += "\nx;1";
+    auto log = vek::openText(text, "a.csv");
+    ASSERT_TRUE(log);
+    EXPECT_EQ(log->columns().at(0).name(), "Name, first");
+    EXPECT_EQ(log->size(), 60u);
+}
+
+TEST(Open, KeepsNoMoreThanAThousandProblemsOfAHeading) {
+    std::string text = "Heading\n";
+    for (int i = 0; i < 1500; ++i) text += "FIELD_DELIM odd\n";
+    auto log = vek::openText(text + "Column\nName\nData\nA\n", "a.ale");
+    ASSERT_TRUE(log) << log.reason().text();
+    EXPECT_EQ(log->problems().size(), 1000u);
+    EXPECT_GE(log->moreProblems(), 500u);
+}
+
+TEST(Formats, AreFoundByTheEndingUnderThatOfPackedFiles) {
+    EXPECT_EQ(vek::formatOfPath("day.csv.gz"), vek::Format::csv);
+    EXPECT_EQ(vek::formatOfPath("DAY.ALE.GZ"), vek::Format::ale);
+    EXPECT_EQ(vek::formatOfPath("day.gz"), std::nullopt);
+    EXPECT_EQ(vek::formatOfPath(".gz"), std::nullopt);
 }
 
 TEST(Formats, AreNamedAndFoundByTheEndingsOfFiles) {

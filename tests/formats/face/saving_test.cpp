@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <cstdint>
+#include <filesystem>
 #include <string>
 
 #include <vekdb/formats/log.h>
@@ -95,6 +97,38 @@ TEST(SavingLogs, SaysWhyAFileIsNotWritten) {
     auto saved = vek::openText(csv)->saveAs(folder.file("no/day.csv").string());
     EXPECT_EQ(saved.reason().kind, vek::Reason::unwritable);
     EXPECT_THAT(saved.reason().text(), HasSubstr("make its folder first"));
+}
+
+TEST(SavingLogs, PacksWhatIsNamedSoInTheFormatOfTheEndingInFrontOfThat) {
+    TempDir folder;
+    auto log = vek::openText(csv, "day.csv");
+    for (const char* name : {"a.csv.gz", "a.ale.gz", "a.json.GZ", "a.vek.gz", "a.xlsx.gz"}) {
+        const std::string path = folder.file(name).string();
+        auto saved = log->saveAs(path);
+        ASSERT_TRUE(saved) << saved.reason().text();
+        EXPECT_TRUE(folder.read(name).starts_with("\x1F\x8B")) << name;
+        vek::OpenOptions all;
+        all.maxBytes = SIZE_MAX;
+        auto back = vek::open(path, all);
+        ASSERT_TRUE(back) << back.reason().text();
+        EXPECT_EQ(back->format(), vek::formatOfPath(name)) << name;
+        EXPECT_EQ(back->at(1)["Scene"], "7") << name;
+    }
+}
+
+TEST(SavingLogs, TakesNoPathThatIsNone) {
+    TempDir folder;
+    folder.write("day.csv", csv);
+    auto log = vek::openText(csv, "day.csv");
+    const std::string cut = folder.file("day.csv").string() + std::string(1, '\0') + ".json";
+    auto saved = log->saveAs(cut);
+    ASSERT_FALSE(saved);
+    EXPECT_EQ(saved.reason().kind, vek::Reason::unwritable);
+    EXPECT_THAT(saved.reason().text(), HasSubstr("a zero byte in the path"));
+    EXPECT_FALSE(log->choose()->saveAs(cut, vek::Format::json));
+    EXPECT_EQ(folder.read("day.csv"), csv);
+    EXPECT_EQ(log->saveAs("", vek::Format::csv).reason().kind, vek::Reason::unwritable);
+    EXPECT_FALSE(std::filesystem::exists("./-"));
 }
 
 TEST(SavingLogs, WritesIntoASink) {

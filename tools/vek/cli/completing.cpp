@@ -57,7 +57,8 @@ public:
     /// The options as far as they say how logs are read. Later ones that are wrong do no harm.
     Args readingArgs() const {
         Args args;
-        for (const char* name : {"from", "delimiter", "encoding", "skip-lines", "no-header"}) {
+        for (const char* name :
+             {"from", "delimiter", "encoding", "skip-lines", "no-header", "sheet"}) {
             auto known = values_.find(concat("--", name));
             if (known != values_.end()) args.set(name, {known->second});
         }

@@ -64,7 +64,8 @@ private:
         if (!undisturbed_ && !file_.isDirect()) undisturbed_.emplace();
     }
 
-    // The signal ends the program here, with nothing left beside the file.
+    // The signal ends the program here, with nothing left beside the file, or where the last of
+    // several is given up.
     [[noreturn]] void leave() {
         file_.giveUp();
         undisturbed_.reset();
@@ -111,12 +112,16 @@ Printout::Printout() : Printout(std::string()) {}
 Printout::Printout(const std::string& path, Held held, bool keepsOld)
     : Output(isStandard(path) ? standardOutput : path, sinkFor(path, std::move(held), keepsOld)),
       screen_(isStandard(path) ? static_cast<Screen*>(sink()) : nullptr) {
-    limit(theLimit, programTerms());
+    renewLimit();
 }
 
 std::unique_ptr<Sink> Printout::sinkFor(const std::string& path, Held held, bool keepsOld) {
     if (isStandard(path)) return std::make_unique<Screen>();
     return std::make_unique<UndisturbedFile>(path, std::move(held), keepsOld);
+}
+
+void Printout::renewLimit() {
+    limit(theLimit, programTerms());
 }
 
 void Printout::inkedLine(std::string_view text) {

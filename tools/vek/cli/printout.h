@@ -22,6 +22,9 @@ public:
     /// A file; "" and "-" are standard output. `keepsOld` keeps what a held file is now beside it.
     explicit Printout(const std::string& path, Held held = nullptr, bool keepsOld = false);
 
+    /// To be called where more was read since it was made: more may be written then, too.
+    void renewLimit();
+
     /// A line whose parts are escaped already, with colours between them.
     void inkedLine(std::string_view text);
     /// Says that everything is written, and says to people what there is to say of the file.

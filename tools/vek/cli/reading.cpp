@@ -1,6 +1,7 @@
 #include "tools/vek/cli/reading.h"
 
 #include <vekdb/formats/timecode.h>
+#include "formats/delimited/delimiters.h"
 #include "formats/reading/input.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/progress_bar.h"
@@ -30,13 +31,9 @@ constexpr Terms terms = {
     .likelyRate = "--fps 24",
 };
 
-constexpr std::pair<const char*, char> delimiters[] = {
-    {"comma", ','}, {"semicolon", ';'}, {"tab", '\t'}, {"pipe", '|'}, {"\\t", '\t'}};
-
-char delimiterNamed(const std::string& name) {
-    for (const auto& [known, delimiter] : delimiters) {
-        if (name == known) return delimiter;
-    }
+char wantedDelimiter(const std::string& name) {
+    if (name == "\\t") return '\t';
+    if (const std::optional<char> known = delimiterNamed(name)) return *known;
     if (name.size() == 1 && canDelimit(name[0])) return name[0];
     throw Failure{
         wrongUsage,
@@ -71,7 +68,7 @@ const Terms& programTerms() {
 Opening openingFrom(const Args& args) {
     Opening opening;
     if (args.has("from")) opening.format = formatNamed(args.text("from"));
-    if (args.has("delimiter")) opening.wishes.delimiter = delimiterNamed(args.text("delimiter"));
+    if (args.has("delimiter")) opening.wishes.delimiter = wantedDelimiter(args.text("delimiter"));
     opening.wishes.encoding = args.text("encoding");
     opening.wishes.skippedLines = args.number("skip-lines", 0);
     opening.wishes.hasNoHeading = args.has("no-header");
@@ -156,13 +153,6 @@ std::vector<Option> limitOptions() {
          "CSV, TSV and sheets have no heading; columns are called Column 1, 2, ..."},
         {"--sheet", "SHEET", "the sheet of a workbook, by name or number; the first as a rule"},
     };
-}
-
-std::string delimiterName(char delimiter) {
-    for (const auto& [known, own] : delimiters) {
-        if (own == delimiter) return known;
-    }
-    return inQuotes(std::string(1, delimiter));
 }
 
 }  // namespace vek

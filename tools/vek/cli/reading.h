@@ -47,7 +47,4 @@ const Gauge& wantedGauge(const Args& args);
 /// be written.
 std::vector<Option> limitOptions();
 
-/// "comma", "tab", "\"x\"".
-std::string delimiterName(char delimiter);
-
 }  // namespace vek

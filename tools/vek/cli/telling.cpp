@@ -8,13 +8,20 @@ namespace vek {
 
 namespace {
 
-constexpr const char* tellings = "text|json";
-
 // Logs are printed in other formats, too, and a log is no object that tells something.
 bool isTold(const Command& command) {
     return std::any_of(command.options.begin(), command.options.end(), [](const Option& option) {
         return std::string_view(option.choices) == tellings;
     });
+}
+
+void printFailure(const std::string& text) {
+    Printout out;
+    JsonWriter json(out);
+    json.beginObject();
+    json.text("failure", text);
+    json.end();
+    out.close();
 }
 
 }  // namespace
@@ -32,12 +39,10 @@ bool tellsJson(const Args& args) {
 void tellFailure(const Failure& failure, const Command& command, const Args& args) {
     const bool canBeTold = failure.kind == wrongUsage || failure.kind == unreadable;
     if (!canBeTold || !tellsJson(args) || !isTold(command)) return;
-    Printout out;
-    JsonWriter json(out);
-    json.beginObject();
-    json.text("failure", failure.text);
-    json.end();
-    out.close();
+    try {
+        printFailure(failure.text);
+    } catch (const PipeClosed&) {
+        // Nobody reads the object; the command failed all the same, and ends as failed.
+    }
 }
-
 }  // namespace vek

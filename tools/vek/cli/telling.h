@@ -5,6 +5,9 @@
 
 namespace vek {
 
+/// What such a --format takes, by which commands that tell something are known, too.
+inline constexpr const char* tellings = "text|json";
+
 /// The --format of commands that tell something: text for people, or json for programs.
 Option tellingOption();
 bool tellsJson(const Args& args);

@@ -13,6 +13,11 @@ namespace {
 
 constexpr int endings[] = {SIGINT, SIGTERM, SIGHUP};
 
+// How many files are being replaced, what waits meanwhile, and what did before.
+std::size_t undisturbedCount = 0;
+sigset_t heldBack;
+sigset_t before;
+
 int fileOf(Stream stream) {
     return stream == Stream::output ? STDOUT_FILENO : STDERR_FILENO;
 }
@@ -52,24 +57,25 @@ bool isThere(const std::string& path) {
 }
 
 Undisturbed::Undisturbed() {
-    ::sigemptyset(&signals_);
+    if (undisturbedCount++ > 0) return;
+    ::sigemptyset(&heldBack);
     for (int signal : endings) {
         struct sigaction action = {};
         const bool isKnown = ::sigaction(signal, nullptr, &action) == 0;
-        if (!isKnown || action.sa_handler != SIG_IGN) ::sigaddset(&signals_, signal);
+        if (!isKnown || action.sa_handler != SIG_IGN) ::sigaddset(&heldBack, signal);
     }
-    ::sigprocmask(SIG_BLOCK, &signals_, &before_);
+    ::sigprocmask(SIG_BLOCK, &heldBack, &before);
 }
 
 Undisturbed::~Undisturbed() {
-    ::sigprocmask(SIG_SETMASK, &before_, nullptr);
+    if (--undisturbedCount == 0) ::sigprocmask(SIG_SETMASK, &before, nullptr);
 }
 
 bool Undisturbed::isAwaited() const {
     sigset_t waiting;
     if (::sigpending(&waiting) != 0) return false;
     return std::any_of(std::begin(endings), std::end(endings), [&](int signal) {
-        return ::sigismember(&waiting, signal) == 1 && ::sigismember(&signals_, signal) == 1;
+        return ::sigismember(&waiting, signal) == 1 && ::sigismember(&heldBack, signal) == 1;
     });
 }
 

@@ -32,7 +32,8 @@ void outliveClosedPipes();
 bool isThere(const std::string& path);
 
 /// Keeps Ctrl-C and its kin waiting while a file is being replaced: the old file or the new one is
-/// there then, and nothing beside it. Those that the program ignores are none of its business.
+/// there then, and nothing beside it. While several files are, until the last of them is. Those
+/// that the program ignores are none of its business.
 class Undisturbed {
 public:
     Undisturbed();
@@ -42,10 +43,6 @@ public:
 
     /// Whether one of them waits by now.
     bool isAwaited() const;
-
-private:
-    sigset_t signals_;
-    sigset_t before_;
 };
 
 }  // namespace vek
