@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <cstdio>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -11,6 +13,7 @@
 #include "formats/failure.h"
 #include "formats/saving/file_sink.h"
 #include "formats/writing/output.h"
+#include "tools/vek/cli/terminal.h"
 
 using testing::ExitedWithCode;
 using vek::endOf;
@@ -35,6 +38,44 @@ TEST(Ending, OfWhateverIsThrownIsAMessageAndACode) {
     EXPECT_EXIT(std::exit(throwing(std::bad_alloc())), ExitedWithCode(3), "^vek: out of memory\n$");
     EXPECT_EXIT(std::exit(throwing(vek::formats::Failure(vek::formats::unwritable, "full"))),
                 ExitedWithCode(4), "^vek: full\n$");
+}
+
+TEST(Ending, WaitsForTheLastOfSeveralFiles) {
+    EXPECT_EXIT(
+        {
+            auto first = std::make_unique<vek::Undisturbed>();
+            auto second = std::make_unique<vek::Undisturbed>();
+            std::raise(SIGTERM);
+            EXPECT_TRUE(second->isAwaited());
+            first.reset();
+            std::fputs("the second goes on\n", stderr);
+            second.reset();
+            std::fputs("still here\n", stderr);
+        },
+        testing::KilledBySignal(SIGTERM), "^the second goes on\n$");
+}
+
+TEST(Ending, ComesAtOnceWhereNoFileIsLeft) {
+    EXPECT_EXIT(
+        {
+            for (int i = 0; i < 2; ++i) {
+                auto first = std::make_unique<vek::Undisturbed>();
+                auto second = std::make_unique<vek::Undisturbed>();
+                first.reset();
+            }
+            std::raise(SIGINT);
+        },
+        testing::KilledBySignal(SIGINT), "^$");
+}
+
+TEST(Ending, IsThatOfTheFailureWhereNobodyReadsWhatIsToldOfIt) {
+    WorkFolder folder;
+    Start start;
+    start.words = {"/bin/sh", "-c",
+                   "{ sleep 0.2; vek info missing.csv --format json; echo $? >&2; } | true"};
+    const Finish finish = run(folder, start);
+    EXPECT_TRUE(finish.errors.starts_with("vek: missing.csv: ")) << finish.errors;
+    EXPECT_TRUE(finish.errors.ends_with("\n3\n")) << finish.errors;
 }
 
 TEST(Ending, LeavesNothingOfAFileThatWasBegun) {
