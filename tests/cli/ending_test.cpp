@@ -72,7 +72,8 @@ TEST(Ending, IsThatOfTheFailureWhereNobodyReadsWhatIsToldOfIt) {
     WorkFolder folder;
     Start start;
     start.words = {"/bin/sh", "-c",
-                   "{ sleep 0.2; vek info missing.csv --format json; echo $? >&2; } | true"};
+                   std::string("{ sleep 0.2; ") + VEK_PROGRAM +
+                       " info missing.csv --format json; echo $? >&2; } | true"};
     const Finish finish = run(folder, start);
     EXPECT_TRUE(finish.errors.starts_with("vek: missing.csv: ")) << finish.errors;
     EXPECT_TRUE(finish.errors.ends_with("\n3\n")) << finish.errors;

@@ -47,22 +47,20 @@ TEST(PackedFiles, CopiesArePackedWhereTheirNameSaysSo) {
 
 TEST(PackedFiles, AreMadeInTheFormatOfTheEndingUnderTheirOwn) {
     WorkFolder folder;
-    folder.write("a.vek", vek(folder, "convert samples/docs.vek - --to vekdb").output);
-    const std::string csv = vek(folder, "convert a.vek - --to csv").output;
-    const std::string lines[] = {"set a.vek Scene={Scene} --every -o out.csv.gz",
-                                 "convert a.vek out.csv.gz", "sort a.vek --by Name -o out.csv.gz",
-                                 "merge a.vek -o out.csv.gz", "show a.vek -o out.csv.gz"};
-    for (const std::string& line : lines) {
+    const std::string csv = vek(folder, "convert samples/docs.vek - --to csv").output;
+    const std::string heading = csv.substr(0, csv.find_first_of("\r\n"));
+    for (const char* line : {"set samples/docs.vek Scene=99 --every -o out.csv.gz",
+                             "sort samples/docs.vek --by Scene -o out.csv.gz",
+                             "convert samples/docs.vek out.csv.gz"}) {
         const Finish made = vek(folder, line);
         EXPECT_EQ(made.exitCode, 0) << line << made.errors;
         const std::string text = shell(folder, "gzip -dc < out.csv.gz && rm out.csv.gz").output;
-        EXPECT_EQ(text.substr(0, text.find('\n')), csv.substr(0, csv.find('\n'))) << line;
+        EXPECT_TRUE(text.starts_with(heading)) << line << text;
     }
-    EXPECT_EQ(vek(folder, "convert a.vek b.ale.GZ --fps 25").exitCode, 0);
-    EXPECT_TRUE(shell(folder, "gzip -dc < b.ale.GZ").output.starts_with("Heading"));
-    EXPECT_EQ(vek(folder, "convert a.vek b.gz").exitCode, 2);
-    EXPECT_EQ(vek(folder, "info out.csv.gz --max-bytes 18446744073709551615").exitCode, 3);
-    EXPECT_EQ(vek(folder, "info b.ale.GZ --max-bytes 18446744073709551615").exitCode, 0);
+    EXPECT_EQ(vek(folder, "convert samples/docs.vek b.json.GZ").exitCode, 0);
+    EXPECT_TRUE(shell(folder, "gzip -dc < b.json.GZ").output.starts_with("["));
+    EXPECT_EQ(vek(folder, "convert samples/docs.vek b.gz").exitCode, 2);
+    EXPECT_EQ(vek(folder, "info b.json.GZ --max-bytes 18446744073709551615").exitCode, 0);
 }
 
 TEST(PackedFiles, AndThoseInOtherEncodingsAreChangedWhateverTheirSize) {

@@ -105,15 +105,13 @@ struct World {
         "\"text\",\"text\"\n\"Name\",\"Take\"\n\"A\",\"1\"\n",
         "mapped.vek");
     Log other = *vek::openText("Name,Take\nA002,2\nB001,1\n", "other.csv");
-    Log twice = *vek::openText("Name,Reel,Take,Reel\nA,1,2,3\n", "twice.csv");
     std::string outPath = std::string(path).replace(path.rfind("day"), 3, "out");
     std::string packedPath = outPath + ".gz";
 };
 
 std::string pictureOf(const World& world) {
-    std::string picture = pictureOf(world.log) + pictureOf(world.other) + pictureOf(world.mapped);
-    picture += world.mapped.table().get_param_val("V5_FIELD_MAP");
-    return picture + pictureOf(world.twice) + std::string(world.twice.at(0)["Reel"]);
+    return pictureOf(world.log) + pictureOf(world.other) + pictureOf(world.mapped) +
+           world.mapped.table().get_param_val("V5_FIELD_MAP");
 }
 
 template <class T>
@@ -207,13 +205,6 @@ const std::vector<Job> jobs = {
          const bool isFound = w.log.at(0)["take"] == "1" && w.log.at(0)["no such column"].empty();
          return Reason{isFound && w.log.at(0).isTagged() ? Reason::none : Reason::unreadable};
      }},
-    {"remove one of two columns of a name",
-     [](World& w) { return reasonOf(w.twice.removeColumn(w.twice.columns().at(1))); }, false, true},
-    {"rename one of two columns of a name",
-     [](World& w) {
-         return reasonOf(w.twice.renameColumn(w.twice.columns().at(1), "a name that is long"));
-     },
-     false, true},
     {"remove a column",
      [](World& w) { return reasonOf(w.log.removeColumn(w.log.columns().at(1))); }},
     {"rename a column",
