@@ -53,6 +53,7 @@ std::vector<unsigned> sortedRows(const Log& log, const std::vector<unsigned>& ro
 
 /// For each row of the table whether the file's column "Tag" tags it.
 std::vector<bool> taggedRows(const Log& log);
+
 /// The table rows of a view, in its order.
 std::vector<unsigned> rowsOf(const VDBView& view);
 
