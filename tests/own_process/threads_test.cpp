@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -64,6 +65,14 @@ void fillTable(vekdb& table, const Shared& shared) {
     }
 }
 
+// Sorts share how records compare, so that only one may run at a time.
+void sortByName(vekdb& table) {
+    static std::mutex oneAtATime;
+    const std::lock_guard<std::mutex> lock(oneAtATime);
+    table.set_sortfield(0);
+    table.sort(1, 0);
+}
+
 void work(const Shared& shared, int number, bool& isRight) {
     const LightweightString<wchar_t> path =
         shared.folder.widePath("log" + std::to_string(number) + ".vek");
@@ -74,8 +83,7 @@ void work(const Shared& shared, int number, bool& isRight) {
     const CookieVec list = shared.list;
     const CookieSet set(list);
     view->displayRecordsAt(list, 0);
-    table.set_sortfield(0);
-    table.sort(1, 0);
+    sortByName(table);
     table.delete_records(3, 20);
     const FieldMap map(shared.map);
     table.set_filename(path);
