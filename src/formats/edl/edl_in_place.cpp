@@ -2,6 +2,7 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <utility>
 
 #include "formats/edl/edl_lines.h"
 #include "formats/reading/input.h"
@@ -469,7 +470,7 @@ private:
 class SameEvents {
 public:
     SameEvents(const Saving& saving, const std::vector<unsigned>& rows, std::string_view text)
-        : saving_(saving), rows_(rows), back_(readAgain(text)) {}
+        : saving_(saving), rows_(rows), back_(readBack(text)) {}
 
     void require() const {
         if (back_.rowCount() != rows_.size()) refuse(counted(back_.rowCount(), "event"));
@@ -481,6 +482,14 @@ public:
     }
 
 private:
+    Log readBack(std::string_view text) const {
+        try {
+            return readAgain(text);
+        } catch (const Failure&) {
+            refuse("no edit list: no event and no TITLE are left");
+        }
+    }
+
     void require(unsigned i, const EdlRow& meant, const EdlRow& found) const {
         for (std::size_t column = 0; column < edlColumns; ++column) {
             if (meant.event[column] == found.event[column]) continue;

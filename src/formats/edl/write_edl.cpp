@@ -2,6 +2,7 @@
 #include <map>
 #include <numeric>
 #include <set>
+#include <utility>
 
 #include <vekdb/host/text_util.h>
 #include <vekdb/host/timecode.h>
@@ -490,6 +491,12 @@ private:
                parseTimecode(event[edlRecordIn])->dropFrame;
     }
 
+    // Whether an event says how it counts, and none in front of it did.
+    bool isSaidAnew(unsigned row) {
+        const bool isSaid = places_.isEdl() && !trimmed(cell(row, places_.counting)).empty();
+        return isSaid && !std::exchange(isSaidByRows_, true) && isBehindEvent_;
+    }
+
     // A line in front of the first event, and of each that counts in another way. Comments stand
     // in front of an event behind such a line, too; without one they belong to the event before.
     void writeCounting(unsigned row, const EdlEvent& event, bool hasLinesBefore) {
@@ -501,7 +508,8 @@ private:
         if (own.empty() && !fcm_.empty()) lose("events that FCM said nothing of", row);
         const bool isNeeded = hasLinesBefore && isBehindEvent_;
         if (isNeeded && own.empty()) lose("comments in front of an event, behind another", row);
-        if (own.empty() || (own == fcm_ && !isNeeded)) return;
+        const bool isFirstSaid = isSaidAnew(row);
+        if (own.empty() || (own == fcm_ && !isNeeded && !isFirstSaid)) return;
         line("FCM: " + own);
         fcm_ = own;
     }
@@ -591,6 +599,7 @@ private:
     std::string fcm_;
     std::size_t number_ = 0;
     bool isBehindEvent_ = false;
+    bool isSaidByRows_ = false;
     std::int64_t recorded_ = -1;  // the frame that the next event begins at
     bool recordDrops_ = false;
     bool isTitle_ = false;  // the parameter Project

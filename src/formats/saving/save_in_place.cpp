@@ -186,8 +186,8 @@ private:
         if (!form_->saysBetween()) return keep(range);
         const std::string came(reader_.read(range));
         const std::string now = form_->between(came, row);
+        if (!now.empty()) putEnd();
         if (now == came) return keep(range);
-        putEnd();
         text_.own() += now;
     }
 
