@@ -75,6 +75,7 @@ export async function open(path, options = {}) {
     const context = await browser.newContext({
         viewport: size || { width: 1280, height: 900 }, ...rest,
     });
+    context.setDefaultTimeout(120000);
     const page = await context.newPage();
     page.said = [];
     page.asked = [];
