@@ -46,9 +46,10 @@ public:
         bool hasOtherColumns = false;  ///< columns came, went, or changed their names
     };
 
-    /// Is told when the log brings rows into the table or takes them out: for whoever keeps
-    /// something of its own for each row. It is called when the table has changed already, and must
-    /// not edit it; what it throws leaves the edit done.
+    /// Is told of each change that the log makes, whether an edit is done, taken back or done
+    /// again: for whoever keeps something of its own for each row, or writes down what was changed.
+    /// It is called when the table has changed already, and must not edit it; what it throws leaves
+    /// the edit done.
     class VEKDB_PUBLIC Follower {
     public:
         virtual ~Follower() = default;
@@ -56,6 +57,9 @@ public:
         /// and given anew once the edit was dropped.
         virtual void rowsInserted(std::size_t edit, unsigned first, unsigned count) = 0;
         virtual void rowsDeleted(std::size_t edit, unsigned first, unsigned count) = 0;
+        virtual void cellChanged(unsigned row, unsigned column);
+        virtual void tagChanged(unsigned row);
+        virtual void columnsChanged();
     };
 
     /// The table as it is now counts as saved.

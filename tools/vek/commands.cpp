@@ -18,6 +18,7 @@ struct CommandEntry {
 
 constexpr CommandEntry commands[] = {
     {"show", showCommand},
+    {"browse", browseCommand},
     {"info", infoCommand},
     {"check", checkCommand},
     {"convert", convertCommand},

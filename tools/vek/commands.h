@@ -6,6 +6,7 @@
 namespace vek {
 
 Command appendCommand();
+Command browseCommand();
 Command checkCommand();
 Command columnCommand();
 Command completionsCommand();

@@ -119,14 +119,6 @@ bool isEveryRow(const Log& log, const std::vector<unsigned>& rows) {
     return std::none_of(rows.begin(), rows.end(), isOther);
 }
 
-void sortBy(const std::vector<unsigned>& columns, VDBView& view) {
-    std::vector<int> fields(columns.begin(), columns.end());
-    fields.push_back(-1);
-    view->set_sortfields(fields.data());
-    view->sort(0, 0);
-    view->set_sortfield(0);
-}
-
 void cutToPage(const Selection& selection, std::vector<unsigned>& rows) {
     std::size_t skipped = std::min(selection.offset, rows.size());
     rows.erase(rows.begin(), rows.begin() + static_cast<std::ptrdiff_t>(skipped));
@@ -164,6 +156,14 @@ Selected select(const Log& log, const Selection& selection, const std::vector<un
 }
 
 }  // namespace
+
+void sortBy(const std::vector<unsigned>& columns, VDBView& view) {
+    std::vector<int> fields(columns.begin(), columns.end());
+    fields.push_back(-1);
+    view->set_sortfields(fields.data());
+    view->sort(0, 0);
+    view->set_sortfield(0);
+}
 
 bool narrows(const Selection& selection) {
     return hasConditions(selection) || selection.tagged || !selection.unique.empty() ||

@@ -47,6 +47,10 @@ Selected selectRows(const Log& log, const Selection& selection, const std::vecto
 /// A view of these table rows in this order, with their tags.
 VDBView viewOf(const Log& log, const std::vector<unsigned>& rows);
 
+/// Puts the rows of a view in people's order by these columns, empty values last; rows that
+/// compare equal keep theirs.
+void sortBy(const std::vector<unsigned>& columns, VDBView& view);
+
 /// These table rows sorted by columns, as --sort does it.
 std::vector<unsigned> sortedRows(const Log& log, const std::vector<unsigned>& rows,
                                  const std::vector<unsigned>& columns);

@@ -22,6 +22,8 @@ struct EditLog::Edit {
         bool hasRowsOfItsOwn = false;  // each row's values are exchanged with the columns
     };
 
+    void tell(Follower& follower, std::size_t place) const;
+
     Kind kind;
     bool beginsStep = false;
     bool isTakenOut = false;    // rows that the table does not have now

@@ -82,12 +82,29 @@ void EditLog::stepOver(Edit& edit, bool isUndo, Outcome& outcome) {
     late.rethrow();
 }
 
+void EditLog::Follower::cellChanged(unsigned, unsigned) {}
+void EditLog::Follower::tagChanged(unsigned) {}
+void EditLog::Follower::columnsChanged() {}
+
 void EditLog::tell(const Edit& edit, std::size_t place, Late& late) const {
-    if (follower_ == nullptr || edit.kind != Edit::Kind::rows) return;
+    if (follower_ == nullptr) return;
     try {
-        edit.isTakenOut ? follower_->rowsDeleted(place, edit.row, edit.bulk->count)
-                        : follower_->rowsInserted(place, edit.row, edit.bulk->count);
+        edit.tell(*follower_, place);
     } catch (...) {
         if (!late.thrown) late.thrown = std::current_exception();
+    }
+}
+
+void EditLog::Edit::tell(Follower& follower, std::size_t place) const {
+    switch (kind) {
+        case Kind::cell:
+            return follower.cellChanged(row, column);
+        case Kind::tag:
+            return follower.tagChanged(row);
+        case Kind::columns:
+            return follower.columnsChanged();
+        case Kind::rows:
+            isTakenOut ? follower.rowsDeleted(place, row, bulk->count)
+                       : follower.rowsInserted(place, row, bulk->count);
     }
 }

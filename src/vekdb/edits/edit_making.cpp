@@ -101,6 +101,7 @@ bool EditLog::changeColumns(Edit edit, Change change) {
     makeRoom();
     edit.bulk->columns = TableInside::of(table_).columns;
     bool isDone = false;
+    Late late;
     try {
         isDone = change();
     } catch (...) {
@@ -108,13 +109,14 @@ bool EditLog::changeColumns(Edit edit, Change change) {
             std::swap(TableInside::of(table_).columns, edit.bulk->columns);
             throw;
         }
-        enter(std::move(edit));
-        throw;
+        late.thrown = std::current_exception();
     }
-    if (!isDone) return false;
+    if (!isDone && !late.thrown) return false;
     TableInside::of(table_).modified = true;
     forgetIdentities();
     enter(std::move(edit));
+    tell(edits_.back(), done_ - 1, late);
+    late.rethrow();
     return true;
 }
 

@@ -82,6 +82,26 @@ TEST_F(EditLogTest, AFollowerKeepsSomethingForEachRow) {
     EXPECT_THAT(follower.numbers, ElementsAre(2));
 }
 
+TEST_F(EditLogTest, AFollowerIsToldOfEachChange) {
+    struct Notes final : EditLog::Follower {
+        void rowsInserted(std::size_t, unsigned, unsigned) override { text += "inserted "; }
+        void rowsDeleted(std::size_t, unsigned, unsigned) override { text += "deleted "; }
+        void cellChanged(unsigned row, unsigned column) override {
+            text += "cell" + std::to_string(row) + std::to_string(column) + ' ';
+        }
+        void tagChanged(unsigned row) override { text += "tag" + std::to_string(row) + ' '; }
+        void columnsChanged() override { text += "columns "; }
+        std::string text;
+    } notes;
+    log->follow(&notes);
+    log->set(1, 2, "x");
+    log->setTag(2, 1);
+    log->renameColumn(0, "x");
+    log->insertRows(0, 1);
+    while (log->canUndo()) log->undo();
+    EXPECT_EQ("cell12 tag2 columns inserted deleted columns tag2 cell12 ", notes.text);
+}
+
 TEST_F(EditLogTest, WhatAFollowerThrowsLeavesTheEditDone) {
     RowNumbersKept follower;
     follower.throws = true;

@@ -56,6 +56,37 @@ bool isThere(const std::string& path) {
     return ::access(path.c_str(), F_OK) == 0;
 }
 
+namespace {
+
+volatile std::sig_atomic_t askedEnding = 0;
+
+void noteEnding(int signal) {
+    askedEnding = signal;
+}
+
+}  // namespace
+
+NotedEndings::NotedEndings() {
+    askedEnding = 0;
+    struct sigaction noted = {};
+    noted.sa_handler = noteEnding;
+    for (std::size_t i = 0; i < std::size(endings); ++i) {
+        ::sigaction(endings[i], nullptr, &before_[i]);
+        if (before_[i].sa_handler != SIG_IGN) ::sigaction(endings[i], &noted, nullptr);
+    }
+}
+
+NotedEndings::~NotedEndings() {
+    for (std::size_t i = 0; i < std::size(endings); ++i) {
+        ::sigaction(endings[i], &before_[i], nullptr);
+    }
+    if (askedEnding != 0) std::raise(askedEnding);
+}
+
+bool NotedEndings::isAsked() const {
+    return askedEnding != 0;
+}
+
 Undisturbed::Undisturbed() {
     if (undisturbedCount++ > 0) return;
     ::sigemptyset(&heldBack);

@@ -31,6 +31,22 @@ void outliveClosedPipes();
 /// Whether something stands at a path, whatever it is.
 bool isThere(const std::string& path);
 
+/// While it lives, what would end the program (a closed terminal, a kill) is noted, so that the
+/// terminal can be put right before.
+class NotedEndings {
+public:
+    NotedEndings();
+    /// Ends the program as it was asked to, if it was.
+    ~NotedEndings();
+    NotedEndings(const NotedEndings&) = delete;
+    NotedEndings& operator=(const NotedEndings&) = delete;
+
+    bool isAsked() const;
+
+private:
+    struct sigaction before_[3];
+};
+
 /// Keeps Ctrl-C and its kin waiting while a file is being replaced: the old file or the new one is
 /// there then, and nothing beside it. While several files are, until the last of them is. Those
 /// that the program ignores are none of its business.

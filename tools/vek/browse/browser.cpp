@@ -1,0 +1,246 @@
+#include "tools/vek/browse/browser.h"
+
+#include <algorithm>
+
+namespace vek::browse {
+
+Browser::Browser(Opening opening) : opening_(std::move(opening)) {
+    opening_.watcher = nullptr;
+}
+
+void Browser::add(Log log) {
+    Opening own = opening_;
+    own.format = log.opening.format;
+    sheets_.push_back(std::make_unique<Sheet>(std::move(log), own));
+    scrolls_.emplace_back();
+    current_ = sheets_.size() - 1;
+    offerRecovery();
+}
+
+// What fails leaves a message and the sheets as they are.
+void Browser::guarded(const std::function<void()>& run) {
+    const auto fail = [&](const std::string& text) {
+        message_ = text;
+        isTrouble_ = true;
+    };
+    try {
+        run();
+    } catch (const Failure& failure) {
+        fail(failure.text);
+    } catch (const std::bad_alloc&) {
+        fail("there is not enough memory for that");
+    } catch (const std::exception& error) {
+        fail(error.what());
+    }
+    if (isOver()) return;
+    const std::string& trouble = sheet().recovery().trouble();
+    if (!trouble.empty() && message_.empty()) fail(trouble);
+}
+
+void Browser::press(const std::string& key) {
+    if (isOver()) return;
+    message_.clear();
+    isTrouble_ = false;
+    if (key == "^C") {
+        isOver_ = true;
+        return;
+    }
+    if (question_) return guarded([&] { pressQuestion(key); });
+    if (prompt_) return guarded([&] { pressPrompt(key); });
+    if (hasHelp_) return pressHelp(key);
+    search_.stop();
+    const KeyEntry* entry = entryOf(key == " " ? "Space" : key);
+    if (entry == nullptr) {
+        message_ = concat("no key ", key, "; ? lists them all");
+        return;
+    }
+    guarded([&] { perform(entry->act); });
+}
+
+void Browser::pressPrompt(const std::string& key) {
+    if (key == "Esc") {
+        const auto cancelled = prompt_->cancelled;
+        prompt_.reset();
+        search_.stop();
+        if (cancelled) cancelled();
+    } else if (key == "Enter") {
+        const Prompt given = std::move(*prompt_);
+        prompt_.reset();
+        given.answered(given.line.text());
+    } else if (prompt_->line.press(key) && prompt_->typed) {
+        prompt_->typed(prompt_->line.text());
+    }
+}
+
+void Browser::pressQuestion(const std::string& key) {
+    const Question given = std::move(*question_);
+    question_.reset();
+    for (const Question::Answer& answer : given.answers) {
+        if (answer.key == key) return answer.run();
+    }
+}
+
+void Browser::pressHelp(const std::string& key) {
+    const KeyEntry* entry = entryOf(key);
+    const std::size_t most = keyHelp().size() - 1;
+    const Act act = entry == nullptr ? Act::cancel : entry->act;
+    if (act == Act::down)
+        helpTop_ = std::min(most, helpTop_ + 1);
+    else if (act == Act::up)
+        helpTop_ -= helpTop_ > 0 ? 1 : 0;
+    else if (act == Act::pageDown)
+        helpTop_ = std::min(most, helpTop_ + pageRows());
+    else if (act == Act::pageUp)
+        helpTop_ -= std::min(helpTop_, pageRows());
+    else
+        hasHelp_ = false;
+}
+
+void Browser::perform(Act act) {
+    if (move(act) || choose(act) || tag(act) || edit(act) || layOut(act) || file(act)) return;
+    switch (act) {
+        case Act::command:
+            return ask(":", "", [this](const std::string& line) { run(line); });
+        case Act::help:
+            hasHelp_ = true;
+            helpTop_ = 0;
+            return;
+        case Act::redraw:
+            wantsRedraw_ = true;
+            return;
+        case Act::cancel:
+            return sheet().unmark();
+        case Act::quit:
+            return close();
+        default:
+            isOver_ = true;
+    }
+}
+
+bool Browser::move(Act act) {
+    Sheet& now = sheet();
+    const auto page = static_cast<long long>(pageRows());
+    switch (act) {
+        case Act::up:
+            return now.moveBy(-1), true;
+        case Act::down:
+            return now.moveBy(1), true;
+        case Act::left:
+            return now.moveColumns(-1), true;
+        case Act::right:
+            return now.moveColumns(1), true;
+        case Act::pageUp:
+            return now.moveBy(-page), true;
+        case Act::pageDown:
+            return now.moveBy(page), true;
+        case Act::halfUp:
+            return now.moveBy(-std::max(1LL, page / 2)), true;
+        case Act::halfDown:
+            return now.moveBy(std::max(1LL, page / 2)), true;
+        case Act::first:
+            return now.moveTo(0), true;
+        case Act::last:
+            return now.moveTo(Sheet::nowhere), true;
+        case Act::firstColumn:
+            return now.moveToColumn(0), true;
+        case Act::lastColumn:
+            return now.moveToColumn(now.columns().size()), true;
+        case Act::goToRow:
+            return ask("row ", "", [this](const std::string& text) { goToRow(text); }), true;
+        case Act::goToTimecode:
+            ask("timecode ", "", [this](const std::string& text) { goToTimecode(text); });
+            return true;
+        case Act::findForward:
+        case Act::findBack:
+            return find(act == Act::findBack), true;
+        case Act::findNext:
+            return findAgain(search_.isBack()), true;
+        case Act::findPrevious:
+            return findAgain(!search_.isBack()), true;
+        default:
+            return false;
+    }
+}
+
+bool Browser::layOut(Act act) {
+    Sheet& now = sheet();
+    switch (act) {
+        case Act::widen:
+            return now.widen(4, shownWidth_), true;
+        case Act::narrow:
+            return now.widen(-4, shownWidth_), true;
+        case Act::hide:
+            return now.hide(), true;
+        case Act::showColumns:
+            return now.showAllColumns(), true;
+        case Act::columnLeft:
+            return now.moveColumn(-1), true;
+        case Act::columnRight:
+            return now.moveColumn(1), true;
+        case Act::keepColumns:
+            return keepColumns(), true;
+        case Act::card:
+            return hasCard_ = !hasCard_, true;
+        default:
+            return false;
+    }
+}
+
+void Browser::keepColumns() {
+    Sheet& now = sheet();
+    const std::size_t wanted = now.columnPlace() + 1;
+    now.keep(now.kept() == wanted ? 1 : wanted);
+    message_ = counted(now.kept(), "column") + " stay at the left";
+}
+
+void Browser::ask(const std::string& title, const std::string& text, Answered answered) {
+    prompt_ = Prompt{title, LineInput(text), std::move(answered)};
+}
+
+// The line that says what is done is drawn first.
+void Browser::later(const std::string& what, std::function<void()> job) {
+    message_ = what + " ...";
+    job_ = std::move(job);
+}
+
+void Browser::work() {
+    if (job_) {
+        const std::function<void()> job = std::exchange(job_, nullptr);
+        message_.clear();
+        return guarded(job);
+    }
+    if (!search_.isRunning() || isOver()) return;
+    if (search_.step(sheet())) return showFound();
+    message_ = concat("looking for ", search_.text(), " ... ",
+                      std::to_string(search_.percent(sheet())), " %");
+}
+
+void Browser::click(std::size_t x, std::size_t y) {
+    if (isOver() || prompt_ || question_ || hasHelp_ || y < firstLine_) return;
+    const std::size_t place = scrolls_[current_].top + y - firstLine_;
+    if (y - firstLine_ >= page_ || place >= sheet().rows().size()) return;
+    sheet().moveTo(static_cast<unsigned>(place));
+    for (const Spot& spot : spots_) {
+        if (x >= spot.x && x < spot.x + spot.width) sheet().moveToColumn(spot.column);
+    }
+}
+
+void Browser::turn(int rows) {
+    if (isOver() || prompt_ || question_) return;
+    if (!hasHelp_) return sheet().moveBy(rows);
+    pressHelp(rows < 0 ? "Up" : "Down");
+}
+
+std::optional<std::vector<std::string>> Browser::takeCommand() {
+    return std::exchange(command_, std::nullopt);
+}
+
+std::vector<std::string> Browser::recoveryFiles() const {
+    std::vector<std::string> files;
+    for (const auto& sheet : sheets_) {
+        if (sheet->isUnsaved()) files.push_back(sheet->recovery().path());
+    }
+    return files;
+}
+
+}  // namespace vek::browse

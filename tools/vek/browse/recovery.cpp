@@ -1,0 +1,234 @@
+#include "tools/vek/browse/recovery.h"
+
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+#include "formats/text/text_lines.h"
+
+namespace fs = std::filesystem;
+
+namespace vek::browse {
+
+namespace {
+
+constexpr std::string_view heading = "vek browse, edits not saved";
+
+// Tabs separate the fields of a line; within one they, and what ends lines, are written out.
+void addField(std::string& out, std::string_view field) {
+    for (char c : field) {
+        switch (c) {
+            case '\\':
+                out += "\\\\";
+                break;
+            case '\t':
+                out += "\\t";
+                break;
+            case '\n':
+                out += "\\n";
+                break;
+            case '\r':
+                out += "\\r";
+                break;
+            case '\0':
+                out += "\\0";
+                break;
+            default:
+                out += c;
+        }
+    }
+}
+
+std::string fieldOf(std::string_view written) {
+    std::string out;
+    for (std::size_t i = 0; i < written.size(); ++i) {
+        const bool isEscape = written[i] == '\\' && i + 1 < written.size();
+        if (!isEscape) {
+            out += written[i];
+            continue;
+        }
+        switch (written[++i]) {
+            case 't':
+                out += '\t';
+                break;
+            case 'n':
+                out += '\n';
+                break;
+            case 'r':
+                out += '\r';
+                break;
+            case '0':
+                out += '\0';
+                break;
+            default:
+                out += written[i];
+        }
+    }
+    return out;
+}
+
+std::vector<std::string> fieldsOf(std::string_view line) {
+    std::vector<std::string> fields;
+    for (std::string_view piece : split(line, '\t')) fields.push_back(fieldOf(piece));
+    return fields;
+}
+
+unsigned numberOf(const std::string& text) {
+    unsigned number = EditLog::none;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+std::string markLine(const FileMark& mark) {
+    return concat(heading, "\t", std::to_string(mark.size), "\t", std::to_string(mark.time));
+}
+
+// Columns come at the end, go from there, and get other names.
+void giveColumns(EditLog& edits, const std::vector<std::string>& fields) {
+    const auto count = static_cast<unsigned>(fields.size() - 1);
+    while (edits.table().get_num_fields() > count) {
+        if (!edits.removeColumn(edits.table().get_num_fields() - 1)) return;
+    }
+    for (unsigned i = 0; i < count; ++i) {
+        const std::string& name = fields[i + 1];
+        if (i < edits.table().get_num_fields()) {
+            edits.renameColumn(i, name.c_str());
+        } else {
+            edits.addColumn({cellText(name), DBFieldTypes::text});
+        }
+    }
+}
+
+void replayLine(EditLog& edits, const std::vector<std::string>& fields) {
+    const std::string& kind = fields.front();
+    if (kind == "set" && fields.size() == 4) {
+        edits.set(numberOf(fields[1]), numberOf(fields[2]), fields[3]);
+    } else if (kind == "insert" && fields.size() >= 2) {
+        const std::vector<std::string_view> values(fields.begin() + 2, fields.end());
+        edits.insertRow(numberOf(fields[1]), values.data(), values.size());
+    } else if (kind == "delete" && fields.size() == 3) {
+        edits.deleteRows(numberOf(fields[1]), numberOf(fields[2]));
+    } else if (kind == "columns") {
+        giveColumns(edits, fields);
+    }
+}
+
+std::string recoveryPath(const std::string& logPath) {
+    const fs::path path(logPath);
+    return (path.parent_path() / ("." + path.filename().string() + ".vek-edits")).string();
+}
+
+}  // namespace
+
+std::optional<FileMark> markOf(const std::string& path) {
+    std::error_code error;
+    if (!fs::is_regular_file(path, error)) return {};
+    const std::uintmax_t size = fs::file_size(path, error);
+    if (error) return {};
+    const auto time = fs::last_write_time(path, error);
+    if (error) return {};
+    return FileMark{size, static_cast<long long>(time.time_since_epoch().count())};
+}
+
+Recovery::Recovery(const std::string& logPath) : path_(recoveryPath(logPath)) {}
+
+bool Recovery::exists() const {
+    std::error_code error;
+    return fs::is_regular_file(fs::symlink_status(path_, error));
+}
+
+bool Recovery::fits(const FileMark& mark) const {
+    std::ifstream file(path_, std::ios::binary);
+    std::string first;
+    return std::getline(file, first) && first == markLine(mark);
+}
+
+// A last line without an end was being written when the program ended.
+std::size_t Recovery::replay(const std::string& path, EditLog& edits) {
+    std::ifstream file(path, std::ios::binary);
+    std::string line;
+    std::getline(file, line);
+    const EditLog::Step step(edits);
+    std::size_t count = 0;
+    while (std::getline(file, line) && !file.eof()) {
+        replayLine(edits, fieldsOf(line));
+        ++count;
+    }
+    return count;
+}
+
+// Made anew and never followed: whatever stands there already is not ours. Nothing is in it before
+// it is its owner's alone.
+void Recovery::open() {
+    if (file_ != nullptr || !mark_ || !trouble_.empty()) return;
+    file_.reset(std::fopen(path_.c_str(), "wbx"));
+    if (file_ == nullptr) return check(false);
+    std::error_code error;
+    fs::permissions(path_, fs::perms::owner_read | fs::perms::owner_write, error);
+    if (error) return check(false);
+    line({markLine(*mark_)});
+}
+
+void Recovery::check(bool isWell) {
+    if (isWell) return;
+    trouble_ = concat(path_, ": ", std::strerror(errno),
+                      "; what is edited is lost if the program ends before it is saved");
+    file_.reset();
+}
+
+void Recovery::line(const std::vector<std::string_view>& fields) {
+    if (file_ == nullptr) return;
+    text_.clear();
+    const bool isHeading = fields.size() == 1;
+    for (std::string_view field : fields) {
+        if (!text_.empty()) text_ += '\t';
+        isHeading ? void(text_ += field) : addField(text_, field);
+    }
+    text_ += '\n';
+    check(std::fwrite(text_.data(), 1, text_.size(), file_.get()) == text_.size());
+}
+
+void Recovery::cellChanged(const Log& log, unsigned row, unsigned column) {
+    open();
+    line({"set", std::to_string(row), std::to_string(column), log.cell(row, column)});
+}
+
+void Recovery::rowsInserted(const Log& log, unsigned first, unsigned count) {
+    open();
+    std::vector<std::string_view> cells(log.columnCount());
+    for (unsigned row = first; row < first + count; ++row) {
+        log.cells(row, cells);
+        const std::string at = std::to_string(row);
+        std::vector<std::string_view> fields = {"insert", at};
+        fields.insert(fields.end(), cells.begin(), cells.end());
+        line(fields);
+    }
+}
+
+void Recovery::rowsDeleted(unsigned first, unsigned count) {
+    open();
+    line({"delete", std::to_string(first), std::to_string(count)});
+}
+
+void Recovery::columnsChanged(const Log& log) {
+    open();
+    std::vector<std::string> names = log.columnNames();
+    std::vector<std::string_view> fields = {"columns"};
+    fields.insert(fields.end(), names.begin(), names.end());
+    line(fields);
+}
+
+void Recovery::flush() {
+    if (file_ != nullptr) check(std::fflush(file_.get()) == 0);
+}
+
+void Recovery::remove() {
+    file_.reset();
+    trouble_.clear();
+    std::error_code ignored;
+    fs::remove(path_, ignored);
+}
+
+}  // namespace vek::browse

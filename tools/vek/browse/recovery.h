@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <vekdb/edit_log.h>
+#include "formats/log/log.h"
+
+namespace vek::browse {
+
+using namespace formats;
+
+/// By what a file on the disk is known again.
+struct FileMark {
+    std::uintmax_t size = 0;
+    long long time = 0;
+    bool operator==(const FileMark&) const = default;
+};
+/// Nothing where there is no file, as for standard input.
+std::optional<FileMark> markOf(const std::string& path);
+
+/// The file beside a log that holds what was edited and not saved: ".NAME.vek-edits", readable by
+/// nobody but its owner. It is made by the first change, grows by each, and goes with the last
+/// reason for it. A line is a change of the table; what the lines do not hold is the log itself, so
+/// they fit the file alone that they were written beside.
+class Recovery {
+public:
+    explicit Recovery(const std::string& logPath);
+
+    const std::string& path() const { return path_; }
+    bool exists() const;
+    /// Whether edits that stand there were made to the log as it is on the disk.
+    bool fits(const FileMark& mark) const;
+    /// Makes the edits that stand in a recovery file, as one step; how many there were.
+    static std::size_t replay(const std::string& path, EditLog& edits);
+
+    /// From now on edits are made to a file of this mark.
+    void begin(const std::optional<FileMark>& mark) { mark_ = mark; }
+    void cellChanged(const Log& log, unsigned row, unsigned column);
+    void rowsInserted(const Log& log, unsigned first, unsigned count);
+    void rowsDeleted(unsigned first, unsigned count);
+    void columnsChanged(const Log& log);
+    /// All that was told is in the file then.
+    void flush();
+    /// Removes the file; what is told from now on is written to a new one.
+    void remove();
+    /// What went wrong with writing it; empty as a rule. Editing goes on without it.
+    const std::string& trouble() const { return trouble_; }
+
+private:
+    struct Closer {
+        void operator()(std::FILE* file) const { std::fclose(file); }
+    };
+
+    void open();
+    void line(const std::vector<std::string_view>& fields);
+    void check(bool isWell);
+
+    std::string path_;
+    std::optional<FileMark> mark_;
+    std::unique_ptr<std::FILE, Closer> file_;
+    std::string trouble_;
+    std::string text_;
+};
+
+}  // namespace vek::browse

@@ -1,0 +1,149 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <vekdb/edit_log.h>
+#include "tools/vek/browse/recovery.h"
+#include "tools/vek/browse/row_stack.h"
+
+namespace vek::browse {
+
+/// A log that is looked at and edited: its rows as the stack shows them, its columns as they are
+/// laid out, where the cursor is, and all edits. Knows nothing of keys and screens. Nothing is
+/// written to the log's file but by `save`; edits go to the recovery file as they are made.
+class Sheet : private EditLog::Follower {
+public:
+    struct Column {
+        unsigned column = 0;
+        std::size_t width = 0;  ///< that somebody gave it; 0 for the one that fits
+        bool isHidden = false;
+    };
+    /// Rows of the table, none twice.
+    using Rows = std::vector<unsigned>;
+    static constexpr unsigned nowhere = RowStack::nowhere;
+
+    Sheet(Log log, Opening opening);
+    ~Sheet() override;
+    Sheet(const Sheet&) = delete;
+    Sheet& operator=(const Sheet&) = delete;
+
+    const Log& log() const { return log_; }
+    const Opening& opening() const { return opening_; }
+    EditLog& edits() { return edits_; }
+    RowStack& rows() { return rows_; }
+    const RowStack& rows() const { return rows_; }
+    Recovery& recovery() { return recovery_; }
+
+    // --- where one is
+    unsigned place() const { return place_; }
+    /// The table's row under the cursor; `nowhere` in a log that shows none.
+    unsigned row() const { return place_ < rows_.size() ? rows_.rowAt(place_) : nowhere; }
+    /// The column of the table under the cursor.
+    unsigned column() const { return columns_.empty() ? nowhere : columns_[at_].column; }
+    std::size_t columnPlace() const { return at_; }
+    const std::vector<Column>& columns() const { return columns_; }
+    void moveTo(unsigned place);
+    void moveBy(long long rows);
+    void moveToColumn(std::size_t at);
+    /// To the next column that is not hidden.
+    void moveColumns(int by);
+    /// False when the row is not shown.
+    bool moveToRow(unsigned row);
+    /// To the first row from the cursor on that holds the timecode, round the end; false when none
+    /// does.
+    bool moveToTimecode(const std::string& code);
+    /// The rows from the mark to the cursor, or the cursor's alone.
+    Rows chosenRows() const;
+    void mark() { marked_ = place_; }
+    void unmark() { marked_ = nowhere; }
+    bool isMarked(unsigned place) const;
+    bool hasMark() const { return marked_ != nowhere; }
+
+    // --- columns
+    void widen(int by, std::size_t shownWidth);
+    void hide();
+    void showAllColumns();
+    void moveColumn(int by);
+    /// So many at the left stay while the others are scrolled.
+    std::size_t kept() const { return kept_; }
+    void keep(std::size_t columns) { kept_ = std::min(columns, columns_.size()); }
+
+    // --- what is shown
+    void filter(const std::string& name, const Selection& selection);
+    bool unfilter();
+    void sort(std::vector<unsigned> columns, bool isReversed);
+    void refresh();
+    Rows shownRows() const;
+
+    // --- tags, in the column "Tag"
+    bool isTagged(unsigned row) const;
+    enum class Tagging { tag, untag, invert };
+    void tag(const Rows& rows, Tagging how);
+    /// Those of the whole log.
+    Rows taggedRows() const;
+
+    // --- edits
+    void setCell(unsigned row, unsigned column, const std::string& text);
+    void setCells(const Rows& rows, unsigned column, const std::string& text);
+    /// Behind the cursor's row, or before it. The cursor goes there.
+    void insertRow(bool isBehind);
+    void deleteRows(Rows rows);
+    void renameColumn(unsigned column, const std::string& name);
+    /// False when there is nothing to take back.
+    bool undo();
+    bool redo();
+    /// Appends rows of another sheet: columns by their names; how many columns found none.
+    std::size_t append(const Sheet& from, const Rows& rows);
+    bool isUnsaved() const { return edits_.hasUnsavedEdits(); }
+
+    // --- the file
+    /// Whether the file on the disk is another one than was read.
+    bool isChangedOnDisk() const;
+    /// Takes the edits over that the recovery file holds; how many.
+    std::size_t recover();
+    /// Writes all into the log's file; what was not edited stays as it came, unless the file was
+    /// changed meanwhile. What the file could not hold.
+    std::vector<std::string> save();
+    /// Writes all, or what is shown as it is shown, into another file.
+    std::vector<std::string> saveAs(const std::string& path, bool asShown);
+    /// Writes the rows shown, with all columns, into another file.
+    void writeRows(const std::string& path);
+    /// Forgets the edits that are not saved.
+    void discard() { recovery_.remove(); }
+
+private:
+    void rowsInserted(std::size_t edit, unsigned first, unsigned count) override;
+    void rowsDeleted(std::size_t edit, unsigned first, unsigned count) override;
+    void cellChanged(unsigned row, unsigned column) override;
+    void columnsChanged() override;
+    void settle();
+    void follow(const EditLog::Outcome& outcome);
+    unsigned tagColumn();
+    void fitColumns();
+    void clampPlace();
+    Log fresh(std::vector<unsigned>& order, bool holds) const;
+    void renameIn(Log& to) const;
+    void copyRow(unsigned row, Log& to, unsigned toRow) const;
+
+    Log log_;
+    Opening opening_;
+    EditLog edits_;
+    RowStack rows_;
+    Recovery recovery_;
+    std::optional<FileMark> mark_;
+    std::vector<Column> columns_;
+    unsigned knownColumns_ = 0;
+    std::size_t kept_ = 1;
+    unsigned place_ = 0;
+    std::size_t at_ = 0;
+    unsigned marked_ = nowhere;
+    // For each row of the table the one of the file that it was; empty while all stand as there.
+    std::vector<unsigned> origins_;
+    std::map<std::size_t, std::vector<unsigned>> gone_;
+};
+
+}  // namespace vek::browse

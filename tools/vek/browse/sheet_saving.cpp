@@ -1,0 +1,153 @@
+#include <filesystem>
+#include <numeric>
+#include <optional>
+
+#include "formats/formats.h"
+#include "formats/log/column_edits.h"
+#include "formats/saving/file_sink.h"
+#include "formats/saving/save_in_place.h"
+#include "tools/vek/browse/sheet.h"
+#include "tools/vek/cli/saving.h"
+#include "tools/vek/cli/terminal.h"
+
+namespace vek::browse {
+
+namespace {
+
+// A file on whose replacement no signal falls.
+std::vector<std::string> closed(Output& out, const Losses& losses) {
+    const Undisturbed undisturbed;
+    std::vector<std::string> notes = out.close();
+    const auto& messages = losses.messages();
+    notes.insert(notes.end(), messages.begin(), messages.end());
+    for (const Losses::Kind& kind : losses.kinds()) {
+        notes.push_back(concat(kind.what, ": ", std::to_string(kind.count)));
+    }
+    return notes;
+}
+
+std::vector<std::string> writeAs(const Sheet& sheet, Format target, const VDBView& rows,
+                                 const std::vector<unsigned>& columns, const std::string& path,
+                                 Held held) {
+    const Log& log = sheet.log();
+    Output out(path, std::make_unique<FileSink>(path, std::move(held)));
+    Losses losses;
+    formats::Sheet written{log, rows, columns};
+    writeSheet(written, target, {log.lineEnd, log.beganWithMark}, out, losses);
+    return closed(out, losses);
+}
+
+std::vector<unsigned> numbers(unsigned count) {
+    std::vector<unsigned> all(count);
+    std::iota(all.begin(), all.end(), 0u);
+    return all;
+}
+
+}  // namespace
+
+bool Sheet::isChangedOnDisk() const {
+    return mark_ && markOf(log_.path) != mark_;
+}
+
+// The edits are written down anew as they are made; the old file stays until they all are.
+std::size_t Sheet::recover() {
+    const std::string kept = recovery_.path() + "~";
+    std::filesystem::rename(recovery_.path(), kept);
+    const std::size_t count = Recovery::replay(kept, edits_);
+    settle();
+    std::filesystem::remove(kept);
+    return count;
+}
+
+// Columns come and go at the end alone.
+void Sheet::renameIn(Log& to) const {
+    while (to.columnCount() > log_.columnCount()) ColumnEdits(to).remove(to.columnCount() - 1);
+    for (unsigned column = 0; column < to.columnCount(); ++column) {
+        const std::string was = to.columnName(column);
+        const std::string name = log_.columnName(column);
+        if (was != name) ColumnEdits(to).rename(column, was, name);
+    }
+    for (unsigned column = to.columnCount(); column < log_.columnCount(); ++column) {
+        to.table->addField({cellText(log_.columnName(column)), DBFieldTypes::text});
+    }
+}
+
+void Sheet::copyRow(unsigned row, Log& to, unsigned toRow) const {
+    dbrecord& record = *to.table->get_record(toRow);
+    for (unsigned column = 0; column < log_.columnCount(); ++column) {
+        const std::string_view cell = log_.cell(row, column);
+        if (record.fieldView(column) == cell) continue;
+        record.setField(static_cast<unsigned short>(column), cellText(cell));
+    }
+}
+
+// The file is read once more, and gets what was edited: so all that was not is known to stand as
+// it came.
+Log Sheet::fresh(std::vector<unsigned>& order, bool holds) const {
+    Log to = holds ? openLogToChange(log_.path, opening_) : openLogToCopy(log_.path, opening_);
+    requireWhole(to);
+    renameIn(to);
+    for (unsigned row = 0; row < log_.rowCount(); ++row) {
+        unsigned toRow = origins_.empty() ? row : origins_[row];
+        if (toRow == nowhere) toRow = to.table->add_records(1);
+        copyRow(row, to, toRow);
+        order.push_back(toRow);
+    }
+    return to;
+}
+
+std::vector<std::string> Sheet::save() {
+    requireWhole(log_);
+    const Format target = targetOf(log_);
+    std::vector<std::string> notes;
+    if (isChangedOnDisk() || !isChangedInPlace(log_.format)) {
+        notes = writeAs(*this, target, viewOf(log_, numbers(log_.rowCount())), allColumns(log_),
+                        log_.path, holdFile(log_.path));
+    } else {
+        std::vector<unsigned> order;
+        const Log to = fresh(order, true);
+        InPlace now(to);
+        now.rows = std::move(order);
+        Output out(log_.path, std::make_unique<FileSink>(log_.path, to.held));
+        Losses losses;
+        writeInPlace(now, false, out, losses);
+        notes = closed(out, losses);
+    }
+    origins_.clear();
+    gone_.clear();
+    edits_.markSaved();
+    recovery_.remove();
+    mark_ = markOf(log_.path);
+    recovery_.begin(mark_);
+    return notes;
+}
+
+void Sheet::writeRows(const std::string& path) {
+    writeAs(*this, targetFor(log_, path), rows_.shown(), allColumns(log_), path, nullptr);
+}
+
+std::vector<std::string> Sheet::saveAs(const std::string& path, bool asShown) {
+    requireWhole(log_);
+    const Format target = targetFor(log_, path);
+    if (asShown) {
+        std::vector<unsigned> shown;
+        for (const Column& column : columns_) {
+            if (!column.isHidden) shown.push_back(column.column);
+        }
+        return writeAs(*this, target, rows_.shown(), shown, path, nullptr);
+    }
+    if (target != log_.format || !isChangedInPlace(target) || isChangedOnDisk()) {
+        return writeAs(*this, target, viewOf(log_, numbers(log_.rowCount())), allColumns(log_),
+                       path, nullptr);
+    }
+    std::vector<unsigned> order;
+    const Log to = fresh(order, false);
+    InPlace now(to);
+    now.rows = std::move(order);
+    Output out(path, std::make_unique<FileSink>(path));
+    Losses losses;
+    writeInPlace(now, false, out, losses);
+    return closed(out, losses);
+}
+
+}  // namespace vek::browse
