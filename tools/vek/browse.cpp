@@ -120,7 +120,7 @@ Command browseCommand() {
         "the file .FILE.vek-edits beside the log, and are offered when the log is opened next. In "
         "it ? lists the keys.",
         {{"vek browse samples/dailies.vek", "look at a log"},
-         {"vek browse day1.ale day2.csv", "two of them; Tab goes from one to the other"}},
+         {"vek browse day1.vek day2.vek", "two of them; Tab goes from one to the other"}},
         {{"FILE", "the logs", false, true}},
         {{"--no-color", "", "no colours, as with NO_COLOR in the environment"}, fromOption()},
         run,
