@@ -106,6 +106,21 @@ TEST(Watch, APipeGetsTheRowsThatWereNotThereBefore) {
               "vek: a.csv: is gone; waiting for it to come back\nA5,5\nA6,6");
 }
 
+TEST(Watch, WhatHasNoPlaceInTheFormatIsToldOnce) {
+    WorkFolder folder;
+    const std::string table =
+        "\"VEKDB:Rev 1\"\n\"FPS:24\"\n\"VEKDB\"\n\"4\"\n\"text\"\n\"Name\"\n\"A1\"\n";
+    folder.write("a.vek", table);
+    Followed followed(folder, "a.vek -f jsonl");
+    followed.waitFor("A1");
+    append(folder, "a.vek", "\"A2\"\n");
+    followed.waitFor("A2");
+    std::string seen = followed.seen();
+    const std::string told = "vek: standard output: parameters have no place in this format: 1";
+    EXPECT_NE(seen.find(told), std::string::npos) << seen;
+    EXPECT_EQ(seen.find(told), seen.rfind(told)) << seen;
+}
+
 TEST(Watch, ColumnsOfATableStayInLineBehindAPipe) {
     WorkFolder folder;
     folder.write("a.csv", "Name,Take\nLongName,1\n");

@@ -117,11 +117,8 @@ TEST_P(Documents, IsThere) {
     EXPECT_FALSE(text_.empty());
 }
 
-// Shown as a plain pipe gets it. The tour of the program is shown as a terminal gets it: the
-// program's own tests run it on one.
-class PlainDocuments : public Documents {};
-
-TEST_P(PlainDocuments, EveryExampleGivesTheOutputThatIsShown) {
+// Shown as a plain pipe gets it.
+TEST_P(Documents, EveryExampleGivesTheOutputThatIsShown) {
     Session session;
     for (const Block& block : blocksOf(text_, "console")) {
         for (const Command& command : commandsOf(block.text)) {
@@ -192,14 +189,7 @@ TEST_P(Promises, NameTestsThatAreThere) {
 INSTANTIATE_TEST_SUITE_P(Pages, Promises,
                          testing::Values("docs/security.md", "docs/reliability.md"));
 
-static std::vector<std::string> plainDocuments() {
-    auto paths = documents();
-    std::erase(paths, "docs/vek.md");
-    return paths;
-}
-
 INSTANTIATE_TEST_SUITE_P(Docs, Documents, testing::ValuesIn(documents()), nameOf);
-INSTANTIATE_TEST_SUITE_P(Docs, PlainDocuments, testing::ValuesIn(plainDocuments()), nameOf);
 
 // What a newcomer is sent to must be there, and each room of the library be named.
 TEST(Architecture, NamesPlacesThatExist) {

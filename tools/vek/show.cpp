@@ -106,8 +106,7 @@ void printAs(Format target, const Sheet& sheet, const Args& args, Printout& out)
     Losses losses;
     writeSheet(sheet, target, style, out, losses);
     out.close();
-    // Text for people and pipes tells nothing about parameters; a file kept does.
-    if (args.has("output") || target == Format::ale) tellLosses(losses, out.name());
+    tellLosses(losses, out.name());
 }
 
 // Prints a log that is followed: on a terminal what fits it, drawn anew each time, else the rows
@@ -163,14 +162,21 @@ private:
     // One heading stands in front of all rows.
     void writeRows(const Sheet& sheet, Format target, Printout& out) const {
         const WriteStyle style = styleFrom(args_, target);
-        Losses ignored;
-        const bool isGoingOn = !new_.hasOtherColumns() && target != Format::jsonl;
-        if (!isGoingOn) return writeSheet(sheet, target, style, out, ignored);
+        Losses losses;
+        if (new_.hasOtherColumns() || target == Format::jsonl)
+            writeSheet(sheet, target, style, out, losses);
+        else
+            addRows(sheet, target, style, out, losses);
+        tellLosses(losses, out.name());
+    }
+
+    static void addRows(const Sheet& sheet, Format target, const WriteStyle& style, Printout& out,
+                        Losses& losses) {
         std::string line;
         for (unsigned row = 0; row < sheet.rowCount(); ++row) {
             line.clear();
             addDelimitedRow(line, sheet, row, sheet.columns.size(),
-                            target == Format::csv ? ',' : '\t', ignored);
+                            target == Format::csv ? ',' : '\t', losses);
             out.write(line += bytesOf(style.lineEnd));
         }
     }
