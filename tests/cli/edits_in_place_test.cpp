@@ -231,19 +231,12 @@ private:
     bool isOld_ = false;
 };
 
-Finish vek(const WorkFolder& folder, std::vector<std::string> words) {
-    words.insert(words.begin(), "vek");
-    Start start;
-    start.words = std::move(words);
-    return run(folder, start);
-}
-
 // What a reader finds, an empty text for a value that is not there.
 std::vector<Cells> readBack(const WorkFolder& folder, const File& file, const Cells& names) {
     std::vector<std::string> words = {"show", file.name, "--format", "jsonl"};
     words.insert(words.end(), file.options.begin(), file.options.end());
     std::vector<Cells> rows;
-    std::istringstream lines(vek(folder, words).output);
+    std::istringstream lines(runVek(folder, words).output);
     for (std::string line; std::getline(lines, line);) {
         const nlohmann::json row = nlohmann::json::parse(line);
         Cells cells;
@@ -292,7 +285,7 @@ private:
 
     Finish change(std::vector<std::string> words) {
         words.insert(words.end(), file_.options.begin(), file_.options.end());
-        Finish finish = vek(folder_, words);
+        Finish finish = runVek(folder_, words);
         EXPECT_EQ(finish.exitCode, 0) << finish.errors;
         return finish;
     }

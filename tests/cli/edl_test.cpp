@@ -4,13 +4,6 @@
 
 namespace {
 
-Finish vek(const WorkFolder& folder, std::vector<std::string> words) {
-    words.insert(words.begin(), "vek");
-    Start start;
-    start.words = std::move(words);
-    return run(folder, start);
-}
-
 std::string sources(int count) {
     std::string list;
     for (int i = 0; i < count; ++i) {
@@ -23,11 +16,11 @@ std::string sources(int count) {
 void expectNothingLost(const std::string& list) {
     WorkFolder folder;
     folder.write("a.edl", list);
-    EXPECT_EQ(vek(folder, {"convert", "a.edl", "a.vek"}).exitCode, 0);
-    EXPECT_EQ(vek(folder, {"convert", "a.vek", "b.edl"}).exitCode, 0);
+    EXPECT_EQ(runVek(folder, {"convert", "a.edl", "a.vek"}).exitCode, 0);
+    EXPECT_EQ(runVek(folder, {"convert", "a.vek", "b.edl"}).exitCode, 0);
     EXPECT_EQ(folder.read("b.edl"), list);
-    EXPECT_EQ(vek(folder, {"diff", "a.edl", "a.vek"}).exitCode, 0);
-    EXPECT_EQ(vek(folder, {"diff", "a.edl", "b.edl"}).exitCode, 0);
+    EXPECT_EQ(runVek(folder, {"diff", "a.edl", "a.vek"}).exitCode, 0);
+    EXPECT_EQ(runVek(folder, {"diff", "a.edl", "b.edl"}).exitCode, 0);
 }
 
 const std::string oneEvent =

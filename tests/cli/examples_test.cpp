@@ -19,13 +19,6 @@ std::string contentOf(const fs::path& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-Finish vek(const WorkFolder& folder, std::vector<std::string> words) {
-    words.insert(words.begin(), "vek");
-    Start start;
-    start.words = std::move(words);
-    return run(folder, start);
-}
-
 // A folder in which the examples can be run: "vek" is on the path, and the logs they name exist.
 class ExampleFolder : public WorkFolder {
 public:
@@ -55,7 +48,7 @@ private:
 
 std::vector<std::string> commandNames() {
     WorkFolder folder;
-    Finish help = vek(folder, {"--help"});
+    Finish help = runVek(folder, {"--help"});
     std::vector<std::string> names;
     std::istringstream in(help.output.substr(help.output.find("Commands:\n") + 10));
     for (std::string line; std::getline(in, line) && !line.empty();) {
@@ -92,7 +85,7 @@ class HelpExamples : public testing::TestWithParam<std::string> {};
 
 TEST_P(HelpExamples, AllRun) {
     ExampleFolder folder;
-    Finish help = vek(folder, {GetParam(), "--help"});
+    Finish help = runVek(folder, {GetParam(), "--help"});
     ASSERT_EQ(help.exitCode, 0);
     std::vector<std::string> lines = examplesOf(help.output);
     EXPECT_FALSE(lines.empty());
@@ -137,11 +130,11 @@ TEST(Completions, BashTakesThemAndCompletes) {
 
 TEST(Completions, NameEveryCommandAndOption) {
     WorkFolder folder;
-    const std::string names = vek(folder, {"complete", "zsh", "--", ""}).output;
+    const std::string names = runVek(folder, {"complete", "zsh", "--", ""}).output;
     for (const std::string& name : commandNames()) {
         EXPECT_NE(names.find("\n" + name + "\t"), std::string::npos) << name;
-        const Finish help = vek(folder, {name, "--help"});
-        const Finish options = vek(folder, {"complete", "zsh", "--", name, "-"});
+        const Finish help = runVek(folder, {name, "--help"});
+        const Finish options = runVek(folder, {"complete", "zsh", "--", name, "-"});
         std::istringstream in(help.output.substr(help.output.find("\nOptions:")));
         for (std::string line; std::getline(in, line);) {
             const std::size_t at = line.find("--");
@@ -157,7 +150,7 @@ TEST(Completions, NameEveryCommandAndOption) {
 TEST(Completions, DoNotWaitForAPipe) {
     WorkFolder folder;
     ASSERT_EQ(::mkfifo((folder.path() / "fifo").c_str(), 0600), 0);
-    const Finish finish = vek(folder, {"complete", "zsh", "--", "show", "fifo", "--sort", ""});
+    const Finish finish = runVek(folder, {"complete", "zsh", "--", "show", "fifo", "--sort", ""});
     EXPECT_EQ(finish.output, "part\n");
     EXPECT_EQ(finish.errors, "");
 }
@@ -167,14 +160,14 @@ TEST(Completions, KnowTheColumnsOfALogWhoseHeadingIsLong) {
     std::string text = "First";
     for (int i = 0; i < 50000; ++i) text += ",Column" + std::to_string(i);
     folder.write("wide.csv", text + "\n" + std::string(3 << 20, 'x') + "\n");
-    const Finish finish = vek(folder, {"complete", "zsh", "--", "sort", "wide.csv", "-b", "Fi"});
+    const Finish finish = runVek(folder, {"complete", "zsh", "--", "sort", "wide.csv", "-b", "Fi"});
     EXPECT_EQ(finish.output, "part\nFirst\n");
 }
 
 TEST(Quiet, IsAnOptionOfEveryCommand) {
     WorkFolder folder;
     for (const std::string& name : commandNames()) {
-        EXPECT_NE(vek(folder, {name, "--help"}).output.find("-q, --quiet"), std::string::npos)
+        EXPECT_NE(runVek(folder, {name, "--help"}).output.find("-q, --quiet"), std::string::npos)
             << name;
     }
 }
@@ -183,11 +176,11 @@ TEST(Quiet, IsAnOptionOfEveryCommand) {
 // formatter would take for one of its own requests.
 TEST(Man, HasEveryOptionOfEveryCommand) {
     WorkFolder folder;
-    Finish page = vek(folder, {"man"});
+    Finish page = runVek(folder, {"man"});
     ASSERT_EQ(page.exitCode, 0);
     for (const std::string& name : commandNames()) {
         EXPECT_NE(page.output.find(".SH \"vek " + name + "\"\n"), std::string::npos) << name;
-        Finish help = vek(folder, {name, "--help"});
+        Finish help = runVek(folder, {name, "--help"});
         std::istringstream in(help.output);
         for (std::string word; in >> word;) {
             if (!word.starts_with("--") || word == "--help" || word.size() < 4) continue;

@@ -41,17 +41,14 @@ std::string contentOf(const fs::path& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-Finish vek(const WorkFolder& folder, std::vector<std::string> words) {
-    words.insert(words.begin(), "vek");
-    Start start;
-    start.words = std::move(words);
-    Finish finish = run(folder, start);
+Finish done(const WorkFolder& folder, const std::vector<std::string>& words) {
+    Finish finish = runVek(folder, words);
     EXPECT_EQ(finish.exitCode, 0) << finish.errors;
     return finish;
 }
 
 json rowsOf(const WorkFolder& folder, const std::string& path) {
-    json rows = json::parse(vek(folder, {"convert", path, "-", "--to", "json"}).output);
+    json rows = json::parse(done(folder, {"convert", path, "-", "--to", "json"}).output);
     return rows;
 }
 
@@ -136,8 +133,8 @@ TEST(FieldData, CsvThroughATableFileChangesNoCell) {
     for (const fs::path& path : filesOf("csv")) {
         SCOPED_TRACE(path.string());
         WorkFolder folder;
-        vek(folder, {"convert", path, "log.vek"});
-        vek(folder, {"convert", "log.vek", "back.csv"});
+        done(folder, {"convert", path, "log.vek"});
+        done(folder, {"convert", "log.vek", "back.csv"});
         EXPECT_EQ(rowsOf(folder, "back.csv"), rowsOf(folder, path));
         EXPECT_EQ(rowsOf(folder, "log.vek"), rowsOf(folder, path));
     }
@@ -147,7 +144,7 @@ TEST(FieldData, AleRowsAreReadAsTheyStand) {
     for (const fs::path& path : filesOf("ale")) {
         SCOPED_TRACE(path.string());
         WorkFolder folder;
-        vek(folder, {"convert", path, "back.ale"});
+        done(folder, {"convert", path, "back.ale"});
         expectSameCells(aleRows(contentOf(path)), aleRows(folder.read("back.ale")));
     }
 }
@@ -156,10 +153,10 @@ TEST(FieldData, AleThroughATableFileChangesNoCell) {
     for (const fs::path& path : filesOf("ale")) {
         SCOPED_TRACE(path.string());
         WorkFolder folder;
-        vek(folder, {"convert", path, "log.vek"});
-        vek(folder, {"convert", "log.vek", "back.ale"});
+        done(folder, {"convert", path, "log.vek"});
+        done(folder, {"convert", "log.vek", "back.ale"});
         expectSameCells(aleRows(contentOf(path)), aleRows(folder.read("back.ale")));
-        vek(folder, {"convert", "log.vek", "log.csv"});
+        done(folder, {"convert", "log.vek", "log.csv"});
         EXPECT_EQ(rowsOf(folder, "log.csv"), rowsOf(folder, "log.vek"));
         EXPECT_EQ(rowsOf(folder, "log.csv").size(), aleRows(contentOf(path)).size());
     }
@@ -174,7 +171,7 @@ TEST(FieldData, EditListsGiveARowForEveryEvent) {
         ASSERT_GT(events, 0);
         json rows = rowsOf(folder, path);
         EXPECT_EQ(rows.size(), static_cast<std::size_t>(events));
-        vek(folder, {"convert", path, "log.vek"});
+        done(folder, {"convert", path, "log.vek"});
         EXPECT_EQ(rowsOf(folder, "log.vek"), rows);
     }
 }
@@ -184,8 +181,8 @@ TEST(FieldData, EditListsLoseNoWord) {
     for (const fs::path& path : filesOf("edl")) {
         SCOPED_TRACE(path.string());
         WorkFolder folder;
-        std::string kept = vek(folder, {"convert", path, "-", "--to", "csv"}).output +
-                           vek(folder, {"param", "list", path}).output;
+        std::string kept = done(folder, {"convert", path, "-", "--to", "csv"}).output +
+                           done(folder, {"param", "list", path}).output;
         std::istringstream in(contentOf(path));
         for (std::string word; in >> word;) {
             bool isLabel = word.find(':') == word.size() - 1 || word.starts_with('*');
@@ -200,12 +197,12 @@ TEST(FieldData, EditListsGoBackEqual) {
     for (const fs::path& path : filesOf("edl")) {
         SCOPED_TRACE(path);
         WorkFolder folder;
-        vek(folder, {"convert", path, "back.edl"});
+        done(folder, {"convert", path, "back.edl"});
         EXPECT_EQ(folder.read("back.edl"), contentOf(path));
-        vek(folder, {"convert", path, "table.vek"});
-        vek(folder, {"convert", "table.vek", "again.edl"});
-        vek(folder, {"diff", path, "again.edl"});
-        EXPECT_EQ(vek(folder, {"param", "list", path}).output,
-                  vek(folder, {"param", "list", "again.edl"}).output);
+        done(folder, {"convert", path, "table.vek"});
+        done(folder, {"convert", "table.vek", "again.edl"});
+        done(folder, {"diff", path, "again.edl"});
+        EXPECT_EQ(done(folder, {"param", "list", path}).output,
+                  done(folder, {"param", "list", "again.edl"}).output);
     }
 }

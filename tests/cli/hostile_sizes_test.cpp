@@ -25,12 +25,6 @@ std::string sparseLines() {
     return out;
 }
 
-Finish vek(const WorkFolder& folder, const std::string& line) {
-    Start start;
-    start.words = shellWords("vek " + line);
-    return run(folder, start);
-}
-
 void expectTooManyCells(const Finish& finish) {
     EXPECT_EQ(finish.exitCode, 3);
     EXPECT_NE(finish.errors.find("--max-cells allows more"), std::string::npos) << finish.errors;
@@ -46,7 +40,7 @@ TEST(HostileSizes, FewBytesThatWouldMakeAnEnormousTableAreRefused) {
     folder.write("sparse.jsonl", sparseLines());
     for (const char* file : {"wide.csv", "long.csv", "long.vek", "sparse.jsonl"}) {
         for (const char* command : {"info ", "show ", "check "}) {
-            expectTooManyCells(vek(folder, std::string(command) + file));
+            expectTooManyCells(runVekLine(folder, std::string(command) + file));
         }
     }
 }
@@ -54,7 +48,7 @@ TEST(HostileSizes, FewBytesThatWouldMakeAnEnormousTableAreRefused) {
 TEST(HostileSizes, ALongRowAmongFewIsATable) {
     WorkFolder folder;
     folder.write("long.csv", "a\n1\n" + times("x,", 60000) + "x\n2\n");
-    Finish finish = vek(folder, "convert long.csv - --to csv");
+    Finish finish = runVekLine(folder, "convert long.csv - --to csv");
     EXPECT_EQ(finish.exitCode, 0);
     EXPECT_TRUE(finish.output.starts_with("a,Extra 1,Extra 2,")) << finish.output.substr(0, 50);
     EXPECT_NE(finish.output.find(",Extra 60000\n1,,"), std::string::npos);
@@ -63,7 +57,7 @@ TEST(HostileSizes, ALongRowAmongFewIsATable) {
 TEST(HostileSizes, EqualNamesGetNumbersInTheirOrder) {
     WorkFolder folder;
     folder.write("names.csv", times("x,", 15999) + "x\n1\n");
-    Finish finish = vek(folder, "convert names.csv - --to jsonl");
+    Finish finish = runVekLine(folder, "convert names.csv - --to jsonl");
     EXPECT_EQ(finish.exitCode, 0);
     EXPECT_TRUE(finish.output.starts_with("{\"x\": \"1\", \"x 2\": \"\", \"x 3\": \"\""));
     EXPECT_TRUE(finish.output.ends_with("\"x 16000\": \"\"}\n"));
@@ -72,7 +66,7 @@ TEST(HostileSizes, EqualNamesGetNumbersInTheirOrder) {
 TEST(HostileSizes, OneLongCellMakesNotEveryRowOfAPipeAsLong) {
     WorkFolder folder;
     folder.write("cell.csv", "a,b\n" + std::string(500000, 'x') + ",y\n" + times("1,2\n", 1000));
-    Finish finish = vek(folder, "show cell.csv");
+    Finish finish = runVekLine(folder, "show cell.csv");
     EXPECT_EQ(finish.exitCode, 0);
     EXPECT_NE(finish.output.find(std::string(500000, 'x') + "  y\n"), std::string::npos);
     EXPECT_LT(finish.output.size(), 800000u);
@@ -81,12 +75,12 @@ TEST(HostileSizes, OneLongCellMakesNotEveryRowOfAPipeAsLong) {
 TEST(HostileSizes, ProblemsAreKeptUpToAThousandAndCountedFromThere) {
     WorkFolder folder;
     folder.write("short.csv", "a,b\n" + times("1\n", 1500));
-    Finish info = vek(folder, "info short.csv");
+    Finish info = runVekLine(folder, "info short.csv");
     EXPECT_NE(info.errors.find("1480 more like these; vek check lists the first thousand"),
               std::string::npos)
         << info.errors;
     EXPECT_NE(info.output.find("Problems    1500\n"), std::string::npos) << info.output;
-    Finish check = vek(folder, "check short.csv");
+    Finish check = runVekLine(folder, "check short.csv");
     EXPECT_NE(check.output.find("short.csv: 500 problems more of reading\n"), std::string::npos);
     EXPECT_NE(check.errors.find("1500 problems"), std::string::npos) << check.errors;
 }
@@ -106,9 +100,9 @@ TEST(HostileSizes, LongNamesInEveryRowAreNotWrittenWithoutEnd) {
         EXPECT_NE(finish.errors.find("--max-output allows more"), std::string::npos)
             << finish.errors;
     }
-    Finish finish = vek(folder, "convert other.csv - --to csv --max-output 1");
+    Finish finish = runVekLine(folder, "convert other.csv - --to csv --max-output 1");
     EXPECT_EQ(finish.exitCode, 4);
-    EXPECT_EQ(vek(folder, "convert other.csv - --to csv --max-output 2").exitCode, 0);
+    EXPECT_EQ(runVekLine(folder, "convert other.csv - --to csv --max-output 2").exitCode, 0);
 }
 
 TEST(HostileSizes, ConflictsOfAMergeAreToldUpToAThousand) {
@@ -121,7 +115,7 @@ TEST(HostileSizes, ConflictsOfAMergeAreToldUpToAThousand) {
     }
     folder.write("one.csv", one);
     folder.write("two.csv", two);
-    Finish finish = vek(folder, "merge one.csv two.csv --key Name --to csv");
+    Finish finish = runVekLine(folder, "merge one.csv two.csv --key Name --to csv");
     EXPECT_EQ(finish.exitCode, 1);
     EXPECT_EQ(std::count(finish.errors.begin(), finish.errors.end(), '\n'), 1002);
     EXPECT_NE(finish.errors.find("vek: 500 more like these\nvek: 1500 conflicts; choose"),
@@ -134,8 +128,8 @@ TEST(HostileSizes, LogsThatAreEnormousTogetherAreNotMerged) {
     for (int i = 1; i < 60000; ++i) names += ",c" + std::to_string(i);
     folder.write("wide.csv", names + "\n");
     folder.write("long.csv", "a\n" + times("1\n", 100000));
-    expectTooManyCells(vek(folder, "merge long.csv wide.csv --to csv"));
-    expectTooManyCells(vek(folder, "merge wide.csv long.csv --to csv"));
+    expectTooManyCells(runVekLine(folder, "merge long.csv wide.csv --to csv"));
+    expectTooManyCells(runVekLine(folder, "merge wide.csv long.csv --to csv"));
 }
 
 TEST(HostileSizes, MoreColumnsThanALogHoldsAreNotMerged) {
@@ -145,7 +139,7 @@ TEST(HostileSizes, MoreColumnsThanALogHoldsAreNotMerged) {
         for (int i = 1; i < 40000; ++i) names += "," + (side + std::to_string(i));
         folder.write(std::string(side) + ".csv", names + "\n1\n");
     }
-    Finish finish = vek(folder, "merge a.csv b.csv -o out.vek");
+    Finish finish = runVekLine(folder, "merge a.csv b.csv -o out.vek");
     EXPECT_EQ(finish.exitCode, 4);
     EXPECT_NE(finish.errors.find("b.csv: no room for column \"b25535\", a log holds at most 65535"),
               std::string::npos)
@@ -157,11 +151,13 @@ TEST(HostileSizes, ProblemsOfHeadingsAndEditListsAreCountedToo) {
     WorkFolder folder;
     folder.write("x.edl", "TITLE: x\n1 A V C 01:00:00:00 01:00:01:00 02:00:00:00 02:00:01:00\n" +
                               times("2 A V C\n", 1500));
-    EXPECT_NE(vek(folder, "info x.edl").output.find("Problems    1500\n"), std::string::npos);
+    EXPECT_NE(runVekLine(folder, "info x.edl").output.find("Problems    1500\n"),
+              std::string::npos);
     folder.write("x.ale",
                  "Heading\n" + times("FPS\t24\nFPS\t25\n", 750) + "Column\nName\nData\nx\n");
-    EXPECT_NE(vek(folder, "info x.ale").output.find("Problems    1499\n"), std::string::npos);
-    Finish check = vek(folder, "check x.ale");
+    EXPECT_NE(runVekLine(folder, "info x.ale").output.find("Problems    1499\n"),
+              std::string::npos);
+    Finish check = runVekLine(folder, "check x.ale");
     EXPECT_NE(check.output.find("499 problems more of reading"), std::string::npos)
         << check.output.substr(0, 300);
 }
@@ -171,7 +167,7 @@ TEST(HostileSizes, ARowOfMoreValuesThanATableHoldsIsNotLostInSilence) {
     const std::string table =
         "\"VEKDB:Rev 1\"\n\"VEKDB\"\n\"4\"\n\"text\"\n\"a\"\n" + times("x,", 65536) + "last\n";
     folder.write("long.vek", table);
-    Finish finish = vek(folder, "set long.vek --every a=y");
+    Finish finish = runVekLine(folder, "set long.vek --every a=y");
     EXPECT_NE(finish.exitCode, 0);
     EXPECT_NE(finish.errors.find("more than 65535 values"), std::string::npos) << finish.errors;
     EXPECT_EQ(folder.read("long.vek"), table);

@@ -2,31 +2,16 @@
 
 #include "cli/program.h"
 
-namespace {
-
-Finish shell(const WorkFolder& folder, const std::string& line) {
-    Start start;
-    start.words = {"/bin/sh", "-c", line};
-    return run(folder, start);
-}
-
-Finish vek(const WorkFolder& folder, const std::string& line) {
-    Start start;
-    start.words = shellWords("vek " + line);
-    return run(folder, start);
-}
-
-}  // namespace
-
 TEST(PackedFiles, AreReadAndWrittenBackPacked) {
     WorkFolder folder;
     folder.write("a.csv", "Name;Take\nA;1\n");
     EXPECT_EQ(shell(folder, "gzip a.csv && gzip -c samples/docs.vek > b.vek.gz").exitCode, 0);
-    EXPECT_NE(vek(folder, "info a.csv.gz").output.find("Packed      gzip\n"), std::string::npos);
-    EXPECT_EQ(vek(folder, "set a.csv.gz Take=2 --every").exitCode, 0);
+    EXPECT_NE(runVekLine(folder, "info a.csv.gz").output.find("Packed      gzip\n"),
+              std::string::npos);
+    EXPECT_EQ(runVekLine(folder, "set a.csv.gz Take=2 --every").exitCode, 0);
     EXPECT_EQ(shell(folder, "gzip -dc a.csv.gz").output, "Name;Take\nA;2\n");
-    EXPECT_EQ(vek(folder, "diff samples/docs.vek b.vek.gz").exitCode, 0);
-    EXPECT_EQ(vek(folder, "set b.vek.gz Scene=99 --every").exitCode, 0);
+    EXPECT_EQ(runVekLine(folder, "diff samples/docs.vek b.vek.gz").exitCode, 0);
+    EXPECT_EQ(runVekLine(folder, "set b.vek.gz Scene=99 --every").exitCode, 0);
     EXPECT_NE(shell(folder, "gzip -dc b.vek.gz").output.find("\"A001\",\"99\""), std::string::npos);
 }
 
@@ -34,14 +19,14 @@ TEST(PackedFiles, CopiesArePackedWhereTheirNameSaysSo) {
     WorkFolder folder;
     folder.write("a.csv", "Name;Take\nB;1\nA;2\n");
     EXPECT_EQ(shell(folder, "gzip -k a.csv").exitCode, 0);
-    EXPECT_EQ(vek(folder, "sort a.csv.gz --by Name -o plain.csv").exitCode, 0);
+    EXPECT_EQ(runVekLine(folder, "sort a.csv.gz --by Name -o plain.csv").exitCode, 0);
     EXPECT_EQ(folder.read("plain.csv"), "Name;Take\nA;2\nB;1\n");
-    EXPECT_EQ(vek(folder, "set a.csv Take=9 --every -o set.csv.GZ").exitCode, 0);
+    EXPECT_EQ(runVekLine(folder, "set a.csv Take=9 --every -o set.csv.GZ").exitCode, 0);
     EXPECT_EQ(shell(folder, "gzip -dc < set.csv.GZ").output, "Name;Take\nB;9\nA;9\n");
-    EXPECT_EQ(vek(folder, "convert a.csv made.ale.gz --to csv").exitCode, 0);
+    EXPECT_EQ(runVekLine(folder, "convert a.csv made.ale.gz --to csv").exitCode, 0);
     EXPECT_EQ(shell(folder, "gzip -dc made.ale.gz").output, "Name,Take\nB,1\nA,2\n");
     EXPECT_EQ(shell(folder, "cp a.csv named.csv.gz").exitCode, 0);
-    EXPECT_EQ(vek(folder, "set named.csv.gz Take=3 --where Name==A").exitCode, 0);
+    EXPECT_EQ(runVekLine(folder, "set named.csv.gz Take=3 --where Name==A").exitCode, 0);
     EXPECT_EQ(folder.read("named.csv.gz"), "Name;Take\nB;1\nA;3\n");
 }
 
@@ -69,16 +54,16 @@ TEST(PackedFiles, AndThoseInOtherEncodingsAreChangedWhateverTheirSize) {
     while (text.size() < 2500000) text += "1,2\n";
     folder.write("a.csv", text);
     EXPECT_EQ(shell(folder, "iconv -f UTF-8 -t UTF-16 a.csv > u.csv; gzip a.csv").exitCode, 0);
-    EXPECT_EQ(vek(folder, "set u.csv a=7 --every").exitCode, 0);
-    EXPECT_EQ(vek(folder, "set a.csv.gz a=7 --every").exitCode, 0);
-    EXPECT_EQ(vek(folder, "diff u.csv a.csv.gz").exitCode, 0);
+    EXPECT_EQ(runVekLine(folder, "set u.csv a=7 --every").exitCode, 0);
+    EXPECT_EQ(runVekLine(folder, "set a.csv.gz a=7 --every").exitCode, 0);
+    EXPECT_EQ(runVekLine(folder, "diff u.csv a.csv.gz").exitCode, 0);
 }
 
 TEST(PackedFiles, SeveralBehindOneAnotherAreOneText) {
     WorkFolder folder;
     const std::string make = "(printf 'Name\\nA\\n' | gzip; printf 'B\\n' | gzip) > a.csv.gz";
     EXPECT_EQ(shell(folder, make).exitCode, 0);
-    EXPECT_EQ(vek(folder, "convert a.csv.gz - --to csv").output, "Name\nA\nB\n");
+    EXPECT_EQ(runVekLine(folder, "convert a.csv.gz - --to csv").output, "Name\nA\nB\n");
 }
 
 TEST(PackedFiles, CutBehindEveryByteTheyAreRefused) {
@@ -87,27 +72,27 @@ TEST(PackedFiles, CutBehindEveryByteTheyAreRefused) {
     const std::string whole = folder.read("whole.gz");
     for (std::size_t size = 3; size < whole.size(); ++size) {
         folder.write("a.csv.gz", std::string_view(whole).substr(0, size));
-        const Finish finish = vek(folder, "info a.csv.gz");
+        const Finish finish = runVekLine(folder, "info a.csv.gz");
         ASSERT_EQ(finish.exitCode, 3) << size;
         ASSERT_NE(finish.errors.find("expected a whole file of gzip"), std::string::npos)
             << finish.errors;
     }
     folder.write("a.csv.gz", whole + "x");
-    EXPECT_EQ(vek(folder, "info a.csv.gz").exitCode, 3);
+    EXPECT_EQ(runVekLine(folder, "info a.csv.gz").exitCode, 3);
 }
 
 TEST(PackedFiles, BombsEndAtAStatedRatioOrWhereAPersonSays) {
     WorkFolder folder;
     EXPECT_EQ(shell(folder, "head -c 100000000 /dev/zero | tr '\\0' a | gzip > a.csv.gz").exitCode,
               0);
-    const Finish ratio = vek(folder, "info a.csv.gz");
+    const Finish ratio = runVekLine(folder, "info a.csv.gz");
     EXPECT_EQ(ratio.exitCode, 3);
     EXPECT_NE(ratio.errors.find("unpacks to more than 86"), std::string::npos) << ratio.errors;
-    const Finish said = vek(folder, "info a.csv.gz --max-bytes 1000000");
+    const Finish said = runVekLine(folder, "info a.csv.gz --max-bytes 1000000");
     EXPECT_EQ(said.exitCode, 3);
     EXPECT_NE(said.errors.find("unpacks to more than 1000000 bytes"), std::string::npos)
         << said.errors;
-    EXPECT_EQ(vek(folder, "info a.csv.gz --max-bytes 200000000").exitCode, 0);
+    EXPECT_EQ(runVekLine(folder, "info a.csv.gz --max-bytes 200000000").exitCode, 0);
 }
 
 // Whose size is found out first, because the beginning of it promises no honest log.

@@ -233,6 +233,23 @@ Finish run(const WorkFolder& folder, const Start& start) {
     return finish;
 }
 
+Finish runVek(const WorkFolder& folder, std::vector<std::string> words) {
+    words.insert(words.begin(), "vek");
+    Start start;
+    start.words = std::move(words);
+    return run(folder, start);
+}
+
+Finish runVekLine(const WorkFolder& folder, const std::string& line) {
+    return runVek(folder, shellWords(line));
+}
+
+Finish shell(const WorkFolder& folder, const std::string& line) {
+    Start start;
+    start.words = {"/bin/sh", "-c", line, VEK_PROGRAM};
+    return run(folder, start);
+}
+
 std::vector<std::string> shellWords(std::string_view line) {
     std::vector<std::string> words;
     std::string word;

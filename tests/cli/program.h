@@ -48,5 +48,11 @@ struct Finish {
 /// Runs a program in the folder to its end; a failure of the test when it takes too long.
 Finish run(const WorkFolder& folder, const Start& start);
 
+/// The same of our program with these arguments, or with those of a command line.
+Finish runVek(const WorkFolder& folder, std::vector<std::string> words);
+Finish runVekLine(const WorkFolder& folder, const std::string& line);
+/// The same of a shell, in which "$0" is our program.
+Finish shell(const WorkFolder& folder, const std::string& line);
+
 /// The words of a command line, with quotes and backslashes as a shell has them.
 std::vector<std::string> shellWords(std::string_view line);

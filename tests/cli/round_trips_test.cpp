@@ -129,13 +129,6 @@ unsigned logsWanted() {
     return wanted == nullptr ? 4 : static_cast<unsigned>(std::strtoul(wanted, nullptr, 10));
 }
 
-Finish vek(const WorkFolder& folder, std::vector<std::string> words) {
-    Start start;
-    start.words = std::move(words);
-    start.words.insert(start.words.begin(), "vek");
-    return run(folder, start);
-}
-
 // What is asked of the log for editing systems tells of nothing that was lost.
 bool tellsALoss(const std::string& errors) {
     for (std::size_t at = 0; at < errors.size();) {
@@ -148,20 +141,20 @@ bool tellsALoss(const std::string& errors) {
 }
 
 json rowsOf(const WorkFolder& folder, const std::string& file) {
-    const Finish finish = vek(folder, {"convert", file, "-", "--to", "json", "--quiet"});
+    const Finish finish = runVek(folder, {"convert", file, "-", "--to", "json", "--quiet"});
     EXPECT_EQ(finish.exitCode, 0) << file << ": " << finish.errors;
     return json::parse(finish.output, nullptr, false);
 }
 
 std::string parameterOf(const WorkFolder& folder, const std::string& file,
                         const std::string& name) {
-    const Finish finish = vek(folder, {"param", "get", file, name});
+    const Finish finish = runVek(folder, {"param", "get", file, name});
     const std::string& text = finish.output;
     return text.ends_with('\n') ? text.substr(0, text.size() - 1) : text;
 }
 
 void expectBack(const WorkFolder& folder, const std::string& file, const json& rows) {
-    const Finish finish = vek(folder, {"convert", "in.json", file, "--fps", "25"});
+    const Finish finish = runVek(folder, {"convert", "in.json", file, "--fps", "25"});
     const bool isWritten = finish.exitCode == 0;
     ASSERT_TRUE(isWritten || finish.exitCode == 4) << finish.errors;
     if (!isWritten || tellsALoss(finish.errors)) return;
@@ -201,11 +194,11 @@ TEST(RoundTrips, GiveBackEveryParameterOrTellOfItOrRefuse) {
         const WorkFolder folder;
         Logs logs(turn);
         folder.write("in.json", events(logs).dump());
-        vek(folder, {"convert", "in.json", "in.vek", "--quiet"});
+        runVek(folder, {"convert", "in.json", "in.vek", "--quiet"});
         std::map<std::string, std::string> given;
         for (const std::string& name : {std::string("TITLE"), logs.text(), logs.text()}) {
             const std::string value = logs.text();
-            const Finish finish = vek(folder, {"param", "set", "in.vek", name, value});
+            const Finish finish = runVek(folder, {"param", "set", "in.vek", name, value});
             // The field map is the table file's own, and the rate is asked for below.
             const bool isSpecial = name == "V5_FIELD_MAP" || name == "FPS";
             if (finish.exitCode != 0 || tellsALoss(finish.errors) || isSpecial) continue;
@@ -214,7 +207,7 @@ TEST(RoundTrips, GiveBackEveryParameterOrTellOfItOrRefuse) {
         }
         for (const char* ending : {"vek", "ale", "edl", "otio"}) {
             const std::string file = std::string("out.") + ending;
-            const Finish finish = vek(folder, {"convert", "in.vek", file, "--fps", "25"});
+            const Finish finish = runVek(folder, {"convert", "in.vek", file, "--fps", "25"});
             if (finish.exitCode != 0 || tellsALoss(finish.errors)) continue;
             for (const auto& [name, value] : given) {
                 EXPECT_EQ(parameterOf(folder, file, name), value)
@@ -234,10 +227,10 @@ TEST(RoundTrips, OfAChangedCellGiveItBackOrRefuse) {
         if (value.find_first_of("{}") != std::string::npos) continue;
         for (const char* ending : {"vek", "csv", "tsv", "ale", "json", "jsonl"}) {
             const std::string file = std::string("log.") + ending;
-            vek(folder, {"convert", "in.json", file, "--quiet"});
+            runVek(folder, {"convert", "in.json", file, "--quiet"});
             if (!folder.has(file)) continue;  // refused
             const std::string before = folder.read(file);
-            const Finish finish = vek(folder, {"set", file, "Name=" + value, "--every"});
+            const Finish finish = runVek(folder, {"set", file, "Name=" + value, "--every"});
             ASSERT_TRUE(finish.exitCode == 0 || folder.read(file) == before) << finish.errors;
             const bool isTold = finish.errors.find("changed\n") + 8 != finish.errors.size() ||
                                 finish.errors.find('\n') + 1 != finish.errors.size();

@@ -1,16 +1,13 @@
 // Inputs that are no plain files, or are files that nobody wrote.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "cli/program.h"
 
-namespace {
+namespace fs = std::filesystem;
 
-Finish shell(const WorkFolder& folder, const std::string& line) {
-    Start start;
-    start.words = {"/bin/sh", "-c", line, VEK_PROGRAM};
-    return run(folder, start);
-}
+namespace {
 
 void expectRefused(const Finish& finish, const std::string& about) {
     EXPECT_EQ(finish.exitCode, 3) << finish.errors;

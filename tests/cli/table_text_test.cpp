@@ -8,12 +8,6 @@ namespace {
 
 constexpr const char* columns = "\"VEKDB\"\n\"4\",\"4\"\n\"text\",\"text\"\n\"A\",\"B\"\n";
 
-Finish runVek(const WorkFolder& folder, const std::string& line) {
-    Start start;
-    start.words = shellWords(line);
-    return run(folder, start);
-}
-
 // A header of parameters, the last but one cut at another place by the end of a first piece.
 std::string headerOf(std::size_t size) {
     std::string text = "\"VEKDB:Rev 1\"\n\"Note:";
@@ -31,11 +25,11 @@ TEST_P(HeaderAroundTheFirstPiece, IsFoundWhole) {
     std::string text = headerOf(GetParam());
     folder.write("whole.vek", text + "\"1\",\"2\"\n");
     folder.write("short.vek", text + "\"1\",\"2\"\n\"3\"\n");
-    Finish whole = runVek(folder, "vek show whole.vek --format csv");
+    Finish whole = runVekLine(folder, "show whole.vek --format csv");
     EXPECT_EQ(whole.exitCode, 0);
     EXPECT_EQ(whole.output, "A,B\n1,2\n");
     EXPECT_EQ(whole.errors, "");
-    Finish damaged = runVek(folder, "vek show short.vek --format csv");
+    Finish damaged = runVekLine(folder, "show short.vek --format csv");
     EXPECT_EQ(damaged.exitCode, 1);
     EXPECT_EQ(damaged.output, "A,B\n1,2\n3,\n");
     EXPECT_EQ(damaged.errors,
@@ -67,7 +61,7 @@ protected:
 
 TEST_F(LongTable, IsReadWhole) {
     writeWith("", 0);
-    Finish finish = runVek(folder_, "vek show long.vek --where A==39999");
+    Finish finish = runVekLine(folder_, "show long.vek --where A==39999");
     EXPECT_EQ(finish.exitCode, 0);
     EXPECT_EQ(finish.errors, "");
     EXPECT_NE(finish.output.find("1 of 40000 rows"), std::string::npos) << finish.output;
@@ -75,7 +69,7 @@ TEST_F(LongTable, IsReadWhole) {
 
 TEST_F(LongTable, EndsAtAnEmptyLine) {
     writeWith("\n", 30000);
-    Finish finish = runVek(folder_, "vek show long.vek --limit 1");
+    Finish finish = runVekLine(folder_, "show long.vek --limit 1");
     EXPECT_EQ(finish.exitCode, 1);
     EXPECT_EQ(
         finish.errors,
@@ -85,7 +79,7 @@ TEST_F(LongTable, EndsAtAnEmptyLine) {
 
 TEST_F(LongTable, KeepsARowThatLooksLikeAHeader) {
     writeWith("\"VEKDB\",\"2\"\n", 39998);
-    Finish finish = runVek(folder_, "vek check long.vek");
+    Finish finish = runVekLine(folder_, "check long.vek");
     EXPECT_EQ(finish.exitCode, 1);
     EXPECT_NE(finish.output.find("long.vek:40007:A: \"VEKDB\""), std::string::npos)
         << finish.output;

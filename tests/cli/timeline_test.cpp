@@ -17,12 +17,6 @@ std::string times(std::string_view text, std::size_t count) {
     return out;
 }
 
-Finish vek(const WorkFolder& folder, const std::string& line) {
-    Start start;
-    start.words = shellWords("vek " + line);
-    return run(folder, start);
-}
-
 void expectRefused(const Finish& finish, std::string_view about) {
     EXPECT_EQ(finish.exitCode, 3);
     EXPECT_NE(finish.errors.find(about), std::string::npos) << finish.errors;
@@ -44,7 +38,7 @@ std::vector<fs::path> timelines(const std::string& kind) {
 }
 
 json rowsOf(const WorkFolder& folder, const std::string& path, json kinds) {
-    const Finish finish = vek(folder, "convert '" + path + "' - --to json");
+    const Finish finish = runVekLine(folder, "convert '" + path + "' - --to json");
     EXPECT_EQ(finish.exitCode, 0) << finish.errors;
     json rows = json::array();
     for (json& row : json::parse(finish.output)) {
@@ -59,7 +53,7 @@ void expectCutsRefused(const std::string& name, const std::string& text) {
     WorkFolder folder;
     for (std::size_t size = 1; size + 2 < text.size(); ++size) {
         folder.write(name, std::string_view(text).substr(0, size));
-        const Finish finish = vek(folder, "info " + name);
+        const Finish finish = runVekLine(folder, "info " + name);
         ASSERT_EQ(finish.exitCode, 3) << size << "\n" << finish.errors;
         ASSERT_TRUE(finish.errors.starts_with("vek: " + name + ":")) << finish.errors;
     }
@@ -86,13 +80,13 @@ TEST(Timelines, CutBehindEveryByteTheyAreRefused) {
 TEST(Timelines, DepthWithoutEndIsRefusedOrTold) {
     WorkFolder folder;
     folder.write("a.otio", times("{\"a\":", 1000000));
-    expectRefused(vek(folder, "info a.otio"), "more than 256 values in one another");
+    expectRefused(runVekLine(folder, "info a.otio"), "more than 256 values in one another");
     folder.write("b.otio", "{\"OTIO_SCHEMA\":\"Stack.1\",\"metadata\":{\"x\":" + times("[", 300) +
                                times("]", 300) + "}}");
-    expectRefused(vek(folder, "info b.otio"), "more than 256 values in one another");
+    expectRefused(runVekLine(folder, "info b.otio"), "more than 256 values in one another");
     folder.write("c.fcpxml", "<fcpxml><project><sequence>" + times("<spine>", 50000) +
                                  times("</spine>", 50000) + "</sequence></project></fcpxml>");
-    const Finish deep = vek(folder, "info c.fcpxml");
+    const Finish deep = runVekLine(folder, "info c.fcpxml");
     EXPECT_EQ(deep.exitCode, 0);
     EXPECT_NE(deep.errors.find("more than 200 elements in one another"), std::string::npos)
         << deep.errors;
@@ -101,14 +95,14 @@ TEST(Timelines, DepthWithoutEndIsRefusedOrTold) {
 TEST(Timelines, FewBytesThatWouldTakeMuchMemoryAreRefused) {
     WorkFolder folder;
     folder.write("a.fcpxml", "<fcpxml>" + times("<a/>", 1000000) + "</fcpxml>");
-    expectRefused(vek(folder, "info a.fcpxml"), "more elements than");
+    expectRefused(runVekLine(folder, "info a.fcpxml"), "more elements than");
     std::string sparse = "{\"OTIO_SCHEMA\":\"SerializableCollection.1\",\"children\":[";
     for (int i = 0; i < 60000; ++i) {
         sparse += (i > 0 ? ",{" : "{") + std::string("\"OTIO_SCHEMA\":\"Clip.1\",\"metadata\":{") +
                   "\"k" + std::to_string(i) + "\":1}}";
     }
     folder.write("b.otio", sparse + "]}");
-    expectRefused(vek(folder, "info b.otio"), "--max-cells allows more");
+    expectRefused(runVekLine(folder, "info b.otio"), "--max-cells allows more");
 }
 
 TEST(Timelines, TimesBeyondAllBoundsAreTold) {
@@ -118,7 +112,7 @@ TEST(Timelines, TimesBeyondAllBoundsAreTold) {
                  "start='9223372036854775807/7s'/><clip start='1/0s' duration='-5s'/>"
                  "<clip start='-9223372036854775808s' duration='99999999999999999999s'/>"
                  "</event></fcpxml>");
-    const Finish finish = vek(folder, "convert a.fcpxml - --to csv");
+    const Finish finish = runVekLine(folder, "convert a.fcpxml - --to csv");
     EXPECT_EQ(finish.exitCode, 0);
     EXPECT_NE(finish.errors.find("a time beyond all bounds"), std::string::npos) << finish.errors;
     EXPECT_NE(finish.errors.find("start=\"1/0s\", expected seconds"), std::string::npos)
@@ -126,7 +120,7 @@ TEST(Timelines, TimesBeyondAllBoundsAreTold) {
     folder.write("a.otio",
                  "{\"OTIO_SCHEMA\":\"Clip.1\",\"source_range\":{\"start_time\":{\"rate\":1e300,"
                  "\"value\":-1e300},\"duration\":{\"rate\":0,\"value\":1e18}}}");
-    EXPECT_EQ(vek(folder, "info a.otio").exitCode, 0);
+    EXPECT_EQ(runVekLine(folder, "info a.otio").exitCode, 0);
 }
 
 TEST(Timelines, ClipsMarkersAndTransitionsComeBackFromATimelineThatWasMadeOfThem) {
@@ -134,7 +128,7 @@ TEST(Timelines, ClipsMarkersAndTransitionsComeBackFromATimelineThatWasMadeOfThem
     for (const fs::path& path : timelines("otio")) {
         SCOPED_TRACE(path.string());
         WorkFolder folder;
-        EXPECT_EQ(vek(folder, "convert '" + path.string() + "' made.otio").exitCode, 0);
+        EXPECT_EQ(runVekLine(folder, "convert '" + path.string() + "' made.otio").exitCode, 0);
         json was = rowsOf(folder, path, kept);
         json is = rowsOf(folder, "made.otio", kept);
         EXPECT_FALSE(was.empty());
@@ -147,8 +141,8 @@ TEST(Timelines, EveryTimelineBecomesAnEditList) {
         for (const fs::path& path : timelines(kind)) {
             SCOPED_TRACE(path.string());
             WorkFolder folder;
-            EXPECT_EQ(vek(folder, "convert '" + path.string() + "' made.edl").exitCode, 0);
-            EXPECT_EQ(vek(folder, "stats made.edl --fps 30").exitCode, 0);
+            EXPECT_EQ(runVekLine(folder, "convert '" + path.string() + "' made.edl").exitCode, 0);
+            EXPECT_EQ(runVekLine(folder, "stats made.edl --fps 30").exitCode, 0);
             EXPECT_NE(folder.read("made.edl").find("\n001  "), std::string::npos);
         }
     }
@@ -156,8 +150,8 @@ TEST(Timelines, EveryTimelineBecomesAnEditList) {
 
 TEST(Timelines, ALogComesBackAsItWas) {
     WorkFolder folder;
-    EXPECT_EQ(vek(folder, "convert samples/docs.vek made.otio").exitCode, 0);
-    const Finish diff = vek(folder, "diff samples/docs.vek made.otio");
+    EXPECT_EQ(runVekLine(folder, "convert samples/docs.vek made.otio").exitCode, 0);
+    const Finish diff = runVekLine(folder, "diff samples/docs.vek made.otio");
     EXPECT_EQ(diff.exitCode, 0) << diff.output;
     EXPECT_EQ(diff.output, "");
 }

@@ -5,6 +5,18 @@
 
 namespace vek::formats {
 
+namespace {
+
+// `why` and `again` may be empty.
+[[noreturn]] void refuseInPlace(const Log& log, const char* what, const char* why, const char* made,
+                                const char* again) {
+    throw Failure{wrongUsage,
+                  concat(log.name, ": ", what, " is not changed in place", why,
+                         "; make a table file ", made, " with ", log.opening.terms->saving, again)};
+}
+
+}  // namespace
+
 Format targetOf(const Log& log) {
     switch (log.format) {
         case Format::table:
@@ -17,18 +29,11 @@ Format targetOf(const Log& log) {
             return log.format;
         case Format::otio:
         case Format::fcpxml:
-            throw Failure{wrongUsage,
-                          concat(log.name,
-                                 ": a timeline is not changed in place; make a table file of it "
-                                 "with ",
-                                 log.opening.terms->saving, ", and a timeline again")};
+            refuseInPlace(log, "a timeline", "", "of it", ", and a timeline again");
         case Format::xlsx:
-            throw Failure{wrongUsage,
-                          concat(log.name,
-                                 ": a workbook is not changed in place, its other sheets, formulas "
-                                 "and layout would be lost; make a table file or another workbook "
-                                 "of it with ",
-                                 log.opening.terms->saving)};
+            refuseInPlace(log, "a workbook",
+                          ", its other sheets, formulas and layout would be lost",
+                          "or another workbook of it", "");
         default:
             break;
     }
