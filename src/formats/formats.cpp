@@ -32,9 +32,14 @@ void requireText(Input& input) {
     refuseBinary(input, input.text());
 }
 
+bool endsInLine(std::string_view text) {
+    return !text.empty() && text.back() != '\n' && text.back() != '\r';
+}
+
 // The bytes of an input that holds text, without a mark in front.
 Text textOf(Input& input, Log& log) {
     requireText(input);
+    log.endsInLine = endsInLine(input.text());
     log.beganWithMark = input.text().starts_with(byteOrderMark);
     return {input.takeText(), log.beganWithMark ? byteOrderMark.size() : 0};
 }
@@ -53,6 +58,7 @@ void readSeparated(Input& input, const Wanted&, Log& log) {
 
 void readPlain(Input& input, const Wanted&, Log& log) {
     requireText(input);
+    log.endsInLine = endsInLine(input.text());
     readPlainCsv(input, log);
 }
 
@@ -297,7 +303,8 @@ void readAs(Format format, Input& input, const Wanted& wanted, Log& log) {
 
 void writeSheet(const Sheet& sheet, Format target, const WriteStyle& style, Output& out,
                 Losses& losses) {
-    if (isPackedName(out.name())) out.encode("", true);
+    if (isPackedName(out.name()) || !style.form.encoding.empty())
+        out.encode(style.form.encoding, isPackedName(out.name()));
     entryOf(target).write(sheet, style, out, losses);
 }
 

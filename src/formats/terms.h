@@ -11,6 +11,7 @@ struct Terms {
     const char* maxOutput = "maxBytes";
     const char* encoding = "encoding";
     const char* sheet = "sheet";
+    const char* from = "format";    ///< of what is read
     const char* format = "named";   ///< "the endings of these formats, or the format ..."
     const char* saving = "saveAs";  ///< "write a copy with ..."
     const char* at = "at";          ///< a condition on the ranges of rows

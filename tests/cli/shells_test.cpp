@@ -45,6 +45,13 @@ constexpr Typed inAllShells[] = {
      "<timecode><shift><log.csv><1><--columns><Time>"},
     {"vek show log.csv --output=lo\t", "<show><log.csv><--output=log.csv>"},
     {"vek show my\t--so\tSce\t", "<show><my log.csv><--sort><Scene>"},
+    // The log may stand behind the cursor, which Ctrl-B takes back over it here.
+    {"vek show --sort Sce log.csv\x02\x02\x02\x02\x02\x02\x02\x02\t",
+     "<show><--sort><Scene><log.csv>"},
+    {"vek show -w Scene==67 log.csv\x02\x02\x02\x02\x02\x02\x02\x02\t",
+     "<show><-w><Scene==67A><log.csv>"},
+    {"vek show -w 'KN S log.csv\x02\x02\x02\x02\x02\x02\x02\x02\t=KJ'",
+     "<show><-w><KN Start==KJ><log.csv>"},
     // A file's name is not offered where a column is meant.
     {"vek show log.csv --sort lo\t", "<show><log.csv><--sort><lo>"},
 };

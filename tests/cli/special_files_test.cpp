@@ -15,6 +15,22 @@ void expectRefused(const Finish& finish, const std::string& about) {
     EXPECT_NE(finish.errors.find(about), std::string::npos) << finish.errors;
 }
 
+// A container is not made behind a link that somebody else put into a folder for everybody.
+TEST(SpecialFiles, ALinkOfSomebodyElseIsNotFollowedByANewContainer) {
+    const WorkFolder folder;
+    const fs::path shared = folder.path() / "shared";
+    fs::create_directory(shared);
+    fs::create_symlink("../bin.vek", shared / "bin.vek");
+    const bool isGiven = ::lchown((shared / "bin.vek").c_str(), 1234, 1234) == 0;
+    ASSERT_EQ(::chmod(shared.c_str(), 01777), 0);
+    const Finish finish = runVekLine(folder, "container create shared/bin.vek");
+    const bool isTold = finish.errors.find("leads through a link that somebody else put there") !=
+                        std::string::npos;
+    EXPECT_EQ(isTold, isGiven) << finish.errors;
+    EXPECT_EQ(finish.exitCode, isGiven ? 4 : 0);
+    EXPECT_EQ(folder.has("bin.vek"), !isGiven);
+}
+
 TEST(SpecialFiles, ADeviceWithoutEndIsGivenUp) {
     const WorkFolder folder;
     expectRefused(shell(folder, "\"$0\" info /dev/zero"), "/dev/zero: gives more than 64 MB");

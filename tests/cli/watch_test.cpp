@@ -121,6 +121,41 @@ TEST(Watch, WhatHasNoPlaceInTheFormatIsToldOnce) {
     EXPECT_EQ(seen.find(told), seen.rfind(told)) << seen;
 }
 
+TEST(Watch, APipeGetsNoRowThatIsWrittenByHalf) {
+    WorkFolder folder;
+    folder.write("a.csv", "Na");
+    Followed followed(folder, "a.csv --format csv");
+    followed.waitFor("vek: a.csv:1: the last line has no end");
+    append(folder, "a.csv", "me,Take\nA1,1\nA2");
+    followed.waitFor("A1,1");
+    followed.waitFor("vek: a.csv:3: the last line has no end");
+    append(folder, "a.csv", "b,2\nA3,\"x\n");
+    followed.waitFor("A2b,2");
+    followed.waitFor("vek: a.csv:4: the last line has no end");
+    append(folder, "a.csv", "y\"\n");
+    followed.waitFor("y\"");
+    std::string seen = followed.seen();
+    const std::size_t message = seen.find("vek: ");
+    EXPECT_NE(message, std::string::npos);
+    for (std::size_t at; (at = seen.find("vek: ")) != std::string::npos;) {
+        seen.erase(at, seen.find('\n', at) + 1 - at);
+    }
+    EXPECT_EQ(seen, "Name,Take\nA1,1\nA2b,2\nA3,\"x\ny\"\n");
+}
+
+TEST(Watch, ATableFileGetsNoRowThatIsWrittenByHalf) {
+    WorkFolder folder;
+    folder.write("a.vek",
+                 "\"VEKDB:Rev 1\"\n\"VEKDB\"\n\"4\",\"4\"\n\"text\",\"text\"\n"
+                 "\"Name\",\"Take\"\n\"A1\",\"1\"\n\"A2\",\"2");
+    Followed followed(folder, "a.vek -f jsonl");
+    followed.waitFor("A1");
+    followed.waitFor("the last line has no end");
+    append(folder, "a.vek", "2\"\n");
+    followed.waitFor("\"22\"");
+    EXPECT_EQ(followed.seen().find("\"2\""), std::string::npos);
+}
+
 TEST(Watch, ColumnsOfATableStayInLineBehindAPipe) {
     WorkFolder folder;
     folder.write("a.csv", "Name,Take\nLongName,1\n");

@@ -36,7 +36,7 @@ int run(const Args& args) {
     const unsigned columnsBefore = log.columnCount();
     Merger merger(log, Merger::Prefer::report, tellConflict, say);
     for (const std::string& path : args.all("OTHER")) {
-        Log other = readLog(path, openingFrom(args));
+        Log other = readLog(path, args);
         requireWhole(other);
         if (!args.has("yes")) requireSameCounting(log, other);
         result = std::max(result, readingResult(other));

@@ -9,6 +9,7 @@
 #include "formats/log/column_names.h"
 #include "formats/text/letters.h"
 #include "formats/text/text_lines.h"
+#include "formats/text/written_names.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/reading.h"
@@ -58,9 +59,16 @@ void requireWords(const std::vector<std::string>& words, std::size_t least, std:
     throw Failure{wrongUsage, std::string("column: expected ") + expected};
 }
 
+// Brackets around a name are none of it, here as elsewhere.
+std::string newName(const std::string& word) {
+    const std::optional<WrittenName> inner = unbracketed(word);
+    return inner && inner->turn == 0 ? inner->name : word;
+}
+
 void addColumn(Log& log, const std::vector<std::string>& words) {
     requireWords(words, 1, 2, "add FILE NAME [TYPE]");
-    ColumnEdits(log).add(words[0], words.size() > 1 ? typeNamed(words[1]) : DBFieldTypes::text);
+    const auto type = words.size() > 1 ? typeNamed(words[1]) : DBFieldTypes::text;
+    ColumnEdits(log).add(newName(words[0]), type);
 }
 
 void removeColumn(Log& log, const std::vector<std::string>& words) {
@@ -150,11 +158,19 @@ int renameColumns(Log& log, const Args& args) {
     return names.empty() ? found : done;
 }
 
-void renameColumn(Log& log, const std::vector<std::string>& words) {
+int renameColumn(Log& log, const Args& args) {
+    const std::vector<std::string>& words = args.all("WORD");
     requireWords(words, 2, 2, renameForms);
-    unsigned column = log.requireColumn(words[0]);
-    std::string was = log.columnName(column);
-    ColumnEdits(log).rename(column, was, words[1]);
+    const unsigned column = log.requireColumn(words[0]);
+    const NewName name{column, log.columnName(column), newName(words[1])};
+    ColumnEdits(log).rename(column, name.was, name.to);
+    if (!args.has("dry-run")) {
+        saveInPlace(log, args.has("backup"));
+        return done;
+    }
+    printNames({name}, args);
+    say(log.name + ": 1 column would be renamed");
+    return done;
 }
 
 void typeColumn(Log& log, const std::vector<std::string>& words) {
@@ -177,16 +193,15 @@ int orderColumns(Log& log, const std::vector<std::string>& words, bool backup) {
 int run(const Args& args) {
     std::string action = args.text("ACTION");
     const std::vector<std::string>& words = args.all("WORD");
-    const bool isByFunction = action == "rename" && words.size() == 1;
-    if (args.has("dry-run") && !isByFunction) {
-        throw Failure{wrongUsage, "column: --dry-run is for rename FILE FUNCTION"};
+    if (args.has("dry-run") && action != "rename") {
+        throw Failure{wrongUsage, "column: --dry-run is for rename"};
     }
     Log log = args.has("dry-run") ? readLog(args) : readLogToChange(args);
-    if (isByFunction) return renameColumns(log, args);
+    if (action == "rename")
+        return words.size() == 1 ? renameColumns(log, args) : renameColumn(log, args);
     if (action == "order") return orderColumns(log, words, args.has("backup"));
     if (action == "add") addColumn(log, words);
     if (action == "remove") removeColumn(log, words);
-    if (action == "rename") renameColumn(log, words);
     if (action == "type") typeColumn(log, words);
     saveInPlace(log, args.has("backup"));
     return done;
@@ -214,7 +229,7 @@ Command columnCommand() {
         {{"ACTION", "what to do", false, false, "add|remove|rename|type|order"},
          {"FILE", "the log, changed in place; - reads standard input and prints"},
          {"WORD", "column names, for add and type the type, for rename a function", true, true}},
-        join({{"-n,--dry-run", "", "with rename FILE FUNCTION: list the names, change nothing"},
+        join({{"-n,--dry-run", "", "with rename: list the names, change nothing"},
               backupOption(),
               fromOption()},
              screenOptions()),

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <charconv>
+
 #include "formats/text/width.h"
 #include "tools/vek/cli/completing.h"
 #include "tools/vek/cli/printout.h"
@@ -30,7 +33,7 @@ Completion completionFor(const ShellLine& line) {
         return line.words.size() == 1 ? ofCommandNames(line.word, false) : Completion();
     try {
         return completionOf(commandNamed(name), {line.words.begin() + 1, line.words.end()},
-                            line.word);
+                            line.word, line.behind);
     } catch (const Failure&) {
         return {};
     }
@@ -61,11 +64,27 @@ std::string at(const std::vector<std::string>& words, std::size_t place) {
     return place < words.size() ? words[place] : std::string();
 }
 
-// zsh gives the words without quotes, and fish but for the last one, which is still open.
+// How many words stand behind the one that is being written, where that is said in front of "--".
+std::size_t takeCount(std::vector<std::string>& words) {
+    std::size_t count = 0;
+    const std::string text = at(words, 0);
+    const bool isSaid = at(words, 1) == "--" && !text.empty();
+    if (isSaid) {
+        std::from_chars(text.data(), text.data() + text.size(), count);
+        words.erase(words.begin());
+    }
+    if (at(words, 0) == "--") words.erase(words.begin());
+    return std::min(count, words.size() - std::min<std::size_t>(1, words.size()));
+}
+
+// zsh gives the words without quotes, and fish but for the one that is still open.
 ShellLine lineOf(const std::string& shell, std::vector<std::string> words) {
-    if (shell == "bash") return bashLine(at(words, 0), at(words, 1));
+    if (shell == "bash") return bashLine(at(words, 0), at(words, 1), at(words, 2));
     ShellLine line;
+    const auto behind = static_cast<std::ptrdiff_t>(takeCount(words));
     if (words.empty()) return line;
+    line.behind.assign(words.end() - behind, words.end());
+    words.erase(words.end() - behind, words.end());
     line.word = shell == "fish" ? fishUnquoted(words.back()) : words.back();
     words.pop_back();
     line.words = std::move(words);
@@ -78,7 +97,6 @@ int complete(std::vector<std::string> words) {
     leaveMessagesOut();
     const std::string shell = at(words, 0);
     if (!words.empty()) words.erase(words.begin());
-    if (at(words, 0) == "--") words.erase(words.begin());
     const ShellLine line = lineOf(shell, std::move(words));
     print(completionFor(line), line, shell == "bash");
     return done;

@@ -13,8 +13,9 @@ constexpr std::string_view bash = R"(# bash completion for vek
 _vek() {
     local -a lines
     local line=${COMP_LINE:-${COMP_WORDS[*]}}
-    mapfile -t lines < <(command vek complete bash "${line:0:${COMP_POINT:-${#line}}}" \
-        "$COMP_WORDBREAKS" 2>/dev/null)
+    local at=${COMP_POINT:-${#line}}
+    mapfile -t lines < <(command vek complete bash "${line:0:at}" "$COMP_WORDBREAKS" \
+        "${line:at}" 2>/dev/null)
     COMPREPLY=()
     case ${lines[0]} in
         file) compopt -o default 2>/dev/null ||
@@ -30,8 +31,8 @@ constexpr std::string_view zsh = R"(#compdef vek
 _vek() {
     local -a lines found shown
     local line described=
-    lines=("${(@f)$(command vek complete zsh -- "${(@Q)words[2,CURRENT-1]}" "${(Q)PREFIX}" \
-        2>/dev/null)}")
+    lines=("${(@f)$(command vek complete zsh $(( $#words - CURRENT )) \
+        -- "${(@Q)words[2,CURRENT-1]}" "${(Q)PREFIX}" "${(@Q)words[CURRENT+1,-1]}" 2>/dev/null)}")
     if [[ $lines[1] == file ]]; then
         (( $#lines > 1 )) && compset -P '*='
         _files
@@ -55,7 +56,12 @@ constexpr std::string_view fish = R"(# fish completion for vek
 function __vek_complete
     set -l words (commandline -opc)
     set -l word (commandline -ct)
-    set -l lines (command vek complete fish -- $words[2..-1] "$word" 2>/dev/null)
+    set -l all (commandline -op)
+    set -l whole (commandline -t)
+    set -l next (math (count $words) + 1 + (test -n "$whole"; and echo 1; or echo 0))
+    set -l behind $all[$next..-1]
+    set -l lines (command vek complete fish (count $behind) -- $words[2..-1] "$word" $behind \
+        2>/dev/null)
     if test "$lines[1]" = file
         set -l path (string replace -- "$lines[2]" "" "$word")
         for name in (__fish_complete_path "$path")

@@ -1,6 +1,7 @@
 #include <array>
 
 #include "formats/delimited/delimiters.h"
+#include "formats/text/text_lines.h"
 #include "formats/text/width.h"
 #include "formats/writing/sheet_facts.h"
 #include "tools/vek/cli/grid.h"
@@ -54,6 +55,17 @@ void printFact(const std::string& name, const std::string& value, Printout& out)
     out.line(name + std::string(12 - std::min<std::size_t>(11, name.size()), ' ') + escaped(value));
 }
 
+std::size_t linesInFront(const TextForm& form) {
+    LineWalk walk(form.skipped);
+    for (std::string_view line; walk.next(line);) {
+    }
+    return walk.number();
+}
+
+const char* lineEndName(LineEnd end) {
+    return end == LineEnd::crlf ? "CR and LF" : "CR";
+}
+
 // How the bytes are written, where that is not the usual way.
 void printForm(const Log& log, Printout& out) {
     const TextForm& form = log.form;
@@ -62,10 +74,9 @@ void printForm(const Log& log, Printout& out) {
     if (!form.encoding.empty()) printFact("Encoding", form.encoding, out);
     if (log.beganWithMark) printFact("Mark", "in front", out);
     if (form.delimiter != '\0') printFact("Delimiter", delimiterName(form.delimiter), out);
-    if (!form.skipped.empty()) {
-        printFact("Skipped", counted(log.opening.wishes.skippedLines, "line"), out);
-    }
+    if (!form.skipped.empty()) printFact("Skipped", counted(linesInFront(form), "line"), out);
     if (form.hasNoHeading) printFact("Heading", "none", out);
+    if (log.lineEnd != LineEnd::lf) printFact("Line ends", lineEndName(log.lineEnd), out);
 }
 
 std::size_t problemsOf(const Log& log) {
@@ -122,10 +133,16 @@ void addParameters(const Log& log, JsonWriter& json) {
 }
 
 // What is the usual is nothing to tell.
-void addForm(const TextForm& form, JsonWriter& json) {
+void addForm(const Log& log, JsonWriter& json) {
+    const TextForm& form = log.form;
     json.textOrNothing("packed", form.isPacked ? "gzip" : "");
     json.textOrNothing("encoding", form.encoding);
     json.textOrNothing("delimiter", std::string(form.delimiter != '\0', form.delimiter));
+    const bool hasBoth = log.lineEnd == LineEnd::crlf;
+    json.textOrNothing("lineEnds", hasBoth ? "crlf" : log.lineEnd == LineEnd::cr ? "cr" : "");
+    json.flag("mark", log.beganWithMark);
+    json.number("linesInFront", linesInFront(form));
+    json.flag("heading", !form.hasNoHeading);
 }
 
 void printJson(const Log& log, Printout& out) {
@@ -139,7 +156,7 @@ void printJson(const Log& log, Printout& out) {
                                          ? static_cast<std::size_t>(log.table->get_revision())
                                          : 0);
     json.textOrNothing("sheet", log.sheet);
-    addForm(log.form, json);
+    addForm(log, json);
     json.number("rows", log.rowCount());
     json.number("tagged", view->get_num_tags());
     addParameters(log, json);

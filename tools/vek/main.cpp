@@ -28,15 +28,18 @@ int print(const std::string& text) {
     return done;
 }
 
-int runCommand(const Command& command, const std::vector<std::string>& words) {
-    Args args = parse(command, words);
+int runWith(const Command& command, const Args& args) {
     if (args.has("help")) return print(helpText(command));
     if (args.has("quiet")) leaveMessagesOut();
     limitPrintouts(args.number("max-output", 0));
+    return command.run(args);
+}
+
+int runCommand(const Command& command, const std::vector<std::string>& words) {
     try {
-        return command.run(args);
+        return runWith(command, parse(command, words));
     } catch (const Failure& failure) {
-        tellFailure(failure, command, args);
+        tellFailure(failure, command, words);
         throw;
     }
 }

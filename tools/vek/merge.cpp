@@ -4,6 +4,7 @@
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/saving.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/cli/telling.h"
 #include "tools/vek/cli/writing.h"
@@ -25,6 +26,18 @@ Format wantedTarget(const Args& args) {
     if (args.has("to")) return targetNamed(args.text("to"));
     if (!args.has("output") || args.text("output") == "-") return Format::table;
     return targetOfPath(args.text("output"), programTerms());
+}
+
+// A file in the first log's own format keeps its form.
+bool isCopy(const Args& args) {
+    return !args.has("to") && hasTargetEnding(args.text("output"));
+}
+
+void write(const Log& log, Format target, const Args& args, Printout& out, Losses& losses) {
+    if (isCopy(args) && target != Format::table && target != Format::edl)
+        writeCopy(InPlace(log), target, args, out, losses);
+    else
+        writeSheet(wholeSheet(log), target, styleFrom(args, target), out, losses);
 }
 
 // Conflicts are told one by one up to a thousand.
@@ -99,10 +112,9 @@ int run(const Args& args) {
     if (args.has("prefer") && !args.has("key")) {
         throw Failure{wrongUsage, "merge: --prefer is for rows of one key, expected --key"};
     }
-    Format target = wantedTarget(args);
+    const Format target = wantedTarget(args);
     Held held = holdInput(paths, args.text("output"));
-    const Opening opening = openingFrom(args);
-    Log into = readLog(paths[0], opening);
+    Log into = isCopy(args) ? readLogToCopy(paths[0], args) : readLog(paths[0], args);
     int result = readingResult(into);
     Telling telling;
     std::vector<MergeConflict> conflicts;
@@ -115,7 +127,7 @@ int run(const Args& args) {
     Merger merger(into, preferOf(args), tell, say);
     if (args.has("key")) merger.useKey(args.text("key"));
     for (std::size_t i = 1; i < paths.size(); ++i) {
-        Log from = readLog(paths[i], opening);
+        Log from = readLog(paths[i], args);
         if (!args.has("yes")) requireSameCounting(into, from);
         result = std::max(result, readingResult(from));
         merger.add(from);
@@ -123,7 +135,7 @@ int run(const Args& args) {
     Printout out(args.text("output"), held);
     requireFile(target, out);
     Losses losses;
-    writeSheet(wholeSheet(into), target, styleFrom(args, target), out, losses);
+    write(into, target, args, out, losses);
     out.close();
     tellLosses(losses, out.name());
     if (tellsJson(args)) {
@@ -158,7 +170,9 @@ Command mergeCommand() {
               "filled",
               false, "first|last|filled"},
              {"-y,--yes", "", "join logs of different frame rates all the same"},
-             {"-o,--output", "OUT", "write this file; standard output as a rule"},
+             {"-o,--output", "OUT",
+              "write this file; standard output as a rule; in the first log's own format it has "
+              "that one's delimiter, encoding and line ends"},
              {"--to", "FORMAT", "what to write; the ending of OUT as a rule", false,
               writableFormats().c_str()},
              {"-f,--format", "FORMAT",

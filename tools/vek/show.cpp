@@ -6,6 +6,7 @@
 #include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/say.h"
 #include "tools/vek/cli/terminal.h"
 #include "tools/vek/cli/watching.h"
 #include "tools/vek/cli/writing.h"
@@ -126,6 +127,14 @@ public:
 
     bool isOutdated() const { return hasDrawn_ && terminalSize() != drawn_; }
 
+    // Nothing of a row is printed that is written by half.
+    void tellHeld() const {
+        if (held_.empty()) return;
+        say(held_ +
+            ": the last line has no end, expected one behind each row; the row is printed "
+            "when it has one");
+    }
+
 private:
     // The last rows, with room for the line above, the heading, and the two lines below.
     std::size_t rowsInSight(const Sheet& sheet, const Printout& out) const {
@@ -147,7 +156,13 @@ private:
     }
 
     void append(const Sheet& sheet, Printout& out) {
-        new_.look(sheet.log);
+        const Log& log = sheet.log;
+        const bool hasRows = log.rowCount() > 0;
+        const std::size_t last = hasRows ? log.lineOf(log.rowCount() - 1) : 1;
+        held_ = log.endsInLine ? concat(log.name, ":", std::to_string(last)) : std::string();
+        // The names of the columns may not be whole either.
+        if (log.endsInLine && !hasRows) return;
+        new_.look(log);
         if (new_.hasOtherColumns()) layout_ = {};
         std::vector<unsigned> rows = rowsOf(sheet.view);
         std::erase_if(rows, [&](unsigned row) { return !new_.isNew(row); });
@@ -161,6 +176,7 @@ private:
 
     // One heading stands in front of all rows.
     void writeRows(const Sheet& sheet, Format target, Printout& out) const {
+        if (target == Format::jsonl && sheet.rowCount() == 0) return;
         const WriteStyle style = styleFrom(args_, target);
         Losses losses;
         if (new_.hasOtherColumns() || target == Format::jsonl)
@@ -186,6 +202,7 @@ private:
     TerminalSize drawn_;
     bool hasDrawn_ = false;
     NewRows new_;
+    std::string held_;  // the place of a line that has no end
     GridLayout layout_;
 };
 
@@ -201,9 +218,9 @@ int watch(const Args& args, const Selection& selection) {
                           format};
     }
     WatchedLog watched(args, selection);
-    return follow(args.text("FILE"), {[&] { return readLog(args, "FILE"); },
-                                      [&](const Log& log) { watched.show(log); },
-                                      [&] { return watched.isOutdated(); }});
+    return follow(args.text("FILE"),
+                  {[&] { return readGrowingLog(args); }, [&](const Log& log) { watched.show(log); },
+                   [&] { return watched.isOutdated(); }, [&] { watched.tellHeld(); }});
 }
 
 void requireFitting(const Args& args) {

@@ -179,13 +179,7 @@ struct Draft {
 class Writer {
 public:
     Writer(const Log& log, const Args& args, Format target)
-        : log_(log),
-          target_(target),
-          style_(styleFrom(args, target)),
-          backsUp_(args.has("backup")) {
-        if (!args.has("crlf")) style_.lineEnd = log.lineEnd;
-        style_.byteOrderMark = log.beganWithMark;
-    }
+        : log_(log), args_(args), target_(target), backsUp_(args.has("backup")) {}
 
     void write(const Pieces& pieces) {
         for (const Piece& piece : pieces) prepare(piece);
@@ -205,8 +199,10 @@ private:
     void prepare(const Piece& piece) {
         Held held = backsUp_ && isThere(piece.path) ? holdFile(piece.path) : nullptr;
         Draft& draft = drafts_.emplace_back(Draft{Printout(piece.path, held, backsUp_), {}});
-        Sheet sheet{log_, viewOf(log_, piece.rows), allColumns(log_)};
-        writeSheet(sheet, target_, style_, draft.out, draft.losses);
+        InPlace now(log_);
+        now.rows = piece.rows;
+        now.isPiece = true;
+        writeCopy(now, target_, args_, draft.out, draft.losses);
     }
 
     void finish(const Piece& piece, Draft& draft) {
@@ -215,8 +211,8 @@ private:
     }
 
     const Log& log_;
+    const Args& args_;
     Format target_;
-    WriteStyle style_;
     bool backsUp_;
     std::size_t lossy_ = 0;  // files that could not take everything
     std::deque<Draft> drafts_;
@@ -238,7 +234,7 @@ void requireWishes(const Args& args) {
 int run(const Args& args) {
     requireWishes(args);
     Selection selection = selectionFrom(args);
-    Log log = readLog(args);
+    Log log = readLogToCopy(args);
     requireWhole(log);
     const std::vector<unsigned> columns = columnList(log, args.text("by"));
     Naming naming(log, args.text("output"), columns);
@@ -271,7 +267,8 @@ Command splitCommand() {
         "split",
         "write a file for each value of a column",
         "Writes the rows of each value of a column, or of several, into a file of their own, in "
-        "their order and with all columns and parameters. In the name {COLUMN} stands for the "
+        "their order and with all columns and parameters; in the log's own format they have its "
+        "delimiter, encoding and line ends. In the name {COLUMN} stands for the "
         "value, {COLUMN|upper} and the like for what a function of vek set makes of it, and {{ "
         "for a brace. Signs that are not safe in a name on every system (/ \\ : * ? \" < > |, "
         "control characters, a point or dash in front, blanks and points behind) become _, no "

@@ -101,7 +101,8 @@ CellFunction CellFunction::takeSubstitution(std::string_view& text) {
 CellFunction CellFunction::take(std::string_view& text) {
     if (std::optional<CellFunction> named = takeNamed(text)) return std::move(*named);
     if (isSubstitution(text)) return takeSubstitution(text);
-    throw Failure{wrongUsage, concat("there is no function ", inQuotes(text),
+    const std::string_view name = trimmed(text.substr(0, text.find_first_of("|}")));
+    throw Failure{wrongUsage, concat("there is no function ", inQuotes(name),
                                      ", expected upper, lower, trim or s/EXPRESSION/TEXT/")};
 }
 

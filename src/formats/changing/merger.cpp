@@ -29,10 +29,11 @@ bool differInForm(DBFieldTypes::eType from, DBFieldTypes::eType to) {
     return from != to && isTimecodeType(from) && isTimecodeType(to);
 }
 
-// Two columns of one name would end up in one, and a cell of them be lost.
+// Who asks for one of two new columns would not know which one is meant. Those without a name had
+// none to go by.
 void refuseRepeated(const Log& from, unsigned column) {
     const RepeatedName* repeated = repeatedNameOf(from, column);
-    if (repeated == nullptr) return;
+    if (repeated == nullptr || from.columnName(column).empty()) return;
     throw Failure{wrongUsage, from.name + ": column " +
                                   inQuotes(from.columnName(repeated->columns.front())) +
                                   " is there twice, expected names that differ; give one of "
@@ -161,13 +162,13 @@ void Merger::addColumns(const Log& from) {
     values_.assign(into_.columnCount(), {});
 }
 
-// Columns that are new to us come at once. Nothing tells that two without a name are one.
+// Columns that are new to us come at once.
 std::vector<unsigned> Merger::placesOf(const Log& from) {
     std::vector<unsigned> places = sameColumns(from, into_);
     std::vector<unsigned> added;
     std::vector<DBFieldDesc> fields;
     for (unsigned i = 0; i < places.size(); ++i) {
-        if (places[i] != noColumn && !from.columnName(i).empty()) continue;
+        if (places[i] != noColumn) continue;
         refuseRepeated(from, i);
         added.push_back(i);
         fields.push_back({cellText(from.columnName(i)), from.table->get_field_type(i)});
@@ -180,6 +181,7 @@ std::vector<unsigned> Merger::placesOf(const Log& from) {
                                       inQuotes(from.columnName(added[i])) +
                                       ", a log holds at most 65535"};
     }
+    if (!added.empty()) keepRepeatedNames(into_);
     return places;
 }
 

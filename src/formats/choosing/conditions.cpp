@@ -71,6 +71,28 @@ std::optional<Condition> bracketedCondition(const Log& log, std::string_view tex
     return conditionOf(log, text.substr(0, name->size), *entry, rest);
 }
 
+// The name that a condition begins with, signs in it and all, with an operator behind it.
+std::string nameWithSigns(const Log& log, std::string_view text) {
+    for (const std::string& name : log.columnNames()) {
+        if (name.empty() || !sameText(text.substr(0, name.size()), name)) continue;
+        const std::string_view rest = text.substr(name.size());
+        const std::size_t start = std::min(rest.find_first_not_of(' '), rest.size());
+        if (operatorAt(rest.substr(start)) != nullptr) return name;
+    }
+    return {};
+}
+
+// "c<d=1" of a log that has no column c, and one that is called c<d.
+void requireKnown(const Log& log, std::string_view name, std::string_view text) {
+    if (log.findColumn(name) != noColumn) return;
+    const std::string meant = nameWithSigns(log, text);
+    if (meant.empty()) return;
+    throw Failure{wrongUsage,
+                  log.name,
+                  {0, "", "there is no column " + inQuotes(name), "",
+                   concat("did you mean ", inBrackets(meant), text.substr(meant.size()), "?")}};
+}
+
 }  // namespace
 
 Condition parseCondition(const Log& log, const std::string& text) {
@@ -78,7 +100,9 @@ Condition parseCondition(const Log& log, const std::string& text) {
     for (std::size_t at = 1; at < text.size(); ++at) {
         const OperatorText* entry = operatorAt(std::string_view(text).substr(at));
         if (entry == nullptr) continue;
-        return conditionOf(log, trimmed(text.substr(0, at)), *entry, text.substr(at));
+        const std::string_view name = trimmed(std::string_view(text).substr(0, at));
+        requireKnown(log, name, text);
+        return conditionOf(log, name, *entry, text.substr(at));
     }
     throw Failure{wrongUsage,
                   "",

@@ -4,7 +4,9 @@
 #include <utility>
 #include <vector>
 
+#include <vekdb/host/text_util.h>
 #include "formats/failure.h"
+#include "formats/reading/text_form.h"
 #include "formats/text/text_lines.h"
 
 namespace vek::formats {
@@ -54,6 +56,12 @@ public:
             std::count(counts_.begin() + 1, counts_.end(), counts_.front()));
     }
 
+    /// Whether each line is more than one cell, the heading included.
+    bool splitsAll() const {
+        return !counts_.empty() && std::all_of(counts_.begin(), counts_.end(),
+                                               [](std::size_t cells) { return cells > 1; });
+    }
+
 private:
     static bool isLineEnd(char c) { return c == '\n' || c == '\r'; }
 
@@ -71,14 +79,24 @@ char foundDelimiter(std::string_view text, bool isWhole, char usual) {
     for (char delimiter : delimiters) {
         const Counts counts(text, isWhole, delimiter);
         const std::size_t alike = counts.rowsLikeHeading();
-        const bool isLikely =
-            own.heading() > 1 ? alike == counts.rows() && alike > 0 : alike * 2 >= counts.rows();
+        const bool isLikely = own.heading() > 1 ? alike == counts.rows() && alike > 0
+                                                : alike * 2 >= counts.rows() || counts.splitsAll();
         const std::pair rank(alike, counts.heading());
         if (delimiter == usual || counts.heading() < 2 || !isLikely || rank <= most) continue;
         best = delimiter;
         most = rank;
     }
     return best;
+}
+
+std::optional<char> delimiterOfLine(std::string_view line) {
+    constexpr std::string_view name = "sep=";
+    const bool isIt = line.size() == name.size() + 1 && sameText(line.substr(0, 4), name);
+    if (!isIt) return {};
+    const char mark = line.back();
+    const bool isLetter = asciiLower(mark) >= 'a' && asciiLower(mark) <= 'z';
+    const bool mayBe = canDelimit(mark) && !isLetter && !isAsciiDigit(mark);
+    return mayBe ? std::optional<char>(mark) : std::nullopt;
 }
 
 bool isDelimited(std::string_view text, bool isWhole) {

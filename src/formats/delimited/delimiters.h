@@ -8,9 +8,13 @@ namespace vek::formats {
 
 /// What separates the cells of a text, as its first lines show it. The usual one, unless its
 /// heading has but one name by that, or no row has as many cells as the heading, and another one
-/// makes a table of the lines: comma, semicolon, tab or a stroke. Of a text that is not whole, the
-/// line at which it is cut shows nothing.
+/// makes a table of the lines or stands in each of them: comma, semicolon, tab or a stroke. Of a
+/// text that is not whole, the line at which it is cut shows nothing.
 char foundDelimiter(std::string_view text, bool isWhole, char usual);
+
+/// What "sep=;" says, the line in front of the heading by which spreadsheets name what separates
+/// the cells; nothing for other lines.
+std::optional<char> delimiterOfLine(std::string_view line);
 
 /// Whether the first lines are cells between marks, two and more and in each as many.
 bool isDelimited(std::string_view text, bool isWhole);

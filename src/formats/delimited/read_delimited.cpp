@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "formats/delimited/delimited_scanner.h"
 #include "formats/delimited/delimiters.h"
 #include "formats/reading/progress.h"
@@ -13,9 +15,18 @@ bool isBlankLine(const std::vector<std::string_view>& cells) {
     return cells.size() == 1 && cells[0].empty();
 }
 
-// Passes over the lines that a person says stand in front of the heading.
-std::size_t skipLines(std::string_view text, Log& log) {
-    const std::size_t wanted = log.opening.wishes.skippedLines;
+std::optional<char> delimiterInFront(std::string_view text) {
+    LineWalk walk(text);
+    std::string_view line;
+    return walk.next(line) ? delimiterOfLine(line) : std::nullopt;
+}
+
+// The lines that a person says stand in front of the heading, or the one that names the delimiter.
+std::size_t linesInFront(const Log& log, bool isNamed) {
+    return std::max<std::size_t>(log.opening.wishes.skippedLines, isNamed ? 1 : 0);
+}
+
+std::size_t skipLines(std::string_view text, std::size_t wanted, Log& log) {
     LineWalk walk(text);
     std::string_view line;
     while (walk.number() < wanted && walk.next(line)) {
@@ -26,9 +37,10 @@ std::size_t skipLines(std::string_view text, Log& log) {
     return size;
 }
 
-char delimiterOf(std::string_view text, char usual, Log& log) {
+char delimiterOf(std::string_view text, std::optional<char> named, char usual, Log& log) {
     const char wish = log.opening.wishes.delimiter;
-    const char delimiter = wish != '\0' ? wish : foundDelimiter(text, true, usual);
+    const char found = named ? *named : foundDelimiter(text, true, usual);
+    const char delimiter = wish != '\0' ? wish : found;
     if (delimiter != usual) log.form.delimiter = delimiter;
     return delimiter;
 }
@@ -51,13 +63,14 @@ void readHeading(DelimitedScanner& scanner, TableBuilder& builder, Log& log) {
 }  // namespace
 
 void readDelimited(Text text, char separator, Log& log) {
-    text.start += skipLines(text.view(), log);
-    const char delimiter = delimiterOf(text.view(), separator, log);
+    const std::optional<char> named = delimiterInFront(text.view());
+    const std::size_t inFront = linesInFront(log, named.has_value());
+    text.start += skipLines(text.view(), inFront, log);
+    const char delimiter = delimiterOf(text.view(), named, separator, log);
     TableBuilder builder(log, std::move(text.block));
     char* const begin = builder.text() + text.start;
     DelimitedScanner scanner(begin, builder.textEnd(), delimiter,
-                             DelimitedScanner::Quotes::respected,
-                             1 + log.opening.wishes.skippedLines);
+                             DelimitedScanner::Quotes::respected, 1 + inFront);
     if (scanner.atEnd()) {
         throw Failure{
             unreadable, log.name, {scanner.line(), "", "nothing", "a line of column names", ""}};
@@ -77,6 +90,7 @@ void readDelimited(Text text, char separator, Log& log) {
             return {scanner.openQuoteLine(), "", "a quote that is never closed", "a closing quote",
                     "everything behind it is in one cell"};
         });
+        log.endsInLine = true;
         if (log.source) log.source->endsOpen = true;
     }
     log.lineEnd = scanner.lineEnd();

@@ -1,4 +1,5 @@
 #include "formats/delimited/delimited_lines.h"
+#include "formats/delimited/delimiters.h"
 
 #include "formats/formats.h"
 #include "formats/reading/progress.h"
@@ -70,7 +71,8 @@ public:
         std::string first;
         addCell(first, cell(0), count == 1, [&] { return inQuotes(cell(0)); });
         const std::string plain = first + rest;
-        const bool maySeparate = count == 1 && first.find_first_of(",;\t|") != first.npos;
+        const bool maySeparate = (count == 1 && first.find_first_of(",;\t|") != first.npos) ||
+                                 delimiterOfLine(plain).has_value();
         if (!first.starts_with('"') && (maySeparate || !standsAsFirstLine(plain, format()))) {
             first = concat("\"", first, "\"");
         }
@@ -127,14 +129,18 @@ void writeDelimited(const Sheet& sheet, char separator, const WriteStyle& style,
                     Losses& losses) {
     loseParameters(sheet.log, losses);
     Progress progress(sheet.log.opening.watcher, "writing", sheet.rowCount());
-    CheckedOutput text(out, separator == ',' ? Format::csv : Format::tsv, separator);
+    const Format format = separator == ',' ? Format::csv : Format::tsv;
+    if (style.form.delimiter != '\0') separator = style.form.delimiter;
+    const bool isSaid = style.form.delimiter != '\0' && isDelimiterSaid(sheet.log);
+    CheckedOutput text(out, format, isSaid ? '\0' : separator);
     if (style.byteOrderMark) text.write(byteOrderMark);
+    text.pass(style.form.skipped);
     DelimitedLines lines(separator, style.guardsFormulas, out.name(), losses);
     const char* const end = bytesOf(style.lineEnd);
     const std::size_t count = sheet.columns.size();
     const std::string names = lines.names(count, [&](unsigned i) { return sheet.name(i); });
     bool isUtf8 = isWellFormedUtf8(names);
-    text.write(names + end);
+    if (!style.form.hasNoHeading) text.write(names + end);
     PlainLines plain(sheet, separator, "\"\n\r");
     const bool mayBePlain = !style.guardsFormulas && count > 1;
     std::string line;

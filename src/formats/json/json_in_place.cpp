@@ -338,9 +338,10 @@ private:
         if (first == last) return text_.keep(places_.gapBefore(last));
         Gap gap = gapBefore(first);
         bool isOne = true;
-        for (std::size_t row = first + 1; row <= last; ++row) {
-            Gap next = gapBefore(row);
-            if (!next.hasBrackets()) continue;
+        const std::vector<std::size_t>& all = gapsWithBrackets();
+        for (auto row = std::upper_bound(all.begin(), all.end(), first);
+             row != all.end() && *row <= last; ++row) {
+            Gap next = gapBefore(*row);
             isOne = isOne && !gap.hasBrackets();
             gap = gap.hasBrackets() ? Gap{{}, withoutCommas(gap.text + next.text)} : next;
         }
@@ -348,6 +349,16 @@ private:
             text_.keep(gap.range);
         else
             text_.own() += gap.text;
+    }
+
+    const std::vector<std::size_t>& gapsWithBrackets() {
+        std::optional<std::vector<std::size_t>>& known = log_.source->gapsWithBrackets;
+        if (known) return *known;
+        known.emplace();
+        for (std::size_t row = 0; row <= places_.count(); ++row) {
+            if (gapBefore(row).hasBrackets()) known->push_back(row);
+        }
+        return *known;
     }
 
     Gap gapBefore(std::size_t row) {
@@ -386,6 +397,7 @@ private:
 }  // namespace
 
 PatchedText jsonInPlace(const Saving& saving, const std::vector<unsigned>& rows) {
+    if (rows.empty()) loseNames(saving.log, saving.columns, saving.losses);
     return JsonInPlace(saving, rows).make();
 }
 

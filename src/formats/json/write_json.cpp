@@ -30,6 +30,7 @@ void writeJson(const Sheet& sheet, bool asLines, Output& out, Losses& losses) {
         names.push_back((names.empty() ? "" : ", ") + jsonName(name, wasChanged) + ": ");
         if (wasChanged) losses.add("column names that are no UTF-8", inQuotes(name));
     }
+    if (sheet.rowCount() == 0) loseNames(sheet.log, sheet.columns, losses);
     if (!asLines) out.line("[");
     PlainJsonLines plain(sheet, names);
     Progress progress(sheet.log.opening.watcher, "writing", sheet.rowCount());

@@ -17,7 +17,8 @@ std::string folded(std::string name) {
 }
 
 std::string numbered(const Log& log, const RepeatedName& repeated, std::size_t turn) {
-    return concat(log.columnName(repeated.columns[turn]), "#", std::to_string(turn + 1));
+    const std::string name = log.columnName(repeated.columns[turn]);
+    return concat(name.empty() ? unnamedAddress : name, "#", std::to_string(turn + 1));
 }
 
 // The number behind the last "#", 0 where there is none.
@@ -37,18 +38,17 @@ std::string placesOf(const RepeatedName& repeated) {
     return repeated.columns.size() > most ? list + ", ..." : list;
 }
 
-std::vector<unsigned> unnamedColumns(const Log& log) {
-    std::vector<unsigned> columns;
-    for (unsigned i = 0; i < log.columnCount(); ++i) {
-        if (log.columnName(i).empty()) columns.push_back(i);
-    }
-    return columns;
-}
-
-void pairUnnamed(const Log& a, const Log& b, std::vector<unsigned>& others) {
-    std::vector<unsigned> inA = unnamedColumns(a);
-    std::vector<unsigned> inB = unnamedColumns(b);
-    for (std::size_t i = 0; i < std::min(inA.size(), inB.size()); ++i) others[inA[i]] = inB[i];
+Problem problemOf(const Log& log, const RepeatedName& repeated) {
+    const std::string name = log.columnName(repeated.columns.front());
+    const std::string count = std::to_string(repeated.columns.size());
+    const std::string places = concat(" (", placesOf(repeated), ")");
+    Problem problem;
+    problem.found = name.empty() ? concat(count, " columns without a name", places)
+                                 : concat(count, " columns named ", inQuotes(name), places);
+    problem.expected = "names that differ";
+    problem.outcome = "all are kept, one of them is called " + choicesOf(log, repeated);
+    problem.isDamage = false;
+    return problem;
 }
 
 }  // namespace
@@ -57,7 +57,6 @@ RepeatedNames findRepeatedNames(const std::vector<std::string>& names) {
     RepeatedNames found;
     std::unordered_map<std::string, std::size_t, Quor::KeyedHash> places;
     for (unsigned column = 0; column < names.size(); ++column) {
-        if (names[column].empty()) continue;
         auto [place, isNew] = places.try_emplace(folded(names[column]), found.all.size());
         if (isNew) found.all.emplace_back();
         found.all[place->second].columns.push_back(column);
@@ -74,19 +73,14 @@ void RepeatedNames::giveTo(Log& log) && noexcept {
     log.repeatedAt = std::move(at);
 }
 
-void noteRepeatedNames(Log& log) {
+void keepRepeatedNames(Log& log) {
     findRepeatedNames(log.columnNames()).giveTo(log);
+}
+
+void noteRepeatedNames(Log& log) {
+    keepRepeatedNames(log);
     for (const RepeatedName& repeated : log.repeatedNames) {
-        log.report([&] {
-            Problem problem;
-            problem.found = concat(std::to_string(repeated.columns.size()), " columns named ",
-                                   inQuotes(log.columnName(repeated.columns.front())), " (",
-                                   placesOf(repeated), ")");
-            problem.expected = "names that differ";
-            problem.outcome = "all are kept, one of them is called " + choicesOf(log, repeated);
-            problem.isDamage = false;
-            return problem;
-        });
+        log.report([&] { return problemOf(log, repeated); });
     }
 }
 
@@ -103,7 +97,7 @@ std::string choicesOf(const Log& log, const RepeatedName& repeated) {
 
 unsigned numberedColumn(const Log& log, std::string_view text) {
     std::size_t mark = text.rfind('#');
-    if (mark == std::string_view::npos) return noColumn;
+    if (mark == std::string_view::npos || mark == 0) return noColumn;
     std::size_t number = numberBehind(text, mark);
     const unsigned first = log.findColumn(text.substr(0, mark));
     if (repeatedNameOf(log, first) == nullptr) return noColumn;
@@ -128,23 +122,27 @@ std::vector<unsigned> sameColumns(const Log& a, const Log& b) {
             others[repeated.columns[turn]] = isThere ? inB->columns[turn] : noColumn;
         }
     }
-    pairUnnamed(a, b, others);
     return others;
 }
 
 DistinctNames::DistinctNames(const Log& log) : log_(log) {
     for (const RepeatedName& repeated : log.repeatedNames) {
         for (std::size_t turn = 1; turn < repeated.columns.size(); ++turn) {
-            unsigned column = repeated.columns[turn];
-            own_.push_back({column, log.columnName(column)});
-            std::string name = concat(own_.back().name, "\x01", std::to_string(column), "\x01");
-            while (log.findColumn(name) != noColumn) name += '\x01';
-            log.table->set_fieldname(column, name.c_str());
+            makeDistinct(repeated.columns[turn]);
         }
         // Said again, so that the table finds it by the name that is now its alone.
         unsigned first = repeated.columns.front();
         log.table->set_fieldname(first, log.columnName(first).c_str());
     }
+    const unsigned unnamed = log.findColumn("");
+    if (unnamed != noColumn) makeDistinct(unnamed);
+}
+
+void DistinctNames::makeDistinct(unsigned column) {
+    own_.push_back({column, log_.columnName(column)});
+    std::string name = concat(own_.back().name, "\x01", std::to_string(column), "\x01");
+    while (log_.findColumn(name) != noColumn) name += '\x01';
+    log_.table->set_fieldname(column, name.c_str());
 }
 
 DistinctNames::~DistinctNames() {

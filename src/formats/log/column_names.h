@@ -7,8 +7,11 @@
 
 #include "formats/log/log.h"
 
-/// Names that several columns of a log have, case ignored. "Reel#2" is the second of them.
+/// Names that several columns of a log have, case ignored. "Reel#2" is the second of them. A column
+/// without a name is "[]", and "[]#2" the second one.
 namespace vek::formats {
+
+constexpr const char* unnamedAddress = "[]";
 
 /// Names that several columns have, and which of them a column has.
 struct RepeatedNames {
@@ -23,7 +26,8 @@ struct RepeatedNames {
 /// order of its first column.
 RepeatedNames findRepeatedNames(const std::vector<std::string>& names);
 
-/// Keeps them with a log that was read, and tells them as problems.
+/// Keeps them with the log; the same, and tells them as problems.
+void keepRepeatedNames(Log& log);
 void noteRepeatedNames(Log& log);
 
 /// The repeated name of a column; null where only this one has its name.
@@ -39,10 +43,11 @@ unsigned numberedColumn(const Log& log, std::string_view text);
 unsigned columnOfTurn(const Log& log, std::string_view name, std::size_t turn);
 
 /// For each column of `a` the one of `b` with its name, the second of a name for the second and
-/// so on, also of those without a name; noColumn where there is none.
+/// so on; noColumn where there is none.
 std::vector<unsigned> sameColumns(const Log& a, const Log& b);
 
-/// Gives the columns names that differ as long as it lives, for work that goes by names.
+/// Gives the columns names that differ, and one to those that have none, as long as it lives, for
+/// work that goes by names.
 class DistinctNames {
 public:
     explicit DistinctNames(const Log& log);
@@ -62,6 +67,8 @@ private:
         unsigned column;
         std::string name;
     };
+
+    void makeDistinct(unsigned column);
 
     const Log& log_;
     std::vector<Own> own_;

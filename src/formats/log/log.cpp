@@ -28,33 +28,70 @@ std::vector<std::string> Log::columnNames() const {
     return names;
 }
 
+namespace {
+
+unsigned firstUnnamed(const vekdb& table) {
+    for (unsigned column = 0; column < table.get_num_fields(); ++column) {
+        const char* name = table.get_fieldname(column);
+        if (name == nullptr || *name == '\0') return column;
+    }
+    return noColumn;
+}
+
+}  // namespace
+
 unsigned Log::findColumn(std::string_view name) const {
+    if (name.empty()) return firstUnnamed(*table);
     // The library finds the first or the last of several.
     unsigned column = table->get_fieldnum(cellText(name));
     const RepeatedName* repeated = repeatedNameOf(*this, column);
     return repeated == nullptr ? column : repeated->columns.front();
 }
 
+namespace {
+
+[[noreturn]] void refuseRepeated(const Log& log, const RepeatedName& repeated,
+                                 std::string_view wanted) {
+    const std::string count = std::to_string(repeated.columns.size());
+    throw Failure{wrongUsage,
+                  log.name,
+                  {0, "",
+                   wanted.empty() ? concat(count, " columns have no name")
+                                  : concat(count, " columns are named ", inQuotes(wanted)),
+                   concat("one of them: ", choicesOf(log, repeated)), ""}};
+}
+
+[[noreturn]] void refuseUnknown(const Log& log, std::string_view wanted) {
+    std::string near = nearest(wanted, log.columnNames());
+    if (!near.empty()) near = concat("did you mean ", asWritten(near), "?");
+    const bool isUnnamed = wanted.empty() && log.findColumn("") != noColumn;
+    if (isUnnamed) near = concat("the one without a name is ", unnamedAddress);
+    throw Failure{
+        wrongUsage, log.name, {0, "", "there is no column " + inQuotes(wanted), "", near}};
+}
+
+// The only one that has the name; noColumn where none has.
+unsigned onlyColumn(const Log& log, std::string_view wanted) {
+    const unsigned column = log.findColumn(wanted);
+    const RepeatedName* const repeated = repeatedNameOf(log, column);
+    if (repeated != nullptr) refuseRepeated(log, *repeated, wanted);
+    return column;
+}
+
+}  // namespace
+
 unsigned Log::requireColumn(std::string_view wanted) const {
-    unsigned column = findColumn(wanted);
-    if (const RepeatedName* repeated = repeatedNameOf(*this, column)) {
-        throw Failure{wrongUsage,
-                      name,
-                      {0, "",
-                       concat(std::to_string(repeated->columns.size()), " columns are named ",
-                              inQuotes(wanted)),
-                       concat("one of them: ", choicesOf(*this, *repeated)), ""}};
-    }
+    if (wanted.empty()) refuseUnknown(*this, wanted);
+    unsigned column = onlyColumn(*this, wanted);
     if (column == noColumn) column = numberedColumn(*this, wanted);
     if (column != noColumn) return column;
-    if (std::optional<WrittenName> inner = unbracketed(wanted)) {
-        if (inner->turn == 0) return requireColumn(inner->name);
-        column = columnOfTurn(*this, inner->name, inner->turn);
-        if (column != noColumn) return column;
-    }
-    std::string near = nearest(wanted, columnNames());
-    if (!near.empty()) near = concat("did you mean ", near, "?");
-    throw Failure{wrongUsage, name, {0, "", "there is no column " + inQuotes(wanted), "", near}};
+    const std::optional<WrittenName> inner = unbracketed(wanted);
+    if (!inner) refuseUnknown(*this, wanted);
+    if (inner->turn == 0 && !inner->name.empty()) return requireColumn(inner->name);
+    column = inner->turn == 0 ? onlyColumn(*this, inner->name)
+                              : columnOfTurn(*this, inner->name, inner->turn);
+    if (column == noColumn) refuseUnknown(*this, wanted);
+    return column;
 }
 
 std::string Log::parameter(const char* wanted) const {

@@ -51,6 +51,7 @@ struct Log {
     std::string notRead;             ///< why rows are missing; empty when all are there
     LineEnd lineEnd = LineEnd::lf;   ///< text formats are written back as they came
     bool beganWithMark = false;      ///< a UTF-8 byte order mark stood in front
+    bool endsInLine = false;         ///< the last line of the text has no end
     TextForm form = {};              ///< so are those
     Opening opening = {};            ///< as it was asked for
     std::size_t bytesRead = 0;       ///< of the file

@@ -194,4 +194,11 @@ void Input::readAgain(std::uint64_t from, char* to, std::size_t size) const {
                                   "is written; look at it, and give the command again"};
 }
 
+const std::vector<char>& Input::textAgain() const {
+    if (!again_.empty()) return again_;
+    std::vector<char> text(static_cast<std::size_t>(size()));
+    readAgain(0, text.data(), text.size());
+    return again_ = std::move(text);
+}
+
 }  // namespace vek::formats

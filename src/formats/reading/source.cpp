@@ -31,9 +31,13 @@ void RowPlaces::endAt(std::uint64_t size) {
     isEnded_ = true;
 }
 
+// What is held for another reader is there for this one, too.
+SourceReader::SourceReader(const Input& input)
+    : input_(input), jumps_(input.holdsTextAgain() ? mostJumps : 0) {}
+
 std::string_view SourceReader::read(Range range) {
     if (range.begin < got_.begin || range.end > got_.end) get(windowOf(range));
-    return {window_.data() + (range.begin - got_.begin), range.size()};
+    return {text_ + (range.begin - got_.begin), range.size()};
 }
 
 // Who goes back and forth gets the whole file at last: a window for each piece would read it over
@@ -42,14 +46,20 @@ Range SourceReader::windowOf(Range range) {
     const bool isJump = range.begin < got_.begin || range.begin > got_.end + windowSize;
     jumps_ += isJump ? 1 : 0;
     const std::uint64_t size = input_.size();
-    if (jumps_ >= mostJumps) return {0, std::max(range.end, size)};
+    if (jumps_ >= mostJumps && range.end <= size) return {0, size};
     return {range.begin, std::max(range.end, std::min(range.begin + windowSize, size))};
 }
 
 void SourceReader::get(Range window) {
-    window_.resize(window.size());
     got_ = {};
+    if (jumps_ >= mostJumps && window.begin == 0) {
+        text_ = input_.textAgain().data();
+        got_ = {0, input_.textAgain().size()};
+        return;
+    }
+    window_.resize(window.size());
     input_.readAgain(window.begin, window_.data(), window_.size());
+    text_ = window_.data();
     got_ = window;
 }
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -30,6 +31,7 @@ public:
     void add(Range row);
     void endAt(std::uint64_t size);
 
+    bool areKnown() const { return isEnded_; }
     std::size_t count() const { return begins_.size() - (isEnded_ ? 1 : 0); }
     Range heading() const { return {0, headingEnd_}; }
     Range row(std::size_t row) const { return {begin(row), begin(row + 1) - gap(row + 1)}; }
@@ -84,6 +86,10 @@ struct Source {
     bool endsOpen = false;                 ///< a quote of the last row is never closed
     bool hasLoneReturns = false;  ///< some lines end with a carriage return and no line feed
     bool isDamaged = false;       ///< a table file that is to be written anew, and so mended
+    /// Found out where they are asked for: whether bytes are no UTF-8, and which gaps of JSON
+    /// hold the bracket of an array.
+    std::optional<bool> hasOddBytes = {};
+    std::optional<std::vector<std::size_t>> gapsWithBrackets = {};
 
     /// The column as it was read; their number for one that was added.
     unsigned whereFrom(unsigned column) const {
@@ -92,11 +98,11 @@ struct Source {
 };
 
 /// Reads pieces of a source again, those near each other with few calls; where they stand in no
-/// order, the whole source is held after a while. A Failure where the file
-/// is no longer as long as it was.
+/// order, the input holds all of it after a while. A Failure where the file is no longer as long
+/// as it was.
 class SourceReader {
 public:
-    explicit SourceReader(const Input& input) : input_(input) {}
+    explicit SourceReader(const Input& input);
     /// Valid until the next call.
     std::string_view read(Range range);
 
@@ -106,8 +112,9 @@ private:
 
     const Input& input_;
     std::vector<char> window_;
+    const char* text_ = nullptr;  // of what was got
     Range got_;
-    unsigned jumps_ = 0;
+    unsigned jumps_;
 };
 
 }  // namespace vek::formats

@@ -92,8 +92,9 @@ bool isReadByLibrary(Format format) {
 // Puts a log of lines together from the pieces of its file and the rows that say something else.
 class LinesInPlace {
 public:
-    LinesInPlace(const Saving& saving, const std::vector<unsigned>& rows)
+    LinesInPlace(const Saving& saving, const std::vector<unsigned>& rows, bool isPiece)
         : saving_(saving),
+          keepsGaps_(!isPiece),
           log_(saving.log),
           source_(*log_.source),
           places_(source_.places),
@@ -111,7 +112,7 @@ public:
             progress.reach(i);
             put(all_[i]);
         }
-        if (!source_.isDamaged) keepGapsUpTo(places_.count());
+        if (!source_.isDamaged && keepsGaps_) keepGapsUpTo(places_.count());
         return std::move(text_);
     }
 
@@ -162,7 +163,7 @@ private:
     void put(unsigned row) {
         if (isNew(row))
             putBetween({}, row);
-        else if (!source_.isDamaged)
+        else if (!source_.isDamaged && keepsGaps_)
             keepGapsUpTo(row);
         putEnd();
         if (isWritten(row))
@@ -230,6 +231,7 @@ private:
     }
 
     Saving saving_;
+    bool keepsGaps_;
     const Log& log_;
     const Source& source_;
     const RowPlaces& places_;
@@ -251,12 +253,13 @@ std::vector<unsigned> allRows(const Log& log) {
     return rows;
 }
 
-PatchedText patched(const Saving& saving, const std::vector<unsigned>& rows) {
-    if (isReadByLibrary(saving.log.format)) {
+PatchedText patched(const Saving& saving, const InPlace& now) {
+    if (isReadByLibrary(saving.log.format) && !saving.log.source->places.areKnown()) {
         saving.log.source->places = placesByLines(saving.log);
     }
     const bool isJson = saving.log.format == Format::json || saving.log.format == Format::jsonl;
-    return isJson ? jsonInPlace(saving, rows) : LinesInPlace(saving, rows).make();
+    return isJson ? jsonInPlace(saving, now.rows)
+                  : LinesInPlace(saving, now.rows, now.isPiece).make();
 }
 
 }  // namespace
@@ -295,9 +298,9 @@ bool writeInPlace(const InPlace& now, bool mayStay, Output& out, Losses& losses)
     if (log.format != Format::plainCsv) targetOf(log);
     out.encode(log.form.encoding, isPackedAs(log, out.name()));
     const Saving saving{log, unnamedLast(log, now.columns), out.name(), losses};
-    PatchedText text = patched(saving, now.rows);
+    PatchedText text = patched(saving, now);
     if (mayStay && text.isFile(log.source->places.size())) return false;
-    requireSameReading(log, text, out.name());
+    requireSameReading(log, text, out.name(), now.isPiece ? &losses : nullptr);
     if (log.format == Format::edl) requireSameEvents(saving, now.rows, text);
     text.write(*log.source->input, out);
     return true;

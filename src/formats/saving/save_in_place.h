@@ -19,6 +19,9 @@ struct InPlace {
     const Log& log;
     std::vector<unsigned> rows;
     std::vector<unsigned> columns;
+    /// One of many files that a log becomes: what stands between rows, as blank lines do, belongs
+    /// to none of them, and what has to be said to have it read as it is is told, not refused.
+    bool isPiece = false;
 };
 
 /// Writes it, and does not close the output. What was not changed since it was read stays as it

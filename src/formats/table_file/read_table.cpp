@@ -8,6 +8,7 @@
 #include <vekdb/row_choice.h>
 #include "formats/choosing/conditions.h"
 #include "formats/choosing/ranges.h"
+#include "formats/delimited/delimiters.h"
 #include "formats/reading/limits.h"
 #include "formats/reading/read_errors.h"
 #include "formats/reading/readers.h"
@@ -97,13 +98,29 @@ public:
 
     void read(const Wanted& wanted) {
         log_.table = std::make_unique<vekdb>();
+        const End before = end();
         if (!readWanted(wanted)) readAll();
+        const End after = end();
+        log_.endsInLine = before.isInLine || after.isInLine || before.size != after.size;
         restoreExactCells(log_);
         log_.table->set_filename(wide(log_.path));
         if (log_.table->get_modified()) log_.table->clear_changed();
     }
 
 private:
+    // How the file ends. One that grows may end otherwise than what was read of it.
+    struct End {
+        std::uint64_t size;
+        bool isInLine;
+    };
+
+    End end() const {
+        const std::uint64_t size = input_.size();
+        char last = '\n';
+        if (size > 0) input_.readFrom(size - 1, &last, 1);
+        return {size, last != '\n'};
+    }
+
     // False where every row is wanted, and where the file has anything but rows of its table.
     bool readWanted(const Wanted& wanted) {
         if (wanted.empty()) return false;
@@ -205,8 +222,20 @@ private:
             refuse(1, "a byte order mark", "the line \"VEKDB:Rev 1\"");
         }
         if (!startsWithParameters()) {
-            refuse(1, inQuotes(firstLine()), "a table file's first line, \"VEKDB:Rev 1\"");
+            throw Failure{unreadable,
+                          log_.name,
+                          {1, "", inQuotes(firstLine()),
+                           "a table file's first line, \"VEKDB:Rev 1\"", whatItIs()}};
         }
+    }
+
+    // What people give a wrong ending to.
+    std::string whatItIs() const {
+        const bool isAll = text_.size() < Input::headSize;
+        if (!isDelimited(text_, isAll)) return {};
+        const bool isCsv = foundDelimiter(text_, isAll, ',') != '\t';
+        return concat("if it is ", isCsv ? "CSV" : "TSV", ", say so with ",
+                      log_.opening.terms->from, isCsv ? " csv" : " tsv");
     }
 
     std::string_view firstLine() const { return text_.substr(0, text_.find('\n')); }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <charconv>
 
+#include "formats/text/text_lines.h"
+
 namespace vek::formats {
 
 namespace {
@@ -46,6 +48,18 @@ std::optional<WrittenName> unbracketed(std::string_view text) {
     std::optional<WrittenName> written = bracketedName(text);
     if (!written || written->size != text.size()) return {};
     return written;
+}
+
+std::string inBrackets(std::string_view name) {
+    std::string out = "[";
+    for (char c : name) out += c == ']' ? std::string("]]") : std::string(1, c);
+    return out + "]";
+}
+
+std::string asWritten(const std::string& name) {
+    const bool isPlain = !name.empty() && name.front() != '[' && trimmed(name) == name &&
+                         name.find_first_of("=<>~!,{}|") == std::string::npos;
+    return isPlain ? name : inBrackets(name);
 }
 
 std::vector<std::string_view> splitNames(std::string_view list) {

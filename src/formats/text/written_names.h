@@ -23,6 +23,10 @@ std::optional<WrittenName> bracketedName(std::string_view text);
 /// The same where the whole text is such a name; nothing otherwise.
 std::optional<WrittenName> unbracketed(std::string_view text);
 
+/// A name between brackets; the same only where it has signs in it that need them.
+std::string inBrackets(std::string_view name);
+std::string asWritten(const std::string& name);
+
 /// The names of a list between commas, those in brackets still in them.
 std::vector<std::string_view> splitNames(std::string_view list);
 

@@ -57,6 +57,7 @@ public:
 
     void read() {
         const WorkbookSheets::Sheet& sheet = chosen();
+        read_ = &sheet;
         log_.sheet = sheet.name;
         const Relations::Target* part = relations_.byId(sheet.relation);
         if (part == nullptr) refuse(log_, "no part for the sheet " + inQuotes(sheet.name), "");
@@ -73,6 +74,7 @@ public:
     }
 
     SheetCells& cells() { return cells_; }
+    std::string otherSheets() const { return listed(read_); }
     std::size_t unpacked() const { return archive_.unpacked(); }
 
 private:
@@ -163,6 +165,7 @@ private:
     ZipArchive archive_;
     Log& log_;
     WorkbookSheets sheets_;
+    const WorkbookSheets::Sheet* read_ = nullptr;
     Relations relations_{""};
     CellStyles styles_;
     SharedTexts texts_;
@@ -172,10 +175,11 @@ private:
 // Makes the table of the cells. Columns in which nothing stands, the heading included, are none.
 class SheetTable {
 public:
-    SheetTable(SheetCells& cells, std::size_t bytes, Log& log)
+    SheetTable(SheetCells& cells, std::size_t bytes, const std::string& otherSheets, Log& log)
         : places_(cells.places()),
           rows_(cells.rows()),
           mostEmpty_(emptyOfAnySheet + bytes),
+          otherSheets_(otherSheets),
           log_(log),
           builder_(log, cells.take()),
           walk_(builder_.text()) {}
@@ -200,7 +204,8 @@ private:
             unreadable,
             log_.name,
             {0, "", "nothing in the sheet " + inQuotes(log_.sheet), "a row of column names",
-             concat(log_.opening.terms->sheet, " names another")}};
+             otherSheets_.empty() ? "fill it, or name another file"
+                                  : concat(log_.opening.terms->sheet, " reads ", otherSheets_)}};
     }
 
     // Its cells at their places, as many as the last one needs.
@@ -246,6 +251,7 @@ private:
     std::vector<unsigned> places_;
     std::vector<SheetCells::Row> rows_;
     std::size_t mostEmpty_;
+    const std::string& otherSheets_;
     Log& log_;
     TableBuilder builder_;
     CellWalk walk_;
@@ -258,6 +264,7 @@ private:
 void readXlsx(Input& input, Log& log) {
     SheetCells cells;
     std::size_t bytes = 0;
+    std::string others;
     {
         const std::string_view packed = input.text();
         requireArchive(packed, log);
@@ -266,9 +273,10 @@ void readXlsx(Input& input, Log& log) {
         workbook.read();
         cells = std::move(workbook.cells());
         bytes = workbook.unpacked();
+        others = workbook.otherSheets();
     }
     input.takeText();
-    SheetTable(cells, bytes, log).make();
+    SheetTable(cells, bytes, others, log).make();
 }
 
 }  // namespace vek::formats

@@ -51,7 +51,7 @@ bool isWhole(std::string_view text) {
 FirstLook lookAtLog(const Log& log, std::string_view text) {
     FirstLook look = FirstLook::at(text, log.path, '\0');
     const char usual = usualDelimiter(log.format);
-    const bool isWished = log.opening.wishes.delimiter != '\0';
+    const bool isWished = isDelimiterSaid(log);
     if (usual == '\0' || isWished) return look;
     const std::size_t front = std::min(sizeInFront(log), text.size());
     look.delimiter = foundDelimiter(text.substr(front), isWhole(text), usual);
@@ -64,19 +64,27 @@ std::string beginningOf(const Input& input) {
     return text;
 }
 
-void requireSameLook(const Log& log, std::string_view text, const std::string& output) {
+// What a person can say on reading is told where it may be.
+void refuseOrTell(const std::string& output, const std::string& what, Losses* told) {
+    if (told == nullptr) throw Failure{unwritable, concat(output, ": not changed, ", what)};
+    told->addEach(concat(output, ": ", what));
+}
+
+void requireSameLook(const Log& log, std::string_view text, const std::string& output,
+                     Losses* told) {
     const std::string was = beginningOf(*log.source->input);
     const FirstLook meant = lookAtLog(log, was);
     const FirstLook found = lookAtLog(log, text.substr(0, FirstLook::size));
     const std::string difference = differenceOf(found, meant);
     if (difference.empty()) return;
     const bool isMark = found.delimiter != meant.delimiter;
-    throw Failure{
-        unwritable,
-        concat(output, ": not changed, it would be read as ", difference,
-               " then: ", inQuotes(text.substr(0, std::min<std::size_t>(text.find('\n'), 40))),
-               isMark ? concat("; say on reading that it is ", delimiterName(meant.delimiter))
-                      : "; put another text first")};
+    text.remove_prefix(std::min(sizeInFront(log), text.size()));
+    const std::string what =
+        concat("it would be read as ", difference,
+               " then: ", inQuotes(text.substr(0, std::min<std::size_t>(text.find('\n'), 40))));
+    if (!isMark) refuseOrTell(output, what + "; put another text first", nullptr);
+    refuseOrTell(
+        output, concat(what, "; say on reading that it is ", delimiterName(meant.delimiter)), told);
 }
 
 std::string_view upToLastAscii(std::string_view text) {
@@ -96,7 +104,7 @@ bool isOfAnyEncoding(Format format) {
 
 // Whether a file that was read has bytes that are no UTF-8. Pieces of it end behind a byte that is
 // a character by itself.
-bool hasOddBytes(const Input& input) {
+bool readsOddBytes(const Input& input) {
     constexpr std::uint64_t most = 1 << 18;
     SourceReader reader(input);
     const std::uint64_t size = input.size();
@@ -107,6 +115,11 @@ bool hasOddBytes(const Input& input) {
         at += piece.size();
     }
     return false;
+}
+
+bool hasOddBytes(Source& source) {
+    if (!source.hasOddBytes) source.hasOddBytes = readsOddBytes(*source.input);
+    return *source.hasOddBytes;
 }
 
 // What a reader finds out of the bytes; "" for UTF-8 and for what is kept as it is.
@@ -126,20 +139,22 @@ std::string encoded(const std::string& text, const std::string& encoding) {
     return encoding.empty() ? text : fromUtf8(text, encoding, badAt).value_or(std::string());
 }
 
-void requireSameEncoding(const Log& log, PatchedText& text, const std::string& output) {
+void requireSameEncoding(const Log& log, PatchedText& text, const std::string& output,
+                         Losses* told) {
     const std::string& encoding = log.form.encoding;
     const bool isSaid = !log.opening.wishes.encoding.empty();
     if (isSaid || !(isOfAnyEncoding(log.format) || !encoding.empty())) return;
     const bool mayDiffer =
-        !encoding.empty() || hasOddBytes(*log.source->input) || !text.isMadeOfUtf8();
+        !encoding.empty() || hasOddBytes(*log.source) || !text.isMadeOfUtf8();
     if (!mayDiffer) return;
     const std::string bytes = encoded(text.beginning(*log.source->input, SIZE_MAX), encoding);
     const std::string found = encodingFound(bytes);
     if (found == encoding || (found.empty() && isAscii(bytes))) return;
     const std::string meant = encoding.empty() ? "utf-8" : encoding;
-    throw Failure{unwritable, concat(output, ": not changed, it would be read as text in ",
-                                     found.empty() ? "UTF-8" : found, " then; say what it is with ",
-                                     log.opening.terms->encoding, " ", meant)};
+    refuseOrTell(output,
+                 concat("it would be read as text in ", found.empty() ? "UTF-8" : found,
+                        " then; say what it is with ", log.opening.terms->encoding, " ", meant),
+                 told);
 }
 
 // Every name and cell, and what says where it stands.
@@ -157,6 +172,12 @@ void forEachText(const Sheet& sheet, Take take) {
 
 }  // namespace
 
+bool isDelimiterSaid(const Log& log) {
+    const std::string_view first =
+        std::string_view(log.form.skipped).substr(0, log.form.skipped.find_first_of("\r\n"));
+    return log.opening.wishes.delimiter != '\0' || delimiterOfLine(first).has_value();
+}
+
 FirstLook FirstLook::at(std::string_view text, const std::string& path, char usual) {
     FirstLook look;
     const bool isWholeText = isWhole(text);
@@ -172,8 +193,8 @@ FirstLook FirstLook::at(std::string_view text, const std::string& path, char usu
 
 void CheckedOutput::look() {
     const bool hasMark = beginning_.starts_with(byteOrderMark);
-    const FirstLook found =
-        FirstLook::at(beginning_, nameOfItsOwn(format_), usualDelimiter(format_));
+    const char usual = delimiter_ == '\0' ? '\0' : usualDelimiter(format_);
+    const FirstLook found = FirstLook::at(beginning_, nameOfItsOwn(format_), usual);
     const std::string difference = differenceOf(found, {format_, {}, false, hasMark, delimiter_});
     // Zero bytes are told; whatever they make of a text, it is refused by readers.
     const bool isTold = beginning_.find('\0') != std::string::npos;
@@ -230,9 +251,10 @@ void tellNoUtf8(const Sheet& sheet, Losses& losses) {
     });
 }
 
-void requireSameReading(const Log& log, PatchedText& text, const std::string& output) {
-    requireSameLook(log, text.beginning(*log.source->input, FirstLook::size), output);
-    requireSameEncoding(log, text, output);
+void requireSameReading(const Log& log, PatchedText& text, const std::string& output,
+                        Losses* told) {
+    requireSameLook(log, text.beginning(*log.source->input, FirstLook::size), output, told);
+    requireSameEncoding(log, text, output, told);
 }
 
 }  // namespace vek::formats

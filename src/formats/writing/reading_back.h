@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "formats/writing/sheet_facts.h"
@@ -32,7 +33,7 @@ struct FirstLook {
 /// for what it is. A Failure with `unwritable` where one would not.
 class CheckedOutput {
 public:
-    /// `delimiter` separates cells, '\0' in formats that have none.
+    /// `delimiter` separates cells, '\0' in formats that have none and where a reader is told.
     CheckedOutput(Output& out, Format format, char delimiter = '\0')
         : out_(out), format_(format), delimiter_(delimiter) {}
 
@@ -40,6 +41,10 @@ public:
         if (isLookedAt_) return out_.write(text);
         beginning_ += text;
         if (beginning_.size() >= FirstLook::size) look();
+    }
+    /// Takes lines in front of what is looked at, which a reader is told to pass over.
+    void pass(std::string_view lines) {
+        if (!lines.empty()) out_.write(std::exchange(beginning_, {}).append(lines));
     }
     /// To be called when all is written.
     void end() {
@@ -55,6 +60,9 @@ private:
     std::string beginning_;
     bool isLookedAt_ = false;
 };
+
+/// Whether a person, or a line in front of the heading, says what separates the cells of a log.
+bool isDelimiterSaid(const Log& log);
 
 /// Whether a first line of names stands for itself: nothing of it is passed over, and none of it is
 /// the mark of another format, of an encoding or of a packed file.
@@ -73,7 +81,8 @@ void tellAleHeading(std::string_view heading, const std::vector<std::string>& na
 void tellNoUtf8(const Sheet& sheet, Losses& losses);
 
 /// A Failure with `unwritable` where a reader would take the text that is to be written in the
-/// place of a log's own for something else than that one was taken for.
-void requireSameReading(const Log& log, PatchedText& text, const std::string& output);
+/// place of a log's own for something else than that one was taken for. With `told`, what a person
+/// can say on reading is told instead.
+void requireSameReading(const Log& log, PatchedText& text, const std::string& output, Losses* told);
 
 }  // namespace vek::formats

@@ -45,6 +45,12 @@ void loseParameters(const Log& log, Losses& losses) {
     }
 }
 
+void loseNames(const Log& log, const std::vector<unsigned>& columns, Losses& losses) {
+    for (unsigned column : columns) {
+        losses.add("column names have no place without a row", inQuotes(log.columnName(column)));
+    }
+}
+
 void tellZerosOf(std::string_view line, const Sheet& sheet, unsigned row, Losses& losses) {
     tellZeros(
         line, sheet.columns.size(), [&](unsigned i) { return sheet.cell(row, i); },

@@ -24,6 +24,10 @@ std::vector<Parameter> ownParameters(const Log& log);
 /// Adds the parameters as lost, for formats that hold none.
 void loseParameters(const Log& log, Losses& losses);
 
+/// Adds the names of columns as lost, for formats in which they stand in the rows, where there are
+/// none.
+void loseNames(const Log& log, const std::vector<unsigned>& columns, Losses& losses);
+
 /// Tells of the cells with a zero byte in a line that was made of them: text with one in it is
 /// taken for something else by whoever reads it.
 template <class Cell, class Place>

@@ -69,6 +69,7 @@ struct WriteStyle {
     bool shortReels = false;  ///< reels of edit lists in eight characters
     AleWishes ale = {};
     bool guardsFormulas = false;  ///< CSV and TSV: no cell is one for a spreadsheet
+    TextForm form = {};           ///< of the CSV or TSV that this is a copy of
 };
 
 }  // namespace vek::formats

@@ -171,11 +171,7 @@ void Sheet::cellChanged(unsigned row, unsigned column) {
 }
 
 void Sheet::columnsChanged() {
-    log_.repeatedNames.clear();
-    log_.repeatedAt.clear();
-    const std::vector<Problem> problems = log_.problems;
-    noteRepeatedNames(log_);
-    log_.problems = problems;
+    keepRepeatedNames(log_);
     recovery_.columnsChanged(log_);
     fitColumns();
 }

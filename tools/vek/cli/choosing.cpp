@@ -32,6 +32,10 @@ std::vector<Option> selectionOptions() {
 }
 
 Selection selectionFrom(const Args& args) {
+    for (const char* name : {"sort", "unique", "duplicates"}) {
+        if (!args.has(name) || !args.text(name).empty()) continue;
+        throw Failure{wrongUsage, concat("--", name, " needs the name of a column")};
+    }
     Selection selection;
     selection.where = args.all("where");
     selection.any = args.has("any");

@@ -33,6 +33,15 @@ public:
         for (const std::string& word : words) take(word);
     }
 
+    /// The same line with the word in work, unless that is an option, and those behind it.
+    Line with(const std::string& word, const std::vector<std::string>& behind) const {
+        Line whole = *this;
+        const bool isOption = awaiting_ == nullptr && word.starts_with('-');
+        if (!isOption) whole.take(word);
+        for (const std::string& one : behind) whole.take(one);
+        return whole;
+    }
+
     const Option* awaiting() const { return awaiting_; }
     bool hasEnded() const { return hasEnded_; }
     const std::vector<std::string>& arguments() const { return arguments_; }
@@ -138,7 +147,7 @@ private:
             const std::string free = isRepeated ? name + turn : name;
             if (says(free, column)) return free;
         }
-        const std::string bracketed = between(name);
+        const std::string bracketed = formats::inBrackets(name);
         if (!isRepeated && says(bracketed, column)) return bracketed;
         return says(bracketed + turn, column) ? bracketed + turn : std::string();
     }
@@ -155,12 +164,6 @@ private:
     bool standsFree(const std::string& name) const {
         return !name.empty() && name.front() != '[' && trimmed(name) == name &&
                name.find_first_of(signs_) == std::string::npos;
-    }
-
-    static std::string between(const std::string& name) {
-        std::string out = "[";
-        for (char c : name) out += c == ']' ? std::string("]]") : std::string(1, c);
-        return out + "]";
     }
 
     bool says(const std::string& text, unsigned column) const {
@@ -184,7 +187,9 @@ std::size_t endOfName(std::string_view text, std::string_view signs) {
 
 class Completer {
 public:
-    Completer(const Line& line, const std::string& word) : line_(line), word_(word) {}
+    /// The line up to the word, and all of it.
+    Completer(const Line& line, const std::string& word, const Line& whole)
+        : line_(line), word_(word), whole_(whole) {}
 
     Completion complete() {
         const Option* option = line_.awaiting();
@@ -211,7 +216,7 @@ private:
     void options() {
         Words words = {{"--help", "this help"}};
         for (const Option& option : line_.command().options) {
-            const bool isLeft = option.repeats || !line_.has(longName(option));
+            const bool isLeft = option.repeats || !whole_.has(longName(option));
             if (!isLeft) continue;
             words.push_back({longName(option), option.help});
             const bool wantsShort = word_.size() < 2 || word_[1] != '-';
@@ -386,11 +391,11 @@ private:
     }
 
     std::optional<LogHead> headWith(std::size_t bytes) const {
-        std::string path = line_.argument("FILE");
-        if (path.empty()) path = line_.argument("A");
-        if (path.empty()) path = line_.argument("IN");
+        std::string path = whole_.argument("FILE");
+        if (path.empty()) path = whole_.argument("A");
+        if (path.empty()) path = whole_.argument("IN");
         if (path.empty()) return {};
-        Opening opening = openingFrom(line_.readingArgs());
+        Opening opening = openingFrom(whole_.readingArgs());
         opening.limits.bytes = mostUnpacked;
         opening.watcher = nullptr;
         return headOfLog(path, opening, bytes);
@@ -400,6 +405,7 @@ private:
 
     const Line& line_;
     const std::string& word_;
+    const Line& whole_;
     Completion made_;
 };
 
@@ -419,10 +425,11 @@ void addWords(Completion& completion, Words words, std::string_view word) {
 }
 
 Completion completionOf(const Command& command, const std::vector<std::string>& before,
-                        const std::string& word) {
+                        const std::string& word, const std::vector<std::string>& behind) {
     const Line line(command, before);
+    const Line whole = line.with(word, behind);
     try {
-        return Completer(line, word).complete();
+        return Completer(line, word, whole).complete();
     } catch (const Failure&) {
         return {};
     }

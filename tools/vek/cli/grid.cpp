@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "formats/text/text_lines.h"
 #include "formats/text/width.h"
 #include "formats/text/wrapping.h"
 #include "tools/vek/cli/fitting.h"
@@ -28,20 +29,35 @@ std::vector<std::size_t> naturalWidths(const Grid& grid) {
     return widths;
 }
 
+std::size_t longestWord(std::string_view text) {
+    std::size_t longest = 0;
+    for (std::string_view word : split(text, ' ')) longest = std::max(longest, displayWidth(word));
+    return longest;
+}
+
+// What a column takes at least: where cells are broken between words, its longest word, as long as
+// that is no longer than what is cut elsewhere.
+std::size_t leastWidth(const Grid& grid, std::size_t column) {
+    if (!grid.wraps) return narrowestColumn;
+    std::size_t least = longestWord(escaped(grid.columns[column].title));
+    for (std::size_t row = 0; row < grid.rowCount && least < narrowestColumn; ++row) {
+        const std::string_view cell = grid.cell(row, column);
+        if (cell.size() > least) least = std::max(least, longestWord(escaped(cell)));
+    }
+    return std::min(least, narrowestColumn);
+}
+
 class GridPrinter {
 public:
     GridPrinter(const Grid& grid, const Screen& screen, Printout& out, GridLayout& layout)
         : grid_(grid), screen_(screen), out_(out), layout_(layout), widths_(layoutWidths()) {}
 
     std::size_t print() {
-        if (!layout_.hasHeading) {
-            printLine([&](std::size_t i) { return std::string_view(grid_.columns[i].title); },
-                      true);
-        }
+        if (!layout_.hasHeading) printHeading();
         layout_.hasHeading = true;
         for (std::size_t row = 0; row < grid_.rowCount; ++row) {
             const auto cell = [&](std::size_t i) { return grid_.cell(row, i); };
-            grid_.wraps ? printWrapped(cell) : printLine(cell, false);
+            grid_.wraps ? printWrapped(cell, false) : printLine(cell, false);
         }
         return widths_.size();
     }
@@ -53,7 +69,17 @@ private:
         for (std::size_t i = 0; i < widths.size(); ++i) {
             widths[i] = layout_.widths[i] = std::max(widths[i], layout_.widths[i]);
         }
-        return fittedWidths(std::move(widths), screen_.width);
+        layout_.leasts.resize(widths.size());
+        if (screen_.width == 0) return widths;
+        for (std::size_t i = 0; i < widths.size(); ++i) {
+            layout_.leasts[i] = std::max(layout_.leasts[i], leastWidth(grid_, i));
+        }
+        return fittedWidths(widths, layout_.leasts, screen_.width);
+    }
+
+    void printHeading() {
+        const auto title = [&](std::size_t i) { return std::string_view(grid_.columns[i].title); };
+        grid_.wraps ? printWrapped(title, true) : printLine(title, true);
     }
 
     Ink inkOf(std::size_t i) const { return grid_.columns[i].isFaint ? Ink::faint : Ink::plain; }
@@ -70,7 +96,7 @@ private:
 
     // As many lines as the cell that takes most of them.
     template <class Cell>
-    void printWrapped(Cell cell) {
+    void printWrapped(Cell cell, bool isTitle) {
         std::vector<std::vector<std::string>> cells;
         std::size_t most = 1;
         for (std::size_t i = 0; i < widths_.size(); ++i) {
@@ -81,7 +107,8 @@ private:
             std::string line;
             for (std::size_t i = 0; i < cells.size(); ++i) {
                 const std::string text = n < cells[i].size() ? cells[i][n] : std::string();
-                addCell(line, text, i, inkOf(i), i + 1 == cells.size());
+                const Ink ink = isTitle ? Ink::bold : inkOf(i);
+                addCell(line, text, i, ink, i + 1 == cells.size());
             }
             out_.inkedLine(line);
         }

@@ -41,6 +41,7 @@ struct Grid {
 /// narrower.
 struct GridLayout {
     std::vector<std::size_t> widths;
+    std::vector<std::size_t> leasts;  ///< what they may be cut to
     bool hasHeading = false;
 };
 

@@ -1,5 +1,7 @@
 #include "tools/vek/cli/reading.h"
 
+#include <map>
+
 #include <vekdb/formats/timecode.h>
 #include "formats/delimited/delimiters.h"
 #include "formats/reading/input.h"
@@ -17,6 +19,7 @@ constexpr Terms terms = {
     .maxOutput = "--max-output",
     .encoding = "--encoding",
     .sheet = "--sheet",
+    .from = "--from",
     .format = "with --to",
     .saving = "vek convert",
     .at = "--at",
@@ -53,10 +56,52 @@ void tellProblems(const Log& log) {
     if (!log.notRead.empty()) say(log.notRead);
 }
 
+struct ReadingOption {
+    const char* name;
+    const char* formats;  ///< "|csv|" and so on, those that it is for
+    const char* what;
+};
+
+constexpr ReadingOption readingOptions[] = {
+    {"delimiter", "|csv|tsv|", "CSV and TSV"},
+    {"skip-lines", "|csv|tsv|xlsx|", "CSV, TSV and workbooks"},
+    {"no-header", "|csv|tsv|xlsx|", "CSV, TSV and workbooks"},
+    {"sheet", "|xlsx|", "workbooks"},
+};
+
+bool isFor(const ReadingOption& option, Format format) {
+    const std::string name = concat("|", formatName(format), "|");
+    return std::string_view(option.formats).find(name) != std::string_view::npos;
+}
+
+std::size_t countOfLogs(const Args& args) {
+    std::size_t count = 0;
+    for (const char* name : {"FILE", "OTHER", "IN", "A", "B"}) count += args.all(name).size();
+    return count;
+}
+
+// What would change nothing was meant to do something. Of several logs one may have need of it;
+// of the others it is told.
+void requireUse(const Log& log, const Args& args) {
+    static std::map<std::string_view, std::size_t> idle;
+    for (const ReadingOption& option : readingOptions) {
+        if (!args.has(option.name) || isFor(option, log.format)) continue;
+        const std::string text = concat(log.name, ": --", option.name, " is for ", option.what,
+                                        ", and this is ", formatName(log.format));
+        if (++idle[option.name] >= countOfLogs(args)) throw Failure{wrongUsage, text};
+        say(text);
+    }
+}
+
 Log told(Log log) {
     noteRead(log.bytesRead);
     tellProblems(log);
     return log;
+}
+
+Log told(Log log, const Args& args) {
+    requireUse(log, args);
+    return told(std::move(log));
 }
 
 }  // namespace
@@ -84,10 +129,23 @@ Log readLog(const std::string& path, const Opening& opening) {
     return told(openLog(path, opening));
 }
 
+Log readLog(const std::string& path, const Args& args) {
+    return told(openLog(path, openingFrom(args)), args);
+}
+
 Log readLog(const Args& args, std::string_view argument, const Wanted& wanted) {
     Opening opening = openingFrom(args);
     opening.wanted = wanted;
-    return readLog(args.text(argument), opening);
+    return told(openLog(args.text(argument), opening), args);
+}
+
+Log readGrowingLog(const Args& args) {
+    Log log = openLog(args.text("FILE"), openingFrom(args));
+    if (log.endsInLine && log.rowCount() > 0) {
+        const std::size_t last = log.lineOf(log.rowCount() - 1);
+        std::erase_if(log.problems, [&](const Problem& problem) { return problem.line >= last; });
+    }
+    return told(std::move(log), args);
 }
 
 Log readLogToChange(const std::string& path, const Opening& opening) {
@@ -95,11 +153,15 @@ Log readLogToChange(const std::string& path, const Opening& opening) {
 }
 
 Log readLogToChange(const Args& args, std::string_view argument) {
-    return readLogToChange(args.text(argument), openingFrom(args));
+    return told(openLogToChange(args.text(argument), openingFrom(args)), args);
+}
+
+Log readLogToCopy(const std::string& path, const Args& args) {
+    return told(openLogToCopy(path, openingFrom(args)), args);
 }
 
 Log readLogToCopy(const Args& args, std::string_view argument) {
-    return told(openLogToCopy(args.text(argument), openingFrom(args)));
+    return readLogToCopy(args.text(argument), args);
 }
 
 int readingResult(const Log& log) {

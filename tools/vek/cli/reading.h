@@ -16,8 +16,14 @@ const Terms& programTerms();
 
 /// Reads a log, and says what is wrong with it.
 Log readLog(const std::string& path, const Opening& opening);
+/// The same as the command line says it, of which an option that is not for the log's format is
+/// refused; where there are several logs, it is told.
+Log readLog(const std::string& path, const Args& args);
 /// The log named by an argument, "FILE" as a rule.
 Log readLog(const Args& args, std::string_view argument = "FILE", const Wanted& wanted = {});
+
+/// The same for a file that is being written: of a last line that has no end nothing is told.
+Log readGrowingLog(const Args& args);
 
 /// The same for a command that changes the file: from before it is read until it has been
 /// replaced no other one changes it.
@@ -25,6 +31,7 @@ Log readLogToChange(const std::string& path, const Opening& opening);
 Log readLogToChange(const Args& args, std::string_view argument = "FILE");
 /// The same for a copy with other rows or cells: the file itself stays as it is.
 Log readLogToCopy(const Args& args, std::string_view argument = "FILE");
+Log readLogToCopy(const std::string& path, const Args& args);
 
 /// done, or found when the file was damaged.
 int readingResult(const Log& log);

@@ -16,27 +16,43 @@ Held heldForBackup(const std::string& path) {
     return path != "-" && isThere(path) ? holdFile(path) : nullptr;
 }
 
-void saveElsewhere(const Log& log, const std::vector<unsigned>& rows, const std::string& path,
-                   bool backup) {
+void saveElsewhere(const Log& log, const std::vector<unsigned>& rows, const Args& args) {
     requireWhole(log);
+    const std::string path = args.text("output");
+    const bool backup = args.has("backup");
     const Format target = path == "-" ? targetOf(log) : targetFor(log, path);
     Held held = log.held || !backup ? log.held : heldForBackup(path);
-    const bool keepsLines = target == log.format && isChangedInPlace(log.format);
     Printout out(path, held, backup);
     Losses losses;
-    if (keepsLines) {
-        InPlace now(log);
-        now.rows = rows;
-        writeInPlace(now, false, out, losses);
-    } else {
-        WriteStyle style{log.lineEnd, log.beganWithMark};
-        writeSheet({log, viewOf(log, rows), allColumns(log)}, target, style, out, losses);
-    }
+    InPlace now(log);
+    now.rows = rows;
+    writeCopy(now, target, args, out, losses);
     out.close();
     tellLosses(losses, out.name());
 }
 
+WriteStyle styleOfCopy(const Log& log, Format target, const Args& args) {
+    WriteStyle style = styleFrom(args, target);
+    if (!args.has("crlf")) style.lineEnd = log.lineEnd;
+    style.byteOrderMark = log.beganWithMark;
+    const bool hasForm = target == Format::csv || target == Format::tsv;
+    if (hasForm && target == log.format) style.form = log.form;
+    return style;
+}
+
 }  // namespace
+
+void writeCopy(const InPlace& now, Format target, const Args& args, Output& out, Losses& losses) {
+    const Log& log = now.log;
+    // The events of an edit list belong together with what stands between them.
+    const bool isWhole = !now.isPiece || target != Format::edl;
+    if (target == log.format && isChangedInPlace(target) && isWhole && !asksForStyle(args)) {
+        writeInPlace(now, false, out, losses);
+        return;
+    }
+    const WriteStyle style = styleOfCopy(log, target, args);
+    writeSheet({log, viewOf(log, now.rows), now.columns}, target, style, out, losses);
+}
 
 Format targetFor(const Log& log, const std::string& path) {
     if (hasTargetEnding(path)) return targetOfPath(path, programTerms());
@@ -79,7 +95,7 @@ void saveResult(const Log& log, const std::vector<unsigned>& rows, const Args& a
         saveInPlace(log, rows, args.has("backup"));
         return;
     }
-    saveElsewhere(log, rows, args.text("output"), args.has("backup"));
+    saveElsewhere(log, rows, args);
 }
 
 void saveResult(const Log& log, const Args& args) {

@@ -30,6 +30,11 @@ void saveResult(const Log& log, const std::vector<unsigned>& rows, const Args& a
 /// All of them.
 void saveResult(const Log& log, const Args& args);
 
+/// Writes rows of a log to an output, as -o does: what is written in the log's own format keeps the
+/// form that the log came in, unless the options of style say something else. The output is not
+/// closed. The log was read to be copied.
+void writeCopy(const InPlace& now, Format target, const Args& args, Output& out, Losses& losses);
+
 /// Prints rows as CSV, for --dry-run.
 void printRows(const Log& log, const std::vector<unsigned>& rows);
 

@@ -1,5 +1,7 @@
 #include "tools/vek/cli/shell_line.h"
 
+#include <algorithm>
+
 #include <vekdb/host/text_util.h>
 
 namespace vek {
@@ -91,10 +93,34 @@ bool isPlain(char c) {
     return isWord || isSign || static_cast<unsigned char>(c) >= 0x80;
 }
 
+std::vector<std::string> allWords(ShellLine line) {
+    if (!line.word.empty()) line.words.push_back(std::move(line.word));
+    return std::move(line.words);
+}
+
+// Those behind the first `count`.
+std::vector<std::string> wordsBehind(std::vector<std::string> words, std::size_t count) {
+    words.erase(words.begin(),
+                words.begin() + static_cast<std::ptrdiff_t>(std::min(count, words.size())));
+    return words;
+}
+
+// A quote that is open at the cursor may be closed behind it, or not yet.
+std::vector<std::string> bashBehind(std::string_view line, std::string_view rest,
+                                    const ShellLine& front) {
+    const ShellLine whole = BashReader("").read(std::string(line).append(rest));
+    if (whole.quote == '\0' || front.quote == '\0') {
+        return wordsBehind(allWords(whole), front.words.size() + 1);
+    }
+    const std::string own = std::string("x").append(rest);
+    return wordsBehind(allWords(BashReader("").read(own)), 1);
+}
+
 }  // namespace
 
-ShellLine bashLine(std::string_view line, std::string_view breaks) {
+ShellLine bashLine(std::string_view line, std::string_view breaks, std::string_view rest) {
     ShellLine made = BashReader(breaks).read(line);
+    made.behind = bashBehind(line, rest, made);
     std::size_t name = 0;
     while (name < made.words.size() && isAssignment(made.words[name])) ++name;
     const std::size_t taken = name < made.words.size() ? name + 1 : name;

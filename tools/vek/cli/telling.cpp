@@ -35,14 +35,25 @@ bool tellsJson(const Args& args) {
     return args.text("format") == "json";
 }
 
+bool asksForJson(const std::vector<std::string>& words) {
+    for (std::size_t i = 0; i < words.size() && words[i] != "--"; ++i) {
+        const bool isOption = words[i] == "--format" || words[i] == "-f";
+        if (isOption && i + 1 < words.size() && words[i + 1] == "json") return true;
+        if (words[i] == "--format=json" || words[i] == "-fjson") return true;
+    }
+    return false;
+}
+
 // Where writing failed there is no telling of it either, and what was written stands there.
-void tellFailure(const Failure& failure, const Command& command, const Args& args) {
+void tellFailure(const Failure& failure, const Command& command,
+                 const std::vector<std::string>& words) {
     const bool canBeTold = failure.kind == wrongUsage || failure.kind == unreadable;
-    if (!canBeTold || !tellsJson(args) || !isTold(command)) return;
+    if (!canBeTold || !asksForJson(words) || !isTold(command)) return;
     try {
         printFailure(failure.text);
     } catch (const PipeClosed&) {
         // Nobody reads the object; the command failed all the same, and ends as failed.
     }
 }
+
 }  // namespace vek

@@ -13,7 +13,8 @@ Option tellingOption();
 bool tellsJson(const Args& args);
 
 /// One object for programs that says why a command ended early, where it was asked to tell what
-/// it finds as json and could not begin to.
-void tellFailure(const Failure& failure, const Command& command, const Args& args);
+/// it finds as json and could not begin to. It may be for the words themselves.
+void tellFailure(const Failure& failure, const Command& command,
+                 const std::vector<std::string>& words);
 
 }  // namespace vek

@@ -50,7 +50,8 @@ public:
         for (;;) {
             const FileWatch::Event event = watch_.wait(standardOutput);
             if (event == FileWatch::eClosed) return done;
-            if (event == FileWatch::eChanged || follower_.isOutdated()) showAgain();
+            const bool isRest = event == FileWatch::eNothing && !follower_.isOutdated();
+            isRest ? follower_.rest() : showAgain();
         }
     }
 
@@ -88,7 +89,8 @@ void NewRows::look(const Log& log) {
     isNew_.assign(log.rowCount(), false);
     std::unordered_map<std::uint64_t, std::uint32_t> counts;
     std::vector<std::string_view> cells(columns_.size());
-    for (unsigned row = 0; row < log.rowCount(); ++row) {
+    const unsigned count = log.rowCount() - (log.endsInLine && log.rowCount() > 0 ? 1 : 0);
+    for (unsigned row = 0; row < count; ++row) {
         log.cells(row, cells);
         const std::uint64_t hash = hashOf(cells);
         const auto known = counts_.find(hash);

@@ -11,7 +11,8 @@
 namespace vek {
 
 /// Which rows of a log that is read again and again were not there before. Rows are the same
-/// that have the same cells; one that there are more of is new as often as that.
+/// that have the same cells; one that there are more of is new as often as that. The row of a last
+/// line that has no end may be written by half, and is none yet.
 class NewRows {
 public:
     /// To be called with each state of the log.
@@ -32,6 +33,7 @@ struct Follower {
     std::function<Log()> read;
     std::function<void(const Log&)> show;
     std::function<bool()> isOutdated;  ///< for another reason than the log
+    std::function<void()> rest;        ///< a second has passed without a change
 };
 
 /// Shows the log at first and whenever it has changed, until somebody ends the program or nobody

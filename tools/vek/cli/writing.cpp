@@ -1,5 +1,7 @@
 #include "tools/vek/cli/writing.h"
 
+#include <algorithm>
+
 #include "tools/vek/cli/reading.h"
 
 namespace vek {
@@ -49,6 +51,13 @@ std::vector<Option> styleOptions() {
          "become Tape and Name by themselves",
          true},
     };
+}
+
+bool asksForStyle(const Args& args) {
+    const std::vector<Option> options = styleOptions();
+    return std::any_of(options.begin(), options.end(), [&](const Option& option) {
+        return args.has(std::string_view(longName(option)).substr(2));
+    });
 }
 
 Option backupOption() {

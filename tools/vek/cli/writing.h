@@ -12,8 +12,9 @@ namespace vek {
 WriteStyle styleFrom(const Args& args, Format target);
 /// A Failure for a workbook that would go to a terminal.
 void requireFile(Format target, const Printout& out);
-/// Its options.
+/// Its options, and whether one of them is given.
 std::vector<Option> styleOptions();
+bool asksForStyle(const Args& args);
 
 /// The --backup option.
 Option backupOption();
