@@ -32,20 +32,20 @@ TEST(PackedFiles, CopiesArePackedWhereTheirNameSaysSo) {
 
 TEST(PackedFiles, AreMadeInTheFormatOfTheEndingUnderTheirOwn) {
     WorkFolder folder;
-    const std::string csv = vek(folder, "convert samples/docs.vek - --to csv").output;
+    const std::string csv = runVekLine(folder, "convert samples/docs.vek - --to csv").output;
     const std::string heading = csv.substr(0, csv.find_first_of("\r\n"));
     for (const char* line : {"set samples/docs.vek Scene=99 --every -o out.csv.gz",
                              "sort samples/docs.vek --by Scene -o out.csv.gz",
                              "convert samples/docs.vek out.csv.gz"}) {
-        const Finish made = vek(folder, line);
+        const Finish made = runVekLine(folder, line);
         EXPECT_EQ(made.exitCode, 0) << line << made.errors;
         const std::string text = shell(folder, "gzip -dc < out.csv.gz && rm out.csv.gz").output;
         EXPECT_TRUE(text.starts_with(heading)) << line << text;
     }
-    EXPECT_EQ(vek(folder, "convert samples/docs.vek b.json.GZ").exitCode, 0);
+    EXPECT_EQ(runVekLine(folder, "convert samples/docs.vek b.json.GZ").exitCode, 0);
     EXPECT_TRUE(shell(folder, "gzip -dc < b.json.GZ").output.starts_with("["));
-    EXPECT_EQ(vek(folder, "convert samples/docs.vek b.gz").exitCode, 2);
-    EXPECT_EQ(vek(folder, "info b.json.GZ --max-bytes 18446744073709551615").exitCode, 0);
+    EXPECT_EQ(runVekLine(folder, "convert samples/docs.vek b.gz").exitCode, 2);
+    EXPECT_EQ(runVekLine(folder, "info b.json.GZ --max-bytes 18446744073709551615").exitCode, 0);
 }
 
 TEST(PackedFiles, AndThoseInOtherEncodingsAreChangedWhateverTheirSize) {
@@ -102,9 +102,9 @@ TEST(PackedFiles, ThatUnpackToVeryMuchAreReadWhereThatIsAllowed) {
         "(printf 'Name\\n' | gzip; head -c 30000000 /dev/zero | tr '\\0' a | gzip; "
         "printf '\\nB\\n' | gzip) > a.csv.gz";
     EXPECT_EQ(shell(folder, make).exitCode, 0);
-    const std::string info = vek(folder, "info a.csv.gz").output;
+    const std::string info = runVekLine(folder, "info a.csv.gz").output;
     EXPECT_NE(info.find("Rows        2\n"), std::string::npos) << info;
-    EXPECT_EQ(vek(folder, "convert a.csv.gz - --to csv").output.size(), 30000008u);
+    EXPECT_EQ(runVekLine(folder, "convert a.csv.gz - --to csv").output.size(), 30000008u);
     folder.write("cut.csv.gz", folder.read("a.csv.gz").substr(0, 20000));
-    EXPECT_EQ(vek(folder, "info cut.csv.gz").exitCode, 3);
+    EXPECT_EQ(runVekLine(folder, "info cut.csv.gz").exitCode, 3);
 }

@@ -122,7 +122,7 @@ void Browser::copyTagged() {
 }
 
 void Browser::run(const std::string& line) {
-    std::vector<std::string> words = bashLine(concat("vek ", line, " "), "").words;
+    std::vector<std::string> words = bashLine(concat("vek ", line, " "), "", "").words;
     if (!words.empty()) command_ = std::move(words);
 }
 
