@@ -2,6 +2,7 @@
 
 #include <iostream>
 #include <ostream>
+#include <span>
 
 #include "cli/terminal.h"
 
@@ -45,15 +46,22 @@ constexpr Typed inAllShells[] = {
      "<timecode><shift><log.csv><1><--columns><Time>"},
     {"vek show log.csv --output=lo\t", "<show><log.csv><--output=log.csv>"},
     {"vek show my\t--so\tSce\t", "<show><my log.csv><--sort><Scene>"},
-    // The log may stand behind the cursor, which Ctrl-B takes back over it here.
+    // A file's name is not offered where a column is meant.
+    {"vek show log.csv --sort lo\t", "<show><log.csv><--sort><lo>"},
+};
+
+// The log may stand behind the cursor, which Ctrl-B takes back over it here. fish does not tell
+// what stands there, and zsh takes it for a part of a quote that is open.
+const Typed behindTheCursor[] = {
     {"vek show --sort Sce log.csv\x02\x02\x02\x02\x02\x02\x02\x02\t",
      "<show><--sort><Scene><log.csv>"},
     {"vek show -w Scene==67 log.csv\x02\x02\x02\x02\x02\x02\x02\x02\t",
      "<show><-w><Scene==67A><log.csv>"},
+};
+
+const Typed behindAQuote[] = {
     {"vek show -w 'KN S log.csv\x02\x02\x02\x02\x02\x02\x02\x02\t=KJ'",
      "<show><-w><KN Start==KJ><log.csv>"},
-    // A file's name is not offered where a column is meant.
-    {"vek show log.csv --sort lo\t", "<show><log.csv><--sort><lo>"},
 };
 
 struct Shell {
@@ -128,6 +136,13 @@ private:
     Terminal terminal_;
 };
 
+void expectAll(std::span<const Typed> lines, Session& session) {
+    for (const Typed& typed : lines) {
+        if (testing::Test::HasFailure()) return;
+        session.expect(typed);
+    }
+}
+
 }  // namespace
 
 class Shells : public testing::TestWithParam<Shell> {};
@@ -139,10 +154,10 @@ TEST_P(Shells, CompletesWhatIsTyped) {
         return;
     }
     Session session(shell);
-    for (const Typed& typed : inAllShells) {
-        session.expect(typed);
-        if (HasFailure()) return;
-    }
+    const std::string name = shell.name;
+    expectAll(inAllShells, session);
+    if (name != "fish") expectAll(behindTheCursor, session);
+    if (name == "bash") expectAll(behindAQuote, session);
 }
 
 INSTANTIATE_TEST_SUITE_P(Cli, Shells, testing::ValuesIn(shells),

@@ -52,16 +52,12 @@ _vek() {
 if [[ $zsh_eval_context[-1] == loadautofunc ]]; then _vek "$@"; else compdef _vek vek; fi
 )";
 
+// What stands behind the cursor is hidden from what completes in fish.
 constexpr std::string_view fish = R"(# fish completion for vek
 function __vek_complete
     set -l words (commandline -opc)
     set -l word (commandline -ct)
-    set -l all (commandline -op)
-    set -l whole (commandline -t)
-    set -l next (math (count $words) + 1 + (test -n "$whole"; and echo 1; or echo 0))
-    set -l behind $all[$next..-1]
-    set -l lines (command vek complete fish (count $behind) -- $words[2..-1] "$word" $behind \
-        2>/dev/null)
+    set -l lines (command vek complete fish 0 -- $words[2..-1] "$word" 2>/dev/null)
     if test "$lines[1]" = file
         set -l path (string replace -- "$lines[2]" "" "$word")
         for name in (__fish_complete_path "$path")

@@ -233,8 +233,8 @@ TEST(Workbooks, OfOtherProgramsAreNamed) {
 
 TEST(Workbooks, ThatAreEmptyAreNoLogs) {
     EXPECT_EQ(csvOf(workbookOf("<row r='3'><c r='A3'/></row>")),
-              "a.xlsx: nothing in the sheet \"One\", expected a row of column names; sheet names "
-              "another");
+              "a.xlsx: nothing in the sheet \"One\", expected a row of column names; fill it, "
+              "or name another file");
     EXPECT_THAT(csvOf(MadeWorkbook{}.bytes()), HasSubstr("no sheet of cells"));
 }
 

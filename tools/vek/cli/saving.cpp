@@ -24,9 +24,14 @@ void saveElsewhere(const Log& log, const std::vector<unsigned>& rows, const Args
     Held held = log.held || !backup ? log.held : heldForBackup(path);
     Printout out(path, held, backup);
     Losses losses;
-    InPlace now(log);
-    now.rows = rows;
-    writeCopy(now, target, args, out, losses);
+    if (target == log.format && isChangedInPlace(target)) {
+        InPlace now(log);
+        now.rows = rows;
+        writeInPlace(now, false, out, losses);
+    } else {
+        const WriteStyle style{log.lineEnd, log.beganWithMark};
+        writeSheet({log, viewOf(log, rows), allColumns(log)}, target, style, out, losses);
+    }
     out.close();
     tellLosses(losses, out.name());
 }
