@@ -52,44 +52,52 @@ private:
     std::vector<std::uint32_t> numbers_;
 };
 
-// Which of the rows are the same to a sort by the column as those before them.
-std::vector<bool> samesOf(const Log& log, const std::vector<unsigned>& rows, unsigned column) {
+}  // namespace
+
+ValueSorting::ValueSorting(const Log& log) : log_(log), view_(log.table.get()) {}
+
+SortedValues ValueSorting::valuesOf(unsigned column) {
+    const ValueRows values(log_, column);
+    const std::vector<unsigned> sorted = sortedRows(values.rows(), column);
+    SortedValues out;
+    out.values.reserve(sorted.size());
+    std::vector<std::uint32_t> placeOfRow(log_.rowCount());
+    for (std::uint32_t place = 0; place < sorted.size(); ++place) {
+        out.values.push_back(log_.cell(sorted[place], column));
+        placeOfRow[sorted[place]] = place;
+    }
+    out.placeOf.reserve(log_.rowCount());
+    for (std::uint32_t number : values.numbers()) {
+        out.placeOf.push_back(placeOfRow[values.rows()[number]]);
+    }
+    out.isSameAsBefore = samesOf(sorted, column);
+    return out;
+}
+
+std::vector<unsigned> ValueSorting::sortedRows(const std::vector<unsigned>& rows, unsigned column) {
+    view_->clear();
+    view_->sizeIndexFor(static_cast<int>(rows.size()));
+    for (unsigned row : rows) view_->append(static_cast<int>(row));
+    sortBy({column}, view_);
+    return rowsOf(view_);
+}
+
+std::vector<bool> ValueSorting::samesOf(const std::vector<unsigned>& rows, unsigned column) {
     std::vector<bool> isSame(rows.size());
-    VDBView view = viewOf(log, rows);
     int fields[] = {static_cast<int>(column), -1};
-    view->set_sortfields(fields);
-    view->sortPrepare(0, 0);
+    view_->set_sortfields(fields);
+    view_->sortPrepare(0, 0);
     for (std::size_t i = 1; i < rows.size(); ++i) {
-        const dbrecord* before = log.table->get_record(rows[i - 1]);
-        const dbrecord* own = log.table->get_record(rows[i]);
+        const dbrecord* before = log_.table->get_record(rows[i - 1]);
+        const dbrecord* own = log_.table->get_record(rows[i]);
         isSame[i] = dbr_cmp(&before, &own) == 0;
     }
-    view->set_sortfield(0);
+    view_->set_sortfield(0);
     return isSame;
 }
 
-}  // namespace
-
 SortedValues sortedValues(const Log& log, unsigned column) {
-    const ValueRows values(log, column);
-    const std::vector<unsigned> sorted = sortedRows(log, values.rows(), {column});
-    std::vector<std::uint32_t> placeOfNumber(sorted.size());
-    SortedValues out;
-    out.values.reserve(sorted.size());
-    for (std::uint32_t place = 0; place < sorted.size(); ++place) {
-        out.values.push_back(log.cell(sorted[place], column));
-    }
-    std::vector<std::uint32_t> placeOfRow(log.rowCount());
-    for (std::uint32_t place = 0; place < sorted.size(); ++place) {
-        placeOfRow[sorted[place]] = place;
-    }
-    for (std::size_t number = 0; number < sorted.size(); ++number) {
-        placeOfNumber[number] = placeOfRow[values.rows()[number]];
-    }
-    out.placeOf.reserve(log.rowCount());
-    for (std::uint32_t number : values.numbers()) out.placeOf.push_back(placeOfNumber[number]);
-    out.isSameAsBefore = samesOf(log, sorted, column);
-    return out;
+    return ValueSorting(log).valuesOf(column);
 }
 
 }  // namespace vek::formats

@@ -58,10 +58,13 @@ bool makeRoom(MemoryFile& file, std::size_t size) noexcept {
     }
 }
 
+// Where memory ends the library goes on as if all were well, and whoever called it is told: it
+// leaves behind what it holds when a write fails.
 uLong writeFile(voidpf, voidpf stream, const void* from, uLong size) {
     MemoryFile& file = fileOf(stream);
-    if (!makeRoom(file, file.at + size)) return 0;
-    std::memcpy(file.made->data() + file.at, from, size);
+    if (!file.isOutOfMemory && makeRoom(file, file.at + size)) {
+        std::memcpy(file.made->data() + file.at, from, size);
+    }
     file.at += size;
     return size;
 }
@@ -72,6 +75,7 @@ ZPOS64_T placeIn(voidpf, voidpf stream) {
 
 long seekIn(voidpf, voidpf stream, ZPOS64_T offset, int origin) {
     MemoryFile& file = fileOf(stream);
+    if (file.isOutOfMemory) return 0;
     const std::size_t from = origin == ZLIB_FILEFUNC_SEEK_CUR   ? file.at
                              : origin == ZLIB_FILEFUNC_SEEK_END ? file.size()
                                                                 : 0;
@@ -202,13 +206,13 @@ struct ZipWriter::Parts {
     zipFile archive = nullptr;
     bool isOpen = false;
 
-    [[noreturn]] void refuse() const {
+    void require(bool isWell) const {
         if (file.isOutOfMemory) throw std::bad_alloc();
-        throw Failure{unwritable, name + ": no memory to pack a workbook"};
+        if (!isWell) throw Failure{unwritable, name + ": no memory to pack a workbook"};
     }
 
     void endEntry() {
-        if (isOpen && ::zipCloseFileInZip(archive) != ZIP_OK) refuse();
+        if (isOpen) require(::zipCloseFileInZip(archive) == ZIP_OK);
         isOpen = false;
     }
 
@@ -222,7 +226,7 @@ ZipWriter::ZipWriter(const std::string& name) : parts_(std::make_unique<Parts>()
     parts_->file.made = &parts_->made;
     zlib_filefunc64_def functions = functionsFor(parts_->file);
     parts_->archive = ::zipOpen2_64("", APPEND_STATUS_CREATE, nullptr, &functions);
-    if (parts_->archive == nullptr) parts_->refuse();
+    parts_->require(parts_->archive != nullptr);
 }
 
 ZipWriter::~ZipWriter() = default;
@@ -234,8 +238,8 @@ void ZipWriter::begin(const std::string& entry) {
     const int result =
         ::zipOpenNewFileInZip64(parts_->archive, entry.c_str(), &info, nullptr, 0, nullptr, 0,
                                 nullptr, Z_DEFLATED, Z_DEFAULT_COMPRESSION, 0);
-    if (result != ZIP_OK) parts_->refuse();
-    parts_->isOpen = true;
+    parts_->isOpen = result == ZIP_OK;
+    parts_->require(parts_->isOpen);
 }
 
 void ZipWriter::write(std::string_view piece) {
@@ -243,7 +247,7 @@ void ZipWriter::write(std::string_view piece) {
     while (!piece.empty()) {
         const std::string_view part = piece.substr(0, mostAtOnce);
         const auto size = static_cast<unsigned>(part.size());
-        if (::zipWriteInFileInZip(parts_->archive, part.data(), size) != ZIP_OK) parts_->refuse();
+        parts_->require(::zipWriteInFileInZip(parts_->archive, part.data(), size) == ZIP_OK);
         piece.remove_prefix(part.size());
     }
 }
@@ -251,7 +255,7 @@ void ZipWriter::write(std::string_view piece) {
 std::string ZipWriter::finish() {
     parts_->endEntry();
     zipFile const archive = std::exchange(parts_->archive, nullptr);
-    if (::zipClose(archive, nullptr) != ZIP_OK) parts_->refuse();
+    parts_->require(::zipClose(archive, nullptr) == ZIP_OK);
     return std::move(parts_->made);
 }
 

@@ -24,7 +24,7 @@ char* makeRoom(std::string& line, std::size_t size) {
 }
 
 char* append(char* to, std::string_view text) {
-    std::memcpy(to, text.data(), text.size());
+    if (!text.empty()) std::memcpy(to, text.data(), text.size());
     return to + text.size();
 }
 

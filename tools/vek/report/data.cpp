@@ -106,7 +106,7 @@ std::size_t naturalWidth(const Log& log, unsigned column, const SortedValues& so
 
 class DataWriter {
 public:
-    DataWriter(const LogOnPage& log, Output& out) : log_(log), out_(out) {}
+    DataWriter(const LogOnPage& log, Output& out) : log_(log), out_(out), sorting_(log.log()) {}
 
     void write() {
         std::string head = "<script type=\"application/json\">{\"path\":";
@@ -128,7 +128,7 @@ private:
     }
 
     void writeColumn(unsigned column) {
-        const SortedValues sorted = sortedValues(log_.log(), column);
+        const SortedValues sorted = sorting_.valuesOf(column);
         natural_.push_back(naturalWidth(log_.log(), column, sorted));
         std::string text = column == 0 ? "{\"name\":" : ",{\"name\":";
         addJson(text, log_.log().columnName(column));
@@ -160,6 +160,7 @@ private:
 
     const LogOnPage& log_;
     Output& out_;
+    ValueSorting sorting_;
     std::vector<std::size_t> natural_;
 };
 
