@@ -215,3 +215,13 @@ TEST(BrowseKeys, AnUnknownKeyIsSaid) {
     opened.press("F12");
     EXPECT_THAT(opened.screen(), HasSubstr("no key F12"));
 }
+
+TEST(BrowseKeys, ThatAreTypedAheadAreAnsweredInTheirOrder) {
+    Opened ahead(theLog);
+    for (const char* key : {"s", "S", "R", "v"}) ahead.browser->press(key);
+    ahead.settle();
+    Opened seen(theLog);
+    seen.press("s S R v");
+    EXPECT_TRUE(ahead.sheet().hasMark());
+    EXPECT_EQ(ahead.shown(), seen.shown());
+}

@@ -39,12 +39,13 @@ void Browser::guarded(const std::function<void()>& run) {
 
 void Browser::press(const std::string& key) {
     if (isOver()) return;
-    message_.clear();
-    isTrouble_ = false;
     if (key == "^C") {
         isOver_ = true;
         return;
     }
+    finishJob();
+    message_.clear();
+    isTrouble_ = false;
     if (question_) return guarded([&] { pressQuestion(key); });
     if (prompt_) return guarded([&] { pressPrompt(key); });
     if (hasHelp_) return pressHelp(key);
@@ -203,6 +204,11 @@ void Browser::later(const std::string& what, std::function<void()> job) {
     job_ = std::move(job);
 }
 
+// A key that was typed ahead is meant for what the one before it makes.
+void Browser::finishJob() {
+    if (job_) work();
+}
+
 void Browser::work() {
     if (job_) {
         const std::function<void()> job = std::exchange(job_, nullptr);
@@ -216,6 +222,7 @@ void Browser::work() {
 }
 
 void Browser::click(std::size_t x, std::size_t y) {
+    finishJob();
     if (isOver() || prompt_ || question_ || hasHelp_ || y < firstLine_) return;
     const std::size_t place = scrolls_[current_].top + y - firstLine_;
     if (y - firstLine_ >= page_ || place >= sheet().rows().size()) return;
@@ -226,6 +233,7 @@ void Browser::click(std::size_t x, std::size_t y) {
 }
 
 void Browser::turn(int rows) {
+    finishJob();
     if (isOver() || prompt_ || question_) return;
     if (!hasHelp_) return sheet().moveBy(rows);
     pressHelp(rows < 0 ? "Up" : "Down");

@@ -50,6 +50,7 @@ private:
     using Answered = std::function<void(const std::string&)>;
 
     void guarded(const std::function<void()>& run);
+    void finishJob();
     void pressPrompt(const std::string& key);
     void pressQuestion(const std::string& key);
     void pressHelp(const std::string& key);
