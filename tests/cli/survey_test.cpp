@@ -219,6 +219,24 @@ TEST(HostileFiles, OfAMillionEmptyCellsTakeNoCommandLongNorMuchMemory) {
     }
 }
 
+// What is made for all columns of a page is made once.
+TEST(HostileFiles, OfManyColumnsMakeAPageWithoutLookingAtAllOfThemForEach) {
+    const WorkFolder folder;
+    std::string heading = "c0";
+    std::string row = "0";
+    for (int i = 1; i < (isSanitized ? 400 : 8000); ++i) {
+        heading += ",c" + std::to_string(i);
+        row += "," + std::to_string(i);
+    }
+    folder.write("wide.csv", heading + "\n" + row + "\n" + row + "1\n");
+    const Cost cost = costOf(folder, shellWords("report wide.csv -o page.html"));
+    EXPECT_EQ(cost.status, 0);
+    EXPECT_TRUE(folder.has("page.html"));
+    if (isSanitized) return;
+    EXPECT_LE(cost.seconds, 2);
+    EXPECT_LE(cost.megabytes, 100);
+}
+
 // A text must end with its line ends, a packed one with its size: neither is read on and on.
 TEST(HostileFiles, OfNothingButZerosEndAtOnce) {
     const WorkFolder folder;
