@@ -72,6 +72,7 @@ constexpr const char* commands[] = {
     "timecode shift FILE 12 --fps 25 --dry-run",
     "timecode duration FILE --fps 25 -o out.csv",
     "container list FILE",
+    "report FILE -o page.html",
 };
 
 struct Bounds {
