@@ -39,6 +39,14 @@ export function oddLog() {
     return write("odd.csv", lines.join("\n") + "\n");
 }
 
+// Two rows of so many cells, each of which says where it stands, and short ones for a check to find.
+export function columnsLog(count) {
+    const row = (of) => Array.from({ length: count }, (_, i) => of(i + 1)).join(",");
+    const lines = [row((i) => `Column ${i}`), row((i) => `c${count}/${i}-1`),
+                   row((i) => `c${count}/${i}-2`), ...Array(12).fill("short")];
+    return write(`columns-${count}.csv`, lines.join("\n") + "\n");
+}
+
 // Every type that conditions know, dates and timecodes without punctuation among them.
 export function typedLog() {
     const chance = numbersFrom(9);

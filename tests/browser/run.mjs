@@ -423,17 +423,47 @@ test("no window makes the page wider than it is", async () => {
     }
 });
 
+// The sheets of a page's PDF, as text.
+async function sheetsOf(path, name, options = {}) {
+    const pdf = `${pictures}/${name}.pdf`;
+    await withPage(path, options, (page) => page.pdf({ path: pdf, preferCSSPageSize: true }));
+    return spawnSync("pdftotext", ["-layout", pdf, "-"]).stdout.toString().split("\f");
+}
+
 test("printed, the heading of the rows is on every page of them", async () => {
-    await withPage(pages.dailies, {}, async (page) => {
-        await page.pdf({ path: `${pictures}/day.pdf`, preferCSSPageSize: true });
-    });
-    const text = spawnSync("pdftotext", ["-layout", `${pictures}/day.pdf`, "-"]).stdout.toString();
-    const sheets = text.split("\f").filter((sheet) => /KJ 2300\d\d/.test(sheet));
+    const all = await sheetsOf(pages.dailies, "day");
+    const sheets = all.filter((sheet) => /KJ 2300\d\d/.test(sheet));
     expect(sheets.length > 3, `${sheets.length} sheets with rows`);
     for (const head of ["Reel", "Scene", "Shot", "Take", "Description", "Notes"]) {
         expect(sheets.every((sheet) => sheet.includes(head)), `${head} is on every sheet`);
     }
-    expect(/300/.test(text), "numbers");
+    expect(/300/.test(all.join("")), "numbers");
+});
+
+test("printed, several logs are all there, and what a check finds of them", async () => {
+    const [first, second] = [logs.columnsLog(3), logs.columnsLog(4)];
+    const page = makePage("printed.html", [first, second]);
+    const text = (await sheetsOf(page, "several")).join("");
+    for (const words of ["All logs", "c3/1-2", "c4/1-2", "expected"]) {
+        expect(text.includes(words), `${words} is printed`);
+    }
+    await withPage(page, {}, async (page) => {
+        await page.pdf({ preferCSSPageSize: true });
+        expectSame(await page.$$eval("main > section:not([hidden])", (all) =>
+            all.map((each) => each.id)), ["all"], "seen afterwards");
+        expectSame(await page.$$eval("table.printed, .check[open]", (all) => all.length), 0,
+                   "what was made for the print");
+    });
+});
+
+test("printed, no column of a wide log is lost beyond the sheet", async () => {
+    const columns = 60;
+    const page = makePage("columns.html", [logs.columnsLog(columns)]);
+    const text = (await sheetsOf(page, "columns")).join("").replace(/\s+/g, " ");
+    for (let i = 1; i <= columns; ++i) {
+        expect(text.includes(`c${columns}/${i}-2`), `column ${i} is printed`);
+    }
+    expect(text.includes(`of ${columns}`), "the columns are counted");
 });
 
 await harness.runAll();

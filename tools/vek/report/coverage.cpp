@@ -127,7 +127,8 @@ private:
 
 std::string coverageOf(const LogOnPage& log) {
     const bool hasBoth = log.places().scene != noColumn && log.places().take != noColumn;
-    return hasBoth && log.rowCount() > 0 ? Coverage(log).figure() : std::string();
+    const bool isFilledIn = !log.sums().scenes.empty() || log.sums().takes > 0;
+    return hasBoth && isFilledIn ? Coverage(log).figure() : std::string();
 }
 
 }  // namespace vek::page

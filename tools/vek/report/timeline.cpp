@@ -19,6 +19,7 @@ constexpr std::size_t mostInLegend = 40;
 
 constexpr double laneNames = 96;
 constexpr double lineLength = 1100;
+constexpr double rightEdge = 12;
 constexpr double axisHeight = 26;
 constexpr double nameHeight = 12;  // scenes stand above their clips
 constexpr double clipHeight = 13;
@@ -162,7 +163,7 @@ private:
     }
 
     std::string picture() const {
-        Svg svg(laneNames + lineLength + 12, height(), label(), "timeline");
+        Svg svg(laneNames + lineLength + rightEdge, height(), label(), "timeline");
         drawAxis(svg);
         double y = axisHeight;
         for (const Lane& lane : lanes_) {
@@ -177,7 +178,8 @@ private:
         for (const TimeAxis::Tick& tick : axis_.ticks()) {
             const double x = laneNames + tick.x;
             svg.line(x, axisHeight - 6, x, bottom, "tick");
-            svg.text(x + 3, axisHeight - 9, tick.text, "time");
+            const bool hasRoom = tick.x + 3 + widthInPicture(tick.text) <= lineLength + rightEdge;
+            if (hasRoom) svg.text(x + 3, axisHeight - 9, tick.text, "time");
         }
         const auto& stretches = axis_.stretches();
         for (std::size_t i = 0; i + 1 < stretches.size(); ++i) {

@@ -48,6 +48,12 @@ class Column {
     cell(row) {
         return this.values[this.places[row]];
     }
+
+    // How long its cells and the words of its name get, in characters.
+    get longest() {
+        const lengths = [...this.name.split(" "), ...this.values].map((text) => text.length);
+        return lengths.reduce((most, length) => Math.max(most, length), 1);
+    }
 }
 
 class PageLog {

@@ -226,8 +226,7 @@ function start() {
     }
     const nav = document.querySelector("nav.logs");
     if (nav) new Switch(nav);
-    addEventListener("beforeprint", () => sections.forEach((each) => each.table.beginPrint()));
-    addEventListener("afterprint", () => sections.forEach((each) => each.table.endPrint()));
+    new Printing(sections);
 }
 
 document.documentElement.classList.add("scripted");

@@ -1,7 +1,6 @@
 // The table of a log: all chosen rows of a short one, those in sight of a long one.
 
 const mostRowsAtOnce = 1000;
-const mostRowsInPrint = 5000;
 const rowsBeyondSight = 20;
 const tallest = 15e6; // pixels; browsers know no taller elements
 
@@ -130,11 +129,11 @@ class LogTable {
     }
 
     scrolled() {
-        if (this.isWindowed && !this.isPrinting) requestAnimationFrame(() => this.drawWindow());
+        if (this.isWindowed) requestAnimationFrame(() => this.drawWindow());
     }
 
     drawWindow() {
-        if (!this.isWindowed || this.isPrinting) return;
+        if (!this.isWindowed || this.box.clientHeight === 0) return;
         const inSight = Math.ceil(this.box.clientHeight / this.rowHeight);
         const top = Math.floor(this.box.scrollTop / this.step);
         const count = Math.min(this.rows.length, inSight + 2 * rowsBeyondSight);
@@ -213,28 +212,5 @@ class LogTable {
         const row = this.elementOf(place);
         if (row) row.classList.add("here");
         this.onOpen(this.chosen);
-    }
-
-    // Of a heading that is printed again on each sheet browsers leave the buttons out.
-    plainHead() {
-        const heads = this.columns.map((column) =>
-            element("th", { scope: "col" }, shown(column.name)));
-        return element("tr", {}, element("th", { scope: "col" }, "#"), ...heads);
-    }
-
-    // What is printed has all rows, as far as that is a number one would print.
-    beginPrint() {
-        this.isPrinting = true;
-        this.head.replaceChildren(this.plainHead());
-        if (!this.isWindowed) return;
-        const count = Math.min(this.rows.length, mostRowsInPrint);
-        const rows = Array.from({ length: count }, (_, i) => this.rowAt(i));
-        this.body.replaceChildren(...rows);
-    }
-
-    endPrint() {
-        if (!this.isPrinting) return;
-        this.isPrinting = false;
-        this.showColumns();
     }
 }
