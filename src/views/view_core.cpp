@@ -214,6 +214,10 @@ void VDBViewRep::addParamsFrom(VDBViewRep* other) {
     }
 }
 
+const AssocList& VDBViewRep::params() const {
+    return parts_->params;
+}
+
 void VDBViewRep::internRevision() {
     markRevision(parts_->params);
 }

@@ -88,8 +88,8 @@ const std::vector<SourceFile>& allSources() {
 }
 
 const std::vector<std::string>& floors() {
-    static const std::vector<std::string> names = {"host",  "vekdb",     "support",
-                                                   "views", "container", "formats"};
+    static const std::vector<std::string> names = {"host",      "vekdb", "support", "views",
+                                                   "container", "arrow", "formats"};
     return names;
 }
 

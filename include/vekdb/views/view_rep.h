@@ -102,6 +102,8 @@ public:
     /// Sets each parameter of the table, or of the view, in this view.
     void addParamsFrom(vekdb* table);
     void addParamsFrom(VDBViewRep* other);
+    /// The view's own parameters, in the order in which they are saved.
+    const AssocList& params() const;
     /// Gives the parameter "VEKDB" the text "Rev 1" where it has no text at all.
     void internRevision();
 
