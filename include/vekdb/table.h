@@ -23,7 +23,7 @@ struct TableParts;
 /// than its widths line. (1,n,0,0): a record line of the wrong length after n good ones.
 /// (2,3,0,0): a column was given no known type and became text.
 struct VEKDB_PUBLIC dberror {
-    std::int32_t values[4];
+    std::int32_t values[4];  ///< the first two say what it is about
 };
 
 /// The table: an ordered array of records that share one list of typed, named columns, with
@@ -187,6 +187,7 @@ public:
     bool in_field(unsigned row, unsigned field, bool& value) const override;
 
     // --- columns
+    /// How many there are.
     unsigned get_num_fields() const override;
     /// "" for a column that is not there. Valid until columns are named, added or removed.
     const char* get_fieldname(unsigned field) const override;
@@ -350,13 +351,10 @@ public:
     /// The row itself: there is nothing below a table.
     unsigned baseIndex(unsigned row) const override { return row; }
 
-protected:
-    TableParts& parts() { return *parts_; }
-    const TableParts& parts() const { return *parts_; }
-
 private:
     friend class RowCopies;
     friend class TextRows;
+    friend struct TableInside;
     void recordChanged() override;
     void recordRead() override;
     bool isDeletionHeard() const;
@@ -381,6 +379,9 @@ private:
     unsigned placeOfField(const DBFieldDesc& field);
     void resizeRecords();
     bool fits(const vekdb& source) const;
+
+    TableParts& parts() { return *parts_; }
+    const TableParts& parts() const { return *parts_; }
 
     TableParts* parts_;
 };

@@ -7,7 +7,7 @@
 
 #include <vekdb/edit_log.h>
 #include <vekdb/record.h>
-#include "vekdb/columns/columns.h"
+#include "vekdb/columns/column_list.h"
 
 /// One edit, and what the table does not have at the moment because of it: doing it and taking it
 /// back are the same exchange. A changed cell takes no more than this and its text.
@@ -18,7 +18,7 @@ struct EditLog::Edit {
     struct Bulk {
         std::vector<dbrecord> records;  // with their tags
         unsigned count = 0;             // of the rows
-        Columns columns;
+        ColumnList columns;
         bool hasRowsOfItsOwn = false;  // each row's values are exchanged with the columns
     };
 

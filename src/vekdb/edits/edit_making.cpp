@@ -122,7 +122,7 @@ bool EditLog::changeColumns(Edit edit, Change change) {
 
 unsigned EditLog::addColumn(const DBFieldDesc& field) {
     const unsigned column = table_.get_num_fields();
-    if (!isEditable() || column >= Columns::most) return none;
+    if (!isEditable() || column >= ColumnList::most) return none;
     Edit edit{.kind = Edit::Kind::columns,
               .column = static_cast<unsigned short>(column),
               .bulk = std::make_unique<Edit::Bulk>()};

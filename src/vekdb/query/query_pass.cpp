@@ -2,7 +2,7 @@
 
 #include "vekdb/columns/special_labels.h"
 
-QueryPass::QueryPass(const Query& query, const Columns& columns, const FindColumn& find)
+QueryPass::QueryPass(const Query& query, const ColumnList& columns, const FindColumn& find)
     : flags_(query.searchFlags()) {
     for (unsigned column : query.asked()) {
         if (column >= columns.count()) break;

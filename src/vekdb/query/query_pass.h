@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "vekdb/columns/columns.h"
+#include "vekdb/columns/column_list.h"
 #include "vekdb/query/label_range.h"
 #include "vekdb/query/query.h"
 #include "vekdb/query/value_match.h"
@@ -16,7 +16,7 @@ class dbrecord;
 /// change: what it asks of each column, with the pairs of columns looked up.
 class QueryPass {
 public:
-    QueryPass(const Query& query, const Columns& columns, const FindColumn& find);
+    QueryPass(const Query& query, const ColumnList& columns, const FindColumn& find);
 
     bool matches(const dbrecord& record) const {
         for (const RangeQuestion& range : ranges_) {

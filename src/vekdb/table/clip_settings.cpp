@@ -4,7 +4,7 @@
 #include <vekdb/host/cookie.h>
 #include <vekdb/record.h>
 #include <vekdb/table.h>
-#include "vekdb/columns/columns.h"
+#include "vekdb/columns/column_list.h"
 
 namespace {
 
@@ -70,7 +70,7 @@ bool vekdb::update(configb* settings, int row) {
     const dbrecord* record = get_record(static_cast<unsigned>(row));
     if (record == nullptr || record->update(settings) == 0) return false;
     unsigned field = get_fieldnum("cookie");
-    if (field == Columns::none) return true;
+    if (field == ColumnList::none) return true;
     const char* text = record->get_field(static_cast<unsigned short>(field));
     if (text == nullptr) return true;
     Cookie cookie(text, false);

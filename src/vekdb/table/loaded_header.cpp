@@ -18,7 +18,7 @@ void LoadedHeader::setRevision(int revision) {
 }
 
 unsigned LoadedHeader::announceColumns(std::size_t count) {
-    const auto columns = static_cast<unsigned>(std::min<std::size_t>(count, Columns::most));
+    const auto columns = static_cast<unsigned>(std::min<std::size_t>(count, ColumnList::most));
     parts_.columns.setCount(columns);
     return columns;
 }

@@ -17,8 +17,8 @@ void split(const TextFile& file, unsigned line, Pieces& pieces) {
     Quor::splitIf(file[line], ',', pieces, Quor::splitKeepsQuotedWhole);
 }
 
-void nameColumns(vekdb& table, Columns& columns, const Pieces& names) {
-    columns.setCount(static_cast<unsigned>(std::min<std::size_t>(names.size(), Columns::most)));
+void nameColumns(vekdb& table, ColumnList& columns, const Pieces& names) {
+    columns.setCount(static_cast<unsigned>(std::min<std::size_t>(names.size(), ColumnList::most)));
     columns.makePlaces();
     for (unsigned i = 0; i < columns.count(); ++i) {
         columns.setType(i, DBFieldTypes::text_s);

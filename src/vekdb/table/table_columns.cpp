@@ -86,9 +86,9 @@ std::vector<unsigned> vekdb::addFields(const std::vector<DBFieldDesc>& fields) {
 // The rows do not have the column yet.
 unsigned vekdb::placeOfField(const DBFieldDesc& field) {
     const unsigned existing = get_fieldnum(field.name);
-    if (existing != Columns::none) return existing;
-    Columns& columns = parts().columns;
-    if (columns.count() >= Columns::most) return Columns::none;
+    if (existing != ColumnList::none) return existing;
+    ColumnList& columns = parts().columns;
+    if (columns.count() >= ColumnList::most) return ColumnList::none;
     columns.append(field);
     return columns.count() - 1;
 }
@@ -105,7 +105,7 @@ void vekdb::resizeRecords() {
 // Where memory runs out, it does so before anything was removed.
 void vekdb::removeField(const LightweightString<char>& name) {
     unsigned removed = get_fieldnum(name);
-    if (removed == Columns::none || removed >= parts().columns.count()) return;
+    if (removed == ColumnList::none || removed >= parts().columns.count()) return;
     const Rows& rows = parts().rows;
     for (unsigned row = 0; row < rows.shownCount(); ++row) {
         dbrecord* record = rows.shown(row);

@@ -51,8 +51,8 @@ vekdb::~vekdb() {
 }
 
 void vekdb::buildColumns(const DBFieldDesc* fields, std::size_t count) {
-    Columns& columns = parts().columns;
-    columns.setCount(static_cast<unsigned>(count < Columns::most ? count : Columns::most));
+    ColumnList& columns = parts().columns;
+    columns.setCount(static_cast<unsigned>(count < ColumnList::most ? count : ColumnList::most));
     columns.makePlaces();
     for (unsigned i = 0; i < columns.count(); ++i) {
         set_fieldname(i, fields[i].name.c_str());

@@ -25,7 +25,7 @@ unsigned vekdb::findFirst(const char* field, const char* value, int prefixLength
         if (row != Rows::none) return row;
     }
     const unsigned column = get_fieldnum(field);
-    if (column > Columns::most) return Rows::none;
+    if (column > ColumnList::most) return Rows::none;
     for (unsigned row = 0; row < get_num_records(); ++row) {
         const dbrecord* record = get_record(row);
         if (record == nullptr) continue;
@@ -43,7 +43,7 @@ unsigned vekdb::getRowIndexByID(const Cookie& id) {
 // not be kept: it would pass for a whole one.
 void vekdb::enterCookieRows() {
     const unsigned column = get_fieldnum("cookie");
-    if (column > Columns::most) return;
+    if (column > ColumnList::most) return;
     const unsigned count = get_num_records();
     ShownValue value(*this, mayBeOverridden());
     CookieRows entered;

@@ -5,7 +5,7 @@
 
 #include <vekdb/host/lightweight_string.h>
 #include <vekdb/table.h>
-#include "vekdb/columns/columns.h"
+#include "vekdb/columns/column_list.h"
 #include "vekdb/order/sort_settings.h"
 #include "vekdb/query/label_range_keys.h"
 #include "vekdb/query/query.h"
@@ -17,7 +17,7 @@
 /// What a table is composed of.
 struct TableParts {
     int revision = 1;
-    Columns columns;
+    ColumnList columns;
     Rows rows;
     Parameters parameters;
     LightweightString<wchar_t> fileName;

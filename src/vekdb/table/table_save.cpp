@@ -40,7 +40,7 @@ std::string typeEntry(DBFieldTypes::eType type) {
     return letter == '\0' ? std::string() : std::string(1, letter);
 }
 
-void appendTypes(TextFile& file, const Columns& columns) {
+void appendTypes(TextFile& file, const ColumnList& columns) {
     HeaderLine types(columns.count());
     for (unsigned i = 0; i < columns.count(); ++i) {
         types.add(typeEntry(columns.type(i)));
@@ -48,7 +48,7 @@ void appendTypes(TextFile& file, const Columns& columns) {
     file.appendLine(types.text());
 }
 
-void appendNames(TextFile& file, const Columns& columns) {
+void appendNames(TextFile& file, const ColumnList& columns) {
     HeaderLine names(columns.count());
     for (unsigned i = 0; i < columns.count(); ++i) {
         names.add(columns.name(i).view());
@@ -104,7 +104,7 @@ public:
     void store(dbrecord& record, unsigned column) {
         const bool isShown = rows_.shown(shown_) == &record;
         const unsigned row = isShown ? shown_++ : Rows::none;
-        if (column == Columns::none) return;
+        if (column == ColumnList::none) return;
         const DecimalText text(record.get_tag());
         if (isStored(record, column, text)) return;
         if (isShown) {
@@ -137,7 +137,7 @@ void vekdb::save_params(TextFile& file) const {
 }
 
 void vekdb::save_column_header(TextFile& file, bool namesOnly) const {
-    const Columns& columns = parts().columns;
+    const ColumnList& columns = parts().columns;
     if (!namesOnly) {
         const KnownSizes sizes(*parts_);
         file.appendLine("\"VEKDB\"");

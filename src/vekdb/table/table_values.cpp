@@ -10,7 +10,7 @@ namespace {
 
 // Records take 16-bit positions; no column lies further.
 bool inRecord(unsigned field) {
-    return field <= Columns::most;
+    return field <= ColumnList::most;
 }
 
 }  // namespace

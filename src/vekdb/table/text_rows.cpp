@@ -90,7 +90,7 @@ void TextRows::adopt(Store& store, LineSlices* slices, unsigned count, dbrecord&
 
 bool TextRows::append(Room room, const std::string_view* values, std::size_t count) {
     count = withoutEmptyEnd(values, count);
-    if (count > Columns::most) return false;
+    if (count > ColumnList::most) return false;
     dbrecord& record = newRow();
     const auto stored = static_cast<unsigned>(count);
     if (stored == 0) return true;

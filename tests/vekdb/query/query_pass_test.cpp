@@ -31,7 +31,7 @@ protected:
         return QueryPass(query_, columns_, find).matches(record);
     }
 
-    Columns columns_;
+    ColumnList columns_;
     Query query_;
 };
 

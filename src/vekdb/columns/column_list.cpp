@@ -1,55 +1,55 @@
-#include "vekdb/columns/columns.h"
+#include "vekdb/columns/column_list.h"
 
 #include <utility>
 
 #include "vekdb/columns/special_labels.h"
 
-void Columns::makePlaces() {
+void ColumnList::makePlaces() {
     names_.resize(count_);
     types_.resize(count_);
 }
 
-const Columns::Name& Columns::name(unsigned column) const {
+const ColumnList::Name& ColumnList::name(unsigned column) const {
     static const Name nothing;
     return column < names_.size() ? names_[column] : nothing;
 }
 
-DBFieldTypes::eType Columns::type(unsigned column) const {
+DBFieldTypes::eType ColumnList::type(unsigned column) const {
     return column < types_.size() ? types_[column] : DBFieldTypes::none;
 }
 
-unsigned Columns::find(std::string_view name) const {
+unsigned ColumnList::find(std::string_view name) const {
     if (count_ == 0 || name.empty()) return none;
     if (index_.empty()) return findByScan(name);
     auto found = index_.find(name);
     return found == index_.end() ? none : found->second;
 }
 
-unsigned Columns::findByScan(std::string_view name) const {
+unsigned ColumnList::findByScan(std::string_view name) const {
     for (unsigned i = 0; i < names_.size(); ++i) {
         if (NameEqual::same(name, names_[i].view())) return i;
     }
     return none;
 }
 
-bool Columns::setName(unsigned column, Name name) {
+bool ColumnList::setName(unsigned column, Name name) {
     if (column >= count_ || column >= names_.size()) return false;
     if (!name.empty()) index_[name] = column;
     names_[column] = std::move(name);
     return true;
 }
 
-bool Columns::setType(unsigned column, DBFieldTypes::eType type) {
+bool ColumnList::setType(unsigned column, DBFieldTypes::eType type) {
     if (column >= count_ || column >= types_.size()) return false;
     types_[column] = type;
     return true;
 }
 
-bool Columns::isSpecialName(unsigned column) const {
+bool ColumnList::isSpecialName(unsigned column) const {
     return specialLabelPair(name(column).view()) != nullptr;
 }
 
-void Columns::flagSpecialLabels() {
+void ColumnList::flagSpecialLabels() {
     special_.clear();
     for (unsigned i = 0; i < count_; ++i) {
         special_.push_back(isSpecialName(i));
@@ -57,7 +57,7 @@ void Columns::flagSpecialLabels() {
 }
 
 // What may lack memory comes first, so that a column is added wholly or not at all.
-void Columns::append(const DBFieldDesc& field) {
+void ColumnList::append(const DBFieldDesc& field) {
     const unsigned column = count_;
     names_.resize(column + 1);
     types_.resize(column + 1);
@@ -72,7 +72,7 @@ void Columns::append(const DBFieldDesc& field) {
     ++count_;
 }
 
-void Columns::remove(unsigned column) {
+void ColumnList::remove(unsigned column) {
     Index index;
     for (unsigned i = 0; i < names_.size(); ++i) {
         if (i != column) index.emplace(names_[i], i < column ? i : i - 1);
@@ -83,7 +83,7 @@ void Columns::remove(unsigned column) {
     --count_;
 }
 
-void Columns::copyFrom(const Columns& other) {
+void ColumnList::copyFrom(const ColumnList& other) {
     if (this == &other) return;
     names_ = other.names_;
     types_ = other.types_;
@@ -91,7 +91,7 @@ void Columns::copyFrom(const Columns& other) {
     count_ = other.count_;
 }
 
-void Columns::clear() {
+void ColumnList::clear() {
     names_.clear();
     types_.clear();
     index_.clear();

@@ -13,7 +13,7 @@
 /// The count stands beside the lists on purpose: after a damaged header it says how many
 /// columns the file announced, though none of them has a name or type. Names stay in the index
 /// when a column is renamed; only removing a column rebuilds it.
-class Columns {
+class ColumnList {
 public:
     using Name = LightweightString<char>;
     static constexpr unsigned none = 0xFFFFFFFF;
@@ -42,7 +42,7 @@ public:
     void remove(unsigned column);
 
     /// Names, types and the index of another table; its count too.
-    void copyFrom(const Columns& other);
+    void copyFrom(const ColumnList& other);
     void clear();
 
 private:

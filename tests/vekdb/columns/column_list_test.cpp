@@ -1,11 +1,11 @@
-#include "vekdb/columns/columns.h"
+#include "vekdb/columns/column_list.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-Columns threeColumns() {
-    Columns columns;
+ColumnList threeColumns() {
+    ColumnList columns;
     columns.setCount(3);
     columns.makePlaces();
     columns.setName(0, "Reel");
@@ -17,22 +17,22 @@ Columns threeColumns() {
 }
 
 TEST(ColumnList, WithoutColumnsFindsNothing) {
-    const Columns columns;
+    const ColumnList columns;
     EXPECT_EQ(0u, columns.count());
-    EXPECT_EQ(Columns::none, columns.find("Reel"));
+    EXPECT_EQ(ColumnList::none, columns.find("Reel"));
     EXPECT_TRUE(columns.name(0).empty());
     EXPECT_EQ(DBFieldTypes::none, columns.type(0));
     EXPECT_FALSE(columns.isSpecial(0));
 }
 
 TEST(ColumnList, AnnouncedColumnsWithoutPlacesHaveNeitherNameNorType) {
-    Columns columns;
+    ColumnList columns;
     columns.setCount(4);
     EXPECT_EQ(4u, columns.count());
     EXPECT_TRUE(columns.name(3).empty());
     EXPECT_FALSE(columns.setName(0, "A"));
     EXPECT_FALSE(columns.setType(0, DBFieldTypes::text));
-    EXPECT_EQ(Columns::none, columns.find("A"));
+    EXPECT_EQ(ColumnList::none, columns.find("A"));
     columns.flagSpecialLabels();
     EXPECT_FALSE(columns.isSpecial(3));
     columns.append({"B", DBFieldTypes::text});
@@ -41,27 +41,27 @@ TEST(ColumnList, AnnouncedColumnsWithoutPlacesHaveNeitherNameNorType) {
 }
 
 TEST(ColumnList, NamesAreFoundInAnyCaseOfSevenBitLetters) {
-    Columns columns = threeColumns();
+    ColumnList columns = threeColumns();
     EXPECT_EQ(1u, columns.find("START TIME"));
     columns.setName(0, "\xC9");
     EXPECT_EQ(0u, columns.find("\xC9"));
-    EXPECT_EQ(Columns::none, columns.find("\xE9"));
+    EXPECT_EQ(ColumnList::none, columns.find("\xE9"));
 }
 
 TEST(ColumnList, AFormerNameStaysUntilARemoval) {
-    Columns columns = threeColumns();
+    ColumnList columns = threeColumns();
     columns.setName(0, "Tape");
     columns.setName(0, nullptr);
     EXPECT_EQ(0u, columns.find("Reel"));
     EXPECT_EQ(0u, columns.find("Tape"));
     columns.remove(2);
-    EXPECT_EQ(Columns::none, columns.find("Reel"));
-    EXPECT_EQ(Columns::none, columns.find("Tape"));
+    EXPECT_EQ(ColumnList::none, columns.find("Reel"));
+    EXPECT_EQ(ColumnList::none, columns.find("Tape"));
     EXPECT_EQ(1u, columns.find("Start time"));
 }
 
 TEST(ColumnList, RemovingMovesNamesAndTypesDownTogether) {
-    Columns columns = threeColumns();
+    ColumnList columns = threeColumns();
     columns.setType(2, DBFieldTypes::numeric);
     columns.remove(0);
     EXPECT_EQ(2u, columns.count());
@@ -72,7 +72,7 @@ TEST(ColumnList, RemovingMovesNamesAndTypesDownTogether) {
 }
 
 TEST(ColumnList, TheFlagsOfSpecialLabelsKeepTheirPlacesWhenAColumnGoes) {
-    Columns columns = threeColumns();
+    ColumnList columns = threeColumns();
     EXPECT_FALSE(columns.isSpecial(0));
     EXPECT_TRUE(columns.isSpecial(1));
     columns.remove(0);
@@ -88,7 +88,7 @@ TEST(ColumnList, TheFlagsOfSpecialLabelsKeepTheirPlacesWhenAColumnGoes) {
 }
 
 TEST(ColumnList, RenamingLeavesTheFlagOfASpecialLabel) {
-    Columns columns = threeColumns();
+    ColumnList columns = threeColumns();
     columns.setName(1, "Foo");
     columns.setName(0, "End time");
     EXPECT_TRUE(columns.isSpecial(1));
@@ -96,7 +96,7 @@ TEST(ColumnList, RenamingLeavesTheFlagOfASpecialLabel) {
 }
 
 TEST(ColumnList, AnAddedColumnIsFlaggedAlsoWhereTheOthersNeverWere) {
-    Columns columns;
+    ColumnList columns;
     columns.setCount(2);
     columns.makePlaces();
     columns.append({"snd start", DBFieldTypes::text});
@@ -105,9 +105,9 @@ TEST(ColumnList, AnAddedColumnIsFlaggedAlsoWhereTheOthersNeverWere) {
 }
 
 TEST(ColumnList, ACopyTakesNamesTypesFormerNamesAndNoFlags) {
-    Columns columns = threeColumns();
+    ColumnList columns = threeColumns();
     columns.setName(0, "Tape");
-    Columns copy;
+    ColumnList copy;
     copy.copyFrom(columns);
     EXPECT_EQ(3u, copy.count());
     EXPECT_EQ(0u, copy.find("Reel"));
@@ -118,10 +118,10 @@ TEST(ColumnList, ACopyTakesNamesTypesFormerNamesAndNoFlags) {
 }
 
 TEST(ColumnList, ClearingForgetsAll) {
-    Columns columns = threeColumns();
+    ColumnList columns = threeColumns();
     columns.clear();
     EXPECT_EQ(0u, columns.count());
-    EXPECT_EQ(Columns::none, columns.find("Reel"));
+    EXPECT_EQ(ColumnList::none, columns.find("Reel"));
     EXPECT_FALSE(columns.isSpecial(1));
     columns.append({"A", DBFieldTypes::text});
     EXPECT_EQ(0u, columns.find("a"));
