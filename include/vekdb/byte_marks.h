@@ -13,6 +13,7 @@ class VEKDB_PUBLIC ByteMarks {
 public:
     using Kinds = std::array<char, 4>;  ///< fewer kinds: one of them more than once
 
+    /// Looks from `begin` up to `end` for bytes of these kinds. The text is borrowed.
     ByteMarks(const char* begin, const char* end, const Kinds& kinds);
 
     /// Looks for the same kinds in another text.

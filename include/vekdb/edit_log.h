@@ -35,7 +35,7 @@ class vekdb;
 /// the log remembers; call `forget` then. Listeners must not edit the table. Not locked.
 class VEKDB_PUBLIC EditLog {
 public:
-    static constexpr unsigned none = 0xFFFFFFFF;
+    static constexpr unsigned none = 0xFFFFFFFF;  ///< no row, no column
 
     /// What an undo or redo did, for whoever shows the table.
     struct Outcome {
@@ -68,6 +68,7 @@ public:
     EditLog(const EditLog&) = delete;
     EditLog& operator=(const EditLog&) = delete;
 
+    /// The table that is edited.
     vekdb& table() const { return table_; }
     /// Null for none. It outlives the log, or is taken off before.
     void follow(Follower* follower) { follower_ = follower; }
@@ -96,6 +97,7 @@ public:
     /// Makes one step of the edits made while it lives; those in others that live in it, too.
     class VEKDB_PUBLIC Step {
     public:
+        /// The log outlives the step.
         explicit Step(EditLog& log) : log_(log) { log_.beginStep(); }
         ~Step() { log_.endStep(); }
         Step(const Step&) = delete;
@@ -104,10 +106,13 @@ public:
     private:
         EditLog& log_;
     };
+    /// The same by hand: each `beginStep` has its `endStep`.
     void beginStep() noexcept;
     void endStep() noexcept;
 
-    // --- undo and redo, of one step each; nothing while a step is open
+    // --- undo and redo
+    /// Takes the last step back, or does the one again that was taken back last; what that did.
+    /// Nothing while a step is open, and where there is no such step.
     Outcome undo();
     Outcome redo();
     bool canUndo() const { return depth_ == 0 && done_ > 0; }

@@ -10,27 +10,28 @@
 /// as text, and the type only tells loading, saving, sorting, query and merge how to read it.
 /// Any letter is a legal value: a file may declare a letter of its own.
 struct VEKDB_PUBLIC DBFieldTypes {
+    /// The code of a type: that of its letter.
     enum eType : std::uint32_t {
         none = 0,
         timecode = 't',    ///< punctuated timecode text
         timecode_s = 'T',  ///< the compact database form of a timecode
-        text = 'a',
-        text_s = 'A',
+        text = 'a',        ///< text of any kind
+        text_s = 'A',      ///< text as well
         time_of_day = 'D',
-        date = 'd',
+        date = 'd',  ///< the seconds of a moment since 1970, as a number
         dos_date = 'M',
         character = 'c',
         numeric = 'n',
-        long_integer = 'l',
-        floating = 'f',
+        long_integer = 'l',  ///< "long" in files
+        floating = 'f',      ///< "double" in files
     };
 };
 
 /// One column when a table is built or a column is added. A pointer array of descriptors ends
 /// at the first entry whose type is none; `{}` makes such an entry.
 struct VEKDB_PUBLIC DBFieldDesc {
-    LightweightString<char> name;
-    DBFieldTypes::eType type = DBFieldTypes::none;
+    LightweightString<char> name;                   ///< compared without regard to case
+    DBFieldTypes::eType type = DBFieldTypes::none;  ///< none ends an array
 };
 
 /// The type of a written name: one of "timecode", "timecode_s", "text", "text_s",

@@ -17,6 +17,7 @@ struct RecordStrings;
 /// Who is told of what happens to a record's values: the table that owns it.
 class VEKDB_PUBLIC RecordOwner {
 protected:
+    /// Is what it is; copying tells nobody.
     RecordOwner() = default;
     RecordOwner(const RecordOwner&) = default;
     RecordOwner& operator=(const RecordOwner&) = default;
@@ -101,6 +102,8 @@ public:
     /// True when there are no values or all of them are empty.
     bool is_blank() const;
 
+    /// The table that is told of changes; null for none. Setting it gives the table nothing: a
+    /// record is owned by who made it.
     void set_container(vekdb* table);
     vekdb* get_container() const;
 
@@ -123,8 +126,11 @@ public:
     /// Appends the record to the file as one line and clears the changed flag; always 1.
     int write(TextFile& file) const;
 
+    /// Whether a value was changed since the record was made or saved.
     bool get_changed() const { return changed_; }
+    /// 0 to 255; 0 is not tagged.
     unsigned get_tag() const { return tag_; }
+    /// How many values there are.
     unsigned short get_num_fields() const { return count_; }
 
 private:

@@ -28,8 +28,8 @@ public:
     /// Bytes of the text that one row alone may use, from its first to behind its last. The byte
     /// behind the text's own end may be used as well.
     struct Room {
-        char* begin;
-        char* end;
+        char* begin;  ///< the first byte
+        char* end;    ///< behind the last
     };
 
     /// The table has no columns and no rows, and outlives this. The text is held by nobody else.
@@ -39,6 +39,7 @@ public:
     TextRows(const TextRows&) = delete;
     TextRows& operator=(const TextRows&) = delete;
 
+    /// The text, which may be written to, and its length in bytes.
     char* text() const;
     std::size_t size() const { return size_; }
 
@@ -48,6 +49,7 @@ public:
     /// nothing. False, and nothing done, where a value stands behind the 65,535th.
     bool append(Room room, const std::string_view* values, std::size_t count);
 
+    /// The rows appended so far.
     unsigned count() const;
     /// The most values that a row has, empty ones at its end not counted.
     unsigned longest() const { return longest_; }

@@ -14,6 +14,8 @@ public:
     class Writer;
     class Reader;
 
+    /// The parameters that hold a container's name and whether it is permanent: "Name" and
+    /// "Permanent".
     static LightweightString<char> getNameParamKey();
     static LightweightString<char> getPermanentParamKey();
     /// The cookie of the container stored at the path: that of the file's name, made one of type
@@ -34,6 +36,8 @@ public:
     /// and while only tagged rows are shown. Without a "Cookie" column the record stays empty.
     dbrecord* addItem(const Cookie& cookie);
 
+    /// Sets an attribute, which is a parameter of the table, and the two that have names of their
+    /// own. Where a table takes no more parameters nothing happens.
     void setName(LightweightString<char> name);
     void setAttrib(LightweightString<char> key, LightweightString<char> value);
     void setPermanent(bool flag);
@@ -69,6 +73,7 @@ public:
     /// With `headerOnly`, parameters and columns only.
     Reader(LightweightString<wchar_t> path, bool headerOnly);
 
+    /// Whether the file could be loaded and has a column "Cookie".
     bool valid() const;
     /// The container's own cookie, made of its file's name.
     const Cookie& getCookie() const { return cookie_; }
@@ -102,9 +107,12 @@ private:
 /// An item of a container: a value, good for as long as the reader's table has the record.
 class QuorContainerFile::Reader::Item {
 public:
+    /// Of no record, and of the default cookie.
     Item() = default;
+    /// Refers to a record, which it does not own; null for none.
     Item(const dbrecord* record, const Cookie& cookie) : record_(record), cookie_(cookie) {}
 
+    /// What names the object. Lives as long as this item.
     const Cookie& getCookie() const { return cookie_; }
 
     /// The text of a cell, null where there is no such column. Columns count modulo 65,536.

@@ -13,10 +13,10 @@ namespace vek {
 /// three or five perforations does not divide a foot evenly; differences are exact in
 /// perforations.
 struct Gauge {
-    const char* name;   ///< what --gauge takes
-    const char* title;  ///< for people
-    int perforationsPerFoot;
-    int perforationsPerFrame;
+    const char* name;          ///< what --gauge takes
+    const char* title;         ///< for people
+    int perforationsPerFoot;   ///< 64 on 35 mm film, for example
+    int perforationsPerFrame;  ///< 4 where a frame is four perforations high
 
     /// Frames that begin within a foot, at most: 16, 22, 32, 40, 13.
     int mostFramesInFoot() const {
@@ -31,9 +31,10 @@ const Gauge* gaugeNamed(std::string_view name);
 /// A keycode taken apart. It lives no longer than the text that it was read from.
 struct Keycode {
     std::string_view roll;  ///< what stands in front of the feet, in the text that was read
-    std::int64_t feet = 0;
-    int frames = 0;
+    std::int64_t feet = 0;  ///< in front of the plus
+    int frames = 0;         ///< behind it
 
+    /// The place on the roll, counted in perforations.
     std::int64_t perforations(const Gauge& gauge) const {
         return feet * gauge.perforationsPerFoot + std::int64_t{frames} * gauge.perforationsPerFrame;
     }

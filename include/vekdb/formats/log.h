@@ -44,8 +44,8 @@ struct OpenOptions {
 
 /// A parameter of a log: an entry of its heading.
 struct Parameter {
-    std::string name;
-    std::string value;
+    std::string name;   ///< unique in a log, its case ignored
+    std::string value;  ///< one line
 };
 
 /// A log in memory, whatever format it came from, and its rows as a range. A handle: copies are of
@@ -121,6 +121,8 @@ public:
     Result<Saved> saveAs(std::string_view path, const SaveOptions& options = {}) const;
     Result<Saved> saveAs(std::string_view path, Format format,
                          const SaveOptions& options = {}) const;
+    /// The same into a text, which is put in the place of what `text` held, and into a sink; and
+    /// what they would say, with nothing written.
     Result<Saved> write(std::string& text, Format format, const SaveOptions& options = {}) const;
     Result<Saved> write(Sink& sink, Format format, const SaveOptions& options = {}) const;
     Result<Saved> wouldLose(Format format, const SaveOptions& options = {}) const;

@@ -13,13 +13,14 @@ namespace vek {
 
 /// Two values for one cell, or a key that one log has twice. A value.
 struct MergeConflict {
+    /// Two values for a cell, or a key once more.
     enum Kind { cell, key };
-    Kind kind = cell;
-    std::string file = {};  ///< the log that has the value that is not taken, or the key again
-    std::size_t line = 0;   ///< of it there, from 1 on
-    std::string column = {};
-    std::string value = {};            ///< the one that is not taken, or the key
-    std::string kept = {};             ///< the other one, for a cell
+    Kind kind = cell;         ///< which of them
+    std::string file = {};    ///< the log that has the value that is not taken, or the key again
+    std::size_t line = 0;     ///< of it there, from 1 on
+    std::string column = {};  ///< the name of the one of the cell or key
+    std::string value = {};   ///< the one that is not taken, or the key
+    std::string kept = {};    ///< the other one, for a cell
     std::optional<unsigned> row = {};  ///< of the joined log, which holds that one
 
     /// "FILE:LINE:COLUMN: ...", as people read it.
@@ -48,6 +49,7 @@ struct Merged {
     std::size_t keys = 0;                  ///< and of keys
     std::vector<std::string> notes;        ///< parameters that differ, or have no room
 
+    /// Whether everything went together.
     bool isWhole() const noexcept { return cells == 0 && keys == 0 && notes.empty(); }
 };
 

@@ -12,6 +12,7 @@ namespace vek {
 /// Why something could not be done. Texts are UTF-8 as far as the file's own are; parts that there
 /// is nothing to say about are empty.
 struct Reason {
+    /// What could not be done.
     enum Kind {
         none,           ///< nothing is wrong
         unreadable,     ///< what should be read cannot be, or is no log
@@ -20,7 +21,7 @@ struct Reason {
         contradiction,  ///< two logs do not go together
         outOfMemory,    ///< the job did not fit; what was there before is whole
     };
-    Kind kind = none;
+    Kind kind = none;           ///< what could not be done
     std::string file = {};      ///< as it was named
     std::size_t line = 0;       ///< from 1 on; 0 when it is about no line
     std::string column = {};    ///< the name of a column
@@ -36,7 +37,9 @@ struct Reason {
 template <class T>
 class [[nodiscard]] Result {
 public:
+    /// With a value.
     Result(T value) : value_(std::move(value)) {}
+    /// Without one; the reason's kind is not `none`.
     Result(Reason reason) : reason_(std::move(reason)) {}
 
     /// Whether there is a value.
@@ -60,7 +63,9 @@ private:
 template <>
 class [[nodiscard]] Result<void> {
 public:
+    /// It was done.
     Result() = default;
+    /// It was not.
     Result(Reason reason) : reason_(std::move(reason)) {}
 
     /// Whether it was done.

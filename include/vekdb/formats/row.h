@@ -19,14 +19,18 @@ struct LogInside;
 template <class Range>
 class PlaceIterator {
 public:
+    /// What iterators of the standard library are asked for.
     using value_type = decltype(std::declval<const Range&>().at(0u));
     using reference = value_type;
     using pointer = void;
     using difference_type = std::ptrdiff_t;
     using iterator_category = std::input_iterator_tag;
 
+    /// Stands on a place of the range, or behind the last.
     PlaceIterator(const Range& range, unsigned place) : range_(&range), place_(place) {}
+    /// What is there, by value.
     value_type operator*() const { return range_->at(place_); }
+    /// Goes to the next place.
     PlaceIterator& operator++() noexcept {
         ++place_;
         return *this;
@@ -36,6 +40,7 @@ public:
         ++place_;
         return before;
     }
+    /// Both must walk the same range.
     bool operator==(const PlaceIterator& other) const noexcept { return place_ == other.place_; }
 
 private:
@@ -75,6 +80,7 @@ private:
 /// The columns of a log, as a range.
 class Columns {
 public:
+    /// How many there are now, and the one in a place below that.
     unsigned size() const noexcept;
     Column at(unsigned place) const { return {log_, place}; }
     PlaceIterator<Columns> begin() const { return {*this, 0}; }

@@ -26,6 +26,7 @@ struct Saved {
     /// was left out, an event of an edit list for example.
     std::vector<std::string> notes;
 
+    /// Whether everything was kept.
     bool isWhole() const noexcept { return losses.empty() && notes.empty(); }
 };
 

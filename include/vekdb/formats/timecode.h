@@ -12,14 +12,16 @@ namespace vek {
 /// A timecode as it is written. Timecodes of one rate compare by their parts in order, drop
 /// frame or not, so nothing needs to know the rate to compare them.
 struct Timecode {
-    int hours = 0;
-    int minutes = 0;
-    int seconds = 0;
-    int frames = 0;
-    bool dropFrame = false;
+    int hours = 0;           ///< above 23 past midnight
+    int minutes = 0;         ///< below 60
+    int seconds = 0;         ///< below 60
+    int frames = 0;          ///< as written, which may be above the rate
+    bool dropFrame = false;  ///< written with a semicolon
 
+    /// How far `order` goes on in an hour.
     static constexpr long long ordersInHour = 3600LL * 1000;
 
+    /// A number that is greater for a later timecode.
     auto order() const { return ((hours * 60LL + minutes) * 60 + seconds) * 1000 + frames; }
 };
 
@@ -33,13 +35,14 @@ enum class Counting { unsaid, dropFrame, nonDrop };
 /// A frame rate: how many frame numbers a second has (`nominal`: 24, 25, 30, ...), and whether it
 /// runs slower by 1000/1001, as 23.976 and 29.97 do.
 struct FrameRate {
-    int nominal = 0;
-    bool isSlowed = false;
-    Counting counting = Counting::unsaid;
+    int nominal = 0;                       ///< frame numbers in a second
+    bool isSlowed = false;                 ///< by 1000/1001
+    Counting counting = Counting::unsaid;  ///< what the text said of drop-frame
 
     /// Frames in `seconds()` seconds: 30000 in 1001, or 25 in 1.
     std::int64_t frames() const { return isSlowed ? nominal * std::int64_t{1000} : nominal; }
     std::int64_t seconds() const { return isSlowed ? 1001 : 1; }
+    /// Whether both run alike, however they count.
     bool isAsFastAs(const FrameRate& other) const {
         return nominal == other.nominal && isSlowed == other.isSlowed;
     }

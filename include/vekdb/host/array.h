@@ -7,6 +7,7 @@ class GrowString;
 /// What an Array holds: a record that knows its order and how to print itself.
 class VEKDB_PUBLIC ArrayRec {
 public:
+    /// Records of a derived class are copied as that class says.
     ArrayRec() = default;
     ArrayRec(const ArrayRec&) = default;
     ArrayRec& operator=(const ArrayRec&) = default;

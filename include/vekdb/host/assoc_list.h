@@ -5,8 +5,8 @@
 
 /// A name with its value.
 struct VEKDB_PUBLIC AssocListEntry {
-    LightweightString<char> name;
-    LightweightString<char> value;
+    LightweightString<char> name;   ///< in the case in which it first came
+    LightweightString<char> value;  ///< the null string until it is set
 };
 
 /// What stands behind an AssocList: entries in the order in which their names

@@ -22,6 +22,7 @@ VEKDB_PUBLIC void clearConfigInt(const char* key);
 /// One text of a settings record.
 class VEKDB_PUBLIC strp_field {
 public:
+    /// Empty, or with a text.
     strp_field() = default;
     explicit strp_field(const LightweightString<char>& text) : text_(text) {}
 

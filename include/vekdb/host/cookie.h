@@ -12,7 +12,7 @@ namespace Quor {
 
 /// A 128-bit identity. The default one is nil, all zeros.
 struct VEKDB_PUBLIC UUID {
-    std::uint8_t bytes[16] = {};
+    std::uint8_t bytes[16] = {};  ///< the first one counts most where two are compared
 
     /// Negative, 0 or positive, by the bytes in their order.
     int compare(const UUID& other) const noexcept {
@@ -28,6 +28,7 @@ struct VEKDB_PUBLIC UUID {
         return static_cast<std::size_t>(mixed ^ (mixed >> 32));
     }
 
+    /// By `compare`.
     friend bool operator==(const UUID& a, const UUID& b) noexcept { return a.compare(b) == 0; }
     friend bool operator<(const UUID& a, const UUID& b) noexcept { return a.compare(b) < 0; }
 };
@@ -49,6 +50,7 @@ enum CookieType : unsigned char {
 /// with it is of no consequence here: every text reads back under either value.
 class VEKDB_PUBLIC Cookie {
 public:
+    /// Names nothing.
     Cookie() noexcept = default;
 
     /// Reads the text form in any case, white space around it allowed. Anything
@@ -57,18 +59,20 @@ public:
     explicit Cookie(const LightweightString<wchar_t>& text, bool flag);
     static Cookie fromText(std::string_view text) noexcept;
 
+    /// The text form.
     LightweightString<char> asString(bool flag) const;
 
     /// Total order: by identity, then field, then type code. Negative, 0 or
     /// positive; 0 exactly for equal cookies.
     int compare(const Cookie& other) const noexcept;
 
+    /// By `compare`.
     friend bool operator==(const Cookie& a, const Cookie& b) noexcept { return a.compare(b) == 0; }
     friend bool operator<(const Cookie& a, const Cookie& b) noexcept { return a.compare(b) < 0; }
 
-    Quor::UUID uuid;
-    std::uint16_t field = 0;
-    unsigned char type = cookieTypeInvalid;
+    Quor::UUID uuid;                         ///< the object
+    std::uint16_t field = 0;                 ///< a part of it
+    unsigned char type = cookieTypeInvalid;  ///< a CookieType, or any other code
 };
 
 /// The cookie with the given type code, and with the given field unless that is

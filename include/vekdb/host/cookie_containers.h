@@ -64,6 +64,7 @@ using CookieVec = LightweightVector<Cookie>;
 /// A copy of one cookie, as it stands in a set.
 class VEKDB_PUBLIC CookieSetRec final : public ArrayRec {
 public:
+    /// Copies the cookie.
     explicit CookieSetRec(const Cookie& cookie) : cookie_(cookie) {}
 
     /// Lives as long as this record.
@@ -80,6 +81,7 @@ private:
 /// The cookies of a set in their order, shared by the handles on it.
 class VEKDB_PUBLIC CookieSetRep final : public Set, public Quor::InternalRefCount {
 public:
+    /// Empty, or with the same cookies as another one.
     CookieSetRep() = default;
     CookieSetRep(const CookieSetRep& other);
     CookieSetRep& operator=(const CookieSetRep&) = delete;
@@ -99,8 +101,11 @@ public:
 /// changed. A reference into it lives until the set is changed or gone.
 class VEKDB_PUBLIC CookieSet {
 public:
+    /// Empty.
     CookieSet() noexcept = default;
+    /// Of these cookies, equal ones once.
     explicit CookieSet(const CookieVec& cookies);
+    /// Shares the representation.
     CookieSet(const CookieSet&) noexcept = default;
     CookieSet& operator=(const CookieSet&) noexcept = default;
     virtual ~CookieSet() = default;

@@ -11,6 +11,7 @@ namespace Quor::Exception {
 /// there would make `catch (const std::exception&)` ambiguous and miss it.
 class VEKDB_PUBLIC Base {
 public:
+    /// What is thrown is copied without asking for memory.
     Base() noexcept = default;
     Base(const Base&) noexcept = default;
     Base& operator=(const Base&) noexcept = default;
@@ -25,6 +26,7 @@ public:
 /// throw, where it has them; the object it left is as it was before.
 class VEKDB_PUBLIC BadAlloc : public Base, public std::bad_alloc {
 public:
+    /// The same constant text, whichever way it was caught.
     const char* message() const noexcept override { return "out of memory"; }
     const char* what() const noexcept override { return message(); }
 };

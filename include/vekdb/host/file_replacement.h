@@ -57,16 +57,19 @@ public:
     /// replacement as it was.
     bool backUp(const char* path);
 
+    /// Makes the new file, empty, and appends to it.
     bool open();
     bool write(std::string_view text);
     /// Makes the new file ready to take the place, on the disk and with all that it keeps.
     bool complete();
     /// After complete: a sum of eLoss.
     unsigned losses() const;
+    /// The new file takes the old one's place.
     bool commit();
     /// Instead of commit: the old file stays, and nothing is left beside it.
     void giveUp();
 
+    /// Of the step that answered false; eNone before.
     eTrouble trouble() const;
     /// errno of the call that failed.
     int error() const;

@@ -8,6 +8,7 @@
 /// go and to come back. Does not use up the processor meanwhile.
 class VEKDB_PUBLIC FileWatch {
 public:
+    /// What `wait` was ended by.
     enum Event {
         eChanged,  ///< differs from what it was when this was last said, or is no file any more
         eNothing,  ///< it did not change for a second, or something beside it did before

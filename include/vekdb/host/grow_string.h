@@ -10,6 +10,7 @@
 /// in a 0 character.
 class VEKDB_PUBLIC GrowString {
 public:
+    /// Empty.
     GrowString() noexcept {}
     GrowString(const GrowString&) = delete;
     GrowString& operator=(const GrowString&) = delete;
@@ -24,6 +25,7 @@ public:
     /// The text; never null. It holds until the next append.
     operator const char*() const noexcept { return text_ != nullptr ? text_ : ""; }
 
+    /// Bytes of the text, the 0 character at its end not counted.
     std::size_t length() const noexcept { return length_; }
 
 private:

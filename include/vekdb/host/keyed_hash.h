@@ -13,7 +13,9 @@ VEKDB_PUBLIC std::uint64_t keyedHash(std::string_view text) noexcept;
 
 /// For maps whose keys come from files.
 struct VEKDB_PUBLIC KeyedHash {
+    /// Views are looked up without being made strings.
     using is_transparent = void;
+    /// `keyedHash`.
     std::size_t operator()(std::string_view text) const noexcept {
         return static_cast<std::size_t>(keyedHash(text));
     }

@@ -23,36 +23,43 @@
 template <class C>
 class VEKDB_PUBLIC LightweightString {
 public:
+    /// Its text, borrowed.
     using View = std::basic_string_view<C>;
 
     /// A length that substr reads as "all that is left".
     static constexpr unsigned toEnd = 0xFFFFFFFF;
 
+    /// The null string.
     LightweightString() noexcept = default;
 
-    /// A null pointer gives the null string.
+    /// Copies a text, up to its 0 character or so many characters. A null pointer gives the null
+    /// string.
     LightweightString(const C* text) { assign(text); }
     LightweightString(const C* text, std::size_t count) { assign(text, count); }
     explicit LightweightString(View text) { assign(text.data(), text.size()); }
 
+    /// Shares the other's record, or takes it over.
     LightweightString(const LightweightString& other) noexcept : impl_(other.impl_) { hold(); }
     LightweightString(LightweightString&& other) noexcept
         : impl_(std::exchange(other.impl_, nullptr)) {}
 
     ~LightweightString() { release(); }
 
+    /// The same, and lets go of its own record afterwards.
     LightweightString& operator=(const LightweightString& other) noexcept {
         LightweightString held(other);
         swap(held);
         return *this;
     }
 
+    /// The same from one that is not needed any more.
     LightweightString& operator=(LightweightString&& other) noexcept {
         LightweightString held(std::move(other));
         swap(held);
         return *this;
     }
 
+    /// Exchanges the records.
     void swap(LightweightString& other) noexcept { std::swap(impl_, other.impl_); }
 
     /// Never null; the empty text for the null string. Ends in a 0 character.
@@ -63,6 +70,7 @@ public:
     /// Characters of storage, the terminator's included; 0 for the null string.
     unsigned capacity() const noexcept { return impl_ != nullptr ? impl_->capacity : 0; }
 
+    /// The text; never a null pointer.
     View view() const noexcept { return View(c_str(), length()); }
 
     /// A null pointer assigns the null string whatever the count says.
@@ -87,6 +95,7 @@ public:
     void append(const C* text, std::size_t count);
     void push_back(C c);
 
+    /// Appends a text; a null pointer appends nothing.
     LightweightString& operator+=(const C* text);
     LightweightString& operator+=(const LightweightString& text);
 
@@ -108,6 +117,7 @@ public:
     /// False for a null suffix and for a null string.
     bool endsWith(const C* suffix, bool caseSensitive) const noexcept;
 
+    /// By every character, with regard to case. A null pointer equals the null string.
     friend bool operator==(const LightweightString& a, const LightweightString& b) noexcept {
         return a.impl_ == b.impl_ || a.view() == b.view();
     }
@@ -151,6 +161,7 @@ private:
 extern template class LightweightString<char>;
 extern template class LightweightString<wchar_t>;
 
+/// A string of both texts, one behind the other.
 VEKDB_PUBLIC LightweightString<wchar_t> operator+(const LightweightString<wchar_t>& a,
                                                   const wchar_t* b);
 

@@ -42,11 +42,13 @@ private:
 /// for; the numbers are borrowed and outlive the message. Copies hold the text.
 class VEKDB_PUBLIC NotifyMsg {
 public:
+    /// Of a text, an object, both or neither, or of row numbers.
     NotifyMsg() = default;
     NotifyMsg(const LightweightString<char>& text, const Quor::Ptr<iObject>& object)
         : text_(text), object_(object) {}
     explicit NotifyMsg(const Quor::Ptr<iObject>& object) : object_(object) {}
     explicit NotifyMsg(const RowNumbers& rows) : rows_(&rows) {}
+    /// A copy needs the numbers no longer.
     NotifyMsg(const NotifyMsg& other) : text_(other.text()), object_(other.object_) {}
     NotifyMsg& operator=(const NotifyMsg& other) {
         text_ = other.text();
@@ -124,10 +126,13 @@ public:
 template <class Obj, class M, class R>
 class VEKDB_PUBLIC MethodCallback : public iCallbackBase<R, M> {
 public:
+    /// The member function: what it returns has no meaning.
     using Method = R (Obj::*)(const M&);
 
+    /// The object is borrowed.
     MethodCallback(Obj* object, Method method) : object_(object), method_(method) {}
 
+    /// Calls the function, and tells the object.
     R call(const M& message) override { return (object_->*method_)(message); }
     const void* owner() const override { return object_; }
 
@@ -139,7 +144,9 @@ private:
 /// Identifies one registration among all that the process ever made.
 class VEKDB_PUBLIC IdStamp {
 public:
+    /// Identifies nothing.
     IdStamp() = default;
+    /// Of a number that `next` gave.
     explicit IdStamp(std::uint64_t number) : number_(number) {}
 
     /// A stamp that no other has.
@@ -158,6 +165,7 @@ namespace Quor {
 class VEKDB_PUBLIC Guard : public InternalRefCount {
 public:
     virtual ~Guard() = default;
+    /// The registration; lives as long as the guard.
     virtual const IdStamp& id() const = 0;
 };
 
@@ -179,8 +187,10 @@ class Registrations;  // shared by a notifier and the guards of its registration
 template <class M>
 class VEKDB_PUBLIC GenericNotifier {
 public:
+    /// Who can be told.
     using Callback = iCallbackBase<int, M>;
 
+    /// Nobody is registered.
     GenericNotifier();
     GenericNotifier(const GenericNotifier&) = delete;
     GenericNotifier& operator=(const GenericNotifier&) = delete;
@@ -198,6 +208,7 @@ public:
     void deregisterNotification(const IdStamp& id);
     void deregisterNotification(Quor::Ptr<Quor::Guard>& guard);
 
+    /// Tells everybody who is registered for the type, and returns when all were told.
     void issueNotification(const M& message, int type);
 
     /// Whether a notice of this type would be heard by anybody.

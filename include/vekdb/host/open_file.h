@@ -11,10 +11,12 @@
 /// wrong, never 0; the outputs are untouched then. Used by one thread at a time.
 class VEKDB_PUBLIC OpenFile {
 public:
+    /// What is open; a stream is a pipe or a socket.
     enum class Kind : unsigned char { regular, device, folder, stream };
 
     /// Nothing is open afterwards where that was refused; why, `error` says.
     static OpenFile at(const char* path);
+    /// A further descriptor of the standard input.
     static OpenFile ofStandardInput();
     /// A further descriptor of the same file; that one stays the caller's.
     static OpenFile of(int descriptor);
@@ -23,8 +25,10 @@ public:
     /// The bytes of the machine's memory: more cannot be held.
     static std::uint64_t memoryOfMachine();
 
+    /// Nothing is open.
     OpenFile() = default;
     ~OpenFile();
+    /// Takes over what the other has open; that one has nothing open then.
     OpenFile(OpenFile&& other) noexcept;
     OpenFile& operator=(OpenFile&& other) noexcept;
     OpenFile(const OpenFile&) = delete;

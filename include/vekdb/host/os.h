@@ -52,6 +52,7 @@ protected:
 /// strength of this service, so both directions must be atomic.
 class VEKDB_PUBLIC iRefCountService {
 public:
+    /// Adds one.
     virtual void increment(std::uint32_t& count) noexcept = 0;
 
     /// Returns what remains; at 0 the caller destroys the counted object.
@@ -72,12 +73,14 @@ protected:
 /// and return the service that was in place before.
 class VEKDB_PUBLIC iHostServices {
 public:
+    /// The library makes the only one that counts, which `OS` answers.
     constexpr iHostServices(iAllocator& allocator, iFileService& files,
                             iRefCountService& counts) noexcept
         : allocator_(&allocator), fileService_(&files), refCounts_(&counts) {}
     iHostServices(const iHostServices&) = delete;
     iHostServices& operator=(const iHostServices&) = delete;
 
+    /// The services in place, never null: the application's, or the built-in ones.
     iAllocator* allocator() const noexcept { return allocator_; }
     iFileService* fileService() const noexcept { return fileService_; }
     iRefCountService* refCounts() const noexcept { return refCounts_; }
@@ -86,6 +89,7 @@ public:
     /// with the global operators replaced, a block that was taken before would come back to an
     /// allocator that did not give it.
     iAllocator* setAllocator(iAllocator* allocator) noexcept;
+    /// The same for files and for counts, which have nothing to give back.
     iFileService* setFileService(iFileService* service) noexcept;
     iRefCountService* setRefCounts(iRefCountService* service) noexcept;
 

@@ -17,10 +17,13 @@ VEKDB_PUBLIC std::uint32_t currentCount(std::uint32_t& count) noexcept;
 /// the object never copies it.
 class VEKDB_PUBLIC InternalRefCount {
 public:
+    /// Each object begins with a count of 0.
     InternalRefCount() noexcept = default;
+    /// Copies nothing.
     InternalRefCount(const InternalRefCount&) noexcept {}
     InternalRefCount& operator=(const InternalRefCount&) noexcept { return *this; }
 
+    /// Where the count stands; for Ptr.
     std::uint32_t* refCountWord() const noexcept { return &count_; }
 
 protected:
@@ -33,6 +36,7 @@ private:
 /// How the last Ptr destroys its object: by delete, which reaches the whole
 /// object through its virtual destructor.
 struct VEKDB_PUBLIC DtorTraits {
+    /// Deletes it.
     template <class T>
     static void destroy(T* object) {
         delete object;
@@ -41,20 +45,24 @@ struct VEKDB_PUBLIC DtorTraits {
 
 /// The count word lives inside the object (see InternalRefCount).
 struct VEKDB_PUBLIC InternalRefCountTraits {
+    /// The count of an object.
     template <class T>
     static std::uint32_t* countFor(T* object) noexcept {
         return object->refCountWord();
     }
+    /// It goes with its object.
     static void dispose(std::uint32_t*) noexcept {}
 };
 
 /// The count word is a block of its own, so any object can be shared. Only one
 /// Ptr may be made from a given object pointer; the others are copies of it.
 struct VEKDB_PUBLIC ExternalRefCountTraits {
+    /// A new count of 0.
     template <class T>
     static std::uint32_t* countFor(T*) {
         return new std::uint32_t(0);
     }
+    /// Deletes a count.
     static void dispose(std::uint32_t* count) noexcept { delete count; }
 };
 
@@ -64,6 +72,7 @@ struct VEKDB_PUBLIC ExternalRefCountTraits {
 template <class T, class Destruction = DtorTraits, class Counting = InternalRefCountTraits>
 class VEKDB_PUBLIC Ptr {
 public:
+    /// Null.
     Ptr() noexcept = default;
     Ptr(std::nullptr_t) noexcept {}
 
@@ -76,8 +85,8 @@ public:
         }
     }
 
+    /// Takes a further share, or takes the other's over.
     Ptr(const Ptr& other) noexcept : count_(other.count_), object_(other.object_) { incRef(); }
-
     Ptr(Ptr&& other) noexcept
         : count_(std::exchange(other.count_, nullptr)),
           object_(std::exchange(other.object_, nullptr)) {}
@@ -99,24 +108,28 @@ public:
         return *this;
     }
 
+    /// The same with the other's share taken over.
     Ptr& operator=(Ptr&& other) noexcept {
         Ptr held(std::move(other));
         swap(held);
         return *this;
     }
 
+    /// Lets go of the object, and takes a share in another one where it is given.
     void reset() noexcept { Ptr().swap(*this); }
     void reset(T* object) { Ptr(object).swap(*this); }
 
+    /// Exchanges the shares.
     void swap(Ptr& other) noexcept {
         std::swap(count_, other.count_);
         std::swap(object_, other.object_);
     }
 
+    /// The object, null for none; the last two of these need one.
     T* get() const noexcept { return object_; }
+    explicit operator bool() const noexcept { return object_ != nullptr; }
     T* operator->() const noexcept { return object_; }
     T& operator*() const noexcept { return *object_; }
-    explicit operator bool() const noexcept { return object_ != nullptr; }
 
     /// True for an object that nobody else shares.
     bool isUnshared() const noexcept { return object_ != nullptr && currentCount(*count_) == 1; }
@@ -136,10 +149,12 @@ public:
         }
     }
 
+    /// Whether both point at one object.
     template <class U>
     friend bool operator==(const Ptr& a, const Ptr<U, Destruction, Counting>& b) noexcept {
         return a.get() == b.get();
     }
+    /// Whether it is null.
     friend bool operator==(const Ptr& a, std::nullptr_t) noexcept { return a.object_ == nullptr; }
 
 private:
@@ -181,6 +196,7 @@ private:
 /// Root of what is destroyed through a base of it.
 class VEKDB_PUBLIC iVirtual {
 public:
+    /// A base has nothing that could be copied.
     iVirtual() = default;
     iVirtual(const iVirtual&) = default;
     iVirtual& operator=(const iVirtual&) = default;

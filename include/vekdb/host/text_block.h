@@ -29,6 +29,7 @@ public:
     /// it requires a single holder. Throws BadAlloc and stays as it was.
     void resize(std::size_t bytes);
 
+    /// True for a block with one holder.
     bool isUnshared() const noexcept;
 
     /// Counts of holders outside any Ptr; each one ends in a release(), the last

@@ -24,6 +24,7 @@ class TextDeparture;
 /// Used by one thread at a time.
 class VEKDB_PUBLIC TextFile {
 public:
+    /// What ends a line that is saved.
     enum eEOLStyle {
         eNative = 0,  ///< this platform's own, a line feed
         eLF = 1,

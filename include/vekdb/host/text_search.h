@@ -27,6 +27,7 @@ enum eMatchFlags : unsigned {
 /// many texts. Only the letters A to Z have a case.
 class VEKDB_PUBLIC Criterion {
 public:
+    /// An empty one, or one of a term.
     Criterion() = default;
     explicit Criterion(const LightweightString<char>& text, eMatchMethod method = eMatchContains);
 
@@ -45,12 +46,13 @@ public:
     /// for each what a byte must be after some bits of it were set. Whatever
     /// equals the term passes both filters.
     struct Filter {
-        std::uint8_t setBits[2];
-        std::uint8_t expected[2];
+        std::uint8_t setBits[2];   ///< set in the byte at each place
+        std::uint8_t expected[2];  ///< what it then is
     };
+    /// The places, counted from the term's first byte, and a filter for each way of comparing.
     struct Anchors {
-        std::uint32_t places[2] = {0, 0};
-        Filter filters[4] = {};  ///< for each sum of flags
+        std::uint32_t places[2] = {0, 0};  ///< below the term's length
+        Filter filters[4] = {};            ///< for each sum of flags
     };
 
     /// Lives with the criterion; of no meaning for an empty one.
@@ -66,6 +68,7 @@ private:
 /// The terms for one text; all of them must be satisfied.
 class VEKDB_PUBLIC Criteria {
 public:
+    /// None, or one.
     Criteria() = default;
     Criteria(const Criterion& criterion) { add(criterion); }
 

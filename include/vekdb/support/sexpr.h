@@ -14,8 +14,10 @@ class GrowString;
 /// list is a null pointer. Not locked: one thread at a time.
 class VEKDB_PUBLIC SExprElt {
 public:
+    /// The kinds of elements.
     enum : std::int32_t { columnReference = 0, list = 1, anOperator = 2 };
 
+    /// Of one of the kinds above.
     explicit SExprElt(std::int32_t kindOfElement) noexcept : kind(kindOfElement) {}
     SExprElt(const SExprElt&) = delete;
     SExprElt& operator=(const SExprElt&) = delete;
@@ -24,7 +26,7 @@ public:
     /// Appends the element's text.
     virtual void asString(GrowString& out) const = 0;
 
-    std::int32_t kind;
+    std::int32_t kind;  ///< which class it is of
 };
 
 /// One cell of a list, an element of lists itself.
@@ -43,26 +45,30 @@ public:
     static void print(const SExpr* head, GrowString& out);
     void asString(GrowString& out) const override { print(this, out); }
 
-    SExprElt* element;
-    SExpr* next;
+    SExprElt* element;  ///< owned, may be null
+    SExpr* next;        ///< the rest of the list, owned; null for the last cell
 };
 
 /// A reference to one column of a table or view, which it does not own. It loses its source,
 /// and prints "voidref", when that is destroyed.
 class VEKDB_PUBLIC SExprRef : public SExprElt {
 public:
+    /// Refers to a column by its position in the source, which may be null.
     SExprRef(VDBBase* source, std::uint32_t columnOfSource) noexcept
         : SExprElt(columnReference), column(columnOfSource), source_(source) {}
 
+    /// The source, null for none and where it went.
     VDBBase* table() const noexcept { return source_.get(); }
+    /// Appends the column's name as it is now.
     void asString(GrowString& out) const override;
 
-    std::uint32_t column;
+    std::uint32_t column;  ///< its position
 
 private:
     SourceRef<VDBBase> source_;
 };
 
+/// Stands for an operator of a condition. Conditions are not there yet, so nothing makes one.
 class VEKDB_PUBLIC SExprOperator : public SExprElt {
 public:
     SExprOperator() noexcept : SExprElt(anOperator) {}
@@ -73,13 +79,15 @@ public:
 /// gives null, from which the next step starts again:
 ///     for (++it; it.current != nullptr; ++it)
 struct VEKDB_PUBLIC SExprIterator {
+    /// Stands before the first cell. The list outlives it.
     explicit SExprIterator(SExpr* headOfList) noexcept : head(headOfList) {}
 
+    /// To the next cell.
     SExprIterator& operator++() noexcept {
         current = current != nullptr ? current->next : head;
         return *this;
     }
 
-    SExpr* head;
-    SExpr* current = nullptr;
+    SExpr* head;               ///< of the list, null for the empty one
+    SExpr* current = nullptr;  ///< the cell it stands on
 };

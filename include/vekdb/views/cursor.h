@@ -17,9 +17,11 @@ public:
     /// Starts at -1.
     explicit VDBViewCursor(const VDBView& view, bool tagsOnly = false);
 
+    /// The current row's number, or -1.
     int index() const { return index_; }
     /// The record of the current row; null at -1 and for a row whose record is gone.
     dbrecord* record() const;
+    /// Whether it stops at tagged rows alone from the next step on; it stays where it is.
     void setTagsOnly(bool tagsOnly) { tagsOnly_ = tagsOnly; }
 
     /// Goes to a row, or to -1 when there is no such row.

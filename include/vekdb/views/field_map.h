@@ -22,6 +22,7 @@ class VEKDB_PUBLIC FieldMap {
 public:
     /// No entries, no source.
     FieldMap() = default;
+    /// As `setSourceDb` makes it.
     explicit FieldMap(const VDBView& view);
     /// Over a view of the map's own. The table must outlive the map's use of it.
     explicit FieldMap(vekdb& table);
@@ -37,6 +38,7 @@ public:
     void setSourceDb(const VDBView& view);
     const VDBView& source() const { return source_; }
 
+    /// How many entries there are, hidden ones included.
     unsigned size() const { return static_cast<unsigned>(names_.size()); }
     /// The position of a name, or -1.
     int getFieldIdx(const LightweightString<char>& name) const;

@@ -25,6 +25,7 @@ public:
     /// Shares a view that exists, such as one from `newTagSubview`. Null gives a null handle.
     explicit VDBView(VDBViewRep* view) noexcept;
 
+    /// Shares the other's view, or takes its share over.
     VDBView(const VDBView& other) noexcept;
     VDBView(VDBView&& other) noexcept;
     ~VDBView();
@@ -32,10 +33,11 @@ public:
     /// Shares the other's view before it lets go of its own.
     VDBView& operator=(const VDBView& other) noexcept;
 
+    /// The view, null for none; the last two of these need one.
     VDBViewRep* get() const noexcept { return view_; }
+    explicit operator bool() const noexcept { return view_ != nullptr; }
     VDBViewRep* operator->() const noexcept { return view_; }
     VDBViewRep& operator*() const noexcept { return *view_; }
-    explicit operator bool() const noexcept { return view_ != nullptr; }
 
     /// A second view of the same rows; see `VDBViewRep::copy`. A null handle where there is
     /// no view, or the view has no table.

@@ -42,6 +42,7 @@ struct ViewParts;
 /// can hit other records than the ones shown. Delete through a view that reads the table itself.
 class VEKDB_PUBLIC VDBViewRep : public VDBBase, public Notifier {
 public:
+    /// A question that is asked of each row's number.
     using PositionTest = bool (VDBViewRep::*)(int);
 
     /// A view without rows and with all columns of the table. Null gives a view without source.
@@ -137,6 +138,7 @@ public:
     unsigned slotTag(unsigned slot) const;
 
     // --- tags of the view, none of the table's
+    /// Gives each row the tag 1 or 0, or turns the lowest bit of each tag round.
     void tagAll(bool value);
     void invertAllTags();
     /// How many rows are tagged.
@@ -161,6 +163,7 @@ public:
 
     // --- display. `at` is cut to the rows there are. New rows keep the tag byte of the slot
     // they come to stand in. Nothing checks that a row exists or is shown already.
+    /// Shows n source rows from `first` on; n.
     int displayRecordsAt(int first, int n, int at);
     /// Shows the first source row whose field has the value; 1, or 0 when there is none.
     int displayMatchAt(const char* field, const char* value, int at);
