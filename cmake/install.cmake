@@ -15,6 +15,8 @@ if(NOT TARGET vekdb_formats)
 endif()
 install(DIRECTORY include/vekdb DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
         FILES_MATCHING PATTERN "*.h" ${no_formats})
+install(FILES tools/gdb/vekdb_printers.py DESTINATION ${CMAKE_INSTALL_DATADIR}/vekdb/gdb
+        COMPONENT development)
 install(EXPORT vekdbTargets NAMESPACE vekdb:: DESTINATION ${config_folder}
         FILE vekdbTargets.cmake COMPONENT development)
 # The formats are a component of the package, with libraries of their own behind them.

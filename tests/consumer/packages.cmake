@@ -36,6 +36,7 @@ expect_text(${root}/usr/share/man/man1/vek.1 ".TH VEK 1")
 expect_text(${root}/usr/share/bash-completion/completions/vek "complete ")
 expect_text(${root}/usr/share/zsh/vendor-completions/_vek "#compdef vek")
 expect_text(${root}/usr/share/fish/vendor_completions.d/vek.fish "complete -c vek")
+expect_text(${root}/usr/share/vekdb/gdb/vekdb_printers.py "register_pretty_printer")
 
 # As an application finds the library by its package file: shared.
 set(ENV{PKG_CONFIG_PATH} ${root}/usr/lib/pkgconfig)

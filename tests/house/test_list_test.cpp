@@ -14,7 +14,8 @@ namespace {
 using Paths = std::set<std::string>;
 
 bool standsAlone(const std::string& path) {
-    return path.starts_with("tests/consumer/") || path.starts_with("tests/house/misuse/");
+    return path.starts_with("tests/consumer/") || path.starts_with("tests/gdb/") ||
+           path.starts_with("tests/house/misuse/");
 }
 
 Paths testsOnDisk() {
