@@ -7,6 +7,7 @@
 #include <set>
 #include <sstream>
 
+#include <vekdb/support/version.h>
 #include "house/source_tree.h"
 #include "testing/temp_dir.h"
 
@@ -91,7 +92,7 @@ private:
 };
 
 std::vector<std::string> documents() {
-    std::vector<std::string> paths = {"README.md"};
+    std::vector<std::string> paths = {"README.md", "CHANGELOG.md", "CONTRIBUTING.md"};
     for (const auto& entry : fs::directory_iterator(sourceRoot() / "docs")) {
         if (entry.path().extension() == ".md") {
             paths.push_back("docs/" + entry.path().filename().string());
@@ -137,6 +138,30 @@ TEST_P(Documents, EveryProgramShownIsOneOfTheExamples) {
         EXPECT_NE(all.find(block.text), all.npos)
             << GetParam() << ":" << block.line << " stands in no file of examples/";
     }
+}
+
+// A line without its indentation: a document shows pieces of a file from their first line on.
+static std::string flush(const std::string& text) {
+    static const std::regex indentation("(^|\\n) +");
+    return std::regex_replace(text, indentation, "$1");
+}
+
+// Built as a project of its own by the tests of consumers.
+TEST(Embedding, TheProjectIsTheOneThatIsBuilt) {
+    const std::string project = flush(readFile(sourceRoot() / "examples/embedding/CMakeLists.txt"));
+    const auto blocks = blocksOf(readFile(sourceRoot() / "docs/embedding.md"), "cmake");
+    EXPECT_EQ(2u, blocks.size());
+    for (const Block& block : blocks) {
+        EXPECT_NE(project.find(flush(block.text)), project.npos) << "line " << block.line;
+    }
+}
+
+TEST(Changes, BeginWithTheVersionOfTheHeader) {
+    const std::string changes = readFile(sourceRoot() / "CHANGELOG.md");
+    static const std::regex heading("\n## ([0-9.]+)");
+    std::smatch first;
+    ASSERT_TRUE(std::regex_search(changes, first, heading));
+    EXPECT_EQ(kVekdbVersion, first[1]);
 }
 
 TEST_P(Documents, EveryFileItNamesIsThere) {
@@ -187,7 +212,8 @@ TEST_P(Promises, NameTestsThatAreThere) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Pages, Promises,
-                         testing::Values("docs/security.md", "docs/reliability.md"));
+                         testing::Values("docs/security.md", "docs/reliability.md",
+                                         "docs/lifetimes.md"));
 
 INSTANTIATE_TEST_SUITE_P(Docs, Documents, testing::ValuesIn(documents()), nameOf);
 

@@ -162,7 +162,8 @@ TEST(Floors, AWrongIncludeOfARoomIsSeen) {
                              "#include \"vekdb/table/table_parts.h\""}) {
         EXPECT_EQ(1u, wrongIncludesOf(fileWith("src/vekdb/query/x.cpp", line)).size()) << line;
     }
-    for (const char* line : {"#include \"vekdb/columns/columns.h\"", "#include <vekdb/record.h>"}) {
+    for (const char* line :
+         {"#include \"vekdb/columns/column_list.h\"", "#include <vekdb/record.h>"}) {
         EXPECT_THAT(wrongIncludesOf(fileWith("src/vekdb/query/x.cpp", line)), IsEmpty());
     }
 }
