@@ -19,6 +19,12 @@ struct ArrowPair {
 };
 using ArrowPairs = std::vector<ArrowPair>;
 
+/// The pairs that the format's bytes mean; null means none. False where their lengths cannot be.
+bool decodeMetadata(const char* metadata, ArrowPairs& pairs);
+
+/// The value of the first pair with this key, or null.
+const std::string* findPair(const ArrowPairs& pairs, std::string_view key);
+
 /// The pairs as the format writes them: how many, then each text with its length before it, in the
 /// machine's own order of bytes. "" for none at all.
 std::string encodedMetadata(const ArrowPairs& pairs);

@@ -1,11 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include <vekdb/arrow/c_data.h>
+#include <vekdb/host/lightweight_string.h>
 #include <vekdb/host/visibility.h>
-
-class VDBBase;
+#include <vekdb/table.h>
 
 /// What becomes of a cell whose bytes are no UTF-8, which every text of Arrow is.
 enum class ArrowBytes : std::uint8_t {
@@ -55,3 +56,28 @@ struct VEKDB_PUBLIC ArrowExport {
 /// failed can be made again. Rows without a record are left out, as by saving.
 [[nodiscard]] VEKDB_PUBLIC ArrowArrayStream exportArrow(const VDBBase& source,
                                                         const ArrowExport& how = {});
+
+/// Makes a table of the batches of a stream: a column of texts for each field, a row for each of
+/// theirs. What `exportArrow` says in metadata becomes parameters, types of columns and tags again;
+/// a table without parameters gets the one of its revision, so that what is saved can be loaded.
+///
+/// Texts and binary values are taken byte for byte, also where they are large, views or of fixed
+/// size. Other values become the texts that people expect: whole numbers and decimals with all
+/// their digits, numbers with a point in the fewest digits that are read back as the same, "true"
+/// and "false", days and times as ISO 8601 writes them (UTC, with a "Z", where there is a zone),
+/// and of a dictionary the value that is meant. Nulls become empty cells. A batch may begin
+/// anywhere in its buffers.
+///
+/// Ownership: the stream is taken and released, whatever happens; the table is the caller's and
+/// holds nothing of the stream. Failure: null, and `why` says why, with the column: a type that
+/// becomes no text (lists, structures, durations, intervals, maps, unions, runs), lengths, places
+/// or numbers of a dictionary that contradict each other, a text with a zero byte, which no log
+/// holds, more columns or rows than a table has, a stream that fails. How much memory stands behind
+/// a pointer no reader of such a stream can know: take streams from those alone that may write to
+/// this process' memory. Exhausted memory throws.
+[[nodiscard]] VEKDB_PUBLIC std::unique_ptr<vekdb> importArrow(
+    ArrowArrayStream& stream, LightweightString<char>* why = nullptr);
+[[nodiscard]] inline std::unique_ptr<vekdb> importArrow(ArrowArrayStream&& stream,
+                                                        LightweightString<char>* why = nullptr) {
+    return importArrow(stream, why);
+}
