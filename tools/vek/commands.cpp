@@ -37,6 +37,7 @@ constexpr CommandEntry commands[] = {
     {"merge", mergeCommand},
     {"diff", diffCommand},
     {"stats", statsCommand},
+    {"sql", sqlCommand},
     {"report", reportCommand},
     {"container", containerCommand},
     {"completions", completionsCommand},

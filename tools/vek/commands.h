@@ -25,6 +25,7 @@ Command setCommand();
 Command showCommand();
 Command sortCommand();
 Command splitCommand();
+Command sqlCommand();
 Command statsCommand();
 Command tagCommand();
 Command timecodeCommand();

@@ -97,6 +97,8 @@ public:
     /// Takes rows out of the log. Handles of them and views that show them go on doing so, and
     /// the table keeps them; the log does not show or save them any more.
     Result<void> removeRows(const View& rows);
+    /// The same by the places of the rows in the table, as Row::index says them; in any order.
+    Result<void> removeRows(const std::vector<unsigned>& places);
     /// A column behind all others. No value when there is one of the name already. Where memory
     /// ends in this or the next two, a log that keeps a field map may have its column changed and
     /// the map not; without a map the log is as it was.
@@ -117,6 +119,12 @@ public:
     /// leaves the old file beside it as "NAME.bak". Says what the format did not hold. This lets go
     /// of the file: who wants to go on changing it opens it anew.
     Result<Saved> save(bool keepsOld = false);
+    /// Whether the log came in a format that is written back in place; others are only saved as
+    /// another file.
+    bool canBeSaved() const noexcept;
+    /// Lets go of the file of a log that was opened to be changed and is not to be saved, so that
+    /// others may change it. The log stays as it is.
+    void letGo() noexcept;
     /// These write all rows and columns as a View does.
     Result<Saved> saveAs(std::string_view path, const SaveOptions& options = {}) const;
     Result<Saved> saveAs(std::string_view path, Format format,

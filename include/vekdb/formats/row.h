@@ -56,6 +56,9 @@ public:
     unsigned index() const noexcept { return index_; }
     /// Its name as it is now.
     std::string name() const;
+    /// The name by which Log::column finds it and no other one: "Reel#2" is the second of several
+    /// columns of the name Reel, and the first "Reel#1"; "[]" is one without a name.
+    std::string address() const;
     /// What the table takes its values for; `text` in most formats.
     DBFieldTypes::eType type() const noexcept;
 

@@ -102,10 +102,17 @@ Result<Row> Log::addRow() {
 
 Result<void> Log::removeRows(const View& rows) {
     return guarded([&]() -> Result<void> {
+        std::vector<unsigned> places(rows.size());
+        for (unsigned i = 0; i < rows.size(); ++i) places[i] = rows.at(i).index();
+        return removeRows(places);
+    });
+}
+
+Result<void> Log::removeRows(const std::vector<unsigned>& places) {
+    return guarded([&]() -> Result<void> {
         std::vector<char> goes(log_->log.rowCount());
-        for (unsigned i = 0; i < rows.size(); ++i) {
-            const unsigned row = rows.at(i).index();
-            if (row < goes.size()) goes[row] = 1;
+        for (unsigned place : places) {
+            if (place < goes.size()) goes[place] = 1;
         }
         std::vector<unsigned> kept = log_->rows();
         std::erase_if(kept, [&](unsigned row) { return goes[row] != 0; });

@@ -1,8 +1,10 @@
+#include <algorithm>
 #include <new>
 #include <numeric>
 
 #include "formats/face/guarded.h"
 #include "formats/face/inside.h"
+#include "formats/log/column_names.h"
 #include "formats/text/text_lines.h"
 
 namespace vek {
@@ -62,6 +64,17 @@ Row LogInside::rowOf(std::shared_ptr<const LogInside> log, unsigned row) {
 
 std::string Column::name() const {
     return log_->log.columnName(index_);
+}
+
+std::string Column::address() const {
+    const formats::Log& log = log_->log;
+    const std::string name = log.columnName(index_);
+    const std::string address = name.empty() ? formats::unnamedAddress : name;
+    const formats::RepeatedName* repeated = formats::repeatedNameOf(log, index_);
+    if (repeated == nullptr) return address;
+    const auto& columns = repeated->columns;
+    const auto place = std::lower_bound(columns.begin(), columns.end(), index_);
+    return formats::concat(address, "#", std::to_string(place - columns.begin() + 1));
 }
 
 DBFieldTypes::eType Column::type() const noexcept {

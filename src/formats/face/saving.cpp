@@ -164,6 +164,15 @@ Result<Saved> Log::wouldLose(Format format, const SaveOptions& options) const {
     return guarded([&] { return lossesOf(all(*log_, options), format); });
 }
 
+bool Log::canBeSaved() const noexcept {
+    return formats::isChangedInPlace(log_->log.format);
+}
+
+void Log::letGo() noexcept {
+    log_->isToChange = false;
+    log_->log.held = nullptr;
+}
+
 Result<Saved> Log::save(bool keepsOld) {
     return guarded([&]() -> Result<Saved> {
         formats::Log& log = log_->log;

@@ -145,3 +145,21 @@ TEST(Editing, SaysWhenThereIsNoRoomForAParameter) {
     for (int i = 0; i < 60 && done; ++i) done = log.setParameter("P" + std::to_string(i), "x");
     EXPECT_EQ(done.reason().kind, vek::Reason::unwritable);
 }
+
+TEST(Editing, TakesRowsOutByTheirPlaces) {
+    vek::Log log = logOf("A\n1\n2\n3\n4\n");
+    EXPECT_TRUE(log.removeRows({3, 0, 3, 99}));
+    EXPECT_EQ(csvOf(log), "A\n2\n3\n");
+    EXPECT_TRUE(log.removeRows({1}));
+    EXPECT_EQ(csvOf(log), "A\n3\n");
+}
+
+TEST(Editing, CallsColumnsByAddressesThatFindThem) {
+    vek::Log log = logOf("A,b,B,,\"\",C\n1,2,3,4,5,6\n");
+    std::string addresses;
+    for (vek::Column column : log.columns()) {
+        addresses += column.address() + " ";
+        EXPECT_EQ(log.column(column.address())->index(), column.index());
+    }
+    EXPECT_EQ(addresses, "A b#1 B#2 []#1 []#2 C ");
+}

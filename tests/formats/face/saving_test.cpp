@@ -61,6 +61,18 @@ TEST(SavingLogs, LetsGoOfTheFileThatWasSaved) {
     EXPECT_EQ(folder.read("day.csv"), "Scene,Notes\n12,early\n");
 }
 
+TEST(SavingLogs, LetsGoOfAFileThatIsNotToBeSaved) {
+    TempDir folder;
+    folder.write("day.csv", csv);
+    auto log = vek::openToChange(folder.file("day.csv").string());
+    ASSERT_TRUE(log);
+    EXPECT_TRUE(log->canBeSaved());
+    log->letGo();
+    EXPECT_EQ(log->save().reason().kind, vek::Reason::wrongUsage);
+    EXPECT_TRUE(vek::openToChange(folder.file("day.csv").string()));
+    EXPECT_FALSE(vek::openText("TITLE: x\n", "x.otio")->canBeSaved());
+}
+
 TEST(SavingLogs, LeavesAFileThatSomebodyElseChangedMeanwhile) {
     TempDir folder;
     folder.write("day.csv", csv);

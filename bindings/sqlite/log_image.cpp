@@ -1,0 +1,89 @@
+#include "log_image.h"
+
+#include <algorithm>
+
+#include "guard.h"
+
+namespace vek::sql {
+
+void LogImage::set(unsigned row, unsigned column, std::string_view text) {
+    const std::string_view before = cell(row, column);
+    if (before == text) return;
+    journal_.push_back({Change::cell, row, column, std::string(before)});
+    const Result<void> done = log_.set(log_.at(row), log_.columns().at(column), text);
+    lookups_.erase(column);
+    if (done) return;
+    journal_.pop_back();
+    throw Refusal(done.reason());
+}
+
+void LogImage::setTagged(unsigned row, unsigned tagColumn, bool isTagged) {
+    if (this->isTagged(row) != isTagged) set(row, tagColumn, isTagged ? "1" : "0");
+}
+
+void LogImage::setGone(unsigned row, bool isGone) {
+    if (row >= gone_.size()) gone_.resize(std::max(row + 1, rowCount()));
+    gone_[row] = isGone;
+}
+
+// A row that is added is there only when its coming can be taken back.
+unsigned LogImage::addRow() {
+    const unsigned row = rowCount();
+    setGone(row, false);
+    journal_.push_back({Change::added, row, 0, {}});
+    const Result<Row> added = log_.addRow();
+    lookups_.clear();
+    if (added) return row;
+    journal_.pop_back();
+    throw Refusal(added.reason());
+}
+
+void LogImage::removeRow(unsigned row) {
+    setGone(row, false);
+    journal_.push_back({Change::removed, row, 0, {}});
+    gone_[row] = true;
+}
+
+void LogImage::undo(const Change& change) {
+    if (change.kind != Change::cell) return setGone(change.row, change.kind == Change::added);
+    const Column column = log_.columns().at(change.column);
+    if (!log_.set(log_.at(change.row), column, change.before)) isBroken_ = true;
+}
+
+void LogImage::undoTo(std::size_t changes) noexcept {
+    lookups_.clear();
+    while (journal_.size() > changes) {
+        try {
+            undo(journal_.back());
+        } catch (...) {
+            isBroken_ = true;
+        }
+        journal_.pop_back();
+    }
+}
+
+bool LogImage::isRenumbered() const {
+    return std::any_of(journal_.begin(), journal_.end(),
+                       [](const Change& change) { return change.kind != Change::cell; });
+}
+
+void LogImage::dropGoneRows() {
+    std::vector<unsigned> places;
+    for (unsigned row = 0; row < gone_.size(); ++row) {
+        if (gone_[row]) places.push_back(row);
+    }
+    if (places.empty()) return;
+    const Result<void> done = log_.removeRows(places);
+    if (!done) throw Refusal(done.reason());
+}
+
+const ColumnLookup* LogImage::lookup(unsigned column) {
+    Asked& asked = lookups_[column];
+    if (asked.lookup == nullptr && ++asked.count > 1) {
+        asked.lookup = std::make_unique<ColumnLookup>(
+            rowCount(), [&](unsigned row) { return cell(row, column); });
+    }
+    return asked.lookup.get();
+}
+
+}  // namespace vek::sql

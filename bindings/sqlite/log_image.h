@@ -1,0 +1,80 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <vekdb/formats/log.h>
+#include <vekdb/table.h>
+#include "column_lookup.h"
+
+namespace vek::sql {
+
+/// A log as a connection has it in memory, and the changes of a transaction with what takes each
+/// of them back. Rows keep their numbers as long as it lives: one that is deleted leaves a gap, one
+/// that is inserted stands behind all others. Shared by the table and the cursors that go over it.
+class LogImage {
+public:
+    explicit LogImage(Log log) : log_(std::move(log)) {}
+
+    Log& log() { return log_; }
+    const Log& log() const { return log_; }
+    /// Rows with those that went.
+    unsigned rowCount() const { return table().get_num_records(); }
+    bool isThere(unsigned row) const {
+        return row < rowCount() && (row >= gone_.size() || !gone_[row]);
+    }
+    std::string_view cell(unsigned row, unsigned column) const {
+        return table().get_record(row)->fieldView(column);
+    }
+    std::size_t lineOf(unsigned row) const { return log_.at(row).line(); }
+    bool isTagged(unsigned row) const { return log_.at(row).isTagged(); }
+
+    /// These throw a Refusal where they cannot be, and the log is as it was then.
+    void set(unsigned row, unsigned column, std::string_view text);
+    void setTagged(unsigned row, unsigned tagColumn, bool isTagged);
+    unsigned addRow();
+    void removeRow(unsigned row);
+
+    /// How many changes there are, and the way back to when there were so many.
+    std::size_t changes() const { return journal_.size(); }
+    void undoTo(std::size_t changes) noexcept;
+    /// Whether memory ended on that way, so that the log is not what it was.
+    bool isBroken() const { return isBroken_; }
+    /// Whether rows went or came, so that those of the file are counted in another way.
+    bool isRenumbered() const;
+    /// Takes what went out of the log, so that it is not saved.
+    void dropGoneRows();
+    void forgetJournal() { journal_.clear(); }
+
+    /// The rows of a column by their cells: null where that does not pay, for a column that was
+    /// asked for only once.
+    const ColumnLookup* lookup(unsigned column);
+
+private:
+    struct Change {
+        enum Kind { cell, added, removed } kind;
+        unsigned row;
+        unsigned column;
+        std::string before;
+    };
+
+    vekdb& table() const { return log_.table(); }
+    void setGone(unsigned row, bool isGone);
+    void undo(const Change& change);
+
+    struct Asked {
+        unsigned count = 0;
+        std::unique_ptr<ColumnLookup> lookup;
+    };
+
+    Log log_;
+    std::vector<bool> gone_;
+    std::vector<Change> journal_;
+    bool isBroken_ = false;
+    std::map<unsigned, Asked> lookups_;
+};
+
+}  // namespace vek::sql

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <vekdb/formats/log.h>
+
+/// Where a table of SQL comes by its log, and how it is given back.
+namespace vek::sql {
+
+/// What tells that a file is another one than it was.
+struct Stamp {
+    bool isFile = false;
+    unsigned long long parts[6] = {};
+
+    bool operator==(const Stamp&) const = default;
+};
+
+/// A log that a table reads, perhaps again and again, and writes back.
+class LogSource {
+public:
+    virtual ~LogSource() = default;
+
+    /// The file as it was named.
+    virtual const std::string& path() const = 0;
+    /// The frame rate that somebody says the log has, "" for none.
+    virtual const std::string& rate() const = 0;
+    /// What the file is now; of a source that is read once it never changes.
+    virtual Stamp stamp() const = 0;
+    /// These throw a Refusal where it cannot be read.
+    virtual Log read() = 0;
+    virtual Log readToChange() = 0;
+    /// Writes the log of `readToChange` back. A Refusal where that cannot be, the file as it was.
+    virtual void save(Log& log) = 0;
+};
+
+/// What can be said of a file that is read, by the names that SQL gives it.
+struct FileWishes {
+    std::string path = {};
+    OpenOptions options = {};
+    std::string rate = {};
+    bool keepsOld = false;
+    bool isReadOnly = false;
+
+    /// Takes a wish; a Refusal where there is none of the name or it has no such value.
+    void take(std::string_view name, const std::string& value);
+};
+
+/// A regular file, read by each who asks.
+class FileSource : public LogSource {
+public:
+    explicit FileSource(FileWishes wishes) : wishes_(std::move(wishes)) {}
+
+    const std::string& path() const override { return wishes_.path; }
+    const std::string& rate() const override { return wishes_.rate; }
+    Stamp stamp() const override;
+    Log read() override;
+    Log readToChange() override;
+    void save(Log& log) override;
+
+private:
+    void requireFile() const;
+
+    FileWishes wishes_;
+};
+
+/// What stands between the brackets of a CREATE VIRTUAL TABLE, argument by argument:
+/// 'dailies.csv', delimiter=';'. A Refusal for what is not understood.
+FileWishes wishesOf(const std::vector<std::string_view>& arguments);
+
+}  // namespace vek::sql

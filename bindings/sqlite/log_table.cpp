@@ -1,0 +1,306 @@
+#include "log_table.h"
+
+#include <algorithm>
+#include <cstring>
+#include <set>
+
+#include <vekdb/formats/timecode.h>
+
+namespace vek::sql {
+
+namespace {
+
+std::string lower(std::string text) {
+    for (char& c : text) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+    return text;
+}
+
+std::string identifier(const std::string& name) {
+    std::string out = "\"";
+    for (char c : name) out += c == '"' ? "\"\"" : std::string(1, c);
+    return out + '"';
+}
+
+bool isUtf8(sqlite3* db) {
+    sqlite3_stmt* statement = nullptr;
+    bool answer = false;
+    if (sqlite3_prepare_v2(db, "PRAGMA encoding", -1, &statement, nullptr) == SQLITE_OK &&
+        sqlite3_step(statement) == SQLITE_ROW) {
+        const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
+        answer = text != nullptr && std::strcmp(text, "UTF-8") == 0;
+    }
+    sqlite3_finalize(statement);
+    return answer;
+}
+
+}  // namespace
+
+std::vector<std::string> TableColumns::namesOf(const Log& log) {
+    std::vector<std::string> names;
+    std::set<std::string> taken;
+    for (Column column : log.columns()) {
+        std::string name = column.name();
+        if (name.empty()) name = "[]";
+        if (taken.contains(lower(name))) name = column.address();
+        while (!taken.insert(lower(name)).second) name += "#2";
+        names.push_back(std::move(name));
+    }
+    return names;
+}
+
+TableColumns::TableColumns(const Log& log) : names(namesOf(log)) {
+    for (unsigned i = 0; i < names.size() && !tagColumn; ++i) {
+        if (lower(names[i]) == "tag") tagColumn = i;
+    }
+}
+
+// SQLite knows names in any case. One of the log goes before one that is added.
+std::string TableColumns::declaration() const {
+    std::set<std::string> taken;
+    std::string out = "CREATE TABLE x(";
+    for (const std::string& name : names) {
+        taken.insert(lower(name));
+        out += identifier(name) + " TEXT, ";
+    }
+    const char* end = "";
+    for (const char* wanted : {"_row INTEGER", "_line INTEGER", "_tagged INTEGER", "_fps TEXT"}) {
+        std::string column = wanted;
+        while (taken.contains(column.substr(0, column.find(' ')))) column.insert(0, 1, '_');
+        out += end + column + " HIDDEN";
+        end = ", ";
+    }
+    return out + ")";
+}
+
+LogTable::LogTable(sqlite3* db, std::unique_ptr<LogSource> source)
+    : sqlite3_vtab{}, db_(db), source_(std::move(source)), isUtf8_(isUtf8(db)) {
+    image_ = read(false);
+    const int most = sqlite3_limit(db, SQLITE_LIMIT_COLUMN, -1) - TableColumns::hidden;
+    const unsigned found = image_->log().columns().size();
+    if (found > static_cast<unsigned>(std::max(most, 0))) {
+        throw Refusal(source_->path() + ": has " + std::to_string(found) +
+                      " columns, and SQLite has room for " + std::to_string(most) +
+                      "; SELECT from vek_cells(path) instead");
+    }
+    columns_.emplace(image_->log());
+}
+
+TableFacts LogTable::facts() const {
+    return {static_cast<int>(columns_->names.size()), columns_->number(), isUtf8_, rows_};
+}
+
+std::shared_ptr<LogImage> LogTable::read(bool isToChange) {
+    const Stamp before = source_->stamp();
+    auto image = std::make_shared<LogImage>(isToChange ? source_->readToChange() : source_->read());
+    if (columns_) requireSameColumns(image->log());
+    stamp_ = before;
+    rows_ = image->rowCount();
+    hasOldNumbers_ = false;
+    return image;
+}
+
+void LogTable::requireSameColumns(const Log& log) const {
+    if (TableColumns::namesOf(log) == columns_->names) return;
+    throw Refusal(SQLITE_ERROR, source_->path() +
+                                    ": has other columns than when it was made a table; close "
+                                    "the connection and open it anew, or DROP TABLE and create "
+                                    "it again");
+}
+
+std::shared_ptr<LogImage> LogTable::openCursor() {
+    const bool mayRead = cursors_ == 0 && !isChanging_;
+    if (!image_ || (mayRead && (hasOldNumbers_ || source_->stamp() != stamp_))) {
+        image_.reset();
+        image_ = read(false);
+    }
+    wasReadInTransaction_ = sqlite3_get_autocommit(db_) == 0;
+    ++cursors_;
+    return image_;
+}
+
+std::string LogTable::rate(const LogImage& image) const {
+    if (!source_->rate().empty()) return source_->rate();
+    const std::optional<std::string> said = image.log().parameter("FPS");
+    const std::optional<FrameRate> rate = said ? parseFrameRate(*said) : std::nullopt;
+    return rate ? rateText(*rate) : std::string();
+}
+
+// A statement that goes on with rows of a file that is another one now would change other rows
+// than it means.
+void LogTable::refuseOldNumbers() {
+    const bool isRead = cursors_ > 0 || wasReadInTransaction_;
+    const bool isOther = hasOldNumbers_ || (image_ && source_->stamp() != stamp_);
+    if (!isRead || !isOther) return;
+    wasReadInTransaction_ = false;
+    if (cursors_ == 0) image_.reset();
+    throw Refusal(source_->path() +
+                  ": was changed since it was read here, so its rows may have other numbers; "
+                  "finish what reads it or ROLLBACK, and begin anew (a transaction around reading "
+                  "and changing keeps the numbers of its own changes)");
+}
+
+void LogTable::requireFormat(const LogImage& image) const {
+    if (image.log().canBeSaved()) return;
+    throw Refusal(SQLITE_READONLY,
+                  source_->path() + ": is " + std::string(nameOf(image.log().format())) +
+                      ", which is not changed in place, expected a table file, CSV, TSV, JSON, "
+                      "ALE or EDL; vek convert makes one of it");
+}
+
+void LogTable::begin() {
+    refuseOldNumbers();
+    if (image_) requireFormat(*image_);
+    std::shared_ptr<LogImage> image = read(true);
+    requireFormat(*image);
+    image_ = std::move(image);
+    isChanging_ = true;
+    marks_.clear();
+}
+
+void LogTable::sync() {
+    if (!isChanging_ || image_->changes() == 0) return;
+    if (image_->isBroken()) throw std::bad_alloc();
+    const bool isRenumbered = image_->isRenumbered();
+    image_->dropGoneRows();
+    source_->save(image_->log());
+    hasOldNumbers_ = isRenumbered;
+    stamp_ = source_->stamp();
+    isChanging_ = false;
+    image_->forgetJournal();
+    if (cursors_ == 0) image_.reset();
+}
+
+// Behind a `sync` there is nothing left to do but to let go of the file.
+void LogTable::endTransaction(bool isDone) noexcept {
+    if (isChanging_) {
+        if (!isDone) image_->undoTo(0);
+        image_->log().letGo();
+        if (!isDone) image_.reset();
+    }
+    isChanging_ = false;
+    wasReadInTransaction_ = false;
+    marks_.clear();
+}
+
+void LogTable::setMark(int savepoint) {
+    const std::size_t changes = isChanging_ ? image_->changes() : 0;
+    marks_.resize(static_cast<std::size_t>(savepoint) + 1, changes);
+    marks_.back() = changes;
+}
+
+void LogTable::releaseMark(int savepoint) noexcept {
+    if (marks_.size() > static_cast<std::size_t>(savepoint)) {
+        marks_.resize(static_cast<std::size_t>(savepoint));
+    }
+}
+
+void LogTable::rollBackTo(int savepoint) noexcept {
+    const std::size_t place = static_cast<std::size_t>(savepoint);
+    if (!isChanging_ || place >= marks_.size()) return;
+    image_->undoTo(marks_[place]);
+    marks_.resize(place + 1);
+}
+
+namespace {
+
+bool isUnchanged(sqlite3_value* value) {
+    return sqlite3_value_nochange(value) != 0;
+}
+
+// What a value is as the text of a cell.
+std::string_view cellOf(sqlite3_value* value, const std::string& column) {
+    const char* const what = sqlite3_value_type(value) == SQLITE_BLOB ? "a blob" : "a text";
+    const std::string_view text = textOf(value);
+    if (text.find('\0') == text.npos) return text;
+    throw Refusal(SQLITE_MISMATCH, "column " + quoted(column) + ": found " + what +
+                                       " with a zero byte, expected a text without, as no log "
+                                       "holds one; hex() makes one");
+}
+
+}  // namespace
+
+LogImage& LogTable::changing() {
+    if (isChanging_) return *image_;
+    throw Refusal(source_->path() + ": is not open to be changed");
+}
+
+// The tag that a row had is looked at first: it may stand in a column that is stored, too.
+void LogTable::store(LogImage& image, unsigned row, int count, sqlite3_value** values, bool isNew) {
+    const int own = static_cast<int>(columns_->names.size());
+    const bool wasTagged = image.isTagged(row);
+    for (int i = 0; i < count && i < own; ++i) {
+        if (isUnchanged(values[i])) continue;
+        const unsigned column = static_cast<unsigned>(i);
+        image.set(row, column, cellOf(values[i], columns_->names[column]));
+    }
+    for (int i = own; i < count; ++i) {
+        const bool isNothing = isNew && sqlite3_value_type(values[i]) == SQLITE_NULL;
+        if (isNothing || isUnchanged(values[i])) continue;
+        if (i == columns_->tagged())
+            setTagged(image, row, wasTagged, values[i]);
+        else
+            requireSame(image, row, i, values[i]);
+    }
+}
+
+// Where a statement joins tables it says all values again.
+void LogTable::requireSame(const LogImage& image, unsigned row, int column,
+                           sqlite3_value* value) const {
+    const sqlite3_int64 number = sqlite3_value_int64(value);
+    if (column == columns_->number() && number == sqlite3_int64{row} + 1) return;
+    if (column == columns_->line() && number == static_cast<sqlite3_int64>(image.lineOf(row))) {
+        return;
+    }
+    if (column == columns_->rate() && textOf(value) == rate(image)) return;
+    throw Refusal(SQLITE_MISMATCH, source_->path() +
+                                       ": _row, _line and _fps say where a row stands and how it "
+                                       "counts, and cannot be set; expected columns of the log, or "
+                                       "_tagged");
+}
+
+void LogTable::setTagged(LogImage& image, unsigned row, bool wasTagged, sqlite3_value* value) {
+    const bool isTagged = sqlite3_value_int64(value) != 0;
+    if (isTagged == wasTagged) return;
+    if (!columns_->tagColumn) {
+        throw Refusal(source_->path() +
+                      ": has no column Tag in which a tag could stand; vek column add makes one");
+    }
+    image.setTagged(row, *columns_->tagColumn, isTagged);
+}
+
+unsigned LogTable::rowOf(const LogImage& image, sqlite3_value* value) const {
+    const sqlite3_int64 number = sqlite3_value_int64(value);
+    if (number > 0 && number <= image.rowCount()) return static_cast<unsigned>(number - 1);
+    throw Refusal(source_->path() + ": has no row " + std::to_string(number));
+}
+
+void LogTable::insert(LogImage& image, int count, sqlite3_value** values, sqlite3_int64* newRow) {
+    if (sqlite3_value_type(values[1]) != SQLITE_NULL) {
+        throw Refusal(SQLITE_MISMATCH, source_->path() +
+                                           ": a row comes behind the last one and gets its number "
+                                           "there, expected no rowid");
+    }
+    const unsigned row = image.addRow();
+    store(image, row, count - 2, values + 2, true);
+    *newRow = sqlite3_int64{row} + 1;
+}
+
+// `values`: the row as it was, none for one that is new; as it is to be, and its cells. One alone
+// is to be deleted.
+void LogTable::update(int count, sqlite3_value** values, sqlite3_int64* newRow) {
+    LogImage& image = changing();
+    const bool isNew = sqlite3_value_type(values[0]) == SQLITE_NULL;
+    if (isNew) return insert(image, count, values, newRow);
+    const unsigned row = rowOf(image, values[0]);
+    if (!image.isThere(row)) return;
+    if (count == 1) return image.removeRow(row);
+    if (sqlite3_value_int64(values[0]) != sqlite3_value_int64(values[1])) {
+        throw Refusal(SQLITE_MISMATCH,
+                      source_->path() + ": the number of a row is its place, and cannot be set");
+    }
+    store(image, row, count - 2, values + 2, false);
+}
+
+}  // namespace vek::sql
