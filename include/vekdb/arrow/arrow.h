@@ -24,8 +24,8 @@ enum class ArrowTags : std::uint8_t {
 
 /// How a table or a view is handed over.
 struct VEKDB_PUBLIC ArrowExport {
-    ArrowTags tags = ArrowTags::none;
-    ArrowBytes bytes = ArrowBytes::refuse;
+    ArrowTags tags = ArrowTags::none;       ///< whether the tags come with them
+    ArrowBytes bytes = ArrowBytes::refuse;  ///< what becomes of bytes that are no UTF-8
     /// The most rows of a batch, at least 1.
     std::uint32_t rowsPerBatch = 65'536;
     /// The most bytes of text in a batch; a row that is longer is a batch by itself. Beyond

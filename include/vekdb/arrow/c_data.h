@@ -26,26 +26,26 @@ struct ArrowSchema {
     const char* format;    ///< the type, such as "u" for texts
     const char* name;      ///< of the column; may be null
     const char* metadata;  ///< pairs of keys and values, each with its length before; may be null
-    int64_t flags;
-    int64_t n_children;
-    struct ArrowSchema** children;
-    struct ArrowSchema* dictionary;
-    void (*release)(struct ArrowSchema*);
-    void* private_data;
+    int64_t flags;         ///< ARROW_FLAG_..., added up
+    int64_t n_children;    ///< how many columns a batch has, 0 for a column of values
+    struct ArrowSchema** children;         ///< one for each column
+    struct ArrowSchema* dictionary;        ///< the type of what numbers stand for; null for others
+    void (*release)(struct ArrowSchema*);  ///< ends it; null where it has ended or was moved
+    void* private_data;                    ///< the maker's own
 };
 
 /// The values of a column, or of a batch, which its schema tells the type of.
 struct ArrowArray {
-    int64_t length;
-    int64_t null_count;  ///< -1 where it was not counted
-    int64_t offset;      ///< the first value that is meant, in all buffers
-    int64_t n_buffers;
-    int64_t n_children;
-    const void** buffers;
-    struct ArrowArray** children;
-    struct ArrowArray* dictionary;
-    void (*release)(struct ArrowArray*);
-    void* private_data;
+    int64_t length;                       ///< how many values
+    int64_t null_count;                   ///< -1 where it was not counted
+    int64_t offset;                       ///< the first value that is meant, in all buffers
+    int64_t n_buffers;                    ///< how many the type has
+    int64_t n_children;                   ///< as in the schema
+    const void** buffers;                 ///< which values are there, where they are, what they are
+    struct ArrowArray** children;         ///< one for each column
+    struct ArrowArray* dictionary;        ///< what numbers stand for; null for others
+    void (*release)(struct ArrowArray*);  ///< ends it; null where it has ended or was moved
+    void* private_data;                   ///< the maker's own
 };
 
 #endif
@@ -61,8 +61,8 @@ struct ArrowArrayStream {
     int (*get_next)(struct ArrowArrayStream*, struct ArrowArray* out);
     /// What went wrong in the last call that failed, until the next one; may be null.
     const char* (*get_last_error)(struct ArrowArrayStream*);
-    void (*release)(struct ArrowArrayStream*);
-    void* private_data;
+    void (*release)(struct ArrowArrayStream*);  ///< ends it; null where it has ended or was moved
+    void* private_data;                         ///< the maker's own
 };
 
 #endif
