@@ -37,7 +37,9 @@ struct LineSlices {
     const char* first() const;
     /// Replaces a value by another of the same length, which may stand in the same text.
     void overwrite(unsigned i, std::string_view value);
-    unsigned gap() const { return static_cast<unsigned>(place >> 56) & 0x7F; }
+    unsigned gap() const { return static_cast<unsigned>(place >> 56) & 0x3F; }
+    /// Whether a value is another one than the line had.
+    bool isOverwritten() const { return (place >> 62 & 1) != 0; }
     /// Whether more than one record may read the values.
     bool isShared() const { return place >> 63 != 0; }
     /// Counts one more record. The mark is made while only one record reads, so by one thread.
@@ -50,7 +52,8 @@ struct LineSlices {
     const std::uint16_t* next() const { return reinterpret_cast<const std::uint16_t*>(this + 1); }
 
     LineStore* store;
-    // Offset of value 0 in the text; in the bits from 56 on the gap, in the top one the mark.
+    // Offset of value 0 in the text; in the bits from 56 on the gap, in the top two the marks of
+    // what is overwritten and of what is shared.
     std::uint64_t place;
 };
 
@@ -114,6 +117,7 @@ inline void LineSlices::share() {
 inline void LineSlices::overwrite(unsigned i, std::string_view value) {
     char* const at = store->text() + (view(i).data() - store->text());
     std::memmove(at, value.data(), value.size());
+    place |= std::uint64_t{1} << 62;
 }
 
 inline const char* LineSlices::first() const {
