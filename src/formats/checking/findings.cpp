@@ -6,6 +6,7 @@
 #include <utility>
 
 #include <vekdb/host/keyed_hash.h>
+#include <vekdb/host/text_util.h>
 #include "formats/reading/input.h"
 #include "formats/table_file/table_lines.h"
 #include "formats/table_file/table_rows.h"
@@ -17,13 +18,23 @@ namespace vek::formats {
 
 namespace {
 
-// Most cells are too long or too short for one.
+// Most cells are too long or too short for one, or begin with a letter.
 bool isTimecode(std::string_view text) {
-    return text.size() >= 8 && text.size() <= 11 && parseTimecode(text).has_value();
+    return text.size() >= 8 && text.size() <= 11 && isAsciiDigit(text.front()) &&
+           parseTimecode(text).has_value();
 }
 
+// Whether it can be read as one: feet, a plus and two digits of frames.
 bool isKeycode(std::string_view text) {
-    return text.size() >= 4 && text[text.size() - 3] == '+' && parseKeycode(text).has_value();
+    if (text.size() < 4) return false;
+    const char* const end = text.data() + text.size();
+    return end[-3] == '+' && isAsciiDigit(end[-4]) && isAsciiDigit(end[-2]) &&
+           isAsciiDigit(end[-1]);
+}
+
+int framesOfKeycode(std::string_view text) {
+    const char* const end = text.data() + text.size();
+    return (end[-2] - '0') * 10 + (end[-1] - '0');
 }
 
 // What the filled cells of a column are.
@@ -36,10 +47,16 @@ struct ColumnKinds {
         if (cell.empty()) return;
         ++filled;
         cell = trimmed(cell);
-        timecodes += isTimecode(cell) ? 1 : 0;
-        keycodes += isKeycode(cell) ? 1 : 0;
+        if (isTimecode(cell))
+            ++timecodes;
+        else
+            keycodes += isKeycode(cell) ? 1 : 0;
     }
     bool areMostly(std::size_t count) const { return filled > 0 && count * 2 >= filled; }
+    /// Whether most cells are neither, whatever others are to come.
+    bool areSurelyNeither(std::size_t rows) const {
+        return 2 * (filled - std::max(timecodes, keycodes)) > rows;
+    }
 };
 
 // Goes through a log and notes everything that is wrong with it.
@@ -157,12 +174,19 @@ private:
         return codes;
     }
 
-    std::vector<ColumnKinds> kindsOf(const std::vector<unsigned>& columns) const {
+    // A column is looked at until it is certain that it has neither kind.
+    std::vector<ColumnKinds> kindsOf(std::vector<unsigned> columns) const {
+        constexpr unsigned atOnce = 1024;
         std::vector<ColumnKinds> counts(log_.columnCount());
         std::vector<std::string_view> cells(counts.size());
-        for (unsigned row = 0; row < log_.rowCount(); ++row) {
-            log_.cells(row, cells);
-            for (unsigned column : columns) counts[column].add(cells[column]);
+        const unsigned rows = log_.rowCount();
+        for (unsigned row = 0; row < rows && !columns.empty();) {
+            for (const unsigned end = std::min(rows, row + atOnce); row < end; ++row) {
+                log_.cells(row, cells);
+                for (unsigned column : columns) counts[column].add(cells[column]);
+            }
+            std::erase_if(columns,
+                          [&](unsigned column) { return counts[column].areSurelyNeither(rows); });
         }
         return counts;
     }
@@ -240,10 +264,9 @@ private:
 
     void checkKeycode(unsigned row, unsigned column, std::string_view cell) {
         if (cell.empty()) return;
-        std::optional<Keycode> code = parseKeycode(cell);
-        if (!code)
+        if (!isKeycode(cell))
             add(row, column, inQuotes(cell), "a keycode that ends in feet+frames");
-        else if (code->frames >= gauge_.mostFramesInFoot())
+        else if (framesOfKeycode(cell) >= gauge_.mostFramesInFoot())
             add(row, column, inQuotes(cell),
                 "frames below " + std::to_string(gauge_.mostFramesInFoot()) + ", as " +
                     gauge_.title + " has, or another --gauge");
@@ -275,12 +298,11 @@ private:
 
     void checkRange(unsigned row, const RangeColumns& pair, std::string_view start,
                     std::string_view end) {
-        std::optional<Timecode> from = parseTimecode(start);
-        std::optional<Timecode> to = parseTimecode(end);
-        if (from && to)
-            checkTimes(row, pair, *from, *to);
-        else if (endsBefore(parseKeycode(start), parseKeycode(end)))
-            addEndBefore(row, pair);
+        const std::optional<Timecode> from = parseTimecode(start);
+        const std::optional<Timecode> to = from ? parseTimecode(end) : std::nullopt;
+        if (from && to) return checkTimes(row, pair, *from, *to);
+        if (!isKeycode(trimmed(start)) || !isKeycode(trimmed(end))) return;
+        if (endsBefore(parseKeycode(start), parseKeycode(end))) addEndBefore(row, pair);
     }
 
     void checkTimes(unsigned row, const RangeColumns& pair, const Timecode& from,

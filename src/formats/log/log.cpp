@@ -7,6 +7,7 @@
 #include "formats/log/column_names.h"
 #include "formats/reading/decoding.h"
 #include "formats/reading/input.h"
+#include "formats/table_file/table_rewriting.h"
 #include "formats/text/suggestion.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/written_names.h"
@@ -149,6 +150,7 @@ void noteWhatCame(Log& log) {
     for (unsigned i = 0; i < log.table->get_num_params(); ++i) {
         source.parameters.push_back({log.table->get_param_name(i), log.table->get_param_text(i)});
     }
+    if (log.format == Format::table) notePlacesAsWritten(log);
 }
 
 }  // namespace

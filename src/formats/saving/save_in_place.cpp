@@ -12,6 +12,7 @@
 #include "formats/reading/progress.h"
 #include "formats/saving/patched_text.h"
 #include "formats/saving/rows_in_place.h"
+#include "formats/table_file/table_rewriting.h"
 #include "formats/text/text_lines.h"
 #include "formats/writing/reading_back.h"
 
@@ -92,12 +93,13 @@ bool isReadByLibrary(Format format) {
 // Puts a log of lines together from the pieces of its file and the rows that say something else.
 class LinesInPlace {
 public:
-    LinesInPlace(const Saving& saving, const std::vector<unsigned>& rows, bool isPiece)
+    LinesInPlace(const Saving& saving, const RowPlaces& places, const std::vector<unsigned>& rows,
+                 bool isPiece)
         : saving_(saving),
           keepsGaps_(!isPiece),
           log_(saving.log),
           source_(*log_.source),
-          places_(source_.places),
+          places_(places),
           all_(rows),
           reader_(*source_.input),
           form_(rowsInPlace(saving)) {}
@@ -253,13 +255,17 @@ std::vector<unsigned> allRows(const Log& log) {
     return rows;
 }
 
-PatchedText patched(const Saving& saving, const InPlace& now) {
-    if (isReadByLibrary(saving.log.format) && !saving.log.source->places.areKnown()) {
-        saving.log.source->places = placesByLines(saving.log);
-    }
+// Where the rows stand; looked for where that was not known before.
+const RowPlaces& placesOf(const Log& log, RowPlaces& found) {
+    const RowPlaces& known = log.source->places;
+    if (known.areKnown() || !isReadByLibrary(log.format)) return known;
+    return found = placesByLines(log);
+}
+
+PatchedText patched(const Saving& saving, const RowPlaces& places, const InPlace& now) {
     const bool isJson = saving.log.format == Format::json || saving.log.format == Format::jsonl;
     return isJson ? jsonInPlace(saving, now.rows)
-                  : LinesInPlace(saving, now.rows, now.isPiece).make();
+                  : LinesInPlace(saving, places, now.rows, now.isPiece).make();
 }
 
 }  // namespace
@@ -296,10 +302,19 @@ bool writeInPlace(const InPlace& now, bool mayStay, Output& out, Losses& losses)
     const Log& log = now.log;
     requireWhole(log);
     if (log.format != Format::plainCsv) targetOf(log);
+    if (log.format == Format::table && now.columns.empty()) {
+        throw Failure{unwritable, out.name() +
+                                      ": a table file needs a column, none would be left; nothing "
+                                      "is written"};
+    }
     out.encode(log.form.encoding, isPackedAs(log, out.name()));
     const Saving saving{log, unnamedLast(log, now.columns), out.name(), losses};
-    PatchedText text = patched(saving, now);
-    if (mayStay && text.isFile(log.source->places.size())) return false;
+    const Rewriting rewriting = rewriteTable(saving, now, mayStay, out);
+    if (rewriting != Rewriting::notPossible) return rewriting == Rewriting::done;
+    RowPlaces found;
+    const RowPlaces& places = placesOf(log, found);
+    PatchedText text = patched(saving, places, now);
+    if (mayStay && text.isFile(places.size())) return false;
     requireSameReading(log, text, out.name(), now.isPiece ? &losses : nullptr);
     if (log.format == Format::edl) requireSameEvents(saving, now.rows, text);
     text.write(*log.source->input, out);

@@ -3,6 +3,7 @@
 #include <vekdb/byte_marks.h>
 #include <vekdb/host/text_file.h>
 #include <vekdb/host/text_util.h>
+#include <vekdb/row_lines.h>
 #include "formats/reading/progress.h"
 #include "formats/table_file/exact_cells.h"
 #include "formats/table_file/table_rows.h"
@@ -180,6 +181,7 @@ public:
 private:
     void check(unsigned row) {
         const dbrecord& record = source_.row(row);
+        if (RowLines::isAsRead(record)) return refuseHeaderLike(row, record.fieldView(0));
         record.fieldViews(values_.data(), static_cast<unsigned>(values_.size()));
         if (areSurelyKept(values_.data(), values_.size())) {
             return refuseHeaderLike(row, values_.front());
@@ -197,7 +199,7 @@ private:
     // Reads the record's line as a later reader will.
     void readBack(const dbrecord& record) {
         TextFile line;
-        record.write(line);
+        RowLines::append(record, line);
         readBack_.read(line);
     }
 
@@ -252,7 +254,7 @@ void writeLines(const TextFile& lines, Output& out) {
 std::vector<ExactCell> writeTableRows(const Sheet& sheet, TextFile& lines) {
     const TableToWrite source(sheet);
     const RowChecker rows(sheet, source);
-    for (unsigned row = 0; row < sheet.rowCount(); ++row) source.row(row).write(lines);
+    for (unsigned row = 0; row < sheet.rowCount(); ++row) RowLines::append(source.row(row), lines);
     return rows.changed();
 }
 

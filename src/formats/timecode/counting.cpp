@@ -36,6 +36,7 @@ std::optional<FrameRate> LogCounting::firstRateOfRows() const {
 }
 
 std::optional<FrameRate> LogCounting::rate(unsigned row, unsigned column) const {
+    if (rateColumn_ == noColumn) return rate_;
     const std::optional<FrameRate> own = ownRate(row, column);
     return own ? own : rate_;
 }
@@ -47,6 +48,7 @@ std::optional<FrameRate> LogCounting::ownRate(unsigned row, unsigned column) con
 }
 
 int LogCounting::nominal(unsigned row, unsigned column) const {
+    if (rateColumn_ == noColumn) return nominal();
     const std::optional<FrameRate> own = rate(row, column);
     return own ? own->nominal : 0;
 }

@@ -103,3 +103,58 @@ TEST(SavingInPlace, KeepsTheDelimiterOfTheFile) {
     csv.set(1, 0, "5");
     EXPECT_EQ(csv.saved(), "A;B\n1;2\n5;4\n");
 }
+
+namespace {
+
+constexpr const char* tableHeading =
+    "\"VEKDB:Rev 1\"\n\"VEKDB\"\n\"4\",\"4\"\n\"text\",\"text\"\n\"A\",\"B\"\n";
+
+std::string table(const std::string& rows) {
+    return tableHeading + rows;
+}
+
+}  // namespace
+
+TEST(SavingInPlace, WritesATableOfPlainLinesInAnyOrder) {
+    Opened log("a.vek", table("\"1\",\"x\"\n\"2\",\"y\"\n\"3\",\"\"\n"));
+    EXPECT_EQ(log.saved(), "as it is");
+    log.set(1, 1, "y");
+    EXPECT_EQ(log.saved(), "as it is");
+    log.set(1, 1, "say \"so\"");
+    EXPECT_EQ(log.saved(), table("\"1\",\"x\"\n\"2\",\"say \"\"so\"\"\"\n\"3\",\"\"\n"));
+    EXPECT_EQ(log.saved({2, 0}), table("\"3\",\"\"\n\"1\",\"x\"\n"));
+    EXPECT_EQ(log.saved({}), table(""));
+}
+
+TEST(SavingInPlace, KeepsTheLinesOfATableThatAreNotPlain) {
+    const std::string odd = "2,\"y\"\n\"3\", z\r\n";
+    Opened log("a.vek", table("\"1\",\"x\"\n" + odd));
+    log.set(0, 0, "7");
+    EXPECT_EQ(log.saved(), table("\"7\",\"x\"\n" + odd));
+}
+
+// Fewer bytes of one line and more of another are the same together.
+TEST(SavingInPlace, KeepsTheLinesOfATableThatAreAsLongTogetherAsPlainOnes) {
+    const std::string odd = "\"2\",y\n\"3\",\"z\"  \n";
+    Opened log("a.vek", table("\"1\",\"x\"\n" + odd));
+    log.set(0, 0, "7");
+    EXPECT_EQ(log.saved(), table("\"7\",\"x\"\n" + odd));
+}
+
+TEST(SavingInPlace, KeepsALastLineOfATableWithoutAnEnd) {
+    Opened log("a.vek", table("\"1\",\"x\"\n\"2\",\"y\""));
+    log.set(0, 0, "7");
+    EXPECT_EQ(log.saved(), table("\"7\",\"x\"\n\"2\",\"y\""));
+    EXPECT_EQ(log.saved({1, 0}), table("\"2\",\"y\"\n\"7\",\"x\"\n"));
+}
+
+// A disk may have been full the first time.
+TEST(SavingInPlace, WritesWhatChangedAsOftenAsItIsAsked) {
+    for (const char* end : {"\n", "\r\n"}) {
+        const std::string rest = std::string("\"2\",\"y\"") + end;
+        Opened log("a.vek", table("\"1\",\"x\"\n" + rest));
+        log.set(0, 0, "seven");
+        EXPECT_EQ(log.saved(), table("\"seven\",\"x\"\n" + rest));
+        EXPECT_EQ(log.saved(), table("\"seven\",\"x\"\n" + rest));
+    }
+}
