@@ -1,4 +1,3 @@
-#include <vekdb/host/text_util.h>
 #include <vekdb/row_copies.h>
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/choosing.h"
@@ -37,7 +36,7 @@ public:
         RowCopies copies(*log_.table);
         for (unsigned row = 0; row < log_.rowCount(); ++row) {
             const bool isTagged = all_->get_tag(row) != 0;
-            if (!isNew && isTagged == (parseInt(log_.cell(row, column)) != 0)) continue;
+            if (!isNew && isTagged == isTag(log_.cell(row, column))) continue;
             store(row, column, isTagged ? "1" : "0", copies);
         }
     }

@@ -73,7 +73,12 @@ class Tags {
 public:
     explicit Tags(const Log& log) : log_(log), column_(log.findColumn("Tag")) {}
 
-    bool has(unsigned row) const { return column_ != noColumn && isTag(log_.cell(row, column_)); }
+    bool areNone() const { return column_ == noColumn; }
+    bool has(unsigned row) const {
+        if (areNone()) return false;
+        const std::string_view cell = log_.cell(row, column_);
+        return cell.size() == 1 ? cell[0] >= '1' && cell[0] <= '9' : isTag(cell);
+    }
 
 private:
     const Log& log_;
@@ -117,6 +122,17 @@ bool isEveryRow(const Log& log, const std::vector<unsigned>& rows) {
     if (rows.size() != log.rowCount()) return false;
     const auto isOther = [next = 0u](unsigned row) mutable { return row != next++; };
     return std::none_of(rows.begin(), rows.end(), isOther);
+}
+
+VDBView untaggedViewOf(const Log& log, const std::vector<unsigned>& rows) {
+    VDBView view(log.table.get());
+    if (isEveryRow(log, rows)) {
+        view->displayAllRecords();
+        return view;
+    }
+    view->sizeIndexFor(static_cast<int>(rows.size()));
+    for (unsigned row : rows) view->append(static_cast<int>(row));
+    return view;
 }
 
 void cutToPage(const Selection& selection, std::vector<unsigned>& rows) {
@@ -185,7 +201,7 @@ Selected selectRows(const Log& log, const Selection& selection,
 
 std::vector<unsigned> sortedRows(const Log& log, const std::vector<unsigned>& rows,
                                  const std::vector<unsigned>& columns) {
-    VDBView sorted = viewOf(log, rows);
+    VDBView sorted = untaggedViewOf(log, rows);
     sortBy(columns, sorted);
     return rowsOf(sorted);
 }
@@ -198,16 +214,14 @@ std::vector<bool> taggedRows(const Log& log) {
 }
 
 VDBView viewOf(const Log& log, const std::vector<unsigned>& rows) {
-    VDBView view(log.table.get());
-    if (isEveryRow(log, rows)) {
-        view->displayAllRecords();
-    } else {
-        view->sizeIndexFor(static_cast<int>(rows.size()));
-        for (unsigned row : rows) view->append(static_cast<int>(row));
-    }
+    VDBView view = untaggedViewOf(log, rows);
     const Tags tags(log);
+    if (tags.areNone()) return view;
+    // Rows in another order are looked at in the table's, where they stand one behind the other.
+    const bool areMany = rows.size() > log.rowCount() / 4;
+    const std::vector<bool> all = areMany ? taggedRows(log) : std::vector<bool>();
     for (unsigned i = 0; i < rows.size(); ++i) {
-        if (tags.has(rows[i])) view->set_tag(i, 1);
+        if (areMany ? all[rows[i]] : tags.has(rows[i])) view->set_tag(i, 1);
     }
     return view;
 }
