@@ -10,6 +10,8 @@
 /// Which rows of a log are meant, and in which order.
 namespace vek {
 
+struct LogInside;
+
 /// Rows of a log: all of them as long as nothing narrows them down, in the order of the log as
 /// long as nothing orders them. A value that knows no log: names are looked up when it is used.
 class Choice {
@@ -46,6 +48,7 @@ public:
 
 private:
     friend class Log;
+    friend struct LogInside;
     struct Built {
         std::string column;
         Operator op;

@@ -70,6 +70,10 @@ public:
     /// Rows and columns as they are now.
     unsigned size() const noexcept;
     Row at(unsigned place) const;
+    /// The row that has this index in the table, and the place in which the log shows a row; none
+    /// for one that was removed or is not there.
+    Row row(unsigned index) const;
+    std::optional<unsigned> placeOf(const Row& row) const noexcept;
     PlaceIterator<Log> begin() const { return {*this, 0}; }
     PlaceIterator<Log> end() const { return {*this, size()}; }
     Columns columns() const { return Columns(log_); }
@@ -80,6 +84,9 @@ public:
     /// The rows that are meant, in their order: `log.choose("Scene=12")`. No value for a condition
     /// that cannot be read or a column that is not there.
     Result<View> choose(const Choice& choice = {}) const;
+    /// The same among rows that are named by their indexes: in their order where none is asked for,
+    /// and those that compare equal in it, too. Rows that were removed are left out.
+    Result<View> chooseAmong(const std::vector<unsigned>& rows, const Choice& choice = {}) const;
 
     /// Puts a text in a cell. No value when there is no such row or column.
     Result<void> set(const Row& row, const Column& column, std::string_view text);
@@ -125,6 +132,9 @@ public:
     /// Lets go of the file of a log that was opened to be changed and is not to be saved, so that
     /// others may change it. The log stays as it is.
     void letGo() noexcept;
+    /// A log of its own with the rows and columns that this one shows: it shares their text, and
+    /// is none that can be saved in place.
+    Result<Log> copy() const;
     /// These write all rows and columns as a View does.
     Result<Saved> saveAs(std::string_view path, const SaveOptions& options = {}) const;
     Result<Saved> saveAs(std::string_view path, Format format,
@@ -159,5 +169,8 @@ Result<Log> openDescriptor(int descriptor, std::string_view name, const OpenOpti
 /// Reads a text in memory, which is copied.
 Result<Log> openText(std::string_view text, std::string_view name = {},
                      const OpenOptions& options = {});
+/// A log of a table that an application made, its type that of the library's own files. No value
+/// for none, for one without columns and for one that shows its tagged rows alone.
+Result<Log> adopt(std::unique_ptr<vekdb> table, std::string_view name = {});
 
 }  // namespace vek

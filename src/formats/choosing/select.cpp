@@ -159,8 +159,7 @@ Marks chosenRows(const Log& log, const Selection& selection, const std::vector<u
     return marks;
 }
 
-Selected select(const Log& log, const Selection& selection, const std::vector<unsigned>* among) {
-    std::vector<unsigned> rows = markedRows(chosenRows(log, selection, among));
+Selected inOrderAsked(const Log& log, const Selection& selection, std::vector<unsigned> rows) {
     Selected selected{{}, rows.size()};
     std::vector<unsigned> order = selection.sortColumns;
     if (!selection.sort.empty()) order = columnList(log, selection.sort);
@@ -169,6 +168,15 @@ Selected select(const Log& log, const Selection& selection, const std::vector<un
     cutToPage(selection, rows);
     selected.view = viewOf(log, rows);
     return selected;
+}
+
+Selected select(const Log& log, const Selection& selection, const std::vector<unsigned>* among) {
+    return inOrderAsked(log, selection, markedRows(chosenRows(log, selection, among)));
+}
+
+void keepFirstOfEach(const Log& log, unsigned column, std::vector<unsigned>& rows) {
+    SameValues seen(log, column);
+    std::erase_if(rows, [&](unsigned row) { return seen.firstOf(row) != row; });
 }
 
 }  // namespace
@@ -197,6 +205,17 @@ Selected selectRows(const Log& log, const Selection& selection) {
 Selected selectRows(const Log& log, const Selection& selection,
                     const std::vector<unsigned>& among) {
     return select(log, selection, &among);
+}
+
+Selected selectInOrder(const Log& log, const Selection& selection, std::vector<unsigned> among) {
+    Selection unlessRepeated = selection;
+    unlessRepeated.unique.clear();
+    const Marks marks = chosenRows(log, unlessRepeated, &among);
+    std::erase_if(among, [&](unsigned row) { return marks[row] == 0; });
+    if (!selection.unique.empty()) {
+        keepFirstOfEach(log, log.requireColumn(selection.unique), among);
+    }
+    return inOrderAsked(log, selection, std::move(among));
 }
 
 std::vector<unsigned> sortedRows(const Log& log, const std::vector<unsigned>& rows,

@@ -44,6 +44,10 @@ Selected selectRows(const Log& log, const Selection& selection);
 /// The same among these table rows alone, in the table's order where no other is asked for.
 Selected selectRows(const Log& log, const Selection& selection, const std::vector<unsigned>& among);
 
+/// The same with the order that they have here, also where rows compare equal and for which of
+/// several is the first one.
+Selected selectInOrder(const Log& log, const Selection& selection, std::vector<unsigned> among);
+
 /// A view of these table rows in this order, with their tags.
 VDBView viewOf(const Log& log, const std::vector<unsigned>& rows);
 

@@ -83,27 +83,45 @@ Choice& Choice::offset(std::size_t rows) {
     return *this;
 }
 
+formats::Selection LogInside::selectionOf(const Choice& choice) const {
+    formats::Selection selection;
+    selection.where = choice.conditions_;
+    for (const Choice::Built& built : choice.built_) {
+        selection.conditions.push_back({log.requireColumn(built.column), built.op, built.text});
+    }
+    selection.any = choice.any_;
+    selection.at = choice.at_;
+    selection.tagged = choice.tagged_;
+    selection.unique = choice.unique_;
+    selection.duplicates = choice.duplicates_;
+    selection.sort = choice.order_;
+    for (const std::string& name : choice.orderNames_) {
+        selection.sortColumns.push_back(log.requireColumn(name));
+    }
+    selection.reverse = choice.reverse_;
+    return selection;
+}
+
 Result<View> Log::choose(const Choice& choice) const {
     return guarded([&]() -> Result<View> {
         const formats::Log& log = log_->log;
-        formats::Selection selection;
-        selection.where = choice.conditions_;
-        for (const Choice::Built& built : choice.built_) {
-            selection.conditions.push_back({log.requireColumn(built.column), built.op, built.text});
-        }
-        selection.any = choice.any_;
-        selection.at = choice.at_;
-        selection.tagged = choice.tagged_;
-        selection.unique = choice.unique_;
-        selection.duplicates = choice.duplicates_;
-        selection.sort = choice.order_;
-        for (const std::string& name : choice.orderNames_) {
-            selection.sortColumns.push_back(log.requireColumn(name));
-        }
-        selection.reverse = choice.reverse_;
+        const formats::Selection selection = log_->selectionOf(choice);
         formats::Selected selected = log_->kept ? formats::selectRows(log, selection, *log_->kept)
                                                 : formats::selectRows(log, selection);
         selected = pageOf(log, selected, choice.offset_, choice.limit_);
+        return View(log_, selected.view, selected.matched);
+    });
+}
+
+Result<View> Log::chooseAmong(const std::vector<unsigned>& rows, const Choice& choice) const {
+    return guarded([&]() -> Result<View> {
+        const formats::Log& log = log_->log;
+        std::vector<unsigned> shown = rows;
+        std::erase_if(shown, [&](unsigned row) { return !log_->shows(row); });
+        formats::Selection selection = log_->selectionOf(choice);
+        selection.limit = choice.limit_;
+        selection.offset = choice.offset_;
+        const formats::Selected selected = formats::selectInOrder(log, selection, std::move(shown));
         return View(log_, selected.view, selected.matched);
     });
 }

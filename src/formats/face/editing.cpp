@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include <vekdb/row_copies.h>
 #include "formats/face/guarded.h"
 #include "formats/face/inside.h"
 #include "formats/log/column_edits.h"
@@ -149,6 +150,38 @@ Result<void> Log::renameColumn(const Column& column, std::string_view name) {
         const std::string was = log.columnName(column.index());
         formats::ColumnEdits(log).rename(column.index(), was, std::string(name));
         return {};
+    });
+}
+
+namespace {
+
+// Columns and parameters of a log with the rows that it shows; they share their text.
+std::unique_ptr<vekdb> tableOf(const LogInside& inside) {
+    auto table = std::make_unique<vekdb>(*inside.log.table, 0);
+    RowCopies copies(*table);
+    for (unsigned row : inside.rows()) copies.append(*inside.log.table->get_record(row));
+    return table;
+}
+
+}  // namespace
+
+Result<Log> Log::copy() const {
+    return guarded([&]() -> Result<Log> {
+        const formats::Log& log = log_->log;
+        auto inside = std::make_shared<LogInside>();
+        formats::Log& copied = inside->log;
+        copied.name = log.name;
+        copied.format = log.format;
+        copied.table = tableOf(*log_);
+        for (unsigned row : log_->rows()) {
+            copied.lines.push_back(static_cast<std::uint32_t>(log.lineOf(row)));
+        }
+        copied.repeatedNames = log.repeatedNames;
+        copied.repeatedAt = log.repeatedAt;
+        copied.unnamed = log.unnamed;
+        copied.lineEnd = log.lineEnd;
+        copied.bytesRead = log.bytesRead;
+        return LogInside::logOf(std::move(inside));
     });
 }
 

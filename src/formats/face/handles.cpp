@@ -42,6 +42,14 @@ std::vector<unsigned> LogInside::rows() const {
     return rows;
 }
 
+std::optional<unsigned> LogInside::placeOf(unsigned row) const {
+    if (!isRow(row)) return {};
+    if (!kept) return row;
+    const auto at = std::lower_bound(kept->begin(), kept->end(), row);
+    if (at == kept->end() || *at != row) return {};
+    return static_cast<unsigned>(at - kept->begin());
+}
+
 std::string_view LogInside::cell(unsigned row, unsigned column) const {
     return isRow(row) && column < log.columnCount() ? log.cell(row, column) : std::string_view();
 }
@@ -67,14 +75,7 @@ std::string Column::name() const {
 }
 
 std::string Column::address() const {
-    const formats::Log& log = log_->log;
-    const std::string name = log.columnName(index_);
-    const std::string address = name.empty() ? formats::unnamedAddress : name;
-    const formats::RepeatedName* repeated = formats::repeatedNameOf(log, index_);
-    if (repeated == nullptr) return address;
-    const auto& columns = repeated->columns;
-    const auto place = std::lower_bound(columns.begin(), columns.end(), index_);
-    return formats::concat(address, "#", std::to_string(place - columns.begin() + 1));
+    return formats::ownNameOf(log_->log, index_);
 }
 
 DBFieldTypes::eType Column::type() const noexcept {
@@ -139,6 +140,14 @@ unsigned Log::size() const noexcept {
 
 Row Log::at(unsigned place) const {
     return LogInside::rowOf(log_, log_->rowAt(place));
+}
+
+Row Log::row(unsigned index) const {
+    return LogInside::rowOf(log_, std::min(index, log_->log.rowCount()));
+}
+
+std::optional<unsigned> Log::placeOf(const Row& row) const noexcept {
+    return log_->placeOf(row.index());
 }
 
 Result<Column> Log::column(std::string_view name) const {

@@ -17,12 +17,17 @@ namespace vek {
 struct LogInside {
     formats::Log log;
     bool isToChange = false;
-    std::optional<std::vector<unsigned>> kept;  ///< rows of the table; all as long as none went
+    /// Rows of the table in its order; all as long as none went.
+    std::optional<std::vector<unsigned>> kept;
 
     unsigned rowCount() const;
     /// The table's row in a place of the log.
     unsigned rowAt(unsigned place) const;
     std::vector<unsigned> rows() const;
+    /// The place in which the log shows a row of the table; nothing for one that it does not.
+    std::optional<unsigned> placeOf(unsigned row) const;
+    bool shows(unsigned row) const { return placeOf(row).has_value(); }
+    formats::Selection selectionOf(const Choice& choice) const;
     bool isRow(unsigned row) const { return row < log.rowCount(); }
     /// The cell of a table's row, "" where there is none.
     std::string_view cell(unsigned row, unsigned column) const;

@@ -1,5 +1,6 @@
 #include "formats/face/guarded.h"
 #include "formats/face/inside.h"
+#include "formats/log/column_names.h"
 #include "formats/reading/input.h"
 
 namespace vek {
@@ -73,6 +74,33 @@ Result<Log> openText(std::string_view text, std::string_view name, const OpenOpt
         const formats::Opening opening = openingOf(options);
         Input input(std::string(name), text, opening);
         return opened(input, opening);
+    });
+}
+
+namespace {
+
+void requireAdoptable(const vekdb* table, std::string_view name) {
+    if (table != nullptr && table->get_num_fields() != 0 && table->get_show_tags_only() == 0) {
+        return;
+    }
+    throw formats::Failure{
+        formats::wrongUsage,
+        std::string(name),
+        {0, "", "no such table can be a log", "a table with columns that shows all its rows", ""}};
+}
+
+}  // namespace
+
+Result<Log> adopt(std::unique_ptr<vekdb> table, std::string_view name) {
+    return guarded([&]() -> Result<Log> {
+        requireAdoptable(table.get(), name);
+        formats::Log log;
+        log.name = name;
+        log.table = std::move(table);
+        // The parameter by which a file says that it is a table.
+        if (log.table->get_num_params() == 0) log.table->set_param_val("VEKDB", "Rev 1");
+        formats::noteRepeatedNames(log);
+        return logOf(std::move(log), false);
     });
 }
 

@@ -175,7 +175,7 @@ void Log::letGo() noexcept {
 
 Result<Saved> Log::save(bool keepsOld) {
     return guarded([&]() -> Result<Saved> {
-        formats::Log& log = log_->log;
+        const formats::Log& log = log_->log;
         if (!log_->isToChange) {
             return Reason{Reason::wrongUsage,
                           log.name,
@@ -187,8 +187,7 @@ Result<Saved> Log::save(bool keepsOld) {
         }
         Saved saved = saveInPlace(*log_, keepsOld);
         // What is left of the file as it was read is not in its place any more.
-        log_->isToChange = false;
-        log.held = nullptr;
+        letGo();
         return saved;
     });
 }

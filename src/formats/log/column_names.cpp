@@ -6,6 +6,7 @@
 
 #include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/text_util.h>
+#include "formats/text/written_names.h"
 
 namespace vek::formats {
 
@@ -87,6 +88,19 @@ void noteRepeatedNames(Log& log) {
 const RepeatedName* repeatedNameOf(const Log& log, unsigned column) {
     auto place = log.repeatedAt.find(column);
     return place == log.repeatedAt.end() ? nullptr : &log.repeatedNames[place->second];
+}
+
+std::string ownNameOf(const Log& log, unsigned column) {
+    const std::string name = log.columnName(column);
+    const RepeatedName* const repeated = repeatedNameOf(log, column);
+    if (repeated == nullptr) return name.empty() ? unnamedAddress : name;
+    const auto& all = repeated->columns;
+    const auto turn =
+        static_cast<std::size_t>(std::lower_bound(all.begin(), all.end(), column) - all.begin());
+    const std::string own = numbered(log, *repeated, turn);
+    // Another column may be called so itself.
+    if (log.findColumn(own) == noColumn) return own;
+    return concat(inBrackets(name), "#", std::to_string(turn + 1));
 }
 
 std::string choicesOf(const Log& log, const RepeatedName& repeated) {

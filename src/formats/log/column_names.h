@@ -33,6 +33,9 @@ void noteRepeatedNames(Log& log);
 /// The repeated name of a column; null where only this one has its name.
 const RepeatedName* repeatedNameOf(const Log& log, unsigned column);
 
+/// The name by which a log finds a column among all: its own, with its turn where others have it.
+std::string ownNameOf(const Log& log, unsigned column);
+
 /// "Reel#1 or Reel#2", "Reel#1 to Reel#5".
 std::string choicesOf(const Log& log, const RepeatedName& repeated);
 
