@@ -1,0 +1,191 @@
+"""Objects keep alive what they need, in whatever order they go, and threads take turns."""
+
+import gc
+import os
+import pathlib
+import random
+import threading
+from typing import Callable, List
+
+import pytest
+
+import vekdb
+
+SEED = int(os.environ.get("VEKDB_TEST_SEED", random.randrange(2**32)))
+
+
+def pieces(log: vekdb.Log) -> "list[object]":
+    view = log.where("Scene=12", order="Take")
+    above = view.where("Reel=A001")
+    found: "list[object]" = [log, view, above, above[0:1], log["Scene"], view["Take"]]
+    found += [log[0], view[0], above[-1], log.columns, log.parameters]
+    found += [iter(log), iter(view), iter(log["Scene"]), iter(above["Take"])]
+    return found
+
+
+def use(piece: object) -> None:
+    if isinstance(piece, vekdb.Row):
+        assert piece["Scene"].startswith("12") and piece.columns["Take"].name == "Take"
+    elif isinstance(piece, (vekdb.Log, vekdb.View)):
+        assert all(row["Scene"] for row in piece)
+        piece.tuples()
+    elif isinstance(piece, vekdb.Column):
+        assert piece.to_list() == list(piece)
+    elif hasattr(piece, "__next__"):
+        next(piece, None)
+    else:
+        list(piece)  # type: ignore[call-overload]
+
+
+@pytest.mark.parametrize("round", range(10))
+def test_pieces_may_go_in_any_order(samples: pathlib.Path, round: int) -> None:
+    chance = random.Random(SEED + round)
+    print("seed", SEED + round)
+    left = pieces(vekdb.open(samples / "docs.vek"))
+    chance.shuffle(left)
+    while left:
+        left.pop()
+        if chance.random() < 0.2:
+            gc.collect()
+        for piece in left:
+            use(piece)
+
+
+def test_a_log_in_a_circle_is_collected(samples: pathlib.Path) -> None:
+    class Holder:
+        pass
+
+    holder = Holder()
+    holder.log = vekdb.open(samples / "docs.vek")  # type: ignore[attr-defined]
+    holder.row = holder.log[0]  # type: ignore[attr-defined]
+    holder.own = holder  # type: ignore[attr-defined]
+    del holder
+    gc.collect()
+
+
+def big(rows: int) -> vekdb.Log:
+    text = "Scene,Take,Notes\n" + "".join(f"{n % 977},{n},note {n}\n" for n in range(rows))
+    return vekdb.loads(text, "big.csv")
+
+
+def run(*works: Callable[[], None]) -> None:
+    failures: "list[BaseException]" = []
+
+    def guarded(work: Callable[[], None]) -> None:
+        try:
+            work()
+        except BaseException as failure:
+            failures.append(failure)
+
+    threads = [threading.Thread(target=guarded, args=(work,)) for work in works]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join(60)
+        assert not thread.is_alive()
+    if failures:
+        raise failures[0]
+
+
+def test_threads_share_a_log() -> None:
+    log = big(1000)
+    ends = threading.Event()
+
+    def sorts() -> None:
+        for n in range(5):
+            view = log.sorted("Scene", "Take", reverse=n % 2 == 1)
+            view.to_bytes("csv")
+        ends.set()
+
+    def edits() -> None:
+        n = 0
+        while not ends.is_set():
+            log[n % 900]["Notes"] = str(n)
+            log.append({"Scene": "1"})
+            del log[-1]
+            n += 1
+
+    def asks() -> None:
+        while not ends.is_set():
+            view = log.where("Scene=12")
+            for row in view[:50]:
+                row["Take"]
+            del view
+
+    run(sorts, edits, asks)
+    assert len(log) == 1000
+
+
+def test_logs_are_joined_by_threads_in_both_directions() -> None:
+    a, b = big(300), big(300)
+
+    def diffs(first: vekdb.Log, second: vekdb.Log) -> Callable[[], None]:
+        def work() -> None:
+            for _ in range(5):
+                assert not first.diff(second, "Take")
+
+        return work
+
+    run(diffs(a, b), diffs(b, a), diffs(a, b))
+
+
+def test_the_interpreter_runs_while_a_log_is_busy() -> None:
+    log = big(30000)
+    began = threading.Event()
+    ended = threading.Event()
+
+    def works() -> None:
+        began.set()
+        log.sorted("Scene", "Notes").to_bytes("csv")
+        ended.set()
+
+    thread = threading.Thread(target=works)
+    thread.start()
+    began.wait()
+    steps = 0
+    while not ended.is_set():
+        steps += 1
+    thread.join()
+    assert steps > 1000
+
+
+def test_a_log_is_closed_while_others_use_it() -> None:
+    log = big(2000)
+
+    def asks() -> None:
+        with pytest.raises(vekdb.ClosedError):
+            while True:
+                log.where("Scene=12").sort("Take")
+
+    run(asks, asks, log.close)
+
+
+def test_two_files_that_use_each_others_logs_end_with_an_error() -> None:
+    a, b = big(200), big(200)
+    meet = threading.Barrier(2, timeout=30)
+
+    class Crossing:
+        def __init__(self, other: vekdb.Log) -> None:
+            self.other = other
+            self.met = False
+
+        def write(self, data: bytes, /) -> int:
+            if not self.met:
+                self.met = True
+                meet.wait()
+            self.other[0]["Notes"]
+            return len(data)
+
+    raised: List[vekdb.InUseError] = []
+
+    def writes(own: vekdb.Log, other: vekdb.Log) -> Callable[[], None]:
+        def work() -> None:
+            try:
+                own.write(Crossing(other), "csv")
+            except vekdb.InUseError as error:
+                raised.append(error)
+
+        return work
+
+    run(writes(a, b), writes(b, a))
+    assert raised
