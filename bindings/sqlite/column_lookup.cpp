@@ -70,8 +70,9 @@ EqualCells::Kind EqualCells::kindOf(std::string_view text, std::int64_t& number)
     return looksLikeNumber(text) ? Kind::oddNumber : Kind::text;
 }
 
-EqualCells::EqualCells(std::string_view text, bool isText)
-    : text_(text), kind_(isText ? Kind::text : kindOf(text, number_)) {}
+EqualCells::EqualCells(std::string_view text, bool isText) : text_(text) {
+    if (!isText) kind_ = kindOf(text, number_);
+}
 
 bool EqualCells::mayHold(std::string_view cell) const {
     if (cell == text_) return true;

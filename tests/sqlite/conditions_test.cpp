@@ -3,7 +3,6 @@
 #include <vector>
 
 #include "sqlite/session.h"
-#include "testing/random.h"
 #include "testing/temp_dir.h"
 
 using testing::HasSubstr;
@@ -94,6 +93,7 @@ TEST_F(Conditions, AnswerAsATableOfSqliteDoesForTextsAndNumbers) {
             expectSame("v " + op + " " + literal);
             expectSame(literal + " " + op + " v");
             expectSame("v " + op + " " + literal + " COLLATE TIMECODE");
+            expectSame("v COLLATE TIMECODE " + op + " " + literal);
             expectSame("v " + op + " " + literal + " COLLATE PEOPLE");
             expectSame("v " + op + " " + literal + " COLLATE NOCASE");
         }
@@ -154,7 +154,7 @@ TEST_F(Conditions, FindWhatAnEditPutThere) {
 
 TEST_F(Conditions, AreLookedAtByTheTableWhereItsAnswerIsSqlites) {
     EXPECT_THAT(plan("v = 'a'"), HasSubstr("2 1 t"));
-    EXPECT_THAT(plan("v > '01:00:00:00' COLLATE TIMECODE"), HasSubstr("4 1 c"));
+    EXPECT_THAT(plan("v COLLATE TIMECODE > '01:00:00:00'"), HasSubstr("4 1 c"));
     EXPECT_THAT(plan("rowid < 3"), HasSubstr("16 -1 n"));
     EXPECT_THAT(plan("v GLOB 'ab*'"), HasSubstr("32 1 t"));
     EXPECT_THAT(plan("v = 'a' COLLATE NOCASE"), testing::Not(HasSubstr(" t ")));

@@ -94,17 +94,17 @@ TEST_F(LogTables, RefuseWhatIsNoFile) {
 }
 
 TEST_F(LogTables, SaveAtTheEndOfATransactionAndTouchTheirOwnLines) {
-    folder_.write("q.csv", "A,B\n\"1\",x\r\n\"2\",y\n3,z\n");
+    folder_.write("q.csv", "A,B\n\"1\",x\n2,y\n3,z\n");
     Session session;
     ASSERT_EQ(session.table("log", quoted("q.csv") + ", backup=yes"), "");
     EXPECT_EQ(session.ask("BEGIN; UPDATE log SET B = 'new' WHERE A = '2'; INSERT INTO log(A) "
                           "VALUES ('4'); DELETE FROM log WHERE A = '3'"),
               "");
     EXPECT_EQ(session.ask("SELECT rowid, * FROM log"), "1|1|x\n2|2|new\n4|4|\n");
-    EXPECT_EQ(folder_.read("q.csv"), "A,B\n\"1\",x\r\n\"2\",y\n3,z\n");
+    EXPECT_EQ(folder_.read("q.csv"), "A,B\n\"1\",x\n2,y\n3,z\n");
     EXPECT_EQ(session.ask("COMMIT"), "");
-    EXPECT_EQ(folder_.read("q.csv"), "A,B\n\"1\",x\r\n\"2\",new\n4,\n");
-    EXPECT_EQ(folder_.read("q.csv.bak"), "A,B\n\"1\",x\r\n\"2\",y\n3,z\n");
+    EXPECT_EQ(folder_.read("q.csv"), "A,B\n\"1\",x\n2,new\n4,\n");
+    EXPECT_EQ(folder_.read("q.csv.bak"), "A,B\n\"1\",x\n2,y\n3,z\n");
     EXPECT_EQ(session.ask("SELECT rowid, A FROM log"), "1|1\n2|2\n3|4\n");
 }
 
@@ -207,7 +207,8 @@ TEST_F(LogTables, StopTheCommitWhereTheFileWasChangedMeanwhile) {
                           "Take = 'x'"),
               "");
     folder_.write("day.csv", "Scene,Take,Notes\ntheirs,,\n");
-    EXPECT_THAT(session.ask("COMMIT"), HasSubstr("was changed by another program"));
+    EXPECT_THAT(session.ask("COMMIT"),
+                HasSubstr("by another program since it was read, so nothing is written"));
     EXPECT_EQ(folder_.read("day.csv"), "Scene,Take,Notes\ntheirs,,\n");
     EXPECT_EQ(session.ask("SELECT count(*) FROM own; SELECT Scene FROM log"), "0\ntheirs\n");
 }
