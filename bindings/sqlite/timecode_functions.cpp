@@ -34,7 +34,9 @@ std::string shown(sqlite3_value* value) {
 FrameRate rateOf(const char* function, int count, sqlite3_value** values, int place, bool drops) {
     if (count <= place) return drops ? FrameRate{30, true, Counting::dropFrame} : FrameRate{24};
     const std::optional<FrameRate> rate = parseFrameRate(textOf(values[place]));
-    if (!rate) refuseValue(function, values[place], "a rate such as 24, 25 or '29.97df'");
+    constexpr int fastestWritten = 100;  // two digits of frames
+    if (!rate || rate->nominal > fastestWritten)
+        refuseValue(function, values[place], "a rate such as 24, 25 or '29.97df'");
     return *rate;
 }
 
