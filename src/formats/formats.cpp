@@ -18,18 +18,21 @@ namespace {
 using Read = void (*)(Input& input, const Wanted& wanted, Log& log);
 using Write = void (*)(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses);
 
-void refuseBinary(const Input& input, std::string_view text) {
+void refuseBinary(const Input& input, std::string_view text, const Terms& terms) {
     std::size_t nul = text.find('\0');
     if (nul == std::string_view::npos) return;
     auto line = 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(nul), '\n');
     throw Failure{
-        unreadable, input.name(), {static_cast<std::size_t>(line), "", "a zero byte", "text", ""}};
+        unreadable,
+        input.name(),
+        {static_cast<std::size_t>(line), "", "a zero byte", "text",
+         concat("if this is text, say its encoding with ", terms.encoding, ", such as utf-16")}};
 }
 
 // A file of another kind is not read further.
-void requireText(Input& input) {
-    refuseBinary(input, input.head());
-    refuseBinary(input, input.text());
+void requireText(Input& input, const Log& log) {
+    refuseBinary(input, input.head(), *log.opening.terms);
+    refuseBinary(input, input.text(), *log.opening.terms);
 }
 
 bool endsInLine(std::string_view text) {
@@ -38,7 +41,7 @@ bool endsInLine(std::string_view text) {
 
 // The bytes of an input that holds text, without a mark in front.
 Text textOf(Input& input, Log& log) {
-    requireText(input);
+    requireText(input, log);
     log.endsInLine = endsInLine(input.text());
     log.beganWithMark = input.text().starts_with(byteOrderMark);
     return {input.takeText(), log.beganWithMark ? byteOrderMark.size() : 0};
@@ -46,7 +49,7 @@ Text textOf(Input& input, Log& log) {
 
 // The same of a text for which no encoding is laid down.
 Text anyTextOf(Input& input, Log& log) {
-    requireText(input);
+    requireText(input, log);
     decodeBytes(input, log);
     return textOf(input, log);
 }
@@ -57,7 +60,7 @@ void readSeparated(Input& input, const Wanted&, Log& log) {
 }
 
 void readPlain(Input& input, const Wanted&, Log& log) {
-    requireText(input);
+    requireText(input, log);
     log.endsInLine = endsInLine(input.text());
     readPlainCsv(input, log);
 }

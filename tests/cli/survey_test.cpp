@@ -252,5 +252,7 @@ TEST(HostileFiles, OfNothingButZerosEndAtOnce) {
     }
     Start start;
     start.words = {"vek", "info", "zeros.csv"};
-    EXPECT_EQ(run(folder, start).errors, "vek: zeros.csv:1: a zero byte, expected text\n");
+    EXPECT_EQ(run(folder, start).errors,
+              "vek: zeros.csv:1: a zero byte, expected text; "
+              "if this is text, say its encoding with --encoding, such as utf-16\n");
 }

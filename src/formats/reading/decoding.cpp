@@ -6,6 +6,7 @@
 #include "formats/packed/packed.h"
 #include "formats/reading/input.h"
 #include "formats/text/encoding.h"
+#include "formats/text/text_lines.h"
 
 namespace vek::formats {
 
@@ -58,11 +59,18 @@ Decoded decodedBytes(std::string_view text) {
     return decoded;
 }
 
-// A mark says more than a person who says "utf-16".
+bool namesByteOrder(std::string_view encoding) {
+    return encoding.size() > 2 && (sameText(encoding.substr(encoding.size() - 2), "LE") ||
+                                   sameText(encoding.substr(encoding.size() - 2), "BE"));
+}
+
+// A mark says more than a person who says "utf-16", and the bytes where no order of them is said.
 std::string encodingOf(Input& input, const Opening& opening) {
     const std::string wish = wishedEncoding(opening);
     if (!opening.wishes.encoding.empty() && !wish.starts_with("UTF-16")) return wish;
-    const std::string found = wideEncodingOf(input.head());
+    const std::string found = namesByteOrder(opening.wishes.encoding)
+                                  ? markedEncodingOf(input.head())
+                                  : wideEncodingOf(input.head());
     return found.empty() ? wish : found;
 }
 

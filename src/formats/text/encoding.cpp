@@ -14,7 +14,7 @@ namespace vek::formats {
 
 namespace {
 
-constexpr std::size_t sample = 4096;
+constexpr std::size_t sampleSize = 4096;
 constexpr std::uint64_t highBits = 0x8080808080808080u;
 
 unsigned char byteAt(std::string_view text, std::size_t at) {
@@ -95,6 +95,56 @@ bool isLetter(unsigned char byte) {
     return small >= 'a' && small <= 'z';
 }
 
+bool isOfPlainText(unsigned unit) {
+    return (unit >= 0x20 && unit < 0x7F) || unit == '\t' || unit == '\n' || unit == '\r';
+}
+
+// What a text is if it is UTF-16, by its units.
+struct WideUnits {
+    std::size_t plain = 0;  ///< that ASCII has, too
+    std::size_t ends = 0;   ///< of lines
+    bool areText = true;    ///< no control characters, no half of a pair
+
+    WideUnits(std::string_view text, bool isBigEnd) {
+        bool isBehindFirst = false;
+        for (std::size_t at = 0; at + 2 <= text.size(); at += 2) {
+            const unsigned unit = (byteAt(text, at + (isBigEnd ? 0 : 1)) << 8u) |
+                                  byteAt(text, at + (isBigEnd ? 1 : 0));
+            const bool isSecond = unit >= 0xDC00 && unit <= 0xDFFF;
+            const bool isControl = (unit < 0xA0 && !isOfPlainText(unit)) || unit >= 0xFFFE;
+            if (isControl || isSecond != isBehindFirst) areText = false;
+            isBehindFirst = unit >= 0xD800 && unit <= 0xDBFF;
+            plain += isOfPlainText(unit) ? 1 : 0;
+            ends += unit == '\n' || unit == '\r' ? 1 : 0;
+        }
+    }
+};
+
+// Whether most bytes but the zeros are such as UTF-8 has.
+bool isNearlyUtf8(std::string_view text) {
+    std::size_t good = 0;
+    std::size_t bad = 0;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const unsigned char byte = byteAt(text, at);
+        if (byte == 0) continue;
+        const std::size_t size = byte < 0x80 ? 0 : wideCharacterSize(text.substr(at));
+        (size != 0 || isOfPlainText(byte) ? good : bad) += std::max<std::size_t>(size, 1);
+        at += std::max<std::size_t>(size, 1) - 1;
+    }
+    return good > 10 * bad;
+}
+
+// Lines of UTF-16 in whatever letters: their ends and most of what stands between cells have a zero
+// byte. In UTF-8 with zero bytes in it not every line would end so.
+bool isWideText(std::string_view text, bool isBigEnd) {
+    const WideUnits units(text, isBigEnd);
+    if (!units.areText || units.ends == 0) return false;
+    const auto endBytes =
+        std::count(text.begin(), text.end(), '\n') + std::count(text.begin(), text.end(), '\r');
+    const bool endsAll = static_cast<std::size_t>(endBytes) == units.ends;
+    return (endsAll && units.plain > units.ends) || !isNearlyUtf8(text);
+}
+
 }  // namespace
 
 bool isWellFormedUtf8(std::string_view text) {
@@ -140,18 +190,26 @@ std::optional<std::string> encodingNamed(const std::string& name) {
     return upper;
 }
 
-std::string wideEncodingOf(std::string_view head) {
+std::string markedEncodingOf(std::string_view head) {
     if (head.starts_with("\xFF\xFE")) return "UTF-16LE";
-    if (head.starts_with("\xFE\xFF")) return "UTF-16BE";
-    const std::size_t units = std::min(head.size(), sample) / 2;
+    return head.starts_with("\xFE\xFF") ? "UTF-16BE" : "";
+}
+
+std::string wideEncodingOf(std::string_view head) {
+    if (std::string marked = markedEncodingOf(head); !marked.empty()) return marked;
+    const std::string_view sample = head.substr(0, sampleSize);
+    const std::size_t units = sample.size() / 2;
     std::size_t first = 0;
     std::size_t second = 0;
     for (std::size_t i = 0; i < units; ++i) {
-        first += head[2 * i] == '\0' ? 1 : 0;
-        second += head[2 * i + 1] == '\0' ? 1 : 0;
+        first += sample[2 * i] == '\0' ? 1 : 0;
+        second += sample[2 * i + 1] == '\0' ? 1 : 0;
     }
+    if (first + second == 0) return "";
     if (second > units / 2 && first == 0) return "UTF-16LE";
-    return first > units / 2 && second == 0 ? "UTF-16BE" : "";
+    if (first > units / 2 && second == 0) return "UTF-16BE";
+    if (isWideText(sample, false)) return "UTF-16LE";
+    return isWideText(sample, true) ? "UTF-16BE" : "";
 }
 
 std::string likelyEncoding(std::string_view text) {

@@ -29,8 +29,10 @@ bool isMostlyUtf8(std::string_view text);
 /// The encoding as iconv calls it, "" for UTF-8; nothing for one that the system does not have.
 std::optional<std::string> encodingNamed(const std::string& name);
 
-/// "UTF-16LE" or "UTF-16BE" for a text that begins with a mark of it, or whose bytes are zero in
-/// turns as those of such a text are; "" for others.
+/// "UTF-16LE" or "UTF-16BE" for a text that begins with a mark of it; "" for others.
+std::string markedEncodingOf(std::string_view head);
+/// The same also for a text whose bytes are zero in turns, as those of Latin letters are, or whose
+/// lines end as those of such a text do.
 std::string wideEncodingOf(std::string_view head);
 
 /// "WINDOWS-1252" or "MACINTOSH", whichever makes letters of more of the bytes beyond 0x7F that

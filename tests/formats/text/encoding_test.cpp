@@ -37,6 +37,33 @@ TEST(Encoding, FindsWideTextsByMarksAndZeros) {
     EXPECT_EQ(wideEncodingOf("Name,Take"), "");
 }
 
+TEST(Encoding, FindsWideTextsInWhateverLetters) {
+    const char* const texts[] = {
+        // Katakana and kanji, Hiragana alone, whose bytes are all of ASCII, Cyrillic, mixed words.
+        "\xE3\x82\xB7\xE3\x83\xBC\xE3\x83\xB3,\xE5\x90\x8D\n\xE4\xB8\x8D,\xE4\xB8\x8A\n",
+        "\xE3\x81\x82\xE3\x81\x84,\xE3\x81\x86\n\xE3\x81\x88,\xE3\x81\x8A\n",
+        "\xD0\xA1\xD1\x86\xD0\xB5\xD0\xBD\xD0\xB0;\xD0\x94\r\n\xD0\xAF;2\r\n",
+        "Name\tTake\n\xE3\x82\xAB\xE3\x83\xA1\xE3\x83\xA9\xE3\x82\xAB\xE3\x83\xA1\xE3\x83\xA9\tB\n",
+        "\xF0\x9F\x8E\xAC\xE3\x80\x80,\xE2\x80\x94\n\xE3\x80\x80,1\n",
+    };
+    for (const char* text : texts) {
+        for (const char* encoding : {"UTF-16LE", "UTF-16BE"}) {
+            std::size_t badAt = 0;
+            EXPECT_EQ(wideEncodingOf(*fromUtf8(text, encoding, badAt)), encoding) << text;
+        }
+    }
+}
+
+TEST(Encoding, TakesNoTextWithZeroBytesForAWideOne) {
+    const std::string_view texts[] = {{"Name,T\0ake\nA,1\n", 15},
+                                      {"Name,Take\0\nA,1\n", 15},
+                                      {"AB,C\0\nDE,F\0\n", 12},
+                                      {"caf\xC3\xA9,T\0\n\xC3\xA9 b,1\n", 15},
+                                      {"\0\0\0\n", 4},
+                                      {"\0", 1}};
+    for (std::string_view text : texts) EXPECT_EQ(wideEncodingOf(text), "") << text;
+}
+
 TEST(Encoding, TellsBytesOfTwoSystemsApartByTheLettersThatTheyMake) {
     EXPECT_EQ(likelyEncoding("caf\xE9, r\xE9sum\xE9"), "WINDOWS-1252");
     EXPECT_EQ(likelyEncoding("caf\x8E, r\x8Esum\x8E"), "MACINTOSH");
