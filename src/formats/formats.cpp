@@ -156,7 +156,10 @@ const FormatEntry& entryOf(Format format) {
 
 const FormatEntry& entryNamed(const std::string& name, Is is) {
     for (const FormatEntry& entry : formats) {
-        if (name == entry.name && is(entry)) return entry;
+        if (name != entry.name) continue;
+        if (is(entry)) return entry;
+        throw Failure{wrongUsage, concat(name, is == isWritable ? " can be read, not written"
+                                                                : " can be written, not read")};
     }
     throw Failure{wrongUsage, "there is no format " + inQuotes(name)};
 }
@@ -224,13 +227,34 @@ bool hasTimelineMember(std::string_view head) {
     return false;
 }
 
-// Cells between marks in a file that is called by the ending of another format.
+// An object or a list of them, as no cell of a heading begins.
+bool isJson(std::string_view line, std::string_view head) {
+    if (!line.starts_with('{') && !line.starts_with('[')) return false;
+    const std::string_view rest =
+        trimmed(head.substr(static_cast<std::size_t>(line.data() + 1 - head.data())));
+    return line[0] == '{' ? rest.starts_with('"') || rest.starts_with('}')
+                          : rest.starts_with('{') || rest.starts_with(']');
+}
+
+bool isOneOf(Format format, std::initializer_list<Format> formats) {
+    return std::find(formats.begin(), formats.end(), format) != formats.end();
+}
+
+// Cells between marks, or JSON, in a file that is called by the ending of another format. What is
+// called a table file is none by its first line, and its reader says so.
 bool isUnderWrongEnding(Format format, std::string_view line, std::string_view head, bool isWhole) {
-    if (format == Format::json || format == Format::jsonl) {
-        return !line.starts_with('{') && !line.starts_with('[') && isDelimited(head, isWhole);
-    }
-    const bool isOther = format == Format::ale || format == Format::edl || format == Format::xlsx;
-    return isOther && isDelimited(head, isWhole);
+    if (format == Format::table) return false;
+    const bool isJsonsName = isOneOf(format, {Format::json, Format::jsonl});
+    const bool isObject = line.starts_with('{') && format == Format::otio;
+    if (isJson(line, head)) return !isJsonsName && !isObject;
+    if (isOneOf(format, {Format::csv, Format::tsv})) return false;
+    const bool isOwn = isJsonsName && (line.starts_with('{') || line.starts_with('['));
+    return !isOwn && isDelimited(head, isWhole);
+}
+
+std::string_view withoutMark(std::string_view head) {
+    if (head.starts_with(byteOrderMark)) head.remove_prefix(byteOrderMark.size());
+    return head;
 }
 
 }  // namespace
@@ -263,9 +287,12 @@ bool hasTargetEnding(const std::string& path) {
 
 Format targetOfPath(const std::string& path, const Terms& terms) {
     if (const FormatEntry* entry = entryOfPath(path, isWritable)) return entry->format;
+    const FormatEntry* other = entryOfPath(path, isReadable);
     throw Failure{wrongUsage,
                   path,
-                  {0, "", "the ending names no format",
+                  {0, "",
+                   other == nullptr ? "the ending names no format"
+                                    : concat(other->name, " can be read, not written"),
                    concat(endingsToWrite(), ", or the format ", terms.format), ""}};
 }
 
@@ -278,7 +305,7 @@ bool isWorkbook(std::string_view head) {
 Format recognised(const std::string& path, std::string_view head) {
     if (isWorkbook(head)) return Format::xlsx;
     const bool isWhole = head.size() < Input::headSize;
-    if (head.starts_with(byteOrderMark)) head.remove_prefix(byteOrderMark.size());
+    head = withoutMark(head);
     std::string_view line = firstFilledLine(head);
     std::string_view start = line.starts_with('"') ? line.substr(1) : line;
     if (sameText(start.substr(0, 6), "VEKDB:")) return Format::table;
@@ -292,6 +319,16 @@ Format recognised(const std::string& path, std::string_view head) {
     }
     if (line.starts_with('{') || line.starts_with('[')) return Format::json;
     return line.find('\t') != std::string_view::npos ? Format::tsv : Format::csv;
+}
+
+std::string otherFormat(Format tried, std::string_view head) {
+    const bool isWhole = head.size() < Input::headSize;
+    head = withoutMark(head);
+    if (isJson(firstFilledLine(head), head)) {
+        return isOneOf(tried, {Format::json, Format::jsonl}) ? "" : "json";
+    }
+    if (isOneOf(tried, {Format::csv, Format::tsv}) || !isDelimited(head, isWhole)) return "";
+    return foundDelimiter(head, isWhole, ',') == '\t' ? "tsv" : "csv";
 }
 
 void readAs(Format format, Input& input, const Wanted& wanted, Log& log) {

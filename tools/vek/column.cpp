@@ -7,6 +7,7 @@
 #include "formats/delimited/row_lengths.h"
 #include "formats/log/column_edits.h"
 #include "formats/log/column_names.h"
+#include "formats/log/mapped_columns.h"
 #include "formats/text/letters.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/written_names.h"
@@ -41,7 +42,7 @@ std::vector<unsigned> namedColumns(const Log& log, const std::vector<std::string
 }
 
 // Formats without a field map get their columns in the order itself.
-int saveReordered(const Log& log, std::vector<unsigned> columns, bool backup) {
+InPlace reordered(const Log& log, std::vector<unsigned> columns) {
     std::vector<char> isNamed(log.columnCount());
     for (unsigned column : columns) isNamed[column] = 1;
     for (unsigned column = 0; column < log.columnCount(); ++column) {
@@ -49,8 +50,7 @@ int saveReordered(const Log& log, std::vector<unsigned> columns, bool backup) {
     }
     InPlace now(log);
     now.columns = std::move(columns);
-    saveInPlace(now, backup);
-    return done;
+    return now;
 }
 
 void requireWords(const std::vector<std::string>& words, std::size_t least, std::size_t most,
@@ -180,31 +180,71 @@ void typeColumn(Log& log, const std::vector<std::string>& words) {
     ColumnEdits(log).setType(column, type);
 }
 
-int orderColumns(Log& log, const std::vector<std::string>& words, bool backup) {
+// Columns as a person sees them: what they are called, and their types.
+std::vector<std::string> described(const Log& log, const std::vector<unsigned>& columns) {
+    std::vector<std::string> texts;
+    for (unsigned column : columns) {
+        const char* type = vekdb_fieldtype_to_string(log.table->get_field_type(column));
+        texts.push_back(concat(log.columnName(column), " (", type == nullptr ? "" : type, ")"));
+    }
+    return texts;
+}
+
+void printColumns(const std::vector<std::string>& before, const std::vector<std::string>& after,
+                  const Args& args) {
+    Printout out;
+    std::string number;
+    const auto at = [](const std::vector<std::string>& list, std::size_t row) {
+        return row < list.size() ? std::string_view(list[row]) : std::string_view();
+    };
+    Grid grid{{{"#", true, true}, {"Before"}, {"After"}},
+              std::max(before.size(), after.size()),
+              [&](std::size_t row, std::size_t column) -> std::string_view {
+                  if (column > 0) return at(column == 1 ? before : after, row);
+                  return number = std::to_string(row + 1);
+              }};
+    printGrid(grid, screenOf(out, args), out);
+    out.close();
+}
+
+// Writes the log with other columns, or shows those that are seen.
+int finish(const InPlace& now, const std::vector<unsigned>& seen,
+           const std::vector<std::string>& before, const Args& args) {
+    if (args.has("dry-run")) {
+        printColumns(before, described(now.log, seen), args);
+        say(now.log.name + ": these would be the columns, nothing is changed");
+    } else {
+        saveInPlace(now, args.has("backup"));
+    }
+    return done;
+}
+
+int orderColumns(Log& log, const Args& args) {
+    const std::vector<std::string>& words = args.all("WORD");
     requireWords(words, 1, 65535, "order FILE NAME...");
     std::vector<unsigned> order = namedColumns(log, words);
     nameColumns(log, order);
-    if (log.format != Format::table) return saveReordered(log, order, backup);
-    ColumnEdits(log).order(order);
-    saveInPlace(log, backup);
-    return done;
+    const std::vector<std::string> before = described(log, mappedColumns(log));
+    if (log.format == Format::table) {
+        ColumnEdits(log).order(order);
+        return finish(InPlace(log), mappedColumns(log), before, args);
+    }
+    const InPlace now = reordered(log, std::move(order));
+    return finish(now, now.columns, before, args);
 }
 
 int run(const Args& args) {
     std::string action = args.text("ACTION");
     const std::vector<std::string>& words = args.all("WORD");
-    if (args.has("dry-run") && action != "rename") {
-        throw Failure{wrongUsage, "column: --dry-run is for rename"};
-    }
     Log log = args.has("dry-run") ? readLog(args) : readLogToChange(args);
     if (action == "rename")
         return words.size() == 1 ? renameColumns(log, args) : renameColumn(log, args);
-    if (action == "order") return orderColumns(log, words, args.has("backup"));
+    if (action == "order") return orderColumns(log, args);
+    const std::vector<std::string> before = described(log, allColumns(log));
     if (action == "add") addColumn(log, words);
     if (action == "remove") removeColumn(log, words);
     if (action == "type") typeColumn(log, words);
-    saveInPlace(log, args.has("backup"));
-    return done;
+    return finish(InPlace(log), allColumns(log), before, args);
 }
 
 }  // namespace
@@ -229,7 +269,7 @@ Command columnCommand() {
         {{"ACTION", "what to do", false, false, "add|remove|rename|type|order"},
          {"FILE", "the log, changed in place; - reads standard input and prints"},
          {"WORD", "column names, for add and type the type, for rename a function", true, true}},
-        join({{"-n,--dry-run", "", "with rename: list the names, change nothing"},
+        join({{"-n,--dry-run", "", "list the columns before and after, change nothing"},
               backupOption(),
               fromOption()},
              screenOptions()),

@@ -122,6 +122,10 @@ int create(const std::string& path, const std::vector<std::string>& items, const
     writer.setName(args.has("name") ? cellText(args.text("name")) : nameOf(path));
     writer.setPermanent(args.has("permanent"));
     for (const Cookie& cookie : cookies) writer.addItem(cookie);
+    if (args.has("dry-run")) {
+        say(concat(path, ": ", counted(cookies.size(), "item"), " would be in it"));
+        return done;
+    }
     // Why a file may not stand there is said here; the writer of containers says nothing.
     holdFile(path);
     writer.save(wide(path));
@@ -130,10 +134,19 @@ int create(const std::string& path, const std::vector<std::string>& items, const
     throw Failure{unwritable, path + ": could not be written; check its folder"};
 }
 
+int finish(const Log& log, const std::vector<unsigned>& rows, std::size_t changed, const char* done,
+           const Args& args) {
+    if (args.has("dry-run"))
+        say(concat(log.name, ": ", counted(changed, "item"), " would be ", done));
+    else if (changed > 0)
+        saveInPlace(log, rows, args.has("backup"));
+    return vek::done;
+}
+
 // Existing files are replaced whole or not at all, which the library's own writer of containers
 // does not promise.
 int add(const std::string& path, const std::vector<std::string>& items, const Args& args) {
-    Log log = readContainerToChange(args);
+    Log log = args.has("dry-run") ? readContainer(args) : readContainerToChange(args);
     auto column = static_cast<unsigned short>(log.findColumn("Cookie"));
     std::size_t added = 0;
     for (const std::string& item : items) {
@@ -146,12 +159,11 @@ int add(const std::string& path, const std::vector<std::string>& items, const Ar
         log.table->get_record(row)->setField(column, cellText(textOf(cookie)));
         ++added;
     }
-    if (added > 0) saveInPlace(log, args.has("backup"));
-    return done;
+    return finish(log, allRows(log), added, "added", args);
 }
 
 int remove(const std::string& path, const std::vector<std::string>& items, const Args& args) {
-    Log log = readContainerToChange(args);
+    Log log = args.has("dry-run") ? readContainer(args) : readContainerToChange(args);
     std::vector<unsigned> rows = allRows(log);
     std::size_t missing = 0;
     for (const std::string& item : items) {
@@ -163,7 +175,7 @@ int remove(const std::string& path, const std::vector<std::string>& items, const
         ++missing;
         say(path + ": " + item + " is not in it");
     }
-    if (missing < items.size()) saveInPlace(log, rows, args.has("backup"));
+    finish(log, rows, items.size() - missing, "removed", args);
     return missing > 0 ? found : done;
 }
 
@@ -217,6 +229,7 @@ Command containerCommand() {
          {"--permanent", "", "with create: mark it as permanent"},
          {"-f,--format", "FORMAT", "with list: text (as a rule), or json for programs", false,
           tellings},
+         {"-n,--dry-run", "", "with create, add, remove: say what would be done, change nothing"},
          backupOption()},
         run,
     };

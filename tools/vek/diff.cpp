@@ -83,7 +83,7 @@ private:
         addPlace(found_.a, difference.a);
         line_ += " ->";
         addPlace(found_.b, difference.b);
-        if (const std::string_view key = found_.keyOf(difference); !key.empty()) {
+        if (const std::string key = found_.keyOf(difference); !key.empty()) {
             line_ += " (";
             addInQuotes(line_, key);
             line_ += ')';
@@ -242,9 +242,10 @@ Command diffCommand() {
         "compared. Ends with 1 when the logs differ.",
         {{"vek diff old.vek new.vek", "rows in their order"},
          {"vek diff old.vek new.csv --key Name", "rows by their name, in any order and format"},
+         {"vek diff old.vek new.vek --key Reel,'Start time'", "by two columns together"},
          {"vek diff old.vek new.vek --format json", "for a program"}},
         {{"A", "a log, or - for standard input"}, {"B", "another"}},
-        join({{"-k,--key", "COLUMN", "rows with the same value here belong together"},
+        join({{"-k,--key", "A,B", "rows with the same values here belong together"},
               tellingOption(),
               fromOption()},
              screenOptions()),

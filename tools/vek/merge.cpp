@@ -160,11 +160,13 @@ Command mergeCommand() {
         "two frame rates (FPS) are joined with --yes only.",
         {{"vek merge day1.vek day2.vek -o both.vek", "one log of two"},
          {"vek merge log.vek sound.csv --key Name -o full.vek", "sound notes beside the clips"},
+         {"vek merge log.vek sound.csv --key Reel,'Start time' -o full.vek",
+          "rows that have two columns in common"},
          {"vek merge log.vek fixes.csv --key Name --prefer last -o fixed.vek",
           "where both have a value, take the second"}},
         {{"FILE", "logs of any format, at least one", false, true}},
         join(
-            {{"-k,--key", "COLUMN", "join rows that have the same value here"},
+            {{"-k,--key", "A,B", "join rows that have the same values here"},
              {"--prefer", "WHICH",
               "of two values keep the first, the last (also when it is empty), or the last that is "
               "filled",

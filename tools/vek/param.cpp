@@ -1,6 +1,7 @@
 #include "formats/text/text_lines.h"
 #include "formats/text/width.h"
 #include "formats/writing/sheet_facts.h"
+#include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/saving.h"
@@ -48,7 +49,18 @@ void checkHolds(const Log& log, const std::string& name, const std::string& valu
                                   "at its ends, and its name no colon"};
 }
 
-int set(Log& log, const std::string& name, const std::string& value, bool backup) {
+void print(const std::string& name, const std::string& before, const std::string& after,
+           const Args& args) {
+    Printout out;
+    const std::string cells[] = {name, before, after};
+    Grid grid{{{"Parameter"}, {"Before"}, {"After"}},
+              1,
+              [&](std::size_t, std::size_t column) -> std::string_view { return cells[column]; }};
+    printGrid(grid, screenOf(out, args), out);
+    out.close();
+}
+
+int set(Log& log, const std::string& name, const std::string& value, const Args& args) {
     checkHolds(log, name, value);
     const bool isOfEvents =
         log.format == Format::edl && (sameText(name, "TITLE") || sameText(name, "FCM"));
@@ -56,11 +68,17 @@ int set(Log& log, const std::string& name, const std::string& value, bool backup
         throw Failure{wrongUsage, log.name + ": " + formatName(log.format) +
                                       " holds no parameters, only table files and ALE do"};
     }
+    const std::string before = log.parameter(name.c_str());
     if (!log.setParameter(name, value)) {
         throw Failure{unwritable, log.name + ": there is no room for " + inQuotes(name) +
                                       ", a file holds 40 parameters"};
     }
-    saveInPlace(log, backup);
+    if (args.has("dry-run")) {
+        print(name, before, value, args);
+        say(concat(log.name, ": 1 parameter would be ", before == value ? "as it is" : "set"));
+    } else {
+        saveInPlace(log, args.has("backup"));
+    }
     return done;
 }
 
@@ -73,10 +91,14 @@ int run(const Args& args) {
                       "param: expected list FILE, get FILE NAME, or set FILE NAME "
                       "VALUE"};
     }
-    Log log = action == "set" ? readLogToChange(args) : readLog(args);
+    const bool changes = action == "set" && !args.has("dry-run");
+    if (args.has("dry-run") && action != "set") {
+        throw Failure{wrongUsage, "param: --dry-run is for set"};
+    }
+    Log log = changes ? readLogToChange(args) : readLog(args);
     if (action == "list") return list(log);
     if (action == "get") return get(log, args.text("NAME"));
-    return set(log, args.text("NAME"), args.text("VALUE"), args.has("backup"));
+    return set(log, args.text("NAME"), args.text("VALUE"), args);
 }
 
 }  // namespace
@@ -94,7 +116,10 @@ Command paramCommand() {
          {"FILE", "the log; - reads standard input"},
          {"NAME", "the parameter, case ignored", true},
          {"VALUE", "its new value", true}},
-        {backupOption(), fromOption()},
+        join({{"-n,--dry-run", "", "with set: show before and after, change nothing"},
+              backupOption(),
+              fromOption()},
+             screenOptions()),
         run,
     };
 }

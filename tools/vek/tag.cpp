@@ -1,6 +1,7 @@
 #include <vekdb/row_copies.h>
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/choosing.h"
+#include "tools/vek/cli/edits.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/saving.h"
 #include "tools/vek/cli/say.h"
@@ -26,22 +27,37 @@ public:
     // Without a column no row is tagged, which needs none to be said.
     bool needsNoColumn() const { return log_.findColumn("Tag") == noColumn && count() == 0; }
 
-    // Writes the tags into the column, which is made where there is none. A cell that says so
-    // already, in whatever words, stays as it is.
+    // What stands in the column and is to stand there, which is made where there is none. A cell
+    // that says so already, in whatever words, stays as it is.
+    std::vector<Edit> edits() {
+        std::vector<Edit> edits;
+        forEachChange([&](unsigned row, unsigned short column, const char* value) {
+            edits.push_back({row, column, value});
+        });
+        return edits;
+    }
+
     void store() {
+        RowCopies copies(*log_.table);
+        forEachChange([&](unsigned row, unsigned short column, const char* value) {
+            store(row, column, value, copies);
+        });
+    }
+
+private:
+    template <class Take>
+    void forEachChange(Take take) {
         if (needsNoColumn()) return;
         const bool isNew = log_.findColumn("Tag") == noColumn;
         auto column =
             static_cast<unsigned short>(log_.table->addField({"Tag", DBFieldTypes::text}));
-        RowCopies copies(*log_.table);
         for (unsigned row = 0; row < log_.rowCount(); ++row) {
             const bool isTagged = all_->get_tag(row) != 0;
             if (!isNew && isTagged == isTag(log_.cell(row, column))) continue;
-            store(row, column, isTagged ? "1" : "0", copies);
+            take(row, column, isTagged ? "1" : "0");
         }
     }
 
-private:
     // In the place of a value that is as long, else with all cells of the row together: none gets
     // memory of its own.
     void store(unsigned row, unsigned short column, const char* value, RowCopies& copies) {
@@ -68,14 +84,19 @@ int finish(Log& log, Tags& tags, std::vector<unsigned> rows, const Args& args) {
         return found;
     }
     const bool isNothing = tags.needsNoColumn();
-    tags.store();
-    saveInPlace(log, args.has("backup"));
+    const bool isTrial = args.has("dry-run");
+    if (isTrial) {
+        printEdits(log, tags.edits(), args);
+    } else {
+        tags.store();
+        saveInPlace(log, args.has("backup"));
+    }
     if (isNothing) {
         say(log.name + ": no column Tag, so no row is tagged; nothing changed");
         return done;
     }
     say(log.name + ": " + counted(matched, "row") + " matched, " + std::to_string(tags.count()) +
-        " of " + std::to_string(log.rowCount()) + " tagged");
+        " of " + std::to_string(log.rowCount()) + (isTrial ? " would be tagged" : " tagged"));
     return done;
 }
 
@@ -95,7 +116,7 @@ int runTag(const Args& args) {
     if (args.has("clear") + args.has("invert") + args.has("keep") > 1) {
         throw Failure{wrongUsage, "tag: --keep, --clear and --invert exclude each other"};
     }
-    Log log = readLogToChange(args);
+    Log log = args.has("dry-run") ? readLog(args) : readLogToChange(args);
     requireWhole(log);
     Tags tags(log);
     std::vector<unsigned> rows = matchingRows(log, args);
@@ -111,7 +132,7 @@ int runTag(const Args& args) {
 }
 
 int runUntag(const Args& args) {
-    Log log = readLogToChange(args);
+    Log log = args.has("dry-run") ? readLog(args) : readLogToChange(args);
     requireWhole(log);
     Tags tags(log);
     std::vector<unsigned> rows = matchingRows(log, args);
@@ -138,6 +159,7 @@ Command tagCommand() {
               {"--invert", "",
                "flip the tags of the matching rows, all of them without a "
                "condition"},
+              dryRunOption(),
               backupOption(),
               fromOption()}),
         runTag,
@@ -153,7 +175,7 @@ Command untagCommand() {
         {{"vek untag log.vek", "no row is tagged any more"},
          {"vek untag log.vek --where Reel=B001", "only the tags of a reel go"}},
         {{"FILE", "the log, changed in place; - reads standard input and prints"}},
-        join(choosingOptions(), {backupOption(), fromOption()}),
+        join(choosingOptions(), {dryRunOption(), backupOption(), fromOption()}),
         runUntag,
     };
 }

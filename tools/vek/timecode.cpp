@@ -8,6 +8,7 @@
 #include "formats/timecode/counting.h"
 #include "formats/timecode/drop_frame_entry.h"
 #include "formats/timecode/timecode_form.h"
+#include "formats/timeline/exact_time.h"
 #include "formats/timeline/timeline_rows.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/choosing.h"
@@ -46,6 +47,16 @@ struct Work {
         const std::string_view before = log.cell(row, column);
         if (before == after) return;
         edits.push_back({row, static_cast<unsigned short>(column), after});
+    }
+
+    // The moment itself, where a timeline has it beside a time that is between two frames.
+    template <class Move>
+    void moveExact(unsigned row, unsigned column, Move move) {
+        if (counting.rateColumn() == noColumn) return;
+        const unsigned exact = log.findColumn(exactTimeColumn(log.columnName(column)));
+        if (exact == noColumn || log.cell(row, exact).empty()) return;
+        const ExactTime moved = move(ExactTime::of(trimmed(log.cell(row, exact))));
+        if (moved.isKnown()) put(row, exact, fractionText(moved));
     }
 
     void leave(unsigned row, unsigned column, const std::string& expected,
@@ -168,8 +179,13 @@ void shift(Work& work, const std::vector<unsigned>& columns, const std::string& 
                 work.leave(row, column, concat("a rate that has the frame ", text));
                 continue;
             }
-            std::int64_t frames = framesOf(*code, nominal) + (isBack ? -*length : *length);
+            const std::int64_t before = framesOf(*code, nominal);
+            std::int64_t frames = before + (isBack ? -*length : *length);
             frames = inDay(work, frames, framesInDay(nominal, code->dropFrame));
+            work.moveExact(row, column, [&](const ExactTime& time) {
+                return time +
+                       ExactTime::ofFrames(frames - before, *work.counting.rate(row, column));
+            });
             work.put(row, column,
                      inFormOf(work.log.cell(row, column),
                               timecodeText(frames, nominal, code->dropFrame)));
@@ -253,6 +269,10 @@ private:
         frames = inDay(work_, frames, framesInDay(to_.nominal, dropsNow));
         std::string text = timecodeText(frames, to_.nominal, dropsNow);
         work_.put(row, column, inFormOf(work_.log.cell(row, column), text, mark(code->dropFrame)));
+        if (!keepsFrames_) return;
+        // What lay within a frame lies there still, and a frame lasts for another time.
+        const ExactTime scale(from_.frames() * to_.seconds(), from_.seconds() * to_.frames());
+        work_.moveExact(row, column, [&](const ExactTime& time) { return time * scale; });
     }
 
     // Columns of a timeline that count frames.

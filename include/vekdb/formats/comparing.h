@@ -42,8 +42,9 @@ struct Differences {
     }
 };
 
-/// Compares the rows of two logs that have the same value in a column or, for "", in their order;
-/// columns go by name, cells byte by byte. No value when a log has no such column.
+/// Compares the rows of two logs that have the same value in a column, or in several with commas
+/// between their names, or, for "", in their order; columns go by name, cells byte by byte. No
+/// value when a log has no such column.
 Result<Differences> compare(const Log& first, const Log& second, std::string_view key = {});
 
 }  // namespace vek

@@ -33,7 +33,8 @@ struct MergeOptions {
     /// the other is told; the first or the last log's; or the last one that is not empty.
     enum Prefer { report, first, last, filled };
 
-    /// The column whose values say which rows are one; "" puts all rows behind each other.
+    /// The column whose values say which rows are one, or several with commas between them; "" puts
+    /// all rows behind each other.
     std::string key = {};
     Prefer prefer = report;
     /// Also logs of two frame rates, or of which one drops frames and the other does not.

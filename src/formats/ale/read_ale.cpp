@@ -85,7 +85,7 @@ private:
         if (value.find('\t') != std::string_view::npos) return;
         log_.report([&]() -> Problem {
             return {walk_.number(), "", "FIELD_DELIM " + inQuotes(value),
-                    "TABS, COMMAS, SEMICOLONS, PIPES or one of their marks",
+                    "TABS, COMMAS, SPACES, another such name, or the mark itself",
                     "the file is read with tabs"};
         });
     }

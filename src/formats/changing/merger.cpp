@@ -7,6 +7,7 @@
 #include <vekdb/formats/timecode.h>
 #include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/timecode.h>
+#include "formats/choosing/select.h"
 #include "formats/log/column_names.h"
 #include "formats/reading/limits.h"
 #include "formats/table_file/exact_cells.h"
@@ -111,16 +112,16 @@ Merger::Merger(Log& into, Prefer prefer, Teller tell, NoteTaker note)
 }
 
 void Merger::useKey(const std::string& name) {
-    key_ = into_.requireColumn(name);
+    key_ = RowKey(columnList(into_, name));
     keyName_ = name;
     rows_ = RowGroups(into_.rowCount());
-    const auto hashOf = [&](unsigned row) { return keyedHash(into_.cell(row, key_)); };
+    const auto hashOf = [&](unsigned row) { return keyedHash(key_.of(into_, row, wanted_)); };
     forEachHashed(rows_, into_.rowCount(), hashOf, [&](unsigned row, std::uint64_t hash) {
-        const std::string_view key = into_.cell(row, key_);
+        const std::string_view key = key_.of(into_, row, wanted_);
         if (key.empty()) return;
         const bool isRepeated =
             rows_.add(hash, row, [&](unsigned other) { return hasKey(other, key); }) > 1;
-        if (isRepeated) tellRepeated(into_, row, key_, key);
+        if (isRepeated) tellRepeated(into_, row, key_);
     });
 }
 
@@ -129,10 +130,10 @@ void Merger::add(const Log& from) {
     addColumns(from);
     addParameters(from);
     into_.lines.resize(into_.rowCount());  // rows that were added have none
-    if (key_ == noColumn)
-        append(from);
-    else
+    if (key_.isThere())
         join(from);
+    else
+        append(from);
 }
 
 // Nothing tells whether its timecodes count as those of the other logs.
@@ -223,26 +224,31 @@ void Merger::appendRow(const Log& from, unsigned row) {
 }
 
 void Merger::join(const Log& from) {
-    const unsigned key = from.requireColumn(keyName_);
+    const RowKey key(columnList(from, keyName_));
     noteTurns(from, key);
     taken_.assign(into_.rowCount(), false);
-    const auto hashOf = [&](unsigned row) { return keyedHash(keyOf(recordOf(from, row), key)); };
+    const auto hashOf = [&](unsigned row) {
+        return keyedHash(keyOf(recordOf(from, row), key, wanted_));
+    };
     forEachHashed(rows_, from.rowCount(), hashOf,
                   [&](unsigned row, std::uint64_t hash) { joinRow(from, row, key, hash); });
 }
 
-// Which rows of the log that is being added have one key.
-void Merger::noteTurns(const Log& from, unsigned key) {
+// Which rows of the log that is being added have one key. The form of a timecode is made in one
+// place, so that of two keys one is copied.
+void Merger::noteTurns(const Log& from, const RowKey& key) {
     RowGroups groups(from.rowCount());
-    Form form;
-    const auto hashOf = [&](unsigned row) { return keyedHash(keyOf(recordOf(from, row), key)); };
+    std::string value;
+    const auto hashOf = [&](unsigned row) {
+        return keyedHash(keyOf(recordOf(from, row), key, wanted_));
+    };
     forEachHashed(groups, from.rowCount(), hashOf, [&](unsigned row, std::uint64_t hash) {
-        const std::string_view value = inOurForm(recordOf(from, row).fieldView(key), key, form);
+        value = keyOf(recordOf(from, row), key, wanted_);
         if (value.empty()) return;
         const bool isRepeated = groups.add(hash, row, [&](unsigned other) {
-            return keyOf(recordOf(from, other), key) == value;
+            return keyOf(recordOf(from, other), key, other_) == value;
         }) > 1;
-        if (isRepeated) tellRepeated(from, row, key, value);
+        if (isRepeated) tellRepeated(from, row, key);
     });
     turns_.assign(groups.repeated().size(), 0);
     turnOf_.assign(turns_.empty() ? 0 : from.rowCount(), noRow);
@@ -251,9 +257,9 @@ void Merger::noteTurns(const Log& from, unsigned key) {
     }
 }
 
-void Merger::joinRow(const Log& from, unsigned row, unsigned key, std::uint64_t hash) {
+void Merger::joinRow(const Log& from, unsigned row, const RowKey& key, std::uint64_t hash) {
     const dbrecord& record = recordOf(from, row);
-    const std::string_view value = keyOf(record, key);
+    const std::string_view value = keyOf(record, key, wanted_);
     if (value.empty()) return appendRow(from, row);
     const auto known = rows_.find(hash, [&](unsigned other) { return hasKey(other, value); });
     if (known.empty()) return addKeyed(from, row, value, hash);
@@ -338,15 +344,12 @@ void Merger::tellConflict(const Log& from, unsigned row, unsigned target, unsign
            std::string(value), std::string(into_.cell(target, column)), target + std::size_t{1}});
 }
 
-void Merger::tellRepeated(const Log& log, unsigned row, unsigned column, std::string_view value) {
+void Merger::tellRepeated(const Log& log, unsigned row, const RowKey& key) {
     ++repeatedKeys_;
-    tell_({MergeConflict::key,
-           log.name,
-           log.lineOf(row),
-           log.columnName(column),
-           std::string(value),
-           {},
-           0});
+    std::string text = &log == &into_ ? key.text(log, row) : key.text([&](unsigned column) {
+        return inOurForm(recordOf(log, row), column);
+    });
+    tell_({MergeConflict::key, log.name, log.lineOf(row), key.name(log), std::move(text), {}, 0});
 }
 
 std::string_view Merger::converted(std::string_view value, unsigned column, Form& form) const {

@@ -10,6 +10,7 @@
 #include <vekdb/host/timecode.h>
 #include <vekdb/row_copies.h>
 #include "formats/comparing/row_groups.h"
+#include "formats/comparing/row_key.h"
 #include "formats/log/log.h"
 
 namespace vek::formats {
@@ -67,8 +68,8 @@ private:
     void append(const Log& from);
     void appendRow(const Log& from, unsigned row);
     void join(const Log& from);
-    void noteTurns(const Log& from, unsigned key);
-    void joinRow(const Log& from, unsigned row, unsigned key, std::uint64_t hash);
+    void noteTurns(const Log& from, const RowKey& key);
+    void joinRow(const Log& from, unsigned row, const RowKey& key, std::uint64_t hash);
     void addKeyed(const Log& from, unsigned row, std::string_view key, std::uint64_t hash);
     unsigned agreeingRow(const dbrecord& row, std::span<const unsigned> targets, std::size_t turn);
     bool agrees(const dbrecord& row, unsigned target);
@@ -77,7 +78,7 @@ private:
     bool takes(std::string_view value, std::string_view old) const;
     void tellConflict(const Log& from, unsigned row, unsigned target, unsigned column,
                       std::string_view value);
-    void tellRepeated(const Log& log, unsigned row, unsigned column, std::string_view value);
+    void tellRepeated(const Log& log, unsigned row, const RowKey& key);
     std::string_view converted(std::string_view value, unsigned column, Form& form) const;
     // A value of one timecode form in the form of our column; other values as they are. Ends with
     // the next value that is written to the form.
@@ -87,9 +88,12 @@ private:
     std::string_view inOurForm(const dbrecord& row, unsigned column) {
         return inOurForm(row.fieldView(column), column, columns_[column].form);
     }
-    std::string_view keyOf(const dbrecord& row, unsigned column) { return inOurForm(row, column); }
+    // A key of the log that is being added, as ours are written.
+    std::string_view keyOf(const dbrecord& row, const RowKey& key, std::string& room) {
+        return key.of([&](unsigned column) { return inOurForm(row, column); }, room);
+    }
     void fetch(const dbrecord& row);
-    bool hasKey(unsigned row, std::string_view key) const { return into_.cell(row, key_) == key; }
+    bool hasKey(unsigned row, std::string_view key) { return key_.of(into_, row, other_) == key; }
     void change(unsigned target, unsigned column, std::string_view value);
     void storeChanges(unsigned target);
 
@@ -98,8 +102,10 @@ private:
     Teller tell_;
     NoteTaker note_;
     RowCopies copies_;
-    unsigned key_ = noColumn;
-    std::string keyName_;                   // as it was asked for
+    RowKey key_;
+    std::string keyName_;  // as it was asked for
+    std::string wanted_;   // what keys of several columns are made in
+    std::string other_;
     RowGroups rows_;                        // ours, by their keys
     std::vector<Column> columns_;           // of the log that is being added
     bool standTogether_ = false;            // they are our first ones, in their order and form

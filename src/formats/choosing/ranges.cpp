@@ -77,23 +77,6 @@ bool isOfTable(const Log& log, unsigned column) {
     return log.table->isSpecialLabelField(column);
 }
 
-bool isCode(std::string_view word) {
-    constexpr std::string_view known[] = {"kn",  "keycode", "keykode",   "keynumber",
-                                          "ink", "inkcode", "inknumber", "edgecode"};
-    return std::any_of(std::begin(known), std::end(known),
-                       [&](std::string_view name) { return sameText(word, name); });
-}
-
-bool hasCodeInName(std::string_view name) {
-    while (!name.empty()) {
-        const auto end = std::find_if_not(name.begin(), name.end(), isLetterOrDigit);
-        const auto size = static_cast<std::size_t>(end - name.begin());
-        if (isCode(name.substr(0, size))) return true;
-        name.remove_prefix(std::min(size + 1, name.size()));
-    }
-    return false;
-}
-
 template <class Holds>
 RowTest testOfPairs(const Log& log, std::vector<RangeColumns> pairs, Holds holds) {
     return [&log, pairs = std::move(pairs), holds](unsigned row) {
@@ -134,7 +117,7 @@ RowTest codeTest(const Log& log, const std::string& code) {
 }
 
 bool isOfLabelRange(const Log& log, unsigned column) {
-    if (isOfTable(log, column) || !hasCodeInName(log.columnName(column))) return false;
+    if (isOfTable(log, column) || !namesFilmCode(log.columnName(column))) return false;
     return rangeOf(log, column).start != noColumn;
 }
 

@@ -1,8 +1,10 @@
 #include "formats/comparing/compare.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <vekdb/host/keyed_hash.h>
+#include "formats/choosing/select.h"
 #include "formats/comparing/row_contents.h"
 #include "formats/comparing/row_groups.h"
 #include "formats/log/column_names.h"
@@ -13,17 +15,17 @@ namespace {
 
 using Quor::keyedHash;
 
-// The rows of a log by the values of a column, and which of the rows of its value each one is.
+// The rows of a log by their keys, and which of the rows of its key each one is.
 class Keys {
     auto sameAs(std::string_view key) const {
-        return [this, key](unsigned row) { return log_.cell(row, column_) == key; };
+        return [this, key](unsigned row) { return key_.of(log_, row, other_) == key; };
     }
 
 public:
-    Keys(const Log& log, unsigned column) : log_(log), column_(column), groups_(log.rowCount()) {
-        const auto hashOf = [&](unsigned row) { return keyedHash(log.cell(row, column)); };
+    Keys(const Log& log, RowKey key) : log_(log), key_(std::move(key)), groups_(log.rowCount()) {
+        const auto hashOf = [&](unsigned row) { return keyedHash(of(row)); };
         forEachHashed(groups_, log.rowCount(), hashOf, [&](unsigned row, std::uint64_t hash) {
-            groups_.add(hash, row, sameAs(log.cell(row, column)));
+            groups_.add(hash, row, sameAs(of(row)));
         });
         if (groups_.repeated().empty()) return;
         turns_.resize(log.rowCount());
@@ -32,6 +34,8 @@ public:
         }
     }
 
+    // Ends with the next one that is asked for.
+    std::string_view of(unsigned row) const { return key_.of(log_, row, room_); }
     const RowGroups& groups() const { return groups_; }
     std::span<const unsigned> rowsOf(std::uint64_t hash, std::string_view key) const {
         return groups_.find(hash, sameAs(key));
@@ -50,21 +54,23 @@ public:
 
 private:
     std::string noteOf(const std::vector<unsigned>& rows) const {
-        return worded(log_.name, {log_.lineOf(rows[1]), log_.columnName(column_),
-                                  "key " + inQuotes(log_.cell(rows[1], column_)) + " " +
+        return worded(log_.name, {log_.lineOf(rows[1]), key_.name(log_),
+                                  "key " + inQuotes(key_.text(log_, rows[1])) + " " +
                                       std::to_string(rows.size()) + " times",
                                   "each key once", "rows of this key are matched in their order"});
     }
 
     const Log& log_;
-    unsigned column_;
+    RowKey key_;
+    mutable std::string room_;
+    mutable std::string other_;
     RowGroups groups_;
     std::vector<unsigned> turns_;
 };
 
 // Columns of one name belong together in their order.
 Differences columnsOf(const Log& a, const Log& b) {
-    Differences found{a, b, {}, {}, {}, {}, {}};
+    Differences found{a, b, {}, {}, {}, {}, {}, 0, RowKey()};
     std::vector<unsigned> others = sameColumns(a, b);
     std::vector<char> isShared(b.columnCount());
     for (unsigned i = 0; i < a.columnCount(); ++i) {
@@ -87,17 +93,15 @@ public:
         : a_(a), b_(b), found_(columnsOf(a, b)), rows_(found_.shared) {}
 
     Differences byKey(const std::string& key) {
-        const unsigned columnA = a_.requireColumn(key);
-        const unsigned columnB = b_.requireColumn(key);
-        found_.key = columnA;
-        const Keys inA(a_, columnA);
-        const Keys inB(b_, columnB);
+        found_.key = RowKey(columnList(a_, key));
+        const Keys inA(a_, found_.key);
+        const Keys inB(b_, RowKey(columnList(b_, key)));
         inA.note(found_);
         inB.note(found_);
         std::vector<bool> isMatched(b_.rowCount());
-        const auto hashOf = [&](unsigned row) { return keyedHash(a_.cell(row, columnA)); };
+        const auto hashOf = [&](unsigned row) { return keyedHash(inA.of(row)); };
         forEachHashed(inB.groups(), a_.rowCount(), hashOf, [&](unsigned row, std::uint64_t hash) {
-            const auto rows = inB.rowsOf(hash, a_.cell(row, columnA));
+            const auto rows = inB.rowsOf(hash, inA.of(row));
             const unsigned turn = inA.turnOf(row);
             if (turn >= rows.size()) return addRemoved(row);
             isMatched[rows[turn]] = true;

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "formats/comparing/row_key.h"
 #include "formats/log/log.h"
 
 namespace vek::formats {
@@ -40,13 +41,11 @@ struct Differences {
     std::vector<RowDifference> rows;
     std::vector<std::string> notes;  ///< what to tell about keys
     std::size_t moreNotes = 0;       ///< behind the first thousand
-    unsigned key = noColumn;         ///< in A, where rows were matched by it
+    RowKey key;                      ///< in A, where rows were matched by it
 
     bool isEmpty() const { return onlyInA.empty() && onlyInB.empty() && rows.empty(); }
     /// What a changed row's key is, "" without one.
-    std::string_view keyOf(const RowDifference& row) const {
-        return key == noColumn ? std::string_view() : a.cell(row.a, key);
-    }
+    std::string keyOf(const RowDifference& row) const { return key.text(a, row.a); }
     /// The cells in which the two rows of a changed one differ.
     template <class Take>
     void forEachCell(const RowDifference& row, Take take) const {
@@ -58,8 +57,8 @@ struct Differences {
     }
 };
 
-/// Compares by key, or in order when `key` is "". Columns go by name, case ignored; cells are
-/// compared byte by byte. The logs must outlive what is returned.
+/// Compares by key, one column or several, or in order when `key` is "". Columns go by name, case
+/// ignored; cells are compared byte by byte. The logs must outlive what is returned.
 Differences compareLogs(const Log& a, const Log& b, const std::string& key);
 
 }  // namespace vek::formats

@@ -68,12 +68,48 @@ private:
     std::vector<std::size_t> counts_;
 };
 
+// Whether each comma that stands free is one of a number, and there is one.
+bool hasDecimalCommas(std::string_view text) {
+    const std::string_view sample = text.substr(0, sampleSize);
+    bool isQuoted = false;
+    bool isThere = false;
+    for (std::size_t at = 0; at < sample.size(); ++at) {
+        if (sample[at] == '"') isQuoted = !isQuoted;
+        if (sample[at] != ',' || isQuoted) continue;
+        const bool isWithin = at > 0 && isAsciiDigit(sample[at - 1]) && at + 1 < sample.size() &&
+                              isAsciiDigit(sample[at + 1]);
+        if (!isWithin) return false;
+        isThere = true;
+    }
+    return isThere;
+}
+
+// Lines of as many cells by semicolons, and all commas in numbers.
+bool isOfSemicolons(std::string_view text, bool isWhole) {
+    const Counts counts(text, isWhole, ';');
+    return counts.heading() > 1 && counts.rowsLikeHeading() == counts.rows() &&
+           hasDecimalCommas(text);
+}
+
+// A sign that no cell is made of alone.
+bool isMark(char c) {
+    const bool isLetter = asciiLower(c) >= 'a' && asciiLower(c) <= 'z';
+    return canDelimit(c) && !isLetter && !isAsciiDigit(c);
+}
+
+// "PIPE" of "PIPES", "SLASH" of "SLASHES".
+bool isNameOf(std::string_view text, std::string_view name) {
+    if (!sameText(text.substr(0, name.size()), name)) return false;
+    const std::string_view rest = text.substr(name.size());
+    return rest.empty() || sameText(rest, "S") || sameText(rest, "ES");
+}
+
 }  // namespace
 
 char foundDelimiter(std::string_view text, bool isWhole, char usual) {
     const Counts own(text, isWhole, usual);
     const bool isTable = own.heading() > 1 && (own.rows() == 0 || own.rowsLikeHeading() > 0);
-    if (isTable) return usual;
+    if (isTable) return usual == ',' && isOfSemicolons(text, isWhole) ? ';' : usual;
     char best = usual;
     std::pair<std::size_t, std::size_t> most;
     for (char delimiter : delimiters) {
@@ -92,11 +128,7 @@ char foundDelimiter(std::string_view text, bool isWhole, char usual) {
 std::optional<char> delimiterOfLine(std::string_view line) {
     constexpr std::string_view name = "sep=";
     const bool isIt = line.size() == name.size() + 1 && sameText(line.substr(0, 4), name);
-    if (!isIt) return {};
-    const char mark = line.back();
-    const bool isLetter = asciiLower(mark) >= 'a' && asciiLower(mark) <= 'z';
-    const bool mayBe = canDelimit(mark) && !isLetter && !isAsciiDigit(mark);
-    return mayBe ? std::optional<char>(mark) : std::nullopt;
+    return isIt && isMark(line.back()) ? std::optional<char>(line.back()) : std::nullopt;
 }
 
 bool isDelimited(std::string_view text, bool isWhole) {
@@ -122,18 +154,21 @@ std::optional<char> delimiterNamed(std::string_view name) {
 }
 
 std::optional<char> aleDelimiter(std::string_view name) {
-    struct Entry {
-        const char* name;
-        char delimiter;
-    };
-    static constexpr Entry entries[] = {{"TAB", '\t'},   {"TABS", '\t'},     {"COMMA", ','},
-                                        {"COMMAS", ','}, {"SEMICOLON", ';'}, {"SEMICOLONS", ';'},
-                                        {"PIPE", '|'},   {"PIPES", '|'}};
-    for (const Entry& entry : entries) {
-        if (sameText(trimmed(name), entry.name)) return entry.delimiter;
+    static constexpr std::pair<std::string_view, char> known[] = {
+        {"TAB", '\t'},       {"COMMA", ','},      {"SEMICOLON", ';'},    {"SEMI-COLON", ';'},
+        {"PIPE", '|'},       {"BAR", '|'},        {"VERTICAL BAR", '|'}, {"COLON", ':'},
+        {"SPACE", ' '},      {"BLANK", ' '},      {"CARET", '^'},        {"TILDE", '~'},
+        {"SLASH", '/'},      {"BACKSLASH", '\\'}, {"HASH", '#'},         {"ASTERISK", '*'},
+        {"UNDERSCORE", '_'}, {"DASH", '-'},       {"HYPHEN", '-'},       {"DOT", '.'},
+        {"PERIOD", '.'},     {"PLUS", '+'},       {"EQUAL", '='},        {"AMPERSAND", '&'},
+        {"AT", '@'},         {"DOLLAR", '$'},     {"PERCENT", '%'},      {"\\t", '\t'}};
+    const std::string_view text = trimmed(name);
+    for (const auto& [word, delimiter] : known) {
+        if (isNameOf(text, word)) return delimiter;
     }
-    const bool isMark = name.size() == 1 && std::string_view(",;|:").find(name[0]) != name.npos;
-    return isMark ? std::optional<char>(name[0]) : std::nullopt;
+    const std::string_view mark = text.empty() ? name : text;
+    const bool isOne = mark.size() == 1 && isMark(mark[0]);
+    return isOne ? std::optional<char>(mark[0]) : std::nullopt;
 }
 
 }  // namespace vek::formats

@@ -24,7 +24,8 @@ bool isDelimited(std::string_view text, bool isWhole);
 std::string delimiterName(char delimiter);
 std::optional<char> delimiterNamed(std::string_view name);
 
-/// That which FIELD_DELIM names: "TABS", "COMMAS", ";"; nothing for other texts.
+/// That which FIELD_DELIM names, by a word or itself: "TABS", "COMMAS", "CARET", ";", "^"; nothing
+/// for other texts.
 std::optional<char> aleDelimiter(std::string_view name);
 
 }  // namespace vek::formats

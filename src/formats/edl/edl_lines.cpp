@@ -228,6 +228,20 @@ bool isEdlMotionOf(std::string_view line, std::string_view reel) {
     return isEnd && sameText(rest.substr(0, reel.size()), reel);
 }
 
+EdlSpeed edlSpeed(std::int64_t frames, std::int64_t over) {
+    if (over <= 0 || frames < 0 || frames > INT64_MAX / 20) return {};
+    const std::int64_t tenths = (frames * 20 + over) / (2 * over);
+    if (tenths > 9999) return {};
+    std::string digits = std::to_string(tenths);
+    digits.insert(0, 4 - digits.size(), '0');
+    return {concat(digits.substr(0, 3), ".", digits.substr(3)), tenths * over == frames * 10};
+}
+
+std::string edlMotionLine(const EdlEvent& event, const std::string& speed) {
+    return concat("M2   ", padded(event[edlReel], 8), "       ", padded(speed, 20), " ",
+                  event[edlSourceIn]);
+}
+
 bool isOddEdlEvent(std::string_view line) {
     Words parts = words(line);
     return parts.size() >= 4 && startsWithNumber(parts[0]);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -59,6 +60,16 @@ bool isEdlSplit(std::string_view line);
 /// Whether an "M2" line, a speed, is about this reel.
 bool isEdlMotionOf(std::string_view line, std::string_view reel);
 bool isEdlMotion(std::string_view line);
+
+/// The speed at which so many frames in `over` parts of a second are played, as an M2 line has it:
+/// "048.0"; "" for one of more than three digits. `isExact` where it is no other number.
+struct EdlSpeed {
+    std::string text;
+    bool isExact = false;
+};
+EdlSpeed edlSpeed(std::int64_t frames, std::int64_t over);
+/// The line of an event that is played so.
+std::string edlMotionLine(const EdlEvent& event, const std::string& speed);
 
 /// Whether a line begins with a number and yet is no event.
 bool isOddEdlEvent(std::string_view line);

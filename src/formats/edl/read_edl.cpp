@@ -161,13 +161,33 @@ private:
     }
 
     // Names stand at once behind the event, the one that is left first; where they do not the
-    // comments keep the places of those that were taken.
+    // comments keep the places of those that were taken, which stood in front of all notes.
     void keepPlaces() {
+        std::string& comments = open_.cells[edlComments];
+        std::string places;
         for (const EdlName& name : edlNames) {
-            std::string& comments = open_.cells[edlComments];
             if (open_.cells[name.column].empty() || hasPlace(comments, name)) continue;
-            addNote(concat("* ", name.text, ":"));
+            places += concat(places.empty() ? "" : "\n", "* ", name.text, ":");
         }
+        if (places.empty()) return;
+        const std::size_t at = endOfFirst(comments);
+        if (at == comments.size())
+            comments += concat(comments.empty() ? "" : "\n", places);
+        else
+            comments.insert(at, places + "\n");
+        open_.hasNotes = true;
+    }
+
+    // Where the notes begin, behind splits and speeds.
+    static std::size_t endOfFirst(std::string_view comments) {
+        std::size_t at = 0;
+        while (at < comments.size()) {
+            const std::size_t end = std::min(comments.find('\n', at), comments.size());
+            const std::string_view line = comments.substr(at, end - at);
+            if (!isEdlSplit(line) && !isEdlMotion(line)) return at;
+            at = std::min(end + 1, comments.size());
+        }
+        return at;
     }
 
     static bool hasPlace(std::string_view comments, const EdlName& name) {
@@ -190,9 +210,19 @@ private:
         }
         std::string& comments = commentsFor(line);
         if (&comments != &open_.cells[edlComments]) return addComment(comments, line);
-        if (!isEdlMotion(line)) return addNote(line);
+        if (!isEdlMotion(line)) {
+            // A name that says nothing is no place of the one that was taken.
+            if (isPlaceOfTaken(line)) keepPlaces();
+            return addNote(line);
+        }
         if (!open_.hasNotes) keepPlaces();
         addComment(comments, line);
+    }
+
+    bool isPlaceOfTaken(std::string_view line) const {
+        return std::any_of(std::begin(edlNames), std::end(edlNames), [&](const EdlName& name) {
+            return !open_.cells[name.column].empty() && isEdlNamePlace(line, name);
+        });
     }
 
     void addNote(std::string_view line) {

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdlib>
 #include <map>
 #include <numeric>
 #include <set>
@@ -12,6 +13,7 @@
 #include "formats/text/text_lines.h"
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
+#include "formats/timeline/clip_lengths.h"
 #include "formats/timeline/timeline_rows.h"
 #include "formats/writing/reading_back.h"
 #include "formats/writing/sheet_facts.h"
@@ -187,8 +189,7 @@ public:
           places_(sheet),
           others_(places_.others()),
           counting_(sheet.log, style.rate),
-          longReels_(concat("reels of more than 8 characters, in the long form; ",
-                            sheet.log.opening.terms->shortReels, " cuts them")) {
+          lengths_(sheet, counting_, places_.source, places_.record) {
         requireColumns();
     }
 
@@ -278,12 +279,20 @@ private:
         if (!takeTimes(row, event)) return;
         takeNames(row, event);
         EdlLines lines{linesBefore(row), commentsOf(row, event), eventLine(row, event), {}};
+        if (places_.record.start != noColumn) addMotion(row, event, lines.comments);
         for (std::size_t i = 0; i < lines.names.size(); ++i) {
             lines.names[i] = clipName(row, event[edlNames[i].column]);
         }
         writeCounting(row, event, !lines.before.empty());
         for (const std::string& text : inOrder(lines)) line(text);
         isBehindEvent_ = true;
+    }
+
+    // It stands behind the splits, which begin the comments.
+    void addMotion(unsigned row, const EdlEvent& event, std::vector<std::string>& comments) {
+        const std::string line = motion(row, event, comments);
+        if (line.empty()) return;
+        comments.insert(std::find_if_not(comments.begin(), comments.end(), isEdlSplit), line);
     }
 
     // Comments in front of the event, in lines that a reader takes for nothing else.
@@ -298,7 +307,7 @@ private:
             const bool isKept = own.empty() || own.starts_with('*') ||
                                 !(parseEdlEvent(own, other) || edlCounting(own) ||
                                   isEdlSplit(own) || edlValue(own, "TITLE"));
-            if (!isKept) lose("comments that are given a star", row);
+            if (!isKept) tellStar(row, own);
             lines.push_back(isKept ? own : "* " + own);
         }
         return lines;
@@ -310,11 +319,7 @@ private:
         const TimelineKind kind = timelineKind(own);
         if (places_.rowKind == noColumn || kind == TimelineKind::clip) return true;
         if (kind == TimelineKind::marker) return writeMarker(row);
-        if (kind != TimelineKind::track) {
-            return leaveOut(row, "a row of kind " + inQuotes(own), "a clip or a marker");
-        }
-        lose("tracks as rows of their own, which are left out", row);
-        return false;
+        return leaveOut(row, "a row of kind " + inQuotes(own), "a clip or a marker");
     }
 
     bool writeMarker(unsigned row) {
@@ -333,18 +338,32 @@ private:
         EdlEvent back;
         bool isKept = parseEdlEvent(text, back) &&
                       std::equal(back.begin(), back.begin() + edlClipName, event.begin());
-        if (!isKept) lose("an event that reads back as another one", row);
+        if (!isKept) {
+            tell(row, inQuotes(trimmed(text)), "an event of plain fields",
+                 "it reads back as another one");
+        }
         return text;
     }
 
     std::string clipName(unsigned row, const std::string& name) {
         std::string text = oneLine(name);
-        if (text != name) lose("clip names that lose blanks or line ends", row);
+        if (text != name) {
+            tell(row, inQuotes(name), "a clip name of one line without blanks around it",
+                 "it is written as " + inQuotes(text));
+        }
         return text;
     }
 
-    void lose(const std::string& what, unsigned row) {
-        losses_.add(what, concat(sheet_.log.name, ":", std::to_string(sheet_.line(row))));
+    // What is not as it was, row by row.
+    void tell(unsigned row, const std::string& found, const std::string& expected,
+              const std::string& outcome) {
+        tell(row, noColumn, found, expected, outcome);
+    }
+    void tell(unsigned row, unsigned column, const std::string& found, const std::string& expected,
+              const std::string& outcome) {
+        const std::string name = column == noColumn ? "" : sheet_.name(column);
+        losses_.addEach(
+            worded(sheet_.log.name, {sheet_.line(row), name, found, expected, outcome}));
     }
 
     // Times that stand in a row are written as they are, in the eleven characters of the form.
@@ -356,18 +375,80 @@ private:
         isWhole = takeTime(row, places_.record.start, event[edlRecordIn]) &&
                   takeTime(row, places_.record.end, event[edlRecordOut]);
         if (!isWhole) return leaveOut(row, "no start and end in the record");
-        if (hasNoFrame(row, event, edlSourceIn, edlRecordOut)) {
-            lose("times of frames that are not there at the rate", row);
-        }
+        tellNoFrames(row, event);
+        tellBackwards(row, places_.source, "in the source");
+        tellBackwards(row, places_.record, "in the record");
         return true;
     }
 
-    // Whether a time from one field to another names no frame, where the rate is known.
-    bool hasNoFrame(unsigned row, const EdlEvent& event, std::size_t from, std::size_t to) const {
-        if (counting_.nominal() == 0) return false;
-        return std::any_of(&event[from], &event[to] + 1, [&](const std::string& text) {
-            return !isCounted(counted(row, text), counting_.nominal());
+    // Times that name no frame, where the rate is known.
+    void tellNoFrames(unsigned row, const EdlEvent& event) {
+        const unsigned columns[] = {places_.source.start, places_.source.end, places_.record.start,
+                                    places_.record.end};
+        for (std::size_t i = 0; i < std::size(columns); ++i) {
+            if (hasFrame(row, event[edlSourceIn + i])) continue;
+            tell(row, columns[i], inQuotes(cell(row, columns[i])),
+                 "a frame that is there at " + rateText(*counting_.rate()),
+                 "it is written as it is");
+        }
+    }
+
+    bool hasFrame(unsigned row, const std::string& text) const {
+        return counting_.nominal() == 0 || isCounted(counted(row, text), counting_.nominal());
+    }
+
+    void tellBackwards(unsigned row, const RangeColumns& pair, const char* where) {
+        if (!lengths_.endsBeforeStart(row, pair)) return;
+        tell(row, concat("an end before its start ", where), "one that is not",
+             "it is written as it is");
+    }
+
+    // Without a rate a clip is told that has two lengths at each of them.
+    void tellOtherLength(unsigned row) {
+        const auto at = [&](const RangeColumns& pair, int nominal) {
+            return framesBetween(*lengths_.timecode(row, pair.start),
+                                 *lengths_.timecode(row, pair.end), nominal);
+        };
+        const int rates[] = {24, 25, 30, 48, 50, 60};
+        const bool mayBeAlike = std::any_of(std::begin(rates), std::end(rates), [&](int nominal) {
+            const std::optional<std::int64_t> source = at(places_.source, nominal);
+            const std::optional<std::int64_t> record = at(places_.record, nominal);
+            return !source || !record || *source == *record;
         });
+        if (mayBeAlike || places_.isEdl()) return;
+        tell(row, "another length in the source than in the record",
+             concat("the same, or ", sheet_.log.opening.terms->rate, " for an M2 line"),
+             "the event is written as it is");
+    }
+
+    // A clip that runs for another time on the record than in its source changes its speed. What
+    // was read from an edit list has its own lines for that.
+    std::string motion(unsigned row, const EdlEvent& event, const std::vector<std::string>& notes) {
+        if (counting_.nominal() == 0) {
+            tellOtherLength(row);
+            return {};
+        }
+        const std::optional<std::int64_t> source = lengths_.inSource(row);
+        const std::optional<std::int64_t> record = lengths_.onRecord(row);
+        if (!source || !record) return {};
+        const std::int64_t played = lengths_.asRecord(*source, row);
+        const bool isSaid = std::any_of(notes.begin(), notes.end(), isEdlMotion);
+        // Times of a timeline are those of the frame that they are in.
+        const std::int64_t slack = places_.rowKind == noColumn ? 0 : 1;
+        if (isSaid || std::abs(played - *record) <= slack) return {};
+        const std::string found = concat(std::to_string(*source), " frames in the source and ",
+                                         std::to_string(*record), " in the record");
+        if (places_.isEdl()) {
+            tell(row, found, "as many, or an M2 line", "the event is written as it is");
+            return {};
+        }
+        const EdlSpeed speed = edlSpeed(played * counting_.nominal(), *record);
+        if (speed.text.empty())
+            tell(row, found, "a speed that an M2 line has room for", "the event has none");
+        else if (!speed.isExact)
+            tell(row, found, "a speed in tenths of a frame",
+                 concat("the M2 line says ", speed.text));
+        return speed.text.empty() ? "" : edlMotionLine(event, speed.text);
     }
 
     Timecode counted(unsigned row, const std::string& text) const {
@@ -387,7 +468,7 @@ private:
 
     // The events one behind the other, where a log says nothing of a record.
     bool takeNextTimes(unsigned row, EdlEvent& event) {
-        if (hasNoFrame(row, event, edlSourceIn, edlSourceOut)) {
+        if (!hasFrame(row, event[edlSourceIn]) || !hasFrame(row, event[edlSourceOut])) {
             return leaveOut(row, "a frame that is not there at the rate", "one that is");
         }
         const Timecode start = counted(row, event[edlSourceIn]);
@@ -425,17 +506,22 @@ private:
         ++number_;
         std::string_view own = cell(row, places_.event);
         if (isWord(own) && isAsciiDigit(own.front())) return std::string(own);
-        if (!own.empty()) lose("event numbers that are no numbers, counted anew", row);
         std::string text = std::to_string(number_);
-        return text.size() < 3 ? std::string(3 - text.size(), '0') + text : text;
+        if (text.size() < 3) text.insert(0, 3 - text.size(), '0');
+        if (!own.empty()) {
+            tell(row, places_.event, inQuotes(own), "a number", "it is counted as " + text);
+        }
+        return text;
     }
 
     std::string reel(unsigned row) {
         std::string_view own = cell(row, places_.reel);
         std::string text = oneLine(own);
-        if (text.empty()) lose("events without a reel, which are given AX", row);
-        if (text.empty()) return "AX";
-        if (text != own) lose("reels that lose blanks or line ends", row);
+        if (text.empty()) return noReel(row);
+        if (text != own) {
+            tellReel(row, own, "no blanks around it and one line",
+                     "it is written as " + inQuotes(text));
+        }
         if (style_.shortReels) return shortened(row, text);
         if (!isWord(text)) {
             tellReel(row, text, "one word, as most programs read no more",
@@ -443,9 +529,20 @@ private:
                             " makes one word of it"));
         }
         if (text.size() > shortReel) {
-            lose(longReels_, row);
+            tellReel(row, text, "at most 8 characters",
+                     concat("it is written in the long form; ",
+                            sheet_.log.opening.terms->shortReels, " cuts it"));
         }
         return text;
+    }
+
+    // A log without reels is told once.
+    std::string noReel(unsigned row) {
+        if (places_.reel == noColumn)
+            losses_.add("events without a reel, which are given AX", "");
+        else
+            tellReel(row, "", "a reel", "it is written as AX");
+        return "AX";
     }
 
     std::string shortened(unsigned row, const std::string& reel) {
@@ -459,8 +556,7 @@ private:
 
     void tellReel(unsigned row, std::string_view reel, const char* expected,
                   const std::string& outcome) {
-        losses_.addEach(worded(sheet_.log.name, {sheet_.line(row), sheet_.name(places_.reel),
-                                                 inQuotes(reel), expected, outcome}));
+        tell(row, places_.reel, inQuotes(reel), expected, outcome);
     }
 
     std::string track(unsigned row) {
@@ -468,7 +564,10 @@ private:
         bool isKept = places_.isEdl() && isWord(own) && !sameText(own, "K");
         std::string text = isKept ? std::string(own) : trackOf(own);
         if (!text.empty()) return text;
-        if (places_.track != noColumn) lose("tracks that an edit list does not know, as V", row);
+        if (places_.track != noColumn) {
+            tell(row, places_.track, inQuotes(own), "a track such as V, A2 or B",
+                 "it is written as V");
+        }
         return "V";
     }
 
@@ -479,7 +578,8 @@ private:
         bool isKind = isKey || (isWord(own) && !isAsciiDigit(own.front()));
         bool isLength = std::all_of(length.begin(), length.end(), isAsciiDigit);
         if (places_.kind != noColumn && (!isKind || !isLength)) {
-            lose("transitions that an edit list does not know, as cuts", row);
+            tell(row, places_.kind, inQuotes(concat(own, length.empty() ? "" : " ", length)),
+                 "C, D, a wipe or a key, and its length", "it is written as a cut");
         }
         event[edlKind] = isKind && isLength ? own : "C";
         if (isKind && isLength) event[edlLength] = length;
@@ -505,9 +605,15 @@ private:
         if (own.empty() && !places_.isEdl()) {
             own = dropsFrames(row, event) ? "DROP FRAME" : "NON-DROP FRAME";
         }
-        if (own.empty() && !fcm_.empty()) lose("events that FCM said nothing of", row);
+        if (own.empty() && !fcm_.empty()) {
+            tell(row, "an event of which FCM says nothing", "one of which it does",
+                 concat("it comes behind FCM ", fcm_));
+        }
         const bool isNeeded = hasLinesBefore && isBehindEvent_;
-        if (isNeeded && own.empty()) lose("comments in front of an event, behind another", row);
+        if (isNeeded && own.empty()) {
+            tell(row, "comments in front of an event", "an FCM line in front of them",
+                 "they belong to the event before");
+        }
         const bool isFirstSaid = isSaidAnew(row);
         if (own.empty() || (own == fcm_ && !isNeeded && !isFirstSaid)) return;
         line("FCM: " + own);
@@ -534,10 +640,10 @@ private:
         bool isBehindOdd = false;
         bool isBehindSplits = false;
         const std::string_view inked = trimmed(text);
-        if (inked != text) lose("comment lines that lose blanks", row);
+        if (inked != text) tellBlanks(row);
         for (std::string_view part : split(inked, '\n')) {
             std::string own = oneLine(part);
-            if (own != part) lose("comment lines that lose blanks", row);
+            if (own != part) tellBlanks(row);
             if (own.empty() || (places_.isEdl() && isNamePlace(own, isBehindOdd))) {
                 lines.push_back(own);
                 continue;
@@ -545,9 +651,17 @@ private:
             isBehindSplits = isBehindSplits || !isEdlSplit(own);
             bool isKept = isComment(own, event, isBehindOdd) || !isBehindSplits;
             isBehindOdd = isBehindOdd || (isKept && isOddEdlEvent(own));
-            if (!isKept && places_.isEdl()) lose("comments that are given a star", row);
+            if (!isKept && places_.isEdl()) tellStar(row, own);
             lines.push_back(isKept ? own : "* " + own);
         }
+    }
+
+    void tellBlanks(unsigned row) {
+        tell(row, "a comment with blanks around it", "one without", "it loses them");
+    }
+
+    void tellStar(unsigned row, std::string_view comment) {
+        tell(row, inQuotes(comment), "a comment", "it is given a star");
     }
 
     static bool isNamePlace(std::string_view line, bool isBehindOdd) {
@@ -594,8 +708,8 @@ private:
     Places places_;
     std::vector<unsigned> others_;
     LogCounting counting_;
+    ClipLengths lengths_;
     ShortReels shortReels_;
-    std::string longReels_;  // the loss
     std::string fcm_;
     std::size_t number_ = 0;
     bool isBehindEvent_ = false;

@@ -7,6 +7,7 @@
 #include "formats/log/column_names.h"
 #include "formats/reading/decoding.h"
 #include "formats/reading/input.h"
+#include "formats/reading/readers.h"
 #include "formats/table_file/table_rewriting.h"
 #include "formats/text/suggestion.h"
 #include "formats/text/text_lines.h"
@@ -117,6 +118,34 @@ bool canBeParameter(std::string_view name, std::string_view value) {
 
 namespace {
 
+Failure withAdvice(const Failure& failure, const std::string& advice) {
+    Failure made = failure;
+    made.text = concat(made.text, "; ", advice);
+    std::string& own = made.reason.advice;
+    own = own.empty() ? advice : concat(own, "; ", advice);
+    return made;
+}
+
+std::string inCapitals(std::string text) {
+    for (char& c : text) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    return text;
+}
+
+// Where the name's ending, or a person, said a format that the bytes have not, the reason says
+// which one they seem to have.
+void readFormat(Input& input, Log& log) {
+    const std::string head(input.head());
+    log.format = log.opening.format ? *log.opening.format : recognised(log.path, head);
+    try {
+        readAs(log.format, input, log.opening.wanted, log);
+    } catch (const Failure& failure) {
+        const std::string other = otherFormat(log.format, head);
+        if (failure.kind != unreadable || other.empty()) throw;
+        throw withAdvice(failure, concat("if it is ", inCapitals(other), ", say so with ",
+                                         log.opening.terms->from, " ", other));
+    }
+}
+
 Log openLog(Input& input, const std::string& path, const Opening& opening,
             std::shared_ptr<Source> source) {
     Log log;
@@ -132,8 +161,12 @@ Log openLog(Input& input, const std::string& path, const Opening& opening,
     if (input.head().empty()) {
         throw Failure{unreadable, log.name + ": is empty once unpacked, expected a log"};
     }
-    log.format = opening.format ? *opening.format : recognised(path, input.head());
-    readAs(log.format, input, opening.wanted, log);
+    if (opening.format) {
+        log.format = *opening.format;
+        readAs(log.format, input, opening.wanted, log);
+    } else {
+        readFound(input, log);
+    }
     noteRepeatedNames(log);
     return log;
 }

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <string>
+#include <string_view>
+#include <vector>
+
 #include <vekdb/host/text_block.h>
 #include "formats/log/log.h"
 #include "formats/reading/input.h"
@@ -16,6 +20,10 @@ struct Text {
     std::string_view view() const { return {block->data() + start, block->size() - start}; }
 };
 
+/// The name of the format that a text seems to have that begins so and is none of the tried one:
+/// "csv", "tsv" or "json"; "" where it does not seem so.
+std::string otherFormat(Format tried, std::string_view head);
+
 /// Leaves out rows of an undamaged file that do not hold the wanted "contains" conditions.
 void readTable(Input& input, const Wanted& wanted, Log& log);
 void readPlainCsv(Input& input, Log& log);
@@ -26,5 +34,7 @@ void readJson(Text text, Log& log);
 void readOtio(Text text, Log& log);
 void readFcpxml(Text text, Log& log);
 void readXlsx(Input& input, Log& log);
+/// The names of a workbook's sheets, in their order.
+std::vector<std::string> sheetsOfXlsx(Input& input, const Opening& opening);
 
 }  // namespace vek::formats

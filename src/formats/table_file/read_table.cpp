@@ -8,7 +8,6 @@
 #include <vekdb/row_choice.h>
 #include "formats/choosing/conditions.h"
 #include "formats/choosing/ranges.h"
-#include "formats/delimited/delimiters.h"
 #include "formats/reading/limits.h"
 #include "formats/reading/read_errors.h"
 #include "formats/reading/readers.h"
@@ -222,20 +221,11 @@ private:
             refuse(1, "a byte order mark", "the line \"VEKDB:Rev 1\"");
         }
         if (!startsWithParameters()) {
-            throw Failure{unreadable,
-                          log_.name,
-                          {1, "", inQuotes(firstLine()),
-                           "a table file's first line, \"VEKDB:Rev 1\"", whatItIs()}};
+            throw Failure{
+                unreadable,
+                log_.name,
+                {1, "", inQuotes(firstLine()), "a table file's first line, \"VEKDB:Rev 1\"", ""}};
         }
-    }
-
-    // What people give a wrong ending to.
-    std::string whatItIs() const {
-        const bool isAll = text_.size() < Input::headSize;
-        if (!isDelimited(text_, isAll)) return {};
-        const bool isCsv = foundDelimiter(text_, isAll, ',') != '\t';
-        return concat("if it is ", isCsv ? "CSV" : "TSV", ", say so with ",
-                      log_.opening.terms->from, isCsv ? " csv" : " tsv");
     }
 
     std::string_view firstLine() const { return text_.substr(0, text_.find('\n')); }

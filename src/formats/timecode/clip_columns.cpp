@@ -1,5 +1,6 @@
 #include "formats/timecode/clip_columns.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -39,6 +40,22 @@ std::string withWord(const std::string& name, std::string_view word, const char*
     return {};
 }
 
+bool isOneOf(std::string_view word, std::initializer_list<const char*> words) {
+    return std::any_of(words.begin(), words.end(),
+                       [&](const char* other) { return sameText(word, other); });
+}
+
+std::vector<std::string_view> wordsOf(std::string_view name) {
+    std::vector<std::string_view> words;
+    while (!name.empty()) {
+        const auto end = std::find_if_not(name.begin(), name.end(), isLetterOrDigit);
+        const auto size = static_cast<std::size_t>(end - name.begin());
+        if (size > 0) words.push_back(name.substr(0, size));
+        name.remove_prefix(std::min(size + 1, name.size()));
+    }
+    return words;
+}
+
 constexpr std::pair<const char*, const char*> ends[] = {{"start", "end"}, {"in", "out"}};
 
 unsigned columnWithWord(const Log& log, const std::string& name, const char* word,
@@ -65,6 +82,28 @@ unsigned startColumnFor(const Log& log, const std::string& name) {
 
 }  // namespace
 
+// "Key" and "edge" are words of other things, too, and say it by what stands beside them.
+bool namesFilmCode(std::string_view name) {
+    const auto isNumber = [](std::string_view word) {
+        return isOneOf(word, {"number", "numbers", "num", "no", "nr", "code", "codes", "kode"});
+    };
+    const auto isEnd = [](std::string_view word) {
+        return isOneOf(word, {"start", "end", "in", "out"});
+    };
+    const std::vector<std::string_view> words = wordsOf(name);
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        if (isOneOf(words[i], {"kn", "keycode", "keykode", "keynumber", "ink", "inkcode",
+                               "inknumber", "edgecode", "edgenumber"})) {
+            return true;
+        }
+        if (!isOneOf(words[i], {"key", "edge"})) continue;
+        const bool isLast = i + 1 == words.size();
+        if (isLast ? i > 0 && isEnd(words[i - 1]) : isNumber(words[i + 1])) return true;
+        if (i + 2 == words.size() && isEnd(words.back())) return true;
+    }
+    return false;
+}
+
 unsigned firstColumn(const Log& log, std::initializer_list<const char*> names) {
     for (const char* name : names) {
         unsigned column = log.findColumn(name);
@@ -88,7 +127,11 @@ RangeColumns recordColumns(const Log& log) {
 }
 
 RangeColumns keycodeColumns(const Log& log) {
-    return firstPair(log, {{"start keycode", "end keycode"}, {"KN Start", "KN End"}});
+    return firstPair(log, {{"start keycode", "end keycode"},
+                           {"KN Start", "KN End"},
+                           {"Keycode Start", "Keycode End"},
+                           {"Key Number Start", "Key Number End"},
+                           {"Key Start", "Key End"}});
 }
 
 bool isTimeline(const Log& log) {

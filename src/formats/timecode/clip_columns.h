@@ -1,6 +1,7 @@
 #pragma once
 
 #include <initializer_list>
+#include <string_view>
 #include <vector>
 
 #include "formats/log/log.h"
@@ -16,6 +17,10 @@ struct RangeColumns {
 };
 /// All such pairs that the log has, by their names.
 std::vector<RangeColumns> rangeColumns(const Log& log);
+
+/// Whether a column's name says that keycodes or inkcodes stand in it: "KN Start", "Key Number In",
+/// "Ink Number", but not "Key Grip".
+bool namesFilmCode(std::string_view name);
 
 /// The pair that a column begins or ends; noColumn twice where it has no other one.
 RangeColumns rangeOf(const Log& log, unsigned column);

@@ -131,6 +131,12 @@ std::optional<ExactTime::Frames> ExactTime::frames(const FrameRate& rate) const 
     return Frames{static_cast<std::int64_t>(whole), isExact};
 }
 
+std::string fractionText(const ExactTime& time) {
+    std::string text = std::to_string(time.over());
+    if (time.under() != 1) text += "/" + std::to_string(time.under());
+    return text + "s";
+}
+
 std::optional<FrameRate> rateOfFrame(const ExactTime& length) {
     if (!length.isKnown() || length.over() <= 0) return {};
     if (length.over() == 1) return parseFrameRate(std::to_string(length.under()));

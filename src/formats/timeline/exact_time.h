@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include <vekdb/formats/timecode.h>
@@ -43,6 +44,9 @@ private:
     std::int64_t over_ = 0;
     std::int64_t under_ = 1;  // 0 for what is not known
 };
+
+/// "1001/30000s", which `of` reads.
+std::string fractionText(const ExactTime& time);
 
 /// The rate of a frame that lasts so long, as "1001/30000s" says; nothing for other lengths.
 std::optional<FrameRate> rateOfFrame(const ExactTime& length);

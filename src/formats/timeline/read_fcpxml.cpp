@@ -5,6 +5,7 @@
 #include "formats/text/line_index.h"
 #include "formats/timeline/timeline_rows.h"
 #include "formats/xml/xml.h"
+#include "formats/xml/xml_entities.h"
 
 namespace vek::formats {
 
@@ -536,19 +537,44 @@ std::size_t mostMemory(std::size_t bytes) {
     return ofAnyText + ofEachByte * bytes;
 }
 
+[[noreturn]] void refuse(const Log& log, std::size_t line, const std::string& found) {
+    throw Failure{unreadable,
+                  worded(log.name, {line, "", found, "a well-formed FCPXML document", ""})};
+}
+
+// Entities make at most so much more than there are bytes.
+constexpr std::size_t mostOfEntities = std::size_t{1} << 20;
+
+Text withoutEntities(Text text, Log& log) {
+    std::optional<ExpandedXml> made =
+        expandedEntities(text.view(), mostOfEntities + text.view().size());
+    if (!made) return text;
+    if (!made->refused.empty()) {
+        refuse(log, LineIndex(text.view()).line(made->refusedAt), made->refused);
+    }
+    const LineIndex lines(made->text);
+    for (const ExpandedXml::Unknown& one : made->unknown) {
+        log.report([&]() -> Problem {
+            return {lines.line(one.offset), "", concat("an entity &", one.name, ";"),
+                    "one that the document itself says the text of", "its name stays in its place"};
+        });
+    }
+    text = {TextBlock::create(made->text.size()), 0};
+    std::copy(made->text.begin(), made->text.end(), text.block->data());
+    return text;
+}
+
 }  // namespace
 
-void readFcpxml(Text text, Log& log) {
+void readFcpxml(Text came, Log& log) {
+    Text text = withoutEntities(std::move(came), log);
     const std::string_view view = text.view();
     const std::size_t bytes = view.size();
     const LineIndex lines(view);
     XmlDocument document;
     const XmlDocument::Fault fault =
         document.parse(text.block->data() + text.start, bytes, mostMemory(bytes));
-    if (fault.isAny()) {
-        throw Failure{unreadable, worded(log.name, {lines.line(fault.offset), "", fault.found,
-                                                    "a well-formed FCPXML document", ""})};
-    }
+    if (fault.isAny()) refuse(log, lines.line(fault.offset), fault.found);
     FcpxmlReader(document, lines, bytes, log).read();
 }
 

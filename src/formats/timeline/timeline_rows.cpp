@@ -15,17 +15,11 @@ constexpr const char* alwaysThere[] = {timeline::kind,     timeline::place, time
                                        timeline::clipName, timeline::reel,  timeline::sourceIn,
                                        timeline::sourceOut};
 
-std::string exactName(const char* column) {
+}  // namespace
+
+std::string exactTimeColumn(std::string_view column) {
     return concat(column, " Exact");
 }
-
-std::string fractionText(const ExactTime& time) {
-    std::string text = std::to_string(time.over());
-    if (time.under() != 1) text += "/" + std::to_string(time.under());
-    return text + "s";
-}
-
-}  // namespace
 
 TimelineKind timelineKind(std::string_view text) {
     struct Entry {
@@ -120,7 +114,7 @@ void TimelineRows::setTime(const char* column, const ExactTime& time, const Fram
     }
     cell(at) = timecodeText(frames->whole, rate.nominal, drops);
     if (frames->isExact) return;
-    set(exactName(column), fractionText(time));
+    set(exactTimeColumn(column), fractionText(time));
     if (!betweenFrames_.empty()) betweenFrames_ += ", ";
     betweenFrames_ += concat(column, " ", fractionText(time));
 }

@@ -38,6 +38,9 @@ constexpr const char* effects = "Effects";
 constexpr const char* enabled = "Enabled";
 }  // namespace timeline
 
+/// The column of the moments themselves, where times in a column are between two frames.
+std::string exactTimeColumn(std::string_view column);
+
 /// What a row of a timeline is, as its column Kind says.
 enum class TimelineKind { clip, marker, note, transition, track, other };
 /// Clips for all texts that no timeline has.

@@ -8,6 +8,7 @@
 #include "formats/text/text_lines.h"
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
+#include "formats/timeline/clip_lengths.h"
 #include "formats/timeline/timeline_rows.h"
 #include "formats/writing/sheet_facts.h"
 #include "formats/writing/write_formats.h"
@@ -16,12 +17,27 @@ namespace vek::formats {
 
 namespace {
 
-// A clip or a transition, where it lies on the record. Frames.
+constexpr std::size_t noNest = static_cast<std::size_t>(-1);
+constexpr std::ptrdiff_t deepest = 32;
+
+// A clip, a transition or what is nested, where it lies on the record. Frames.
 struct Item {
     unsigned row = 0;
     std::int64_t start = 0;
     std::int64_t length = 0;
     bool isTransition = false;
+    std::size_t nest = noNest;
+};
+
+// A stack or track within a track, where it lies on the record. What stands in it begins so many
+// frames before what is seen of it.
+struct Nest {
+    unsigned row = 0;
+    bool isStack = false;
+    std::int64_t start = 0;
+    std::int64_t length = 0;
+    std::optional<std::int64_t> hidden = {};  // nothing where all of it is seen
+    std::vector<Item> items = {};
 };
 
 struct Track {
@@ -52,11 +68,13 @@ public:
           names_(distinctNames(sheet, losses)) {
         findColumns();
         require();
+        lengths_.emplace(sheet_, counting_, source_, record_);
     }
 
     void write() {
+        findNests();
         for (unsigned row = 0; row < sheet_.rowCount(); ++row) place(row);
-        for (auto& [name, track] : tracks_) spread(track);
+        for (auto& [name, track] : tracks_) addLanes(track);
         writeTimeline();
     }
 
@@ -110,24 +128,15 @@ private:
 
     const FrameRate& rate() const { return *counting_.rate(); }
 
-    std::optional<Timecode> timecode(unsigned row, unsigned column) const {
-        if (column == noColumn) return {};
-        std::optional<Timecode> code = parseTimecode(trimmed(cell(row, column)));
-        if (!code) return code;
-        const Counting said =
-            counting_.counting(sheet_.view->baseIndex(row), sheet_.columns[column]);
-        code->dropFrame = code->dropFrame || said == Counting::dropFrame;
-        return code;
-    }
-
-    // The rate of a row's source, where the log has one for each.
-    FrameRate sourceRate(unsigned row) const {
-        std::optional<FrameRate> own = parseFrameRate(cell(row, rate_));
-        return own ? *own : rate();
+    // One within a track; the timeline's own is no row.
+    bool isStack(unsigned row) const {
+        return sameText(cell(row, kind_), "Stack") &&
+               placeOf(row).find('.') != std::string_view::npos;
     }
 
     TimelineKind kind(unsigned row) const {
-        return kind_ == noColumn ? TimelineKind::clip : timelineKind(cell(row, kind_));
+        if (kind_ == noColumn) return TimelineKind::clip;
+        return isStack(row) ? TimelineKind::track : timelineKind(cell(row, kind_));
     }
 
     void place(unsigned row) {
@@ -148,17 +157,68 @@ private:
         }
     }
 
+    // What lies on the record within another one, by its place.
+    void findNests() {
+        for (unsigned row = 0; row < sheet_.rowCount(); ++row) {
+            const std::string_view at = placeOf(row);
+            const std::ptrdiff_t depth = std::count(at.begin(), at.end(), '.');
+            const bool isNested = depth > 0 && depth <= deepest;
+            if (!isNested || kind(row) != TimelineKind::track) continue;
+            const std::optional<std::int64_t> length = lengths_->onRecord(row);
+            if (!length || !nestAt_.try_emplace(std::string(at), nests_.size()).second) continue;
+            Nest nest{row, isStack(row)};
+            nest.start = framesOf(*lengths_->timecode(row, record_.start), rate().nominal);
+            nest.length = *length;
+            if (const auto hidden = lengths_->timecode(row, source_.start)) {
+                const int nominal = lengths_->sourceRate(row).nominal;
+                nest.hidden = lengths_->asRecord(framesOf(*hidden, nominal), row);
+            }
+            nests_.push_back(std::move(nest));
+        }
+    }
+
+    std::string_view placeOf(unsigned row) const {
+        return kind_ == noColumn ? std::string_view() : cell(row, find({timeline::place}));
+    }
+
+    // Those among which a row lies.
+    std::vector<Item>& itemsAround(unsigned row) {
+        const std::string_view at = placeOf(row);
+        const auto nest = nestAt_.find(at.substr(0, std::min(at.rfind('.'), at.size())));
+        const bool isIn = nest != nestAt_.end() && at.find('.') != at.npos;
+        return isIn ? nests_[nest->second].items : trackOf(row).items;
+    }
+
     void placeTrack(unsigned row) {
-        if (cell(row, find({timeline::place})).find('.') != std::string_view::npos) {
-            return leaveOut(row, "a track within another", "a track of the timeline");
+        const std::string_view at = placeOf(row);
+        const auto nest = nestAt_.find(at);
+        const bool isNest = nest != nestAt_.end() && nests_[nest->second].row == row;
+        if (isNest) {
+            const Nest& own = nests_[nest->second];
+            itemsAround(row).push_back({row, own.start, own.length, false, nest->second});
+        } else if (at.find('.') != at.npos) {
+            return leaveOut(row, "a stack or track within another without a place on the record",
+                            "Record In and Record Out");
+        } else {
+            trackOf(row).row = row;
         }
         owner_ = row;
-        trackOf(row).row = row;
     }
 
     void leaveOut(unsigned row, const std::string& found, const char* expected) {
-        losses_.addEach(worded(sheet_.log.name,
-                               {sheet_.line(row), "", found, expected, "the row is left out"}));
+        tell(row, found, expected, "the row is left out");
+    }
+
+    void leaveOutUntimed(unsigned row, const RangeColumns& pair, const char* where) {
+        if (lengths_->endsBeforeStart(row, pair))
+            leaveOut(row, concat("an end before its start ", where), "one that is not");
+        else
+            leaveOut(row, concat("no start and end ", where), "timecodes");
+    }
+
+    void tell(unsigned row, const std::string& found, const std::string& expected,
+              const std::string& outcome) {
+        losses_.addEach(worded(sheet_.log.name, {sheet_.line(row), "", found, expected, outcome}));
     }
 
     Track& trackOf(unsigned row) {
@@ -169,23 +229,16 @@ private:
         return tracks_[at->second].second;
     }
 
-    std::optional<std::int64_t> sourceLength(unsigned row) const {
-        const std::optional<Timecode> start = timecode(row, source_.start);
-        const std::optional<Timecode> end = timecode(row, source_.end);
-        if (!start || !end) return {};
-        return framesBetween(*start, *end, sourceRate(row).nominal);
-    }
-
     // A timeline counts frames, and so has no others than are there.
     void tellNoFrames(unsigned row) {
         for (unsigned column : {source_.start, source_.end}) {
-            tellNoFrame(row, column, sourceRate(row));
+            tellNoFrame(row, column, lengths_->sourceRate(row));
         }
         for (unsigned column : {record_.start, record_.end}) tellNoFrame(row, column, rate());
     }
 
     void tellNoFrame(unsigned row, unsigned column, const FrameRate& own) {
-        const std::optional<Timecode> code = timecode(row, column);
+        const std::optional<Timecode> code = lengths_->timecode(row, column);
         if (!code || isCounted(*code, own.nominal)) return;
         const std::string made =
             timecodeText(framesOf(*code, own.nominal), own.nominal, code->dropFrame);
@@ -196,9 +249,9 @@ private:
     }
 
     void placeClip(unsigned row) {
-        const std::optional<std::int64_t> length = sourceLength(row);
-        if (!length) return leaveOut(row, "no start and end in the source", "timecodes");
-        Item item{row, 0, inRecord(*length, row), false};
+        const std::optional<std::int64_t> length = lengths_->inSource(row);
+        if (!length) return leaveOutUntimed(row, source_, "in the source");
+        Item item{row, 0, lengths_->asRecord(*length, row), false};
         if (record_.start == noColumn) {
             item.start = laid_;
             laid_ += item.length;
@@ -206,70 +259,68 @@ private:
             return;
         }
         owner_ = row;
-        trackOf(row).items.push_back(item);
-    }
-
-    // Frames of the source as frames of the record, where the two run at other rates.
-    std::int64_t inRecord(std::int64_t frames, unsigned row) const {
-        const FrameRate own = sourceRate(row);
-        if (own.isAsFastAs(rate())) return frames;
-        const auto made = ExactTime::ofFrames(frames, own).frames(rate());
-        return made ? made->whole : frames;
+        itemsAround(row).push_back(item);
     }
 
     bool placeOnRecord(unsigned row, Item& item) {
-        const std::optional<Timecode> start = timecode(row, record_.start);
-        const std::optional<Timecode> end = timecode(row, record_.end);
-        std::optional<std::int64_t> length;
-        if (start && end) length = framesBetween(*start, *end, rate().nominal);
+        const std::optional<std::int64_t> length = lengths_->onRecord(row);
         if (!length) {
-            leaveOut(row, "no start and end in the record", "timecodes");
+            leaveOutUntimed(row, record_, "in the record");
             return false;
         }
+        const std::optional<Timecode> start = lengths_->timecode(row, record_.start);
         item.start = framesOf(*start, rate().nominal);
         if (*length != item.length) {
-            losses_.add("clips that are longer or shorter in the record, as changes of speed",
-                        concat(sheet_.log.name, ":", std::to_string(sheet_.line(row))));
+            tell(row,
+                 concat(std::to_string(item.length), " frames in the source and ",
+                        std::to_string(*length), " in the record"),
+                 "as many", "the clip gets a change of speed");
             item.length = *length;
         }
         return true;
     }
 
     void placeTransition(unsigned row) {
-        const std::optional<Timecode> start = timecode(row, record_.start);
+        const std::optional<Timecode> start = lengths_->timecode(row, record_.start);
         const ExactTime before = ExactTime::of(cell(row, find({timeline::inOffset})));
         if (!start || !before.isKnown() || before.under() != 1) {
             return leaveOut(row, "a transition without its place", "Record In and In Offset");
         }
         owner_ = row;
-        trackOf(row).items.push_back(
+        itemsAround(row).push_back(
             {row, framesOf(*start, rate().nominal) + before.over(), 0, true});
     }
 
     // Clips that lie over one another do not fit one track; the first free one takes each.
-    void spread(Track& track) {
-        std::stable_sort(track.items.begin(), track.items.end(), comesBefore);
+    std::vector<std::vector<Item>> spread(std::vector<Item> items, std::string_view track) {
+        std::stable_sort(items.begin(), items.end(), comesBefore);
         using End = std::pair<std::int64_t, std::size_t>;
         std::priority_queue<End, std::vector<End>, std::greater<>> ends;
-        const std::size_t first = lanes_.size();
-        for (const Item& item : track.items) {
-            std::size_t lane = lanes_.size();
+        std::vector<std::vector<Item>> lanes(1);
+        for (const Item& item : items) {
+            std::size_t lane = ends.empty() ? 0 : lanes.size();
             if (!ends.empty() && (ends.top().first <= item.start || item.isTransition)) {
                 lane = ends.top().second;
                 ends.pop();
             }
-            if (lane == lanes_.size()) {
-                lanes_.push_back({track.name, lane == first ? track.row : noColumn, {}});
-            }
-            lanes_[lane].items.push_back(item);
+            if (lane == lanes.size()) lanes.emplace_back();
+            if (lane != 0) tellOver(item, track);
+            lanes[lane].push_back(item);
             ends.push({item.start + item.length, lane});
         }
-        if (lanes_.size() == first) lanes_.push_back({track.name, track.row, {}});
-        track.items = {};
-        if (lanes_.size() > first + 1) {
-            losses_.add("tracks whose clips lie over one another, as several",
-                        inQuotes(track.name));
+        return lanes;
+    }
+
+    void addLanes(Track& track) {
+        for (std::vector<Item>& items : spread(std::move(track.items), track.name)) {
+            lanes_.push_back({track.name, track.row, std::move(items)});
+            track.row = noColumn;
         }
+    }
+
+    void tellOver(const Item& item, std::string_view track) {
+        tell(item.row, concat("a clip over another one on track ", inQuotes(track)),
+             "one behind it", "it goes on a track of its own");
     }
 
     std::int64_t startOfAll() const {
@@ -383,23 +434,87 @@ private:
     void writeTrack(const Track& track) {
         const bool isMade = track.row == noColumn;
         const std::string name = isMade ? track.name : std::string(cell(track.row, clipName_));
-        const std::string own =
-            isMade ? "{\"vekdb\": {\"made\": true}}" : metadata(track.row, {clipName_});
-        out_.write("{\"OTIO_SCHEMA\": \"Track.1\", \"name\": " + string(name) +
-                   ", \"kind\": " + (isSound(track.name) ? "\"Audio\"" : "\"Video\"") +
-                   ", \"source_range\": null, \"effects\": [], \"enabled\": true, \"markers\": " +
-                   (isMade ? "[]" : markersOf(track.row, zero_)) + ", \"metadata\": " + own +
-                   ", \"children\": [");
-        std::int64_t at = zero_;
+        out_.write(
+            "{\"OTIO_SCHEMA\": \"Track.1\", \"name\": " + string(name) + kindOfTrack(track.name) +
+            ", \"source_range\": null, \"effects\": " + (isMade ? "[]" : ownEffects(track.row)) +
+            ", \"enabled\": " + (isMade || !isDisabled(track.row) ? "true" : "false") +
+            ", \"markers\": " + (isMade ? "[]" : markersOf(track.row, zero_)) + ", \"metadata\": " +
+            (isMade ? madeMetadata : metadata(track.row, {clipName_})) + ", \"children\": [");
+        writeItems(track.items, zero_);
+        out_.write("]}");
+    }
+
+    static std::string kindOfTrack(std::string_view track) {
+        return isSound(track) ? ", \"kind\": \"Audio\"" : ", \"kind\": \"Video\"";
+    }
+
+    // One behind the other from a frame on, with gaps where the record has none.
+    void writeItems(const std::vector<Item>& items, std::int64_t at) {
         bool isFirst = true;
-        for (const Item& item : track.items) {
+        for (const Item& item : items) {
             if (item.start > at) writeGap(item.start - at, isFirst);
             out_.write(isFirst ? "\n" : ",\n");
             isFirst = false;
-            item.isTransition ? writeTransition(item) : writeClip(item);
+            writeItem(item, nullptr);
             at = std::max(at, item.start + item.length);
         }
+    }
+
+    // In a stack all things begin at one frame.
+    void writeItem(const Item& item, const std::int64_t* ofStack) {
+        if (item.nest != noNest) return writeNest(nests_[item.nest], ofStack);
+        item.isTransition ? writeTransition(item) : writeClip(item);
+    }
+
+    // Tracks lie in a stack, and what begins later than it lies in a track that is made.
+    void writeLayer(const std::vector<Item>& items, std::int64_t begin) {
+        const Item& first = items.front();
+        const bool isTrack = first.nest != noNest && !nests_[first.nest].isStack;
+        const bool isAlone = items.size() == 1 && !first.isTransition;
+        if (isAlone && (isTrack || first.start == begin)) return writeItem(first, &begin);
+        out_.write(concat("{\"OTIO_SCHEMA\": \"Track.1\", \"name\": \"\"",
+                          kindOfTrack(cell(first.row, track_)),
+                          ", \"source_range\": null, \"effects\": [], \"enabled\": true, "
+                          "\"markers\": [], \"metadata\": ",
+                          madeMetadata, ", \"children\": ["));
+        writeItems(items, begin);
         out_.write("]}");
+    }
+
+    void writeNest(const Nest& nest, const std::int64_t* ofStack) {
+        // A track in a stack begins where that does.
+        const bool isLaid = ofStack != nullptr && !nest.isStack && nest.start != *ofStack;
+        const std::int64_t begin = isLaid ? *ofStack : nest.start - nest.hidden.value_or(0);
+        std::vector<std::vector<Item>> lanes;
+        if (nest.isStack) {
+            for (const Item& item : nest.items) lanes.push_back({item});
+        } else {
+            lanes = spread(nest.items, cell(nest.row, track_));
+        }
+        const bool isStack = nest.isStack || lanes.size() > 1;
+        out_.write(concat(
+            isStack ? "{\"OTIO_SCHEMA\": \"Stack.1\"" : "{\"OTIO_SCHEMA\": \"Track.1\"",
+            ", \"name\": ", string(cell(nest.row, clipName_)),
+            isStack ? "" : kindOfTrack(cell(nest.row, track_)), ", \"source_range\": ",
+            isLaid ? "null" : rangeOf(nest, ofStack), ", \"effects\": ", ownEffects(nest.row),
+            ", \"enabled\": ", isDisabled(nest.row) ? "false" : "true",
+            ", \"markers\": ", markersOf(nest.row, nest.hidden.value_or(0)),
+            ", \"metadata\": ", metadata(nest.row, {clipName_}), ", \"children\": ["));
+        if (!isStack) writeItems(lanes.front(), begin);
+        for (std::size_t i = 0; isStack && i < lanes.size(); ++i) {
+            out_.write(i == 0 ? "\n" : ",\n");
+            writeLayer(lanes[i], begin);
+        }
+        out_.write("]}");
+    }
+
+    // What is seen of it, where that is not all that stands in it.
+    std::string rangeOf(const Nest& nest, const std::int64_t* ofStack) const {
+        if (nest.hidden) return range(*nest.hidden, nest.length, rate(), rate());
+        std::int64_t end = nest.start;
+        for (const Item& item : nest.items) end = std::max(end, item.start + item.length);
+        const bool isAll = end - nest.start == nest.length || ofStack != nullptr;
+        return isAll ? "null" : range(0, nest.length, rate(), rate());
     }
 
     void writeGap(std::int64_t length, bool& isFirst) {
@@ -412,10 +527,10 @@ private:
 
     void writeClip(const Item& item) {
         const unsigned row = item.row;
-        const FrameRate own = sourceRate(row);
-        const std::int64_t start = framesOf(*timecode(row, source_.start), own.nominal);
-        const std::int64_t length = *sourceLength(row);
-        const bool isSped = inRecord(length, row) != item.length;
+        const FrameRate own = lengths_->sourceRate(row);
+        const std::int64_t start = framesOf(*lengths_->timecode(row, source_.start), own.nominal);
+        const std::int64_t length = *lengths_->inSource(row);
+        const bool isSped = lengths_->asRecord(length, row) != item.length;
         std::vector<unsigned> kept = keptTimes(item, start, isSped ? item.length : length);
         if (clipName_ != noColumn) kept.push_back(clipName_);
         out_.write("{\"OTIO_SCHEMA\": \"Clip.2\", \"name\": " + string(cell(row, clipName_)) +
@@ -438,7 +553,7 @@ private:
     std::vector<unsigned> keptTimes(const Item& item, std::int64_t start, std::int64_t length) {
         std::vector<unsigned> kept;
         const bool dropsAll = counting_.countingOfAll() == Counting::dropFrame;
-        const FrameRate own = sourceRate(item.row);
+        const FrameRate own = lengths_->sourceRate(item.row);
         const bool drops = dropsAll && own.isAsFastAs(rate());
         const auto keep = [&](unsigned column, std::int64_t frames, int nominal, bool isDrop) {
             if (column == noColumn) return;
@@ -453,16 +568,21 @@ private:
         return kept;
     }
 
-    std::string effects(unsigned row, bool isSped, std::int64_t length, std::int64_t made) {
+    // Those that the row came with.
+    std::string ownEffects(unsigned row) const {
         const std::string_view own = isTimeline_ ? cell(row, find({timeline::effects})) : "";
-        if (own.starts_with('[')) {
-            const std::optional<CompactJson> compact = compactJson(own);
-            if (compact && compact->size == own.size()) return std::string(own);
-        }
-        if (!isSped || made == 0) return "[]";
+        if (!own.starts_with('[')) return "[]";
+        const std::optional<CompactJson> compact = compactJson(own);
+        return compact && compact->size == own.size() ? std::string(own) : "[]";
+    }
+
+    std::string effects(unsigned row, bool isSped, std::int64_t length, std::int64_t made) {
+        std::string own = ownEffects(row);
+        if (own != "[]" || !isSped || made == 0) return own;
         char text[32];
-        std::snprintf(text, sizeof text, "%.15g",
-                      static_cast<double>(inRecord(length, row)) / static_cast<double>(made));
+        std::snprintf(
+            text, sizeof text, "%.15g",
+            static_cast<double>(lengths_->asRecord(length, row)) / static_cast<double>(made));
         return concat(
             "[{\"OTIO_SCHEMA\": \"LinearTimeWarp.1\", \"name\": \"\", \"effect_name\": "
             "\"LinearTimeWarp\", \"metadata\": {}, \"time_scalar\": ",
@@ -521,9 +641,9 @@ private:
     }
 
     std::string marker(unsigned row, std::int64_t otherwise) {
-        const FrameRate own = sourceRate(row);
-        const std::optional<Timecode> start = timecode(row, source_.start);
-        const std::optional<std::int64_t> length = sourceLength(row);
+        const FrameRate own = lengths_->sourceRate(row);
+        const std::optional<Timecode> start = lengths_->timecode(row, source_.start);
+        const std::optional<std::int64_t> length = lengths_->inSource(row);
         const std::int64_t at = start ? framesOf(*start, own.nominal) : otherwise;
         return "{\"OTIO_SCHEMA\": \"Marker.2\", \"name\": " +
                string(cell(row, find({timeline::marker}))) +
@@ -533,10 +653,13 @@ private:
                ", \"metadata\": " + metadata(row, {}) + "}";
     }
 
+    static constexpr const char* madeMetadata = "{\"vekdb\": {\"made\": true}}";
+
     const Sheet& sheet_;
     Output& out_;
     Losses& losses_;
     LogCounting counting_;
+    std::optional<ClipLengths> lengths_;
     bool isTimeline_;
     std::vector<std::string> names_;
     RangeColumns source_, record_;
@@ -545,7 +668,9 @@ private:
     std::vector<std::pair<std::string, Track>> tracks_;  // in the order of their first rows
     std::map<std::string, std::size_t, std::less<>> trackNumbers_;
     std::vector<Track> lanes_;
-    std::map<unsigned, std::vector<unsigned>> markers_;  // rows, by the row that they are on
+    std::vector<Nest> nests_;
+    std::map<std::string, std::size_t, std::less<>> nestAt_;  // by place
+    std::map<unsigned, std::vector<unsigned>> markers_;       // rows, by the row that they are on
     unsigned owner_ = noColumn;
     std::int64_t laid_ = 0;
     std::int64_t zero_ = 0;

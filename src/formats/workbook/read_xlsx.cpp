@@ -73,6 +73,12 @@ public:
         texts_ = {};
     }
 
+    std::vector<std::string> sheetNames() const {
+        std::vector<std::string> names;
+        for (const WorkbookSheets::Sheet& sheet : sheets_.sheets) names.push_back(sheet.name);
+        return names;
+    }
+
     SheetCells& cells() { return cells_; }
     std::string otherSheets() const { return listed(read_); }
     std::size_t unpacked() const { return archive_.unpacked(); }
@@ -277,6 +283,17 @@ void readXlsx(Input& input, Log& log) {
     }
     input.takeText();
     SheetTable(cells, bytes, others, log).make();
+}
+
+std::vector<std::string> sheetsOfXlsx(Input& input, const Opening& opening) {
+    Log log;
+    log.name = input.name();
+    log.opening = opening;
+    const std::string_view packed = input.text();
+    requireArchive(packed, log);
+    Workbook workbook(packed, log);
+    workbook.open();
+    return workbook.sheetNames();
 }
 
 }  // namespace vek::formats

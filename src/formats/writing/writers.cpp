@@ -64,7 +64,10 @@ void Losses::add(const std::string& what, const std::string& firstPlace) {
 }
 
 void Losses::addEach(const std::string& message) {
-    messages_.push_back(message);
+    if (messages_.size() < Log::mostProblems)
+        messages_.push_back(message);
+    else
+        add("more like these", "");
 }
 
 std::size_t Losses::count() const {

@@ -47,7 +47,8 @@ public:
         bool isAny() const { return !found.empty(); }
     };
     /// Changes the text, in which the document stands from then on. Entities are those of XML
-    /// itself; others stay as they are written. The document takes at most `mostMemory` bytes.
+    /// itself; others stay as they are written (xml_entities.h replaces them). The document takes
+    /// at most `mostMemory` bytes.
     Fault parse(char* text, std::size_t size, std::size_t mostMemory);
     XmlElement root() const;
 

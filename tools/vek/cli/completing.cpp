@@ -261,6 +261,15 @@ private:
         if (what == "COND") return condition(front, text);
         if (what == "OLD=NEW") return mapping(front, text);
         if (what == "COLUMN=VALUE") return change(text);
+        if (what == "SHEET") return sheets(front);
+    }
+
+    void sheets(const std::string& front) {
+        Words words;
+        for (const std::string& name : sheetsOfWorkbook(pathOfLog(), openingOfLog())) {
+            if (canBeShown(name)) words.push_back({front + name, ""});
+        }
+        add(std::move(words));
     }
 
     // What follows FILE depends on what is done to its columns.
@@ -390,15 +399,24 @@ private:
         return text.size() >= begin.size() && sameText(text.substr(0, begin.size()), begin);
     }
 
-    std::optional<LogHead> headWith(std::size_t bytes) const {
-        std::string path = whole_.argument("FILE");
-        if (path.empty()) path = whole_.argument("A");
-        if (path.empty()) path = whole_.argument("IN");
-        if (path.empty()) return {};
+    std::string pathOfLog() const {
+        for (const char* name : {"FILE", "A", "IN"}) {
+            if (std::string path = whole_.argument(name); !path.empty()) return path;
+        }
+        return {};
+    }
+
+    Opening openingOfLog() const {
         Opening opening = openingFrom(whole_.readingArgs());
         opening.limits.bytes = mostUnpacked;
         opening.watcher = nullptr;
-        return headOfLog(path, opening, bytes);
+        return opening;
+    }
+
+    std::optional<LogHead> headWith(std::size_t bytes) const {
+        const std::string path = pathOfLog();
+        if (path.empty()) return {};
+        return headOfLog(path, openingOfLog(), bytes);
     }
 
     void add(Words words) { addWords(made_, std::move(words), word_); }

@@ -4,13 +4,16 @@
 #include <filesystem>
 
 #include <vekdb/host/open_file.h>
+#include "formats/formats.h"
 #include "formats/reading/input.h"
+#include "formats/reading/readers.h"
 
 namespace vek {
 
 namespace {
 
 constexpr int mostCuts = 16;
+constexpr std::size_t mostOfWorkbook = 64 << 20;
 
 struct Head {
     std::string text;
@@ -71,6 +74,17 @@ std::optional<LogHead> headOfLog(const std::string& path, const Opening& opening
     if (!log && !head->isWhole) log = logOfList(std::move(head->text), path, opening);
     if (!log) return {};
     return LogHead{std::move(*log), head->isWhole};
+}
+
+std::vector<std::string> sheetsOfWorkbook(const std::string& path, const Opening& opening) {
+    const std::optional<Head> head = readHead(path, mostOfWorkbook);
+    if (!head || !head->isWhole || !isWorkbook(head->text)) return {};
+    try {
+        Input input(path, head->text, opening);
+        return sheetsOfXlsx(input, opening);
+    } catch (const Failure&) {
+        return {};
+    }
 }
 
 }  // namespace vek

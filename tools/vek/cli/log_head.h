@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "formats/log/log.h"
 #include "tools/vek/cli/command.h"
@@ -22,5 +23,8 @@ struct LogHead {
 };
 std::optional<LogHead> headOfLog(const std::string& path, const Opening& opening,
                                  std::size_t bytes);
+
+/// The names of the sheets of a workbook of at most 64 MB; none for other files.
+std::vector<std::string> sheetsOfWorkbook(const std::string& path, const Opening& opening);
 
 }  // namespace vek

@@ -139,12 +139,7 @@ bool Printout::isTerminal() const {
 }
 
 void tellLosses(const Losses& losses, const std::string& output) {
-    constexpr std::size_t most = 20;
-    const std::vector<std::string>& messages = losses.messages();
-    for (std::size_t i = 0; i < messages.size() && i < most; ++i) say(messages[i]);
-    if (messages.size() > most) {
-        say(concat(output, ": ", std::to_string(messages.size() - most), " more like these"));
-    }
+    for (const std::string& message : losses.messages()) say(message);
     for (const Losses::Kind& kind : losses.kinds()) {
         say(concat(output, ": ", kind.what, ": ", std::to_string(kind.count),
                    kind.firstPlace.empty() ? "" : ", first ", kind.firstPlace));

@@ -1,0 +1,74 @@
+#include "formats/timeline/clip_lengths.h"
+
+#include <algorithm>
+
+#include "formats/text/text_lines.h"
+#include "formats/timeline/exact_time.h"
+#include "formats/timeline/timeline_rows.h"
+
+namespace vek::formats {
+
+namespace {
+
+unsigned placeOfRate(const Sheet& sheet) {
+    const unsigned column = sheet.log.findColumn(timeline::rate);
+    const auto at = std::find(sheet.columns.begin(), sheet.columns.end(), column);
+    const bool isThere = column != noColumn && at != sheet.columns.end();
+    return isThere ? static_cast<unsigned>(at - sheet.columns.begin()) : noColumn;
+}
+
+}  // namespace
+
+ClipLengths::ClipLengths(const Sheet& sheet, const LogCounting& counting,
+                         const RangeColumns& source, const RangeColumns& record)
+    : sheet_(sheet),
+      counting_(counting),
+      source_(source),
+      record_(record),
+      rate_(placeOfRate(sheet)) {}
+
+std::optional<Timecode> ClipLengths::timecode(unsigned row, unsigned column) const {
+    if (column == noColumn) return {};
+    std::optional<Timecode> code = parseTimecode(trimmed(sheet_.cell(row, column)));
+    if (!code) return code;
+    const Counting said = counting_.counting(sheet_.view->baseIndex(row), sheet_.columns[column]);
+    code->dropFrame = code->dropFrame || said == Counting::dropFrame;
+    return code;
+}
+
+FrameRate ClipLengths::sourceRate(unsigned row) const {
+    if (rate_ == noColumn) return rate();
+    const std::optional<FrameRate> own = parseFrameRate(sheet_.cell(row, rate_));
+    return own ? *own : rate();
+}
+
+std::optional<std::int64_t> ClipLengths::inSource(unsigned row) const {
+    return between(row, source_, sourceRate(row).nominal);
+}
+
+std::optional<std::int64_t> ClipLengths::onRecord(unsigned row) const {
+    return between(row, record_, rate().nominal);
+}
+
+std::optional<std::int64_t> ClipLengths::between(unsigned row, const RangeColumns& pair,
+                                                 int nominal) const {
+    const std::optional<Timecode> start = timecode(row, pair.start);
+    const std::optional<Timecode> end = timecode(row, pair.end);
+    if (!start || !end) return {};
+    return framesBetween(*start, *end, nominal);
+}
+
+std::int64_t ClipLengths::asRecord(std::int64_t frames, unsigned row) const {
+    const FrameRate own = sourceRate(row);
+    if (own.isAsFastAs(rate())) return frames;
+    const auto made = ExactTime::ofFrames(frames, own).frames(rate());
+    return made ? made->whole : frames;
+}
+
+bool ClipLengths::endsBeforeStart(unsigned row, const RangeColumns& pair) const {
+    const std::optional<Timecode> start = timecode(row, pair.start);
+    const std::optional<Timecode> end = timecode(row, pair.end);
+    return start && end && end->order() < start->order() && !isOverMidnight(*start, *end);
+}
+
+}  // namespace vek::formats
