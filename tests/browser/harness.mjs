@@ -65,7 +65,7 @@ export function makePage(name, words) {
 }
 
 let browser;
-export const flags = ["--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
+const flags = ["--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
                "--disable-background-networking", "--disable-component-update",
                "--disable-sync"];
 

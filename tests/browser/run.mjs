@@ -1,7 +1,6 @@
 // Tries pages of vek report in a browser. scripts/test-browser starts it.
 import { spawnSync } from "node:child_process";
 import { mkdirSync, readFileSync } from "node:fs";
-import { withDriver } from "./driver.mjs";
 import * as harness from "./harness.mjs";
 import * as logs from "./logs.mjs";
 import { answers, cellsOf, clickHead, find, orders, rowsOf, statusOf, taggedOf } from "./page.mjs";
@@ -33,19 +32,6 @@ test("a page loads without a message and asks for nothing but itself", async () 
             expect(await page.$("html.scripted"), "the script has run");
         });
     }
-});
-
-test("the browser's own driver sees the same page, and clicks in it", async () => {
-    await withDriver(harness.flags, async (session) => {
-        await session.go(`file://${pages.dailies}`);
-        await session.click(".rows thead th:nth-child(3) button");
-        const head = await session.run(
-            "return document.querySelector('th[aria-sort] bdi').textContent");
-        const rows = await session.run("return Array.from(document.querySelectorAll(" +
-            "'.rows tbody tr[id]'), (row) => Number(row.id.split('-')[1]))");
-        expectSame(rows, rowsShown([paths.dailies, "--sort", head]), `sort by ${head}`);
-        expectSame(await session.messages(), [], "messages");
-    });
 });
 
 test("a click on a column sorts as vek show --sort does, another one turns it around", async () => {
