@@ -111,6 +111,10 @@ void writeHtmlText(const Sheet& sheet, const WriteStyle&, Output& out, Losses& l
     writeHtml(sheet, out, losses);
 }
 
+void writeColumns(const Sheet& sheet, const WriteStyle&, Output& out, Losses& losses) {
+    writeParquet(sheet, out, losses);
+}
+
 void writeWorkbook(const Sheet& sheet, const WriteStyle&, Output& out, Losses& losses) {
     writeXlsx(sheet, out, losses);
 }
@@ -137,6 +141,7 @@ constexpr FormatEntry formats[] = {
     {Format::xlsx, "xlsx", "|.xlsx|", readWorkbook, writeWorkbook},
     {Format::markdown, "markdown", "|.md|", nullptr, writeMarkdownText},
     {Format::html, "html", "|.html|.htm|", nullptr, writeHtmlText},
+    {Format::parquet, "parquet", "|.parquet|", nullptr, writeColumns},
 };
 
 bool isReadable(const FormatEntry& entry) {

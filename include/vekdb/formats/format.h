@@ -20,6 +20,7 @@ enum class Format {
     xlsx,      ///< Excel workbooks; one sheet is read
     markdown,  ///< only written
     html,      ///< only written
+    parquet,   ///< files of columns, which DuckDB writes where it is installed; only written
 };
 
 /// "vekdb", "csv", "tsv", "plain-csv", "json", "jsonl", "ale", ...: a text that lives as long as

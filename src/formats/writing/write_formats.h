@@ -14,6 +14,7 @@ void writeEdl(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& 
 void writeOtio(const Sheet& sheet, const WriteStyle& style, Output& out, Losses& losses);
 void writeMarkdown(const Sheet& sheet, Output& out, Losses& losses);
 void writeHtml(const Sheet& sheet, Output& out, Losses& losses);
+void writeParquet(const Sheet& sheet, Output& out, Losses& losses);
 void writeXlsx(const Sheet& sheet, Output& out, Losses& losses);
 
 }  // namespace vek::formats

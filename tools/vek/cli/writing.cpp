@@ -31,8 +31,10 @@ WriteStyle styleFrom(const Args& args, Format target) {
 }
 
 void requireFile(Format target, const Printout& out) {
-    if (target != Format::xlsx || !out.isTerminal()) return;
-    throw Failure{wrongUsage, "a workbook is nothing for a terminal; name a file for it"};
+    const bool isBinary = target == Format::xlsx || target == Format::parquet;
+    if (!isBinary || !out.isTerminal()) return;
+    const std::string what = target == Format::xlsx ? "a workbook" : "a Parquet file";
+    throw Failure{wrongUsage, what + " is nothing for a terminal; name a file for it"};
 }
 
 std::vector<Option> styleOptions() {
