@@ -10,7 +10,7 @@ namespace {
 
 Finish sqlite(const WorkFolder& folder, const std::string& script) {
     Start start;
-    start.words = {"sqlite3", "-batch", ":memory:"};
+    start.words = {"/bin/sh", "-c", "exec sqlite3 -batch :memory:"};
     start.input = ".load " VEKDB_EXTENSION "\n" + script;
     return run(folder, start);
 }
