@@ -122,6 +122,13 @@ def test_columns_are_sequences_that_keep_their_place(docs: vekdb.Log) -> None:
         docs.add_column("new")
 
 
+def test_columns_of_a_log_without_rows_are_edited() -> None:
+    log = vekdb.Log(["A", "B"])
+    log.rename_column("A", "C")
+    log.remove_column("B")
+    assert log.columns.names == ["C"]
+
+
 def test_parameters_are_a_mapping(docs: vekdb.Log) -> None:
     assert dict(docs.parameters) == {"Project": "Night shoot", "FPS": "24"}
     docs.parameters["FPS"] = "25"

@@ -19,6 +19,12 @@ void requireCell(const LogInside& inside, unsigned row, unsigned column) {
     throw Failure{wrongUsage, inside.log.name, {0, "", "no such cell", "a row and a column", ""}};
 }
 
+// A log without rows has columns, too.
+void requireColumn(const LogInside& inside, unsigned column) {
+    if (column < inside.log.columnCount()) return;
+    throw Failure{wrongUsage, inside.log.name, {0, "", "no such column", "a column", ""}};
+}
+
 void store(LogInside& inside, unsigned row, unsigned column, std::string_view text) {
     requireCell(inside, row, column);
     inside.log.table->get_record(row)->setField(static_cast<unsigned short>(column),
@@ -137,7 +143,7 @@ Result<Column> Log::addColumn(std::string_view name) {
 
 Result<void> Log::removeColumn(const Column& column) {
     return guarded([&]() -> Result<void> {
-        requireCell(*log_, 0, column.index());
+        requireColumn(*log_, column.index());
         formats::ColumnEdits(log_->log).remove(column.index());
         return {};
     });
@@ -146,7 +152,7 @@ Result<void> Log::removeColumn(const Column& column) {
 Result<void> Log::renameColumn(const Column& column, std::string_view name) {
     return guarded([&]() -> Result<void> {
         formats::Log& log = log_->log;
-        requireCell(*log_, 0, column.index());
+        requireColumn(*log_, column.index());
         const std::string was = log.columnName(column.index());
         formats::ColumnEdits(log).rename(column.index(), was, std::string(name));
         return {};
