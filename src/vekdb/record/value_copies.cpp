@@ -45,6 +45,20 @@ void copyValue(char* to, std::string_view value) {
     }
 }
 
+// A short value is copied with bytes that stand behind it in the line, where there are so many, and
+// that are written over by what follows: a copy of a fixed size is the quickest.
+constexpr std::size_t copiedAtOnce = 32;
+
+void copyFromLine(char* to, const char* from, std::size_t size, std::size_t left) {
+    constexpr std::size_t few = 16;
+    if (size <= few && left >= few)
+        std::memcpy(to, from, few);
+    else if (size <= copiedAtOnce && left >= copiedAtOnce)
+        std::memcpy(to, from, copiedAtOnce);
+    else
+        std::memcpy(to, from, size);
+}
+
 void giveStrings(dbrecord& record, const std::string_view* values, unsigned count) {
     const std::vector<LightweightString<char>> strings(values, values + count);
     RecordAccess::drop(record);
@@ -80,6 +94,50 @@ void ValueCopies::giveTogether(dbrecord& record, const std::string_view* values,
     textBytes_ += bytes;
     sliceBytes_ += LineSlices::bytesFor(count) + alignof(LineSlices);
     adopt(slices, count, record);
+}
+
+bool ValueCopies::givePicked(dbrecord& record, const dbrecord& from, const unsigned* picked,
+                             unsigned count) {
+    const LineSlices* const slices = RecordAccess::slices(from);
+    if (slices == nullptr) return false;
+    const unsigned stored = RecordAccess::storedCount(from);
+    const std::size_t size = slices->next()[stored - 1] - std::size_t{slices->gap()};
+    const std::size_t most = size + count + copiedAtOnce;
+    if (most > LineSlices::farthest) return false;
+    if (static_cast<std::size_t>(end_ - at_) < most) open(most);
+    pick(record, {slices->first(), size}, *slices, stored, picked, count);
+    return true;
+}
+
+// Empty values at the end are none.
+void ValueCopies::pick(dbrecord& record, std::string_view line, const LineSlices& slices,
+                       unsigned stored, const unsigned* picked, unsigned count) {
+    const std::uint16_t* const ends = slices.next();
+    const std::size_t apart = slices.gap();
+    LineSlices* const made =
+        lines_->openSlices(count, static_cast<std::uint64_t>(at_ - lines_->text()), gap);
+    char* to = at_;
+    char* filledTo = at_;
+    unsigned filled = 0;
+    for (unsigned i = 0; i < count; ++i) {
+        const unsigned value = picked[i];
+        if (value < stored) {
+            const std::size_t begin = value == 0 ? 0 : ends[value - 1];
+            const std::size_t size = ends[value] - begin - apart;
+            copyFromLine(to, line.data() + begin, size, line.size() - begin);
+            to += size;
+            if (size != 0) filled = i + 1;
+        }
+        *to++ = '\0';
+        made->next()[i] = static_cast<std::uint16_t>(to - at_);
+        if (filled == i + 1) filledTo = to;
+    }
+    if (filled == 0) return lines_->takeBack(made), RecordAccess::drop(record);
+    lines_->closeSlices(made, filled);
+    textBytes_ += static_cast<std::size_t>(filledTo - at_);
+    sliceBytes_ += LineSlices::bytesFor(filled) + alignof(LineSlices);
+    at_ = filledTo;
+    adopt(made, filled, record);
 }
 
 // The records that stand on the block before keep it.

@@ -21,10 +21,16 @@ public:
     /// Makes these the record's values, and their count its own. They may be the record's values
     /// of before. Marks nothing changed.
     void give(dbrecord& record, const std::string_view* values, unsigned count);
+    /// The same with values of a record that stands on slices, by their numbers there: the record
+    /// gets as many as are picked, each at most once, those that are not stored empty. False, and
+    /// nothing done, where the other keeps strings or has too long a line.
+    bool givePicked(dbrecord& record, const dbrecord& from, const unsigned* picked, unsigned count);
 
 private:
     void giveTogether(dbrecord& record, const std::string_view* values, unsigned count,
                       std::size_t bytes);
+    void pick(dbrecord& record, std::string_view line, const LineSlices& slices, unsigned stored,
+              const unsigned* picked, unsigned count);
     void open(std::size_t bytes);
     std::size_t slicesFor(std::size_t bytes) const;
     void adopt(LineSlices* slices, unsigned count, dbrecord& record);

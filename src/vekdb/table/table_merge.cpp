@@ -10,6 +10,7 @@
 #include "vekdb/order/record_compare.h"
 #include "vekdb/record/line_store.h"
 #include "vekdb/record/record_access.h"
+#include "vekdb/record/value_copies.h"
 #include "vekdb/table/shown_value.h"
 #include "vekdb/table/table_parts.h"
 
@@ -100,13 +101,17 @@ public:
           theirs_(columnsRead(columns)),
           values_(table.get_num_fields()),
           forms_(columns.size()),
-          isTogether_(standTogether(columns)) {}
+          isTogether_(standTogether(columns)),
+          table_(table) {
+        pickValues();
+    }
 
     bool append(const dbrecord& row) {
         const bool isPlain = isPlainlyQuoted(row);
         if (isPlain && isTogether_) {
             return copies_.append(row, static_cast<unsigned>(columns_.size()));
         }
+        if (isPlain && !picked_.empty()) return appendPicked(row);
         row.fieldViews(theirs_.data(), static_cast<unsigned>(theirs_.size()));
         for (std::size_t i = 0; i < columns_.size(); ++i) {
             values_[columns_[i].to] = isPlain ? converted(theirs_[columns_[i].from], i) : stored(i);
@@ -118,6 +123,36 @@ private:
     struct Buffer {
         Form form;
     };
+
+    // For each of our columns the one of theirs, where none is copied twice or in another form.
+    void pickValues() {
+        std::vector<unsigned> picked(table_.get_num_fields(), Columns::none);
+        std::vector<char> isTaken(theirs_.size());
+        for (const ColumnCopy& column : columns_) {
+            if (isConverted(column.fromType, column.toType) || isTaken[column.from]++) return;
+            picked[column.to] = column.from;
+        }
+        picked_ = std::move(picked);
+    }
+
+    bool appendPicked(const dbrecord& row) {
+        Rows& rows = table_.parts().rows;
+        if (rows.tagsOnly() != 0) return false;
+        rows.cover(std::uint64_t{rows.count()} + 1);
+        dbrecord* const record = table_.newRow();
+        rows.append(record);
+        const auto columns = static_cast<unsigned short>(picked_.size());
+        if (!picks_.givePicked(*record, row, picked_.data(), columns)) giveViews(*record, row);
+        RecordAccess::widen(*record, columns);
+        return true;
+    }
+
+    void giveViews(dbrecord& record, const dbrecord& row) {
+        for (std::size_t i = 0; i < picked_.size(); ++i) {
+            values_[i] = RecordAccess::view(row, picked_[i]);
+        }
+        picks_.give(record, values_.data(), static_cast<unsigned>(values_.size()));
+    }
 
     // Whether both have the columns as they are at the same places, from the first on.
     static bool standTogether(const std::vector<ColumnCopy>& columns) {
@@ -155,6 +190,9 @@ private:
     std::vector<std::string_view> values_;
     std::vector<Buffer> forms_;
     bool isTogether_;
+    vekdb& table_;
+    ValueCopies picks_;
+    std::vector<unsigned> picked_;
 };
 
 // The rows are counted once, as they may be this table's own.

@@ -31,6 +31,62 @@ TEST(Merge, AppendsEveryRowWithTheColumnsThatBothHave) {
     EXPECT_EQ(&target, target.get_record(2)->get_container());
 }
 
+namespace {
+
+// Of a file, so that its rows stand on the text.
+void loadTable(vekdb& table, const testing_support::TempDir& folder, const std::string& text) {
+    folder.write("source.vek", text);
+    table.set_filename(folder.widePath("source.vek"));
+    table.loadFromFile(10, true);
+}
+
+}  // namespace
+
+TEST(Merge, CopiesTheValuesOfALoadedTableWhoseColumnsStandInAnotherOrder) {
+    const testing_support::TempDir folder;
+    const std::string longest(300, 'x');
+    vekdb source;
+    loadTable(source, folder,
+              "\"VEKDB:Rev 1\"\n\"VEKDB\"\n\"1\",\"1\",\"1\"\n\"text\",\"text\",\"text\"\n"
+              "\"C\",\"A\",\"B\"\n\"c1\",\"a value of some length\",\"b1\"\n\"\",\"a2\",\"\"\n"
+              "\"\",\"\",\"\"\n\"c4\",\"" +
+                  longest + "\",\"more than sixteen bytes\"\n");
+    ASSERT_EQ(source.get_num_records(), 4u);
+    vekdb target(textColumns({"A", "None", "B", "C"}));
+    EXPECT_EQ(1, target.merge_all_matching(&source));
+    EXPECT_EQ((Values{"a value of some length", "a2", "", longest}), columnOf(target, 0));
+    EXPECT_EQ((Values{"", "", "", ""}), columnOf(target, 1));
+    EXPECT_EQ((Values{"b1", "", "", "more than sixteen bytes"}), columnOf(target, 2));
+    EXPECT_EQ((Values{"c1", "", "", "c4"}), columnOf(target, 3));
+    for (unsigned row = 0; row < 4; ++row) {
+        EXPECT_EQ(target.get_record(row)->get_num_fields(), 4u);
+        EXPECT_TRUE(target.get_record(row)->get_changed());
+    }
+}
+
+TEST(Merge, GivesTwoColumnsOfOneNameTheSameValue) {
+    const testing_support::TempDir folder;
+    vekdb source;
+    loadTable(source, folder,
+              "\"VEKDB:Rev 1\"\n\"VEKDB\"\n\"1\",\"1\"\n\"text\",\"text\"\n"
+              "\"B\",\"A\"\n\"b1\",\"a1\"\n");
+    vekdb target(textColumns({"A", "B", "a"}));
+    EXPECT_EQ(1, target.merge_all_matching(&source));
+    EXPECT_EQ((Values{"a1"}), columnOf(target, 0));
+    EXPECT_EQ((Values{"a1"}), columnOf(target, target.get_num_fields() - 1));
+}
+
+TEST(Merge, AppendsALoadedTableToItselfWithItsOwnRowsInOrder) {
+    const testing_support::TempDir folder;
+    vekdb table;
+    loadTable(table, folder,
+              "\"VEKDB:Rev 1\"\n\"VEKDB\"\n\"1\",\"1\"\n\"text\",\"text\"\n"
+              "\"B\",\"A\"\n\"b1\",\"a1\"\n\"b2\",\"a2\"\n");
+    EXPECT_EQ(1, table.merge_all_matching(&table));
+    EXPECT_EQ((Values{"b1", "b2", "b1", "b2"}), columnOf(table, 0));
+    EXPECT_EQ((Values{"a1", "a2", "a1", "a2"}), columnOf(table, 1));
+}
+
 TEST(Merge, WithoutACommonColumnAppendsNothingAndReturnsZero) {
     vekdb target(textColumns({"Reel"}));
     vekdb source(textColumns({"Scene"}));
