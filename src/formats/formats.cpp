@@ -290,6 +290,10 @@ bool hasTargetEnding(const std::string& path) {
     return entryOfPath(path, isWritable) != nullptr;
 }
 
+std::string_view endingOf(Format format) {
+    return usualEnding(entryOf(format));
+}
+
 Format targetOfPath(const std::string& path, const Terms& terms) {
     if (const FormatEntry* entry = entryOfPath(path, isWritable)) return entry->format;
     const FormatEntry* other = entryOfPath(path, isReadable);

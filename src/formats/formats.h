@@ -33,6 +33,8 @@ Format targetNamed(const std::string& name);
 /// One to write, by the ending of a file's name; a Failure that says which endings there are.
 Format targetOfPath(const std::string& path, const Terms& terms);
 bool hasTargetEnding(const std::string& path);
+/// What files of a format that can be written are called by: ".csv".
+std::string_view endingOf(Format format);
 
 /// What a text is taken for that begins so, in a file of that name.
 Format recognised(const std::string& path, std::string_view head);

@@ -19,6 +19,7 @@ struct CommandEntry {
 constexpr CommandEntry commands[] = {
     {"show", showCommand},
     {"browse", browseCommand},
+    {"find", findCommand},
     {"info", infoCommand},
     {"check", checkCommand},
     {"convert", convertCommand},

@@ -15,6 +15,7 @@ Command convertCommand();
 Command dedupeCommand();
 Command deleteCommand();
 Command diffCommand();
+Command findCommand();
 Command infoCommand();
 Command manCommand();
 Command mergeCommand();

@@ -1,9 +1,15 @@
+#include <filesystem>
+
+#include <vekdb/formats/format.h>
 #include "formats/saving/save_in_place.h"
 #include "formats/writing/writers.h"
+#include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
+#include "tools/vek/convert/many.h"
+#include "tools/vek/convert/partition.h"
 
 namespace vek {
 
@@ -21,7 +27,56 @@ bool mayStay(Format target, const WriteStyle& style) {
            !style.shortReels;
 }
 
-int run(const Args& args) {
+bool isFolder(const std::string& path) {
+    std::error_code ignored;
+    return path != "-" && std::filesystem::is_directory(path, ignored);
+}
+
+std::vector<std::string> wordsOf(const Args& args) {
+    std::vector<std::string> words = {args.text("IN")};
+    if (args.has("OUT")) words.push_back(args.text("OUT"));
+    const std::vector<std::string>& more = args.all("MORE");
+    words.insert(words.end(), more.begin(), more.end());
+    return words;
+}
+
+// "*.vek" may be two logs, and the second is not to be written in another format.
+bool isLogOfOtherFormat(const std::string& path, const Args& args) {
+    std::error_code ignored;
+    if (!args.has("to") || !std::filesystem::is_regular_file(path, ignored)) return false;
+    const std::optional<Format> format = formatOfPath(path);
+    return format && canRead(*format) && *format != targetNamed(args.text("to"));
+}
+
+bool isOneLog(const std::vector<std::string>& words, const Args& args) {
+    if (words.size() != 2 || args.has("output")) return false;
+    if (isFolder(words[0]) || isFolder(words[1])) return false;
+    return !isLogOfOtherFormat(words[1], args);
+}
+
+// Where to is the folder of -o or, of several words, the last one that is a folder or has to be.
+int convertMany(std::vector<std::string> words, const Args& args) {
+    std::string output = args.text("output");
+    const bool isIntoLast =
+        output.empty() && words.size() > 1 &&
+        (isFolder(words.back()) || words.back().ends_with('/') ||
+         (words.size() == 2 && isFolder(words.front()) && !isLogOfOtherFormat(words[1], args)));
+    if (isIntoLast) {
+        output = words.back();
+        words.pop_back();
+    }
+    return convert::convertEach(words, output, args);
+}
+
+void requireManyFor(const char* option, const Args& args) {
+    if (!args.has(option)) return;
+    throw Failure{wrongUsage, concat("convert: --", option,
+                                     " is for several logs, not for IN and "
+                                     "OUT")};
+}
+
+int convertOne(const Args& args) {
+    for (const char* option : {"overwrite", "dry-run"}) requireManyFor(option, args);
     Format target = wantedTarget(args);
     Held held = holdInput({args.text("IN")}, args.text("OUT"));
     const WriteStyle style = styleFrom(args, target);
@@ -38,6 +93,22 @@ int run(const Args& args) {
     return readingResult(log);
 }
 
+int run(const Args& args) {
+    const std::vector<std::string> words = wordsOf(args);
+    if (args.has("partition")) return convert::partitionLogs(words, args);
+    for (const char* option : {"append", "part-size"}) {
+        if (args.has(option)) {
+            throw Failure{wrongUsage, concat("convert: --", option, " is for --partition")};
+        }
+    }
+    if (words.size() == 1 && !args.has("to") && !args.has("output")) {
+        throw Failure{wrongUsage,
+                      "convert: OUT is missing, expected: vek convert [OPTIONS] IN OUT (vek "
+                      "convert --help shows how)"};
+    }
+    return isOneLog(words, args) ? convertOne(args) : convertMany(words, args);
+}
+
 }  // namespace
 
 Command convertCommand() {
@@ -48,17 +119,32 @@ Command convertCommand() {
         "parameters and the other way round. No cell is trimmed, rounded or given another type; "
         "what the target cannot hold is said. An edit list takes its events from the source and "
         "record times; where a log has no record times the events are laid end to end, which "
-        "needs a frame rate.",
+        "needs a frame rate. Several logs, and folders, become a file each in the format of --to, "
+        "with its ending and else the same name: beside each log, or in the folder of -o or of the "
+        "last word, below which what stands in a folder keeps its place. No file is overwritten "
+        "unless asked, and never one of the logs; what cannot be read is told, and the others go "
+        "on. --partition makes one dataset of all logs for engines that run on many machines: a "
+        "folder COLUMN=value for each value, the column left out of the files; no value is "
+        "__HIVE_DEFAULT_PARTITION__, and what has no place in a path is written as %2F and the "
+        "like. A log without a column of the others has no values in it.",
         {{"vek convert samples/docs.vek docs.csv", "a table file as CSV"},
          {"vek convert docs.csv docs.vek", "and back"},
          {"vek convert samples/docs.vek - --to ale", "a log exchange file on standard output"},
          {"vek convert samples/docs.vek docs.edl", "an edit list, its events end to end"},
-         {"vek convert - docs.json --from csv < docs.csv", "from a pipe"}},
+         {"vek convert - docs.json --from csv < docs.csv", "from a pipe"},
+         {"vek convert samples/*.vek --to jsonl -o json/", "a file for each of several"},
+         {"vek convert samples/*.vek --partition Scene --to jsonl -o scenes/",
+          "a dataset with a folder for each scene"}},
         {{"IN", "the log to read, or - for standard input"},
-         {"OUT", "the file to write, its ending names the format; or - for standard output"}},
-        join({fromOption(),
-              {"--to", "FORMAT", "what to write; the ending of OUT as a rule", false,
-               writableFormats().c_str()}},
+         {"OUT", "the file to write, its ending names the format; or - for standard output", true},
+         {"MORE", "further logs and folders; the last may be the folder to write to", true, true}},
+        join(join({fromOption(),
+                   {"--to", "FORMAT", "what to write; the ending of OUT as a rule", false,
+                    writableFormats().c_str()},
+                   {"-o,--output", "FOLDER", "where the files of several logs go to"},
+                   {"--overwrite", "", "of several logs: replace files that are there"},
+                   {"-n,--dry-run", "", "list what several logs would become, write nothing"}},
+                  join(convert::partitionOptions(), screenOptions())),
              styleOptions()),
         run,
     };

@@ -1,9 +1,11 @@
 #include <array>
+#include <utility>
 
 #include "formats/delimited/delimiters.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/width.h"
 #include "formats/writing/sheet_facts.h"
+#include "tools/vek/cli/each_log.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/telling.h"
@@ -145,10 +147,9 @@ void addForm(const Log& log, JsonWriter& json) {
     json.flag("heading", !form.hasNoHeading);
 }
 
-void printJson(const Log& log, Printout& out) {
+void addJson(const Log& log, JsonWriter& json) {
     VDBView view(log.table.get());
     view->setupViewTagsFromVekdbTagField();
-    JsonWriter json(out);
     json.beginObject();
     json.text("file", log.name);
     json.text("format", formatName(log.format));
@@ -166,14 +167,7 @@ void printJson(const Log& log, Printout& out) {
     json.end();
 }
 
-int run(const Args& args) {
-    Log log = readLog(args);
-    Printout out;
-    if (tellsJson(args)) {
-        printJson(log, out);
-        out.close();
-        return readingResult(log);
-    }
+void printText(const Log& log, const Args& args, Printout& out) {
     printFacts(log, out);
     std::vector<Row> rows;
     const std::vector<ColumnFacts> facts = factsOf(log);
@@ -186,8 +180,47 @@ int run(const Args& args) {
         return rows[row][column];
     };
     printGrid(grid, screenOf(out, args), out);
+}
+
+int infoOfOne(const Args& args) {
+    const Log log = readLog(args);
+    Printout out;
+    if (tellsJson(args)) {
+        JsonWriter json(out);
+        addJson(log, json);
+    } else {
+        printText(log, args, out);
+    }
     out.close();
     return readingResult(log);
+}
+
+int infoOfEach(const Args& args, Printout& out) {
+    bool isFirst = true;
+    return forEachLog(
+        args,
+        [&](const Args& one) {
+            const Log log = readLog(one);
+            out.renewLimit();
+            if (!std::exchange(isFirst, false)) out.line("");
+            printText(log, args, out);
+            return readingResult(log);
+        },
+        [](const std::string&, const std::string&) {});
+}
+
+int run(const Args& args) {
+    if (!hasSeveral(args)) return infoOfOne(args);
+    Printout out;
+    const int result = tellsJson(args)
+                           ? jsonOfEach(args, out,
+                                        [](const Log& log, const Args&, JsonWriter& json) {
+                                            addJson(log, json);
+                                            return readingResult(log);
+                                        })
+                           : infoOfEach(args, out);
+    out.close();
+    return result;
 }
 
 }  // namespace
@@ -199,11 +232,14 @@ Command infoCommand() {
         "Tells the format and revision, parameters, rows and tagged rows, the field map, and for "
         "each column its type, how many cells are filled, the widest value in bytes and an "
         "example. Problems that reading found are told on standard error; ends with 1 when the "
-        "file was damaged.",
+        "file was damaged, with 3 when one could not be read. Of several logs the others are told "
+        "of "
+        "all the same; as json they stand in the list files of one object.",
         {{"vek info samples/docs.vek", "about a table file"},
          {"vek convert samples/docs.vek - --to csv | vek info -", "about a pipe"},
-         {"vek info samples/docs.vek --format json", "for a program"}},
-        {{"FILE", "the log, or - for standard input"}},
+         {"vek info samples/docs.vek --format json", "for a program"},
+         {"vek info samples/*.vek", "about several"}},
+        {{"FILE", "a log, or - for standard input", false, true}},
         join({tellingOption(), fromOption()}, screenOptions()),
         run,
     };

@@ -1,9 +1,13 @@
+#include <algorithm>
+#include <utility>
+
 #include "formats/delimited/delimited_lines.h"
 #include "formats/log/mapped_columns.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/width.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/choosing.h"
+#include "tools/vek/cli/each_log.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
@@ -232,9 +236,42 @@ void requireFitting(const Args& args) {
     }
 }
 
+// Of several logs each has its name above its rows. One document has room for one log.
+void requireTable(const Args& args) {
+    if (args.has("watch")) throw Failure{wrongUsage, "show: --watch follows one log"};
+    if (isForEyes(args)) return;
+    throw Failure{wrongUsage,
+                  "show: several logs are shown as tables; vek find --every prints their rows in "
+                  "one, in any format"};
+}
+
+int showEach(const Args& args, const Selection& selection) {
+    requireTable(args);
+    Printout out;
+    bool hasMatches = false;
+    bool isFirst = true;
+    const int result = forEachLog(
+        args,
+        [&](const Args& one) {
+            const Log log = readLog(one, "FILE", wantedRows(selection));
+            out.renewLimit();
+            const Selected selected = selectRows(log, selection);
+            const Sheet sheet{log, selected.view, shownColumns(log, one)};
+            if (!std::exchange(isFirst, false)) out.line("");
+            out.inkedLine(inked(Ink::bold, escaped(log.name), screenOf(out, args)));
+            printTable(sheet, selected.matched, one, out);
+            hasMatches = hasMatches || selected.matched > 0;
+            return readingResult(log);
+        },
+        [](const std::string&, const std::string&) {});
+    out.close();
+    return narrows(selection) && !hasMatches ? std::max<int>(result, found) : result;
+}
+
 int run(const Args& args) {
     Selection selection = selectionFrom(args);
     requireFitting(args);
+    if (hasSeveral(args)) return showEach(args, selection);
     if (args.has("watch")) return watch(args, selection);
     // A table file says how long the values of all its rows are.
     bool isTableFile = !wantsTable(args) && wantedTarget(args) == Format::table;
@@ -267,8 +304,9 @@ Command showCommand() {
         "print a log: chosen rows, in order, fitted to the terminal",
         "Prints the rows of a log of any format. Rows are chosen, sorted and cut; row numbers are "
         "those of the file and tagged rows have a star. Columns are those that the log's own field "
-        "map shows; files and other formats get all of them, unless --columns says which. Ends "
-        "with 1 when nothing matched.",
+        "map shows; files and other formats get all of them, unless --columns says which. Of "
+        "several logs each is shown under its name, in its own order; vek find prints the rows of "
+        "many in one table. Ends with 1 when nothing matched.",
         {{"vek show samples/docs.vek", "the whole log"},
          {"vek show samples/dailies.vek --where Scene=67 --sort Take --limit 5",
           "the first takes of a scene"},
@@ -277,7 +315,7 @@ Command showCommand() {
          {"vek show samples/dailies.vek --at 02:01:00:00", "the clips that hold a timecode"},
          {"vek show samples/docs.vek --cards --limit 1", "each value with its column's name"},
          {"vek show samples/docs.vek --tagged -o circled.csv", "the tagged rows, as a CSV file"}},
-        {{"FILE", "the log, or - for standard input"}},
+        {{"FILE", "a log, or - for standard input", false, true}},
         join(join(selectionOptions(),
                   {{"-c,--columns", "A,B", "these columns, in this order"},
                    {"--cards", "", "a card for each row, as on terminals of less than 60 columns"},

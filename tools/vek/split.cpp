@@ -1,13 +1,12 @@
 
 #include <algorithm>
 #include <deque>
-#include <unordered_map>
 
-#include <vekdb/host/keyed_hash.h>
 #include "formats/changing/cell_template.h"
 #include "formats/changing/file_names.h"
 #include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/grid.h"
+#include "tools/vek/cli/pieces.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/saving.h"
 #include "tools/vek/cli/say.h"
@@ -22,35 +21,6 @@ namespace {
 constexpr std::size_t mostFiles = 1000;
 constexpr std::size_t mostTold = 20;
 constexpr std::size_t mostLossy = 3;  // files whose losses are told one by one
-
-// The rows of one file.
-struct Piece {
-    std::vector<unsigned> rows;
-    std::string path;
-};
-
-using Pieces = std::vector<Piece>;
-
-void addKey(std::string& key, std::string_view cell) {
-    key += std::to_string(cell.size());
-    key += ':';
-    key += cell;
-}
-
-Pieces piecesOf(const Log& log, const VDBView& view, const std::vector<unsigned>& columns) {
-    Pieces pieces;
-    std::unordered_map<std::string, std::size_t, Quor::KeyedHash> places;
-    std::string key;
-    for (unsigned i = 0; i < view->get_num_records(); ++i) {
-        const unsigned row = view->baseIndex(i);
-        key.clear();
-        for (unsigned column : columns) addKey(key, log.cell(row, column));
-        auto [place, isNew] = places.try_emplace(key, pieces.size());
-        if (isNew) pieces.emplace_back();
-        pieces[place->second].rows.push_back(row);
-    }
-    return pieces;
-}
 
 void requireFew(const Pieces& pieces, const Args& args) {
     const std::size_t most = args.number("max-files", mostFiles);
@@ -156,19 +126,6 @@ void requireFree(const Log& log, const Pieces& pieces, bool overwrites) {
                                      "them")};
 }
 
-void printPlan(const Pieces& pieces, const Args& args) {
-    Printout out;
-    std::string number;
-    Grid grid{{{"File"}, {"Rows", true}},
-              pieces.size(),
-              [&](std::size_t row, std::size_t column) -> std::string_view {
-                  if (column == 0) return pieces[row].path;
-                  return number = std::to_string(pieces[row].rows.size());
-              }};
-    printGrid(grid, screenOf(out, args), out);
-    out.close();
-}
-
 // A file as it is to be written, all of it in memory.
 struct Draft {
     Printout out;
@@ -251,7 +208,9 @@ int run(const Args& args) {
     const std::string summary = concat(log.name, ": ", counted(view->get_num_records(), "row"),
                                        " in ", counted(pieces.size(), "file"));
     if (args.has("dry-run")) {
-        printPlan(pieces, args);
+        std::vector<PlannedFile> plan;
+        for (const Piece& piece : pieces) plan.push_back({piece.path, piece.rows.size()});
+        printPlan(plan, args);
         say(summary + " would be written");
     } else {
         Writer(log, args, target).write(pieces);

@@ -1,10 +1,13 @@
 #include <algorithm>
+#include <utility>
 
 #include <vekdb/formats/keycode.h>
 #include "formats/summing/clip_sums.h"
 #include "formats/text/text_lines.h"
+#include "formats/text/width.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/choosing.h"
+#include "tools/vek/cli/each_log.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
@@ -180,10 +183,9 @@ std::vector<unsigned> groupColumns(const Log& log, const Args& args) {
     throw Failure{wrongUsage, log.name + ": no column Reel, Tape or Scene, expected --by COLUMN"};
 }
 
-// One document, with a table for each column.
-void printJson(const Log& log, const ClipRates& rates, const ClipCounter& counter,
-               const ClipTables& tables, Printout& out) {
-    JsonWriter json(out);
+// One object, with a table for each column.
+void addJson(const Log& log, const ClipRates& rates, const ClipCounter& counter,
+             const ClipTables& tables, JsonWriter& json) {
     json.beginObject();
     json.text("file", log.name);
     json.numberOrNothing("framesInSecond", static_cast<std::size_t>(rates.nominal()));
@@ -205,22 +207,57 @@ void printTables(const ClipRates& rates, const ClipCounter& counter,
     }
 }
 
-int run(const Args& args) {
-    Selection selection = selectionFrom(args);
-    Log log = readLog(args, "FILE", wantedRows(selection));
-    ClipRates rates = ratesOf(log, args);
+// What is counted in a log, as text or into a document of several.
+int tellStats(const Log& log, const Args& args, Printout& out, JsonWriter* json) {
+    const Selection selection = selectionFrom(args);
+    const ClipRates rates = ratesOf(log, args);
     VDBView view = selectRows(log, selection).view;
     ClipCounter counter(log, rates);
     const std::vector<unsigned> columns = groupColumns(log, args);
     const ClipTables tables = tablesOf(counter, log, view, columns);
     tellWhatIsMissing(log, tables.front().second, rates, counter.places());
-    Printout out;
-    if (tellsJson(args))
-        printJson(log, rates, counter, tables, out);
+    if (json != nullptr)
+        addJson(log, rates, counter, tables, *json);
     else
         printTables(rates, counter, columns, tables, args, out);
-    out.close();
     return narrows(selection) && view->get_num_records() == 0 ? found : readingResult(log);
+}
+
+int statsOfOne(const Args& args) {
+    const Log log = readLog(args, "FILE", wantedRows(selectionFrom(args)));
+    Printout out;
+    JsonWriter json(out);
+    const int result = tellStats(log, args, out, tellsJson(args) ? &json : nullptr);
+    out.close();
+    return result;
+}
+
+// Each log has its name above its tables.
+int statsOfEach(const Args& args, Printout& out) {
+    bool isFirst = true;
+    return forEachLog(
+        args,
+        [&](const Args& one) {
+            const Log log = readLog(one);
+            out.renewLimit();
+            if (!std::exchange(isFirst, false)) out.line("");
+            out.inkedLine(inked(Ink::bold, escaped(log.name), screenOf(out, args)));
+            return tellStats(log, one, out, nullptr);
+        },
+        [](const std::string&, const std::string&) {});
+}
+
+int run(const Args& args) {
+    if (!hasSeveral(args)) return statsOfOne(args);
+    Printout out;
+    const int result = tellsJson(args)
+                           ? jsonOfEach(args, out,
+                                        [&](const Log& log, const Args& one, JsonWriter& json) {
+                                            return tellStats(log, one, out, &json);
+                                        })
+                           : statsOfEach(args, out);
+    out.close();
+    return result;
 }
 
 }  // namespace
@@ -233,12 +270,14 @@ Command statsCommand() {
         "of the log's FPS parameter or of --fps; drop-frame where a semicolon, the rate or FCM "
         "says so; over midnight where that makes a clip shorter than 12 hours; a clip of a "
         "timeline "
-        "runs at its own FPS) and footage from keycodes. The longest group has the longest bar.",
+        "runs at its own FPS) and footage from keycodes. The longest group has the longest bar. "
+        "Of several logs each has its own tables; as json they stand in the list files of one "
+        "object.",
         {{"vek stats samples/docs.vek", "by reel, then by scene"},
          {"vek stats samples/dailies.vek --by 'cam reel'", "by any column"},
          {"vek stats samples/docs.vek --format json", "for a program"},
          {"vek stats samples/docs.vek --where Tag==1 --fps 25", "chosen rows, another rate"}},
-        {{"FILE", "the log, or - for standard input"}},
+        {{"FILE", "a log, or - for standard input", false, true}},
         join(join({{"--by", "COLUMN", "one table, a row for each value of this column"},
                    tellingOption(),
                    fpsOption(),

@@ -7,7 +7,6 @@
 #include <vekdb/host/strxcmp.h>
 #include <vekdb/host/text_search.h>
 #include <vekdb/host/text_util.h>
-#include "formats/choosing/regex.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/written_names.h"
 
@@ -93,6 +92,13 @@ void requireKnown(const Log& log, std::string_view name, std::string_view text) 
                    concat("did you mean ", inBrackets(meant), text.substr(meant.size()), "?")}};
 }
 
+[[noreturn]] void refuseCondition(const std::string& text) {
+    throw Failure{wrongUsage,
+                  "",
+                  {0, "", inQuotes(text) + " is no condition",
+                   "COLUMN=TEXT or one of ==, !=, <, <=, >, >=, ~ between the two", ""}};
+}
+
 }  // namespace
 
 Condition parseCondition(const Log& log, const std::string& text) {
@@ -104,10 +110,30 @@ Condition parseCondition(const Log& log, const std::string& text) {
         requireKnown(log, name, text);
         return conditionOf(log, name, *entry, text.substr(at));
     }
-    throw Failure{wrongUsage,
-                  "",
-                  {0, "", inQuotes(text) + " is no condition",
-                   "COLUMN=TEXT or one of ==, !=, <, <=, >, >=, ~ between the two", ""}};
+    refuseCondition(text);
+}
+
+namespace {
+
+// The operator and what is behind it; nothing where there is none.
+std::optional<std::string_view> operatorIn(std::string_view text) {
+    const std::optional<WrittenName> name = bracketedName(text);
+    for (std::size_t at = name ? name->size : 1; at < text.size(); ++at) {
+        if (operatorAt(text.substr(at)) != nullptr) return text.substr(at);
+    }
+    return {};
+}
+
+}  // namespace
+
+bool isCondition(const std::string& text) {
+    return operatorIn(text).has_value();
+}
+
+void requireCondition(const std::string& text) {
+    const std::optional<std::string_view> found = operatorIn(text);
+    if (!found) refuseCondition(text);
+    if (found->starts_with('~')) Regex(std::string(found->substr(1)));
 }
 
 int comparePeople(std::string_view a, std::string_view b) {
@@ -118,7 +144,18 @@ int comparePeople(std::string_view a, std::string_view b) {
     return order < 0 ? -1 : order > 0 ? 1 : 0;
 }
 
+std::shared_ptr<const Regex> Regexes::of(const std::string& text) {
+    std::shared_ptr<const Regex>& regex = made_[text];
+    if (!regex) regex = std::make_shared<const Regex>(text);
+    return regex;
+}
+
 RowTest testOf(const Log& log, const Condition& condition) {
+    Regexes own;
+    return testOf(log, condition, own);
+}
+
+RowTest testOf(const Log& log, const Condition& condition, Regexes& regexes) {
     const std::string& text = condition.text;
     switch (condition.op) {
         case Operator::empty:
@@ -128,7 +165,7 @@ RowTest testOf(const Log& log, const Condition& condition) {
         case Operator::notEqual:
             return testOfCell(log, condition.column, [text](auto cell) { return cell != text; });
         case Operator::matches: {
-            auto regex = std::make_shared<Regex>(text);
+            std::shared_ptr<const Regex> regex = regexes.of(text);
             return testOfCell(log, condition.column,
                               [regex](auto cell) { return regex->matches(cell); });
         }

@@ -1,11 +1,14 @@
 #pragma once
 
 #include <functional>
+#include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include <vekdb/formats/choice_operator.h>
+#include "formats/choosing/regex.h"
 #include "formats/log/log.h"
 
 namespace vek::formats {
@@ -18,6 +21,10 @@ struct Condition {
 
 /// "COLUMN=TEXT", "COLUMN==TEXT", "COLUMN~REGEX", ...; a Failure when it is none of them.
 Condition parseCondition(const Log& log, const std::string& text);
+/// Whether a text is one, as far as that can be told without a log; a Failure where it is none,
+/// also for a regular expression that is none.
+bool isCondition(const std::string& text);
+void requireCondition(const std::string& text);
 
 /// Compares as people read: timecodes by their frames, numbers by their value, case ignored.
 int comparePeople(std::string_view a, std::string_view b);
@@ -27,6 +34,17 @@ using RowTest = std::function<bool(unsigned row)>;
 
 /// Whether the row's value in one column is as the condition says, any but "contains".
 RowTest testOf(const Log& log, const Condition& condition);
+
+/// Regular expressions that were made, for whoever asks many logs the same.
+class Regexes {
+public:
+    /// A Failure with wrongUsage where the text is none.
+    std::shared_ptr<const Regex> of(const std::string& text);
+
+private:
+    std::map<std::string, std::shared_ptr<const Regex>> made_;
+};
+RowTest testOf(const Log& log, const Condition& condition, Regexes& regexes);
 
 /// Whether one of the conditions is about the column.
 bool asksFor(const std::vector<Condition>& conditions, unsigned column);

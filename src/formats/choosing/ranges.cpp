@@ -88,16 +88,18 @@ RowTest testOfPairs(const Log& log, std::vector<RangeColumns> pairs, Holds holds
 
 }  // namespace
 
+void requireCode(const std::string& code, const Terms& terms) {
+    if (parseTimecode(code) || filmPlace(code)) return;
+    throw Failure{wrongUsage, concat(terms.at,
+                                     " takes a timecode such as 01:00:05:00 or a keycode such as "
+                                     "\"KJ 230012 0345+08\", not ",
+                                     inQuotes(code))};
+}
+
 RowTest codeTest(const Log& log, const std::string& code) {
+    requireCode(code, *log.opening.terms);
     const std::optional<Timecode> time = parseTimecode(code);
     const std::optional<FilmPlace> film = filmPlace(code);
-    if (!time && !film) {
-        throw Failure{wrongUsage,
-                      concat(log.opening.terms->at,
-                             " takes a timecode such as 01:00:05:00 or a keycode such as "
-                             "\"KJ 230012 0345+08\", not ",
-                             inQuotes(code))};
-    }
     std::vector<RangeColumns> pairs = rangeColumns(log);
     if (pairs.empty()) {
         throw Failure{

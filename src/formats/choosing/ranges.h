@@ -10,6 +10,8 @@ namespace vek::formats {
 /// Whether a pair of the row's columns, whatever it is called, holds the timecode or keycode. A
 /// Failure when the text is neither or no such columns exist.
 RowTest codeTest(const Log& log, const std::string& code);
+/// A Failure when the text is neither, whatever the log.
+void requireCode(const std::string& code, const Terms& terms);
 
 /// Whether the column begins or ends a range of keycodes or inkcodes under a name that is not the
 /// table's own: "KN Start", "Ink End". The table knows to ask its own ones for their range.

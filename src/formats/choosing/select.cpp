@@ -19,10 +19,11 @@ using Marks = std::vector<char>;
 // the rows that those before it leave open.
 class Choice {
 public:
-    Choice(const Log& log, bool any) : log_(log), any_(any), marks_(log.rowCount(), !any) {}
+    Choice(const Log& log, bool any, Regexes* regexes)
+        : log_(log), any_(any), regexes_(regexes), marks_(log.rowCount(), !any) {}
 
     void add(const Condition& condition) {
-        if (condition.op != Operator::contains) return apply(testOf(log_, condition));
+        if (condition.op != Operator::contains) return apply(test(condition));
         if (isOfLabelRange(log_, condition.column)) return apply(labelRangeTest(log_, condition));
         if (any_ || asksFor(asked_, condition.column)) ask();
         asked_.push_back(condition);
@@ -41,6 +42,10 @@ public:
     }
 
 private:
+    RowTest test(const Condition& condition) const {
+        return regexes_ == nullptr ? testOf(log_, condition) : testOf(log_, condition, *regexes_);
+    }
+
     void ask() {
         if (asked_.empty()) return;
         askTable(log_, asked_);
@@ -51,12 +56,13 @@ private:
 
     const Log& log_;
     bool any_;
+    Regexes* regexes_;
     Marks marks_;
     std::vector<Condition> asked_;  // by one query of the table, still to be put
 };
 
 Marks rowsThatHold(const Log& log, const Selection& selection) {
-    Choice choice(log, selection.any);
+    Choice choice(log, selection.any, selection.regexes);
     for (const std::string& text : selection.where) choice.add(parseCondition(log, text));
     for (const Condition& condition : selection.conditions) choice.add(condition);
     if (!selection.at.empty()) choice.apply(codeTest(log, selection.at));

@@ -24,6 +24,7 @@ struct Selection {
     bool reverse = false;
     std::size_t limit = 0;  ///< 0 is no limit
     std::size_t offset = 0;
+    Regexes* regexes = nullptr;  ///< kept for the next log, where there is one
 };
 
 /// What a reader may know of it: rows that are not wanted can be left out in the first place.

@@ -101,6 +101,7 @@ std::size_t Args::number(std::string_view name, std::size_t otherwise) const {
 }
 
 void Args::set(std::string_view name, std::vector<std::string> values) {
+    std::erase_if(entries_, [&](const Entry& entry) { return entry.name == name; });
     entries_.push_back({std::string(name), std::move(values)});
 }
 

@@ -251,7 +251,7 @@ private:
 
     static bool isFile(std::string_view name) {
         return name == "FILE" || name == "A" || name == "B" || name == "IN" || name == "OUT" ||
-               name == "MORE";
+               name == "MORE" || name == "PATH";
     }
 
     // What is meant by what it is called in the help.
@@ -400,7 +400,7 @@ private:
     }
 
     std::string pathOfLog() const {
-        for (const char* name : {"FILE", "A", "IN"}) {
+        for (const char* name : {"FILE", "A", "IN", "PATH"}) {
             if (std::string path = whole_.argument(name); !path.empty()) return path;
         }
         return {};

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "formats/json/json_writer.h"
+#include "formats/log/log.h"
+#include "tools/vek/cli/command.h"
+#include "tools/vek/cli/printout.h"
+
+/// A command that tells something of one log, for several.
+namespace vek {
+
+/// Whether the words name several logs.
+bool hasSeveral(const Args& args);
+
+/// Does something with each of FILE, with the words that name it alone; what is wrong with one is
+/// said, and told to `failed`, where it could not be read. Answers the greatest exit code.
+int forEachLog(const Args& args, const std::function<int(const Args& one)>& tell,
+               const std::function<void(const std::string& path, const std::string& why)>& failed);
+
+/// One JSON object for all of them, {"files": [...]}: `add` adds the object of a log, and one that
+/// could not be read has its name and the failure.
+int jsonOfEach(const Args& args, Printout& out,
+               const std::function<int(const Log& log, const Args& one, JsonWriter& json)>& add);
+
+}  // namespace vek

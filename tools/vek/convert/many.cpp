@@ -1,0 +1,217 @@
+#include "tools/vek/convert/many.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "formats/packed/packed.h"
+#include "formats/text/letters.h"
+#include "tools/vek/cli/log_files.h"
+#include "tools/vek/cli/pieces.h"
+#include "tools/vek/cli/printout.h"
+#include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/say.h"
+#include "tools/vek/cli/writing.h"
+
+namespace vek::convert {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t mostTold = 20;
+constexpr std::size_t mostLossy = 3;  // files whose losses are told one by one
+
+// A log, and the file that is made of it.
+struct Job {
+    std::string input;
+    std::string output;
+};
+
+// "day.vek" and "day.vek.gz" become "day.csv".
+std::string outputName(const std::string& name, Format target) {
+    const std::string_view unpacked = withoutPackedEnding(name);
+    const std::size_t dot = unpacked.rfind('.');
+    const bool hasEnding = dot != std::string_view::npos && dot > 0;
+    return concat(hasEnding ? unpacked.substr(0, dot) : unpacked, endingOf(target));
+}
+
+class Plan {
+public:
+    Plan(const std::string& output, const Args& args)
+        : output_(output), args_(args), target_(targetNamed(args.text("to"))) {}
+
+    // What stands in a folder keeps its place below it.
+    void add(const std::string& path) {
+        const LogFiles files = logFilesIn({path}, args_);
+        areAll_ = areAll_ && files.areAll;
+        std::error_code error;
+        const bool isFolder = path != "-" && fs::is_directory(path, error);
+        for (const std::string& file : files.paths) {
+            std::string name = fs::path(file).filename().native();
+            if (isFolder) name = fs::path(file).lexically_relative(path).native();
+            if (file == "-") name = "standard input";
+            add(file, name);
+        }
+    }
+
+    const std::vector<Job>& jobs() const { return jobs_; }
+    bool areAll() const { return areAll_; }
+
+    // Everything that can be known to go wrong is known before the first file is written.
+    void require() {
+        if (jobs_.empty()) throw Failure{unreadable, "convert: no log is there"};
+        requireOneEach();
+        requireFree();
+    }
+
+private:
+    void add(const std::string& file, const std::string& name) {
+        const fs::path folder = output_.empty() ? fs::path(file).parent_path() : fs::path(output_);
+        const fs::path below = output_.empty() ? fs::path(name).filename() : fs::path(name);
+        const std::string ending = outputName(below.filename().native(), target_);
+        jobs_.push_back({file, (folder / below.parent_path() / ending).native()});
+    }
+
+    // Also where the file system takes names for the same that differ in case.
+    void requireOneEach() const {
+        std::unordered_map<std::string, const Job*> known;
+        for (const Job& job : jobs_) {
+            const auto [other, isNew] = known.try_emplace(foldedName(job.output), &job);
+            if (isNew) continue;
+            throw Failure{wrongUsage,
+                          concat("convert: ", other->second->input, " and ", job.input,
+                                 " would both become ", job.output,
+                                 ", nothing is written; name the folder that both stand in, below "
+                                 "which each keeps its place, or convert them one by one")};
+        }
+    }
+
+    void requireFree() const {
+        std::unordered_set<std::string> inputs;
+        std::size_t count = 0;
+        for (const Job& job : jobs_) {
+            std::error_code error;
+            if (!fs::exists(fs::symlink_status(job.output, error))) continue;
+            if (inputs.empty()) inputs = realInputs();
+            if (inputs.contains(fs::weakly_canonical(job.output, error).native())) {
+                throw Failure{unwritable, job.output +
+                                              ": is one of the logs that are read, nothing is "
+                                              "written; say where to with -o FOLDER"};
+            }
+            if (!args_.has("overwrite") && ++count <= mostTold) {
+                sayFailure(job.output + ": is there already");
+            }
+        }
+        if (count == 0) return;
+        throw Failure{unwritable, concat(counted(count, "file is", "files are"),
+                                         " there already, nothing is written; --overwrite replaces "
+                                         "them")};
+    }
+
+    std::unordered_set<std::string> realInputs() const {
+        std::unordered_set<std::string> inputs;
+        for (const Job& job : jobs_) {
+            std::error_code error;
+            inputs.insert(fs::weakly_canonical(job.input, error).native());
+        }
+        return inputs;
+    }
+
+    std::string output_;
+    const Args& args_;
+    Format target_;
+    std::vector<Job> jobs_;
+    bool areAll_ = true;
+};
+
+void makeFolderOf(const std::string& path) {
+    const fs::path folder = fs::path(path).parent_path();
+    std::error_code error;
+    if (!folder.empty()) fs::create_directories(folder, error);
+    if (!error) return;
+    throw Failure{unwritable,
+                  concat(folder.native(), ": cannot be made a folder, ", error.message())};
+}
+
+// Converts log after log. One that cannot be read is told, and the others go on.
+class Converter {
+public:
+    Converter(const Args& args, std::size_t total)
+        : args_(args), target_(targetNamed(args.text("to"))), total_(total) {}
+
+    void convert(const Job& job) {
+        try {
+            write(job);
+            ++written_;
+        } catch (const Failure& failure) {
+            if (failure.kind != unreadable) refuse(failure);
+            sayFailure(failure.text);
+            result_ = exitCodeOf(unreadable);
+        }
+    }
+
+    void tellEnd() const {
+        if (lossy_ > mostLossy) {
+            say(concat("convert: ", counted(lossy_ - mostLossy, "more file"), " with such losses"));
+        }
+        say(concat("convert: ", std::to_string(written_), " of ", counted(total_, "log"),
+                   " written as ", formatName(target_)));
+    }
+
+    int result() const { return result_; }
+
+private:
+    void write(const Job& job) {
+        const Log log = readLog(job.input, openingFrom(args_));
+        makeFolderOf(job.output);
+        Printout out(job.output);
+        Losses losses;
+        writeSheet(wholeSheet(log), target_, styleFrom(args_, target_), out, losses);
+        out.close();
+        if (losses.count() > 0 && ++lossy_ <= mostLossy) tellLosses(losses, out.name());
+        if (result_ == done) result_ = readingResult(log);
+    }
+
+    [[noreturn]] void refuse(const Failure& failure) const {
+        throw Failure{failure.kind, concat(failure.text, "; ", std::to_string(written_), " of ",
+                                           counted(total_, "file"), " were written before")};
+    }
+
+    const Args& args_;
+    Format target_;
+    std::size_t total_;
+    std::size_t written_ = 0;
+    std::size_t lossy_ = 0;
+    int result_ = done;
+};
+
+int listed(const std::vector<Job>& jobs, const Args& args) {
+    Printout out;
+    for (const Job& job : jobs) out.line(concat(job.input, " -> ", job.output));
+    out.close();
+    say(concat("convert: ", counted(jobs.size(), "log"), " would be written as ", args.text("to")));
+    return done;
+}
+
+}  // namespace
+
+int convertEach(const std::vector<std::string>& paths, const std::string& output,
+                const Args& args) {
+    if (!args.has("to")) {
+        throw Failure{wrongUsage,
+                      "convert: into which format? several logs need --to, such as --to csv"};
+    }
+    styleFrom(args, targetNamed(args.text("to")));
+    Plan plan(output, args);
+    for (const std::string& path : paths) plan.add(path);
+    plan.require();
+    if (args.has("dry-run")) return listed(plan.jobs(), args);
+    Converter converter(args, plan.jobs().size());
+    for (const Job& job : plan.jobs()) converter.convert(job);
+    converter.tellEnd();
+    return plan.areAll() ? converter.result() : exitCodeOf(unreadable);
+}
+
+}  // namespace vek::convert

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "tools/vek/find/search.h"
+
+namespace vek::find {
+
+/// The rows that were found in all logs, in the logs' order, as one table: a column for all that
+/// have one key, empty where a log has none such.
+class Result {
+public:
+    /// At most `limit` rows, 0 for all. The answers outlive this.
+    Result(const std::vector<Answer>& answers, const std::vector<std::string>& names,
+           std::size_t limit);
+
+    std::size_t rowCount() const { return rows_.size(); }
+    std::size_t columnCount() const { return titles_.size(); }
+    const std::string& title(std::size_t column) const { return titles_[column]; }
+    /// Whether a log that has rows here has the column.
+    bool isKnown(std::size_t column) const { return isKnown_[column]; }
+    const std::string& fileOf(std::size_t row) const { return answers_[rows_[row].answer].name; }
+    const FoundRow& row(std::size_t row) const;
+    std::string_view cell(std::size_t row, std::size_t column) const;
+
+private:
+    struct Place {
+        std::size_t answer;
+        std::size_t row;
+    };
+
+    void add(std::size_t number, std::size_t limit);
+    std::size_t columnOf(const FoundColumn& column);
+
+    const std::vector<Answer>& answers_;
+    std::vector<Place> rows_;
+    std::vector<std::string> titles_;
+    std::vector<bool> isKnown_;
+    std::unordered_map<std::string, std::size_t> columns_;  // by their keys
+    std::vector<std::vector<std::size_t>> placesIn_;        // of a column in each answer, from 1 on
+};
+
+}  // namespace vek::find

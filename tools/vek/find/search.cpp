@@ -1,0 +1,134 @@
+#include "tools/vek/find/search.h"
+
+#include <new>
+
+#include "formats/choosing/ranges.h"
+#include "formats/log/mapped_columns.h"
+#include "formats/writing/writers.h"
+#include "tools/vek/cli/column_keys.h"
+
+namespace vek::find {
+
+namespace {
+
+Missing missing(std::size_t place, const Failure& failure) {
+    const Reason& reason = failure.reason;
+    std::string what = reason.found;
+    if (!reason.expected.empty()) what += concat(", expected ", reason.expected);
+    return {place, std::move(what), failure.text};
+}
+
+// Of many logs the first thing that is wrong with one is enough.
+void noteProblems(const Log& log, Answer& answer) {
+    const std::size_t count = log.problems.size() + log.moreProblems;
+    if (!log.problems.empty()) answer.told.push_back(worded(log.name, log.problems.front()));
+    if (count > 1) {
+        answer.told.push_back(concat(log.name, ": ", std::to_string(count - 1),
+                                     " more like this; vek check lists them"));
+    }
+    if (!log.notRead.empty()) answer.told.push_back(log.notRead);
+    answer.isWhole = log.notRead.empty();
+}
+
+}  // namespace
+
+std::string_view Answer::cell(std::size_t row, std::size_t column) const {
+    const std::size_t at = row * has.size() + column;
+    const std::size_t begin = at == 0 ? 0 : ends_[at - 1];
+    return std::string_view(text_).substr(begin, ends_[at] - begin);
+}
+
+void Answer::addCell(std::string_view cell) {
+    text_ += cell;
+    ends_.push_back(text_.size());
+}
+
+Search::Search(const Question& question, Opening opening)
+    : question_(question), opening_(std::move(opening)) {
+    opening_.watcher = nullptr;
+    if (!question_.any) opening_.wanted = question_.where;
+}
+
+// Conditions for which the log has no columns are left out, and noted.
+Selection Search::selectionFor(const Log& log, Answer& answer) const {
+    Selection selection;
+    selection.any = question_.any;
+    selection.tagged = question_.tagged;
+    for (std::size_t i = 0; i < question_.where.size(); ++i) {
+        try {
+            selection.conditions.push_back(parseCondition(log, question_.where[i]));
+        } catch (const Failure& failure) {
+            answer.conditions.push_back(missing(i, failure));
+        }
+    }
+    if (question_.at.empty()) return selection;
+    try {
+        codeTest(log, question_.at);
+        selection.at = question_.at;
+    } catch (const Failure& failure) {
+        answer.conditions.push_back(missing(question_.where.size(), failure));
+    }
+    return selection;
+}
+
+std::vector<unsigned> Search::columnsOf(const Log& log, Answer& answer) const {
+    using Columns = Question::Columns;
+    if (question_.columns == Columns::none) return {};
+    if (question_.columns == Columns::mapped) return mappedColumns(log);
+    if (question_.columns == Columns::all) return allColumns(log);
+    std::vector<unsigned> columns;
+    for (std::size_t i = 0; i < question_.names.size(); ++i) {
+        try {
+            columns.push_back(log.requireColumn(question_.names[i]));
+            answer.has.push_back({question_.names[i], log.columnName(columns.back())});
+        } catch (const Failure& failure) {
+            answer.columns.push_back(missing(i, failure));
+        }
+    }
+    return columns;
+}
+
+void Search::addRows(const Log& log, const VDBView& view, Answer& answer) const {
+    const std::vector<unsigned> columns = columnsOf(log, answer);
+    if (question_.columns != Question::Columns::named) {
+        for (unsigned column : columns) {
+            answer.has.push_back({keyOf(log, column), log.columnName(column)});
+        }
+    }
+    for (unsigned i = 0; i < view->get_num_records(); ++i) {
+        const unsigned row = view->baseIndex(i);
+        answer.found.push_back({log.numberOf(row), view->get_tag(i) != 0});
+        for (unsigned column : columns) answer.addCell(log.cell(row, column));
+    }
+}
+
+Answer Search::ask(const std::string& path) {
+    Answer answer;
+    answer.isAsked = true;
+    answer.name = path;
+    try {
+        const Log log = openLog(path, opening_);
+        answer.name = log.name;
+        answer.bytes = log.bytesRead;
+        answer.rows = log.rowsInSource();
+        noteProblems(log, answer);
+        Selection selection = selectionFor(log, answer);
+        selection.regexes = &regexes_;
+        const bool hasSome = answer.conditions.size() < question_.conditionCount();
+        const bool canMatch = answer.conditions.empty() || (question_.any && hasSome);
+        if (!canMatch) return answer;
+        const Selected selected = selectRows(log, selection);
+        answer.count = selected.matched;
+        if (answer.count > 0 && question_.columns != Question::Columns::none) {
+            addRows(log, selected.view, answer);
+        }
+    } catch (const Failure& failure) {
+        if (failure.kind != unreadable) throw;
+        answer.failure = failure.text;
+    } catch (const std::bad_alloc&) {
+        answer.failure = path + ": out of memory";
+    }
+    return answer;
+}
+
+}  // namespace vek::find
