@@ -133,7 +133,7 @@ Command convertCommand() {
          {"vek convert samples/docs.vek docs.edl", "an edit list, its events end to end"},
          {"vek convert - docs.json --from csv < docs.csv", "from a pipe"},
          {"vek convert samples/*.vek --to jsonl -o json/", "a file for each of several"},
-         {"vek convert samples/*.vek --partition Scene --to jsonl -o scenes/",
+         {"vek convert samples/d*.vek --partition Scene --to jsonl -o scenes/",
           "a dataset with a folder for each scene"}},
         {{"IN", "the log to read, or - for standard input"},
          {"OUT", "the file to write, its ending names the format; or - for standard output", true},
