@@ -160,7 +160,7 @@ Command mergeCommand() {
         "two frame rates (FPS) are joined with --yes only.",
         {{"vek merge day1.vek day2.vek -o both.vek", "one log of two"},
          {"vek merge log.vek sound.csv --key Name -o full.vek", "sound notes beside the clips"},
-         {"vek merge log.vek sound.csv --key Reel,'Start time' -o full.vek",
+         {"vek merge old.vek new.vek --key Reel,'Start time' -o full.vek",
           "rows that have two columns in common"},
          {"vek merge log.vek fixes.csv --key Name --prefer last -o fixed.vek",
           "where both have a value, take the second"}},
