@@ -160,8 +160,10 @@ bool mayRewrite(const Saving& saving, const InPlace& now) {
 
 }  // namespace
 
-// No line is shorter than what writing its row makes, so where all together are as long, each is.
+// No line is shorter than what writing its row makes, so where all together are as long, each is. A
+// last line without an end may be.
 bool isAsWritten(const Log& log, std::uint64_t heading, std::uint64_t size, RowPlaces* places) {
+    if (log.endsInLine) return false;
     if (places != nullptr) places->beginAt(heading);
     std::uint64_t at = heading;
     for (unsigned row = 0; row < log.rowCount(); ++row) {

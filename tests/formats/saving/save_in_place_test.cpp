@@ -148,6 +148,13 @@ TEST(SavingInPlace, KeepsALastLineOfATableWithoutAnEnd) {
     EXPECT_EQ(log.saved({1, 0}), table("\"2\",\"y\"\n\"7\",\"x\"\n"));
 }
 
+// What the last line lacks another one may have.
+TEST(SavingInPlace, KeepsAReturnAtALineOfATableWhoseLastLineHasNoEnd) {
+    Opened log("a.vek", table("\"1\",\"x\"\r\n\"2\",\"y\""));
+    log.set(1, 0, "7");
+    EXPECT_EQ(log.saved(), table("\"1\",\"x\"\r\n\"7\",\"y\""));
+}
+
 // A disk may have been full the first time.
 TEST(SavingInPlace, WritesWhatChangedAsOftenAsItIsAsked) {
     for (const char* end : {"\n", "\r\n"}) {
