@@ -161,12 +161,7 @@ Log openLog(Input& input, const std::string& path, const Opening& opening,
     if (input.head().empty()) {
         throw Failure{unreadable, log.name + ": is empty once unpacked, expected a log"};
     }
-    if (opening.format) {
-        log.format = *opening.format;
-        readAs(log.format, input, opening.wanted, log);
-    } else {
-        readFound(input, log);
-    }
+    readFormat(input, log);
     noteRepeatedNames(log);
     return log;
 }

@@ -126,7 +126,7 @@ private:
 
     // For each of our columns the one of theirs, where none is copied twice or in another form.
     void pickValues() {
-        std::vector<unsigned> picked(table_.get_num_fields(), Columns::none);
+        std::vector<unsigned> picked(table_.get_num_fields(), ColumnList::none);
         std::vector<char> isTaken(theirs_.size());
         for (const ColumnCopy& column : columns_) {
             if (isConverted(column.fromType, column.toType) || isTaken[column.from]++) return;
