@@ -22,6 +22,7 @@ protected:
         fs::create_directories(folder_ / ".ci");
         fs::create_directories(folder_ / "scripts");
         fs::copy_file(sourceRoot() / ".ci/run", folder_ / ".ci/run");
+        stage("test-engines", "1 passed, 0 failed\n", 0);
     }
     ~Gate() override { fs::remove_all(folder_); }
 
@@ -55,44 +56,44 @@ constexpr const char* page = "ok      a page\n5 passed, 0 failed\n";
 
 }  // namespace
 
-TEST_F(Gate, CountsTheTestsOfBothStagesInItsLastLine) {
+TEST_F(Gate, CountsTheTestsOfAllStagesInItsLastLine) {
     stage("test", whole, 0);
     stage("test-browser", page, 0);
     EXPECT_TRUE(passes());
-    EXPECT_THAT(said(), EndsWith("\n75 passed, 0 failed\n"));
+    EXPECT_THAT(said(), EndsWith("\n76 passed, 0 failed\n"));
 }
 
 TEST_F(Gate, CountsSkippedTestsAsNeitherPassedNorFailed) {
     stage("test", std::string(" 3/30 Test  #3: A.B ....***Skipped   0.01 sec\n") + whole, 0);
     stage("test-browser", page, 0);
     EXPECT_TRUE(passes());
-    EXPECT_THAT(said(), EndsWith("\n1 skipped\n74 passed, 0 failed\n"));
+    EXPECT_THAT(said(), EndsWith("\n1 skipped\n75 passed, 0 failed\n"));
 }
 
-TEST_F(Gate, FailsWithATestOfEitherStageAndRunsTheOtherAllTheSame) {
+TEST_F(Gate, FailsWithATestOfAnyStageAndRunsTheOthersAllTheSame) {
     stage("test", "93% tests passed, 2 tests failed out of 30\n", 8);
     stage("test-browser", page, 0);
     EXPECT_FALSE(passes());
-    EXPECT_THAT(said(), EndsWith("\n33 passed, 2 failed\n"));
+    EXPECT_THAT(said(), EndsWith("\n34 passed, 2 failed\n"));
     stage("test", whole, 0);
     stage("test-browser", "FAILED  a page: gone\n4 passed, 1 failed\n", 1);
     EXPECT_FALSE(passes());
-    EXPECT_THAT(said(), EndsWith("\n74 passed, 1 failed\n"));
+    EXPECT_THAT(said(), EndsWith("\n75 passed, 1 failed\n"));
 }
 
 TEST_F(Gate, FailsWithAStageThatEndsBesideItsTests) {
     stage("test", whole, 2);
     stage("test-browser", page, 0);
     EXPECT_FALSE(passes());
-    EXPECT_THAT(said(), EndsWith("\n75 passed, 1 failed\n"));
+    EXPECT_THAT(said(), EndsWith("\n76 passed, 1 failed\n"));
     stage("test", "cannot be built\n", 1);
     EXPECT_FALSE(passes());
-    EXPECT_THAT(said(), EndsWith("\n5 passed, 1 failed\n"));
+    EXPECT_THAT(said(), EndsWith("\n6 passed, 1 failed\n"));
 }
 
 TEST_F(Gate, FailsWithAStageThatRunsNoTest) {
     stage("test", whole, 0);
     stage("test-browser", "0 passed, 0 failed\n", 0);
     EXPECT_FALSE(passes());
-    EXPECT_THAT(said(), EndsWith("\n70 passed, 1 failed\n"));
+    EXPECT_THAT(said(), EndsWith("\n71 passed, 1 failed\n"));
 }

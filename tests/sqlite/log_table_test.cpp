@@ -49,8 +49,8 @@ TEST_F(LogTables, TakeNamesThatDifferForColumnsThatDoNot) {
     Session session;
     ASSERT_EQ(session.table("log", quoted("odd.csv")), "");
     EXPECT_EQ(session.ask("SELECT name FROM pragma_table_xinfo('log')"),
-              "Reel\nreel#2\n[]\n[]#2\n_row\nReel#2#2\na\"b\n__row\n_line\n_tagged\n_fps\n");
-    EXPECT_EQ(session.ask("SELECT [reel#2], _row, __row FROM log"), "2|5|1\n");
+              "Reel\n[reel]#2\n[]\n[]#2\n_row\nReel#2\na\"b\n__row\n_line\n_tagged\n_fps\n");
+    EXPECT_EQ(session.ask("SELECT \"[reel]#2\", [reel#2], _row, __row FROM log"), "2|6|5|1\n");
 }
 
 TEST_F(LogTables, TakeWordsForHowTheyAreRead) {

@@ -50,6 +50,7 @@ bool isLogOfOtherFormat(const std::string& path, const Args& args) {
 
 bool isOneLog(const std::vector<std::string>& words, const Args& args) {
     if (words.size() != 2 || args.has("output")) return false;
+    if (words[1] == "-") return true;
     if (isFolder(words[0]) || isFolder(words[1])) return false;
     return !isLogOfOtherFormat(words[1], args);
 }

@@ -65,5 +65,6 @@ int main(int count, char** words) {
     // The program is its own host, and nobody asks it for a single thread.
     OS()->setReadsAhead(true);
     outliveClosedPipes();
+    giveLargeBlocksBack();
     return endOf([&] { return run({words + (count > 0 ? 1 : 0), words + count}); });
 }

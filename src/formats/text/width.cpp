@@ -115,9 +115,40 @@ std::string escaped(std::string_view text) {
     return out;
 }
 
+std::size_t escapedWidth(std::string_view text) {
+    if (allPlain(text)) return text.size();
+    std::size_t width = 0;
+    std::string escape;
+    while (!text.empty()) {
+        Taken taken = take(text);
+        if (!needsEscape(taken.code)) {
+            width += widthOf(taken.code);
+            continue;
+        }
+        escape.clear();
+        appendEscape(escape, taken.bytes);
+        width += escape.size();
+    }
+    return width;
+}
+
+// No more of a long text is escaped than is shown.
 std::string fitted(std::string_view text, std::size_t width) {
-    std::string safe = escaped(text);
-    if (displayWidth(safe) <= width) return safe;
+    if (allPlain(text) && text.size() <= width) return std::string(text);
+    std::string safe;
+    std::size_t used = 0;
+    while (!text.empty() && used <= width) {
+        Taken taken = take(text);
+        const std::size_t before = safe.size();
+        if (needsEscape(taken.code)) {
+            appendEscape(safe, taken.bytes);
+            used += safe.size() - before;
+        } else {
+            safe += taken.bytes;
+            used += widthOf(taken.code);
+        }
+    }
+    if (used <= width) return safe;
     if (width == 0) return {};
     return std::string(beginning(safe, width - 1)) + std::string(ellipsis);
 }

@@ -14,6 +14,9 @@ std::size_t displayWidth(std::string_view text);
 /// the direction written out (\n, \t, \x1b), so that it is safe on a terminal and takes one line.
 std::string escaped(std::string_view text);
 
+/// The terminal cells that a text takes once it is escaped, without making that text.
+std::size_t escapedWidth(std::string_view text);
+
 /// The escaped text in at most `width` cells; what does not fit is cut and ends in an ellipsis.
 std::string fitted(std::string_view text, std::size_t width);
 

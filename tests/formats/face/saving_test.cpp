@@ -62,6 +62,8 @@ TEST(SavingLogs, LetsGoOfTheFileThatWasSaved) {
 }
 
 TEST(SavingLogs, LetsGoOfAFileThatIsNotToBeSaved) {
+    const char* timeline = R"({"OTIO_SCHEMA": "Timeline.1", "name": "x",
+        "tracks": {"OTIO_SCHEMA": "Stack.1", "children": []}})";
     TempDir folder;
     folder.write("day.csv", csv);
     auto log = vek::openToChange(folder.file("day.csv").string());
@@ -70,7 +72,7 @@ TEST(SavingLogs, LetsGoOfAFileThatIsNotToBeSaved) {
     log->letGo();
     EXPECT_EQ(log->save().reason().kind, vek::Reason::wrongUsage);
     EXPECT_TRUE(vek::openToChange(folder.file("day.csv").string()));
-    EXPECT_FALSE(vek::openText("TITLE: x\n", "x.otio")->canBeSaved());
+    EXPECT_FALSE(vek::openText(timeline, "x.otio")->canBeSaved());
 }
 
 TEST(SavingLogs, LeavesAFileThatSomebodyElseChangedMeanwhile) {

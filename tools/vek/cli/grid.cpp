@@ -19,10 +19,11 @@ constexpr std::size_t widestPadding = 200;  // where nothing is cut
 std::vector<std::size_t> naturalWidths(const Grid& grid) {
     std::vector<std::size_t> widths;
     for (std::size_t column = 0; column < grid.columns.size(); ++column) {
-        std::size_t width = displayWidth(escaped(grid.columns[column].title));
+        std::size_t width = escapedWidth(grid.columns[column].title);
         for (std::size_t row = 0; row < grid.rowCount; ++row) {
             std::string_view cell = grid.cell(row, column);
-            if (cell.size() > width) width = std::max(width, displayWidth(escaped(cell)));
+            // A byte takes four cells at most, where its number is shown.
+            if (4 * cell.size() > width) width = std::max(width, escapedWidth(cell));
         }
         widths.push_back(width);
     }

@@ -1,5 +1,8 @@
 #include "tools/vek/cli/terminal.h"
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -50,6 +53,12 @@ int writeTo(Stream stream, std::string_view text) {
 
 void outliveClosedPipes() {
     std::signal(SIGPIPE, SIG_IGN);
+}
+
+void giveLargeBlocksBack() {
+#ifdef __GLIBC__
+    ::mallopt(M_MMAP_THRESHOLD, 1 << 20);
+#endif
 }
 
 bool isThere(const std::string& path) {

@@ -28,6 +28,10 @@ int writeTo(Stream stream, std::string_view text);
 /// A closed pipe is seen where it is written to, and does not end the program.
 void outliveClosedPipes();
 
+/// Has the system take large blocks of memory back where they end, whatever came before them: left
+/// in the heap, they are too small or too large for what comes after.
+void giveLargeBlocksBack();
+
 /// Whether something stands at a path, whatever it is.
 bool isThere(const std::string& path);
 
