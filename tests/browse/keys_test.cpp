@@ -225,3 +225,95 @@ TEST(BrowseKeys, ThatAreTypedAheadAreAnsweredInTheirOrder) {
     EXPECT_TRUE(ahead.sheet().hasMark());
     EXPECT_EQ(ahead.shown(), seen.shown());
 }
+
+namespace {
+
+// So many cells that nothing looks at all of them between two keys.
+std::string longLog() {
+    std::string text = "a,b,c,d,e,f,g,h,i,j\n";
+    for (int i = 0; i < 300000; ++i) text += "1,2,3,4,5,6,7,8,9,0\n";
+    return text;
+}
+
+}  // namespace
+
+TEST(BrowseKeys, LookingOnInALongLogTellsHowFarItIsAndEndsWithAnotherKey) {
+    Opened opened(longLog());
+    opened.press("/ x Enter");
+    for (const char* key : {"n", "N"}) {
+        opened.browser->press(key);
+        EXPECT_TRUE(opened.browser->isBusy());
+        EXPECT_THAT(opened.screen(), HasSubstr("looking for x ... "));
+        opened.browser->press("Down");
+        EXPECT_FALSE(opened.browser->isBusy());
+    }
+    EXPECT_EQ(2u, opened.sheet().place());
+    opened.press("n");
+    EXPECT_THAT(opened.screen(), HasSubstr("x is not found"));
+}
+
+TEST(BrowseKeys, ThatComeWhileALongLogIsTaggedWaitForItAndTheScreenTellsHowFarItIs) {
+    Opened opened(longLog());
+    opened.press("v G");
+    opened.browser->press("t");
+    opened.browser->work();
+    EXPECT_THAT(opened.screen(), HasSubstr("tagging ... "));
+    opened.browser->press("k");
+    EXPECT_EQ(299999u, opened.sheet().place());
+    opened.settle();
+    EXPECT_EQ(299998u, opened.sheet().place());
+    EXPECT_EQ(300000u, opened.sheet().taggedRows().size());
+    opened.press("u");
+    EXPECT_TRUE(opened.sheet().taggedRows().empty());
+}
+
+TEST(BrowseKeys, TurnsOfTheWheelAndClicksThatComeMeanwhileAreAnsweredInTheirOrder) {
+    Opened opened(theLog);
+    opened.screen();
+    opened.browser->press("s");
+    opened.browser->turn(9);
+    opened.browser->click(0, 3);
+    opened.browser->turn(-1);
+    opened.browser->press("v");
+    opened.browser->turn(2);
+    for (int i = 0; i < 10; ++i) opened.browser->work();
+    EXPECT_FALSE(opened.browser->isBusy());
+    EXPECT_EQ(2u, placeOf(opened));
+    EXPECT_EQ(3u, opened.sheet().chosenRows().size());
+}
+
+TEST(BrowseKeys, CommandsTypedAheadAreRunOneAfterTheOther) {
+    Opened opened(theLog);
+    for (const char* key : {"s", ":", "a", "Enter", ":", "b", "Enter"}) opened.browser->press(key);
+    for (const char* name : {"a", "b"}) {
+        for (int i = 0; i < 10; ++i) opened.browser->work();
+        const auto command = opened.browser->takeCommand();
+        ASSERT_TRUE(command.has_value()) << name;
+        EXPECT_EQ(name, command->back());
+    }
+}
+
+TEST(BrowseKeys, EachLookingOnFindsOneMoreHoweverFastTheyCome) {
+    std::string text = longLog();
+    for (int i = 0; i < 5; ++i) text += "y\n";
+    Opened opened(text);
+    opened.press("/ y Enter g");
+    for (const char* key : {"N", "N", "N"}) opened.browser->press(key);
+    opened.settle();
+    EXPECT_EQ(300002u, placeOf(opened));
+    opened.press("g");
+    for (const char* key : {"n", "n", "n"}) opened.browser->press(key);
+    EXPECT_TRUE(opened.browser->isBusy());
+    opened.settle();
+    EXPECT_EQ(300002u, placeOf(opened));
+    opened.press("g");
+    for (const char* key : {"n", "n", "Esc"}) opened.browser->press(key);
+    EXPECT_FALSE(opened.browser->isBusy());
+    EXPECT_EQ(0u, placeOf(opened));
+}
+
+TEST(BrowseKeys, AQuestionThatWasLeftDoesNotTurnTheWayOfLookingOn) {
+    Opened opened(theLog);
+    opened.press("/ 0 1 : Enter \\ Esc n");
+    EXPECT_EQ(1u, placeOf(opened));
+}

@@ -124,6 +124,57 @@ TEST(BrowseSheet, EditsOfAProgramThatWasKilledAreOfferedAndRecovered) {
     EXPECT_FALSE(opened.has(edits));
 }
 
+TEST(BrowseSheet, EditsOfABrowserThatLivesAreNotOfferedToASecondOneNorRemovedByIt) {
+    Opened first(theLog);
+    first.press("d");
+    {
+        vek::browse::Browser second{vek::formats::Opening()};
+        second.add(vek::formats::openLog(first.path(), {}));
+        const std::string seen = textOf(second.picture(200, 24));
+        EXPECT_THAT(seen, HasSubstr("another vek browse edits this log"));
+        EXPECT_THAT(seen, Not(HasSubstr("(r)ecover")));
+        second.press("j");
+        second.press("d");
+        EXPECT_THAT(textOf(second.picture(300, 24)), HasSubstr("is lost if"));
+        second.press("q");
+        second.press("d");
+        EXPECT_TRUE(second.isOver());
+    }
+    first.forget();
+    first.start();
+    EXPECT_THAT(first.screen(), HasSubstr("(r)ecover"));
+    first.press("r");
+    EXPECT_THAT(first.shown(), ElementsAre("a", "b"));
+}
+
+TEST(BrowseSheet, EditsOfABrowserThatWasKilledSurviveASecondOneThatWasOpenMeanwhile) {
+    Opened first(theLog);
+    first.press("d");
+    vek::browse::Browser second{vek::formats::Opening()};
+    second.add(vek::formats::openLog(first.path(), {}));
+    first.forget();
+    for (const char* key : {"j", "d", "q", "d"}) second.press(key);
+    EXPECT_TRUE(second.isOver());
+    first.start();
+    EXPECT_THAT(first.screen(), HasSubstr("(r)ecover"));
+}
+
+TEST(BrowseSheet, ARecoveryThatWasKilledIsOfferedAgainWholeAndLeavesNothingBeside) {
+    Opened opened(theLog);
+    opened.press("d d");
+    opened.forget();
+    std::filesystem::rename(opened.folder.file(edits),
+                            opened.folder.file(edits + std::string("~")));
+    opened.write(edits, "half of i");
+    opened.start();
+    EXPECT_THAT(opened.screen(), HasSubstr("(r)ecover"));
+    EXPECT_FALSE(opened.has(edits + std::string("~")));
+    opened.press("r");
+    EXPECT_EQ(1u, opened.shown().size());
+    EXPECT_FALSE(opened.has(edits + std::string("~")));
+    EXPECT_TRUE(opened.has(edits));
+}
+
 TEST(BrowseSheet, EditsOfAnotherStateOfTheFileAreNotMade) {
     Opened opened(theLog);
     opened.press("d");

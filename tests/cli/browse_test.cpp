@@ -1,5 +1,8 @@
 // The browser as a person has it: in a terminal, by keys.
 #include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <set>
 
@@ -263,6 +266,20 @@ TEST_F(BrowseScreen, WideAndCombiningCharactersStandInTheirColumns) {
     EXPECT_THAT(seen, HasSubstr("\xE6\x97\xA5\xE6\x9C\xAC      one"));
     EXPECT_THAT(seen, HasSubstr("e\xCC\x81\xCC\x82         two"));
     EXPECT_THAT(seen, HasSubstr("a\\tb\\x1b"));
+}
+
+TEST_F(BrowseScreen, ATestThatDoesNotEndItsTerminalLeavesNoneBehind) {
+    if (!hasTmux()) return;
+    const pid_t test = ::fork();
+    if (test == 0) {
+        const Multiplexer terminal(folder, browse + "log.csv", 40, 12);
+        folder.write("process", terminal.process());
+        ::_exit(0);  // as a crash: nothing is destroyed
+    }
+    ::waitpid(test, nullptr, 0);
+    const pid_t inside = std::stoi(folder.read("process"));
+    for (int i = 0; i < 400 && ::kill(inside, 0) == 0; ++i) ::usleep(100000);
+    EXPECT_NE(0, ::kill(inside, 0));
 }
 
 TEST_F(BrowseScreen, ItSaysWhereThereIsNoTerminal) {

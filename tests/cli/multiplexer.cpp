@@ -31,7 +31,14 @@ Multiplexer::Multiplexer(const WorkFolder& folder, const std::string& command, i
     folder.write("tmux.conf", "set -g default-terminal " + terminal + "\nset -g status off\n" +
                                   "set -sg escape-time 0\n");
     tmux("new-session -d -x " + std::to_string(width) + " -y " + std::to_string(height) + " " +
-         quoted("LC_ALL=C.UTF-8 " + command + "; echo ended $? > ended; exec sleep 1000"));
+         quoted(endsWith(::getpid()) + "LC_ALL=C.UTF-8 " + command +
+                "; echo ended $? > ended; exec sleep 1000"));
+}
+
+// A test that crashes or is killed takes its terminal with it, too.
+std::string Multiplexer::endsWith(int process) const {
+    return "(while kill -0 " + std::to_string(process) + " 2>&-; do sleep 0.2; done; tmux -L " +
+           socket_ + " kill-server) & ";
 }
 
 Multiplexer::~Multiplexer() {

@@ -6,7 +6,7 @@
 #include "cli/program.h"
 
 /// A program in a terminal of tmux: keys go in, and what its screen shows comes out. Ends with the
-/// object, whatever the program does.
+/// object, whatever the program does, and with the process that made it, however that ends.
 class Multiplexer {
 public:
     Multiplexer(const WorkFolder& folder, const std::string& command, int width, int height,
@@ -28,6 +28,7 @@ public:
     std::string process() const;
 
 private:
+    std::string endsWith(int process) const;
     std::string tmux(const std::string& arguments) const;
 
     const WorkFolder& folder_;

@@ -47,6 +47,10 @@ public:
     int read(char* to, std::size_t size, std::size_t& got) const;
     /// The same from a place on, of what can be read again.
     int readAt(std::uint64_t from, char* to, std::size_t size, std::size_t& got) const;
+    /// Nobody else can lock it from now on, until it and all further descriptors of it are closed,
+    /// at the latest by the end of the process. 0 or the error: EWOULDBLOCK where somebody else
+    /// has locked it, others where it cannot be locked at all. It can still be read and written.
+    int lock() const;
     /// Where a regular file of so many bytes has a megabyte or more without room on the disk, as
     /// it was never written there; its size where it has not. The next `read` begins at its start.
     std::uint64_t beginOfGap(std::uint64_t size) const;

@@ -125,7 +125,10 @@ bool isOfKind(std::string_view text, Kind kind) {
 class ObjectWriter {
 public:
     explicit ObjectWriter(const Saving& saving)
-        : saving_(saving), log_(saving.log), source_(*log_.source) {
+        : saving_(saving),
+          log_(saving.log),
+          source_(*log_.source),
+          changesAll_(!saving.hasNamesAsTheyCame()) {
         for (unsigned i = 0; i < source_.columns.size(); ++i) places_[source_.memberNames[i]] = i;
         columnOf_.assign(source_.columns.size(), noColumn);
         for (unsigned column : saving.columns) {
@@ -139,7 +142,7 @@ public:
     }
 
     /// Whether no object stays as it is.
-    bool changesAll() const { return !saving_.hasNamesAsTheyCame(); }
+    bool changesAll() const { return changesAll_; }
 
     /// The object of a row, in the place of another.
     std::string object(std::string_view came, unsigned row) {
@@ -241,6 +244,7 @@ private:
     const Saving& saving_;
     const Log& log_;
     const Source& source_;
+    bool changesAll_;                                   // asked once: names can be long
     std::unordered_map<std::string, unsigned> places_;  // of the columns as they came
     std::vector<unsigned> columnOf_;                    // what they are now
     bool hasOrder_ = true;                              // those that came stand first, all of them

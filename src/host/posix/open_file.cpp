@@ -6,6 +6,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -111,6 +112,10 @@ int OpenFile::read(char* to, std::size_t size, std::size_t& got) const {
 
 int OpenFile::readAt(std::uint64_t from, char* to, std::size_t size, std::size_t& got) const {
     return uninterrupted([&] { return ::pread(file_, to, size, static_cast<off_t>(from)); }, got);
+}
+
+int OpenFile::lock() const {
+    return ::flock(file_, LOCK_EX | LOCK_NB) == 0 ? 0 : errorOfCall();
 }
 
 std::uint64_t OpenFile::beginOfGap(std::uint64_t size) const {

@@ -83,6 +83,26 @@ TEST(OpenFile, IsMovedWithWhatIsOpen) {
     EXPECT_EQ(third.descriptor(), descriptor);
 }
 
+TEST(OpenFile, IsLockedByOneUntilAllDescriptorsOfItAreClosed) {
+    TempDir folder;
+    folder.write("a", "text");
+    const std::string path = folder.file("a").string();
+    OpenFile first = OpenFile::at(path.c_str());
+    EXPECT_EQ(first.lock(), 0);
+    OpenFile further = OpenFile::of(first.descriptor());
+    EXPECT_EQ(further.lock(), 0);
+    const OpenFile other = OpenFile::at(path.c_str());
+    EXPECT_EQ(other.lock(), EWOULDBLOCK);
+    first = OpenFile();
+    EXPECT_EQ(other.lock(), EWOULDBLOCK);
+    further = OpenFile();
+    EXPECT_EQ(other.lock(), 0);
+}
+
+TEST(OpenFile, ThatIsNotThereIsNotLocked) {
+    EXPECT_NE(OpenFile().lock(), 0);
+}
+
 TEST(OpenFile, FindsWhereAFileWasNeverWritten) {
     TempDir folder;
     folder.write("a", std::string(1 << 16, 'x'));

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "tools/vek/browse/slice.h"
+
 namespace vek::browse {
 
 Browser::Browser(Opening opening) : opening_(std::move(opening)) {
@@ -43,7 +45,25 @@ void Browser::press(const std::string& key) {
         isOver_ = true;
         return;
     }
-    finishJob();
+    if (key == "Esc" && search_.isRunning()) waiting_.clear();
+    if (!waits([this, key] { take(key); }, looksOn(key))) take(key);
+}
+
+// What comes while something is done is meant for what that makes. What is looked for is none of
+// that: another key ends it, unless that looks on from there.
+bool Browser::waits(std::function<void()> what, bool looksOn) {
+    if (!job_ && waiting_.empty() && !looksOn) return false;
+    waiting_.push_back(std::move(what));
+    return true;
+}
+
+bool Browser::looksOn(const std::string& key) const {
+    if (!search_.isRunning() || prompt_) return false;
+    const KeyEntry* entry = entryOf(key);
+    return entry != nullptr && (entry->act == Act::findNext || entry->act == Act::findPrevious);
+}
+
+void Browser::take(const std::string& key) {
     message_.clear();
     isTrouble_ = false;
     if (question_) return guarded([&] { pressQuestion(key); });
@@ -155,9 +175,9 @@ bool Browser::move(Act act) {
         case Act::findBack:
             return find(act == Act::findBack), true;
         case Act::findNext:
-            return findAgain(search_.isBack()), true;
+            return findAgain(looksBack_), true;
         case Act::findPrevious:
-            return findAgain(!search_.isBack()), true;
+            return findAgain(!looksBack_), true;
         default:
             return false;
     }
@@ -201,19 +221,59 @@ void Browser::ask(const std::string& title, const std::string& text, Answered an
 // The line that says what is done is drawn first.
 void Browser::later(const std::string& what, std::function<void()> job) {
     message_ = what + " ...";
-    job_ = std::move(job);
+    job_ = [job = std::move(job)] { return job(), true; };
 }
 
-// A key that was typed ahead is meant for what the one before it makes.
-void Browser::finishJob() {
-    if (job_) work();
-}
+// Edits the rows as one step, a slice at a time.
+void Browser::forEachRow(const std::string& what, Sheet::Rows rows, RowDone one,
+                         std::function<void()> end) {
+    struct Way {
+        Way(Sheet::Rows all, EditLog& edits) : rows(std::move(all)), step(edits) {}
 
-void Browser::work() {
-    if (job_) {
-        const std::function<void()> job = std::exchange(job_, nullptr);
+        Sheet::Rows rows;
+        EditLog::Step step;
+        std::size_t done = 0;
+    };
+    auto way = std::make_shared<Way>(std::move(rows), sheet().edits());
+    message_ = what + " ...";
+    job_ = [this, what, way = std::move(way), one = std::move(one),
+            end = std::move(end)]() mutable {
+        const std::size_t count = way->rows.size();
+        const Slice slice;
+        while (way->done < count && !slice.isOver()) one(way->rows[way->done++]);
+        message_ = concat(what, " ... ",
+                          std::to_string(way->done * 100 / std::max<std::size_t>(1, count)), " %");
+        if (way->done < count) return false;
+        way.reset();
+        sheet().settle();
         message_.clear();
-        return guarded(job);
+        end();
+        return true;
+    };
+}
+
+bool Browser::isFree() const {
+    return !job_ && !search_.isRunning() && !command_ && !isOver();
+}
+
+// Keys that waited follow as soon as nothing more is to be done before them.
+void Browser::work() {
+    workOn();
+    while (isFree() && !waiting_.empty()) {
+        const std::function<void()> next = std::move(waiting_.front());
+        waiting_.pop_front();
+        next();
+    }
+}
+
+void Browser::workOn() {
+    if (job_) {
+        std::function<bool()> job = std::exchange(job_, nullptr);
+        bool isDone = true;
+        message_.clear();
+        guarded([&] { isDone = job(); });
+        if (!isDone) job_ = std::move(job);
+        return;
     }
     if (!search_.isRunning() || isOver()) return;
     if (search_.step(sheet())) return showFound();
@@ -222,7 +282,10 @@ void Browser::work() {
 }
 
 void Browser::click(std::size_t x, std::size_t y) {
-    finishJob();
+    if (!waits([this, x, y] { takeClick(x, y); })) takeClick(x, y);
+}
+
+void Browser::takeClick(std::size_t x, std::size_t y) {
     if (isOver() || prompt_ || question_ || hasHelp_ || y < firstLine_) return;
     const std::size_t place = scrolls_[current_].top + y - firstLine_;
     if (y - firstLine_ >= page_ || place >= sheet().rows().size()) return;
@@ -233,7 +296,10 @@ void Browser::click(std::size_t x, std::size_t y) {
 }
 
 void Browser::turn(int rows) {
-    finishJob();
+    if (!waits([this, rows] { takeTurn(rows); })) takeTurn(rows);
+}
+
+void Browser::takeTurn(int rows) {
     if (isOver() || prompt_ || question_) return;
     if (!hasHelp_) return sheet().moveBy(rows);
     pressHelp(rows < 0 ? "Up" : "Down");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -23,13 +24,15 @@ public:
 
     void add(Log log);
 
-    /// A key by its name, or a character. Work that takes long is left to `work`.
+    /// A key by its name, or a character. Work that takes long is left to `work`; a key that comes
+    /// while it is done waits for its end.
     void press(const std::string& key);
     /// A click on the picture drawn last; wheels turn by so many rows.
     void click(std::size_t x, std::size_t y);
     void turn(int rows);
     /// Whether something is to be done while no key comes.
-    bool isBusy() const { return job_ || search_.isRunning(); }
+    bool isBusy() const { return job_ || search_.isRunning() || !waiting_.empty(); }
+    /// Does a slice of it.
     void work();
 
     Picture picture(std::size_t width, std::size_t height);
@@ -50,7 +53,13 @@ private:
     using Answered = std::function<void(const std::string&)>;
 
     void guarded(const std::function<void()>& run);
-    void finishJob();
+    bool waits(std::function<void()> what, bool looksOn = false);
+    bool looksOn(const std::string& key) const;
+    bool isFree() const;
+    void take(const std::string& key);
+    void takeClick(std::size_t x, std::size_t y);
+    void takeTurn(int rows);
+    void workOn();
     void pressPrompt(const std::string& key);
     void pressQuestion(const std::string& key);
     void pressHelp(const std::string& key);
@@ -63,6 +72,9 @@ private:
     bool file(Act act);
     void ask(const std::string& title, const std::string& text, Answered answered);
     void later(const std::string& what, std::function<void()> job);
+    using RowDone = std::function<void(unsigned row)>;
+    void forEachRow(const std::string& what, Sheet::Rows rows, RowDone one,
+                    std::function<void()> end);
     void goToRow(const std::string& text);
     void goToTimecode(const std::string& text);
     void find(bool isBack);
@@ -73,9 +85,14 @@ private:
     void filter(const std::string& name, const Selection& selection);
     void filterByValue();
     void tagRows();
+    void invertTags();
     void tagBy(const std::string& condition, Sheet::Tagging how);
+    void tagEach(Sheet::Rows rows, Sheet::Tagging how, std::function<void()> end);
     void editCell();
     void editTagged();
+    void withTagged(std::function<void(Sheet::Rows rows)> use);
+    void insertRow(bool isBehind);
+    void deleteRows();
     void deleteTagged();
     void rename();
     void undo(bool isRedo);
@@ -97,8 +114,10 @@ private:
     std::size_t current_ = 0;
     std::optional<Prompt> prompt_;
     std::optional<Question> question_;
-    std::function<void()> job_;
+    std::function<bool()> job_;  // does a slice; whether it is over
+    std::deque<std::function<void()>> waiting_;
     Search search_;
+    bool looksBack_ = false;  // what was looked for at first
     std::string message_;
     bool isTrouble_ = false;
     bool hasCard_ = false;

@@ -19,11 +19,8 @@ bool Browser::tag(Act act) {
             ask("untag rows where (all of them) ", "",
                 [this](const std::string& text) { tagBy(text, Sheet::Tagging::untag); });
             return true;
-        case Act::invertTags: {
-            Sheet& now = sheet();
-            now.tag(now.hasMark() ? now.chosenRows() : now.shownRows(), Sheet::Tagging::invert);
-            return now.unmark(), true;
-        }
+        case Act::invertTags:
+            return invertTags(), true;
         default:
             return false;
     }
@@ -31,28 +28,44 @@ bool Browser::tag(Act act) {
 
 void Browser::tagRows() {
     Sheet& now = sheet();
-    const bool isRange = now.hasMark();
-    now.tag(now.chosenRows(), isRange ? Sheet::Tagging::tag : Sheet::Tagging::invert);
-    now.unmark();
-    if (!isRange) now.moveBy(1);
+    if (now.hasMark()) {
+        tagEach(now.chosenRows(), Sheet::Tagging::tag, [this] { sheet().unmark(); });
+        return;
+    }
+    now.tag(now.chosenRows(), Sheet::Tagging::invert);
+    now.moveBy(1);
+}
+
+void Browser::invertTags() {
+    Sheet& now = sheet();
+    tagEach(now.hasMark() ? now.chosenRows() : now.shownRows(), Sheet::Tagging::invert,
+            [this] { sheet().unmark(); });
+}
+
+void Browser::tagEach(Sheet::Rows rows, Sheet::Tagging how, std::function<void()> end) {
+    if (!sheet().canTag(rows, how)) return end();
+    forEachRow(
+        "tagging", std::move(rows), [this, how](unsigned row) { sheet().tagRow(row, how); },
+        std::move(end));
 }
 
 // Of the rows shown.
 void Browser::tagBy(const std::string& condition, Sheet::Tagging how) {
-    Sheet& now = sheet();
-    Sheet::Rows rows = now.shownRows();
-    if (!condition.empty()) {
-        const VDBView view = selectRows(now.log(), rowsWhere(condition)).view;
-        std::vector<char> holds(now.log().rowCount());
-        for (unsigned i = 0; i < view->get_num_records(); ++i) holds[view->baseIndex(i)] = 1;
-        std::erase_if(rows, [&](unsigned row) { return holds[row] == 0; });
-    }
-    now.tag(rows, how);
-    message_ = counted(rows.size(), "row") + " matched";
+    later("choosing", [this, condition, how] {
+        Sheet::Rows rows = sheet().shownRows();
+        if (!condition.empty()) {
+            const Log& log = sheet().log();
+            const VDBView view = selectRows(log, rowsWhere(condition)).view;
+            std::vector<char> holds(log.rowCount());
+            for (unsigned i = 0; i < view->get_num_records(); ++i) holds[view->baseIndex(i)] = 1;
+            std::erase_if(rows, [&](unsigned row) { return holds[row] == 0; });
+        }
+        const std::string told = counted(rows.size(), "row") + " matched";
+        tagEach(std::move(rows), how, [this, told] { message_ = told; });
+    });
 }
 
 bool Browser::edit(Act act) {
-    Sheet& now = sheet();
     switch (act) {
         case Act::edit:
             return editCell(), true;
@@ -60,9 +73,9 @@ bool Browser::edit(Act act) {
             return editTagged(), true;
         case Act::insertBelow:
         case Act::insertAbove:
-            return now.insertRow(act == Act::insertBelow), true;
+            return insertRow(act == Act::insertBelow), true;
         case Act::deleteRows:
-            return now.deleteRows(now.chosenRows()), true;
+            return deleteRows(), true;
         case Act::deleteTagged:
             return deleteTagged(), true;
         case Act::rename:
@@ -88,25 +101,47 @@ void Browser::editTagged() {
     Sheet& now = sheet();
     const unsigned column = now.column();
     if (column == Sheet::nowhere) return;
-    Sheet::Rows rows = now.taggedRows();
-    if (rows.empty()) {
-        message_ = "no row is tagged; t tags one";
-        return;
-    }
-    const std::string title =
-        concat(now.log().columnName(column), " of ", counted(rows.size(), "tagged row"), ": ");
-    ask(title, "",
-        [this, rows, column](const std::string& text) { sheet().setCells(rows, column, text); });
+    withTagged([this, column](const Sheet::Rows& rows) {
+        const std::string title = concat(sheet().log().columnName(column), " of ",
+                                         counted(rows.size(), "tagged row"), ": ");
+        ask(title, "", [this, rows, column](const std::string& text) {
+            forEachRow(
+                "editing", rows,
+                [this, column, text](unsigned row) { sheet().edits().set(row, column, text); },
+                [] {});
+        });
+    });
+}
+
+// All rows are looked at for that.
+void Browser::withTagged(std::function<void(Sheet::Rows rows)> use) {
+    later("looking at tags", [this, use = std::move(use)] {
+        Sheet::Rows rows = sheet().taggedRows();
+        if (rows.empty()) {
+            message_ = "no row is tagged; t tags one";
+            return;
+        }
+        use(std::move(rows));
+    });
+}
+
+// A choice and an order of many rows are made anew around it.
+void Browser::insertRow(bool isBehind) {
+    if (sheet().rows().path().empty()) return sheet().insertRow(isBehind);
+    later("inserting", [this, isBehind] { sheet().insertRow(isBehind); });
+}
+
+void Browser::deleteRows() {
+    Sheet& now = sheet();
+    if (!now.hasMark()) return now.deleteRows(now.chosenRows());
+    later("deleting", [this] { sheet().deleteRows(sheet().chosenRows()); });
 }
 
 void Browser::deleteTagged() {
-    Sheet::Rows rows = sheet().taggedRows();
-    if (rows.empty()) {
-        message_ = "no row is tagged; t tags one";
-        return;
-    }
-    message_ = counted(rows.size(), "row") + " deleted; u takes it back";
-    sheet().deleteRows(std::move(rows));
+    withTagged([this](Sheet::Rows rows) {
+        message_ = counted(rows.size(), "row") + " deleted; u takes it back";
+        sheet().deleteRows(std::move(rows));
+    });
 }
 
 void Browser::rename() {
@@ -117,8 +152,10 @@ void Browser::rename() {
 }
 
 void Browser::undo(bool isRedo) {
-    const bool isDone = isRedo ? sheet().redo() : sheet().undo();
-    if (!isDone) message_ = isRedo ? "nothing to do again" : "nothing to undo";
+    later(isRedo ? "doing again" : "undoing", [this, isRedo] {
+        const bool isDone = isRedo ? sheet().redo() : sheet().undo();
+        if (!isDone) message_ = isRedo ? "nothing to do again" : "nothing to undo";
+    });
 }
 
 }  // namespace vek::browse

@@ -78,6 +78,13 @@ void Browser::open(const std::string& path) {
 
 void Browser::offerRecovery() {
     Recovery& recovery = sheet().recovery();
+    recovery.restore();
+    if (recovery.isInUse()) {
+        message_ = concat("another vek browse edits this log; its edits not saved stand in ",
+                          recovery.path());
+        isTrouble_ = true;
+        return;
+    }
     if (!recovery.exists()) return;
     const std::optional<FileMark> mark = markOf(sheet().log().path);
     const auto discard = [this] { sheet().recovery().remove(); };

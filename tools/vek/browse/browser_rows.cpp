@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <charconv>
 
+#include "formats/choosing/ranges.h"
 #include "tools/vek/browse/browser.h"
+#include "tools/vek/browse/slice.h"
 
 namespace vek::browse {
 
@@ -16,8 +18,25 @@ void Browser::goToRow(const std::string& text) {
     if (!sheet().moveToRow(number - 1)) message_ = concat("row ", text, " is not shown now");
 }
 
+// From the row behind the cursor on, round the end.
 void Browser::goToTimecode(const std::string& text) {
-    if (!sheet().moveToTimecode(text)) message_ = concat("no clip shown holds ", text);
+    const RowTest holds = codeTest(sheet().log(), text);
+    const unsigned count = sheet().rows().size();
+    message_ = concat("looking for ", text, " ...");
+    job_ = [this, text, holds, count, from = sheet().place(), done = 0u]() mutable {
+        const Slice slice;
+        while (done < count && !slice.isOver()) {
+            const auto place = static_cast<unsigned>((std::uint64_t{from} + ++done) % count);
+            if (!holds(sheet().rows().rowAt(place))) continue;
+            sheet().moveTo(place);
+            return true;
+        }
+        const bool isOver = done >= count;
+        message_ = isOver ? concat("no clip shown holds ", text)
+                          : concat("looking for ", text, " ... ",
+                                   std::to_string(std::uint64_t{done} * 100 / count), " %");
+        return isOver;
+    };
 }
 
 void Browser::find(bool isBack) {
@@ -27,6 +46,7 @@ void Browser::find(bool isBack) {
         if (!search_.isRunning() && !search_.found()) message_ = "not found";
     });
     prompt_->typed = [this, from, isBack](const std::string& text) {
+        looksBack_ = isBack;
         sheet().moveTo(from);
         search_.begin(text, from, isBack, true);
     };
@@ -36,19 +56,14 @@ void Browser::find(bool isBack) {
     };
 }
 
-// Which of the two ways is forward stays as it was asked for first.
+// What is near is found at once, so that the key can be held down.
 void Browser::findAgain(bool isBack) {
-    const bool wasBack = search_.isBack();
     if (search_.text().empty()) {
         message_ = "nothing was looked for yet; / asks what";
         return;
     }
-    const bool turns = isBack != wasBack;
     search_.begin(search_.text(), sheet().place(), isBack, false);
-    while (!search_.step(sheet())) {
-    }
-    showFound();
-    if (turns) search_.turnBack();
+    workOn();
 }
 
 void Browser::showFound() {
@@ -81,8 +96,11 @@ bool Browser::choose(Act act) {
         case Act::filterByTags:
             return filter("tagged", taggedRowsOnly()), true;
         case Act::unfilter:
-            if (!sheet().unfilter()) message_ = "all rows are shown";
-            return true;
+            return later("choosing",
+                         [this] {
+                             if (!sheet().unfilter()) message_ = "all rows are shown";
+                         }),
+                   true;
         case Act::refresh:
             return later("choosing", [this] { sheet().refresh(); }), true;
         default:

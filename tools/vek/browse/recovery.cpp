@@ -120,6 +120,17 @@ std::string recoveryPath(const std::string& logPath) {
     return (path.parent_path() / ("." + path.filename().string() + ".vek-edits")).string();
 }
 
+bool isRegular(const std::string& path) {
+    std::error_code error;
+    return fs::is_regular_file(fs::symlink_status(path, error));
+}
+
+bool isLocked(const std::string& path) {
+    if (!isRegular(path)) return false;
+    const OpenFile file = OpenFile::at(path.c_str());
+    return file.error() == 0 && file.lock() == EWOULDBLOCK;
+}
+
 }  // namespace
 
 std::optional<FileMark> markOf(const std::string& path) {
@@ -132,11 +143,41 @@ std::optional<FileMark> markOf(const std::string& path) {
     return FileMark{size, static_cast<long long>(time.time_since_epoch().count())};
 }
 
-Recovery::Recovery(const std::string& logPath) : path_(recoveryPath(logPath)) {}
+Recovery::Recovery(const std::string& logPath)
+    : path_(recoveryPath(logPath)), asidePath_(path_ + "~") {}
 
 bool Recovery::exists() const {
-    std::error_code error;
-    return fs::is_regular_file(fs::symlink_status(path_, error));
+    return isRegular(path_);
+}
+
+bool Recovery::isInUse() {
+    const bool isLockedNow =
+        (file_ == nullptr && isLocked(path_)) || (!isAside() && isLocked(asidePath_));
+    isAnothers_ = isAnothers_ || isLockedNow;
+    return isLockedNow;
+}
+
+// What was set aside is whole; what was written down anew of it may not be.
+void Recovery::restore() {
+    if (!isRegular(asidePath_) || isInUse()) return;
+    std::error_code ignored;
+    fs::rename(asidePath_, path_, ignored);
+}
+
+std::string Recovery::setAside() {
+    OpenFile file = OpenFile::at(path_.c_str());
+    if (file.error() != 0) throw Failure{unwritable, path_ + ": " + std::strerror(file.error())};
+    if (file.lock() == EWOULDBLOCK) {
+        throw Failure{unwritable, path_ + ": another vek browse has these edits now"};
+    }
+    aside_ = std::move(file);
+    fs::rename(path_, asidePath_);
+    return asidePath_;
+}
+
+void Recovery::dropAside() {
+    fs::remove(asidePath_);
+    aside_ = OpenFile();
 }
 
 bool Recovery::fits(const FileMark& mark) const {
@@ -163,18 +204,24 @@ std::size_t Recovery::replay(const std::string& path, EditLog& edits) {
 // it is its owner's alone.
 void Recovery::open() {
     if (file_ != nullptr || !mark_ || !trouble_.empty()) return;
-    file_.reset(std::fopen(path_.c_str(), "wbx"));
+    file_.reset(std::fopen(path_.c_str(), "wbxe"));
     if (file_ == nullptr) return check(false);
+    isAnothers_ = false;
     std::error_code error;
     fs::permissions(path_, fs::perms::owner_read | fs::perms::owner_write, error);
     if (error) return check(false);
+    // Without the lock, edits are offered to whoever opens the log.
+    OpenFile::of(::fileno(file_.get())).lock();
     line({markLine(*mark_)});
 }
 
 void Recovery::check(bool isWell) {
     if (isWell) return;
-    trouble_ = concat(path_, ": ", std::strerror(errno),
-                      "; what is edited is lost if the program ends before it is saved");
+    const int reason = errno;
+    const std::string why =
+        reason == EEXIST && isInUse() ? "another vek browse edits this log" : std::strerror(reason);
+    trouble_ =
+        concat(path_, ": ", why, "; what is edited is lost if the program ends before it is saved");
     file_.reset();
 }
 
@@ -225,8 +272,9 @@ void Recovery::flush() {
 }
 
 void Recovery::remove() {
-    file_.reset();
     trouble_.clear();
+    if (isInUse() || isAnothers_) return;
+    file_.reset();
     std::error_code ignored;
     fs::remove(path_, ignored);
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <vekdb/edit_log.h>
+#include <vekdb/host/open_file.h>
 #include "formats/log/log.h"
 
 namespace vek::browse {
@@ -32,6 +33,16 @@ public:
 
     const std::string& path() const { return path_; }
     bool exists() const;
+    /// Whether it belongs to another browser that lives. A lock says so, which ends with its
+    /// process, however that ends.
+    bool isInUse();
+    /// Puts back what a recovery had set aside that was killed.
+    void restore();
+    /// Sets the file aside for `replay`, as what is replayed is written down anew, and says where
+    /// it is. Fails where it is in use.
+    std::string setAside();
+    /// All of it is written down anew.
+    void dropAside();
     /// Whether edits that stand there were made to the log as it is on the disk.
     bool fits(const FileMark& mark) const;
     /// Makes the edits that stand in a recovery file, as one step; how many there were.
@@ -45,7 +56,8 @@ public:
     void columnsChanged(const Log& log);
     /// All that was told is in the file then.
     void flush();
-    /// Removes the file; what is told from now on is written to a new one.
+    /// Removes the file, unless it is another browser's, also of one that was killed meanwhile;
+    /// what is told from now on is written to a new one.
     void remove();
     /// What went wrong with writing it; empty as a rule. Editing goes on without it.
     const std::string& trouble() const { return trouble_; }
@@ -58,8 +70,12 @@ private:
     void open();
     void line(const std::vector<std::string_view>& fields);
     void check(bool isWell);
+    bool isAside() const { return aside_.descriptor() >= 0; }
 
     std::string path_;
+    std::string asidePath_;
+    OpenFile aside_;
+    bool isAnothers_ = false;  // the file that stands there
     std::optional<FileMark> mark_;
     std::unique_ptr<std::FILE, Closer> file_;
     std::string trouble_;

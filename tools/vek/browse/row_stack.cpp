@@ -26,6 +26,13 @@ bool isWhole(const Log& log, const VDBView& view, unsigned added) {
     return view->get_num_records() + added == log.rowCount();
 }
 
+// All rows in their order have a new one at the end, wherever it came.
+void appendLast(const Log& log, VDBView& view, unsigned count) {
+    for (unsigned row = log.rowCount() - count; row < log.rowCount(); ++row) {
+        view->append(static_cast<int>(row));
+    }
+}
+
 // Puts the rows that came behind a place of a list.
 void putIn(std::vector<unsigned>& rows, std::size_t at, unsigned first, unsigned count) {
     std::vector<unsigned> came(count);
@@ -119,7 +126,7 @@ void RowStack::rowsInserted(unsigned first, unsigned count, unsigned behindPlace
     if (isSorted) shown = movedRows(shown_, first, count);
     for (Level& level : levels_) {
         if (isWhole(log_, level.view, count)) {
-            level.view = viewOfAll(log_);
+            appendLast(log_, level.view, count);
             continue;
         }
         std::vector<unsigned> rows = movedRows(level.view, first, count);

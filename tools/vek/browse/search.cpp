@@ -1,14 +1,8 @@
 #include "tools/vek/browse/search.h"
 
-#include <algorithm>
+#include "tools/vek/browse/slice.h"
 
 namespace vek::browse {
-
-namespace {
-
-constexpr unsigned rowsAtOnce = 4000;
-
-}  // namespace
 
 void Search::begin(const std::string& text, unsigned from, bool isBack, bool fromHere) {
     text_ = text;
@@ -23,12 +17,13 @@ void Search::begin(const std::string& text, unsigned from, bool isBack, bool fro
 
 bool Search::step(const Sheet& sheet) {
     const unsigned count = sheet.rows().size();
-    const unsigned until = std::min(count, done_ + rowsAtOnce);
-    for (; done_ < until && isRunning_; ++done_) {
+    Slice slice;
+    for (bool isOver = false; done_ < count && isRunning_ && !isOver; ++done_) {
         const std::uint64_t offset = std::uint64_t{done_} + (fromHere_ ? 0 : 1);
         const std::uint64_t place =
             isBack_ ? from_ + 2 * std::uint64_t{count} - offset : from_ + offset;
         if (look(sheet, static_cast<unsigned>(place % count))) isRunning_ = false;
+        isOver = slice.isOver();
     }
     if (done_ >= count) isRunning_ = false;
     return !isRunning_;

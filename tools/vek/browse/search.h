@@ -17,7 +17,7 @@ public:
     void begin(const std::string& text, unsigned from, bool isBack, bool fromHere);
     void stop() { isRunning_ = false; }
     bool isRunning() const { return isRunning_; }
-    /// Looks at some thousand rows; whether it is over.
+    /// Looks at as many rows as a slice of time has room for; whether it is over.
     bool step(const Sheet& sheet);
     /// Where it was found, row and column of what is shown; nothing where it was not.
     struct Found {
@@ -27,8 +27,6 @@ public:
     const std::optional<Found>& found() const { return found_; }
     const std::string& text() const { return text_; }
     bool isBack() const { return isBack_; }
-    /// What `isBack` says is the other way then.
-    void turnBack() { isBack_ = !isBack_; }
     std::size_t percent(const Sheet& sheet) const;
 
 private:

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "formats/choosing/select.h"
-#include "formats/choosing/ranges.h"
 #include "formats/log/mapped_columns.h"
 
 namespace vek::browse {
@@ -60,18 +59,6 @@ bool Sheet::moveToRow(unsigned row) {
     if (place == nowhere) return false;
     moveTo(place);
     return true;
-}
-
-bool Sheet::moveToTimecode(const std::string& code) {
-    const RowTest holds = codeTest(log_, code);
-    const unsigned count = rows_.size();
-    for (unsigned i = 1; i <= count; ++i) {
-        const unsigned place = static_cast<unsigned>((std::uint64_t{place_} + i) % count);
-        if (!holds(rows_.rowAt(place))) continue;
-        moveTo(place);
-        return true;
-    }
-    return false;
 }
 
 bool Sheet::isMarked(unsigned place) const {

@@ -53,9 +53,6 @@ public:
     void moveColumns(int by);
     /// False when the row is not shown.
     bool moveToRow(unsigned row);
-    /// To the first row from the cursor on that holds the timecode, round the end; false when none
-    /// does.
-    bool moveToTimecode(const std::string& code);
     /// The rows from the mark to the cursor, or the cursor's alone.
     Rows chosenRows() const;
     void mark() { marked_ = place_; }
@@ -83,12 +80,15 @@ public:
     bool isTagged(unsigned row) const;
     enum class Tagging { tag, untag, invert };
     void tag(const Rows& rows, Tagging how);
+    /// Whether there is anything to tag so: no tag is taken off where the log has no column of
+    /// them. One that is needed comes with the first row.
+    bool canTag(const Rows& rows, Tagging how) const;
+    void tagRow(unsigned row, Tagging how);
     /// Those of the whole log.
     Rows taggedRows() const;
 
     // --- edits
     void setCell(unsigned row, unsigned column, const std::string& text);
-    void setCells(const Rows& rows, unsigned column, const std::string& text);
     /// Behind the cursor's row, or before it. The cursor goes there.
     void insertRow(bool isBehind);
     void deleteRows(Rows rows);
@@ -99,6 +99,8 @@ public:
     /// Appends rows of another sheet: columns by their names; how many columns found none.
     std::size_t append(const Sheet& from, const Rows& rows);
     bool isUnsaved() const { return edits_.hasUnsavedEdits(); }
+    /// To be called when edits were made by `edits` or `tagRow`, once for all of them.
+    void settle();
 
     // --- the file
     /// Whether the file on the disk is another one than was read.
@@ -120,7 +122,6 @@ private:
     void rowsDeleted(std::size_t edit, unsigned first, unsigned count) override;
     void cellChanged(unsigned row, unsigned column) override;
     void columnsChanged() override;
-    void settle();
     void follow(const EditLog::Outcome& outcome);
     unsigned tagColumn();
     void fitColumns();

@@ -36,32 +36,29 @@ unsigned Sheet::tagColumn() {
     return edits_.addColumn({"Tag", DBFieldTypes::text});
 }
 
+bool Sheet::canTag(const Rows& rows, Tagging how) const {
+    return !rows.empty() && (how != Tagging::untag || log_.findColumn("Tag") != noColumn);
+}
+
 // A cell that says so already, in whatever words, stays as it is.
+void Sheet::tagRow(unsigned row, Tagging how) {
+    const unsigned column = tagColumn();
+    const bool was = isTag(log_.cell(row, column));
+    const bool wants = how == Tagging::invert ? !was : how == Tagging::tag;
+    if (was != wants) edits_.set(row, column, wants ? "1" : "0");
+}
+
 void Sheet::tag(const Rows& rows, Tagging how) {
-    const bool hasColumn = log_.findColumn("Tag") != noColumn;
-    if (rows.empty() || (!hasColumn && how == Tagging::untag)) return;
+    if (!canTag(rows, how)) return;
     {
         const EditLog::Step step(edits_);
-        const unsigned column = tagColumn();
-        for (unsigned row : rows) {
-            const bool was = isTag(log_.cell(row, column));
-            const bool wants = how == Tagging::invert ? !was : how == Tagging::tag;
-            if (was != wants) edits_.set(row, column, wants ? "1" : "0");
-        }
+        for (unsigned row : rows) tagRow(row, how);
     }
     settle();
 }
 
 void Sheet::setCell(unsigned row, unsigned column, const std::string& text) {
     edits_.set(row, column, text);
-    settle();
-}
-
-void Sheet::setCells(const Rows& rows, unsigned column, const std::string& text) {
-    {
-        const EditLog::Step step(edits_);
-        for (unsigned row : rows) edits_.set(row, column, text);
-    }
     settle();
 }
 

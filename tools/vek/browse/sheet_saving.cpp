@@ -1,4 +1,3 @@
-#include <filesystem>
 #include <numeric>
 #include <optional>
 
@@ -51,11 +50,9 @@ bool Sheet::isChangedOnDisk() const {
 
 // The edits are written down anew as they are made; the old file stays until they all are.
 std::size_t Sheet::recover() {
-    const std::string kept = recovery_.path() + "~";
-    std::filesystem::rename(recovery_.path(), kept);
-    const std::size_t count = Recovery::replay(kept, edits_);
+    const std::size_t count = Recovery::replay(recovery_.setAside(), edits_);
     settle();
-    std::filesystem::remove(kept);
+    recovery_.dropAside();
     return count;
 }
 
