@@ -124,6 +124,17 @@ TEST(BrowseSheet, EditsOfAProgramThatWasKilledAreOfferedAndRecovered) {
     EXPECT_FALSE(opened.has(edits));
 }
 
+TEST(BrowseSheet, ThatEditsAreBeingRecoveredIsSaidBefore) {
+    Opened opened(theLog);
+    opened.press("d");
+    opened.forget();
+    opened.start();
+    opened.browser->press("r");
+    EXPECT_THAT(opened.screen(), HasSubstr("recovering ..."));
+    opened.settle();
+    EXPECT_THAT(opened.screen(), HasSubstr("1 change recovered"));
+}
+
 TEST(BrowseSheet, EditsOfABrowserThatLivesAreNotOfferedToASecondOneNorRemovedByIt) {
     Opened first(theLog);
     first.press("d");

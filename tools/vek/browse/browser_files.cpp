@@ -100,7 +100,9 @@ void Browser::offerRecovery() {
                " holds edits not saved: (r)ecover or (d)elete them, any other key"),
         {{"r",
           [this] {
-              message_ = counted(sheet().recover(), "change") + " recovered; ^S saves them";
+              later("recovering", [this] {
+                  message_ = counted(sheet().recover(), "change") + " recovered; ^S saves them";
+              });
           }},
          {"d", discard}}};
 }
