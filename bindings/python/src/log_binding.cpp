@@ -1,5 +1,6 @@
 #include "log_binding.h"
 
+#include "arrow_streams.h"
 #include "choosing.h"
 #include "columns.h"
 #include "errors.h"
@@ -352,6 +353,7 @@ void bindLog(py::module_& module) {
     bindFacts(log);
     bindFiles(log);
     bindJoining(log);
+    bindHandingOver<Shared>(log);
     py::module_::import("collections.abc").attr("Collection").attr("register")(log);
     module.def("open", &open, "file"_a, py::kw_only(), "edit"_a = false);
     module.def("loads", &loads, "text"_a, "name"_a = "");

@@ -1,3 +1,4 @@
+#include "arrow_streams.h"
 #include "choosing.h"
 #include "columns.h"
 #include "containers.h"
@@ -44,6 +45,7 @@ PYBIND11_MODULE(_core, module) {
     vekpy::bindRow(module);
     vekpy::bindView(module);
     vekpy::bindLog(module);
+    vekpy::bindArrow(module);
     vekpy::bindContainers(module);
     vekpy::bindTimes(module);
     module.def("version", &vekdbDllVersionStr);

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "arrow_streams.h"
 #include "choosing.h"
 #include "columns.h"
 #include "errors.h"
@@ -184,6 +185,7 @@ void bindView(py::module_& module) {
             return wouldLose(self->log(), self, format, options);
         },
         "format"_a, "What a format would not hold of the rows; nothing is written.");
+    bindHandingOver<View>(view);
     py::module_::import("collections.abc").attr("Collection").attr("register")(view);
 }
 

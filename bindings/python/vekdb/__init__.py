@@ -18,7 +18,7 @@ from typing import Any, Iterator, Optional
 from . import _core
 from ._conditions import Condition, col
 from ._containers import write_container
-from ._core import Column, Columns, Container, Item, Log, Row, View
+from ._core import ArrowRows, Column, Columns, Container, Item, Log, Row, View
 from ._errors import (
     ClosedError,
     ColumnError,
@@ -46,6 +46,7 @@ from ._times import Keycode, Rate, Timecode
 __version__ = _core.version()
 
 __all__ = [
+    "ArrowRows",
     "CellDifference",
     "ClosedError",
     "Column",
@@ -82,6 +83,7 @@ __all__ = [
     "formats_read",
     "formats_written",
     "format_of_path",
+    "from_arrow",
     "loads",
     "merge",
     "open",
@@ -137,6 +139,15 @@ def open(file: Any, *, edit: bool = False, **options: Any) -> Log:
 def loads(text: Any, name: str = "", **options: Any) -> Log:
     """Reads a log from a str or bytes; the options are those of open."""
     return _core.loads(text, name, **options)
+
+
+def from_arrow(source: Any, name: str = "") -> Log:
+    """Makes a log of what gives a stream of Arrow: an object with a method __arrow_c_stream__.
+
+    All values become texts, nulls empty cells; a log that was handed over comes back as it was. The
+    stream is used up. A ReadError for a type that becomes no text, and for a stream that fails.
+    """
+    return _core.from_arrow(source, name)
 
 
 def merge(into: Log, *others: Log, **options: Any) -> Merged:
