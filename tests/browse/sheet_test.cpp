@@ -135,6 +135,18 @@ TEST(BrowseSheet, ThatEditsAreBeingRecoveredIsSaidBefore) {
     EXPECT_THAT(opened.screen(), HasSubstr("1 change recovered"));
 }
 
+TEST(BrowseSheet, ThatTaggedRowsAreBeingDeletedIsSaidBefore) {
+    Opened opened(theLog);
+    opened.press("t t");
+    opened.browser->press("D");
+    EXPECT_THAT(opened.screen(), HasSubstr("looking at tags ..."));
+    opened.browser->work();
+    EXPECT_THAT(opened.screen(), HasSubstr("deleting ..."));
+    opened.settle();
+    EXPECT_THAT(opened.screen(), HasSubstr("2 rows deleted"));
+    EXPECT_EQ(1u, opened.shown().size());
+}
+
 TEST(BrowseSheet, EditsOfABrowserThatLivesAreNotOfferedToASecondOneNorRemovedByIt) {
     Opened first(theLog);
     first.press("d");

@@ -138,9 +138,11 @@ void Browser::deleteRows() {
 }
 
 void Browser::deleteTagged() {
-    withTagged([this](Sheet::Rows rows) {
-        message_ = counted(rows.size(), "row") + " deleted; u takes it back";
-        sheet().deleteRows(std::move(rows));
+    withTagged([this](const Sheet::Rows& tagged) {
+        later("deleting", [this, rows = tagged] {
+            sheet().deleteRows(rows);
+            message_ = counted(rows.size(), "row") + " deleted; u takes it back";
+        });
     });
 }
 
