@@ -88,9 +88,11 @@ bool setNote(vekdb& table, std::size_t note, const std::string& text) {
 
 std::string afterTableFile(std::string_view value) {
     TextFile line;
-    dbrecord written(1);
-    written.setField(0, cellText(value));
-    written.write(line);
+    {
+        dbrecord written(1);  // a long value is not there thrice
+        written.setField(0, cellText(value));
+        written.write(line);
+    }
     dbrecord read(1);
     read.read(line);
     return std::string(read.fieldView(0));
