@@ -202,7 +202,7 @@ std::vector<ArrowCells> Import::columnsOf(const ArrowArray& batch) const {
 std::string_view Import::cellOf(std::size_t column, ArrowCells& cells, std::int64_t row) const {
     return inColumn(column, fields_[column].name, [&] {
         const std::string_view text = cells.at(row);
-        if (std::memchr(text.data(), 0, text.size()) != nullptr) {
+        if (text.find('\0') != std::string_view::npos) {
             throw ArrowImportFailure{"a value has a zero byte, which no cell of a log holds"};
         }
         return text;
