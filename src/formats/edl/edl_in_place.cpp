@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "formats/edl/blank_lines.h"
 #include "formats/edl/edl_lines.h"
 #include "formats/reading/input.h"
 #include "formats/reading/readers.h"
@@ -22,6 +23,7 @@ struct EdlRow {
     EdlEvent event;
     std::string before;
     std::string counting;
+    std::string blanks;
 
     bool hasNotesOf(const EdlRow& other) const {
         return event[edlComments] == other.event[edlComments] && before == other.before;
@@ -32,7 +34,8 @@ struct EdlRow {
 // Takes the rows of a log as events.
 class EdlRows {
 public:
-    explicit EdlRows(const Log& log) : log_(log), counting_(log.findColumn("FCM")) {
+    explicit EdlRows(const Log& log)
+        : log_(log), counting_(log.findColumn("FCM")), blanks_(log.findColumn(blankLinesColumn)) {
         for (std::size_t i = 0; i < edlColumns; ++i) {
             columns_[i] = log.findColumn(edlColumnNames[i]);
         }
@@ -46,6 +49,7 @@ public:
         for (unsigned column : comments_) addEdlPiece(made.event[edlComments], cell(row, column));
         for (unsigned column : before_) addEdlPiece(made.before, cell(row, column));
         made.counting = countingOf(row);
+        made.blanks = cell(row, blanks_);
         return made;
     }
 
@@ -73,6 +77,7 @@ private:
     std::vector<unsigned> comments_;
     std::vector<unsigned> before_;
     unsigned counting_;
+    unsigned blanks_;
 };
 
 Log readAgain(std::string_view bytes) {
@@ -204,7 +209,10 @@ private:
 class EdlInPlace : public RowsInPlace {
 public:
     explicit EdlInPlace(const Saving& saving)
-        : saving_(saving), now_(saving.log), end_(bytesOf(saving.log.lineEnd)) {
+        : saving_(saving),
+          now_(saving.log),
+          end_(bytesOf(saving.log.lineEnd)),
+          each_(ListLayout::of(saving.log.parameter(listLayoutName)).each) {
         requireColumns();
     }
 
@@ -216,11 +224,13 @@ public:
         if (piece.empty()) {
             const std::string line = edlEventLine(now.event);
             requireEvent(own, now.event, line);
+            addBlanks(text, now);
             text += joined(inOrder(linesOfEvent(now, line)));
             return;
         }
         const EdlRow old = came().row(own);
         if (own == 0 && old.before != now.before) refuseBefore();
+        if (old.blanks != now.blanks) refuse("blank lines stay where they are");
         PatchedEvent event(old, now, end_);
         requireEvent(own, now.event, event.eventLine(piece));
         std::string made =
@@ -280,7 +290,8 @@ private:
         const bool isPiece =
             sameText(column.substr(0, comments.size()), comments) &&
             column.find_first_not_of("0123456789", column.rfind(' ') + 1) == column.npos;
-        return isPiece || sameText(column, "FCM") || sameText(column, edlCommentsBeforeName(0));
+        return isPiece || sameText(column, "FCM") || sameText(column, blankLinesColumn) ||
+               sameText(column, edlCommentsBeforeName(0));
     }
 
     // A line that cannot be read again is no event.
@@ -349,6 +360,13 @@ private:
             text += line;
         }
         return text;
+    }
+
+    // A new event stands as far from the one before as the others of the list.
+    void addBlanks(std::string& text, const EdlRow& row) const {
+        if (!isBegun_) return;
+        const BlankLines blanks = row.blanks.empty() ? each_ : BlankLines(row.blanks);
+        for (std::size_t i = 0; i < blanks.before(1); ++i) text += end_;
     }
 
     // All lines of the event anew, and the blank ones behind it. What stands in front of the first
@@ -459,6 +477,7 @@ private:
     Saving saving_;
     EdlRows now_;
     std::string end_;
+    BlankLines each_;
     Log cameLog_;
     std::optional<EdlRows> cameRows_;
     std::optional<std::string> state_;  // how the next event counts if nothing is said

@@ -143,7 +143,7 @@ std::optional<EdlFields> edlFields(std::string_view line) {
     bool hasLength = codes >= 5 && isNumber(parts[codes - 1]);
     std::size_t kindEnd = hasLength ? codes - 2 : codes - 1;
     std::size_t kind = kindEnd + 1 - kindWords(parts, kindEnd);
-    if (kind < 3) return {};
+    if (kind < 3 || isNumber(parts[kind])) return {};
     EdlFields made{parts[0], from(parts[1], parts[kind - 2]), parts[kind - 1],
                    from(parts[kind], parts[kindEnd])};
     if (hasLength) made[edlLength] = parts[codes - 1];
@@ -243,8 +243,10 @@ std::string edlMotionLine(const EdlEvent& event, const std::string& speed) {
 }
 
 bool isOddEdlEvent(std::string_view line) {
-    Words parts = words(line);
-    return parts.size() >= 4 && startsWithNumber(parts[0]);
+    const Words parts = words(line);
+    if (parts.size() < 4) return false;
+    const bool endsInCodes = std::all_of(parts.end() - codesInEvent, parts.end(), isCode);
+    return startsWithNumber(parts[0]) || (endsInCodes && !parts[0].starts_with('*'));
 }
 
 std::vector<std::string> edlPieces(std::string_view comments) {

@@ -71,7 +71,7 @@ EdlSpeed edlSpeed(std::int64_t frames, std::int64_t over);
 /// The line of an event that is played so.
 std::string edlMotionLine(const EdlEvent& event, const std::string& speed);
 
-/// Whether a line begins with a number and yet is no event.
+/// Whether a line begins with a number, or ends in four timecodes, and yet is no event.
 bool isOddEdlEvent(std::string_view line);
 
 /// Comments cut where lines end, so that each piece has room in a table file. A line that is

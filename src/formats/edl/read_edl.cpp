@@ -2,6 +2,7 @@
 #include <optional>
 #include <utility>
 
+#include "formats/edl/blank_lines.h"
 #include "formats/edl/edl_lines.h"
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
@@ -17,6 +18,7 @@ struct OpenEvent {
     EdlEvent cells;
     std::string before;
     std::string counting;
+    BlankLines blanks = {};
     std::size_t line = 0;
     bool hasNotes = false;  // comments other than splits and speeds
 
@@ -98,7 +100,7 @@ private:
             takeComment(line);
     }
 
-    // Blank lines between two comments are part of them.
+    // Blank lines between two comments are part of them, others stand in front of a line.
     void takeBlank() {
         ++blanks_;
         places_.takeOther(at_);
@@ -109,7 +111,8 @@ private:
         places_.takeEvent(at_);
         store(before_);
         before_ = std::move(open_);
-        open_ = {std::move(next), {}, counting_, walk_.number()};
+        takeNextLine();
+        open_ = {std::move(next), {}, counting_, std::exchange(nextBlanks_, {}), walk_.number()};
         open_.cells[edlComments].swap(splits_);
         open_.before.swap(waiting_);
         isBehindCounting_ = false;
@@ -125,6 +128,8 @@ private:
             std::optional<std::string_view> value = edlValue(line, name);
             if (!value || trimmed(line).starts_with('*')) continue;
             builder_.addParameter(walk_.number(), name, *value);
+            takeLine(layout_.heading);
+            commented_ = nullptr;
             places_.takeHeading();
             return true;
         }
@@ -138,6 +143,7 @@ private:
         counting_ = *value;
         isBehindCounting_ = true;
         commented_ = nullptr;
+        takeNextLine();
         places_.takeCounting(at_);
         return true;
     }
@@ -153,7 +159,10 @@ private:
                 name.column == edlClipName && !open_.cells[edlToClipName].empty();
             if (isBehindOther) keepPlaces();
             commented_ = open_.hasNotes ? commented_ : nullptr;
-            if (open_.hasNotes) addNote(line.substr(0, line.find(':') + 1));
+            if (open_.hasNotes)
+                addNote(line.substr(0, line.find(':') + 1));
+            else
+                takeLine(open_.blanks);
             cell = *value;
             return true;
         }
@@ -200,23 +209,24 @@ private:
     void takeComment(std::string_view line) {
         if (isEdlSplit(line)) {
             places_.takeSplit(at_);
-            return addComment(splits_, line);
+            endHeading();
+            return addComment(splits_, line, nextBlanks_);
         }
         if (isOddEdlEvent(line)) reportOddEvent(line);
         if (!open_.isOpen() || isBehindCounting_) {
             if (!open_.isOpen()) places_.takeHeading();
             places_.takeOther(at_);
-            return addComment(waiting_, line);
+            return addComment(waiting_, line, open_.isOpen() ? nextBlanks_ : layout_.heading);
         }
-        std::string& comments = commentsFor(line);
-        if (&comments != &open_.cells[edlComments]) return addComment(comments, line);
+        OpenEvent& event = eventOf(line);
+        if (&event != &open_) return addComment(event.cells[edlComments], line, event.blanks);
         if (!isEdlMotion(line)) {
             // A name that says nothing is no place of the one that was taken.
             if (isPlaceOfTaken(line)) keepPlaces();
             return addNote(line);
         }
         if (!open_.hasNotes) keepPlaces();
-        addComment(comments, line);
+        addComment(event.cells[edlComments], line, event.blanks);
     }
 
     bool isPlaceOfTaken(std::string_view line) const {
@@ -226,24 +236,37 @@ private:
     }
 
     void addNote(std::string_view line) {
-        addComment(open_.cells[edlComments], line);
+        addComment(open_.cells[edlComments], line, open_.blanks);
         open_.hasNotes = true;
     }
 
-    void addComment(std::string& cell, std::string_view line) {
+    void addComment(std::string& cell, std::string_view line, BlankLines& blanks) {
+        if (&cell == commented_) cell.append(std::exchange(blanks_, 0), '\n');
+        takeLine(blanks);
         if (!cell.empty()) cell += '\n';
-        if (&cell == commented_) cell.append(blanks_, '\n');
         cell += trimmed(line);
         commented_ = &cell;
-        blanks_ = 0;
     }
 
-    std::string& commentsFor(std::string_view line) {
+    void takeLine(BlankLines& blanks) { blanks.add(std::exchange(blanks_, 0)); }
+
+    void takeNextLine() {
+        endHeading();
+        takeLine(nextBlanks_);
+    }
+
+    // What stands in front of the first event is the heading's, whichever event is the first.
+    void endHeading() {
+        const bool isFirst = !open_.isOpen() && !nextBlanks_.hasLines();
+        if (isFirst) layout_.heading.addBehind(std::exchange(blanks_, 0));
+    }
+
+    OpenEvent& eventOf(std::string_view line) {
         bool isOfBefore = isEdlMotion(line) && before_.isOpen() &&
                           before_.cells[edlEvent] == open_.cells[edlEvent] &&
                           isEdlMotionOf(line, before_.cells[edlReel]) &&
                           !isEdlMotionOf(line, open_.cells[edlReel]);
-        return (isOfBefore ? before_ : open_).cells[edlComments];
+        return isOfBefore ? before_ : open_;
     }
 
     void reportOddEvent(std::string_view line) {
@@ -253,6 +276,13 @@ private:
                     "number, reel, track, kind and four timecodes",
                     "the line is kept as a comment"};
         });
+    }
+
+    // The second event says how all stand, as in front of the first one is the heading.
+    bool standsAsAll(const OpenEvent& event) {
+        const bool isFirst = !std::exchange(hasLayout_, true);
+        if (isFirst) layout_.each = (before_.isOpen() ? open_ : event).blanks;
+        return event.blanks == (isFirst ? layout_.each.withoutFirst() : layout_.each);
     }
 
     void store(OpenEvent& event) {
@@ -266,6 +296,8 @@ private:
             put(edlCommentsBeforeName(i), before[i], cells);
         }
         if (!event.counting.empty()) put("FCM", event.counting, cells);
+        const std::string blanks = standsAsAll(event) ? "" : event.blanks.text();
+        if (!blanks.empty()) put(blankLinesColumn, blanks, cells);
         builder_.addWholeRow(event.line, cells.data(), cells.size(), {});
     }
 
@@ -282,16 +314,37 @@ private:
     }
 
     void end() {
-        std::string& last = open_.isOpen() ? open_.cells[edlComments] : waiting_;
-        if (open_.isOpen() && !waiting_.empty()) addComment(last, std::exchange(waiting_, {}));
-        if (!splits_.empty()) addComment(last, splits_);
+        layout_.atEnd = std::exchange(blanks_, 0);
+        takeRest();
         store(before_);
         store(open_);
+        const std::string layout = layout_.text();
+        if (!layout.empty()) log_.setParameter(listLayoutName, layout);
         if (waiting_.empty()) return;
         std::vector<std::string> pieces = edlPieces(waiting_);
         for (std::size_t i = 0; i < pieces.size(); ++i) {
             builder_.addParameter(0, edlCommentsName(i), pieces[i]);
         }
+    }
+
+    // What no event is behind belongs to the last one.
+    void takeRest() {
+        BlankLines& blanks = open_.isOpen() ? open_.blanks : layout_.heading;
+        std::string& last = open_.isOpen() ? open_.cells[edlComments] : waiting_;
+        blanks.add(nextBlanks_);
+        BlankLines counted;
+        if (open_.isOpen() && !waiting_.empty()) {
+            addComment(last, std::exchange(waiting_, {}), counted);
+        }
+        if (!splits_.empty()) addComment(last, splits_, counted);
+        if (isBehindCounting_) reportUselessCounting();
+    }
+
+    void reportUselessCounting() {
+        log_.report([&]() -> Problem {
+            return {walk_.number(), "", "FCM " + inQuotes(counting_) + " behind the last event",
+                    "an event behind it", "the line is left out"};
+        });
     }
 
     [[noreturn]] void refuse() const {
@@ -312,8 +365,11 @@ private:
     std::string waiting_;   // in front of the first event, or behind FCM
     bool isBehindCounting_ = false;
     bool isBehindOddEvent_ = false;
-    std::uint64_t at_ = 0;  // where the line stands
-    std::size_t blanks_ = 0;
+    std::uint64_t at_ = 0;    // where the line stands
+    std::size_t blanks_ = 0;  // just in front of the line
+    BlankLines nextBlanks_;   // of the next event
+    ListLayout layout_;
+    bool hasLayout_ = false;
     const std::string* commented_ = nullptr;  // what the last line was added to
     EdlPlaces places_;
 };

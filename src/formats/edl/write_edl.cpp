@@ -7,6 +7,7 @@
 
 #include <vekdb/host/text_util.h>
 #include <vekdb/host/timecode.h>
+#include "formats/edl/blank_lines.h"
 #include "formats/edl/edl_lines.h"
 #include "formats/reading/progress.h"
 #include "formats/text/encoding.h"
@@ -106,6 +107,7 @@ public:
         record = take(isEdl_ ? edlPair("Record") : recordColumns(sheet.log));
         takeComments(edlCommentsName, comments);
         if (isEdl_) takeComments(edlCommentsBeforeName, before);
+        blanks = isEdl_ ? take({blankLinesColumn}) : noColumn;
         if (isEdl_ || !isTimeline(sheet.log)) return;
         rowKind = take({timeline::kind});
         take({timeline::place});
@@ -125,7 +127,7 @@ public:
         return out;
     }
 
-    unsigned event, reel, track, kind, length, clipName, toClipName, counting;
+    unsigned event, reel, track, kind, length, clipName, toClipName, counting, blanks;
     unsigned rowKind = noColumn, marker = noColumn, color = noColumn;  // of a timeline's rows
     RangeColumns source, record;
     std::vector<unsigned> comments;
@@ -191,15 +193,19 @@ public:
           counting_(sheet.log, style.rate),
           lengths_(sheet, counting_, places_.source, places_.record) {
         requireColumns();
+        if (places_.isEdl()) layout_ = ListLayout::of(sheet.log.parameter(listLayoutName));
     }
 
     void write() {
+        beginBlock(layout_.heading);
         writeHeading();
         Progress progress(sheet_.log.opening.watcher, "writing", sheet_.rowCount());
         for (unsigned row = 0; row < sheet_.rowCount(); ++row) {
             progress.reach(row);
             writeRow(row);
         }
+        endBlock();
+        addBlanks(layout_.atEnd);
         text_.end();
         if (!isUtf8_) tellNoUtf8(sheet_, losses_);
     }
@@ -221,7 +227,22 @@ private:
                        "", concat("expected ", sheet_.log.opening.terms->rate)}};
     }
 
+    // The heading, or an event: blank lines are counted within it.
+    void beginBlock(const BlankLines& blanks) {
+        endBlock();
+        blanks_ = blanks;
+        linesInBlock_ = 0;
+    }
+
+    // A block that has fewer lines now keeps what stood in front of those it had.
+    void endBlock() { addBlanks(blanks_.from(linesInBlock_ + 1)); }
+
+    void addBlanks(std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i) text_.write(bytesOf(style_.lineEnd));
+    }
+
     void line(std::string_view text) {
+        if (!text.empty()) addBlanks(blanks_.before(++linesInBlock_));
         tellZeros(
             text, 1, [&](unsigned) { return text; }, [&](unsigned) { return inQuotes(text); },
             losses_);
@@ -283,9 +304,17 @@ private:
         for (std::size_t i = 0; i < lines.names.size(); ++i) {
             lines.names[i] = clipName(row, event[edlNames[i].column]);
         }
+        if (isBehindEvent_) beginBlock(blanksOf(row));
         writeCounting(row, event, !lines.before.empty());
+        for (const std::string& text : std::exchange(lines.before, {})) line(text);
+        if (!isBehindEvent_) beginBlock(blanksOf(row).withoutFirst());
         for (const std::string& text : inOrder(lines)) line(text);
         isBehindEvent_ = true;
+    }
+
+    BlankLines blanksOf(unsigned row) const {
+        const std::string_view own = cell(row, places_.blanks);
+        return own.empty() ? layout_.each : BlankLines(own);
     }
 
     // It stands behind the splits, which begin the comments.
@@ -561,7 +590,7 @@ private:
 
     std::string track(unsigned row) {
         std::string_view own = trimmed(cell(row, places_.track));
-        bool isKept = places_.isEdl() && isWord(own) && !sameText(own, "K");
+        const bool isKept = places_.isEdl() && isReadAs(row, own, cell(row, places_.kind));
         std::string text = isKept ? std::string(own) : trackOf(own);
         if (!text.empty()) return text;
         if (places_.track != noColumn) {
@@ -574,15 +603,24 @@ private:
     void takeKind(unsigned row, EdlEvent& event) {
         std::string_view own = cell(row, places_.kind);
         std::string_view length = cell(row, places_.length);
-        bool isKey = isOneOf(own, {"K B", "K O"});
-        bool isKind = isKey || (isWord(own) && !isAsciiDigit(own.front()));
-        bool isLength = std::all_of(length.begin(), length.end(), isAsciiDigit);
+        const bool isKind = isReadAs(row, "V", own);
+        const bool isLength = std::all_of(length.begin(), length.end(), isAsciiDigit);
         if (places_.kind != noColumn && (!isKind || !isLength)) {
             tell(row, places_.kind, inQuotes(concat(own, length.empty() ? "" : " ", length)),
                  "C, D, a wipe or a key, and its length", "it is written as a cut");
         }
         event[edlKind] = isKind && isLength ? own : "C";
         if (isKind && isLength) event[edlLength] = length;
+    }
+
+    // Whether a track and a kind stay what they are in an event.
+    bool isReadAs(unsigned row, std::string_view track, std::string_view kind) const {
+        if (!isWord(track) || kind.empty()) return false;
+        EdlEvent event{"001", "A", std::string(track), std::string(kind)};
+        event[edlLength] = cell(row, places_.length);
+        std::fill(&event[edlSourceIn], &event[edlRecordOut] + 1, "00:00:00:00");
+        EdlEvent back;
+        return parseEdlEvent(edlEventLine(event), back) && back == event;
     }
 
     bool dropsFrames(unsigned row, const EdlEvent& event) const {
@@ -710,6 +748,9 @@ private:
     LogCounting counting_;
     ClipLengths lengths_;
     ShortReels shortReels_;
+    ListLayout layout_;
+    BlankLines blanks_;
+    std::uint32_t linesInBlock_ = 0;
     std::string fcm_;
     std::size_t number_ = 0;
     bool isBehindEvent_ = false;

@@ -4,6 +4,7 @@
 
 #include <vekdb/host/text_file.h>
 #include <vekdb/host/text_util.h>
+#include "formats/edl/blank_lines.h"
 #include "formats/text/text_lines.h"
 
 namespace vek::formats {
@@ -141,7 +142,7 @@ void restoreExactCells(Log& log) {
 bool isTableFilesOwn(std::string_view parameterName) {
     const std::string_view name = trimmed(parameterName);
     return sameText(name, "VEKDB") || sameText(name, "V5_FIELD_MAP") ||
-           sameText(name.substr(0, noteName.size()), noteName);
+           sameText(name, listLayoutName) || sameText(name.substr(0, noteName.size()), noteName);
 }
 
 }  // namespace vek::formats
