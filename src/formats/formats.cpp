@@ -111,8 +111,12 @@ void writeHtmlText(const Sheet& sheet, const WriteStyle&, Output& out, Losses& l
     writeHtml(sheet, out, losses);
 }
 
-void writeColumns(const Sheet& sheet, const WriteStyle&, Output& out, Losses& losses) {
+void writeParquetFile(const Sheet& sheet, const WriteStyle&, Output& out, Losses& losses) {
     writeParquet(sheet, out, losses);
+}
+
+void writeArrowFile(const Sheet& sheet, const WriteStyle&, Output& out, Losses& losses) {
+    writeArrow(sheet, out, losses);
 }
 
 void writeWorkbook(const Sheet& sheet, const WriteStyle&, Output& out, Losses& losses) {
@@ -141,7 +145,8 @@ constexpr FormatEntry formats[] = {
     {Format::xlsx, "xlsx", "|.xlsx|", readWorkbook, writeWorkbook},
     {Format::markdown, "markdown", "|.md|", nullptr, writeMarkdownText},
     {Format::html, "html", "|.html|.htm|", nullptr, writeHtmlText},
-    {Format::parquet, "parquet", "|.parquet|", nullptr, writeColumns},
+    {Format::parquet, "parquet", "|.parquet|", nullptr, writeParquetFile},
+    {Format::arrow, "arrow", "|.arrow|", nullptr, writeArrowFile},
 };
 
 bool isReadable(const FormatEntry& entry) {

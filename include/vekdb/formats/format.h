@@ -21,6 +21,7 @@ enum class Format {
     markdown,  ///< only written
     html,      ///< only written
     parquet,   ///< files of columns, which DuckDB writes where it is installed; only written
+    arrow,     ///< files of columns, which pyarrow or apache-arrow writes; only written
 };
 
 /// "vekdb", "csv", "tsv", "plain-csv", "json", "jsonl", "ale", ...: a text that lives as long as

@@ -1,10 +1,6 @@
 #include "formats/columnar/duckdb_engine.h"
 
-#include <algorithm>
-#include <cerrno>
 #include <cstdlib>
-#include <cstring>
-#include <vector>
 
 #include "formats/failure.h"
 
@@ -12,12 +8,9 @@ namespace vek::formats {
 
 namespace {
 
-constexpr int notThere = 77;
-constexpr std::size_t mostTold = 600;
-
 // Python reaches the module, or the library through its C functions, and nothing of it is linked.
 constexpr const char* pythonScript = R"PY(
-import ctypes, ctypes.util, os, sys
+import ctypes, ctypes.util, os
 
 statement = os.fdopen(3).read()
 path = sys.argv[1]
@@ -57,59 +50,26 @@ bool isLibrary(std::string_view path) {
     return path.find(".so") != path.npos || path.ends_with(".dylib");
 }
 
-// Its messages as one line that harms no terminal.
-std::string toldIn(ScratchFile& messages) {
-    std::string text(mostTold, ' ');
-    text.resize(messages.read(0, text.data(), text.size()));
-    const auto isControl = [](unsigned char c) { return c < ' ' || c == 0x7F; };
-    std::replace_if(text.begin(), text.end(), isControl, ' ');
-    while (text.ends_with(' ')) text.pop_back();
-    return text;
-}
-
-class Engine {
+// DuckDB as a program, and by way of Python: with the library of a path or with what it finds.
+class DuckDbEngine : public Engine {
 public:
-    Engine(EngineFiles& files, const std::string& output) : files_(files), output_(output) {}
+    DuckDbEngine(EngineFiles& files, const std::string& output)
+        : Engine("DuckDB", advice, files, output) {}
 
-    /// Whether the program is there, and did it.
     bool isDoneByProgram(const char* program) {
         return isDone({program, "-batch", "-bail", "-init", "/dev/null", "-c", ".read /dev/fd/3"});
     }
-    /// The same of Python, with the library of that path or with what it finds.
     bool isDoneByPython(const char* library) {
-        return isDone({"python3", "-c", pythonScript, library});
+        const std::string script = concat(ownModulesAlone, pythonScript);
+        return isDone({"python3", "-c", script.c_str(), library});
     }
-    [[noreturn]] void refuse(const std::string& found, const std::string& then) const {
-        throw Failure{unwritable, output_, {0, "", found, "", then}};
-    }
-
-private:
-    bool isDone(const std::vector<const char*>& command) {
-        const ForeignEnd end =
-            runForeignProgram(command, {files_.rows.descriptor(), files_.messages.descriptor(),
-                                        files_.messages.descriptor(), files_.order.descriptor(),
-                                        files_.made.descriptor()});
-        if (end.error == ENOENT || (end.error == 0 && end.exitCode == notThere)) return false;
-        if (end.error != 0) {
-            refuse(concat(command[0], " cannot be started: ", std::strerror(end.error)), advice);
-        }
-        if (end.exitCode == 0) return true;
-        const std::string told = toldIn(files_.messages);
-        refuse(concat("DuckDB ended with ", std::to_string(end.exitCode),
-                      told.empty() ? "" : " and said: ", told),
-               "");
-    }
-
-    EngineFiles& files_;
-    const std::string& output_;
 };
 
-void runNamed(Engine& engine, const char* named) {
+void runNamed(DuckDbEngine& engine, const char* named) {
     if (!isLibrary(named)) {
         if (engine.isDoneByProgram(named)) return;
         engine.refuse(
-            concat("VEK_DUCKDB names the program ", inQuotes(named), ", which is not there"),
-            advice);
+            concat("VEK_DUCKDB names the program ", inQuotes(named), ", which is not there"));
     }
     if (engine.isDoneByPython(named)) return;
     engine.refuse(
@@ -120,15 +80,13 @@ void runNamed(Engine& engine, const char* named) {
 }  // namespace
 
 void runDuckDb(std::string_view statement, EngineFiles& files, const std::string& output) {
-    Engine engine(files, output);
-    if (!files.order.append(statement)) {
-        engine.refuse(concat("no temporary file: ", std::strerror(files.order.error())),
-                      "make room in the folder for temporary files");
-    }
+    DuckDbEngine engine(files, output);
+    files.order.append(statement);
+    files.require(output);
     const char* const named = std::getenv("VEK_DUCKDB");
     if (named != nullptr && *named != '\0') return runNamed(engine, named);
     if (engine.isDoneByProgram("duckdb") || engine.isDoneByPython("")) return;
-    engine.refuse("Parquet is written by DuckDB, which is not there", advice);
+    engine.refuse("Parquet is written by DuckDB, which is not there");
 }
 
 std::string sqlName(std::string_view name) {

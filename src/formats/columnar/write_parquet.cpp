@@ -1,14 +1,10 @@
 #include <algorithm>
-#include <cstring>
-#include <set>
 
-#include <vekdb/host/text_util.h>
 #include "formats/columnar/duckdb_engine.h"
+#include "formats/columnar/engine_names.h"
 #include "formats/failure.h"
 #include "formats/json/json.h"
 #include "formats/reading/progress.h"
-#include "formats/text/letters.h"
-#include "formats/text/width.h"
 #include "formats/writing/plain_lines.h"
 #include "formats/writing/sheet_facts.h"
 #include "formats/writing/write_formats.h"
@@ -21,7 +17,6 @@ namespace vek::formats {
 namespace {
 
 constexpr std::size_t piece = std::size_t{1} << 20;
-constexpr std::string_view mark = "PAR1";  // in front of a Parquet file and at its end
 
 std::string keyOf(std::size_t column) {
     return std::string("c").append(std::to_string(column));
@@ -33,43 +28,6 @@ std::vector<std::string> keysWithColons(std::size_t columns) {
         keys.push_back(concat(i == 0 ? "\"" : ",\"", keyOf(i), "\":"));
     }
     return keys;
-}
-
-std::string lowerOf(std::string_view name) {
-    std::string lower;
-    addLower(lower, name);
-    return lower;
-}
-
-// A name that is some text, and UTF-8.
-std::string textualName(const std::string& name, std::size_t place, Losses& losses) {
-    if (name.empty()) {
-        const std::string made = concat("Column ", std::to_string(place + 1));
-        losses.add("columns without a name, given one", made);
-        return made;
-    }
-    if (isUtf8(name)) return name;
-    losses.add("column names that are no UTF-8", inQuotes(name));
-    return std::string(toUTF8(fromUTF8(LightweightString<char>(name.c_str()))).view());
-}
-
-// Engines do not tell capitals from other letters in names.
-std::vector<std::string> namesForEngines(const Sheet& sheet, Losses& losses) {
-    std::vector<std::string> names;
-    std::set<std::string> used;
-    for (const std::string& distinct : distinctNames(sheet, losses)) {
-        const std::string name = textualName(distinct, names.size(), losses);
-        std::string tried = name;
-        for (unsigned n = 2; !used.insert(lowerOf(tried)).second; ++n) {
-            tried = concat(name, " ", std::to_string(n));
-        }
-        if (tried != name) {
-            losses.add("columns whose names differ in capitals alone, given a number",
-                       inQuotes(name));
-        }
-        names.push_back(tried);
-    }
-    return names;
 }
 
 // Collects lines for the engine, and knows the longest.
@@ -141,47 +99,18 @@ std::string statementFor(const std::vector<std::string>& names, std::size_t long
                   "(FORMAT parquet, USE_TMP_FILE false);\n");
 }
 
-void requireFiles(EngineFiles& files, const std::string& output) {
-    for (const ScratchFile* file : {&files.rows, &files.messages, &files.order, &files.made}) {
-        if (file->error() == 0) continue;
-        throw Failure{unwritable,
-                      output,
-                      {0, "", concat("no temporary file: ", std::strerror(file->error())), "",
-                       "make room in the folder for temporary files"}};
-    }
-}
-
-// What the engine made, whole as far as its marks say.
-void handOn(ScratchFile& made, Output& out) {
-    std::string bytes(piece, '\0');
-    std::string last;
-    std::uint64_t at = 0;
-    while (const std::size_t size = made.read(at, bytes.data(), bytes.size())) {
-        const std::string_view read(bytes.data(), size);
-        if (at == 0 && !read.starts_with(mark)) break;
-        out.write(read);
-        last = concat(last, read.substr(size - std::min(size, mark.size())));
-        last.erase(0, last.size() - std::min(last.size(), mark.size()));
-        at += size;
-    }
-    if (made.error() == 0 && last == mark) return;
-    throw Failure{unwritable, out.name(), {0, "", "DuckDB made no whole file", "", ""}};
-}
-
 }  // namespace
 
 void writeParquet(const Sheet& sheet, Output& out, Losses& losses) {
-    if (sheet.columns.empty()) {
-        throw Failure{unwritable, out.name(), {0, "", "no columns", "a column at least", ""}};
-    }
+    requireColumns(sheet, out.name());
     loseParameters(sheet.log, losses);
     EngineFiles files;
-    requireFiles(files, out.name());
+    files.require(out.name());
     const std::vector<std::string> names = namesForEngines(sheet, losses);
     const std::size_t longest = writeRows(sheet, files.rows, losses);
-    requireFiles(files, out.name());
+    files.require(out.name());
     runDuckDb(statementFor(names, longest), files, out.name());
-    handOn(files.made, out);
+    handOn(files.made, "PAR1", "DuckDB", out);
 }
 
 }  // namespace vek::formats

@@ -15,6 +15,7 @@ void writeOtio(const Sheet& sheet, const WriteStyle& style, Output& out, Losses&
 void writeMarkdown(const Sheet& sheet, Output& out, Losses& losses);
 void writeHtml(const Sheet& sheet, Output& out, Losses& losses);
 void writeParquet(const Sheet& sheet, Output& out, Losses& losses);
+void writeArrow(const Sheet& sheet, Output& out, Losses& losses);
 void writeXlsx(const Sheet& sheet, Output& out, Losses& losses);
 
 }  // namespace vek::formats

@@ -6,6 +6,17 @@
 
 namespace vek {
 
+namespace {
+
+// What a file of the format is called where it holds no text, else null.
+const char* binaryFile(Format format) {
+    if (format == Format::xlsx) return "a workbook";
+    if (format == Format::parquet) return "a Parquet file";
+    return format == Format::arrow ? "an Arrow file" : nullptr;
+}
+
+}  // namespace
+
 WriteStyle styleFrom(const Args& args, Format target) {
     WriteStyle style;
     if (args.has("crlf")) style.lineEnd = LineEnd::crlf;
@@ -31,10 +42,9 @@ WriteStyle styleFrom(const Args& args, Format target) {
 }
 
 void requireFile(Format target, const Printout& out) {
-    const bool isBinary = target == Format::xlsx || target == Format::parquet;
-    if (!isBinary || !out.isTerminal()) return;
-    const std::string what = target == Format::xlsx ? "a workbook" : "a Parquet file";
-    throw Failure{wrongUsage, what + " is nothing for a terminal; name a file for it"};
+    const char* const what = binaryFile(target);
+    if (what == nullptr || !out.isTerminal()) return;
+    throw Failure{wrongUsage, concat(what, " is nothing for a terminal; name a file for it")};
 }
 
 std::vector<Option> styleOptions() {
