@@ -201,6 +201,15 @@ int setAttribute(int file, const char* name, const void* value, std::size_t size
     return ::fsetxattr(file, name, value, size, 0);
 }
 
+std::uint64_t installedMemory() {
+    const long pages = ::sysconf(_SC_PHYS_PAGES);
+    const long pageSize = ::sysconf(_SC_PAGESIZE);
+    if (pages <= 0 || pageSize <= 0) {
+        return SIZE_MAX / 2;
+    }
+    return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageSize);
+}
+
 }  // namespace
 
 SystemCalls& systemCalls() {
@@ -253,13 +262,10 @@ int openToRead(const char* path) {
     return systemCalls().open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY, 0);
 }
 
+// Asked for each of many small files, and always the same.
 std::uint64_t memorySize() {
-    const long pages = ::sysconf(_SC_PHYS_PAGES);
-    const long pageSize = ::sysconf(_SC_PAGESIZE);
-    if (pages <= 0 || pageSize <= 0) {
-        return SIZE_MAX / 2;
-    }
-    return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageSize);
+    static const std::uint64_t size = installedMemory();
+    return size;
 }
 
 void expectFilling(TextBlock& block) {

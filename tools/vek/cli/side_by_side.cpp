@@ -8,9 +8,23 @@
 #include <thread>
 #include <vector>
 
+#if __has_include(<malloc.h>)
+#include <malloc.h>
+#endif
+
 namespace vek {
 
 namespace {
+
+// What one job needed and let go of the next one needs again: given back to the system each time,
+// it would have to be asked for and cleared anew.
+void keepFreedMemory() {
+#ifdef M_TRIM_THRESHOLD
+    constexpr int most = 32 << 20;
+    mallopt(M_MMAP_THRESHOLD, most);
+    mallopt(M_TRIM_THRESHOLD, 2 * most);
+#endif
+}
 
 class Jobs {
 public:
@@ -58,6 +72,7 @@ void start(std::size_t count, Jobs& jobs, std::vector<std::thread>& threads) {
 
 void doSideBySide(std::size_t count, std::size_t threads,
                   const std::function<Worker()>& makeWorker) {
+    if (count > 1) keepFreedMemory();
     Jobs jobs(count, makeWorker);
     std::vector<std::thread> others;
     const std::size_t wanted = std::min(count, threads);
