@@ -1,7 +1,7 @@
 // A table handed over as a stream of Arrow, beside saving it.
 
 #include <vekdb/arrow/arrow.h>
-#include <vekdb/host/text_file.h>
+#include "host/disk_flush.h"
 #include "log_fixture.h"
 
 using namespace bench;
@@ -42,10 +42,10 @@ static void saveTheSame(State& state) {
     const std::int64_t rows = state.range(0);
     auto table = loadLog(rows);
     table->set_filename(wide(scratchPath("arrow.vek")));
-    TextFile::syncToDisk = false;
+    DiskFlush::isOn = false;
     if (!check(state, table->save_text() == rows, "rows are lost")) return;
     for (auto run : state) benchmark::DoNotOptimize(table->save_text());
-    TextFile::syncToDisk = true;
+    DiskFlush::isOn = true;
     report(state, rows, fileSize(logPath(rows)));
 }
 BENCHMARK(saveTheSame)->Apply(ladder);

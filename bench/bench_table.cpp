@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include <vekdb/host/text_file.h>
+#include "host/disk_flush.h"
 #include "log_fixture.h"
 
 using namespace bench;
@@ -35,8 +35,8 @@ std::unique_ptr<vekdb> everySecondTagged(std::int64_t rows) {
 // Benchmarks of saving time the writing, not the disk's own flush.
 class WithoutSync {
 public:
-    WithoutSync() { TextFile::syncToDisk = false; }
-    ~WithoutSync() { TextFile::syncToDisk = true; }
+    WithoutSync() { DiskFlush::isOn = false; }
+    ~WithoutSync() { DiskFlush::isOn = true; }
 };
 
 }  // namespace

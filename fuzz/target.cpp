@@ -6,7 +6,7 @@
 #include <fstream>
 
 #include <vekdb/host/diagnostics.h>
-#include <vekdb/host/text_file.h>
+#include "host/disk_flush.h"
 
 #include <stdlib.h>
 
@@ -27,7 +27,7 @@ public:
     Folder() {
         static Quiet quiet;
         setDiagnosticSink(&quiet);
-        TextFile::syncToDisk = false;
+        DiskFlush::isOn = false;
         path_ = (std::filesystem::temp_directory_path() / "vekdb-fuzz-XXXXXX").string();
         if (!::mkdtemp(path_.data())) {
             std::abort();

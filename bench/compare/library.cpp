@@ -14,11 +14,11 @@
 
 #include <vekdb/host/cookie.h>
 #include <vekdb/host/cookie_containers.h>
-#include <vekdb/host/text_file.h>
 #include <vekdb/support/version.h>
 #include <vekdb/table.h>
 #include <vekdb/views/view.h>
 #include <vekdb/views/view_rep.h>
+#include "host/disk_flush.h"
 #include "measure.h"
 #include "view_work.h"
 
@@ -613,7 +613,7 @@ constexpr Work works[] = {
 
 int main(int count, char** arguments) {
     Request request = compare::request(count, arguments);
-    TextFile::syncToDisk = false;
+    DiskFlush::isOn = false;
     OS()->setReadsAhead(true);
     for (const Work& work : works) {
         if (work.name == request.work) {

@@ -3,6 +3,7 @@
 #include <vekdb/host/exceptions.h>
 #include <vekdb/host/file_replacement.h>
 #include <vekdb/host/text_util.h>
+#include "host/disk_flush.h"
 #include "host/posix/file_io.h"
 #include "host/text_arrival.h"
 #include "host/text_departure.h"
@@ -15,7 +16,7 @@
 #include <string>
 #include <utility>
 
-bool TextFile::syncToDisk = true;
+bool DiskFlush::isOn = true;
 
 namespace {
 
@@ -139,7 +140,7 @@ std::string_view TextFile::textSoFar() const {
 
 bool TextFile::save(const LightweightString<wchar_t>& path, eEOLStyle style) const {
     LightweightString<char> file;
-    FileReplacement target(syncToDisk);
+    FileReplacement target(DiskFlush::isOn);
     if (!pathToUTF8(path, file) || !target.find(file.c_str()) || !target.open()) {
         return false;
     }
@@ -157,7 +158,7 @@ void TextFile::beginSave(const LightweightString<wchar_t>& path) {
     LightweightString<char> file;
     const bool isPath = pathToUTF8(path, file);
     departure_ =
-        Quor::Ptr<TextDeparture>(new TextDeparture(isPath ? file.c_str() : "", syncToDisk));
+        Quor::Ptr<TextDeparture>(new TextDeparture(isPath ? file.c_str() : "", DiskFlush::isOn));
 }
 
 bool TextFile::endSave() {

@@ -12,8 +12,8 @@
 #include <set>
 #include <string>
 
-#include <vekdb/host/text_file.h>
 #include "exhaustion/scenarios.h"
+#include "host/disk_flush.h"
 #include "testing/deferral.h"
 #include "testing/failing_allocator.h"
 #include "testing/quiet.h"
@@ -148,9 +148,9 @@ long leftOf(const Scenario& scenario, const Way& way, unsigned n) {
 
 class Exhaustion : public testing::TestWithParam<std::size_t> {
 protected:
-    static void SetUpTestSuite() { TextFile::syncToDisk = false; }
+    static void SetUpTestSuite() { DiskFlush::isOn = false; }
     static void TearDownTestSuite() {
-        TextFile::syncToDisk = true;
+        DiskFlush::isOn = true;
         std::printf("%u failures of memory in %u operations\n", points_, operations_);
     }
 

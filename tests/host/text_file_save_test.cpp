@@ -1,4 +1,5 @@
 #include <vekdb/host/text_file.h>
+#include "host/disk_flush.h"
 #include "host/posix/file_io.h"
 #include "host/text_in_pieces.h"
 
@@ -454,21 +455,33 @@ TEST_F(TextFileSaveWhileMade, AFailedWriteLeavesTheOldFileAndNoLitter) {
 TEST_F(TextFileSaveWhileMade, WaitsForTheDiskUnlessToldNotTo) {
     static int waits;
     const FileIO::SystemCalls before = FileIO::systemCalls();
-    const bool syncBefore = TextFile::syncToDisk;
+    const bool syncBefore = DiskFlush::isOn;
     FileIO::systemCalls().sync = [](int to) {
         ++waits;
         return ::fsync(to);
     };
     for (const bool sync : {false, true}) {
         waits = 0;
-        TextFile::syncToDisk = sync;
+        DiskFlush::isOn = sync;
         TextInPieces::beginSave(file, folder.widePath("out"));
         file.appendLine("line");
         EXPECT_TRUE(TextInPieces::endSave(file));
         EXPECT_EQ(waits > 0, sync);
     }
-    TextFile::syncToDisk = syncBefore;
+    DiskFlush::isOn = syncBefore;
     FileIO::systemCalls() = before;
+}
+
+TEST_F(TextFileSaveWhileMade, AFifoIsOpenedAlsoWhereThereAreNoLines) {
+    const std::string path = folder.file("fifo").string();
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    const int reader = ::open(path.c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    TextInPieces::beginSave(file, folder.widePath("fifo"));
+    EXPECT_TRUE(TextInPieces::endSave(file));
+    char byte;
+    EXPECT_EQ(::read(reader, &byte, 1), 0);
+    ::close(reader);
 }
 
 TEST_F(TextFileSaveWhileMade, ALineMayBePartOfAnotherThatIsThere) {
@@ -540,12 +553,12 @@ TEST_F(TextFileSave, WaitsForTheDiskUnlessToldNotTo) {
         ++calls;
         return ::fsync(synced);
     };
-    EXPECT_TRUE(TextFile::syncToDisk);
+    EXPECT_TRUE(DiskFlush::isOn);
     EXPECT_TRUE(save("out"));
     EXPECT_EQ(calls, 2);  // the file and its folder
-    TextFile::syncToDisk = false;
+    DiskFlush::isOn = false;
     EXPECT_TRUE(save("out"));
-    TextFile::syncToDisk = true;
+    DiskFlush::isOn = true;
     FileIO::systemCalls() = before;
     EXPECT_EQ(calls, 2);
     EXPECT_EQ(folder.read("out"), "one\ntwo\n");

@@ -9,11 +9,11 @@
 #include <vector>
 
 #include <vekdb/host/cookie_containers.h>
-#include <vekdb/host/text_file.h>
 #include <vekdb/table.h>
 #include <vekdb/views/field_map.h>
 #include <vekdb/views/view.h>
 #include <vekdb/views/view_rep.h>
+#include "host/disk_flush.h"
 #include "testing/quiet.h"
 #include "testing/tables.h"
 #include "testing/temp_dir.h"
@@ -99,7 +99,7 @@ int rounds() {
 
 TEST(Threads, WithTablesOfTheirOwnShareTextsIdentitiesAndFieldMaps) {
     const Quiet quiet;
-    TextFile::syncToDisk = false;
+    DiskFlush::isOn = false;
     Shared shared;
     fill(shared);
     for (int round = 0; round < rounds(); ++round) {
@@ -112,7 +112,7 @@ TEST(Threads, WithTablesOfTheirOwnShareTextsIdentitiesAndFieldMaps) {
         for (bool right : isRight) ASSERT_TRUE(right);
     }
     std::printf("%d rounds of %d threads\n", rounds(), threads);
-    TextFile::syncToDisk = true;
+    DiskFlush::isOn = true;
 }
 
 }  // namespace

@@ -103,10 +103,6 @@ public:
     /// whoever reads lines one after the other, and never by the file itself.
     unsigned currentLine = 0;
 
-    /// Whether save waits for the disk. To be turned off by benchmarks that
-    /// measure the writing alone.
-    static bool syncToDisk;
-
 private:
     friend class TextInPieces;
 

@@ -13,8 +13,8 @@
 
 #include <vekdb/formats/comparing.h>
 #include <vekdb/formats/log.h>
-#include <vekdb/host/text_file.h>
 #include <vekdb/table.h>
+#include "host/disk_flush.h"
 #include "testing/failing_allocator.h"
 #include "testing/quiet.h"
 #include "testing/temp_dir.h"
@@ -225,9 +225,9 @@ const std::vector<Job> jobs = {
 
 class MemoryEnds : public testing::Test {
 protected:
-    static void SetUpTestSuite() { TextFile::syncToDisk = false; }
+    static void SetUpTestSuite() { DiskFlush::isOn = false; }
     static void TearDownTestSuite() {
-        TextFile::syncToDisk = true;
+        DiskFlush::isOn = true;
         std::printf("%u failures of memory in operations on logs\n", points_);
     }
 

@@ -7,8 +7,8 @@
 #include <memory>
 #include <string>
 
-#include <vekdb/host/text_file.h>
 #include <vekdb/table.h>
+#include "host/disk_flush.h"
 #include "host/posix/file_io.h"
 #include "round_trip.h"
 #include "testing/failing_allocator.h"
@@ -37,8 +37,8 @@ const std::string smallFile =
 // Damaged files are many: they need not reach the disk, nor developers' eyes.
 class Damage : public testing::Test {
 protected:
-    void SetUp() override { TextFile::syncToDisk = false; }
-    void TearDown() override { TextFile::syncToDisk = true; }
+    void SetUp() override { DiskFlush::isOn = false; }
+    void TearDown() override { DiskFlush::isOn = true; }
 
     std::string check(const std::string& name, const std::string& bytes) {
         folder_.write(name, bytes);
@@ -168,7 +168,7 @@ namespace {
 class SavedLater : public Damage {
 protected:
     void SetUp() override {
-        TextFile::syncToDisk = true;
+        DiskFlush::isOn = true;
         folder_.write("log.vek", smallFile);
         table_ = std::make_unique<vekdb>(folder_.widePath("log.vek"), 100, true);
         table_->set_field(0, 0, "B777");

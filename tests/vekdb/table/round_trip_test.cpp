@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "host/disk_flush.h"
 #include "testing/capture_diagnostics.h"
 #include "testing/random.h"
 #include "testing/table_files.h"
@@ -19,8 +20,8 @@ using testing_support::TempDir;
 
 // Nothing waits for the disk, so that there can be many trips.
 struct RoundTrip : testing::Test {
-    RoundTrip() { TextFile::syncToDisk = false; }
-    ~RoundTrip() override { TextFile::syncToDisk = true; }
+    RoundTrip() { DiskFlush::isOn = false; }
+    ~RoundTrip() override { DiskFlush::isOn = true; }
 };
 
 // What the format keeps: no blanks at the edges, no carriage return, no backslash before an n.
