@@ -11,7 +11,7 @@ namespace vek {
 
 namespace {
 
-void tellConflict(const MergeConflict& conflict) {
+void tellConflict(const Merger::Conflict& conflict) {
     say(worded(conflict));
 }
 

@@ -68,10 +68,10 @@ std::size_t filledCells(const Log& log, unsigned row) {
     return filled;
 }
 
-// Of the rows that are the same the one that stays.
-class Choice {
+// Which of the rows that are the same stays.
+class StayingRow {
 public:
-    Choice(const Log& log, const Args& args) : log_(log), which_(args.text("keep", "first")) {}
+    StayingRow(const Log& log, const Args& args) : log_(log), which_(args.text("keep", "first")) {}
 
     bool isBetter(unsigned row, unsigned known) const {
         if (which_ == "filled") return filledCells(log_, row) > filledCells(log_, known);
@@ -84,7 +84,7 @@ private:
 };
 
 // For each row whether it stays.
-std::vector<char> rowsThatStay(const Log& log, const RowKeys& keys, const Choice& choice,
+std::vector<char> rowsThatStay(const Log& log, const RowKeys& keys, const StayingRow& choice,
                                bool blankOnesStay) {
     auto hash = [&](unsigned row) { return keys.hash(row); };
     auto areSame = [&](unsigned a, unsigned b) { return keys.areSame(a, b); };
@@ -115,7 +115,7 @@ int run(const Args& args) {
     const bool isBySome = args.has("by");
     RowKeys keys(log, isBySome ? columnList(log, args.text("by")) : allColumns(log),
                  args.has("ignore-case"));
-    std::vector<char> stays = rowsThatStay(log, keys, Choice(log, args), isBySome);
+    std::vector<char> stays = rowsThatStay(log, keys, StayingRow(log, args), isBySome);
     const auto count = static_cast<std::size_t>(std::count(stays.begin(), stays.end(), char{0}));
     const std::string summary =
         concat(log.name, ": ", counted(count, "duplicate"), " of ", counted(log.rowCount(), "row"));

@@ -22,13 +22,13 @@ std::string joinedNames(const Log& log, const std::vector<unsigned>& columns) {
 // Prints differences as a person reads them: what went, what came, and cells that changed.
 class DifferencePrinter {
 public:
-    DifferencePrinter(const Differences& found, Printout& out, const Screen& screen)
+    DifferencePrinter(const LogComparison& found, Printout& out, const Screen& screen)
         : found_(found), out_(out), screen_(screen), a_(found.a), b_(found.b) {}
 
     void print() {
         printColumns("columns only in ", found_.a, found_.onlyInA, Ink::red, '-');
         printColumns("columns only in ", found_.b, found_.onlyInB, Ink::green, '+');
-        for (const RowDifference& difference : found_.rows) printRow(difference);
+        for (const DifferingRow& difference : found_.rows) printRow(difference);
     }
 
 private:
@@ -53,13 +53,13 @@ private:
         std::vector<std::string_view> cells;  // of the row that is being shown
     };
 
-    void printRow(const RowDifference& difference) {
+    void printRow(const DifferingRow& difference) {
         switch (difference.kind) {
-            case RowDifference::removed:
+            case DifferingRow::removed:
                 return printWhole(a_, difference.a, Ink::red, '-');
-            case RowDifference::added:
+            case DifferingRow::added:
                 return printWhole(b_, difference.b, Ink::green, '+');
-            case RowDifference::changed:
+            case DifferingRow::changed:
                 return printChanged(difference);
         }
     }
@@ -78,7 +78,7 @@ private:
         printLine(ink);
     }
 
-    void printChanged(const RowDifference& difference) {
+    void printChanged(const DifferingRow& difference) {
         line_ = '~';
         addPlace(found_.a, difference.a);
         line_ += " ->";
@@ -90,10 +90,10 @@ private:
         }
         escape(line_);
         printLine(Ink::plain);
-        found_.forEachCell(difference, [&](const CellDifference& cell) { printCell(cell); });
+        found_.forEachCell(difference, [&](const DifferingCell& cell) { printCell(cell); });
     }
 
-    void printCell(const CellDifference& cell) {
+    void printCell(const DifferingCell& cell) {
         line_ = "    ";
         line_ += escaped(found_.a.columnName(cell.columns.a));
         line_ += ": ";
@@ -115,7 +115,7 @@ private:
         isPlain ? out_.inkedLine(line_) : out_.inkedLine(inked(ink, line_, screen_));
     }
 
-    const Differences& found_;
+    const LogComparison& found_;
     Printout& out_;
     const Screen& screen_;
     Side a_;
@@ -134,7 +134,7 @@ std::vector<std::string> jsonNames(const Log& log) {
 // Prints one document for programs, a line for each row that differs.
 class DifferenceJson {
 public:
-    DifferenceJson(const Differences& found, Printout& out)
+    DifferenceJson(const LogComparison& found, Printout& out)
         : found_(found), out_(out), namesA_(jsonNames(found.a)), namesB_(jsonNames(found.b)) {}
 
     void print() {
@@ -165,9 +165,9 @@ private:
         return out + "}";
     }
 
-    std::string cells(const RowDifference& difference) const {
+    std::string cells(const DifferingRow& difference) const {
         std::string out = "[";
-        found_.forEachCell(difference, [&](const CellDifference& cell) {
+        found_.forEachCell(difference, [&](const DifferingCell& cell) {
             out += concat(out.size() == 1 ? "" : ", ", "{\"column\": ", namesA_[cell.columns.a],
                           ", \"before\": ", jsonString(cell.before),
                           ", \"after\": ", jsonString(cell.after), "}");
@@ -181,11 +181,11 @@ private:
                       ", \"row\": ", row(log, place, names), "}");
     }
 
-    std::string difference(const RowDifference& one) const {
+    std::string difference(const DifferingRow& one) const {
         switch (one.kind) {
-            case RowDifference::removed:
+            case DifferingRow::removed:
                 return whole("removed", found_.a, one.a, namesA_);
-            case RowDifference::added:
+            case DifferingRow::added:
                 return whole("added", found_.b, one.b, namesB_);
             default:
                 return concat(
@@ -195,18 +195,18 @@ private:
         }
     }
 
-    const Differences& found_;
+    const LogComparison& found_;
     Printout& out_;
     std::vector<std::string> namesA_;
     std::vector<std::string> namesB_;
 };
 
-std::string summary(const Differences& found) {
+std::string summary(const LogComparison& found) {
     std::size_t counts[3] = {};
-    for (const RowDifference& difference : found.rows) ++counts[difference.kind];
-    return counted(counts[RowDifference::removed], "row") + " removed, " +
-           std::to_string(counts[RowDifference::added]) + " added, " +
-           std::to_string(counts[RowDifference::changed]) + " changed";
+    for (const DifferingRow& difference : found.rows) ++counts[difference.kind];
+    return counted(counts[DifferingRow::removed], "row") + " removed, " +
+           std::to_string(counts[DifferingRow::added]) + " added, " +
+           std::to_string(counts[DifferingRow::changed]) + " changed";
 }
 
 int run(const Args& args) {
@@ -215,7 +215,7 @@ int run(const Args& args) {
     }
     Log a = readLog(args, "A");
     Log b = readLog(args, "B");
-    Differences found = compareLogs(a, b, args.text("key"));
+    LogComparison found = compareLogs(a, b, args.text("key"));
     for (const std::string& note : found.notes) say(note);
     if (found.moreNotes > 0) say(std::to_string(found.moreNotes) + " more like these");
     Printout out;

@@ -98,7 +98,7 @@ void printFacts(const Log& log, Printout& out) {
     printFact("Rows", std::to_string(log.rowCount()), out);
     printFact("Tagged", std::to_string(view->get_num_tags()), out);
     printFact("Columns", std::to_string(log.columnCount()), out);
-    for (const Parameter& parameter : ownParameters(log)) {
+    for (const ParameterText& parameter : ownParameters(log)) {
         printFact("Parameter", parameter.name + ": " + parameter.value, out);
     }
     std::string map = log.parameter("V5_FIELD_MAP");
@@ -125,7 +125,7 @@ void addColumns(const Log& log, JsonWriter& json) {
 
 void addParameters(const Log& log, JsonWriter& json) {
     json.beginArray("parameters");
-    for (const Parameter& parameter : ownParameters(log)) {
+    for (const ParameterText& parameter : ownParameters(log)) {
         json.beginRow();
         json.text("name", parameter.name);
         json.text("value", parameter.value);

@@ -43,7 +43,7 @@ void write(const Log& log, Format target, const Args& args, Printout& out, Losse
 // Conflicts are told one by one up to a thousand.
 class Telling {
 public:
-    void tell(const MergeConflict& conflict) {
+    void tell(const Merger::Conflict& conflict) {
         if (told_ == most) return;
         ++told_;
         say(worded(conflict));
@@ -69,21 +69,21 @@ bool tellConflicts(const Merger& merger, std::size_t told) {
     return all > 0;
 }
 
-void add(const MergeConflict& conflict, JsonWriter& json) {
+void add(const Merger::Conflict& conflict, JsonWriter& json) {
     json.beginRow();
-    json.text("kind", conflict.kind == MergeConflict::key ? "key" : "cell");
+    json.text("kind", conflict.kind == Merger::Conflict::key ? "key" : "cell");
     json.text("file", conflict.file);
     json.numberOrNothing("line", conflict.line);
     json.text("column", conflict.column);
     json.text("value", conflict.value);
-    const bool isCell = conflict.kind == MergeConflict::cell;
+    const bool isCell = conflict.kind == Merger::Conflict::cell;
     isCell ? json.text("kept", conflict.kept) : json.nothing("kept");
     json.numberOrNothing("row", conflict.row);
     json.end();
 }
 
 // The conflicts on standard output, where the log itself goes elsewhere.
-int printConflicts(const std::vector<MergeConflict>& conflicts, const Merger& merger,
+int printConflicts(const std::vector<Merger::Conflict>& conflicts, const Merger& merger,
                    unsigned rows) {
     Printout out;
     JsonWriter json(out);
@@ -92,7 +92,7 @@ int printConflicts(const std::vector<MergeConflict>& conflicts, const Merger& me
     json.number("cells", merger.conflicts());
     json.number("keys", merger.repeatedKeys());
     json.beginArray("conflicts");
-    for (const MergeConflict& conflict : conflicts) add(conflict, json);
+    for (const Merger::Conflict& conflict : conflicts) add(conflict, json);
     json.end();
     json.end();
     out.close();
@@ -117,8 +117,8 @@ int run(const Args& args) {
     Log into = isCopy(args) ? readLogToCopy(paths[0], args) : readLog(paths[0], args);
     int result = readingResult(into);
     Telling telling;
-    std::vector<MergeConflict> conflicts;
-    const auto tell = [&](const MergeConflict& conflict) {
+    std::vector<Merger::Conflict> conflicts;
+    const auto tell = [&](const Merger::Conflict& conflict) {
         if (!tellsJson(args))
             telling.tell(conflict);
         else if (conflicts.size() < Log::mostProblems)

@@ -15,7 +15,7 @@ namespace {
 
 int list(const Log& log) {
     Printout out;
-    for (const Parameter& parameter : ownParameters(log)) {
+    for (const ParameterText& parameter : ownParameters(log)) {
         out.line(escaped(parameter.name + ": " + parameter.value));
     }
     out.close();
@@ -29,7 +29,7 @@ bool hasParameter(const Log& log, const std::string& name) {
 int get(const Log& log, const std::string& name) {
     if (!hasParameter(log, name)) {
         std::vector<std::string> names;
-        for (const Parameter& parameter : ownParameters(log)) names.push_back(parameter.name);
+        for (const ParameterText& parameter : ownParameters(log)) names.push_back(parameter.name);
         say(log.name + ": there is no parameter " + inQuotes(name) + suggestion(name, names));
         return found;
     }

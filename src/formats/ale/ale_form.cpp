@@ -96,8 +96,9 @@ private:
 
     void setEntry(const char* name, const std::string& value) {
         if (value.empty()) return;
-        auto entry = std::find_if(form_.heading.begin(), form_.heading.end(),
-                                  [&](const Parameter& own) { return sameText(own.name, name); });
+        auto entry =
+            std::find_if(form_.heading.begin(), form_.heading.end(),
+                         [&](const ParameterText& own) { return sameText(own.name, name); });
         if (entry == form_.heading.end())
             form_.heading.push_back({name, value});
         else
@@ -158,8 +159,9 @@ private:
 
     void askForEntry(const char* name, const char* option, std::vector<std::string>& entries,
                      std::vector<std::string>& options) const {
-        bool isThere = std::any_of(form_.heading.begin(), form_.heading.end(),
-                                   [&](const Parameter& own) { return sameText(own.name, name); });
+        bool isThere =
+            std::any_of(form_.heading.begin(), form_.heading.end(),
+                        [&](const ParameterText& own) { return sameText(own.name, name); });
         if (isThere) return;
         entries.push_back(name);
         options.push_back(option);

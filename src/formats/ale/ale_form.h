@@ -12,7 +12,7 @@ namespace vek::formats {
 /// The heading and the column names of a sheet as they are written. The cells stay as they are;
 /// `tracks`, when not empty, stands in a further column Tracks of every row.
 struct AleForm {
-    std::vector<Parameter> heading;
+    std::vector<ParameterText> heading;
     std::vector<std::string> names;
     std::string tracks;
 };

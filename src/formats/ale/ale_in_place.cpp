@@ -21,7 +21,7 @@ public:
           names_(names),
           separator_(separator),
           changed_(changedParameters(saving.log)) {
-        for (const Source::Parameter& one : changed_) {
+        for (const ParameterText& one : changed_) {
             if (sameText(one.name, "FIELD_DELIM")) requireDelimiter(one.value);
         }
     }
@@ -87,7 +87,7 @@ private:
         std::string text;
         bool isChanged = false;
         for (const AleEntry& entry : entries) {
-            const Source::Parameter* now = changeOf(entry.name);
+            const ParameterText* now = changeOf(entry.name);
             isChanged = isChanged || now != nullptr;
             text += text.empty() ? "" : "\t";
             text += now == nullptr ? concat(entry.name, "\t", entry.value)
@@ -104,7 +104,7 @@ private:
 
     void addSeparatedEntry(std::string_view line, std::string_view whole) {
         const std::string_view name = line.substr(0, line.find(separator_));
-        const Source::Parameter* const now = changeOf(name);
+        const ParameterText* const now = changeOf(name);
         text_ += now == nullptr
                      ? std::string(whole)
                      : concat(entryLine(std::string(name), now->value), endOfLine(whole));
@@ -118,15 +118,15 @@ private:
         return line;
     }
 
-    const Source::Parameter* changeOf(std::string_view name) const {
-        for (const Source::Parameter& one : changed_) {
+    const ParameterText* changeOf(std::string_view name) const {
+        for (const ParameterText& one : changed_) {
             if (sameText(one.name, name)) return &one;
         }
         return nullptr;
     }
 
     void addNewEntries() {
-        for (const Source::Parameter& one : changed_) {
+        for (const ParameterText& one : changed_) {
             if (wasThere(saving_.log, one.name) || isTableFilesOwn(one.name)) continue;
             const std::string line = entryLine(one.name, one.value);
             // A reader would take it for the end of the heading.
@@ -171,7 +171,7 @@ private:
     const std::vector<std::string>& names_;
     char separator_;
     bool isInMarks_ = false;  // entries, as far as they were gone through
-    std::vector<Source::Parameter> changed_;
+    std::vector<ParameterText> changed_;
     Part part_ = Part::title;
     bool isBegun_ = false;
     std::string text_;
@@ -210,7 +210,7 @@ public:
         form.names = names();
         const std::string now = AleHeading(saving(), form.names, separator()).patched(came);
         if (separator() != '\t') return now;
-        for (const Source::Parameter& one : changedParameters(saving().log)) {
+        for (const ParameterText& one : changedParameters(saving().log)) {
             if (!isTableFilesOwn(one.name)) form.heading.push_back({one.name, one.value});
         }
         tellAleHeading(now, form, saving().losses);

@@ -26,10 +26,10 @@ std::string forAle(std::string_view text) {
     return out;
 }
 
-std::string aleHeading(const std::vector<Parameter>& heading, const char* end, Losses& losses) {
+std::string aleHeading(const std::vector<ParameterText>& heading, const char* end, Losses& losses) {
     std::string text = concat("Heading", end);
     bool hasDelimiter = false;
-    for (const Parameter& entry : heading) {
+    for (const ParameterText& entry : heading) {
         hasDelimiter = hasDelimiter || sameText(entry.name, "FIELD_DELIM");
         // Cells of what was read may have been separated otherwise.
         const bool isOfOthers =
@@ -100,8 +100,8 @@ void tellAleHeading(std::string_view heading, const AleForm& form, Losses& losse
     for (const std::string& name : form.names) names.push_back(forAle(name));
     // Of those without a name at the end it is told already.
     while (form.tracks.empty() && !names.empty() && trimmed(names.back()).empty()) names.pop_back();
-    std::vector<Parameter> entries;
-    for (const Parameter& entry : form.heading) {
+    std::vector<ParameterText> entries;
+    for (const ParameterText& entry : form.heading) {
         // The one is this format's own, and of the others it is told already.
         const bool isTold = sameText(entry.name, "FIELD_DELIM") || !isAleSafe(entry.name) ||
                             !isAleSafe(entry.value) ||

@@ -83,9 +83,9 @@ void refuseOtherCounting(const Log& into, const Log& from) {
 
 }  // namespace
 
-std::string worded(const MergeConflict& conflict) {
+std::string worded(const Merger::Conflict& conflict) {
     Problem problem{conflict.line, conflict.column, inQuotes(conflict.value), {}, {}};
-    if (conflict.kind == MergeConflict::key) {
+    if (conflict.kind == Merger::Conflict::key) {
         problem.found += " a second time";
         problem.expected = "each key once";
         problem.outcome = "both rows are kept";
@@ -340,7 +340,7 @@ bool Merger::takes(std::string_view value, std::string_view old) const {
 void Merger::tellConflict(const Log& from, unsigned row, unsigned target, unsigned column,
                           std::string_view value) {
     ++conflicts_;
-    tell_({MergeConflict::cell, from.name, from.lineOf(row), into_.columnName(column),
+    tell_({Merger::Conflict::cell, from.name, from.lineOf(row), into_.columnName(column),
            std::string(value), std::string(into_.cell(target, column)), target + std::size_t{1}});
 }
 
@@ -349,7 +349,8 @@ void Merger::tellRepeated(const Log& log, unsigned row, const RowKey& key) {
     std::string text = &log == &into_ ? key.text(log, row) : key.text([&](unsigned column) {
         return inOurForm(recordOf(log, row), column);
     });
-    tell_({MergeConflict::key, log.name, log.lineOf(row), key.name(log), std::move(text), {}, 0});
+    tell_(
+        {Merger::Conflict::key, log.name, log.lineOf(row), key.name(log), std::move(text), {}, 0});
 }
 
 std::string_view Merger::converted(std::string_view value, unsigned column, Form& form) const {

@@ -15,27 +15,24 @@
 
 namespace vek::formats {
 
-/// Two values for one cell, or a key that one log has twice.
-struct MergeConflict {
-    enum Kind { cell, key };
-    Kind kind = cell;
-    std::string file;  ///< and line, of the value that is not taken or of the key's further row
-    std::size_t line = 0;
-    std::string column;
-    std::string value;
-    std::string kept;     ///< the other value, for a cell
-    std::size_t row = 0;  ///< where that one is in the joined log, from 1 on
-};
-
-std::string worded(const MergeConflict& conflict);
-
 /// Joins further logs to a first one, which must outlive it. Cells are not copied where rows can
 /// share their text.
 class Merger {
 public:
+    /// Two values for one cell, or a key that one log has twice.
+    struct Conflict {
+        enum Kind { cell, key };
+        Kind kind = cell;
+        std::string file;  ///< and line, of the value not taken or of the key's further row
+        std::size_t line = 0;
+        std::string column;
+        std::string value;
+        std::string kept;     ///< the other value, for a cell
+        std::size_t row = 0;  ///< where that one is in the joined log, from 1 on
+    };
     /// Which of two values a cell gets.
     enum class Prefer { report, first, last, filled };
-    using Teller = std::function<void(const MergeConflict&)>;
+    using Teller = std::function<void(const Conflict&)>;
     using NoteTaker = std::function<void(const std::string&)>;
 
     /// Conflicts go to `tell`, and to `note` what of a log has no place.
@@ -119,6 +116,8 @@ private:
     std::size_t conflicts_ = 0;
     std::size_t repeatedKeys_ = 0;
 };
+
+std::string worded(const Merger::Conflict& conflict);
 
 /// A Failure where two logs count their frames differently, by their rates (FPS) or by dropping
 /// them (FPS or FCM): nothing in a joined log would tell which rows are which.

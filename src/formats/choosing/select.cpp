@@ -17,9 +17,9 @@ using Marks = std::vector<char>;
 
 // Puts conditions together, of which all must hold or, with `any`, one. Each is tested only for
 // the rows that those before it leave open.
-class Choice {
+class Choosing {
 public:
-    Choice(const Log& log, bool any, Regexes* regexes)
+    Choosing(const Log& log, bool any, Regexes* regexes)
         : log_(log), any_(any), regexes_(regexes), marks_(log.rowCount(), !any) {}
 
     void add(const Condition& condition) {
@@ -62,11 +62,11 @@ private:
 };
 
 Marks rowsThatHold(const Log& log, const Selection& selection) {
-    Choice choice(log, selection.any, selection.regexes);
-    for (const std::string& text : selection.where) choice.add(parseCondition(log, text));
-    for (const Condition& condition : selection.conditions) choice.add(condition);
-    if (!selection.at.empty()) choice.apply(codeTest(log, selection.at));
-    return choice.marks();
+    Choosing choosing(log, selection.any, selection.regexes);
+    for (const std::string& text : selection.where) choosing.add(parseCondition(log, text));
+    for (const Condition& condition : selection.conditions) choosing.add(condition);
+    if (!selection.at.empty()) choosing.apply(codeTest(log, selection.at));
+    return choosing.marks();
 }
 
 void keepAmong(const std::vector<unsigned>& rows, Marks& marks) {

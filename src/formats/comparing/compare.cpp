@@ -43,7 +43,7 @@ public:
     unsigned turnOf(unsigned row) const { return turns_.empty() ? 0 : turns_[row]; }
 
     // Rows of one value, in the order of the second of them.
-    void note(Differences& found) const {
+    void note(LogComparison& found) const {
         for (const std::vector<unsigned>& rows : groups_.repeated()) {
             if (found.notes.size() < Log::mostProblems)
                 found.notes.push_back(noteOf(rows));
@@ -69,8 +69,8 @@ private:
 };
 
 // Columns of one name belong together in their order.
-Differences columnsOf(const Log& a, const Log& b) {
-    Differences found{a, b, {}, {}, {}, {}, {}, 0, RowKey()};
+LogComparison columnsOf(const Log& a, const Log& b) {
+    LogComparison found{a, b, {}, {}, {}, {}, {}, 0, RowKey()};
     std::vector<unsigned> others = sameColumns(a, b);
     std::vector<char> isShared(b.columnCount());
     for (unsigned i = 0; i < a.columnCount(); ++i) {
@@ -92,7 +92,7 @@ public:
     Comparison(const Log& a, const Log& b)
         : a_(a), b_(b), found_(columnsOf(a, b)), rows_(found_.shared) {}
 
-    Differences byKey(const std::string& key) {
+    LogComparison byKey(const std::string& key) {
         found_.key = RowKey(columnList(a_, key));
         const Keys inA(a_, found_.key);
         const Keys inB(b_, RowKey(columnList(b_, key)));
@@ -113,7 +113,7 @@ public:
         return std::move(found_);
     }
 
-    Differences inOrder() {
+    LogComparison inOrder() {
         RowContents contents(a_, b_, found_.shared);
         unsigned nextA = 0;
         unsigned nextB = 0;
@@ -173,24 +173,24 @@ private:
 
     bool areAkin(unsigned a, unsigned b) { return rows_.areAkin(recordOf(a_, a), recordOf(b_, b)); }
 
-    void addRemoved(unsigned row) { found_.rows.push_back({RowDifference::removed, row, 0}); }
-    void addAdded(unsigned row) { found_.rows.push_back({RowDifference::added, 0, row}); }
+    void addRemoved(unsigned row) { found_.rows.push_back({DifferingRow::removed, row, 0}); }
+    void addAdded(unsigned row) { found_.rows.push_back({DifferingRow::added, 0, row}); }
 
     void addChanged(unsigned a, unsigned b) {
         if (!rows_.areEqual(recordOf(a_, a), recordOf(b_, b))) {
-            found_.rows.push_back({RowDifference::changed, a, b});
+            found_.rows.push_back({DifferingRow::changed, a, b});
         }
     }
 
     const Log& a_;
     const Log& b_;
-    Differences found_;
+    LogComparison found_;
     RowComparer rows_;
 };
 
 }  // namespace
 
-Differences compareLogs(const Log& a, const Log& b, const std::string& key) {
+LogComparison compareLogs(const Log& a, const Log& b, const std::string& key) {
     Comparison comparison(a, b);
     return key.empty() ? comparison.inOrder() : comparison.byKey(key);
 }

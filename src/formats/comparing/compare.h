@@ -17,7 +17,7 @@ struct ColumnPair {
 };
 
 /// A row that is in one log only, or in both with other cells.
-struct RowDifference {
+struct DifferingRow {
     enum Kind { removed, added, changed };
     Kind kind = changed;
     unsigned a = 0;  ///< the row in A, for removed and changed
@@ -25,40 +25,40 @@ struct RowDifference {
 };
 
 /// Two cells that differ; of the logs' own text.
-struct CellDifference {
+struct DifferingCell {
     const ColumnPair& columns;
     std::string_view before;
     std::string_view after;
 };
 
 /// How two logs differ, in the order of A with B's rows where they stand.
-struct Differences {
+struct LogComparison {
     const Log& a;
     const Log& b;
     std::vector<ColumnPair> shared;
     std::vector<unsigned> onlyInA;  ///< columns
     std::vector<unsigned> onlyInB;
-    std::vector<RowDifference> rows;
+    std::vector<DifferingRow> rows;
     std::vector<std::string> notes;  ///< what to tell about keys
     std::size_t moreNotes = 0;       ///< behind the first thousand
     RowKey key;                      ///< in A, where rows were matched by it
 
     bool isEmpty() const { return onlyInA.empty() && onlyInB.empty() && rows.empty(); }
     /// What a changed row's key is, "" without one.
-    std::string keyOf(const RowDifference& row) const { return key.text(a, row.a); }
+    std::string keyOf(const DifferingRow& row) const { return key.text(a, row.a); }
     /// The cells in which the two rows of a changed one differ.
     template <class Take>
-    void forEachCell(const RowDifference& row, Take take) const {
+    void forEachCell(const DifferingRow& row, Take take) const {
         for (const ColumnPair& pair : shared) {
             const std::string_view before = a.cell(row.a, pair.a);
             const std::string_view after = b.cell(row.b, pair.b);
-            if (before != after) take(CellDifference{pair, before, after});
+            if (before != after) take(DifferingCell{pair, before, after});
         }
     }
 };
 
 /// Compares by key, one column or several, or in order when `key` is "". Columns go by name, case
 /// ignored; cells are compared byte by byte. The logs must outlive what is returned.
-Differences compareLogs(const Log& a, const Log& b, const std::string& key);
+LogComparison compareLogs(const Log& a, const Log& b, const std::string& key);
 
 }  // namespace vek::formats

@@ -239,7 +239,7 @@ public:
     }
 
     std::string heading(std::string_view came) override {
-        for (const Source::Parameter& one : changedParameters(saving_.log)) {
+        for (const ParameterText& one : changedParameters(saving_.log)) {
             if (isTableFilesOwn(one.name) || isOfHeading(one.name)) continue;
             saving_.losses.add("parameters have no place in this format", inQuotes(one.name));
         }

@@ -259,7 +259,7 @@ private:
         writeHeadingLine("TITLE", title());
         fcm_ = oneLine(sheet_.log.parameter("FCM"));
         writeHeadingLine("FCM", fcm_);
-        for (const Parameter& parameter : ownParameters(sheet_.log)) writeParameter(parameter);
+        for (const ParameterText& parameter : ownParameters(sheet_.log)) writeParameter(parameter);
         if (places_.record.start == noColumn) {
             losses_.addEach(out_.name() +
                             ": no record times, the events are laid end to end from 01:00:00:00");
@@ -283,7 +283,7 @@ private:
     }
 
     // The comments of an edit list that has no event are parameters.
-    void writeParameter(const Parameter& parameter) {
+    void writeParameter(const ParameterText& parameter) {
         bool isComment = sheet_.rowCount() == 0 && places_.isEdl() &&
                          sameText(parameter.name.substr(0, 8), edlColumnNames[edlComments]);
         if (isComment) {

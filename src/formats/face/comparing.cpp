@@ -14,16 +14,16 @@ std::vector<std::string> namesOf(const formats::Log& log, const std::vector<unsi
     return names;
 }
 
-RowDifference valueOf(const formats::Differences& all, const formats::RowDifference& difference) {
+RowDifference valueOf(const formats::LogComparison& all, const formats::DifferingRow& difference) {
     RowDifference value;
-    value.kind = difference.kind == formats::RowDifference::removed ? RowDifference::removed
-                 : difference.kind == formats::RowDifference::added ? RowDifference::added
-                                                                    : RowDifference::changed;
+    value.kind = difference.kind == formats::DifferingRow::removed ? RowDifference::removed
+                 : difference.kind == formats::DifferingRow::added ? RowDifference::added
+                                                                   : RowDifference::changed;
     value.a = difference.a;
     value.b = difference.b;
     if (value.kind != RowDifference::changed) return value;
     value.key = std::string(all.keyOf(difference));
-    all.forEachCell(difference, [&](const formats::CellDifference& cell) {
+    all.forEachCell(difference, [&](const formats::DifferingCell& cell) {
         value.cells.push_back(
             {all.a.columnName(cell.columns.a), std::string(cell.before), std::string(cell.after)});
     });
@@ -36,12 +36,12 @@ Result<Differences> compare(const Log& first, const Log& second, std::string_vie
     return guarded([&]() -> Result<Differences> {
         requireAllRows(LogInside::of(first));
         requireAllRows(LogInside::of(second));
-        formats::Differences found = formats::compareLogs(
+        formats::LogComparison found = formats::compareLogs(
             LogInside::of(first).log, LogInside::of(second).log, std::string(key));
         Differences differences;
         differences.onlyInFirst = namesOf(found.a, found.onlyInA);
         differences.onlyInSecond = namesOf(found.b, found.onlyInB);
-        for (const formats::RowDifference& row : found.rows) {
+        for (const formats::DifferingRow& row : found.rows) {
             differences.rows.push_back(valueOf(found, row));
         }
         differences.notes = std::move(found.notes);

@@ -193,7 +193,7 @@ Result<Log> Log::copy() const {
 
 std::vector<Parameter> Log::parameters() const {
     std::vector<Parameter> parameters;
-    for (formats::Parameter& own : formats::ownParameters(log_->log)) {
+    for (formats::ParameterText& own : formats::ownParameters(log_->log)) {
         parameters.push_back({std::move(own.name), std::move(own.value)});
     }
     return parameters;

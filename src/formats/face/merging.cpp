@@ -23,10 +23,9 @@ Merger::Prefer preferOf(MergeOptions::Prefer prefer) {
     }
 }
 
-MergeConflict valueOf(const formats::MergeConflict& conflict) {
+MergeConflict valueOf(const Merger::Conflict& conflict) {
     MergeConflict value;
-    value.kind =
-        conflict.kind == formats::MergeConflict::key ? MergeConflict::key : MergeConflict::cell;
+    value.kind = conflict.kind == Merger::Conflict::key ? MergeConflict::key : MergeConflict::cell;
     value.file = conflict.file;
     value.line = conflict.line;
     value.column = conflict.column;
@@ -49,9 +48,8 @@ void requireJoinable(const LogInside& into, const LogInside& from, const MergeOp
 }  // namespace
 
 std::string MergeConflict::text() const {
-    return formats::worded(
-        {kind == key ? formats::MergeConflict::key : formats::MergeConflict::cell, file, line,
-         column, value, kept, row ? *row + std::size_t{1} : 0});
+    return formats::worded({kind == key ? Merger::Conflict::key : Merger::Conflict::cell, file,
+                            line, column, value, kept, row ? *row + std::size_t{1} : 0});
 }
 
 Result<Merged> merge(Log& into, const std::vector<Log>& others, const MergeOptions& options) {
@@ -61,7 +59,7 @@ Result<Merged> merge(Log& into, const std::vector<Log>& others, const MergeOptio
         inside.kept.reset();
         for (const Log& from : others) requireJoinable(inside, LogInside::of(from), options);
         Merged merged;
-        const auto tell = [&](const formats::MergeConflict& conflict) {
+        const auto tell = [&](const Merger::Conflict& conflict) {
             if (merged.conflicts.size() < options.mostConflicts) {
                 merged.conflicts.push_back(valueOf(conflict));
             }

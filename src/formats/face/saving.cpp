@@ -41,20 +41,20 @@ Saved write(const Written& log, Format format, Output& out) {
 }
 
 // Hands what is written on to an application.
-class SinkOfOthers : public formats::Sink {
+class SinkOfOthers : public formats::OutputSink {
 public:
-    explicit SinkOfOthers(vek::Sink& sink) : sink_(sink) {}
+    explicit SinkOfOthers(Sink& sink) : sink_(sink) {}
     void take(std::string_view piece) override {
         if (piece.empty() || sink_.write(piece)) return;
         throw formats::Failure{formats::unwritable, "", {0, "", "the sink takes no more", "", ""}};
     }
 
 private:
-    vek::Sink& sink_;
+    Sink& sink_;
 };
 
 // What is in memory has no place of its own to be told.
-Output named(std::unique_ptr<formats::Sink> sink) {
+Output named(std::unique_ptr<formats::OutputSink> sink) {
     return Output("text", std::move(sink));
 }
 

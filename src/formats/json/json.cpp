@@ -22,7 +22,7 @@ struct Place {
 
 // Feeds the parser and notes its place. Iterators of one place move together: the parser reads
 // forward only.
-class PlaceIterator {
+class CountingIterator {
 public:
     using iterator_category = std::input_iterator_tag;
     using value_type = char;
@@ -30,16 +30,16 @@ public:
     using pointer = const char*;
     using reference = const char&;
 
-    PlaceIterator(const char* at, Place* place) : at_(at), place_(place) {}
+    CountingIterator(const char* at, Place* place) : at_(at), place_(place) {}
     reference operator*() const { return *at_; }
-    PlaceIterator& operator++() {
+    CountingIterator& operator++() {
         if (*at_ == '\n') ++place_->line;
         if (++at_ == place_->endBefore) at_ = place_->text;
         place_->at = at_;
         return *this;
     }
-    bool operator==(const PlaceIterator& other) const { return at_ == other.at_; }
-    bool operator!=(const PlaceIterator& other) const { return at_ != other.at_; }
+    bool operator==(const CountingIterator& other) const { return at_ == other.at_; }
+    bool operator!=(const CountingIterator& other) const { return at_ != other.at_; }
 
 private:
     const char* at_;
@@ -151,8 +151,8 @@ JsonFault faultOfJsonRows(std::string_view before, std::string_view text, std::s
         }
     };
     for (skipBlanks(); place.at != end && fault.line == 0; skipBlanks()) {
-        PlaceIterator from(place.at, &place);
-        json::sax_parse(from, PlaceIterator(end, &place), &judge, json::input_format_t::json,
+        CountingIterator from(place.at, &place);
+        json::sax_parse(from, CountingIterator(end, &place), &judge, json::input_format_t::json,
                         false);
     }
     return fault;
@@ -163,8 +163,8 @@ std::optional<CompactJson> compactJson(std::string_view text) {
     CompactWriter writer(found.text);
     const char* const end = text.data() + text.size();
     Place place{text.data(), nullptr, nullptr, 0};
-    PlaceIterator from(place.at, &place);
-    if (!json::sax_parse(from, PlaceIterator(end, &place), &writer, json::input_format_t::json,
+    CountingIterator from(place.at, &place);
+    if (!json::sax_parse(from, CountingIterator(end, &place), &writer, json::input_format_t::json,
                          false)) {
         return {};
     }

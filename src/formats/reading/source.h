@@ -10,6 +10,7 @@
 #include <vector>
 
 #include <vekdb/field_types.h>
+#include "formats/log/parameter_text.h"
 
 namespace vek::formats {
 
@@ -61,10 +62,6 @@ struct Source {
         std::string name;
         DBFieldTypes::eType type = DBFieldTypes::none;
     };
-    struct Parameter {
-        std::string name;
-        std::string value;
-    };
     struct Cell {
         unsigned row = 0;
         unsigned column = 0;
@@ -74,7 +71,7 @@ struct Source {
     std::shared_ptr<Input> input;
     RowPlaces places;
     std::vector<Column> columns;
-    std::vector<Parameter> parameters;
+    std::vector<ParameterText> parameters;
     /// For each column that the log has now, the one of `columns` that it was; those behind were
     /// added. To be kept up by who takes one away.
     std::vector<unsigned> cameFrom;

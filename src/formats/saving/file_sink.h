@@ -3,13 +3,13 @@
 #include <string>
 
 #include "formats/saving/held.h"
-#include "formats/writing/sink.h"
+#include "formats/writing/output_sink.h"
 
 namespace vek::formats {
 
 /// A file that is replaced whole or not at all. A long text goes to a file beside the one that it
 /// is to replace while it is made; the file itself is not touched before the end.
-class FileSink : public Sink {
+class FileSink : public OutputSink {
 public:
     /// What is held already, or null. `keepsOld` keeps what a held file is now beside it, as
     /// "PATH.bak", once all but the last piece could be written.

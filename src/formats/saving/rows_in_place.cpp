@@ -35,16 +35,16 @@ bool Saving::hasNamesAsTheyCame() const {
 }
 
 bool wasThere(const Log& log, std::string_view parameter) {
-    const std::vector<Source::Parameter>& came = log.source->parameters;
+    const std::vector<ParameterText>& came = log.source->parameters;
     return std::any_of(came.begin(), came.end(),
-                       [&](const Source::Parameter& one) { return sameText(one.name, parameter); });
+                       [&](const ParameterText& one) { return sameText(one.name, parameter); });
 }
 
-std::vector<Source::Parameter> changedParameters(const Log& log) {
-    std::vector<Source::Parameter> out;
+std::vector<ParameterText> changedParameters(const Log& log) {
+    std::vector<ParameterText> out;
     for (unsigned i = 0; i < log.table->get_num_params(); ++i) {
-        Source::Parameter now{log.table->get_param_name(i), log.table->get_param_text(i)};
-        const std::vector<Source::Parameter>& came = log.source->parameters;
+        ParameterText now{log.table->get_param_name(i), log.table->get_param_text(i)};
+        const std::vector<ParameterText>& came = log.source->parameters;
         const bool isSame =
             i < came.size() && came[i].name == now.name && came[i].value == now.value;
         if (!isSame) out.push_back(std::move(now));

@@ -75,7 +75,7 @@ class PatchedText;
 void requireSameEvents(const Saving& saving, const std::vector<unsigned>& rows, PatchedText& text);
 
 /// Parameters of the log that it did not have, or with another value, when it was read.
-std::vector<Source::Parameter> changedParameters(const Log& log);
+std::vector<ParameterText> changedParameters(const Log& log);
 bool wasThere(const Log& log, std::string_view parameter);
 
 }  // namespace vek::formats

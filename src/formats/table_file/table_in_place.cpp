@@ -85,19 +85,19 @@ private:
     const std::string* changeOf(std::string_view name) const {
         const bool isChanged =
             std::any_of(changed_.begin(), changed_.end(),
-                        [&](const Source::Parameter& one) { return sameText(one.name, name); });
+                        [&](const ParameterText& one) { return sameText(one.name, name); });
         return isChanged ? lineOf(name) : nullptr;
     }
 
     void addNewParameters(std::string_view end) {
-        for (const Source::Parameter& one : changed_) {
+        for (const ParameterText& one : changed_) {
             if (!wasThere(saving_.log, one.name)) text_ += concat(*lineOf(one.name), end);
         }
     }
 
     const Saving& saving_;
     const Source& source_;
-    std::vector<Source::Parameter> changed_;
+    std::vector<ParameterText> changed_;
     std::vector<std::string> now_;
     std::size_t behindMagic_ = 0;
     std::string text_;

@@ -63,7 +63,7 @@ public:
         narrowed_ = std::make_unique<vekdb>(fields);
         narrowed_->set_param_val("VEKDB", "Rev 1");
         // The field map names columns by position and means nothing for others.
-        for (const Parameter& parameter : ownParameters(sheet.log)) {
+        for (const ParameterText& parameter : ownParameters(sheet.log)) {
             narrowed_->set_param_val(parameter.name.c_str(), parameter.value.c_str());
         }
         for (unsigned row = 0; row < sheet.rowCount(); ++row) copyRow(row);

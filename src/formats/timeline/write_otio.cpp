@@ -407,7 +407,7 @@ private:
 
     std::string parameters() {
         std::string out;
-        for (const Parameter& parameter : ownParameters(sheet_.log)) {
+        for (const ParameterText& parameter : ownParameters(sheet_.log)) {
             addMember(out, string(parameter.name), string(parameter.value));
         }
         return out;

@@ -18,7 +18,7 @@ constexpr std::size_t noLimit = std::numeric_limits<std::size_t>::max();
 
 }  // namespace
 
-Output::Output(std::string name, std::unique_ptr<Sink> sink)
+Output::Output(std::string name, std::unique_ptr<OutputSink> sink)
     : name_(std::move(name)),
       sink_(std::move(sink)),
       pieceSize_(sink_ ? sink_->pieceSize() : noLimit),

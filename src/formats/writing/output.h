@@ -8,7 +8,7 @@
 
 #include "formats/reading/limits.h"
 #include "formats/reading/source.h"
-#include "formats/writing/sink.h"
+#include "formats/writing/output_sink.h"
 
 namespace vek::formats {
 
@@ -17,7 +17,7 @@ namespace vek::formats {
 class Output {
 public:
     /// The name is for messages. Without a sink all that is written is kept.
-    explicit Output(std::string name, std::unique_ptr<Sink> sink = nullptr);
+    explicit Output(std::string name, std::unique_ptr<OutputSink> sink = nullptr);
     ~Output();
     Output(Output&&) noexcept;
 
@@ -41,7 +41,7 @@ public:
     const std::string& name() const { return name_; }
 
 protected:
-    Sink* sink() const { return sink_.get(); }
+    OutputSink* sink() const { return sink_.get(); }
     /// Hands on what was not yet.
     void flush();
 
@@ -49,7 +49,7 @@ private:
     void encodePending();
 
     std::string name_;
-    std::unique_ptr<Sink> sink_;
+    std::unique_ptr<OutputSink> sink_;
     std::size_t pieceSize_;
     std::string pending_;
     const Input* copied_ = nullptr;  ///< the last one that was copied of

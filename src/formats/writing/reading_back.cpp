@@ -144,8 +144,7 @@ void requireSameEncoding(const Log& log, PatchedText& text, const std::string& o
     const std::string& encoding = log.form.encoding;
     const bool isSaid = !log.opening.wishes.encoding.empty();
     if (isSaid || !(isOfAnyEncoding(log.format) || !encoding.empty())) return;
-    const bool mayDiffer =
-        !encoding.empty() || hasOddBytes(*log.source) || !text.isMadeOfUtf8();
+    const bool mayDiffer = !encoding.empty() || hasOddBytes(*log.source) || !text.isMadeOfUtf8();
     if (!mayDiffer) return;
     const std::string bytes = encoded(text.beginning(*log.source->input, SIZE_MAX), encoding);
     const std::string found = encodingFound(bytes);
@@ -225,7 +224,7 @@ std::string jsonName(std::string_view name, bool& wasChanged) {
 }
 
 void tellAleHeading(std::string_view heading, const std::vector<std::string>& names,
-                    const std::vector<Parameter>& entries, Losses& losses) {
+                    const std::vector<ParameterText>& entries, Losses& losses) {
     Log back;
     Text text{TextBlock::create(heading.size()), 0};
     std::copy(heading.begin(), heading.end(), text.block->data());
@@ -234,7 +233,7 @@ void tellAleHeading(std::string_view heading, const std::vector<std::string>& na
         if (i < back.columnCount() && back.columnName(i) == names[i]) continue;
         losses.add("column names that read back as another text", inQuotes(names[i]));
     }
-    for (const Parameter& entry : entries) {
+    for (const ParameterText& entry : entries) {
         if (back.parameter(entry.name.c_str()) == entry.value) continue;
         losses.add("heading entries that read back as another text", inQuotes(entry.name));
     }

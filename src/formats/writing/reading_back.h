@@ -74,7 +74,7 @@ std::string jsonName(std::string_view name, bool& wasChanged);
 
 /// Tells of names and entries that a reader of the heading of a log exchange file finds otherwise.
 void tellAleHeading(std::string_view heading, const std::vector<std::string>& names,
-                    const std::vector<Parameter>& entries, Losses& losses);
+                    const std::vector<ParameterText>& entries, Losses& losses);
 
 /// Tells of texts that are no UTF-8 where they are so many that a reader takes all of the file for
 /// text in another encoding. To be asked for a sheet that has some.

@@ -29,8 +29,8 @@ std::string place(const Sheet& sheet, unsigned row, unsigned column) {
     return sheet.log.name + ":" + std::to_string(sheet.line(row)) + ":" + sheet.name(column);
 }
 
-std::vector<Parameter> ownParameters(const Log& log) {
-    std::vector<Parameter> out;
+std::vector<ParameterText> ownParameters(const Log& log) {
+    std::vector<ParameterText> out;
     for (unsigned i = 0; i < log.table->get_num_params(); ++i) {
         std::string name = log.table->get_param_name(i);
         if (isTableFilesOwn(name)) continue;
@@ -40,7 +40,7 @@ std::vector<Parameter> ownParameters(const Log& log) {
 }
 
 void loseParameters(const Log& log, Losses& losses) {
-    for (const Parameter& parameter : ownParameters(log)) {
+    for (const ParameterText& parameter : ownParameters(log)) {
         losses.add("parameters have no place in this format", inQuotes(parameter.name));
     }
 }

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "formats/log/parameter_text.h"
 #include "formats/writing/writers.h"
 
 /// What the writers of several formats ask of a sheet, and tell of it.
@@ -16,11 +17,7 @@ std::string place(const Sheet& sheet, unsigned row, unsigned column);
 std::vector<std::string> distinctNames(const Sheet& sheet, Losses& losses);
 
 /// The file's own parameters: all but the revision, the field map and vek's notes.
-struct Parameter {
-    std::string name;
-    std::string value;
-};
-std::vector<Parameter> ownParameters(const Log& log);
+std::vector<ParameterText> ownParameters(const Log& log);
 /// Adds the parameters as lost, for formats that hold none.
 void loseParameters(const Log& log, Losses& losses);
 

@@ -22,7 +22,8 @@ public:
     explicit Joined(std::string_view text, Merger::Prefer prefer = Merger::Prefer::report)
         : log(logOf(text, "first.csv")),
           merger(
-              log, prefer, [this](const MergeConflict& conflict) { conflicts.push_back(conflict); },
+              log, prefer,
+              [this](const Merger::Conflict& conflict) { conflicts.push_back(conflict); },
               [this](const std::string& note) { notes.push_back(note); }) {}
 
     std::vector<std::string> row(unsigned row) const {
@@ -32,7 +33,7 @@ public:
     }
 
     Log log;
-    std::vector<MergeConflict> conflicts;
+    std::vector<Merger::Conflict> conflicts;
     std::vector<std::string> notes;
     Merger merger;
 };
@@ -64,8 +65,8 @@ TEST(Merger, TellsTwoValuesForOneCellAndKeepsTheFirst) {
     joined.merger.add(logOf("Name,Take\na,2\n", "second.csv"));
     EXPECT_THAT(joined.row(0), ElementsAre("a", "1"));
     ASSERT_THAT(joined.conflicts, SizeIs(1));
-    const MergeConflict& conflict = joined.conflicts[0];
-    EXPECT_EQ(conflict.kind, MergeConflict::cell);
+    const Merger::Conflict& conflict = joined.conflicts[0];
+    EXPECT_EQ(conflict.kind, Merger::Conflict::cell);
     EXPECT_EQ(conflict.value, "2");
     EXPECT_EQ(conflict.kept, "1");
     EXPECT_THAT(worded(conflict), HasSubstr("second.csv:2:Take"));
@@ -90,7 +91,7 @@ TEST(Merger, TellsAKeyThatOneLogHasTwiceAndKeepsBothRows) {
     joined.merger.add(logOf("Name,Take\na,3\n"));
     EXPECT_EQ(joined.log.rowCount(), 3u);
     EXPECT_EQ(joined.merger.repeatedKeys(), 1u);
-    EXPECT_EQ(joined.conflicts[0].kind, MergeConflict::key);
+    EXPECT_EQ(joined.conflicts[0].kind, Merger::Conflict::key);
 }
 
 TEST(Merger, SaysWhichParametersDiffer) {

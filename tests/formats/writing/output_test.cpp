@@ -15,7 +15,7 @@ using namespace vek::formats;
 namespace {
 
 // Keeps the pieces that a sink was given.
-class Pieces : public Sink {
+class Pieces : public OutputSink {
 public:
     explicit Pieces(std::vector<std::string>& pieces) : pieces_(pieces) {}
     void take(std::string_view piece) override { pieces_.emplace_back(piece); }

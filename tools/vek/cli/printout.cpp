@@ -38,7 +38,7 @@ std::string forTerminal(std::string_view text) {
 }
 
 // A file during whose replacement the program is not ended.
-class UndisturbedFile : public Sink {
+class UndisturbedFile : public OutputSink {
 public:
     UndisturbedFile(const std::string& path, Held held, bool keepsOld)
         : path_(path), file_(path, std::move(held), keepsOld) {}
@@ -83,7 +83,7 @@ bool isStandard(const std::string& path) {
 
 }  // namespace
 
-class Printout::Screen : public Sink {
+class Printout::Screen : public OutputSink {
 public:
     void take(std::string_view piece) override {
         if (isTerminal())
@@ -115,7 +115,7 @@ Printout::Printout(const std::string& path, Held held, bool keepsOld)
     renewLimit();
 }
 
-std::unique_ptr<Sink> Printout::sinkFor(const std::string& path, Held held, bool keepsOld) {
+std::unique_ptr<OutputSink> Printout::sinkFor(const std::string& path, Held held, bool keepsOld) {
     if (isStandard(path)) return std::make_unique<Screen>();
     return std::make_unique<UndisturbedFile>(path, std::move(held), keepsOld);
 }

@@ -37,7 +37,7 @@ public:
 private:
     class Screen;
 
-    static std::unique_ptr<Sink> sinkFor(const std::string& path, Held held, bool keepsOld);
+    static std::unique_ptr<OutputSink> sinkFor(const std::string& path, Held held, bool keepsOld);
 
     Screen* screen_;  // null for a file
 };

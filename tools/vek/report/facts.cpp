@@ -160,7 +160,7 @@ std::string numbersOf(const LogOnPage& log) {
 
 std::string parametersOf(const LogOnPage& log) {
     std::string out = "<dl class=\"facts\">\n";
-    for (const Parameter& parameter : ownParameters(log.log())) {
+    for (const ParameterText& parameter : ownParameters(log.log())) {
         out += fact(parameter.name, parameter.value);
     }
     out += fact("File", log.log().name);

@@ -8,9 +8,9 @@
 namespace vek::formats {
 
 /// Where a text goes as it is written.
-class Sink {
+class OutputSink {
 public:
-    virtual ~Sink() = default;
+    virtual ~OutputSink() = default;
     /// Takes the next piece. A Failure with `unwritable` when no more is taken.
     virtual void take(std::string_view piece) = 0;
     /// All was given. Answers what there is to say about it. Without this nothing is saved of what
@@ -21,7 +21,7 @@ public:
 };
 
 /// Keeps nothing: for who wants to know what a writer says.
-class NoSink : public Sink {
+class NoSink : public OutputSink {
 public:
     void take(std::string_view) override {}
 };
