@@ -4,7 +4,6 @@
 
 #include <vekdb/host/keyed_hash.h>
 #include "formats/changing/cell_function.h"
-#include "formats/delimited/row_lengths.h"
 #include "formats/log/column_edits.h"
 #include "formats/log/column_names.h"
 #include "formats/log/mapped_columns.h"

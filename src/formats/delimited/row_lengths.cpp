@@ -2,15 +2,9 @@
 
 #include <algorithm>
 
+#include "formats/log/column_names.h"
+
 namespace vek::formats {
-
-namespace {
-
-bool isUnnamed(const Log& log, unsigned column) {
-    return !log.unnamed.empty() && log.unnamed.contains(log.columnName(column));
-}
-
-}  // namespace
 
 std::vector<unsigned> unnamedLast(const Log& log, const std::vector<unsigned>& columns) {
     std::vector<unsigned> out = columns;
@@ -52,13 +46,6 @@ std::size_t RowLengths::upToLastValue(const Sheet& sheet, unsigned row, std::siz
     std::size_t length = sheet.columns.size();
     while (length > least && sheet.cell(row, static_cast<unsigned>(length - 1)).empty()) --length;
     return length;
-}
-
-void nameColumns(Log& log, const std::vector<unsigned>& columns) {
-    if (std::any_of(columns.begin(), columns.end(),
-                    [&](unsigned column) { return isUnnamed(log, column); })) {
-        log.unnamed.clear();
-    }
 }
 
 }  // namespace vek::formats

@@ -30,7 +30,4 @@ private:
     std::size_t cameNamed_;  // names of the heading as it was read
 };
 
-/// A person named one of the columns that have no name: they are columns like others then.
-void nameColumns(Log& log, const std::vector<unsigned>& columns);
-
 }  // namespace vek::formats

@@ -2,43 +2,57 @@
 
 #include <algorithm>
 
-#include "formats/delimited/row_lengths.h"
+#include "formats/log/column_names.h"
+#include "formats/log/target.h"
 #include "formats/text/text_lines.h"
-#include "formats/writing/writers.h"
 
 namespace vek::formats {
 
-namespace {
-
-constexpr const char* mapName = "V5_FIELD_MAP";
-
-}  // namespace
-
-ColumnEdits::ColumnEdits(Log& log) : log_(log), distinct_(log) {
-    if (!log.parameter(mapName).empty()) map_.emplace(*log.table);
+ColumnEdits::ColumnEdits(Log& log) : log_(log) {
+    if (!log.parameter(columnMapName).empty()) map_.emplace(log);
 }
 
 void ColumnEdits::add(const std::string& name, DBFieldTypes::eType type) {
     refuseTaken(name);
     if (type != DBFieldTypes::text) requireTypes();
+    const unsigned before = log_.columnCount();
     log_.table->addField({cellText(name), type});
-    if (map_) map_->append(cellText(name), true);
+    if (map_ && log_.columnCount() > before) map_->added();
     store();
 }
 
 void ColumnEdits::remove(unsigned column) {
-    std::vector<std::string> names = distinct_.names();
+    std::vector<std::string> names = log_.columnNames();
     const std::string was = names[column];
     names.erase(names.begin() + static_cast<std::ptrdiff_t>(column));
     RepeatedNames repeated = findRepeatedNames(names);
-    const std::string name = log_.columnName(column);
-    log_.table->removeField(cellText(name));
-    distinct_.removed(column);
+    removeFromTable(column);
     std::move(repeated).giveTo(log_);
     log_.unnamed.erase(was);
     forgetSource(column);
-    if (map_) map_->remove(cellText(name));
+    if (map_) map_->removed(column);
     store();
+}
+
+// The table removes by name, and of several columns of one name the one that was called so last. A
+// column without a name gets one for it, and loses it again, which takes no memory, where the
+// table cannot remove it.
+void ColumnEdits::removeFromTable(unsigned column) {
+    const std::string own = log_.columnName(column);
+    const LightweightString<char> name = cellText(own.empty() ? freeName() : own);
+    log_.table->set_fieldname(column, name.c_str());
+    try {
+        log_.table->removeField(name);
+    } catch (...) {
+        if (own.empty()) log_.table->set_fieldname(column, "");
+        throw;
+    }
+}
+
+std::string ColumnEdits::freeName() const {
+    std::string name = "\x01";
+    while (log_.findColumn(name) != noColumn) name += '\x01';
+    return name;
 }
 
 void ColumnEdits::forgetSource(unsigned column) {
@@ -55,14 +69,28 @@ void ColumnEdits::rename(unsigned column, const std::string& was, const std::str
 }
 
 void ColumnEdits::rename(const std::vector<NewName>& names) {
-    std::vector<std::string> all = distinct_.names();
-    for (const NewName& name : names) all[name.column] = name.to;
+    std::vector<std::string> all = log_.columnNames();
+    bool isAnyUnnamed = false;
+    for (const NewName& name : names) {
+        all[name.column] = name.to;
+        isAnyUnnamed = isAnyUnnamed || isUnnamed(log_, name.column);
+    }
     RepeatedNames repeated = findRepeatedNames(all);
     for (const NewName& name : names) {
-        nameColumns(log_, {name.column});
-        distinct_.renamed(name.column, name.to);
+        findAnotherByName(name.column);
+        log_.table->set_fieldname(name.column, name.to.c_str());
     }
+    if (isAnyUnnamed) log_.unnamed.clear();
     std::move(repeated).giveTo(log_);
+}
+
+// The table finds a column by its former name, too: what another one is called is that one's.
+void ColumnEdits::findAnotherByName(unsigned column) {
+    const RepeatedName* const repeated = repeatedNameOf(log_, column);
+    if (repeated == nullptr) return;
+    const bool isFirst = repeated->columns.front() == column;
+    const unsigned other = repeated->columns[isFirst ? 1 : 0];
+    log_.table->set_fieldname(other, log_.columnName(other).c_str());
 }
 
 void ColumnEdits::setType(unsigned column, DBFieldTypes::eType type) {
@@ -70,16 +98,9 @@ void ColumnEdits::setType(unsigned column, DBFieldTypes::eType type) {
     log_.table->set_fieldtype(column, type);
 }
 
-// A map is read three characters an entry, so positions from 100 on cannot stand in it as hidden;
-// columns that do not stand in it are not shown either.
 void ColumnEdits::order(const std::vector<unsigned>& shown) {
-    FieldMap all(*log_.table);
-    map_.emplace(all);
-    map_->clear();
-    for (unsigned column : shown) map_->append(cellText(log_.columnName(column)), true);
-    for (unsigned column = 0; column < std::min(log_.columnCount(), 99u); ++column) {
-        map_->append(cellText(log_.columnName(column)), false);
-    }
+    if (!map_) map_.emplace(log_);
+    map_->show(shown);
     store();
 }
 
@@ -97,7 +118,7 @@ void ColumnEdits::requireTypes() const {
 }
 
 void ColumnEdits::store() {
-    if (map_) log_.setParameter(mapName, map_->asString().c_str());
+    if (map_) log_.setParameter(columnMapName, map_->text().c_str());
 }
 
 }  // namespace vek::formats

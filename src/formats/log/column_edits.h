@@ -4,8 +4,7 @@
 #include <string>
 #include <vector>
 
-#include <vekdb/views/field_map.h>
-#include "formats/log/column_names.h"
+#include "formats/log/column_map.h"
 #include "formats/log/log.h"
 
 namespace vek::formats {
@@ -16,9 +15,8 @@ struct NewName {
     std::string to;
 };
 
-/// Edits the columns of a log, and with them the field map, which names columns by position. The
-/// map works by names, so columns of one name are told apart meanwhile. What cannot be is a
-/// Failure with wrongUsage, and nothing is changed then.
+/// Edits the columns of a log, and with them the field map, which names columns by position. What
+/// cannot be is a Failure with wrongUsage, and nothing is changed then.
 class ColumnEdits {
 public:
     explicit ColumnEdits(Log& log);
@@ -33,14 +31,16 @@ public:
     void order(const std::vector<unsigned>& shown);
 
 private:
+    void removeFromTable(unsigned column);
+    std::string freeName() const;
+    void findAnotherByName(unsigned column);
     void forgetSource(unsigned column);
     void refuseTaken(const std::string& name) const;
     void requireTypes() const;
     void store();
 
     Log& log_;
-    DistinctNames distinct_;
-    std::optional<FieldMap> map_;
+    std::optional<ColumnMap> map_;
 };
 
 }  // namespace vek::formats

@@ -139,48 +139,15 @@ std::vector<unsigned> sameColumns(const Log& a, const Log& b) {
     return others;
 }
 
-DistinctNames::DistinctNames(const Log& log) : log_(log) {
-    for (const RepeatedName& repeated : log.repeatedNames) {
-        for (std::size_t turn = 1; turn < repeated.columns.size(); ++turn) {
-            makeDistinct(repeated.columns[turn]);
-        }
-        // Said again, so that the table finds it by the name that is now its alone.
-        unsigned first = repeated.columns.front();
-        log.table->set_fieldname(first, log.columnName(first).c_str());
+bool isUnnamed(const Log& log, unsigned column) {
+    return !log.unnamed.empty() && log.unnamed.contains(log.columnName(column));
+}
+
+void nameColumns(Log& log, const std::vector<unsigned>& columns) {
+    if (std::any_of(columns.begin(), columns.end(),
+                    [&](unsigned column) { return isUnnamed(log, column); })) {
+        log.unnamed.clear();
     }
-    const unsigned unnamed = log.findColumn("");
-    if (unnamed != noColumn) makeDistinct(unnamed);
-}
-
-void DistinctNames::makeDistinct(unsigned column) {
-    own_.push_back({column, log_.columnName(column)});
-    std::string name = concat(own_.back().name, "\x01", std::to_string(column), "\x01");
-    while (log_.findColumn(name) != noColumn) name += '\x01';
-    log_.table->set_fieldname(column, name.c_str());
-}
-
-DistinctNames::~DistinctNames() {
-    for (const Own& own : own_) log_.table->set_fieldname(own.column, own.name.c_str());
-}
-
-std::vector<std::string> DistinctNames::names() const {
-    std::vector<std::string> names = log_.columnNames();
-    for (const Own& own : own_) names[own.column] = own.name;
-    return names;
-}
-
-void DistinctNames::removed(unsigned column) {
-    std::erase_if(own_, [&](const Own& own) { return own.column == column; });
-    for (Own& own : own_) {
-        if (own.column > column) --own.column;
-    }
-}
-
-void DistinctNames::renamed(unsigned column, const std::string& name) {
-    auto own =
-        std::find_if(own_.begin(), own_.end(), [&](const Own& o) { return o.column == column; });
-    if (own != own_.end()) own_.erase(own);
-    log_.table->set_fieldname(column, name.c_str());
 }
 
 }  // namespace vek::formats

@@ -49,32 +49,10 @@ unsigned columnOfTurn(const Log& log, std::string_view name, std::size_t turn);
 /// so on; noColumn where there is none.
 std::vector<unsigned> sameColumns(const Log& a, const Log& b);
 
-/// Gives the columns names that differ, and one to those that have none, as long as it lives, for
-/// work that goes by names.
-class DistinctNames {
-public:
-    explicit DistinctNames(const Log& log);
-    ~DistinctNames();
-    DistinctNames(const DistinctNames&) = delete;
-    DistinctNames& operator=(const DistinctNames&) = delete;
+/// Whether the heading has no name for a column.
+bool isUnnamed(const Log& log, unsigned column);
 
-    /// Those of all columns without what tells them apart.
-    std::vector<std::string> names() const;
-
-    /// To be told of a column that is removed, and of one that gets another name for good.
-    void removed(unsigned column);
-    void renamed(unsigned column, const std::string& name);
-
-private:
-    struct Own {
-        unsigned column;
-        std::string name;
-    };
-
-    void makeDistinct(unsigned column);
-
-    const Log& log_;
-    std::vector<Own> own_;
-};
+/// A person named one of the columns that have no name: they are columns like others then.
+void nameColumns(Log& log, const std::vector<unsigned>& columns);
 
 }  // namespace vek::formats

@@ -1,52 +1,8 @@
 #include "formats/writing/writers.h"
 
 #include <algorithm>
-#include <numeric>
 
 namespace vek::formats {
-
-namespace {
-
-// `why` and `again` may be empty.
-[[noreturn]] void refuseInPlace(const Log& log, const char* what, const char* why, const char* made,
-                                const char* again) {
-    throw Failure{wrongUsage,
-                  concat(log.name, ": ", what, " is not changed in place", why,
-                         "; make a table file ", made, " with ", log.opening.terms->saving, again)};
-}
-
-}  // namespace
-
-Format targetOf(const Log& log) {
-    switch (log.format) {
-        case Format::table:
-        case Format::csv:
-        case Format::tsv:
-        case Format::ale:
-        case Format::edl:
-        case Format::json:
-        case Format::jsonl:
-            return log.format;
-        case Format::otio:
-        case Format::fcpxml:
-            refuseInPlace(log, "a timeline", "", "of it", ", and a timeline again");
-        case Format::xlsx:
-            refuseInPlace(log, "a workbook",
-                          ", its other sheets, formulas and layout would be lost",
-                          "or another workbook of it", "");
-        default:
-            break;
-    }
-    throw Failure{wrongUsage, concat(log.name, ": ", formatName(log.format),
-                                     " is read, not written; make a table file of it with ",
-                                     log.opening.terms->saving)};
-}
-
-std::vector<unsigned> allColumns(const Log& log) {
-    std::vector<unsigned> columns(log.columnCount());
-    std::iota(columns.begin(), columns.end(), 0u);
-    return columns;
-}
 
 Sheet wholeSheet(const Log& log) {
     VDBView view(log.table.get());

@@ -2,13 +2,12 @@
 
 #include "formats/choosing/select.h"
 #include "formats/log/log.h"
+#include "formats/log/mapped_columns.h"
+#include "formats/log/target.h"
 #include "formats/writing/output.h"
 
 /// Writers of logs. None changes a cell; what a format cannot hold is counted, to be said.
 namespace vek::formats {
-
-/// The format in which a log is written back; a Failure for formats that are only read.
-Format targetOf(const Log& log);
 
 /// What is to be written: rows of a log in the order of a view, some of its columns.
 struct Sheet {
@@ -27,7 +26,6 @@ struct Sheet {
 
 /// All rows and columns of a log.
 Sheet wholeSheet(const Log& log);
-std::vector<unsigned> allColumns(const Log& log);
 
 /// What a format could not hold. Kinds of loss are counted, with the first place of each.
 class Losses {

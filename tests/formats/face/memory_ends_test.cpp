@@ -105,13 +105,14 @@ struct World {
         "\"text\",\"text\"\n\"Name\",\"Take\"\n\"A\",\"1\"\n",
         "mapped.vek");
     Log other = *vek::openText("Name,Take\nA002,2\nB001,1\n", "other.csv");
+    Log twins = *vek::openText("Reel,a name that is quite long,Reel,,\n1,2,3,4,5\n", "twins.csv");
     std::string outPath = std::string(path).replace(path.rfind("day"), 3, "out");
     std::string packedPath = outPath + ".gz";
 };
 
 std::string pictureOf(const World& world) {
-    return pictureOf(world.log) + pictureOf(world.other) + pictureOf(world.mapped) +
-           world.mapped.table().get_param_val("V5_FIELD_MAP");
+    return pictureOf(world.log) + pictureOf(world.other) + pictureOf(world.twins) +
+           pictureOf(world.mapped) + world.mapped.table().get_param_val("V5_FIELD_MAP");
 }
 
 template <class T>
@@ -210,6 +211,14 @@ const std::vector<Job> jobs = {
     {"rename a column",
      [](World& w) {
          return reasonOf(w.log.renameColumn(w.log.columns().at(1), "another name that is long"));
+     }},
+    {"remove a column of a name that another one has",
+     [](World& w) { return reasonOf(w.twins.removeColumn(w.twins.columns().at(2))); }},
+    {"remove a column without a name",
+     [](World& w) { return reasonOf(w.twins.removeColumn(w.twins.columns().at(3))); }},
+    {"rename a column of a name that another one has",
+     [](World& w) {
+         return reasonOf(w.twins.renameColumn(w.twins.columns().at(0), "a name that is long"));
      }},
     {"set a parameter",
      [](World& w) { return reasonOf(w.log.setParameter("Project", "a value that is quite long")); },
