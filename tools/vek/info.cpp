@@ -1,5 +1,4 @@
 #include <array>
-#include <utility>
 
 #include "formats/delimited/delimiters.h"
 #include "formats/text/text_lines.h"
@@ -182,45 +181,25 @@ void printText(const Log& log, const Args& args, Printout& out) {
     printGrid(grid, screenOf(out, args), out);
 }
 
-int infoOfOne(const Args& args) {
-    const Log log = readLog(args);
-    Printout out;
-    if (tellsJson(args)) {
-        JsonWriter json(out);
-        addJson(log, json);
-    } else {
+int tellInfo(const Log& log, const Args& args, Printout& out, JsonWriter* json) {
+    if (json != nullptr)
+        addJson(log, *json);
+    else
         printText(log, args, out);
-    }
-    out.close();
     return readingResult(log);
 }
 
-int infoOfEach(const Args& args, Printout& out) {
-    bool isFirst = true;
-    return forEachLog(
-        args,
-        [&](const Args& one) {
-            const Log log = readLog(one);
-            out.renewLimit();
-            if (!std::exchange(isFirst, false)) out.line("");
-            printText(log, args, out);
-            return readingResult(log);
-        },
-        [](const std::string&, const std::string&) {});
+int infoOfOne(const Args& args) {
+    const Log log = readLog(args);
+    Printout out;
+    JsonWriter json(out);
+    const int result = tellInfo(log, args, out, tellsJson(args) ? &json : nullptr);
+    out.close();
+    return result;
 }
 
 int run(const Args& args) {
-    if (!hasSeveral(args)) return infoOfOne(args);
-    Printout out;
-    const int result = tellsJson(args)
-                           ? jsonOfEach(args, out,
-                                        [](const Log& log, const Args&, JsonWriter& json) {
-                                            addJson(log, json);
-                                            return readingResult(log);
-                                        })
-                           : infoOfEach(args, out);
-    out.close();
-    return result;
+    return hasSeveral(args) ? tellEach(args, tellInfo) : infoOfOne(args);
 }
 
 }  // namespace
@@ -233,8 +212,7 @@ Command infoCommand() {
         "each column its type, how many cells are filled, the widest value in bytes and an "
         "example. Problems that reading found are told on standard error; ends with 1 when the "
         "file was damaged, with 3 when one could not be read. Of several logs the others are told "
-        "of "
-        "all the same; as json they stand in the list files of one object.",
+        "of all the same; as json they stand in the list files of one object.",
         {{"vek info samples/docs.vek", "about a table file"},
          {"vek convert samples/docs.vek - --to csv | vek info -", "about a pipe"},
          {"vek info samples/docs.vek --format json", "for a program"},

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <utility>
 
 #include <vekdb/formats/keycode.h>
 #include "formats/summing/clip_sums.h"
@@ -233,31 +232,15 @@ int statsOfOne(const Args& args) {
 }
 
 // Each log has its name above its tables.
-int statsOfEach(const Args& args, Printout& out) {
-    bool isFirst = true;
-    return forEachLog(
-        args,
-        [&](const Args& one) {
-            const Log log = readLog(one);
-            out.renewLimit();
-            if (!std::exchange(isFirst, false)) out.line("");
-            out.inkedLine(inked(Ink::bold, escaped(log.name), screenOf(out, args)));
-            return tellStats(log, one, out, nullptr);
-        },
-        [](const std::string&, const std::string&) {});
+int tellOneOfSeveral(const Log& log, const Args& args, Printout& out, JsonWriter* json) {
+    if (json == nullptr) {
+        out.inkedLine(inked(Ink::bold, escaped(log.name), screenOf(out, args)));
+    }
+    return tellStats(log, args, out, json);
 }
 
 int run(const Args& args) {
-    if (!hasSeveral(args)) return statsOfOne(args);
-    Printout out;
-    const int result = tellsJson(args)
-                           ? jsonOfEach(args, out,
-                                        [&](const Log& log, const Args& one, JsonWriter& json) {
-                                            return tellStats(log, one, out, &json);
-                                        })
-                           : statsOfEach(args, out);
-    out.close();
-    return result;
+    return hasSeveral(args) ? tellEach(args, tellOneOfSeveral) : statsOfOne(args);
 }
 
 }  // namespace

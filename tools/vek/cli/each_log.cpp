@@ -1,9 +1,11 @@
 #include "tools/vek/cli/each_log.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
+#include "tools/vek/cli/telling.h"
 
 namespace vek {
 
@@ -29,8 +31,9 @@ int forEachLog(const Args& args, const std::function<int(const Args& one)>& tell
     return result;
 }
 
-int jsonOfEach(const Args& args, Printout& out,
-               const std::function<int(const Log& log, const Args& one, JsonWriter& json)>& add) {
+namespace {
+
+int jsonOfEach(const Args& args, Printout& out, const TellLog& tell) {
     JsonWriter json(out);
     json.beginObject();
     json.beginArray("files");
@@ -39,7 +42,7 @@ int jsonOfEach(const Args& args, Printout& out,
         [&](const Args& one) {
             const Log log = readLog(one);
             out.renewLimit();
-            return add(log, one, json);
+            return tell(log, one, out, &json);
         },
         [&](const std::string& path, const std::string& why) {
             json.beginObject();
@@ -49,6 +52,28 @@ int jsonOfEach(const Args& args, Printout& out,
         });
     json.end();
     json.end();
+    return result;
+}
+
+int textOfEach(const Args& args, Printout& out, const TellLog& tell) {
+    bool isFirst = true;
+    return forEachLog(
+        args,
+        [&](const Args& one) {
+            const Log log = readLog(one);
+            out.renewLimit();
+            if (!std::exchange(isFirst, false)) out.line("");
+            return tell(log, one, out, nullptr);
+        },
+        [](const std::string&, const std::string&) {});
+}
+
+}  // namespace
+
+int tellEach(const Args& args, const TellLog& tell) {
+    Printout out;
+    const int result = tellsJson(args) ? jsonOfEach(args, out, tell) : textOfEach(args, out, tell);
+    out.close();
     return result;
 }
 

@@ -19,9 +19,12 @@ bool hasSeveral(const Args& args);
 int forEachLog(const Args& args, const std::function<int(const Args& one)>& tell,
                const std::function<void(const std::string& path, const std::string& why)>& failed);
 
-/// One JSON object for all of them, {"files": [...]}: `add` adds the object of a log, and one that
-/// could not be read has its name and the failure.
-int jsonOfEach(const Args& args, Printout& out,
-               const std::function<int(const Log& log, const Args& one, JsonWriter& json)>& add);
+/// What is printed of one log; as JSON where there is a writer. Answers an exit code.
+using TellLog =
+    std::function<int(const Log& log, const Args& one, Printout& out, JsonWriter* json)>;
+
+/// Tells of each log, with a blank line between two, or as the words may ask, as one JSON object,
+/// {"files": [...]}, in which a log that could not be read has its name and the failure.
+int tellEach(const Args& args, const TellLog& tell);
 
 }  // namespace vek
