@@ -100,12 +100,12 @@ public:
 
     void expect(const Typed& typed) {
         SCOPED_TRACE(typed.keys);
-        // Keys are typed as a person does, who sees what a tab has made.
+        // Keys are typed as a person does, who sees them and what a tab has made.
         std::string keys = typed.keys;
         for (std::size_t tab; (tab = keys.find('\t')) != std::string::npos;
              keys.erase(0, tab + 1)) {
-            terminal_.type(keys.substr(0, tab + 1));
-            terminal_.watchFor(pause);
+            press(keys.substr(0, tab));
+            press("\t");
         }
         terminal_.type(keys + "\r");
         terminal_.waitFor(std::string("{") + typed.arguments + "}");
@@ -113,6 +113,12 @@ public:
 
 private:
     static constexpr int pause = 150;
+
+    void press(const std::string& keys) {
+        if (keys.empty()) return;
+        terminal_.type(keys);
+        terminal_.watchUntilQuiet(pause);
+    }
 
     static std::vector<std::string> wordsOf(const Shell& shell) {
         std::vector<std::string> words = {installed(shell.name)};

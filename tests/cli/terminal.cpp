@@ -11,11 +11,17 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <utility>
 
 namespace fs = std::filesystem;
 
 namespace {
 
+// Far more than a shell takes to answer a key, however busy the machine is.
+constexpr std::chrono::seconds longestSilence{5};
 constexpr int longestWait = 60;  // seconds, under the sanitizers and on a busy machine
 
 std::vector<char*> pointers(std::vector<std::string>& words) {
@@ -89,11 +95,25 @@ std::string Terminal::waitFor(const std::string& text) {
     return {};
 }
 
-std::string Terminal::watchFor(int milliseconds) {
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
-    while (std::chrono::steady_clock::now() < limit && readSome(20)) {
+std::string Terminal::watchUntilQuiet(int milliseconds) {
+    using Clock = std::chrono::steady_clock;
+    auto end = Clock::now() + longestSilence;
+    for (std::size_t seen = screen_.size(); Clock::now() < end && readSome(20);) {
+        if (screen_.size() == seen) continue;
+        seen = screen_.size();
+        end = Clock::now() + std::chrono::milliseconds(milliseconds);
     }
     return std::exchange(screen_, {});
+}
+
+std::chrono::milliseconds Terminal::timeTaken() const {
+    std::ifstream file("/proc/" + std::to_string(child_) + "/stat");
+    std::string text{std::istreambuf_iterator<char>(file), {}};
+    std::istringstream behindName(text.substr(text.rfind(')') + 1));
+    std::vector<std::string> fields{std::istream_iterator<std::string>(behindName), {}};
+    EXPECT_GT(fields.size(), 12u);
+    const long ticks = std::stol(fields.at(11)) + std::stol(fields.at(12));
+    return std::chrono::milliseconds(ticks * 1000 / ::sysconf(_SC_CLK_TCK));
 }
 
 void Terminal::resize(int width) {

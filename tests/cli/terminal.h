@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -19,8 +20,11 @@ public:
     /// Waits until the text has appeared on the screen since the last call; a failure of the test
     /// when it does not. Gives all that appeared up to it.
     std::string waitFor(const std::string& text);
-    /// What appears within a time.
-    std::string watchFor(int milliseconds);
+    /// What appears up to when the screen has been quiet for a time, and something has appeared or
+    /// it is plain that nothing will.
+    std::string watchUntilQuiet(int milliseconds);
+    /// How long the program itself has been at work, by the processor's time.
+    std::chrono::milliseconds timeTaken() const;
     void resize(int width);
     /// Waits for the program to end; its exit code, or 1000 and the signal that ended it.
     int finish();
