@@ -104,6 +104,7 @@ private:
     void readColumns() {
         std::string_view line;
         if (!nextFilled(line)) return;
+        if (isTabbedAllTheSame(line)) reportTabs();
         std::vector<std::string_view> names = split(line, delimiter_);
         while (names.size() > 1 && trimmed(names.back()).empty()) names.pop_back();
         builder_.setColumns(asStrings(names));
@@ -111,6 +112,23 @@ private:
         for (const auto& [number, entry] : entries_) {
             builder_.addParameter(number, entry.name, entry.value);
         }
+    }
+
+    // FIELD_DELIM may say what another program made of the file before, and no name has a tab in
+    // it.
+    bool isTabbedAllTheSame(std::string_view names) const {
+        return delimiter_ != '\t' && names.find(delimiter_) == names.npos &&
+               names.find('\t') != names.npos;
+    }
+
+    void reportTabs() {
+        log_.report([&]() -> Problem {
+            return {walk_.number(), "", "columns with tabs between them",
+                    "what FIELD_DELIM says, " + delimiterName(delimiter_),
+                    "the file is read with tabs"};
+        });
+        delimiter_ = '\t';
+        log_.form.delimiter = '\0';
     }
 
     void readRows() {

@@ -68,27 +68,42 @@ private:
     std::vector<std::size_t> counts_;
 };
 
-// Whether each comma that stands free is one of a number, and there is one.
-bool hasDecimalCommas(std::string_view text) {
-    const std::string_view sample = text.substr(0, sampleSize);
-    bool isQuoted = false;
-    bool isThere = false;
-    for (std::size_t at = 0; at < sample.size(); ++at) {
-        if (sample[at] == '"') isQuoted = !isQuoted;
-        if (sample[at] != ',' || isQuoted) continue;
-        const bool isWithin = at > 0 && isAsciiDigit(sample[at - 1]) && at + 1 < sample.size() &&
-                              isAsciiDigit(sample[at + 1]);
-        if (!isWithin) return false;
-        isThere = true;
-    }
-    return isThere;
-}
+// What the commas are that stand free, where cells may be separated by another mark.
+struct FreeCommas {
+    bool areInNumbers = true;  ///< each of them, and there is one
+    bool areInTexts = true;    ///< each is one of a number or has a blank behind it, as no mark has
 
-// Lines of as many cells by semicolons, and all commas in numbers.
-bool isOfSemicolons(std::string_view text, bool isWhole) {
-    const Counts counts(text, isWhole, ';');
-    return counts.heading() > 1 && counts.rowsLikeHeading() == counts.rows() &&
-           hasDecimalCommas(text);
+    FreeCommas(std::string_view text, char mark) {
+        const std::string_view sample = text.substr(0, sampleSize);
+        bool isQuoted = false;
+        bool isThere = false;
+        for (std::size_t at = 0; at < sample.size(); ++at) {
+            if (sample[at] == '"') isQuoted = !isQuoted;
+            if (isQuoted) continue;
+            const bool isBeforeBlank = at + 1 < sample.size() && sample[at + 1] == ' ';
+            if (sample[at] == mark && isBeforeBlank) areInTexts = false;
+            if (sample[at] != ',') continue;
+            const bool isInNumber = at > 0 && isAsciiDigit(sample[at - 1]) &&
+                                    at + 1 < sample.size() && isAsciiDigit(sample[at + 1]);
+            areInNumbers = areInNumbers && isInNumber;
+            areInTexts = areInTexts && (isInNumber || isBeforeBlank);
+            isThere = true;
+        }
+        areInNumbers = areInNumbers && isThere;
+    }
+};
+
+// A mark by which all lines have as many cells, where the commas are those of what people write.
+// Of two that are as likely the comma is the one.
+char insteadOfComma(std::string_view text, bool isWhole, const Counts& commas) {
+    for (char mark : {';', '\t', '|'}) {
+        const Counts counts(text, isWhole, mark);
+        if (counts.heading() < 2 || counts.rowsLikeHeading() != counts.rows()) continue;
+        const FreeCommas free(text, mark);
+        const bool isSemicolon = mark == ';' && free.areInNumbers;
+        if (isSemicolon || (free.areInTexts && counts.heading() > commas.heading())) return mark;
+    }
+    return ',';
 }
 
 // A sign that no cell is made of alone.
@@ -109,7 +124,7 @@ bool isNameOf(std::string_view text, std::string_view name) {
 char foundDelimiter(std::string_view text, bool isWhole, char usual) {
     const Counts own(text, isWhole, usual);
     const bool isTable = own.heading() > 1 && (own.rows() == 0 || own.rowsLikeHeading() > 0);
-    if (isTable) return usual == ',' && isOfSemicolons(text, isWhole) ? ';' : usual;
+    if (isTable) return usual == ',' ? insteadOfComma(text, isWhole, own) : usual;
     char best = usual;
     std::pair<std::size_t, std::size_t> most;
     for (char delimiter : delimiters) {
@@ -123,6 +138,10 @@ char foundDelimiter(std::string_view text, bool isWhole, char usual) {
         most = rank;
     }
     return best;
+}
+
+bool hasSeveralCells(std::string_view text, char delimiter) {
+    return Counts(text, true, delimiter).heading() > 1;
 }
 
 std::optional<char> delimiterOfLine(std::string_view line) {

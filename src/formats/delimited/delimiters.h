@@ -12,6 +12,9 @@ namespace vek::formats {
 /// text that is not whole, the line at which it is cut shows nothing.
 char foundDelimiter(std::string_view text, bool isWhole, char usual);
 
+/// Whether the first line that is not blank is more than one cell.
+bool hasSeveralCells(std::string_view text, char delimiter);
+
 /// What "sep=;" says, the line in front of the heading by which spreadsheets name what separates
 /// the cells; nothing for other lines.
 std::optional<char> delimiterOfLine(std::string_view line);

@@ -21,9 +21,24 @@ std::optional<char> delimiterInFront(std::string_view text) {
     return walk.next(line) ? delimiterOfLine(line) : std::nullopt;
 }
 
+// Blank lines in front of several cells, as no heading is one; a single column may have no name.
+std::size_t blankLinesInFront(std::string_view text, char usual, const Log& log) {
+    LineWalk walk(text);
+    std::string_view line;
+    while (walk.next(line) && line.empty()) {
+    }
+    const std::size_t blanks = walk.number() - 1;
+    if (blanks == 0 || line.empty()) return 0;
+    const char wish = log.opening.wishes.delimiter;
+    const char delimiter = wish != '\0' ? wish : foundDelimiter(text, true, usual);
+    return hasSeveralCells(text, delimiter) ? blanks : 0;
+}
+
 // The lines that a person says stand in front of the heading, or the one that names the delimiter.
-std::size_t linesInFront(const Log& log, bool isNamed) {
-    return std::max<std::size_t>(log.opening.wishes.skippedLines, isNamed ? 1 : 0);
+std::size_t linesInFront(std::string_view text, bool isNamed, char usual, const Log& log) {
+    const std::size_t wanted = log.opening.wishes.skippedLines;
+    if (wanted != 0 || isNamed) return std::max<std::size_t>(wanted, 1);
+    return blankLinesInFront(text, usual, log);
 }
 
 std::size_t skipLines(std::string_view text, std::size_t wanted, Log& log) {
@@ -64,7 +79,7 @@ void readHeading(DelimitedScanner& scanner, TableBuilder& builder, Log& log) {
 
 void readDelimited(Text text, char separator, Log& log) {
     const std::optional<char> named = delimiterInFront(text.view());
-    const std::size_t inFront = linesInFront(log, named.has_value());
+    const std::size_t inFront = linesInFront(text.view(), named.has_value(), separator, log);
     text.start += skipLines(text.view(), inFront, log);
     const char delimiter = delimiterOf(text.view(), named, separator, log);
     TableBuilder builder(log, std::move(text.block));

@@ -6,6 +6,7 @@
 #include <vekdb/host/text_util.h>
 #include "formats/log/column_names.h"
 #include "formats/reading/decoding.h"
+#include "formats/reading/documents.h"
 #include "formats/reading/input.h"
 #include "formats/reading/readers.h"
 #include "formats/table_file/table_rewriting.h"
@@ -131,11 +132,18 @@ std::string inCapitals(std::string text) {
     return text;
 }
 
+// A format that every text is one of, or that other texts begin like.
+bool isOfCells(Format format) {
+    return format == Format::csv || format == Format::tsv || format == Format::json;
+}
+
 // Where the name's ending, or a person, said a format that the bytes have not, the reason says
 // which one they seem to have.
 void readFormat(Input& input, Log& log) {
     const std::string head(input.head());
     log.format = log.opening.format ? *log.opening.format : recognised(log.path, head);
+    const bool isGuessed = !log.opening.format && log.opening.wishes.skippedLines == 0;
+    if (isGuessed && isOfCells(log.format)) refuseDocument(head, log);
     try {
         readAs(log.format, input, log.opening.wanted, log);
     } catch (const Failure& failure) {

@@ -90,6 +90,17 @@ bool isMacLetter(unsigned char byte) {
     return byte >= 0x80 && byte <= 0x9F && !isSign;
 }
 
+bool isSmallLetter(unsigned char byte) {
+    return byte >= 'a' && byte <= 'z';
+}
+
+// The apostrophe of each; between small letters nothing else stands at that byte, as in
+// Windows-1252 a capital is.
+bool isMacApostrophe(std::string_view text, std::size_t at) {
+    return byteAt(text, at) == 0xD5 && at > 0 && isSmallLetter(byteAt(text, at - 1)) &&
+           isSmallLetter(byteAt(text, at + 1));
+}
+
 bool isLetter(unsigned char byte) {
     const char small = asciiLower(static_cast<char>(byte));
     return small >= 'a' && small <= 'z';
@@ -221,7 +232,7 @@ std::string likelyEncoding(std::string_view text) {
             (at > 0 && isLetter(byteAt(text, at - 1))) || isLetter(byteAt(text, at + 1));
         if (!isInWord) continue;
         windows += isWindowsLetter(byteAt(text, at)) ? 1 : 0;
-        mac += isMacLetter(byteAt(text, at)) ? 1 : 0;
+        mac += isMacLetter(byteAt(text, at)) || isMacApostrophe(text, at) ? 1 : 0;
     }
     return mac > windows ? "MACINTOSH" : "WINDOWS-1252";
 }

@@ -115,8 +115,25 @@ private:
         return found == resources_.end() ? XmlElement() : found->second;
     }
 
+    // Formats that every editing system knows may have no more than a name.
     static std::optional<FrameRate> rateOfFormat(XmlElement format) {
-        return rateOfFrame(ExactTime::of(format.attribute("frameDuration")));
+        const std::optional<FrameRate> rate =
+            rateOfFrame(ExactTime::of(format.attribute("frameDuration")));
+        return rate ? rate : rateOfFormatName(format.attribute("name"));
+    }
+
+    // "FFVideoFormat1080p2398", "FFVideoFormatDV720x480i5994_16x9": behind p come the frames,
+    // behind i two fields for each of them, in hundredths where there are four digits.
+    static std::optional<FrameRate> rateOfFormatName(std::string_view name) {
+        const std::size_t end = std::min(name.find('_'), name.size());
+        std::size_t at = end;
+        while (at > 0 && isAsciiDigit(name[at - 1])) --at;
+        const bool isScan = at > 0 && (name[at - 1] == 'p' || name[at - 1] == 'i');
+        const std::size_t digits = end - at;
+        if (!isScan || digits < 2 || digits > 4 || digits == 3) return {};
+        const auto number = static_cast<double>(ExactTime::of(name.substr(at, digits)).over());
+        const double each = digits == 4 ? 100.0 : 1.0;
+        return rateNear(number / each / (name[at - 1] == 'i' ? 2 : 1));
     }
 
     std::optional<FrameRate> rateNamed(std::string_view id) const {
@@ -178,8 +195,7 @@ private:
         around.hasRecord = true;
         around.place = std::to_string(++tops_);
         noteHeading(sequence, around);
-        const XmlElement spine = sequence.child("spine");
-        readSpine(spine, around);
+        readSpine(sequence.child("spine"), around, startOfSequence(sequence));
         for (XmlElement at = sequence.firstChild(); at; at = at.next()) {
             if (at.name() != "spine") noteUnread(at);
         }
@@ -209,26 +225,36 @@ private:
             around.place = std::to_string(++tops_);
             if (const XmlElement sequence = at.child("sequence")) {
                 around.frames = framesOfSequence(sequence);
-                readSpine(sequence.child("spine"), around);
+                readSpine(sequence.child("spine"), around, startOfSequence(sequence));
             }
             readAngles(at.child("multicam"), around);
         }
     }
 
-    void readAngles(XmlElement multicam, const Around& around) {
+    void readAngles(XmlElement multicam, Around around) {
+        if (!multicam) return;
+        around.frames = framesOfSequence(multicam);
+        const ExactTime start = startOfSequence(multicam);
         std::size_t number = 0;
         for (XmlElement at = multicam.firstChild(); at; at = at.next()) {
             if (at.name() != "mc-angle") continue;
             Around own = around;
             own.place += "." + std::to_string(++number);
             ++own.depth;
-            readSpine(at, own);
+            readSpine(at, own, start);
         }
     }
 
+    ExactTime startOfSequence(XmlElement sequence) { return time(sequence, "tcStart", {}); }
+
+    // What a compound or multicam clip is made of.
+    static XmlElement sequenceOf(XmlElement media) {
+        const XmlElement sequence = media.child("sequence");
+        return sequence ? sequence : media.child("multicam");
+    }
+
     // What follows one another; an element says where it lies, or follows the one before.
-    void readSpine(XmlElement spine, const Around& around) {
-        ExactTime behind;
+    void readSpine(XmlElement spine, const Around& around, ExactTime behind) {
         std::size_t number = 0;
         for (XmlElement at = spine.firstChild(); at; at = at.next()) {
             if (!isStory(at.name())) {
@@ -278,7 +304,7 @@ private:
     void readStoryline(XmlElement spine, const Around& around, const ExactTime& offset) {
         Around own = around;
         own.shift = around.shift + offset;
-        readSpine(spine, own);
+        readSpine(spine, own, {});
     }
 
     XmlElement resourceOf(XmlElement item) const { return resource(item.attribute("ref")); }
@@ -287,7 +313,7 @@ private:
         const XmlElement made = resourceOf(item);
         ExactTime otherwise;
         if (made.name() == "asset") otherwise = time(made, "start", {});
-        if (made.name() == "media") otherwise = time(made.child("sequence"), "tcStart", {});
+        if (made.name() == "media") otherwise = startOfSequence(sequenceOf(made));
         return time(item, "start", otherwise);
     }
 
@@ -296,14 +322,14 @@ private:
         const XmlElement made = resourceOf(item);
         ExactTime otherwise;
         if (made.name() == "asset") otherwise = time(made, "duration", {});
-        if (made.name() == "media") otherwise = time(made.child("sequence"), "duration", {});
+        if (made.name() == "media") otherwise = time(sequenceOf(made), "duration", {});
         return time(item, "duration", otherwise);
     }
 
     // The rate that a clip's own times are counted at.
     Frames framesOf(XmlElement item, const Around& around) const {
         const XmlElement made = resourceOf(item);
-        const XmlElement sequence = made.child("sequence");
+        const XmlElement sequence = sequenceOf(made);
         std::optional<FrameRate> rate = rateNamed(item.attribute("format"));
         if (!rate) rate = rateNamed(made.attribute("format"));
         if (!rate && sequence) rate = rateNamed(sequence.attribute("format"));
@@ -360,9 +386,25 @@ private:
         if (clip.attribute("enabled") == "0") rows_.set(timeline::enabled, "false");
         rows_.set("Lane", clip.attribute("lane"));
         rows_.set("Role", clip.attribute("role"));
-        rows_.set("Audio Role", clip.attribute("audioRole"));
+        rows_.set("Audio Role", audioRolesOf(clip));
         rows_.set("Video Role", clip.attribute("videoRole"));
         rows_.set(timeline::note, clip.child("note").text());
+    }
+
+    // That of the clip, or else those of its channels.
+    static std::string audioRolesOf(XmlElement clip) {
+        std::string roles(clip.attribute("audioRole"));
+        if (!roles.empty()) return roles;
+        std::set<std::string_view> known;
+        for (XmlElement at = clip.firstChild(); at; at = at.next()) {
+            if (!isAudioRole(at.name()) || !known.insert(at.attribute("role")).second) continue;
+            addToList(roles, at.attribute("role"));
+        }
+        return roles;
+    }
+
+    static bool isAudioRole(std::string_view name) {
+        return isOneOf(name, {"audio-channel-source", "audio-role-source"});
     }
 
     // Keywords, effects and the text of a title.
@@ -419,9 +461,9 @@ private:
             const bool isRow =
                 isMarker(name) || isStory(name) || isOneOf(name, {"keyword", "rating"});
             if (!isRow) {
-                if (!isOneOf(name, {"note", "metadata", "text", "filter-video", "filter-audio"})) {
-                    noteUnread(at);
-                }
+                const bool isTaken =
+                    isOneOf(name, {"note", "metadata", "text", "filter-video", "filter-audio"});
+                if (!isTaken && !isAudioRole(name)) noteUnread(at);
                 continue;
             }
             Around own = inside;

@@ -6,6 +6,7 @@
 
 #include <vekdb/host/text_util.h>
 #include "formats/json/json_tree.h"
+#include "formats/json/number_words.h"
 #include "formats/text/text_lines.h"
 #include "formats/timeline/timeline_rows.h"
 
@@ -421,10 +422,19 @@ private:
         const std::string folder = textOf(reference, "target_url_base");
         const bool isOpen = !folder.empty() && !folder.ends_with('/');
         return concat(folder, isOpen ? "/" : "", textOf(reference, "name_prefix"),
-                      tree_.find(reference, "start_frame") == JsonTree::none
-                          ? ""
-                          : tree_.text(tree_.find(reference, "start_frame")),
-                      textOf(reference, "name_suffix"));
+                      firstFrame(reference), textOf(reference, "name_suffix"));
+    }
+
+    // The number of the first picture, with as many digits as all have.
+    std::string firstFrame(Node sequence) const {
+        constexpr std::size_t mostDigits = 32;
+        std::string number = tree_.text(tree_.find(sequence, "start_frame"));
+        const std::string padding = tree_.text(tree_.find(sequence, "frame_zero_padding"));
+        const std::size_t digits = std::strtoul(padding.c_str(), nullptr, 10);
+        const std::size_t sign = number.starts_with('-') ? 1 : 0;
+        const std::size_t own = number.size() - sign;
+        if (number.empty() || own >= digits || digits > mostDigits) return number;
+        return number.insert(sign, digits - own, '0');
     }
 
     void readNested(Node item, const char* kind, const Range& range, const Around& around) {
@@ -568,12 +578,28 @@ private:
     bool isTitled_ = false;
 };
 
+void reportNumberWords(std::size_t line, Log& log) {
+    log.report([&]() -> Problem {
+        return {line, "", "numbers such as NaN and Infinity, the first here",
+                "numbers that JSON has", "they are read as texts"};
+    });
+}
+
 }  // namespace
 
 void readOtio(Text text, Log& log) {
     JsonTree tree;
-    const std::string_view view = text.view();
-    if (const std::optional<JsonTree::Fault> fault = tree.parse(view)) {
+    std::string_view view = text.view();
+    std::optional<JsonTree::Fault> fault = tree.parse(view);
+    std::optional<std::string> quoted;
+    if (fault) quoted = withNumberWordsQuoted(view);
+    if (quoted) {
+        const std::size_t line = fault->line;
+        view = *quoted;
+        fault = (tree = JsonTree()).parse(view);
+        if (!fault) reportNumberWords(line, log);
+    }
+    if (fault) {
         throw Failure{unreadable,
                       worded(log.name, {fault->line, "", fault->found, "a timeline in JSON", ""})};
     }

@@ -16,9 +16,19 @@ namespace {
 
 constexpr const char* saveAnew = "save it as .xlsx or as CSV in the program that made it";
 
+constexpr const char* timelineInBundle = "content.otio";
+constexpr const char* unpackIt = "unpack it, and read the content.otio in it";
+constexpr const char* asTimeline = "export it as FCPXML, OpenTimelineIO, ALE or EDL";
+
+bool endsWith(std::string_view path, std::string_view ending) {
+    return path.size() >= ending.size() &&
+           sameText(path.substr(path.size() - ending.size()), ending);
+}
+
 void requireArchive(std::string_view bytes, const Log& log) {
     if (bytes.starts_with("PK")) return;
     if (!bytes.starts_with("\xD0\xCF\x11\xE0")) refuse(log, "no workbook", "");
+    if (endsWith(log.path, ".aaf")) refuse(log, "a timeline in AAF", asTimeline);
     refuse(log, "an old workbook (.xls), or one with a password",
            "save it as .xlsx without a password, or as CSV");
 }
@@ -30,6 +40,7 @@ std::string otherKind(const ZipArchive& archive) {
         return "a sheet of another program (.numbers)";
     }
     if (archive.has("word/document.xml")) return "a text document (.docx)";
+    if (archive.has(timelineInBundle)) return "a bundle of a timeline (.otioz)";
     return "an archive that is no workbook";
 }
 
@@ -46,7 +57,7 @@ public:
         const Relations::Target* book = root.byKind("officeDocument");
         if (book == nullptr || !book->entry.ends_with(".xml") || !archive_.has(book->entry) ||
             archive_.has("word/document.xml")) {
-            refuse(log_, otherKind(archive_), saveAnew);
+            refuse(log_, otherKind(archive_), archive_.has(timelineInBundle) ? unpackIt : saveAnew);
         }
         readPart(archive_, book->entry, log_.name, sheets_);
         readRelations(book->entry);

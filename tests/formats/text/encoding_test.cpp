@@ -67,6 +67,9 @@ TEST(Encoding, TakesNoTextWithZeroBytesForAWideOne) {
 TEST(Encoding, TellsBytesOfTwoSystemsApartByTheLettersThatTheyMake) {
     EXPECT_EQ(likelyEncoding("caf\xE9, r\xE9sum\xE9"), "WINDOWS-1252");
     EXPECT_EQ(likelyEncoding("caf\x8E, r\x8Esum\x8E"), "MACINTOSH");
+    EXPECT_EQ(likelyEncoding("it doesn\xD5t"), "MACINTOSH");
+    EXPECT_EQ(likelyEncoding("S\xD5O"), "WINDOWS-1252");
+    EXPECT_EQ(likelyEncoding("it doesn\x92t"), "WINDOWS-1252");
 }
 
 TEST(Encoding, GoesThereAndBack) {
