@@ -41,7 +41,7 @@ std::string fieldsOf(const Sheet& sheet, Losses& losses) {
 
 std::string metadataOf(const Log& log, Losses& losses) {
     std::string pairs;
-    for (const Parameter& parameter : ownParameters(log)) {
+    for (const ParameterText& parameter : ownParameters(log)) {
         const std::string key = concat(arrow_key::parameter, parameter.name);
         if (!isUtf8(key) || !isUtf8(parameter.value)) {
             losses.add("parameters that are no UTF-8", inQuotes(parameter.name));
