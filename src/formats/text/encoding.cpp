@@ -78,32 +78,72 @@ struct Room {
     std::size_t size;
 };
 
-// In Windows-1252 the letters with marks are the last bytes, in MacRoman those behind 0x7F. What
-// both have other signs for counts for neither.
-bool isWindowsLetter(unsigned char byte) {
-    return byte >= 0xD6 || (byte >= 0xC0 && byte <= 0xC8) || (byte >= 0xCB && byte <= 0xCF);
-}
-
-bool isMacLetter(unsigned char byte) {
-    const bool isSign = byte == 0x80 || byte == 0x82 || (byte >= 0x84 && byte <= 0x86) ||
-                        (byte >= 0x91 && byte <= 0x97);
-    return byte >= 0x80 && byte <= 0x9F && !isSign;
-}
-
 bool isSmallLetter(unsigned char byte) {
     return byte >= 'a' && byte <= 'z';
 }
 
-// The apostrophe of each; between small letters nothing else stands at that byte, as in
-// Windows-1252 a capital is.
-bool isMacApostrophe(std::string_view text, std::size_t at) {
-    return byteAt(text, at) == 0xD5 && at > 0 && isSmallLetter(byteAt(text, at - 1)) &&
-           isSmallLetter(byteAt(text, at + 1));
+bool isLetter(unsigned char byte) {
+    return isSmallLetter(static_cast<unsigned char>(asciiLower(static_cast<char>(byte))));
 }
 
-bool isLetter(unsigned char byte) {
-    const char small = asciiLower(static_cast<char>(byte));
-    return small >= 'a' && small <= 'z';
+bool isOneOf(unsigned char byte, std::string_view bytes) {
+    return byte != 0 && bytes.find(static_cast<char>(byte)) != bytes.npos;
+}
+
+// A byte beyond 0x7F, which two systems have different signs for, and what stands around it.
+struct HighByte {
+    unsigned char before;
+    unsigned char byte;
+    unsigned char behind;
+
+    HighByte(std::string_view text, std::size_t at)
+        : before(at > 0 ? byteAt(text, at - 1) : 0),
+          byte(byteAt(text, at)),
+          behind(byteAt(text, at + 1)) {}
+
+    bool isInWord() const { return isLetter(before) || isLetter(behind); }
+    bool isWithinSmall() const { return isSmallLetter(before) && isSmallLetter(behind); }
+    bool isWithinWord() const { return isLetter(before) && isLetter(behind); }
+    bool beginsWord() const {
+        const bool isBehindText =
+            isLetter(before) || before >= 0x80 || isAsciiDigit(static_cast<char>(before));
+        return !isBehindText && isSmallLetter(behind);
+    }
+};
+
+// In Windows-1252 the letters with marks are the last bytes, in MacRoman those behind 0x7F. What
+// both have other signs for counts for neither, and in no word is a capital behind a small letter.
+bool speaksForWindows(const HighByte& at) {
+    const bool isSmall = at.byte >= 0xDF;
+    const bool isCapital = (at.byte >= 0xD6 && at.byte < 0xDF) ||
+                           (at.byte >= 0xC0 && at.byte <= 0xC8) ||
+                           (at.byte >= 0xCB && at.byte <= 0xCF);
+    // As in MacRoman a question or an exclamation begins so.
+    const bool isMarkOfMac = (at.byte == 0xC0 || at.byte == 0xC1) && at.beginsWord();
+    const bool standsSo = isCapital && !isMarkOfMac && !isSmallLetter(at.before);
+    return at.isInWord() && (isSmall || standsSo);
+}
+
+bool isMacLetter(unsigned char byte) {
+    return byte >= 0x80 && byte <= 0x9F &&
+           !isOneOf(byte, "\x80\x82\x84\x85\x86\x91\x92\x93\x94\x95\x96\x97\x9C");
+}
+
+// Where in Windows-1252 a sign of prices or of laws, a fraction or a capital would stand that
+// cannot stand there, in MacRoman a letter, a degree, a dash or a quote does.
+bool isOddInWindows(const HighByte& at) {
+    if (isOneOf(at.byte, "\x81\x8D\x8F\x90\x9D")) return at.isInWord();  // else nothing
+    if (isOneOf(at.byte, "\x80\x86\xBE")) return at.beginsWord();
+    if (isOneOf(at.byte, "\xBE\xBF")) return at.isWithinWord();
+    if (isOneOf(at.byte, "\x91\x93\x94\x95")) return at.isWithinSmall();
+    if (at.byte == 0xA1) return isAsciiDigit(static_cast<char>(at.before));
+    const bool isBetweenBlanks = at.before == ' ' && at.behind == ' ';
+    if (isOneOf(at.byte, "\xD0\xD1") && isBetweenBlanks) return true;
+    return isOneOf(at.byte, "\xA7\xC9\xCF\xD0\xD1\xD3\xD5") && isSmallLetter(at.before);
+}
+
+bool speaksForMac(const HighByte& at) {
+    return (at.isInWord() && isMacLetter(at.byte)) || isOddInWindows(at);
 }
 
 bool isOfPlainText(unsigned unit) {
@@ -228,11 +268,9 @@ std::string likelyEncoding(std::string_view text) {
     std::size_t mac = 0;
     for (std::size_t at = firstHighByte(text, 0); at < text.size();
          at = firstHighByte(text, at + 1)) {
-        const bool isInWord =
-            (at > 0 && isLetter(byteAt(text, at - 1))) || isLetter(byteAt(text, at + 1));
-        if (!isInWord) continue;
-        windows += isWindowsLetter(byteAt(text, at)) ? 1 : 0;
-        mac += isMacLetter(byteAt(text, at)) || isMacApostrophe(text, at) ? 1 : 0;
+        const HighByte high(text, at);
+        windows += speaksForWindows(high) ? 1 : 0;
+        mac += speaksForMac(high) ? 1 : 0;
     }
     return mac > windows ? "MACINTOSH" : "WINDOWS-1252";
 }

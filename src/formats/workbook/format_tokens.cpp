@@ -19,7 +19,6 @@ char lower(char c) {
 std::optional<Kind> partOfDate(char letter) {
     switch (lower(letter)) {
         case 'y':
-        case 'e':
             return Kind::year;
         case 'm':
             return Kind::month;
@@ -68,6 +67,7 @@ public:
     FormatSection read() {
         while (!rest_.empty()) readNext();
         section_.isDate = std::any_of(section_.tokens.begin(), section_.tokens.end(), isOfDate);
+        if (section_.isDate && isOfEra_) return SectionReader("yyyy-mm-dd").read();
         if (section_.isDate) {
             findMinutes();
             findFractions();
@@ -103,9 +103,23 @@ private:
         if (startsWith("AM/PM")) return add(Kind::halfDay, take(5));
         if (startsWith("A/P")) return add(Kind::halfDay, take(3));
         if (startsWith("E+") || startsWith("E-")) return add(Kind::exponent, take(2));
+        if (lower(c) == 'e') return readYear();
         if (const auto part = partOfDate(c)) return add(*part, "", takeRun(c));
+        if (lower(c) == 'g') return readEra();
         if (const auto part = partOfNumber(c)) return add(*part, take(1));
         addLiteral(take(1));
+    }
+
+    // The year as a country counts it; where that is by eras the date is the one that all know.
+    void readYear() {
+        takeRun('e');
+        add(Kind::year, "", wholeYear);
+    }
+
+    void readEra() {
+        const std::string_view letters = rest_;
+        addLiteral(letters.substr(0, takeRun('g')));
+        isOfEra_ = true;
     }
 
     bool startsWith(std::string_view text) const {
@@ -185,8 +199,11 @@ private:
         section_.tokens = std::move(made);
     }
 
+    static constexpr std::size_t wholeYear = 4;  // its digits
+
     std::string_view rest_;
     FormatSection section_;
+    bool isOfEra_ = false;
 };
 
 std::size_t endOfSection(std::string_view code) {

@@ -69,6 +69,19 @@ TEST(Encoding, TellsBytesOfTwoSystemsApartByTheLettersThatTheyMake) {
     EXPECT_EQ(likelyEncoding("caf\x8E, r\x8Esum\x8E"), "MACINTOSH");
     EXPECT_EQ(likelyEncoding("it doesn\xD5t"), "MACINTOSH");
     EXPECT_EQ(likelyEncoding("S\xD5O"), "WINDOWS-1252");
+    EXPECT_EQ(likelyEncoding("wei\xA7, sm\xBFrrebr\xBF"
+                             "d, \xBE"
+                             "ble"),
+              "MACINTOSH");
+    EXPECT_EQ(likelyEncoding("\x86"
+                             "bergang"),
+              "MACINTOSH");
+    EXPECT_EQ(likelyEncoding("o\x9D"), "MACINTOSH");
+    EXPECT_EQ(likelyEncoding("word\xC9 \xD0 5\xA1"), "MACINTOSH");
+    EXPECT_EQ(likelyEncoding("c\x9Cur, \xA7 5, \xBF"
+                             "qu\xE9?, \x84zitat\x93"),
+              "WINDOWS-1252");
+    EXPECT_EQ(likelyEncoding("the actors\x92 word\x97word \x93quoted\x94"), "WINDOWS-1252");
     EXPECT_EQ(likelyEncoding("it doesn\x92t"), "WINDOWS-1252");
 }
 

@@ -104,6 +104,12 @@ TEST(NumberFormats, ShowDatesAndTimes) {
     EXPECT_EQ(shown(day, "[$-409]d\\-mmm\\-yyyy;@"), "5-Mar-2024");
 }
 
+TEST(NumberFormats, ShowYearsOfErasAsAllCountThem) {
+    EXPECT_EQ(shown(45000, "e"), "2023");
+    EXPECT_EQ(shown(45000, "[$-411]ggge\"y\"m\"m\"d\"d\""), "2023-03-15");
+    EXPECT_EQ(shown(12, "0g"), "12g");
+}
+
 TEST(NumberFormats, CountDaysAsSheetsDo) {
     EXPECT_EQ(shown(1, "yyyy-mm-dd"), "1900-01-01");
     EXPECT_EQ(shown(59, "yyyy-mm-dd"), "1900-02-28");
@@ -139,6 +145,7 @@ TEST(NumberFormats, TakeAnyCode) {
 }
 
 TEST(NumberFormats, AreKnownByNumber) {
+    EXPECT_EQ(shown(-1234.5, builtInFormat(7)), "($1,234.50)");
     EXPECT_EQ(NumberFormat(builtInFormat(14)).shown(45356, false), "2024-03-05");
     EXPECT_EQ(NumberFormat(builtInFormat(46)).shown(1.5, false), "36:00:00");
     EXPECT_EQ(NumberFormat(builtInFormat(4)).shown(-1234.5, false), "-1,234.50");
