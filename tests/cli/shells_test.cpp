@@ -5,6 +5,7 @@
 #include <span>
 
 #include "cli/terminal.h"
+#include "formats/workbook/made_workbook.h"
 
 namespace fs = std::filesystem;
 
@@ -46,7 +47,12 @@ constexpr Typed inAllShells[] = {
      "<timecode><shift><log.csv><1><--columns><Time>"},
     {"vek show log.csv --output=lo\t", "<show><log.csv><--output=log.csv>"},
     {"vek show my\t--so\tSce\t", "<show><my log.csv><--sort><Scene>"},
-    // A file's name is not offered where a column is meant.
+    {"vek show book.xlsx --sheet Day\t", "<show><book.xlsx><--sheet><Day one>"},
+    {"vek info book.xlsx --sheet=Tak\t", "<info><book.xlsx><--sheet=Takes>"},
+    {"vek show book.xlsx --sheet Takes --sort Le\t",
+     "<show><book.xlsx><--sheet><Takes><--sort><Length>"},
+    // A file's name is not offered where a column or a sheet is meant.
+    {"vek show book.xlsx --sheet lo\t", "<show><book.xlsx><--sheet><lo>"},
     {"vek show log.csv --sort lo\t", "<show><log.csv><--sort><lo>"},
 };
 
@@ -135,7 +141,13 @@ private:
                       "67A,KJ 1+00,KJ 2+00,no good,01:00:04:00,1,2,3,4,5\n"
                       "12,KJ 3+00,KJ 4+00,\"it's \"\"on\"\"\",02:00:00:00,1,2,3,4,5\n");
         fs::copy(folder_.path() / "log.csv", folder_.path() / "my log.csv");
+        folder_.write("book.xlsx", workbook());
         return folder_;
+    }
+
+    static std::string workbook() {
+        const char* const rows = "<row><c t='inlineStr'><is><t>Length</t></is></c></row>";
+        return MadeWorkbook{{{"Day one", ""}, {"Takes", rows}}}.bytes();
     }
 
     WorkFolder folder_;
