@@ -203,7 +203,6 @@ void Merger::addParameters(const Log& from) {
 
 void Merger::append(const Log& from) {
     const unsigned count = from.rowCount();
-    into_.lines.reserve(into_.lines.size() + count);
     for (unsigned row = 0; row < count; ++row) appendRow(from, row);
 }
 

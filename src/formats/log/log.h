@@ -13,6 +13,7 @@
 #include <vekdb/table.h>
 #include "formats/failure.h"
 #include "formats/formats.h"
+#include "formats/log/line_numbers.h"
 #include "formats/reading/opening.h"
 #include "formats/reading/source.h"
 #include "formats/saving/held.h"
@@ -40,7 +41,7 @@ struct Log {
     std::string name;  ///< for messages
     Format format = Format::table;
     std::unique_ptr<vekdb> table;
-    std::vector<std::uint32_t> lines;
+    LineNumbers lines;
     std::vector<std::uint32_t> numbers;       ///< of the rows, from 1 on, where some were left out
     std::size_t leftOut = 0;                  ///< rows that were not wanted
     std::vector<Problem> problems;            ///< told on reading; nothing was lost by them

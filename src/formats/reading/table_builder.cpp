@@ -13,7 +13,6 @@ namespace vek::formats {
 namespace {
 
 constexpr std::size_t mostColumns = 65535;
-constexpr std::size_t sampleOfRows = 4096;
 
 std::vector<DBFieldDesc> descriptors(const std::vector<std::string>& names) {
     std::vector<DBFieldDesc> out;
@@ -114,17 +113,7 @@ void TableBuilder::addWholeRow(std::size_t line, const std::string_view* cells, 
         requireCells(log_.name, rows_->count(), columnCount(), rows_->size(), log_.opening.limits,
                      *log_.opening.terms);
     }
-    if (log_.lines.size() == sampleOfRows && room.begin != nullptr) expectRows(room.end);
     log_.lines.push_back(static_cast<std::uint32_t>(line));
-}
-
-// As many as there will be if the rest of the text is like what was read up to there. A list that
-// grows takes twice its room meanwhile.
-void TableBuilder::expectRows(const char* at) {
-    constexpr std::size_t most = std::size_t{1} << 24;
-    const auto sample = static_cast<std::size_t>(at - text());
-    const std::size_t rows = textSize() * sampleOfRows / sample;
-    log_.lines.reserve(std::min(rows + rows / 16, most));
 }
 
 // Before the cells are moved: they have just been looked at.

@@ -46,7 +46,6 @@ public:
 
 private:
     void notePlace(TextRows::Room room);
-    void expectRows(const char* at);
     void lookForTimecodes(const std::string_view* cells, std::size_t count);
 
     // A column in which there was nothing but timecodes so far.

@@ -6,6 +6,7 @@
 #include <vekdb/host/text_file.h>
 #include <vekdb/host/text_util.h>
 #include <vekdb/row_choice.h>
+#include <vekdb/row_copies.h>
 #include "formats/choosing/conditions.h"
 #include "formats/choosing/ranges.h"
 #include "formats/reading/limits.h"
@@ -185,9 +186,8 @@ private:
     }
 
     void numberRows() {
-        log_.lines.resize(log_.rowCount());
         for (unsigned row = 0; row < log_.rowCount(); ++row) {
-            log_.lines[row] = static_cast<std::uint32_t>(headerLines_ + log_.numberOf(row));
+            log_.lines.push_back(static_cast<std::uint32_t>(headerLines_ + log_.numberOf(row)));
         }
     }
 
@@ -261,8 +261,9 @@ private:
                          *log_.opening.terms);
         });
         addExtraColumns(most - declared);
+        RowCopies copies(*log_.table);
         forEachRow(file, [&](dbrecord& values, std::size_t steps) {
-            addRow(file.currentLine, values, declared);
+            addRow(copies, file.currentLine, values, declared);
             if (steps > values.get_num_fields()) reportCut(file.currentLine, values);
         });
     }
@@ -286,14 +287,12 @@ private:
         return count;
     }
 
-    void addRow(std::size_t line, const dbrecord& values, unsigned declared) {
-        dbrecord* record = log_.table->get_record(log_.table->add_records(1));
+    // Rows that cost no more than those of a table that is whole.
+    void addRow(RowCopies& rows, std::size_t line, const dbrecord& values, unsigned declared) {
         log_.lines.push_back(static_cast<std::uint32_t>(line));
-        const unsigned filled = filledCount(values);
-        for (unsigned i = 0; i < filled; ++i) {
-            const auto at = static_cast<unsigned short>(i);
-            record->setField(at, cellText(values.fieldView(i)));
-        }
+        cells_.resize(values.get_num_fields());
+        values.fieldViews(cells_.data(), values.get_num_fields());
+        rows.append(cells_.data(), cells_.size());
         if (values.get_num_fields() != declared) {
             reportLength(log_, line, values.get_num_fields(), declared);
         }
@@ -347,6 +346,7 @@ private:
     Log& log_;
     std::string_view text_;
     std::size_t headerLines_ = 0;
+    std::vector<std::string_view> cells_;
 };
 
 }  // namespace

@@ -78,9 +78,9 @@ std::string LogOnPage::anchorOfRow(unsigned row) const {
 }
 
 unsigned LogOnPage::rowOfLine(std::size_t line) const {
-    const auto at = std::lower_bound(log_.lines.begin(), log_.lines.end(), line);
-    if (line == 0 || at == log_.lines.end() || *at != line) return noRow;
-    return static_cast<unsigned>(at - log_.lines.begin());
+    const std::size_t row = log_.lines.firstFrom(line);
+    const bool isThere = line != 0 && row < log_.lines.size() && log_.lines[row] == line;
+    return isThere ? static_cast<unsigned>(row) : noRow;
 }
 
 std::string LogOnPage::describe(unsigned row) const {
