@@ -1,6 +1,10 @@
 #include <gmock/gmock.h>
 
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <thread>
 
 #include "browse/opened.h"
 #include "formats/text/width.h"
@@ -303,4 +307,44 @@ TEST(BrowseSheet, ClicksAndWheelsMove) {
     EXPECT_EQ(1u, opened.sheet().place());
     opened.browser->turn(3);
     EXPECT_EQ(2u, opened.sheet().place());
+}
+
+// While a save waits for another program it does not know yet what that one writes.
+TEST(BrowseSheet, WhatAnotherProgramWritesWhileASaveWaitsForItIsNotWrittenOver) {
+    Opened opened(theLog);
+    opened.press("d");
+    FileReplacement other;
+    ASSERT_TRUE(other.find(opened.path().c_str()) && other.hold(0) && other.open());
+    ASSERT_TRUE(other.write("Name\nanother\n") && other.complete());
+    std::thread writer([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        EXPECT_TRUE(other.commit());
+    });
+    opened.press("^S");
+    writer.join();
+    EXPECT_THAT(opened.screen(200), HasSubstr("was changed by another program"));
+    EXPECT_EQ("Name\nanother\n", opened.read());
+    EXPECT_TRUE(opened.sheet().isUnsaved());
+}
+
+TEST(BrowseSheet, ARecoveryFileIsItsOwnersAloneFromTheFirstMomentOn) {
+    const mode_t before = ::umask(0);
+    Opened opened(theLog);
+    opened.press("d");
+    ::umask(before);
+    struct stat status = {};
+    ASSERT_EQ(0, ::lstat(opened.folder.file(edits).c_str(), &status));
+    EXPECT_EQ(0600u, status.st_mode & 07777);
+}
+
+TEST(BrowseSheet, EditsThatSomebodyElsePutThereAreNotOffered) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can give files to others";
+    Opened opened(theLog);
+    opened.press("d");
+    opened.forget();
+    ASSERT_EQ(0, ::lchown(opened.folder.file(edits).c_str(), 2001, 2001));
+    opened.start();
+    EXPECT_THAT(opened.screen(), ::testing::Not(HasSubstr("ecover")));
+    opened.press("d");
+    EXPECT_THAT(opened.screen(300), HasSubstr("is lost if"));
 }

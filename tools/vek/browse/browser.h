@@ -98,7 +98,7 @@ private:
     void undo(bool isRedo);
     void keepColumns();
     void save();
-    void saveNow();
+    void saveNow(bool overwrites);
     void saveAs(bool asShown);
     void open(const std::string& path);
     void offerRecovery();

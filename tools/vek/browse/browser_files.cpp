@@ -38,19 +38,19 @@ bool Browser::file(Act act) {
 
 // Nothing is written over what another program wrote without being asked.
 void Browser::save() {
-    if (!sheet().isChangedOnDisk()) return saveNow();
+    if (!sheet().isChangedOnDisk()) return saveNow(false);
     question_ = Question{
         "the file was changed by another program: (o)verwrite it with what is "
         "here, or any other key",
-        {{"o", [this] { saveNow(); }}}};
+        {{"o", [this] { saveNow(true); }}}};
 }
 
-void Browser::saveNow() {
+void Browser::saveNow(bool overwrites) {
     if (!sheet().isUnsaved() && !sheet().isChangedOnDisk()) {
         message_ = "nothing is to be saved";
         return;
     }
-    later("saving", [this] { message_ = told("saved", sheet().save()); });
+    later("saving", [this, overwrites] { message_ = told("saved", sheet().save(overwrites)); });
 }
 
 void Browser::saveAs(bool asShown) {

@@ -4,7 +4,11 @@
 #include <charconv>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
+#include <sstream>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "formats/text/text_lines.h"
 
@@ -125,6 +129,33 @@ bool isRegular(const std::string& path) {
     return fs::is_regular_file(fs::symlink_status(path, error));
 }
 
+// What somebody else put there, or a link leads to, are no edits of this user's.
+OpenFile openOwn(const std::string& path) {
+    const int file = ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    struct stat status = {};
+    const bool isOwn = file >= 0 && ::fstat(file, &status) == 0 && S_ISREG(status.st_mode) &&
+                       status.st_uid == ::geteuid();
+    OpenFile opened = isOwn ? OpenFile::of(file) : OpenFile();
+    if (file >= 0) ::close(file);
+    return opened;
+}
+
+bool isOwn(const std::string& path) {
+    return openOwn(path).descriptor() >= 0;
+}
+
+std::string textOf(const OpenFile& file) {
+    constexpr std::size_t piece = std::size_t{1} << 16;
+    std::string text;
+    for (std::size_t got = piece; got > 0;) {
+        const std::size_t size = text.size();
+        text.resize(size + piece);
+        if (file.readAt(size, text.data() + size, piece, got) != 0) got = 0;
+        text.resize(size + got);
+    }
+    return text;
+}
+
 bool isLocked(const std::string& path) {
     if (!isRegular(path)) return false;
     const OpenFile file = OpenFile::at(path.c_str());
@@ -147,7 +178,7 @@ Recovery::Recovery(const std::string& logPath)
     : path_(recoveryPath(logPath)), asidePath_(path_ + "~") {}
 
 bool Recovery::exists() const {
-    return isRegular(path_);
+    return isOwn(path_);
 }
 
 bool Recovery::isInUse() {
@@ -159,20 +190,19 @@ bool Recovery::isInUse() {
 
 // What was set aside is whole; what was written down anew of it may not be.
 void Recovery::restore() {
-    if (!isRegular(asidePath_) || isInUse()) return;
+    if (!isOwn(asidePath_) || isInUse()) return;
     std::error_code ignored;
     fs::rename(asidePath_, path_, ignored);
 }
 
-std::string Recovery::setAside() {
-    OpenFile file = OpenFile::at(path_.c_str());
-    if (file.error() != 0) throw Failure{unwritable, path_ + ": " + std::strerror(file.error())};
+void Recovery::setAside() {
+    OpenFile file = openOwn(path_);
+    if (file.descriptor() < 0) throw Failure{unwritable, path_ + ": is gone, or not yours"};
     if (file.lock() == EWOULDBLOCK) {
         throw Failure{unwritable, path_ + ": another vek browse has these edits now"};
     }
     aside_ = std::move(file);
     fs::rename(path_, asidePath_);
-    return asidePath_;
 }
 
 void Recovery::dropAside() {
@@ -181,14 +211,14 @@ void Recovery::dropAside() {
 }
 
 bool Recovery::fits(const FileMark& mark) const {
-    std::ifstream file(path_, std::ios::binary);
+    std::istringstream file(textOf(openOwn(path_)));
     std::string first;
     return std::getline(file, first) && first == markLine(mark);
 }
 
 // A last line without an end was being written when the program ended.
-std::size_t Recovery::replay(const std::string& path, EditLog& edits) {
-    std::ifstream file(path, std::ios::binary);
+std::size_t Recovery::replay(EditLog& edits) const {
+    std::istringstream file(textOf(aside_));
     std::string line;
     std::getline(file, line);
     const EditLog::Step step(edits);
@@ -200,16 +230,16 @@ std::size_t Recovery::replay(const std::string& path, EditLog& edits) {
     return count;
 }
 
-// Made anew and never followed: whatever stands there already is not ours. Nothing is in it before
-// it is its owner's alone.
+// Made anew and never followed: whatever stands there already is not ours. It is its owner's alone
+// from the first moment on.
 void Recovery::open() {
     if (file_ != nullptr || !mark_ || !trouble_.empty()) return;
-    file_.reset(std::fopen(path_.c_str(), "wbxe"));
-    if (file_ == nullptr) return check(false);
+    constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    const int made = ::open(path_.c_str(), flags, S_IRUSR | S_IWUSR);
+    if (made < 0) return check(false);
+    file_.reset(::fdopen(made, "wb"));
+    if (file_ == nullptr) return ::close(made), check(false);
     isAnothers_ = false;
-    std::error_code error;
-    fs::permissions(path_, fs::perms::owner_read | fs::perms::owner_write, error);
-    if (error) return check(false);
     // Without the lock, edits are offered to whoever opens the log.
     OpenFile::of(::fileno(file_.get())).lock();
     line({markLine(*mark_)});

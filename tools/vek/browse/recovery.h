@@ -32,21 +32,22 @@ public:
     explicit Recovery(const std::string& logPath);
 
     const std::string& path() const { return path_; }
+    /// Whether there is one, of this user's own.
     bool exists() const;
     /// Whether it belongs to another browser that lives. A lock says so, which ends with its
     /// process, however that ends.
     bool isInUse();
     /// Puts back what a recovery had set aside that was killed.
     void restore();
-    /// Sets the file aside for `replay`, as what is replayed is written down anew, and says where
-    /// it is. Fails where it is in use.
-    std::string setAside();
+    /// Sets the file aside for `replay`, as what is replayed is written down anew. Fails where it
+    /// is in use.
+    void setAside();
     /// All of it is written down anew.
     void dropAside();
     /// Whether edits that stand there were made to the log as it is on the disk.
     bool fits(const FileMark& mark) const;
-    /// Makes the edits that stand in a recovery file, as one step; how many there were.
-    static std::size_t replay(const std::string& path, EditLog& edits);
+    /// Makes the edits that stand in the file set aside, as one step; how many there were.
+    std::size_t replay(EditLog& edits) const;
 
     /// From now on edits are made to a file of this mark.
     void begin(const std::optional<FileMark>& mark) { mark_ = mark; }

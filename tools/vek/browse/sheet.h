@@ -107,9 +107,10 @@ public:
     bool isChangedOnDisk() const;
     /// Takes the edits over that the recovery file holds; how many.
     std::size_t recover();
-    /// Writes all into the log's file; what was not edited stays as it came, unless the file was
-    /// changed meanwhile. What the file could not hold.
-    std::vector<std::string> save();
+    /// Writes all into the log's file; what was not edited stays as it came. A Failure where the
+    /// file is another one than was read, unless that may be overwritten. What the file could not
+    /// hold.
+    std::vector<std::string> save(bool overwrites = false);
     /// Writes all, or what is shown as it is shown, into another file.
     std::vector<std::string> saveAs(const std::string& path, bool asShown);
     /// Writes the rows shown, with all columns, into another file.
@@ -126,6 +127,7 @@ private:
     unsigned tagColumn();
     void fitColumns();
     void clampPlace();
+    void requireUnchanged() const;
     Log fresh(std::vector<unsigned>& order, bool holds) const;
     void renameIn(Log& to) const;
     void copyRow(unsigned row, Log& to, unsigned toRow) const;

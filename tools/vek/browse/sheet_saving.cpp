@@ -50,7 +50,8 @@ bool Sheet::isChangedOnDisk() const {
 
 // The edits are written down anew as they are made; the old file stays until they all are.
 std::size_t Sheet::recover() {
-    const std::size_t count = Recovery::replay(recovery_.setAside(), edits_);
+    recovery_.setAside();
+    const std::size_t count = recovery_.replay(edits_);
     settle();
     recovery_.dropAside();
     return count;
@@ -78,10 +79,18 @@ void Sheet::copyRow(unsigned row, Log& to, unsigned toRow) const {
     }
 }
 
+void Sheet::requireUnchanged() const {
+    if (!isChangedOnDisk()) return;
+    throw Failure{unwritable, log_.name +
+                                  ": was changed by another program, and nothing is written; save "
+                                  "again to choose"};
+}
+
 // The file is read once more, and gets what was edited: so all that was not is known to stand as
-// it came.
+// it came. Who held it until now may have changed it.
 Log Sheet::fresh(std::vector<unsigned>& order, bool holds) const {
     Log to = holds ? openLogToChange(log_.path, opening_) : openLogToCopy(log_.path, opening_);
+    requireUnchanged();
     requireWhole(to);
     renameIn(to);
     for (unsigned row = 0; row < log_.rowCount(); ++row) {
@@ -93,13 +102,15 @@ Log Sheet::fresh(std::vector<unsigned>& order, bool holds) const {
     return to;
 }
 
-std::vector<std::string> Sheet::save() {
+std::vector<std::string> Sheet::save(bool overwrites) {
     requireWhole(log_);
     const Format target = targetOf(log_);
     std::vector<std::string> notes;
-    if (isChangedOnDisk() || !isChangedInPlace(log_.format)) {
+    if ((overwrites && isChangedOnDisk()) || !isChangedInPlace(log_.format)) {
+        const Held held = holdFile(log_.path);
+        if (!overwrites) requireUnchanged();
         notes = writeAs(*this, target, viewOf(log_, numbers(log_.rowCount())), allColumns(log_),
-                        log_.path, holdFile(log_.path));
+                        log_.path, held);
     } else {
         std::vector<unsigned> order;
         const Log to = fresh(order, true);
