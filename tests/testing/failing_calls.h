@@ -25,10 +25,10 @@ public:
         using Calls = FileIO::SystemCalls;
         replaceAll<&Calls::open, &Calls::read, &Calls::write, &Calls::sync, &Calls::setMode,
                    &Calls::openAt, &Calls::duplicate, &Calls::status, &Calls::statusAt,
-                   &Calls::linkAt, &Calls::mayWriteAt, &Calls::renameAt, &Calls::removeAt,
-                   &Calls::lock, &Calls::readAt, &Calls::makeRoom, &Calls::cut, &Calls::setOwner,
-                   &Calls::listAttributes, &Calls::attribute, &Calls::setAttribute,
-                   &Calls::removeAttribute>();
+                   &Calls::linkAt, &Calls::mayWriteAt, &Calls::renameAt, &Calls::renameNewAt,
+                   &Calls::removeAt, &Calls::lock, &Calls::readAt, &Calls::makeRoom, &Calls::cut,
+                   &Calls::setOwner, &Calls::listAttributes, &Calls::attribute,
+                   &Calls::setAttribute, &Calls::removeAttribute>();
         FileIO::systemCalls().close = [](int file) {
             const int closed = real_.close(file);
             return isDue() ? -1 : closed;

@@ -187,6 +187,17 @@ int renameAt(int folder, const char* from, const char* to) {
     return ::renameat(folder, from, folder, to);
 }
 
+// Some file systems do not know the flag.
+int renameNewAt(int folder, const char* from, const char* to) {
+#ifdef RENAME_NOREPLACE
+    const int done = ::renameat2(folder, from, folder, to, RENAME_NOREPLACE);
+    if (done == 0 || (errno != EINVAL && errno != ENOSYS)) {
+        return done;
+    }
+#endif
+    return renameAt(folder, from, to);
+}
+
 int removeAt(int folder, const char* name) {
     return ::unlinkat(folder, name, 0);
 }
@@ -229,6 +240,7 @@ SystemCalls& systemCalls() {
         .linkAt = ::readlinkat,
         .mayWriteAt = mayWriteAt,
         .renameAt = renameAt,
+        .renameNewAt = renameNewAt,
         .removeAt = removeAt,
         .lock = ::flock,
         .readAt = ::pread,

@@ -34,6 +34,9 @@ struct SystemCalls {
     ssize_t (*linkAt)(int folder, const char* name, char* to, std::size_t size);
     int (*mayWriteAt)(int folder, const char* name);
     int (*renameAt)(int folder, const char* from, const char* to);
+    // The same where nothing has the name yet; else EEXIST. Where the system cannot do both at
+    // once, the name is taken as it is.
+    int (*renameNewAt)(int folder, const char* from, const char* to);
     int (*removeAt)(int folder, const char* name);
     int (*lock)(int file, int operation);
     ssize_t (*readAt)(int file, void* to, std::size_t size, off_t from);

@@ -516,6 +516,26 @@ TEST_F(Replacing, ALinkThatTakesTheFilesPlaceMeanwhileIsNotFollowed) {
     EXPECT_EQ(folder.names(), (Names{"out", "target"}));
 }
 
+// Of two that make a new file of one name the second one is told, however late the first came.
+TEST_F(Replacing, WhatIsToBeNewTakesNoPlaceThatWasTakenMeanwhile) {
+    static std::string taken;
+    taken = path("out");
+    const FileIO::SystemCalls before = FileIO::systemCalls();
+    FileReplacement file(false);
+    ASSERT_TRUE(file.find(taken.c_str()) && file.hold(0) && file.open() && file.write("new"));
+    ASSERT_TRUE(file.complete());
+    // The last call before the name is given.
+    FileIO::systemCalls().close = [](int closed) {
+        ::close(::open(taken.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0600));
+        return ::close(closed);
+    };
+    EXPECT_FALSE(file.commit());
+    FileIO::systemCalls() = before;
+    EXPECT_EQ(file.trouble(), FileReplacement::eChanged);
+    EXPECT_EQ(folder.read("out"), "");
+    EXPECT_EQ(folder.names(), (Names{"out"}));
+}
+
 // The owner that a new file gets is that of the file it takes the place of.
 TEST_F(Replacing, AFileThatTakesThePlaceMeanwhileGivesItsOwnOwnerAndMode) {
     folder.write("out", "old");

@@ -243,7 +243,10 @@ private:
     FileTrouble rename() {
         int error = temporary_.close();
         if (error == 0) {
-            error = temporary_.become(place_.name());
+            error = temporary_.become(place_.name(), isHeld_ && !old_.isOpen());
+        }
+        if (error == EEXIST) {
+            return {FileTrouble::changed, EBUSY};
         }
         return error == 0 ? FileTrouble() : FileTrouble::ofSystem(error);
     }
@@ -257,7 +260,7 @@ private:
         if (const int error = fill(copy, place.folder())) {
             return FileTrouble::ofSystem(error);
         }
-        if (const int error = copy.become(place.name())) {
+        if (const int error = copy.become(place.name(), false)) {
             return FileTrouble::ofSystem(error);
         }
         flushFolder(place.folder());

@@ -161,8 +161,9 @@ int Temporary::close() {
     return systemCalls().close(file_.take()) == 0 ? 0 : errno;
 }
 
-int Temporary::become(const std::string& name) {
-    if (systemCalls().renameAt(folder_, name_.c_str(), name.c_str()) != 0) {
+int Temporary::become(const std::string& name, bool isNew) {
+    const auto rename = isNew ? systemCalls().renameNewAt : systemCalls().renameAt;
+    if (rename(folder_, name_.c_str(), name.c_str()) != 0) {
         return errno;
     }
     keep();

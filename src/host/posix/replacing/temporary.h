@@ -28,8 +28,9 @@ public:
 
     /// Closes the file, so that what the disk has against it is known. 0 or the error.
     int close();
-    /// Gives it the name of another file of the folder. 0 or the error.
-    int become(const std::string& name);
+    /// Gives it the name of another file of the folder, or, where it is to be a new one, EEXIST
+    /// where there is one. 0 or the error.
+    int become(const std::string& name, bool isNew);
     /// Leaves it where it is.
     void keep();
     void remove();
