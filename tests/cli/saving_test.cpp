@@ -119,6 +119,83 @@ TEST(AtOnce, NoChangeThatEndedWellIsLostWhereOthersAreKilled) {
     std::printf("%d changes at once, %d of them killed on the way\n", changes, changes - well);
 }
 
+namespace {
+
+// Each of the commands ends with 0 or 4; how many with 0.
+int doneOf(const WorkFolder& folder, const std::vector<std::string>& commands) {
+    std::string script;
+    for (const std::string& command : commands) {
+        script += "(\"$0\" " + command + " >/dev/null 2>&1; echo $?) & ";
+    }
+    std::istringstream codes(run(folder, shell(script + "wait")).output);
+    int done = 0;
+    for (int code = 0; codes >> code;) {
+        EXPECT_TRUE(code == 0 || code == 4) << code;
+        done += code == 0 ? 1 : 0;
+    }
+    return done;
+}
+
+std::vector<std::string> eightTimes(const std::string& before, const std::string& after) {
+    std::vector<std::string> commands;
+    for (int i = 0; i < 8; ++i) commands.push_back(before + std::to_string(i) + after);
+    return commands;
+}
+
+}  // namespace
+
+// What somebody was told to be there is there.
+TEST(AtOnce, OfThoseThatMakeOneFileOneIsDoneAndTheOthersAreTold) {
+    const std::string identity = " 910a2debbeeb8da0f893a2ed71c1868f0000";
+    for (int round = 0; round < 5; ++round) {
+        WorkFolder folder;
+        EXPECT_EQ(doneOf(folder, eightTimes("container create c.vek" + identity, "a")), 1);
+        folder.write("log.csv", "Reel,Take\nA,1\n");
+        EXPECT_EQ(
+            doneOf(folder, eightTimes("split log.csv --by Reel -o {Reel}.csv -w 'Take!=", "0'")),
+            1);
+        const std::string part = "convert log.csv --partition Reel --to jsonl -o parts --append";
+        const int done = doneOf(folder, std::vector<std::string>(4, part));
+        const auto begin = std::filesystem::directory_iterator(folder.path() / "parts/Reel=A");
+        EXPECT_EQ(std::distance(begin, std::filesystem::directory_iterator()), done);
+        EXPECT_GE(done, 1);
+    }
+}
+
+TEST(AtOnce, AnotherLogThatIsReplacedMustBeAsItWasRead) {
+    WorkFolder folder;
+    folder.write("log.vek", logText);
+    folder.write("first.csv", "Reel,Take\nB001,9\n");
+    Finish finish = run(folder, shell("(sleep 0.4; echo more >> log.vek) & "
+                                      "(cat log.vek; sleep 0.8) | "
+                                      "\"$0\" append first.csv log.vek - -o log.vek 2>&1; wait"));
+    EXPECT_NE(finish.output.find("log.vek: was changed by another program since it was read"),
+              std::string::npos)
+        << finish.output;
+    EXPECT_EQ(folder.read("log.vek"), std::string(logText) + "more\n");
+}
+
+// Only root can give links to others; those of anybody else are their own, and are followed.
+TEST(Names, OfFoldersThatLeadThroughLinksOfOthersAreNotMade) {
+    const bool isOthers = ::geteuid() == 0;
+    WorkFolder folder;
+    folder.write("log.csv", "Reel,Take\nA,1\n");
+    std::filesystem::create_directory(folder.path() / "mine");
+    std::filesystem::create_directory(folder.path() / "open");
+    ASSERT_EQ(::chmod((folder.path() / "open").c_str(), 01777), 0);
+    std::filesystem::create_symlink("../mine", folder.path() / "open/link");
+    const int given = ::lchown((folder.path() / "open/link").c_str(), 2001, 2001);
+    ASSERT_EQ(given == 0, isOthers);
+    for (const char* line : {"convert log.csv --to jsonl -o open/link/deep/er",
+                             "convert log.csv --partition Reel --to jsonl -o open/link/parts"}) {
+        const Finish finish = runVekLine(folder, line);
+        EXPECT_EQ(finish.exitCode, isOthers ? 4 : 0) << line;
+        const auto told = finish.errors.find("a link that somebody else put there");
+        EXPECT_EQ(told != std::string::npos, isOthers) << finish.errors;
+    }
+    EXPECT_EQ(std::filesystem::is_empty(folder.path() / "mine"), isOthers);
+}
+
 TEST(AtOnce, WhoWaitsTooLongForAnotherIsTold) {
     WorkFolder folder;
     folder.write("log.vek", logText);
@@ -292,4 +369,25 @@ TEST(FullDisk, OfABackupIsCalledSoAndLeavesFileAndOlderBackup) {
     EXPECT_EQ(folder.read("log.csv.bak"), "older");
     EXPECT_EQ(folder.read("log.csv"), rows(20000));
     EXPECT_EQ(folder.names(), (std::vector<std::string>{"log.csv", "log.csv.bak"}));
+}
+
+TEST(SeveralLogs, AreSavedOneAfterTheOtherAndThoseThatWereAreNamed) {
+    WorkFolder folder;
+    std::filesystem::create_directory(folder.path() / "shut");
+    folder.write("a.csv", "A\n1\n");
+    folder.write("shut/b.csv", "A\n1\n");
+    for (const char* open : {"", "a.csv", "shut/b.csv"}) {
+        ASSERT_EQ(::chmod((folder.path() / open).c_str(), 0777), 0);
+    }
+    ASSERT_EQ(::chmod((folder.path() / "shut").c_str(), 0555), 0);
+    Start start;
+    start.asNobody = true;
+    start.words = {"vek",        "sql",     "a.csv",
+                   "shut/b.csv", "--write", "UPDATE a SET A = 2; UPDATE b SET A = 2"};
+    const Finish finish = run(folder, start);
+    EXPECT_EQ(finish.exitCode, 4);
+    EXPECT_NE(finish.errors.find("; saved before: a.csv"), std::string::npos) << finish.errors;
+    EXPECT_EQ(folder.read("a.csv"), "A\n2\n");
+    EXPECT_EQ(folder.read("shut/b.csv"), "A\n1\n");
+    ASSERT_EQ(::chmod((folder.path() / "shut").c_str(), 0777), 0);
 }

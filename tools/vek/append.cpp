@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "formats/changing/merger.h"
+#include "tools/vek/cli/outputs.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/saving.h"
 #include "tools/vek/cli/say.h"
@@ -28,9 +29,17 @@ void requireOneStandardInput(const Args& args) {
     throw Failure{wrongUsage, "append: standard input can be one of the logs, not several"};
 }
 
+// What takes the place of another one of the logs must be what it held, too.
+Held heldOther(const Args& args) {
+    const std::string output = args.text("output");
+    return isInput({args.text("FILE")}, output) ? nullptr : holdInput(args.all("OTHER"), output);
+}
+
 int run(const Args& args) {
     requireOneStandardInput(args);
+    Held held = args.has("dry-run") ? nullptr : heldOther(args);
     Log log = readLogToSave(args);
+    if (!log.held) log.held = held;
     int result = readingResult(log);
     const unsigned before = log.rowCount();
     const unsigned columnsBefore = log.columnCount();

@@ -1,7 +1,12 @@
 #include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <filesystem>
 #include <numeric>
+#include <thread>
 
 #include <vekdb/container/container_file.h>
+#include <vekdb/host/open_file.h>
 
 #include <vekdb/host/paths.h>
 #include <vekdb/host/text_util.h>
@@ -113,6 +118,18 @@ void refuseExisting(const std::string& path) {
     throw Failure{unwritable, path + ": is there already; add items with vek container add"};
 }
 
+// Of two that make one container the second one sees that of the first. Who holds the folder for
+// long is not waited for.
+OpenFile holdFolderOf(const std::string& path) {
+    constexpr int mostTries = 500;
+    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    OpenFile held = OpenFile::at(folder.empty() ? "." : folder.c_str());
+    for (int i = 0; held.error() == 0 && i < mostTries && held.lock() == EWOULDBLOCK; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return held;
+}
+
 int create(const std::string& path, const std::vector<std::string>& items, const Args& args) {
     std::vector<Cookie> cookies;
     for (const std::string& item : items) cookies.push_back(cookieNamed(item));
@@ -126,6 +143,8 @@ int create(const std::string& path, const std::vector<std::string>& items, const
         say(concat(path, ": ", counted(cookies.size(), "item"), " would be in it"));
         return done;
     }
+    const OpenFile folder = holdFolderOf(path);
+    refuseExisting(path);
     // Why a file may not stand there is said here; the writer of containers says nothing.
     holdFile(path);
     writer.save(wide(path));

@@ -14,6 +14,7 @@
 #include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/log_files.h"
+#include "tools/vek/cli/outputs.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/cli/side_by_side.h"
@@ -131,7 +132,7 @@ Wish wishFrom(const Args& args) {
     return wish;
 }
 
-// What an earlier search wrote into a folder is none of its logs.
+// What an earlier search wrote into a folder is none of its logs. One that was named is.
 void leaveOut(const std::string& output, std::vector<std::string>& paths) {
     if (output.empty() || output == "-") return;
     const std::string name = std::filesystem::path(output).filename().native();
@@ -428,6 +429,7 @@ int resultOf(const Answers& answers, const LogFiles& files) {
 int run(const Args& args) {
     const Wish wish = wishFrom(args);
     if (!wantsTable(args)) styleFrom(args, wantedTarget(args));
+    requireNoInput("find", wish.paths, args.text("output"), "what is found");
     LogFiles files = logFilesFrom(wish.paths, args);
     leaveOut(args.text("output"), files.paths);
     if (files.paths.empty() && files.areAll) {

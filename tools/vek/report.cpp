@@ -1,6 +1,7 @@
 #include "tools/vek/report/page.h"
 
 #include "formats/reading/input.h"
+#include "tools/vek/cli/outputs.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
@@ -47,19 +48,11 @@ void requireOut(const Printout& out) {
     throw Failure{wrongUsage, "report: a page is nothing for a terminal; name a file, -o day.html"};
 }
 
-// A page is no log: it must not take the place of one.
-void requireNoInput(const std::vector<std::string>& paths, const std::string& output) {
-    if (holdInput(paths, output) == nullptr) return;
-    throw Failure{wrongUsage, "report: " + output +
-                                  " is a log that is read, and the page would take its place; name "
-                                  "another file, -o day.html"};
-}
-
 int run(const Args& args) {
     const page::Wishes wishes = wishesFrom(args);
     const Opening opening = openingFrom(args);
     const std::vector<std::string>& paths = args.all("FILE");
-    requireNoInput(paths, args.text("output"));
+    requireNoInput("report", paths, args.text("output"), "the page");
     Printout out(args.text("output"));
     requireOut(out);
     // The process ends with the command, and its memory with it, faster than row by row.

@@ -3,6 +3,7 @@
 
 #include <vekdb/host/text_util.h>
 #include "tools/vek/cli/choosing.h"
+#include "tools/vek/cli/outputs.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/saving.h"
 #include "tools/vek/cli/say.h"
@@ -69,7 +70,9 @@ std::uint64_t seedFrom(const Args& args) {
 
 // Whatever is not drawn goes, from which rows ever it was.
 void requireConsent(const Args& args) {
-    const bool deletes = !args.has("output") && !args.has("dry-run") && args.text("FILE") != "-";
+    const std::string file = args.text("FILE");
+    const bool isInPlace = !args.has("output") || isInput({file}, args.text("output"));
+    const bool deletes = isInPlace && !args.has("dry-run") && file != "-";
     if (!deletes || args.has("every")) return;
     throw Failure{wrongUsage,
                   "sample: in place all other rows are deleted; expected -o OUT, or --every to "
@@ -116,7 +119,7 @@ Command sampleCommand() {
         join({{"--seed", "N", "a number; another one each time as a rule"},
               {"-n,--dry-run", "", "print the rows as CSV, write nothing"},
               savingOption(),
-              {"--every", "", "without -o: delete every row that is not drawn"},
+              {"--every", "", "in place: delete every row that is not drawn"},
               backupOption(),
               fromOption()},
              choosingOptions()),

@@ -9,6 +9,7 @@
 #include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/each_log.h"
 #include "tools/vek/cli/grid.h"
+#include "tools/vek/cli/outputs.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/cli/terminal.h"
@@ -268,6 +269,13 @@ int showEach(const Args& args, const Selection& selection) {
     return narrows(selection) && !hasMatches ? std::max<int>(result, found) : result;
 }
 
+// Whether anything of the log is not in what is written: rows, columns, or what its format keeps.
+bool isLess(const Sheet& sheet, const Args& args) {
+    return wantsTable(args) || wantedTarget(args) != sheet.log.format ||
+           sheet.rowCount() < sheet.log.rowsInSource() ||
+           sheet.columns.size() < sheet.log.columnCount();
+}
+
 int run(const Args& args) {
     Selection selection = selectionFrom(args);
     requireFitting(args);
@@ -281,6 +289,9 @@ int run(const Args& args) {
     static const Log& log = *new Log(readLog(args, "FILE", wanted));
     Selected selected = selectRows(log, selection);
     Sheet sheet{log, selected.view, shownColumns(log, args)};
+    if (isLess(sheet, args)) {
+        requireNoInput("show", {args.text("FILE")}, args.text("output"), "a part of it");
+    }
     Printout out(args.text("output"), held);
     if (wantsTable(args)) {
         printTable(sheet, selected.matched, args, out);

@@ -1,11 +1,13 @@
 
 #include <algorithm>
 #include <deque>
+#include <unordered_map>
 
 #include "formats/changing/cell_template.h"
 #include "formats/changing/file_names.h"
 #include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/grid.h"
+#include "tools/vek/cli/outputs.h"
 #include "tools/vek/cli/pieces.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/saving.h"
@@ -111,9 +113,16 @@ void requireFolder(const std::string& path) {
 // Everything that can be known to go wrong is known before the first file is written.
 void requireFree(const Log& log, const Pieces& pieces, bool overwrites) {
     std::size_t count = 0;
+    std::unordered_map<std::string, const std::string*> places;
     for (const Piece& piece : pieces) {
         requireFolder(piece.path);
-        if (!isThere(piece.path)) continue;
+        const auto [other, isNew] = places.try_emplace(placeOf(piece.path), &piece.path);
+        if (!isNew) {
+            throw Failure{unwritable, concat(*other->second, " and ", piece.path,
+                                             " are one file, nothing is written; name another "
+                                             "folder")};
+        }
+        if (!isTaken(piece.path)) continue;
         if (isSameFile(piece.path, log.path)) {
             throw Failure{unwritable,
                           piece.path + ": is the log that is split; nothing is written"};
@@ -154,12 +163,17 @@ public:
 
 private:
     void prepare(const Piece& piece) {
-        Held held = backsUp_ && isThere(piece.path) ? holdFile(piece.path) : nullptr;
-        Draft& draft = drafts_.emplace_back(Draft{Printout(piece.path, held, backsUp_), {}});
+        Draft& draft =
+            drafts_.emplace_back(Draft{Printout(piece.path, heldFor(piece), backsUp_), {}});
         InPlace now(log_);
         now.rows = piece.rows;
         now.isPiece = true;
         writeCopy(now, target_, args_, draft.out, draft.losses);
+    }
+
+    Held heldFor(const Piece& piece) const {
+        if (!args_.has("overwrite")) return holdNewFile(piece.path);
+        return backsUp_ && isThere(piece.path) ? holdFile(piece.path) : nullptr;
     }
 
     void finish(const Piece& piece, Draft& draft) {

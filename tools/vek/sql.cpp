@@ -2,9 +2,11 @@
 #include <filesystem>
 #include <set>
 
+#include "formats/changing/file_names.h"
 #include "formats/text/text_lines.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/grid.h"
+#include "tools/vek/cli/outputs.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/saving.h"
 #include "tools/vek/cli/say.h"
@@ -92,8 +94,23 @@ Words wordsOf(const Args& args) {
                       "'SELECT * FROM log'"};
 }
 
+bool savesLogs(const Args& args) {
+    return args.has("write") && !args.has("dry-run");
+}
+
+// Each log that is read would be saved, and the last one with what others do not have.
+void requireOneNameEach(const std::vector<std::string>& paths) {
+    for (auto path = paths.begin(); path != paths.end(); ++path) {
+        const auto other = std::find_if(
+            paths.begin(), path, [&](const std::string& one) { return isSameFile(one, *path); });
+        if (other == path) continue;
+        throw Failure{wrongUsage, concat("sql: ", *other, " and ", *path,
+                                         " are one log; to change it, name it once")};
+    }
+}
+
 Log readForSql(const std::string& path, const Args& args) {
-    if (!args.has("write") || args.has("dry-run")) return readLog(path, args);
+    if (!savesLogs(args)) return readLog(path, args);
     if (path == "-") {
         throw Failure{wrongUsage, "sql: the standard input is not written back; name a file"};
     }
@@ -154,8 +171,8 @@ void printTable(const Sheet& sheet, const Args& args, Printout& out) {
     out.inkedLine(inked(Ink::faint, footer, screen));
 }
 
-void print(const Log& answer, const Args& args, Held held) {
-    Printout out(args.text("output"), std::move(held));
+void print(const Log& answer, const Args& args) {
+    Printout out(args.text("output"));
     const Sheet sheet = wholeSheet(answer);
     Losses losses;
     if (wantsTable(args)) {
@@ -189,15 +206,33 @@ void requireFitting(const Args& args) {
     }
 }
 
-sql::Wishes wishesFrom(const Args& args) {
+// Saves logs one after the other, and knows which ones are saved where one cannot be.
+class Saver {
+public:
+    explicit Saver(bool backup) : backup_(backup) {}
+
+    void save(const Log& log, const std::vector<unsigned>& rows) {
+        try {
+            saveInPlace(log, rows, backup_);
+        } catch (const Failure& failure) {
+            throw Failure{failure.kind, saved_.empty()
+                                            ? failure.text
+                                            : concat(failure.text, "; saved before: ", saved_)};
+        }
+        saved_ += saved_.empty() ? log.name : concat(", ", log.name);
+    }
+
+private:
+    bool backup_;
+    std::string saved_;
+};
+
+sql::Wishes wishesFrom(const Args& args, Saver& saver) {
     // Rows that go on to be counted or grouped no more are kept until they are printed.
     constexpr std::size_t mostAnswer = std::size_t{1} << 30;
-    const bool backup = args.has("backup");
     return {args.has("write"), args.has("dry-run"), wantedRate(args),
             args.number("max-output", mostAnswer),
-            [backup](const Log& log, const std::vector<unsigned>& rows) {
-                saveInPlace(log, rows, backup);
-            }};
+            [&saver](const Log& log, const std::vector<unsigned>& rows) { saver.save(log, rows); }};
 }
 
 int run(const Args& args) {
@@ -205,10 +240,13 @@ int run(const Args& args) {
     const Words words = wordsOf(args);
     std::vector<std::string> paths;
     for (const NamedPath& log : words.logs) paths.push_back(log.path);
-    Held held = args.has("write") ? nullptr : holdInput(paths, args.text("output"));
-    const sql::Answer answer = sql::run(readAll(words, args), words.statements, wishesFrom(args));
+    requireNoInput("sql", paths, args.text("output"), "the answer");
+    if (savesLogs(args)) requireOneNameEach(paths);
+    Saver saver(args.has("backup"));
+    const sql::Answer answer =
+        sql::run(readAll(words, args), words.statements, wishesFrom(args, saver));
     const bool hasRows = answer.rows.table != nullptr;
-    if (hasRows) print(answer.rows, args, held);
+    if (hasRows) print(answer.rows, args);
     if (args.has("write")) tellChanges(answer, args.has("dry-run"));
     const bool isNothing =
         args.has("write") ? answer.changed == 0 : hasRows && answer.rows.rowCount() == 0;
@@ -234,7 +272,8 @@ Command sqlCommand() {
         "tc_frames(tc, rate), tc_text(frames, rate) and tc_add(tc, frames, rate) reckon at 24 "
         "frames a second where no rate is said; feet(frames or keycode, gauge) and feet(start, "
         "end, gauge) give footage. With --write, UPDATE, INSERT and DELETE change the logs: all "
-        "statements or none, and of the files what was changed alone. No other file is reached. "
+        "statements or none, and of the files what was changed alone; several are saved one after "
+        "the other, and where one cannot be, which ones were is told. No other file is reached. "
         "Ends with 1 where no row came or none was changed.",
         {{"vek sql samples/dailies.vek 'SELECT Scene, count(*) AS takes FROM log GROUP BY Scene "
           "ORDER BY takes DESC LIMIT 3'",

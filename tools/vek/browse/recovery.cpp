@@ -6,9 +6,7 @@
 #include <filesystem>
 #include <sstream>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <vekdb/host/own_file.h>
 
 #include "formats/text/text_lines.h"
 
@@ -130,18 +128,8 @@ bool isRegular(const std::string& path) {
 }
 
 // What somebody else put there, or a link leads to, are no edits of this user's.
-OpenFile openOwn(const std::string& path) {
-    const int file = ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-    struct stat status = {};
-    const bool isOwn = file >= 0 && ::fstat(file, &status) == 0 && S_ISREG(status.st_mode) &&
-                       status.st_uid == ::geteuid();
-    OpenFile opened = isOwn ? OpenFile::of(file) : OpenFile();
-    if (file >= 0) ::close(file);
-    return opened;
-}
-
 bool isOwn(const std::string& path) {
-    return openOwn(path).descriptor() >= 0;
+    return openOwnFile(path.c_str()).descriptor() >= 0;
 }
 
 std::string textOf(const OpenFile& file) {
@@ -196,7 +184,7 @@ void Recovery::restore() {
 }
 
 void Recovery::setAside() {
-    OpenFile file = openOwn(path_);
+    OpenFile file = openOwnFile(path_.c_str());
     if (file.descriptor() < 0) throw Failure{unwritable, path_ + ": is gone, or not yours"};
     if (file.lock() == EWOULDBLOCK) {
         throw Failure{unwritable, path_ + ": another vek browse has these edits now"};
@@ -211,7 +199,7 @@ void Recovery::dropAside() {
 }
 
 bool Recovery::fits(const FileMark& mark) const {
-    std::istringstream file(textOf(openOwn(path_)));
+    std::istringstream file(textOf(openOwnFile(path_.c_str())));
     std::string first;
     return std::getline(file, first) && first == markLine(mark);
 }
@@ -234,11 +222,8 @@ std::size_t Recovery::replay(EditLog& edits) const {
 // from the first moment on.
 void Recovery::open() {
     if (file_ != nullptr || !mark_ || !trouble_.empty()) return;
-    constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    const int made = ::open(path_.c_str(), flags, S_IRUSR | S_IWUSR);
-    if (made < 0) return check(false);
-    file_.reset(::fdopen(made, "wb"));
-    if (file_ == nullptr) return ::close(made), check(false);
+    file_.reset(makeOwnFile(path_.c_str()));
+    if (file_ == nullptr) return check(false);
     isAnothers_ = false;
     // Without the lock, edits are offered to whoever opens the log.
     OpenFile::of(::fileno(file_.get())).lock();

@@ -5,9 +5,10 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "formats/changing/file_names.h"
 #include "formats/packed/packed.h"
-#include "formats/text/letters.h"
 #include "tools/vek/cli/log_files.h"
+#include "tools/vek/cli/outputs.h"
 #include "tools/vek/cli/pieces.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"
@@ -35,6 +36,19 @@ std::string outputName(const std::string& name, Format target) {
     const std::size_t dot = unpacked.rfind('.');
     const bool hasEnding = dot != std::string_view::npos && dot > 0;
     return concat(hasEnding ? unpacked.substr(0, dot) : unpacked, endingOf(target));
+}
+
+// By hard links; paths do not tell those.
+bool hasFurtherNames(const std::string& path) {
+    std::error_code error;
+    const auto count = fs::hard_link_count(path, error);
+    return !error && count > 1;
+}
+
+std::vector<std::string> inputsOf(const std::vector<Job>& jobs) {
+    std::vector<std::string> inputs;
+    for (const Job& job : jobs) inputs.push_back(job.input);
+    return inputs;
 }
 
 class Plan {
@@ -74,18 +88,27 @@ private:
         jobs_.push_back({file, (folder / below.parent_path() / ending).native()});
     }
 
-    // Also where the file system takes names for the same that differ in case.
+    // Whatever names lead to one file, links and those that differ in case alone included.
     void requireOneEach() const {
         std::unordered_map<std::string, const Job*> known;
+        std::vector<const Job*> linked;
         for (const Job& job : jobs_) {
-            const auto [other, isNew] = known.try_emplace(foldedName(job.output), &job);
-            if (isNew) continue;
-            throw Failure{wrongUsage,
-                          concat("convert: ", other->second->input, " and ", job.input,
-                                 " would both become ", job.output,
-                                 ", nothing is written; name the folder that both stand in, below "
-                                 "which each keeps its place, or convert them one by one")};
+            const auto [other, isNew] = known.try_emplace(placeOf(job.output), &job);
+            if (!isNew) refuseTwo(*other->second, job);
+            if (!hasFurtherNames(job.output)) continue;
+            for (const Job* one : linked) {
+                if (isSameFile(one->output, job.output)) refuseTwo(*one, job);
+            }
+            linked.push_back(&job);
         }
+    }
+
+    [[noreturn]] static void refuseTwo(const Job& one, const Job& other) {
+        throw Failure{wrongUsage,
+                      concat("convert: ", one.input, " and ", other.input, " would both become ",
+                             other.output,
+                             ", nothing is written; name the folder that both stand in, below "
+                             "which each keeps its place, or convert them one by one")};
     }
 
     void requireFree() const {
@@ -93,9 +116,10 @@ private:
         std::size_t count = 0;
         for (const Job& job : jobs_) {
             std::error_code error;
-            if (!fs::exists(fs::symlink_status(job.output, error))) continue;
+            if (!isTaken(job.output)) continue;
             if (inputs.empty()) inputs = realInputs();
-            if (inputs.contains(fs::weakly_canonical(job.output, error).native())) {
+            if (inputs.contains(fs::weakly_canonical(job.output, error).native()) ||
+                (hasFurtherNames(job.output) && isInput(inputsOf(jobs_), job.output))) {
                 throw Failure{unwritable, job.output +
                                               ": is one of the logs that are read, nothing is "
                                               "written; say where to with -o FOLDER"};
@@ -125,15 +149,6 @@ private:
     std::vector<Job> jobs_;
     bool areAll_ = true;
 };
-
-void makeFolderOf(const std::string& path) {
-    const fs::path folder = fs::path(path).parent_path();
-    std::error_code error;
-    if (!folder.empty()) fs::create_directories(folder, error);
-    if (!error) return;
-    throw Failure{unwritable,
-                  concat(folder.native(), ": cannot be made a folder, ", error.message())};
-}
 
 // Converts log after log. One that cannot be read is told, and the others go on.
 class Converter {
@@ -166,7 +181,7 @@ private:
     void write(const Job& job) {
         const Log log = readLog(job.input, openingFrom(args_));
         makeFolderOf(job.output);
-        Printout out(job.output);
+        Printout out(job.output, args_.has("overwrite") ? nullptr : holdNewFile(job.output));
         Losses losses;
         writeSheet(wholeSheet(log), target_, styleFrom(args_, target_), out, losses);
         out.close();

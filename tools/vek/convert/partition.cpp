@@ -12,6 +12,7 @@
 #include "formats/text/written_names.h"
 #include "tools/vek/cli/column_keys.h"
 #include "tools/vek/cli/log_files.h"
+#include "tools/vek/cli/outputs.h"
 #include "tools/vek/cli/pieces.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"
@@ -111,10 +112,6 @@ private:
     std::size_t rows_ = 0;
     std::size_t bytes_ = 0;
 };
-
-void refuseFolder(const std::string& folder, const std::error_code& error) {
-    throw Failure{unwritable, concat(folder, ": cannot be made a folder, ", error.message())};
-}
 
 bool isEmptyOrAbsent(const std::string& folder) {
     std::error_code error;
@@ -232,7 +229,7 @@ private:
         all->displayAllRecords();
         Pieces pieces = piecesOf(log, all, columns);
         for (Piece& piece : pieces) piece.path = pathOf(log, piece);
-        for (const Piece& piece : pieces) isDry_ ? plan(piece) : write(log, piece);
+        for (const Piece& piece : pieces) isDry_ ? plan(piece) : writeOrTell(log, piece);
         ++part_;
         batch_.reset();
     }
@@ -265,19 +262,25 @@ private:
         planned_.push_back({piece.path, piece.rows.size()});
     }
 
+    void writeOrTell(const Log& log, const Piece& piece) {
+        try {
+            write(log, piece);
+        } catch (const Failure& failure) {
+            throw Failure{failure.kind, concat(failure.text, "; ", counted(files_, "file"),
+                                               files_ == 1 ? " was" : " were", " written before")};
+        }
+    }
+
     void write(const Log& log, const Piece& piece) {
-        std::error_code error;
-        const fs::path folder = fs::path(piece.path).parent_path();
-        fs::create_directories(folder, error);
-        if (error) refuseFolder(folder.native(), error);
+        makeFolderOf(piece.path);
         // Where the file system takes folders for one that differ in case.
-        if (fs::exists(fs::symlink_status(piece.path, error))) {
+        if (isTaken(piece.path)) {
             throw Failure{unwritable,
                           concat(piece.path,
                                  ": is there already, by another value whose name is the same "
                                  "here; write into a folder that tells a from A")};
         }
-        Printout out(piece.path);
+        Printout out(piece.path, holdNewFile(piece.path));
         Losses losses;
         writeSheet({log, viewOf(log, piece.rows), otherColumns(log)}, wish_.target,
                    styleFrom(args_, wish_.target), out, losses);

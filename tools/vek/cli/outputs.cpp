@@ -1,0 +1,84 @@
+#include "tools/vek/cli/outputs.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "formats/changing/file_names.h"
+#include "formats/text/letters.h"
+
+namespace vek {
+
+namespace fs = std::filesystem;
+
+bool isInput(const std::vector<std::string>& inputs, const std::string& output) {
+    if (output.empty() || output == "-") return false;
+    return std::any_of(inputs.begin(), inputs.end(),
+                       [&](const std::string& input) { return isSameFile(input, output); });
+}
+
+void requireNoInput(const char* command, const std::vector<std::string>& inputs,
+                    const std::string& output, const char* what) {
+    if (!isInput(inputs, output)) return;
+    throw Failure{wrongUsage, concat(command, ": ", output, " is a log that is read, and ", what,
+                                     " would take its place; name another file")};
+}
+
+bool isTaken(const std::string& path) {
+    std::error_code ignored;
+    return fs::exists(fs::symlink_status(path, ignored));
+}
+
+// What is held as nothing stays so until it is written, or the writing fails.
+Held holdNewFile(const std::string& path) {
+    Held held = holdFile(path);
+    if (!isTaken(path)) return held;
+    throw Failure{unwritable, path +
+                                  ": was made by another program meanwhile, and is left as it "
+                                  "is; give the command again to choose"};
+}
+
+namespace {
+
+// Where a file of that folder is looked up, links of others are noticed.
+void requireNoForeignLink(const fs::path& folder) {
+    FileReplacement file;
+    file.find((folder / "file").c_str());
+    if (file.trouble() == FileReplacement::eForeignLink) refuse(folder.native(), file);
+}
+
+fs::path firstThere(fs::path folder) {
+    std::error_code error;
+    while (!folder.empty() && !fs::exists(folder, error)) folder = folder.parent_path();
+    return folder;
+}
+
+// Also where the last link leads to nothing yet.
+fs::path behindLinks(fs::path path) {
+    constexpr int most = 40;
+    std::error_code error;
+    for (int i = 0; i < most && fs::is_symlink(fs::symlink_status(path, error)); ++i) {
+        path = path.parent_path() / fs::read_symlink(path, error);
+    }
+    return path;
+}
+
+}  // namespace
+
+void makeFolderOf(const std::string& path) {
+    const fs::path folder = fs::path(path).parent_path();
+    std::error_code error;
+    if (folder.empty() || fs::is_directory(folder, error)) return;
+    requireNoForeignLink(firstThere(folder));
+    fs::create_directories(folder, error);
+    if (!error) return;
+    throw Failure{unwritable,
+                  concat(folder.native(), ": cannot be made a folder, ", error.message())};
+}
+
+std::string placeOf(const std::string& path) {
+    std::error_code error;
+    const fs::path whole = fs::weakly_canonical(behindLinks(path), error);
+    return foldedName(error ? path : whole.native());
+}
+
+}  // namespace vek
