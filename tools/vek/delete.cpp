@@ -12,9 +12,9 @@ namespace vek {
 namespace {
 
 // The rows that stay.
-std::vector<unsigned> others(const Log& log, const VDBView& chosen) {
+std::vector<unsigned> others(const Log& log, const std::vector<unsigned>& chosen) {
     std::vector<char> goes(log.rowCount());
-    for (unsigned i = 0; i < chosen->get_num_records(); ++i) goes[chosen->baseIndex(i)] = 1;
+    for (unsigned row : chosen) goes[row] = 1;
     std::vector<unsigned> rows;
     for (unsigned row = 0; row < goes.size(); ++row) {
         if (!goes[row]) rows.push_back(row);
@@ -26,18 +26,15 @@ int run(const Args& args) {
     Selection selection = selectionFrom(args);
     requireChoice("delete", selection, args);
     Log log = args.has("dry-run") ? readLog(args) : readLogToChange(args);
-    VDBView chosen = selectRows(log, selection).view;
-    std::string summary =
-        counted(chosen->get_num_records(), "row") + " of " + std::to_string(log.rowCount());
+    const std::vector<unsigned> chosen = selectedRows(log, selection);
+    const std::string summary =
+        counted(chosen.size(), "row") + " of " + std::to_string(log.rowCount());
     if (args.has("dry-run")) {
-        Printout out;
-        Losses ignored;
-        writeSheet({log, chosen, allColumns(log)}, Format::csv, {}, out, ignored);
-        out.close();
+        printRows(log, chosen);
         say(log.name + ": " + summary + " would be deleted");
-        return chosen->get_num_records() == 0 ? found : done;
+        return chosen.empty() ? found : done;
     }
-    if (chosen->get_num_records() == 0) {
+    if (chosen.empty()) {
         say(log.name + ": no row matches, nothing deleted");
         return found;
     }

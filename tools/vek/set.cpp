@@ -170,7 +170,7 @@ int run(const Args& args) {
     Log log = readLogToSave(args);
     Changes changes(log, args.all("COLUMN=VALUE"));
     requireCounting(changes, args);
-    std::vector<unsigned> rows = rowsOf(selectRows(log, selection).view);
+    std::vector<unsigned> rows = selectedRows(log, selection);
     const std::size_t matched = rows.size();
     Editor editor(log, changes, numberingFrom(args));
     if (args.has("dry-run")) {

@@ -23,7 +23,7 @@ int run(const Args& args) {
     selection.sort = args.text("by");
     selection.reverse = args.has("reverse");
     Log log = readLogToSave(args);
-    const std::vector<unsigned> rows = rowsOf(selectRows(log, selection).view);
+    const std::vector<unsigned> rows = selectedRows(log, selection);
     const std::size_t moved = countMoved(rows);
     const std::string summary =
         concat(log.name, ": ", std::to_string(moved), " of ", counted(log.rowCount(), "row"));

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include <vekdb/row_copies.h>
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/choosing.h"
@@ -12,17 +14,31 @@ namespace vek {
 
 namespace {
 
-// The tags of a log while they are edited: a view of all rows. They live in the column "Tag".
+// Nearly every cell of the column is one character.
+bool isTagged(std::string_view cell) {
+    return cell.size() == 1 ? cell[0] >= '1' && cell[0] <= '9' : isTag(cell);
+}
+
+// The tags of a log while they are edited. They live in the column "Tag".
 class Tags {
 public:
-    explicit Tags(Log& log) : log_(log), all_(log.table.get()) {
-        all_->setupViewTagsFromVekdbTagField();
+    /// No row is tagged at first.
+    explicit Tags(Log& log) : log_(log), tags_(log.rowCount()) {}
+
+    /// As the column says.
+    void load() {
+        const unsigned column = log_.table->get_fieldnum("Tag");
+        if (column == noColumn) return;
+        for (unsigned row = 0; row < tags_.size(); ++row) {
+            tags_[row] = isTagged(log_.cell(row, column));
+        }
     }
 
-    void clear() { all_->set_all_tags(0); }
-    void set(unsigned row, bool isTagged) { all_->set_tag(row, isTagged ? 1 : 0); }
-    void invert(unsigned row) { all_->invert_tag(row); }
-    unsigned count() const { return all_->get_num_tags(); }
+    void set(unsigned row, bool isTagged) { tags_[row] = isTagged; }
+    void invert(unsigned row) { tags_[row] = !tags_[row]; }
+    std::size_t count() const {
+        return static_cast<std::size_t>(std::count(tags_.begin(), tags_.end(), true));
+    }
 
     // Without a column no row is tagged, which needs none to be said.
     bool needsNoColumn() const { return log_.findColumn("Tag") == noColumn && count() == 0; }
@@ -52,9 +68,8 @@ private:
         auto column =
             static_cast<unsigned short>(log_.table->addField({"Tag", DBFieldTypes::text}));
         for (unsigned row = 0; row < log_.rowCount(); ++row) {
-            const bool isTagged = all_->get_tag(row) != 0;
-            if (!isNew && isTagged == isTag(log_.cell(row, column))) continue;
-            take(row, column, isTagged ? "1" : "0");
+            if (!isNew && tags_[row] == isTagged(log_.cell(row, column))) continue;
+            take(row, column, tags_[row] ? "1" : "0");
         }
     }
 
@@ -72,7 +87,7 @@ private:
     }
 
     Log& log_;
-    VDBView all_;
+    std::vector<bool> tags_;
     std::vector<std::string_view> cells_;
 };
 
@@ -101,10 +116,7 @@ int finish(Log& log, Tags& tags, std::vector<unsigned> rows, const Args& args) {
 }
 
 std::vector<unsigned> matchingRows(const Log& log, const Args& args) {
-    VDBView view = selectRows(log, selectionFrom(args)).view;
-    std::vector<unsigned> rows;
-    for (unsigned i = 0; i < view->get_num_records(); ++i) rows.push_back(view->baseIndex(i));
-    return rows;
+    return selectedRows(log, selectionFrom(args));
 }
 
 int runTag(const Args& args) {
@@ -120,8 +132,8 @@ int runTag(const Args& args) {
     requireWhole(log);
     Tags tags(log);
     std::vector<unsigned> rows = matchingRows(log, args);
-    bool keepsOthers = args.has("keep") || args.has("invert") || args.has("clear");
-    if (!keepsOthers && !rows.empty()) tags.clear();
+    const bool keepsOthers = args.has("keep") || args.has("invert") || args.has("clear");
+    if (keepsOthers) tags.load();
     for (unsigned row : rows) {
         if (args.has("invert"))
             tags.invert(row);
@@ -135,6 +147,7 @@ int runUntag(const Args& args) {
     Log log = args.has("dry-run") ? readLog(args) : readLogToChange(args);
     requireWhole(log);
     Tags tags(log);
+    tags.load();
     std::vector<unsigned> rows = matchingRows(log, args);
     for (unsigned row : rows) tags.set(row, false);
     return finish(log, tags, std::move(rows), args);

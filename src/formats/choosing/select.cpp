@@ -165,13 +165,17 @@ Marks chosenRows(const Log& log, const Selection& selection, const std::vector<u
     return marks;
 }
 
-Selected inOrderAsked(const Log& log, const Selection& selection, std::vector<unsigned> rows) {
-    Selected selected{{}, rows.size()};
+void putInOrderAsked(const Log& log, const Selection& selection, std::vector<unsigned>& rows) {
     std::vector<unsigned> order = selection.sortColumns;
     if (!selection.sort.empty()) order = columnList(log, selection.sort);
     if (!order.empty()) rows = sortedRows(log, rows, order);
     if (selection.reverse) std::reverse(rows.begin(), rows.end());
     cutToPage(selection, rows);
+}
+
+Selected inOrderAsked(const Log& log, const Selection& selection, std::vector<unsigned> rows) {
+    Selected selected{{}, rows.size()};
+    putInOrderAsked(log, selection, rows);
     selected.view = viewOf(log, rows);
     return selected;
 }
@@ -206,6 +210,12 @@ Wanted wantedRows(const Selection& selection) {
 
 Selected selectRows(const Log& log, const Selection& selection) {
     return select(log, selection, nullptr);
+}
+
+std::vector<unsigned> selectedRows(const Log& log, const Selection& selection) {
+    std::vector<unsigned> rows = markedRows(chosenRows(log, selection, nullptr));
+    putInOrderAsked(log, selection, rows);
+    return rows;
 }
 
 Selected selectRows(const Log& log, const Selection& selection,

@@ -42,6 +42,9 @@ struct Selected {
 /// Looks the rows up. A Failure for a condition that cannot be read, a column that is not there.
 Selected selectRows(const Log& log, const Selection& selection);
 
+/// The table rows alone, without the tags, which are a look at a cell of each.
+std::vector<unsigned> selectedRows(const Log& log, const Selection& selection);
+
 /// The same among these table rows alone, in the table's order where no other is asked for.
 Selected selectRows(const Log& log, const Selection& selection, const std::vector<unsigned>& among);
 

@@ -74,9 +74,12 @@ private:
         return areAll_ || isNew(row) || recordOf(log_, row).get_changed();
     }
 
+    // In the table's order, in which they stand in memory, whatever order they are written in.
     bool areRowsPlain() {
-        return std::none_of(rows_.begin(), rows_.end(),
-                            [&](unsigned row) { return mayDiffer(row) && !isPlain(row); });
+        const unsigned count = log_.rowCount();
+        unsigned row = 0;
+        while (row < count && (!mayDiffer(row) || isPlain(row))) ++row;
+        return row == count;
     }
 
     // Whether a row is surely read as it is, and as one.

@@ -133,27 +133,13 @@ SortItems orderOfEntries(const SortEntry* entries, std::size_t n, int direction)
     return orderOfRecords(records.data(), n, direction);
 }
 
-// Each entry of a ring moves to the place of the one before.
-void moveRing(SortEntry* entries, const SortItems& order, std::size_t first,
-              std::vector<bool>& isMoved) {
-    const SortEntry displaced = entries[first];
-    std::size_t to = first;
-    while (order[to] != first) {
-        entries[to] = entries[order[to]];
-        isMoved[to] = true;
-        to = order[to];
-    }
-    entries[to] = displaced;
-    isMoved[to] = true;
-}
-
-// Without room for another entry of each.
+// From a copy: what is read of it in any order hangs on nothing that was read before. By now the
+// keys are gone, which took more room.
 void sortInPlace(SortEntry* entries, std::size_t n, int direction) {
     const SortItems order = orderOfEntries(entries, n, direction);
-    std::vector<bool> isMoved(n);
-    for (std::size_t i = 0; i < n; ++i) {
-        if (!isMoved[i]) moveRing(entries, order, i, isMoved);
-    }
+    const std::unique_ptr<SortEntry[]> before = makeSortRoom<SortEntry>(n);
+    std::copy(entries, entries + n, before.get());
+    for (std::size_t i = 0; i < n; ++i) entries[i] = before[order[i]];
 }
 
 }  // namespace

@@ -1,35 +1,66 @@
 #include <vekdb/row_lines.h>
 
+#include <algorithm>
+
 #include <vekdb/host/text_file.h>
 #include <vekdb/table.h>
 #include "vekdb/record/record_access.h"
+#include "vekdb/table/table_inside.h"
 
 namespace {
 
-// A value stands behind the record and the record's slices, so these are fetched further ahead.
-constexpr std::size_t recordsAhead = 24;
-constexpr std::size_t slicesAhead = 16;
-constexpr std::size_t textAhead = 8;
+// A value stands behind the record's pointer, the record and the record's slices, so these are
+// fetched further ahead.
+constexpr std::size_t pointersAhead = 48;
+constexpr std::size_t recordsAhead = 32;
+constexpr std::size_t slicesAhead = 20;
+constexpr std::size_t textAhead = 10;
 
-[[gnu::always_inline]] inline void fetch(const vekdb& table, const unsigned* rows,
-                                         std::size_t left) {
-    if (left <= recordsAhead) return;
-    __builtin_prefetch(table.get_record(rows[recordsAhead]));
-    const dbrecord* const slices = table.get_record(rows[slicesAhead]);
-    const dbrecord* const text = table.get_record(rows[textAhead]);
-    if (slices != nullptr) RecordAccess::expectView(*slices);
-    if (text != nullptr) RecordAccess::expectLine(*text);
-}
+// The rows of a table as they are shown.
+class ShownRows {
+public:
+    explicit ShownRows(const Rows& rows) {
+        if (rows.tagsOnly() == 0) {
+            const RowsInOrder all = rows.inOrder();
+            std::copy(all.runs, all.runs + 2, runs_);
+        } else if (rows.shownCount() > 0) {
+            runs_[0] = rows.shownFrom(0);
+        }
+    }
+
+    const dbrecord* operator[](unsigned row) const {
+        return row < runs_[0].count + runs_[1].count ? *place(row) : nullptr;
+    }
+
+    [[gnu::always_inline]] void fetch(const unsigned* rows, std::size_t left) const {
+        if (left <= pointersAhead) return;
+        __builtin_prefetch(place(rows[pointersAhead]));
+        __builtin_prefetch((*this)[rows[recordsAhead]]);
+        const dbrecord* const slices = (*this)[rows[slicesAhead]];
+        const dbrecord* const text = (*this)[rows[textAhead]];
+        if (slices != nullptr) RecordAccess::expectView(*slices);
+        if (text != nullptr) RecordAccess::expectLine(*text);
+    }
+
+private:
+    dbrecord* const* place(unsigned row) const {
+        const std::size_t first = runs_[0].count;
+        return row < first ? runs_[0].records + row : runs_[1].records + (row - first);
+    }
+
+    RecordRun runs_[2] = {{nullptr, 0}, {nullptr, 0}};
+};
 
 }  // namespace
 
 std::size_t RowLines::append(const unsigned* rows, std::size_t count, std::size_t bytes,
                              TextFile& to) const {
     const std::size_t end = to.textSize() + bytes;
+    const ShownRows table(TableInside::of(table_).rows);
     std::size_t done = 0;
     for (; done < count && to.textSize() < end; ++done) {
-        fetch(table_, rows + done, count - done);
-        if (const dbrecord* record = table_.get_record(rows[done])) append(*record, to);
+        table.fetch(rows + done, count - done);
+        if (const dbrecord* record = table[rows[done]]) append(*record, to);
     }
     return done;
 }
