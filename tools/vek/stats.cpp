@@ -210,16 +210,16 @@ void printTables(const ClipRates& rates, const ClipCounter& counter,
 int tellStats(const Log& log, const Args& args, Printout& out, JsonWriter* json) {
     const Selection selection = selectionFrom(args);
     const ClipRates rates = ratesOf(log, args);
-    VDBView view = selectRows(log, selection).view;
+    const std::vector<unsigned> rows = selectedRows(log, selection);
     ClipCounter counter(log, rates);
     const std::vector<unsigned> columns = groupColumns(log, args);
-    const ClipTables tables = tablesOf(counter, log, view, columns);
+    const ClipTables tables = tablesOf(counter, log, rows, columns);
     tellWhatIsMissing(log, tables.front().second, rates, counter.places());
     if (json != nullptr)
         addJson(log, rates, counter, tables, *json);
     else
         printTables(rates, counter, columns, tables, args, out);
-    return narrows(selection) && view->get_num_records() == 0 ? found : readingResult(log);
+    return narrows(selection) && rows.empty() ? found : readingResult(log);
 }
 
 int statsOfOne(const Args& args) {

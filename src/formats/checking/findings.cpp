@@ -53,9 +53,10 @@ struct ColumnKinds {
             keycodes += isKeycode(cell) ? 1 : 0;
     }
     bool areMostly(std::size_t count) const { return filled > 0 && count * 2 >= filled; }
-    /// Whether most cells are neither, whatever others are to come.
-    bool areSurelyNeither(std::size_t rows) const {
-        return 2 * (filled - std::max(timecodes, keycodes)) > rows;
+    /// Whether it is certain what most cells are, whatever others are to come.
+    bool areSure(std::size_t rows) const {
+        const std::size_t most = std::max(timecodes, keycodes);
+        return 2 * most > rows || 2 * (filled - most) > rows;
     }
 };
 
@@ -140,6 +141,7 @@ private:
     void checkRows(std::size_t first) {
         const std::vector<CodeColumn> codes = codeColumns();
         std::vector<std::string_view> cells(log_.columnCount());
+        times_.resize(cells.size());
         for (unsigned row = 0; row < log_.rowCount(); ++row) {
             log_.cells(row, cells);
             for (const CodeColumn& code : codes) {
@@ -149,7 +151,7 @@ private:
             if (log_.format != Format::table) checkHolds(first, row, cells);
             at_ = first + cells.size();
             for (const RangeColumns& pair : ranges_) {
-                checkRange(row, pair, cells[pair.start], cells[pair.end]);
+                checkRange(row, pair, cells);
                 ++at_;
             }
         }
@@ -174,7 +176,7 @@ private:
         return codes;
     }
 
-    // A column is looked at until it is certain that it has neither kind.
+    // A column is looked at until it is certain what its cells are.
     std::vector<ColumnKinds> kindsOf(std::vector<unsigned> columns) const {
         constexpr unsigned atOnce = 1024;
         std::vector<ColumnKinds> counts(log_.columnCount());
@@ -185,8 +187,7 @@ private:
                 log_.cells(row, cells);
                 for (unsigned column : columns) counts[column].add(cells[column]);
             }
-            std::erase_if(columns,
-                          [&](unsigned column) { return counts[column].areSurelyNeither(rows); });
+            std::erase_if(columns, [&](unsigned column) { return counts[column].areSure(rows); });
         }
         return counts;
     }
@@ -213,7 +214,8 @@ private:
     }
 
     void checkTimecode(unsigned row, unsigned column, std::string_view cell) {
-        std::optional<Timecode> code = parseTimecode(cell);
+        const std::optional<Timecode> code = parseTimecode(cell);
+        times_[column] = {row, code};
         if (!code)
             add(row, column, inQuotes(cell), "a timecode such as 01:00:00:00");
         else
@@ -296,10 +298,18 @@ private:
         }
     }
 
-    void checkRange(unsigned row, const RangeColumns& pair, std::string_view start,
-                    std::string_view end) {
-        const std::optional<Timecode> from = parseTimecode(start);
-        const std::optional<Timecode> to = from ? parseTimecode(end) : std::nullopt;
+    // As it was read before where the column is one of timecodes.
+    std::optional<Timecode> timeIn(unsigned row, unsigned column, std::string_view cell) const {
+        const LastTime& last = times_[column];
+        return last.row == row ? last.time : parseTimecode(cell);
+    }
+
+    void checkRange(unsigned row, const RangeColumns& pair,
+                    const std::vector<std::string_view>& cells) {
+        const std::string_view start = cells[pair.start];
+        const std::string_view end = cells[pair.end];
+        const std::optional<Timecode> from = timeIn(row, pair.start, start);
+        const std::optional<Timecode> to = from ? timeIn(row, pair.end, end) : std::nullopt;
         if (from && to) return checkTimes(row, pair, *from, *to);
         if (!isKeycode(trimmed(start)) || !isKeycode(trimmed(end))) return;
         if (endsBefore(parseKeycode(start), parseKeycode(end))) addEndBefore(row, pair);
@@ -362,6 +372,11 @@ private:
     std::size_t at_ = 0;  // what is found now belongs there
     std::size_t remarks_ = 0;
     std::vector<Forms> forms_;  // of the columns
+    struct LastTime {
+        unsigned row = noColumn;  // none at first
+        std::optional<Timecode> time;
+    };
+    std::vector<LastTime> times_;  // of the columns
 };
 
 }  // namespace

@@ -1,10 +1,8 @@
 #include "formats/summing/clip_sums.h"
 
 #include <algorithm>
-#include <unordered_map>
 
 #include <vekdb/host/strxcmp.h>
-#include <vekdb/views/view_rep.h>
 #include "formats/text/text_lines.h"
 #include "formats/timeline/exact_time.h"
 
@@ -26,7 +24,7 @@ public:
     // Rows of one group often stand together.
     void add(const Log& log, unsigned row, const ClipFacts& clip) {
         const std::string_view value = log.cell(row, column_);
-        if (groups_.empty() || groups_[last_].name != value) last_ = placeOf(value);
+        if (groups_.empty() || groups_[last_].name != value) last_ = placeOf(value, clip);
         addTo(groups_[last_].sums, clip);
     }
 
@@ -36,16 +34,18 @@ public:
     }
 
 private:
-    std::size_t placeOf(std::string_view value) {
-        auto [known, isNew] = places_.try_emplace(value, groups_.size());
-        if (isNew) groups_.push_back({std::string(value), {}});
-        return known->second;
+    std::size_t placeOf(std::string_view value, const ClipFacts& clip) {
+        const bool isScene = !value.empty() && value.data() == clip.scene.data() &&
+                             value.size() == clip.scene.size();
+        const std::size_t place = isScene ? places_.of(value, clip.sceneHash) : places_.of(value);
+        if (place == groups_.size()) groups_.push_back({std::string(value), {}});
+        return place;
     }
 
     unsigned column_;
     std::size_t last_ = 0;
     ClipGroups groups_;
-    std::unordered_map<std::string_view, std::size_t, Quor::KeyedHash> places_;
+    TextNumbers places_;
 };
 
 }  // namespace
@@ -87,7 +87,7 @@ RunningFrames::operator std::int64_t() const {
 
 void addTo(ClipSums& sums, const ClipFacts& clip) {
     ++sums.clips;
-    if (!clip.scene.empty()) sums.scenes.insert(clip.scene);
+    if (!clip.scene.empty()) sums.scenes.of(clip.scene, clip.sceneHash);
     sums.takes += clip.isTake ? 1 : 0;
     if (clip.rate.nominal != 0) sums.frames.add(clip.frames, clip.rate, clip.rateOfLog);
     sums.untimed += clip.isUntimed ? 1 : 0;
@@ -98,7 +98,7 @@ void addTo(ClipSums& sums, const ClipFacts& clip) {
 
 void addTo(ClipSums& total, const ClipSums& sums) {
     total.clips += sums.clips;
-    total.scenes.insert(sums.scenes.begin(), sums.scenes.end());
+    total.scenes.add(sums.scenes);
     total.takes += sums.takes;
     total.frames.add(sums.frames);
     total.untimed += sums.untimed;
@@ -108,18 +108,23 @@ void addTo(ClipSums& total, const ClipSums& sums) {
 }
 
 ClipFacts ClipCounter::clip(unsigned row) const {
+    const dbrecord& cells = recordOf(log_, row);
     ClipFacts clip;
-    if (places_.scene != noColumn) clip.scene = log_.cell(row, places_.scene);
-    clip.isTake = places_.take != noColumn && !log_.cell(row, places_.take).empty();
-    readTime(row, clip);
-    readFilm(row, clip);
+    if (places_.scene != noColumn) clip.scene = cells.fieldView(places_.scene);
+    if (!clip.scene.empty()) clip.sceneHash = Quor::keyedHash(clip.scene);
+    clip.isTake = places_.take != noColumn && !cells.fieldView(places_.take).empty();
+    readTime(row, cells, clip);
+    readFilm(cells, clip);
     return clip;
 }
 
-void ClipCounter::readTime(unsigned row, ClipFacts& clip) const {
+void ClipCounter::readTime(unsigned row, const dbrecord& cells, ClipFacts& clip) const {
     if (places_.time.start == noColumn || rates_.nominal() == 0) return;
-    std::optional<Timecode> start = rates_.counting.timecode(row, places_.time.start);
-    std::optional<Timecode> end = rates_.counting.timecode(row, places_.time.end);
+    const auto timeIn = [&](unsigned column) {
+        return rates_.counting.timecode(row, column, cells.fieldView(column));
+    };
+    const std::optional<Timecode> start = timeIn(places_.time.start);
+    const std::optional<Timecode> end = timeIn(places_.time.end);
     const FrameRate rate = *rates_.counting.rate(row, places_.time.start);
     std::optional<std::int64_t> frames;
     if (start && end) frames = framesBetween(*start, *end, rate.nominal);
@@ -132,10 +137,10 @@ void ClipCounter::readTime(unsigned row, ClipFacts& clip) const {
 }
 
 // Clips without film have no keycodes, and nothing that could be left out.
-void ClipCounter::readFilm(unsigned row, ClipFacts& clip) const {
+void ClipCounter::readFilm(const dbrecord& cells, ClipFacts& clip) const {
     if (places_.keycode.start == noColumn) return;
-    std::string_view head = log_.cell(row, places_.keycode.start);
-    std::string_view tail = log_.cell(row, places_.keycode.end);
+    const std::string_view head = cells.fieldView(places_.keycode.start);
+    const std::string_view tail = cells.fieldView(places_.keycode.end);
     if (trimmed(head).empty() && trimmed(tail).empty()) return;
     std::optional<Keycode> start = parseKeycode(head);
     std::optional<Keycode> end = parseKeycode(tail);
@@ -146,12 +151,10 @@ void ClipCounter::readFilm(unsigned row, ClipFacts& clip) const {
 }
 
 // What a row adds is worked out once for all columns.
-ClipTables tablesOf(const ClipCounter& counter, const Log& log, const VDBView& view,
+ClipTables tablesOf(const ClipCounter& counter, const Log& log, const std::vector<unsigned>& rows,
                     const std::vector<unsigned>& columns) {
     std::vector<GroupsOfColumn> groups(columns.begin(), columns.end());
-    const unsigned count = view->get_num_records();
-    for (unsigned i = 0; i < count; ++i) {
-        const unsigned row = view->baseIndex(i);
+    for (unsigned row : rows) {
         const ClipFacts clip = counter.clip(row);
         for (GroupsOfColumn& each : groups) each.add(log, row, clip);
     }

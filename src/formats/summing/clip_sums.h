@@ -4,14 +4,12 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
 #include <vekdb/formats/keycode.h>
-#include <vekdb/host/keyed_hash.h>
-#include <vekdb/views/view.h>
 #include "formats/log/log.h"
+#include "formats/summing/text_numbers.h"
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
 
@@ -55,6 +53,7 @@ private:
 /// What one row adds to the sums of its group.
 struct ClipFacts {
     std::string_view scene;
+    std::uint64_t sceneHash = 0;  ///< of one that is not empty
     bool isTake = false;
     bool isUntimed = false;
     bool dropFrame = false;
@@ -68,7 +67,7 @@ struct ClipFacts {
 /// The sums over the rows of one group. The log must outlive them.
 struct ClipSums {
     std::size_t clips = 0;
-    std::unordered_set<std::string_view, Quor::KeyedHash> scenes;  ///< of the log's own cells
+    TextNumbers scenes;  ///< of the log's own cells
     std::size_t takes = 0;
     RunningFrames frames;
     std::size_t untimed = 0;
@@ -97,8 +96,8 @@ public:
     const ClipPlaces& places() const { return places_; }
 
 private:
-    void readTime(unsigned row, ClipFacts& clip) const;
-    void readFilm(unsigned row, ClipFacts& clip) const;
+    void readTime(unsigned row, const dbrecord& cells, ClipFacts& clip) const;
+    void readFilm(const dbrecord& cells, ClipFacts& clip) const;
 
     const Log& log_;
     const ClipRates& rates_;
@@ -107,7 +106,7 @@ private:
 
 /// The groups of each of the columns, with its name.
 using ClipTables = std::vector<std::pair<std::string, ClipGroups>>;
-ClipTables tablesOf(const ClipCounter& counter, const Log& log, const VDBView& view,
+ClipTables tablesOf(const ClipCounter& counter, const Log& log, const std::vector<unsigned>& rows,
                     const std::vector<unsigned>& columns);
 
 /// The columns whose groups people ask for first, reels and scenes, as far as the log has them.

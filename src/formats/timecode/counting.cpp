@@ -47,31 +47,28 @@ std::optional<FrameRate> LogCounting::ownRate(unsigned row, unsigned column) con
     return parseFrameRate(log_.cell(row, rateColumn_));
 }
 
-int LogCounting::nominal(unsigned row, unsigned column) const {
-    if (rateColumn_ == noColumn) return nominal();
+int LogCounting::nominalOfRow(unsigned row, unsigned column) const {
     const std::optional<FrameRate> own = rate(row, column);
     return own ? own->nominal : 0;
 }
 
 // What is said of the log's rate says nothing of another one.
-Counting LogCounting::counting(unsigned row, unsigned column) const {
-    if (rateColumn_ == noColumn) return counting(row);
+Counting LogCounting::countingOfCell(unsigned row, unsigned column) const {
     const std::optional<FrameRate> own = rate(row, column);
     if (!own || !rate_) return counting(row);
     if (own->counting != Counting::unsaid) return own->counting;
     return own->isAsFastAs(*rate_) ? counting(row) : Counting::unsaid;
 }
 
-Counting LogCounting::counting(unsigned row) const {
-    if (!isForced_ && fcmColumn_ != noColumn) {
-        Counting own = countingOfFcm(log_.cell(row, fcmColumn_));
-        if (own != Counting::unsaid) return own;
-    }
-    return countingOfAll();
+Counting LogCounting::countingOfRow(unsigned row) const {
+    if (isForced_) return countingOfAll();
+    const Counting own = countingOfFcm(log_.cell(row, fcmColumn_));
+    return own != Counting::unsaid ? own : countingOfAll();
 }
 
-std::optional<Timecode> LogCounting::timecode(unsigned row, unsigned column) const {
-    std::optional<Timecode> code = parseTimecode(trimmed(log_.cell(row, column)));
+std::optional<Timecode> LogCounting::timecode(unsigned row, unsigned column,
+                                              std::string_view cell) const {
+    std::optional<Timecode> code = parseTimecode(trimmed(cell));
     if (code) code->dropFrame = code->dropFrame || counting(row, column) == Counting::dropFrame;
     return code;
 }

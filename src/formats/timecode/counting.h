@@ -26,18 +26,28 @@ public:
     /// The rate at which a cell counts; that of the log where the row has none of its own.
     std::optional<FrameRate> rate(unsigned row, unsigned column) const;
     std::optional<FrameRate> ownRate(unsigned row, unsigned column) const;
-    int nominal(unsigned row, unsigned column) const;
+    int nominal(unsigned row, unsigned column) const {
+        return rateColumn_ == noColumn ? nominal() : nominalOfRow(row, column);
+    }
     /// Where a timeline has the rates of its rows, or noColumn.
     unsigned rateColumn() const { return rateColumn_; }
 
     /// What is said for a row, and for one of its cells.
-    Counting counting(unsigned row) const;
-    Counting counting(unsigned row, unsigned column) const;
+    Counting counting(unsigned row) const {
+        return fcmColumn_ == noColumn ? countingOfAll() : countingOfRow(row);
+    }
+    Counting counting(unsigned row, unsigned column) const {
+        return rateColumn_ == noColumn ? counting(row) : countingOfCell(row, column);
+    }
     /// What is said, whatever the rows say.
     Counting countingOfAll() const { return countingOfAll_; }
 
     /// The cell's timecode, drop-frame where the log says so and not only where a semicolon does.
-    std::optional<Timecode> timecode(unsigned row, unsigned column) const;
+    std::optional<Timecode> timecode(unsigned row, unsigned column) const {
+        return timecode(row, column, log_.cell(row, column));
+    }
+    /// The same of a cell that was looked up.
+    std::optional<Timecode> timecode(unsigned row, unsigned column, std::string_view cell) const;
 
     /// What is wrong with what is said of the whole log: a rate that is none, an FCM against it.
     std::vector<Problem> contradictions() const;
@@ -45,6 +55,9 @@ public:
 private:
     void readRate(const std::string& rate);
     std::optional<FrameRate> firstRateOfRows() const;
+    int nominalOfRow(unsigned row, unsigned column) const;
+    Counting countingOfRow(unsigned row) const;
+    Counting countingOfCell(unsigned row, unsigned column) const;
 
     const Log& log_;
     std::optional<FrameRate> rate_;

@@ -1,7 +1,6 @@
 #include <vekdb/formats/keycode.h>
 
 #include <algorithm>
-#include <charconv>
 
 #include <vekdb/host/text_util.h>
 #include "formats/text/text_lines.h"
@@ -52,7 +51,7 @@ std::optional<Keycode> parseKeycode(std::string_view text) {
     const std::size_t start = feetStart(text, plus);
     if (start == plus) return {};
     Keycode code{trimmed(text.substr(0, start)), 0, (frames[0] - '0') * 10 + (frames[1] - '0')};
-    std::from_chars(text.data() + start, text.data() + plus, code.feet);
+    for (char digit : text.substr(start, plus - start)) code.feet = code.feet * 10 + (digit - '0');
     return code;
 }
 

@@ -17,14 +17,16 @@ bool isSeparator(char c) {
     return c == ':' || c == ';' || c == '.' || c == ',';
 }
 
-// Two digits at a place, or -1.
+// The two digits that begin at a place of a text that has both, or -1.
 int pair(std::string_view text, std::size_t at) {
-    if (at + 2 > text.size() || !isAsciiDigit(text[at]) || !isAsciiDigit(text[at + 1])) return -1;
-    return (text[at] - '0') * 10 + (text[at + 1] - '0');
+    const int tens = text[at] - '0';
+    const int ones = text[at + 1] - '0';
+    const bool areDigits = (static_cast<unsigned>(tens) < 10) & (static_cast<unsigned>(ones) < 10);
+    return areDigits ? tens * 10 + ones : -1;
 }
 
 std::optional<Timecode> checked(int hours, int minutes, int seconds, int frames, bool drop) {
-    if (hours < 0 || minutes < 0 || seconds < 0 || frames < 0) return {};
+    if ((hours | minutes | seconds | frames) < 0) return {};
     if (minutes > 59 || seconds > 59) return {};
     return Timecode{hours, minutes, seconds, frames, drop};
 }

@@ -1,8 +1,8 @@
 #include "tools/vek/report/log_on_page.h"
 
 #include <algorithm>
+#include <numeric>
 
-#include <vekdb/views/view_rep.h>
 #include "formats/choosing/select.h"
 #include "formats/log/mapped_columns.h"
 #include "formats/text/text_lines.h"
@@ -44,10 +44,10 @@ LogOnPage::LogOnPage(Log log, Findings findings, unsigned number, const Wishes& 
       shown_(columnsOf(log_, wishes)),
       laneColumn_(laneColumnOf(log_, wishes)),
       options_(wishes.options) {
-    VDBView view(log_.table.get());
-    view->buildIndex();
-    tables_ = tablesOf(counter_, log_, view, clipGroupColumns(log_));
-    for (unsigned row = 0; row < rowCount(); ++row) addTo(sums_, counter_.clip(row));
+    std::vector<unsigned> rows(rowCount());
+    std::iota(rows.begin(), rows.end(), 0u);
+    tables_ = tablesOf(counter_, log_, rows, clipGroupColumns(log_));
+    for (unsigned row : rows) addTo(sums_, counter_.clip(row));
     tagCount_ = static_cast<std::size_t>(std::count(tags_.begin(), tags_.end(), true));
 }
 
