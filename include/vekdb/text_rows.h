@@ -12,6 +12,7 @@
 #include <vekdb/host/visibility.h>
 
 class LineStore;
+class PlainLine;
 class ValueCopies;
 class dbrecord;
 class vekdb;
@@ -49,6 +50,19 @@ public:
     /// nothing. False, and nothing done, where a value stands behind the 65,535th.
     bool append(Room room, const std::string_view* values, std::size_t count);
 
+    /// A line that became a row: its end, which is null where it did not, and the number of its
+    /// values, empty ones at its end included.
+    struct QuotedLine {
+        char* end;  ///< behind the last quote
+        std::size_t count;
+    };
+    /// Appends a row where the line that begins there is one of values between quotes and with
+    /// commas between these, no quote, backslash or control character in any of them and no blank
+    /// at the edge of one. They stay where they stand. Not so for a single value that is empty.
+    QuotedLine appendQuoted(char* line);
+    /// A value of the row that was appended so last; "" behind those that it has.
+    std::string_view quotedValue(std::size_t at) const;
+
     /// The rows appended so far.
     unsigned count() const;
     /// The most values that a row has, empty ones at its end not counted.
@@ -70,11 +84,15 @@ private:
     static void adopt(Store& store, LineSlices* slices, unsigned count, dbrecord& record);
     static void letGo(Store& store);
     LineSlices* moveTogether(Room room, const std::string_view* values, unsigned count);
+    void noteValues(unsigned count);
 
     vekdb& table_;
     std::size_t size_;
     Store text_;
     std::unique_ptr<ValueCopies> copies_;
+    std::unique_ptr<PlainLine> quoted_;
+    const LineSlices* lastQuoted_ = nullptr;
+    unsigned lastCount_ = 0;  // of values that are not empty or stand before such a one
     unsigned longest_ = 0;
     std::uint64_t values_ = 0;
     bool isFinished_ = false;

@@ -54,6 +54,12 @@ const std::vector<std::string_view>& DelimitedScanner::takeRecord() {
     return cells_;
 }
 
+void DelimitedScanner::passTo(char* cellsEnd) {
+    first_ = at_;
+    at_ = cellsEnd;
+    takeLineEnd();
+}
+
 // The cells up to the end of the line, as nearly every line has them. False at the first that has
 // a quote or for which there is no room: it is the next then.
 bool DelimitedScanner::takePlainCells() {

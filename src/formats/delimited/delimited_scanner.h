@@ -28,7 +28,10 @@ public:
     /// The bytes that the record stood on, the end of its line included.
     TextRows::Room room() const { return {first_, at_ == end_ ? end_ + 1 : at_}; }
 
-    const char* place() const { return at_; }
+    /// Passes over a record whose cells end there and were taken by somebody else.
+    void passTo(char* cellsEnd);
+
+    char* place() const { return at_; }
     /// The line on which the next record begins.
     std::size_t line() const { return line_; }
     LineEnd lineEnd() const { return seen_.kind(); }

@@ -15,8 +15,9 @@ bool isBlankLine(const std::vector<std::string_view>& cells) {
     return cells.size() == 1 && cells[0].empty();
 }
 
+// The walk looks for the first carriage return of all that it is given.
 std::optional<char> delimiterInFront(std::string_view text) {
-    LineWalk walk(text);
+    LineWalk walk(text.substr(0, text.find('\n')));
     std::string_view line;
     return walk.next(line) ? delimiterOfLine(line) : std::nullopt;
 }
@@ -42,12 +43,12 @@ std::size_t linesInFront(std::string_view text, bool isNamed, char usual, const 
 }
 
 std::size_t skipLines(std::string_view text, std::size_t wanted, Log& log) {
+    if (wanted == 0) return 0;
     LineWalk walk(text);
     std::string_view line;
     while (walk.number() < wanted && walk.next(line)) {
     }
     const std::size_t size = text.size() - walk.rest().size();
-    if (wanted == 0) return 0;
     log.form.skipped = text.substr(0, size);
     return size;
 }
@@ -75,6 +76,17 @@ void readHeading(DelimitedScanner& scanner, TableBuilder& builder, Log& log) {
     builder.addRow(line, cells, scanner.room());
 }
 
+// A line whose cells all stand between quotes that hide nothing.
+bool addQuotedRow(DelimitedScanner& scanner, TableBuilder& builder) {
+    if (*scanner.place() != '"') return false;
+    const std::size_t line = scanner.line();
+    const TextRows::QuotedLine row = builder.addQuotedRow(scanner.place());
+    if (row.end == nullptr) return false;
+    scanner.passTo(row.end);
+    builder.noteQuotedRow(line, row.count, scanner.room());
+    return true;
+}
+
 }  // namespace
 
 void readDelimited(Text text, char separator, Log& log) {
@@ -94,6 +106,7 @@ void readDelimited(Text text, char separator, Log& log) {
     Progress progress(log.opening.watcher, "reading " + log.name, builder.textSize());
     while (!scanner.atEnd()) {
         progress.reach(static_cast<std::size_t>(scanner.place() - begin));
+        if (delimiter == ',' && addQuotedRow(scanner, builder)) continue;
         const std::size_t line = scanner.line();
         const std::vector<std::string_view>& cells = scanner.takeRecord();
         // An empty line is no row, but in a log of one column it is an empty cell.

@@ -104,10 +104,21 @@ void TableBuilder::addRow(std::size_t line, const std::vector<std::string_view>&
 void TableBuilder::addWholeRow(std::size_t line, const std::string_view* cells, std::size_t count,
                                TextRows::Room room) {
     notePlace(room);
-    lookForTimecodes(cells, count);
+    lookForTimecodes(count, [cells](unsigned column) { return cells[column]; });
     if (!rows_->append(room, cells, count)) {
         throw Failure{unreadable, log_.name, {0, "", "more than 65535 columns", "", ""}};
     }
+    noteRow(line);
+}
+
+void TableBuilder::noteQuotedRow(std::size_t line, std::size_t count, TextRows::Room room) {
+    if (count != columns_.size()) reportLength(log_, line, count, columns_.size());
+    notePlace(room);
+    lookForTimecodes(count, [this](unsigned column) { return rows_->quotedValue(column); });
+    noteRow(line);
+}
+
+void TableBuilder::noteRow(std::size_t line) {
     // Only rows that stand on a text can be many for few bytes of it.
     if (rows_->size() != 0) {
         requireCells(log_.name, rows_->count(), columnCount(), rows_->size(), log_.opening.limits,
@@ -117,12 +128,13 @@ void TableBuilder::addWholeRow(std::size_t line, const std::string_view* cells, 
 }
 
 // Before the cells are moved: they have just been looked at.
-void TableBuilder::lookForTimecodes(const std::string_view* cells, std::size_t count) {
+template <class CellAt>
+void TableBuilder::lookForTimecodes(std::size_t count, CellAt cellAt) {
     for (; seen_ < count; ++seen_) timecodes_.push_back({static_cast<unsigned>(seen_)});
     auto kept = timecodes_.begin();
     auto one = kept;
     for (; one != timecodes_.end() && one->column < count; ++one) {
-        const std::string_view cell = cells[one->column];
+        const std::string_view cell = cellAt(one->column);
         if (!cell.empty() && !isPunctuatedTimecode(cell)) continue;
         *kept = {one->column, one->isFilled || !cell.empty()};
         ++kept;

@@ -39,6 +39,10 @@ public:
     /// A row that is as long as it is meant to be, however many columns there are.
     void addWholeRow(std::size_t line, const std::string_view* cells, std::size_t count,
                      TextRows::Room room);
+    /// A row of a line of cells between quotes, as `TextRows::appendQuoted` takes it; once it has
+    /// been taken the row is to be noted.
+    TextRows::QuotedLine addQuotedRow(char* at) { return rows_->appendQuoted(at); }
+    void noteQuotedRow(std::size_t line, std::size_t count, TextRows::Room room);
     /// A heading entry. The library holds 40, the first its own; more are reported.
     void addParameter(std::size_t line, std::string_view name, std::string_view value);
     /// Gives columns of timecodes their type, so that they sort and match as such.
@@ -46,7 +50,9 @@ public:
 
 private:
     void notePlace(TextRows::Room room);
-    void lookForTimecodes(const std::string_view* cells, std::size_t count);
+    template <class CellAt>
+    void lookForTimecodes(std::size_t count, CellAt cellAt);
+    void noteRow(std::size_t line);
 
     // A column in which there was nothing but timecodes so far.
     struct TimecodeColumn {

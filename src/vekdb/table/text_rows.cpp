@@ -5,6 +5,7 @@
 #include <utility>
 
 #include <vekdb/table.h>
+#include "vekdb/lines/plain_line.h"
 #include "vekdb/record/line_store.h"
 #include "vekdb/record/record_access.h"
 #include "vekdb/record/value_copies.h"
@@ -47,7 +48,10 @@ void write(char* to, const std::string_view* values, unsigned count) {
 }  // namespace
 
 TextRows::TextRows(vekdb& table, Quor::Ptr<TextBlock> text)
-    : table_(table), size_(text->size()), copies_(std::make_unique<ValueCopies>()) {
+    : table_(table),
+      size_(text->size()),
+      copies_(std::make_unique<ValueCopies>()),
+      quoted_(std::make_unique<PlainLine>()) {
     text_.lines = new LineStore(std::move(text));
 }
 
@@ -94,14 +98,42 @@ bool TextRows::append(Room room, const std::string_view* values, std::size_t cou
     dbrecord& record = newRow();
     const auto stored = static_cast<unsigned>(count);
     if (stored == 0) return true;
-    longest_ = std::max(longest_, stored);
-    values_ += stored;
+    noteValues(stored);
     if (LineSlices* slices = moveTogether(room, values, stored)) {
         adopt(text_, slices, stored, record);
     } else {
         copies_->give(record, values, stored);
     }
     return true;
+}
+
+void TextRows::noteValues(unsigned count) {
+    longest_ = std::max(longest_, count);
+    values_ += count;
+}
+
+// Two bytes are the quotes of a value that is empty.
+TextRows::QuotedLine TextRows::appendQuoted(char* line) {
+    const bool isQuoted = quoted_->recognise(line, text() + size_) && quoted_->mostValues() > 1;
+    if (!isQuoted) return {nullptr, 0};
+    dbrecord& record = newRow();
+    const auto offset = static_cast<std::uint64_t>(line + 1 - text());
+    LineSlices* slices =
+        text_.lines->openSlices(quoted_->mostValues(), offset, LineSlices::quotedGap);
+    const unsigned count = quoted_->cutUp(line, slices->next());
+    char* const end = line + slices->next()[count - 1] - 1;
+    lastCount_ = count;
+    while (lastCount_ > 0 && slices->view(lastCount_ - 1).empty()) --lastCount_;
+    lastQuoted_ = slices;
+    if (lastCount_ == 0) return {end, count};
+    noteValues(lastCount_);
+    text_.lines->closeSlices(slices, lastCount_);
+    adopt(text_, slices, lastCount_, record);
+    return {end, count};
+}
+
+std::string_view TextRows::quotedValue(std::size_t at) const {
+    return at < lastCount_ ? lastQuoted_->view(static_cast<unsigned>(at)) : std::string_view();
 }
 
 LineSlices* TextRows::moveTogether(Room room, const std::string_view* values, unsigned count) {

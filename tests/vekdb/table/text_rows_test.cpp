@@ -39,6 +39,12 @@ protected:
     bool append(TextRows::Room room, std::vector<std::string_view> values) {
         return rows->append(room, values.data(), values.size());
     }
+    // How many bytes of the text become a row of quoted values; 0 where its line is another one.
+    std::size_t appendQuoted(std::size_t from) {
+        const TextRows::QuotedLine line = rows->appendQuoted(rows->text() + from);
+        lastCount = line.count;
+        return line.end != nullptr ? static_cast<std::size_t>(line.end - rows->text()) - from : 0;
+    }
     void finish(unsigned count) {
         rows->finish(columns(count));
         rows.reset();
@@ -57,6 +63,7 @@ protected:
 
     vekdb table;
     std::unique_ptr<TextRows> rows;
+    std::size_t lastCount = 0;
 };
 
 }  // namespace
@@ -242,4 +249,63 @@ TEST_F(FromText, ManyRowsOfBothKindsOutliveTheReader) {
     }
     table.delete_records(0, 19999);
     EXPECT_EQ(value(0, 0), "29999");
+}
+
+TEST_F(FromText, QuotedValuesStayWhereTheyStand) {
+    open("\"ab\",\"\",\"c,d\"\n\"e\"\r\n");
+    const char* text = rows->text();
+    EXPECT_EQ(appendQuoted(0), 13u);
+    EXPECT_EQ(lastCount, 3u);
+    EXPECT_EQ(rows->quotedValue(2), "c,d");
+    EXPECT_EQ(rows->quotedValue(3), "");
+    EXPECT_EQ(appendQuoted(14), 3u);
+    EXPECT_EQ(lastCount, 1u);
+    EXPECT_EQ(rows->longest(), 3u);
+    EXPECT_EQ(rows->valueCount(), 4u);
+    finish(3);
+    expectRow(0, {"ab", "", "c,d"});
+    expectRow(1, {"e", "", ""});
+    EXPECT_EQ(value(0, 2).data(), text + 9);
+}
+
+TEST_F(FromText, EmptyQuotedValuesAtTheEndAreCountedAndNotKept) {
+    open("\"a\",\"\",\"\"\n\"\",\"\"");
+    EXPECT_EQ(appendQuoted(0), 9u);
+    EXPECT_EQ(lastCount, 3u);
+    EXPECT_EQ(appendQuoted(10), 5u);
+    EXPECT_EQ(lastCount, 2u);
+    EXPECT_EQ(rows->quotedValue(0), "");
+    EXPECT_EQ(rows->longest(), 1u);
+    EXPECT_EQ(rows->count(), 2u);
+    finish(2);
+    expectRow(0, {"a", ""});
+    expectRow(1, {"", ""});
+}
+
+TEST_F(FromText, OtherLinesAreNoQuotedOnesAndStayAsTheyAre) {
+    for (const std::string line :
+         {"", "\"", "\"\"", "a", "\"a\",b", "\"a\"x", "\"a\"\"\"", "\" a\"", "\"a \"", "\"a\\\"",
+          "\"a\tb\"", "\"a\nb\"", "\"a", "\"a\";\"b\"", "\"a\"\rb"}) {
+        rows.reset();
+        open(line);
+        EXPECT_EQ(appendQuoted(0), 0u) << line;
+        EXPECT_EQ(at(0, line.size()), line);
+        EXPECT_EQ(rows->count(), 0u) << line;
+    }
+}
+
+TEST_F(FromText, RowsOfQuotedAndOfMovedValuesStandInOneText) {
+    open("\"a\",\"b\"\nc;d\n\"e\",\"f\"\n");
+    EXPECT_EQ(appendQuoted(0), 7u);
+    EXPECT_TRUE(append(room(8, 12), {at(8, 1), at(10, 1)}));
+    EXPECT_EQ(appendQuoted(12), 7u);
+    finish(2);
+    expectRow(0, {"a", "b"});
+    expectRow(1, {"c", "d"});
+    expectRow(2, {"e", "f"});
+    TextFile file;
+    table.get_record(0)->write(file);
+    table.get_record(2)->write(file);
+    EXPECT_EQ(file.line(0), "\"a\",\"b\"");
+    EXPECT_EQ(file.line(1), "\"e\",\"f\"");
 }
