@@ -9,10 +9,7 @@ namespace vek::formats {
 namespace {
 
 // Python reaches the module, or the library through its C functions, and nothing of it is linked.
-// It would look for modules in the folder that it runs in first, which may be a stranger's.
 constexpr const char* pythonScript = R"PY(
-import sys
-sys.path = [folder for folder in sys.path if folder not in ("", ".")]
 import ctypes, ctypes.util, os
 
 statement = os.fdopen(3).read()
