@@ -132,13 +132,30 @@ Wish wishFrom(const Args& args) {
     return wish;
 }
 
-// What an earlier search wrote into a folder is none of its logs. One that was named is.
+// What was found before has a column of files and one of rows, or of their number.
+bool isEarlierAnswer(const std::string& path) {
+    std::error_code error;
+    if (std::filesystem::file_size(path, error) == 0) return true;
+    try {
+        const Log log = openLog(path, {});
+        const bool hasRows =
+            log.findColumn("Row") != noColumn || log.findColumn("Rows") != noColumn;
+        return hasRows && log.findColumn("File") != noColumn;
+    } catch (const Failure&) {
+        return false;
+    }
+}
+
+// What an earlier search wrote into a folder is none of its logs. Any other one that stands there
+// is, and would be lost.
 void leaveOut(const std::string& output, std::vector<std::string>& paths) {
     if (output.empty() || output == "-") return;
     const std::string name = std::filesystem::path(output).filename().native();
-    std::erase_if(paths, [&](const std::string& path) {
+    const auto left = std::erase_if(paths, [&](const std::string& path) {
         return path.ends_with(name) && isSameFile(path, output);
     });
+    if (left == 0 || isEarlierAnswer(output)) return;
+    requireNoInput("find", {output}, output, "what is found");
 }
 
 // Whether so many rows were found in the first logs that those behind need not be asked.
