@@ -347,4 +347,6 @@ TEST(BrowseSheet, EditsThatSomebodyElsePutThereAreNotOffered) {
     EXPECT_EQ(isOthers, given == 0);
     opened.start();
     EXPECT_EQ(isOthers, opened.screen().find("ecover") == std::string::npos);
+    opened.press("x d ^S");
+    EXPECT_EQ(isOthers, opened.has(edits));
 }

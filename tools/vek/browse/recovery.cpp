@@ -291,7 +291,7 @@ void Recovery::remove() {
     if (isInUse() || isAnothers_) return;
     file_.reset();
     std::error_code ignored;
-    fs::remove(path_, ignored);
+    if (isOwn(path_)) fs::remove(path_, ignored);
 }
 
 }  // namespace vek::browse
