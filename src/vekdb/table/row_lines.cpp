@@ -16,6 +16,29 @@ constexpr std::size_t recordsAhead = 32;
 constexpr std::size_t slicesAhead = 20;
 constexpr std::size_t textAhead = 10;
 
+constexpr std::size_t cacheLine = 64;
+constexpr std::size_t mostOfText = 8 * cacheLine;
+
+// From the first byte to the last, each of which may stand in another of the processor's lines.
+[[gnu::always_inline]] inline void fetchBytes(const char* first, std::size_t size) {
+    for (std::size_t at = 0; at < size; at += cacheLine) __builtin_prefetch(first + at);
+    __builtin_prefetch(first + size);
+}
+
+[[gnu::always_inline]] inline void fetchSlices(const dbrecord& record) {
+    const LineSlices* const slices = RecordAccess::slices(record);
+    if (slices == nullptr) return;
+    fetchBytes(reinterpret_cast<const char*>(slices),
+               LineSlices::bytesFor(RecordAccess::storedCount(record)) - 1);
+}
+
+[[gnu::always_inline]] inline void fetchText(const dbrecord& record) {
+    const LineSlices* const slices = RecordAccess::slices(record);
+    if (slices == nullptr) return;
+    const std::size_t size = slices->next()[RecordAccess::storedCount(record) - 1];
+    fetchBytes(slices->first(), std::min(size, mostOfText));
+}
+
 // The rows of a table as they are shown.
 class ShownRows {
 public:
@@ -38,8 +61,8 @@ public:
         __builtin_prefetch((*this)[rows[recordsAhead]]);
         const dbrecord* const slices = (*this)[rows[slicesAhead]];
         const dbrecord* const text = (*this)[rows[textAhead]];
-        if (slices != nullptr) RecordAccess::expectView(*slices);
-        if (text != nullptr) RecordAccess::expectLine(*text);
+        if (slices != nullptr) fetchSlices(*slices);
+        if (text != nullptr) fetchText(*text);
     }
 
 private:
