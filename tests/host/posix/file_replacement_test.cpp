@@ -8,6 +8,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstring>
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <thread>
@@ -106,6 +107,15 @@ TEST_F(Replacing, ANameOfAnyBytesIsThatName) {
     EXPECT_EQ(replace("caf\xE9", "x"), FileReplacement::eNone);
     EXPECT_EQ(replace("\x01name", "x"), FileReplacement::eNone);
     EXPECT_EQ(folder.names(), (Names{"\x01name", "caf\xE9"}));
+}
+
+TEST_F(Replacing, AFolderIsEnteredOnceWhateverItHoldsOfItsOwnName) {
+    std::filesystem::create_directories(path("a"));
+    std::filesystem::create_directories(path("elsewhere"));
+    std::filesystem::create_symlink(path("elsewhere"), path("a/a"));
+    EXPECT_EQ(replace("a/out", "text"), FileReplacement::eNone);
+    EXPECT_EQ(folder.read("a/out"), "text");
+    EXPECT_FALSE(std::filesystem::exists(path("elsewhere/out")));
 }
 
 TEST_F(Replacing, AHeldFileIsNotHeldASecondTime) {

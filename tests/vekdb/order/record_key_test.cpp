@@ -8,6 +8,7 @@
 
 #include <vekdb/record.h>
 #include "testing/random.h"
+#include "vekdb/order/sort_keys.h"
 
 namespace {
 
@@ -159,6 +160,21 @@ TEST_F(RecordKeys, OrderTextsOfAllKindsAsTheComparisonDoes) {
         expectOrders(x, y);
         if (HasFailure()) return;
     }
+}
+
+unsigned bitsTogether(const std::vector<Texts>& rows) {
+    std::vector<dbrecord> records;
+    for (const Texts& row : rows) records.push_back(recordOf(row));
+    std::vector<const dbrecord*> order;
+    for (const dbrecord& record : records) order.push_back(&record);
+    return SortKeys(order.data(), order.size(), false).bits();
+}
+
+TEST_F(RecordKeys, TakeNoMoreBitsTogetherThanTellTheirBytesApart) {
+    sortBy({0, 1});
+    EXPECT_EQ(bitsTogether({{"xa", "z"}, {"xa", "z"}}), 0u);
+    EXPECT_EQ(bitsTogether({{"xa", "z"}, {"xb", "z"}, {"xc", "z"}}), 2u);
+    EXPECT_EQ(bitsTogether({{"xa", "m"}, {"xb", "n"}, {"xc", "m"}, {"xd", "n"}, {"xe", "n"}}), 4u);
 }
 
 }  // namespace
