@@ -420,6 +420,7 @@ private:
                 addToList(effects, at.attribute("name"));
             }
             if (name != "text") continue;
+            if (!at.firstChild()) text += at.text();
             for (XmlElement style = at.firstChild(); style; style = style.next()) {
                 text += style.text();
             }

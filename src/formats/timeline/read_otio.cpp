@@ -485,7 +485,7 @@ private:
         rows_.setIfEmpty(timeline::marker, textOf(marker, "name"));
         rows_.setIfEmpty(timeline::color, colorOf(marker));
         rows_.setIfEmpty(timeline::note, textOf(marker, "comment"));
-        if (const std::optional<Range> marked = rangeOf(tree_.find(marker, "marked_range"))) {
+        if (const std::optional<Range> marked = rangeMarked(marker)) {
             Around own = around;
             own.record = around.record + marked->start - range.start;
             // Outside what is seen of a clip a marker is nowhere on the record.
@@ -494,8 +494,14 @@ private:
             own.hasRecord = around.hasRecord && isSeen;
             setTimes(*marked, own);
         }
-        readRest(marker, "", {"marked_range", "color", "comment"});
+        readRest(marker, "", {"marked_range", "range", "color", "comment"});
         rows_.end();
+    }
+
+    // The first markers had a range.
+    std::optional<Range> rangeMarked(Node marker) const {
+        const std::optional<Range> marked = rangeOf(tree_.find(marker, "marked_range"));
+        return marked ? marked : rangeOf(tree_.find(marker, "range"));
     }
 
     std::string colorOf(Node item) const {
