@@ -1,0 +1,139 @@
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <vekdb/formats/log.h>
+#include <vekdb/table.h>
+#include "testing/temp_dir.h"
+
+using testing::ElementsAre;
+
+namespace {
+
+vek::Log logOf(const char* text) {
+    return *vek::openText(text, "day.csv");
+}
+
+std::vector<std::string> addressesOf(const vek::Log& log) {
+    std::vector<std::string> addresses;
+    for (vek::Column column : log.columns()) addresses.push_back(column.address());
+    return addresses;
+}
+
+std::vector<std::string> cellsOf(const vek::View& view, const char* column) {
+    std::vector<std::string> cells;
+    for (vek::Row row : view) cells.emplace_back(row[column]);
+    return cells;
+}
+
+std::unique_ptr<vekdb> tableOf(unsigned rows) {
+    auto table = std::make_unique<vekdb>();
+    table->addField({LightweightString<char>("A"), DBFieldTypes::text});
+    table->add_records(static_cast<int>(rows));
+    return table;
+}
+
+}  // namespace
+
+TEST(Addresses, FindTheirColumnAndNoOther) {
+    const vek::Log log = logOf("Reel,Scene,reel,,\"a,b\"\n1,2,3,4,5\n");
+    EXPECT_THAT(addressesOf(log), ElementsAre("Reel#1", "Scene", "reel#2", "[]", "a,b"));
+    for (vek::Column column : log.columns()) {
+        const auto found = log.column(column.address());
+        ASSERT_TRUE(found) << column.address() << ": " << found.reason().text();
+        EXPECT_EQ(found->index(), column.index()) << column.address();
+    }
+}
+
+TEST(Addresses, OfANameThatLooksLikeAnotherOnesAddressStayTheirOwn) {
+    const vek::Log log = logOf("A,A,A#2,[A]\n1,2,3,4\n");
+    for (vek::Column column : log.columns()) {
+        const auto found = log.column(column.address());
+        ASSERT_TRUE(found) << column.address() << ": " << found.reason().text();
+        EXPECT_EQ(found->index(), column.index()) << column.address();
+    }
+}
+
+TEST(Places, AreCountedWithoutTheRowsThatWent) {
+    vek::Log log = logOf("A\n1\n2\n3\n4\n");
+    const vek::Row last = log.at(3);
+    const vek::Row gone = log.at(1);
+    ASSERT_TRUE(log.removeRows(*log.choose("A=2")));
+    EXPECT_EQ(log.placeOf(last), std::optional(2u));
+    EXPECT_EQ(log.placeOf(gone), std::nullopt);
+    EXPECT_EQ(log.row(last.index())["A"], "4");
+    EXPECT_EQ(log.at(2).index(), last.index());
+}
+
+TEST(Places, OfARowThatIsNotThereAreNone) {
+    const vek::Log log = logOf("A\n1\n");
+    EXPECT_EQ(log.placeOf(log.row(1)), std::nullopt);
+    EXPECT_EQ(log.placeOf(log.row(0xFFFFFFFF)), std::nullopt);
+    EXPECT_EQ(log.row(7)["A"], "");
+}
+
+TEST(ChoosingAmong, KeepsTheOrderThatRowsAreNamedIn) {
+    const vek::Log log = logOf("A,B\n1,x\n2,y\n3,x\n4,x\n");
+    EXPECT_THAT(cellsOf(*log.chooseAmong({3, 0, 1}), "A"), ElementsAre("4", "1", "2"));
+    EXPECT_THAT(cellsOf(*log.chooseAmong({3, 1, 0}, "B=x"), "A"), ElementsAre("4", "1"));
+    EXPECT_THAT(cellsOf(*log.chooseAmong({3, 1, 0, 2}, vek::Choice().order("B")), "A"),
+                ElementsAre("4", "1", "3", "2"));
+    EXPECT_EQ(log.chooseAmong({})->size(), 0u);
+}
+
+TEST(ChoosingAmong, LeavesRowsOutThatWent) {
+    vek::Log log = logOf("A\n1\n2\n3\n");
+    ASSERT_TRUE(log.removeRows(*log.choose("A=2")));
+    EXPECT_THAT(cellsOf(*log.chooseAmong({2, 1, 0, 99}), "A"), ElementsAre("3", "1"));
+}
+
+TEST(ChoosingAmong, SaysWhatIsWrongWithACondition) {
+    const vek::Log log = logOf("A\n1\n");
+    EXPECT_EQ(log.chooseAmong({0}, "C=1").reason().kind, vek::Reason::wrongUsage);
+}
+
+TEST(Copies, AreLogsOfTheirOwn) {
+    vek::Log log = logOf("A\n1\n2\n3\n");
+    ASSERT_TRUE(log.removeRows(*log.choose("A=2")));
+    std::optional<vek::Log> copy = *log.copy();
+    ASSERT_TRUE(log.set(log.at(0), "A", "changed"));
+    ASSERT_TRUE(copy->set(copy->at(1), "A", "other"));
+    EXPECT_THAT(cellsOf(*copy->choose(), "A"), ElementsAre("1", "other"));
+    EXPECT_THAT(cellsOf(*log.choose(), "A"), ElementsAre("changed", "3"));
+    EXPECT_FALSE(copy->canBeSaved() && copy->save());
+    const vek::Row kept = copy->at(0);
+    copy.reset();
+    EXPECT_EQ(kept["A"], "1");
+}
+
+TEST(AdoptedTables, AreLogs) {
+    auto table = tableOf(2);
+    table->setField(1, 0, "x");
+    const vek::Log log = *vek::adopt(std::move(table), "mine");
+    EXPECT_EQ(log.name(), "mine");
+    EXPECT_EQ(log.size(), 2u);
+    EXPECT_EQ(log.at(1)["A"], "x");
+    EXPECT_EQ(log.choose("A=x")->size(), 1u);
+}
+
+TEST(AdoptedTables, AreRefusedWhereTheyAreNone) {
+    EXPECT_FALSE(vek::adopt(nullptr));
+    EXPECT_FALSE(vek::adopt(std::make_unique<vekdb>()));
+}
+
+TEST(LettingGo, GivesTheFileToOthers) {
+    testing_support::TempDir folder;
+    folder.write("day.csv", "A\n1\n");
+    const std::string path = folder.file("day.csv").string();
+    vek::Log log = *vek::openToChange(path);
+    EXPECT_FALSE(vek::openToChange(path));
+    log.letGo();
+    EXPECT_EQ(log.at(0)["A"], "1");
+    vek::Log other = *vek::openToChange(path);
+    ASSERT_TRUE(other.set(other.at(0), "A", "2"));
+    EXPECT_TRUE(other.save());
+    EXPECT_FALSE(log.save());
+}
