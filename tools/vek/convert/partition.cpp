@@ -1,6 +1,8 @@
 #include "tools/vek/convert/partition.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <map>
@@ -120,15 +122,24 @@ bool isEmptyOrAbsent(const std::string& folder) {
     return isEmpty && !error;
 }
 
+// What stands behind "part-"; nothing where that is no number, or one beyond those of any dataset.
+std::optional<std::size_t> numberOfPart(std::string_view name) {
+    constexpr std::string_view front = "part-";
+    if (!name.starts_with(front)) return {};
+    std::uint32_t number = 0;
+    name.remove_prefix(front.size());
+    const auto read = std::from_chars(name.data(), name.data() + name.size(), number);
+    return read.ec == std::errc() ? std::optional<std::size_t>(number) : std::nullopt;
+}
+
 // The number behind the last part that stands anywhere in the folder.
 std::size_t nextPart(const std::string& folder) {
     std::size_t next = 0;
     std::error_code error;
     fs::recursive_directory_iterator at(folder, error);
     for (; !error && at != fs::recursive_directory_iterator(); at.increment(error)) {
-        std::size_t number = 0;
         const std::string name = at->path().filename().native();
-        if (std::sscanf(name.c_str(), "part-%zu", &number) == 1) next = std::max(next, number + 1);
+        if (const auto number = numberOfPart(name)) next = std::max(next, *number + 1);
     }
     if (error) throw Failure{unreadable, concat(folder, ": ", error.message())};
     return next;
