@@ -4,6 +4,7 @@
 
 #include <vekdb/field_types.h>
 #include "errors.h"
+#include "slots.h"
 
 namespace vekpy {
 
@@ -95,11 +96,11 @@ struct Cells {
     Column column;
     std::size_t next = 0;
 
-    py::str take() {
+    py::object take() {
         const Hold hold(*column.log);
         const unsigned index = indexOf(column, hold);
         const std::size_t size = column.view ? column.view->rows(hold).size() : hold->size();
-        if (next >= size) throw py::stop_iteration();
+        if (next >= size) return {};
         return strOf(hold.cell(rowAt(column, static_cast<py::ssize_t>(next++), hold), index));
     }
 };
@@ -215,9 +216,7 @@ void storeCells(const Hold& hold, unsigned row, const std::vector<Cell>& cells) 
 }
 
 void bindColumns(py::module_& module) {
-    py::class_<Cells>(module, "_Cells")
-        .def("__iter__", [](py::object self) { return self; })
-        .def("__next__", &Cells::take);
+    bindWalk<Cells>(module, "_Cells");
 
     py::class_<Column> column(module, "Column",
                               "A column of a log or of a view: the sequence of its cells, which "

@@ -6,6 +6,7 @@
 #include "errors.h"
 #include "joining.h"
 #include "opening.h"
+#include "row_maker.h"
 #include "saving.h"
 #include "texts.h"
 
@@ -23,11 +24,12 @@ std::size_t sizeOf(const Shared& log) {
 struct Walk {
     Shared log;
     unsigned next = 0;
+    RowMaker maker = {};
 
-    Row take() {
+    py::object take() {
         const Hold hold(*log);
-        if (next >= hold->size()) throw py::stop_iteration();
-        return {log, hold->at(next++).index()};
+        if (next >= hold->size()) return {};
+        return maker.row(log, hold->at(next++).index());
     }
 };
 
@@ -180,6 +182,7 @@ void bindRows(py::class_<SharedLog, Shared>& log) {
     log.def("__len__", &sizeOf);
     log.def("__getitem__", &get, "key"_a,
             "A row by its place, a view by a slice, or a column by its name.");
+    bindSubscript<Shared>(log, &get);
     log.def("__setitem__", &setRow, "place"_a, "cells"_a, "Puts texts in cells of a row.");
     log.def("__delitem__", &removeAt, "key"_a, "Removes a row, or those of a slice.");
     log.def("__iter__", [](const Shared& self) { return Walk{self}; });
@@ -337,9 +340,7 @@ Row appendRow(const Shared& log, const py::dict& cells, const py::kwargs& more) 
 }
 
 void bindLog(py::module_& module) {
-    py::class_<Walk>(module, "_LogWalk")
-        .def("__iter__", [](py::object self) { return self; })
-        .def("__next__", &Walk::take);
+    bindWalk<Walk>(module, "_LogWalk");
     py::class_<SharedLog, Shared> log(
         module, "Log",
         "A log in memory, whatever format it came from: a sequence of rows.\n\nLog(columns, rows) "

@@ -14,10 +14,10 @@ namespace vekpy {
 namespace {
 
 constexpr vek::Format allFormats[] = {
-    vek::Format::table, vek::Format::csv,    vek::Format::tsv,  vek::Format::plainCsv,
-    vek::Format::json,  vek::Format::jsonl,  vek::Format::ale,  vek::Format::edl,
-    vek::Format::otio,  vek::Format::fcpxml, vek::Format::xlsx, vek::Format::markdown,
-    vek::Format::html};
+    vek::Format::table, vek::Format::csv,     vek::Format::tsv,  vek::Format::plainCsv,
+    vek::Format::json,  vek::Format::jsonl,   vek::Format::ale,  vek::Format::edl,
+    vek::Format::otio,  vek::Format::fcpxml,  vek::Format::xlsx, vek::Format::markdown,
+    vek::Format::html,  vek::Format::parquet, vek::Format::arrow};
 
 py::list formats() {
     py::list list;

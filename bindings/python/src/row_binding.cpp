@@ -1,6 +1,7 @@
 #include "columns.h"
 #include "errors.h"
 #include "rows.h"
+#include "slots.h"
 #include "texts.h"
 
 namespace vekpy {
@@ -134,6 +135,9 @@ void bindRow(py::module_& module) {
                         "a StaleError.");
     row.def("__getitem__", &get, "column"_a,
             "The cell of a column, by the column's name or its place.");
+    typeObject(row)->tp_as_mapping->mp_subscript = [](PyObject* self, PyObject* column) {
+        return inSlot([&] { return get(valueIn<Row>(self), column); });
+    };
     row.def("__setitem__", &set, "column"_a, "value"_a, "Puts a text in the cell of a column.");
     row.def("__contains__", &has, "column"_a);
     row.def("__len__", &lengthOf);

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include <vekdb/formats/log.h>
+#include <vekdb/table.h>
 
 /// A log as all its objects in Python share it, and how threads take turns with it.
 namespace vekpy {
@@ -66,7 +67,9 @@ public:
     bool shows(unsigned row) const;
     /// A StaleError for a row that was removed.
     void requireRow(unsigned row) const;
-    std::string_view cell(unsigned row, unsigned column) const { return log().row(row).at(column); }
+    std::string_view cell(unsigned row, unsigned column) const {
+        return log().table().get_record(row)->fieldView(column);
+    }
 
     /// The column of a name; a ColumnError where there is none.
     unsigned columnNamed(py::handle name) const;

@@ -4,6 +4,7 @@
 #include "choosing.h"
 #include "columns.h"
 #include "errors.h"
+#include "row_maker.h"
 #include "saving.h"
 
 namespace vekpy {
@@ -31,12 +32,13 @@ py::object get(const View& view, const py::object& key) {
 struct Walk {
     View view;
     std::size_t next = 0;
+    RowMaker maker = {};
 
-    Row take() {
+    py::object take() {
         const Hold hold(*view->log());
         const std::vector<unsigned>& rows = view->rows(hold);
-        if (next >= rows.size()) throw py::stop_iteration();
-        return {view->log(), rows[next++]};
+        if (next >= rows.size()) return {};
+        return maker.row(view->log(), rows[next++]);
     }
 };
 
@@ -108,9 +110,7 @@ py::str textIn(const View& view, py::handle format, const py::kwargs& options) {
 }  // namespace
 
 void bindView(py::module_& module) {
-    py::class_<Walk>(module, "_Walk")
-        .def("__iter__", [](py::object self) { return self; })
-        .def("__next__", &Walk::take);
+    bindWalk<Walk>(module, "_Walk");
 
     py::class_<RowList, View> view(
         module, "View",
@@ -123,6 +123,7 @@ void bindView(py::module_& module) {
              "A row by its place, a view by a slice, or a column by its name.");
     view.def("__delitem__", &drop, "key"_a,
              "Takes rows out of the view and of those made of it; the log keeps them.");
+    bindSubscript<View>(view, &get);
     view.def("__iter__", [](const View& self) { return Walk{self}; });
     view.def("__contains__", &has, "row"_a);
     view.def("__repr__", [](const View& self) {

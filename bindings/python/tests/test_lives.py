@@ -5,7 +5,8 @@ import os
 import pathlib
 import random
 import threading
-from typing import Callable, List
+import weakref
+from typing import Callable, Iterator, List, Sequence, Tuple, Union
 
 import pytest
 
@@ -189,3 +190,50 @@ def test_two_files_that_use_each_others_logs_end_with_an_error() -> None:
 
     run(writes(a, b), writes(b, a))
     assert raised
+
+
+def test_a_row_that_a_loop_handed_out_stays_what_it_was(samples: pathlib.Path) -> None:
+    log = vekdb.open(samples / "dailies.vek")
+    view = log.where("Take>=1")
+    both: "Sequence[Union[vekdb.Log, vekdb.View]]" = (log, view)
+    for rows in both:
+        kept = [row for row in rows]
+        assert [row.index for row in kept] == list(range(len(rows)))
+        first = next(iter(rows))
+        assert [row["Name"] for row in rows][0] == first["Name"]
+        others = [row for row in rows if row.index % 3 == 0]
+        assert [row.index for row in others] == list(range(0, len(rows), 3))
+
+
+def test_a_row_that_is_watched_weakly_goes_with_its_loop_variable(samples: pathlib.Path) -> None:
+    seen = []
+    for row in vekdb.open(samples / "docs.vek"):
+        seen.append((weakref.ref(row), row.index))
+    for one, index in seen:
+        left = one()
+        assert left is None or left.index == index
+
+
+def test_walks_end_and_stay_ended(samples: pathlib.Path) -> None:
+    log = vekdb.open(samples / "docs.vek")
+    ends: "List[Tuple[Iterator[object], int]]" = [
+        (iter(log), 6), (iter(log.where("Scene=12")), 4), (iter(log["Scene"]), 6)
+    ]
+    for walk, count in ends:
+        assert iter(walk) is walk and len(list(walk)) == count
+        assert next(walk, None) is None
+        with pytest.raises(StopIteration):
+            walk.__next__()
+
+
+def test_what_is_in_brackets_is_looked_at_however_it_is_asked(samples: pathlib.Path) -> None:
+    log = vekdb.open(samples / "docs.vek")
+    assert log.__getitem__(0).__getitem__("Scene") == log[0]["Scene"]
+    with pytest.raises(TypeError):
+        log[0][object()]  # type: ignore[index]
+    with pytest.raises(IndexError):
+        log[99]
+    with pytest.raises(vekdb.ColumnError):
+        log["none"]
+    with pytest.raises(TypeError):
+        vekdb.Row.__new__(vekdb.Row)["Scene"]

@@ -7,6 +7,9 @@ import pytest
 import vekdb
 from vekdb import col
 
+# What writes them is installed or not; the variable names it.
+BY_ENGINES = {"parquet": "VEK_DUCKDB", "arrow": "VEK_ARROW"}
+
 
 def test_a_log_is_a_sequence_of_rows(docs: vekdb.Log) -> None:
     assert len(docs) == 6
@@ -234,6 +237,8 @@ def test_problems_say_their_line() -> None:
 def test_every_format_is_written_and_read(docs: vekdb.Log, tmp_path: pathlib.Path) -> None:
     docs.parameters["FPS"] = "24"
     for name in vekdb.formats_written():
+        if name in BY_ENGINES:
+            continue
         path = tmp_path / ("log." + name)
         docs.save_as(path, name, rate="24")
         assert path.stat().st_size > 0
@@ -241,6 +246,18 @@ def test_every_format_is_written_and_read(docs: vekdb.Log, tmp_path: pathlib.Pat
             again = vekdb.open(path, format=name)
             assert len(again) == 6, name
             assert again.format == name
+
+
+@pytest.mark.parametrize("name", BY_ENGINES)
+def test_formats_of_engines_say_what_to_install(
+    docs: vekdb.Log, tmp_path: pathlib.Path, monkeypatch: pytest.MonkeyPatch, name: str
+) -> None:
+    assert name in vekdb.formats_written() and name not in vekdb.formats_read()
+    monkeypatch.setenv(BY_ENGINES[name], "/nowhere/engine")
+    path = tmp_path / ("log." + name)
+    with pytest.raises(vekdb.WriteError, match="install"):
+        docs.save_as(path)
+    assert not path.exists()
 
 
 def test_formats_are_found_by_the_ending() -> None:
