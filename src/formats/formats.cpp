@@ -7,6 +7,7 @@
 #include "formats/packed/packed.h"
 #include "formats/reading/decoding.h"
 #include "formats/reading/readers.h"
+#include "formats/reading/signs.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/utf8.h"
 #include "formats/writing/write_formats.h"
@@ -219,15 +220,6 @@ std::string endingsToWrite() {
     return concat(out, " or ", last);
 }
 
-std::string_view firstFilledLine(std::string_view head) {
-    LineWalk walk(head);
-    std::string_view line;
-    while (walk.next(line)) {
-        if (!trimmed(line).empty()) return trimmed(line);
-    }
-    return {};
-}
-
 // A member's name, and not a text that says so.
 bool hasTimelineMember(std::string_view head) {
     constexpr std::string_view name = "\"OTIO_SCHEMA\"";
@@ -235,15 +227,6 @@ bool hasTimelineMember(std::string_view head) {
         if (trimmed(head.substr(at + name.size())).starts_with(':')) return true;
     }
     return false;
-}
-
-// An object or a list of them, as no cell of a heading begins.
-bool isJson(std::string_view line, std::string_view head) {
-    if (!line.starts_with('{') && !line.starts_with('[')) return false;
-    const std::string_view rest =
-        trimmed(head.substr(static_cast<std::size_t>(line.data() + 1 - head.data())));
-    return line[0] == '{' ? rest.starts_with('"') || rest.starts_with('}')
-                          : rest.starts_with('{') || rest.starts_with(']');
 }
 
 bool isOneOf(Format format, std::initializer_list<Format> formats) {
@@ -256,7 +239,7 @@ bool isUnderWrongEnding(Format format, std::string_view line, std::string_view h
     if (format == Format::table) return false;
     const bool isJsonsName = isOneOf(format, {Format::json, Format::jsonl});
     const bool isObject = line.starts_with('{') && format == Format::otio;
-    if (isJson(line, head)) return !isJsonsName && !isObject;
+    if (isJson(head)) return !isJsonsName && !isObject;
     if (isOneOf(format, {Format::csv, Format::tsv})) return false;
     const bool isOwn = isJsonsName && (line.starts_with('{') || line.starts_with('['));
     return !isOwn && isDelimited(head, isWhole);
@@ -323,22 +306,27 @@ Format recognised(const std::string& path, std::string_view head) {
     std::string_view line = firstFilledLine(head);
     std::string_view start = line.starts_with('"') ? line.substr(1) : line;
     if (sameText(start.substr(0, 6), "VEKDB:")) return Format::table;
-    if (sameText(line, "Heading")) return Format::ale;
-    if (sameText(line.substr(0, 6), "TITLE:")) return Format::edl;
+    if (isLogExchange(head)) return Format::ale;
     if (line.starts_with('{') && hasTimelineMember(head)) return Format::otio;
     if (line.starts_with('<') && head.find("<fcpxml") != head.npos) return Format::fcpxml;
     const FormatEntry* entry = entryOfPath(path, isReadable);
+    const bool isCalledEdl = entry != nullptr && entry->format == Format::edl;
+    const bool isCalledCells =
+        entry != nullptr && isOneOf(entry->format, {Format::csv, Format::tsv});
+    const bool isOfCells = !isCalledEdl && isTitleOfCells(head, isWhole, isCalledCells);
+    if (isEditList(head) && !isOfCells) return Format::edl;
     if (entry != nullptr && !isUnderWrongEnding(entry->format, line, head, isWhole)) {
         return entry->format;
     }
-    if (line.starts_with('{') || line.starts_with('[')) return Format::json;
+    const bool mayBeJson = line.starts_with('{') || line.starts_with('[');
+    if (mayBeJson && (isJson(head) || !isDelimited(head, isWhole))) return Format::json;
     return line.find('\t') != std::string_view::npos ? Format::tsv : Format::csv;
 }
 
 std::string otherFormat(Format tried, std::string_view head) {
     const bool isWhole = head.size() < Input::headSize;
     head = withoutMark(head);
-    if (isJson(firstFilledLine(head), head)) {
+    if (isJson(head)) {
         return isOneOf(tried, {Format::json, Format::jsonl}) ? "" : "json";
     }
     if (isOneOf(tried, {Format::csv, Format::tsv}) || !isDelimited(head, isWhole)) return "";

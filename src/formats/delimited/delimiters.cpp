@@ -144,6 +144,21 @@ bool hasSeveralCells(std::string_view text, char delimiter) {
     return Counts(text, true, delimiter).heading() > 1;
 }
 
+std::size_t cellsBehindFirstLine(std::string_view text, char usual) {
+    const std::size_t end = text.find_first_of("\r\n");
+    if (end == text.npos || text.substr(0, end).find('"') != text.npos) return 0;
+    const std::string_view rest = text.substr(end);
+    for (char mark : delimiters) {
+        if (mark == usual || text.substr(0, end).find(mark) != text.npos) continue;
+        const Counts counts(rest, true, mark);
+        // Two keywords with a semicolon between them may be the values of one column.
+        const std::size_t fewest = mark == '\t' ? 2 : 3;
+        const bool areAlike = counts.rows() > 0 && counts.rowsLikeHeading() == counts.rows();
+        if (counts.heading() >= fewest && areAlike) return counts.heading();
+    }
+    return 0;
+}
+
 std::optional<char> delimiterOfLine(std::string_view line) {
     constexpr std::string_view name = "sep=";
     const bool isIt = line.size() == name.size() + 1 && sameText(line.substr(0, 4), name);

@@ -61,6 +61,18 @@ char delimiterOf(std::string_view text, std::optional<char> named, char usual, L
     return delimiter;
 }
 
+// A single name over rows of several cells is hardly a heading.
+void reportLineInFront(std::string_view text, char delimiter, std::size_t line, Log& log) {
+    if (hasSeveralCells(text, delimiter) || log.form.hasNoHeading) return;
+    const std::size_t cells = cellsBehindFirstLine(text, delimiter);
+    if (cells == 0) return;
+    log.report([&]() -> Problem {
+        return {line, "", concat("a heading of one name over rows of ", std::to_string(cells)),
+                "a name for each column",
+                "it is read as the heading; lines in front of one can be passed over"};
+    });
+}
+
 // Without a heading the columns are numbered as far as the first row reaches.
 void readHeading(DelimitedScanner& scanner, TableBuilder& builder, Log& log) {
     const std::size_t line = scanner.line();
@@ -94,6 +106,7 @@ void readDelimited(Text text, char separator, Log& log) {
     const std::size_t inFront = linesInFront(text.view(), named.has_value(), separator, log);
     text.start += skipLines(text.view(), inFront, log);
     const char delimiter = delimiterOf(text.view(), named, separator, log);
+    reportLineInFront(text.view(), delimiter, 1 + inFront, log);
     TableBuilder builder(log, std::move(text.block));
     char* const begin = builder.text() + text.start;
     DelimitedScanner scanner(begin, builder.textEnd(), delimiter,
