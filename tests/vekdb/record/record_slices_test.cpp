@@ -66,6 +66,17 @@ TEST_F(OnSlices, ChangingOneValueKeepsTheOthers) {
     EXPECT_TRUE(record.get_changed());
 }
 
+TEST_F(OnSlices, AValueOfTheSameLengthTakesTheOldOnesPlaceWhereItIsWrittenAsItIs) {
+    const char* const place = record.fieldView(0).data();
+    EXPECT_TRUE(record.set_field(0, "B777"));
+    EXPECT_EQ(record.fieldView(0).data(), place);
+    for (const char* value : {"B\"77", "B\n77"}) {
+        EXPECT_TRUE(record.set_field(0, value));
+        EXPECT_NE(record.fieldView(0).data(), place);
+        EXPECT_STREQ(record.get_field(0), value);
+    }
+}
+
 TEST_F(OnSlices, AnEqualValueChangesNothing) {
     EXPECT_TRUE(record.setField(0, "A001"));
     EXPECT_FALSE(record.get_changed());
