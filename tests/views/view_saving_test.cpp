@@ -25,7 +25,33 @@ struct Saving : testing::Test {
     vekdb table;
 };
 
+// Sees what stands in the folder whenever a column is asked for.
+struct LookingView : VDBViewRep {
+    LookingView(vekdb* table, const TempDir& folder) : VDBViewRep(table), folder(folder) {}
+
+    unsigned get_fieldnum(LightweightString<char> name) const override {
+        ++asked;
+        seen = folder.names();
+        return VDBViewRep::get_fieldnum(name);
+    }
+
+    const TempDir& folder;
+    mutable int asked = 0;
+    mutable std::vector<std::string> seen;
+};
+
 }  // namespace
+
+TEST_F(Saving, NothingStandsBesideTheFileWhileCodeOfAnApplicationRuns) {
+    auto* const looking = new LookingView(&table, folder);
+    VDBView view(looking);
+    looking->displayAllRecords();
+    looking->asked = 0;
+    EXPECT_EQ(6, looking->saveAsText(folder.widePath("out"), false));
+    EXPECT_GT(looking->asked, 0);
+    EXPECT_THAT(looking->seen, testing::IsEmpty());
+    EXPECT_THAT(folder.names(), testing::ElementsAre("out"));
+}
 
 TEST_F(Saving, WritesParametersHeaderAndRowsInViewOrderWithTheViewsTags) {
     VDBView view = viewOf(table, {4, 1});
