@@ -2,8 +2,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string_view>
-#include <vector>
 
 #include <vekdb/field_types.h>
 #include <vekdb/host/visibility.h>
@@ -44,6 +44,7 @@ public:
         unsigned column = none;        ///< of the same
         bool hasMovedRows = false;     ///< rows came or went
         bool hasOtherColumns = false;  ///< columns came, went, or changed their names
+        bool isStepOver = true;        ///< false where edits of the step are left
     };
 
     /// Is told of each change that the log makes, whether an edit is done, taken back or done
@@ -113,8 +114,15 @@ public:
     // --- undo and redo
     /// Takes the last step back, or does the one again that was taken back last; what that did.
     /// Nothing while a step is open, and where there is no such step.
-    Outcome undo();
-    Outcome redo();
+    Outcome undo() { return undo(everyEdit); }
+    Outcome redo() { return redo(everyEdit); }
+    /// The same with at most so many edits of the step, for whoever has other things to do
+    /// between: the next call goes on from there.
+    Outcome undo(std::size_t atMost);
+    Outcome redo(std::size_t atMost);
+    /// How many edits that step has, which are counted.
+    std::size_t editsToUndo() const;
+    std::size_t editsToRedo() const;
     bool canUndo() const { return depth_ == 0 && done_ > 0; }
     bool canRedo() const;
 
@@ -132,11 +140,12 @@ public:
 private:
     struct Edit;
     struct Late;
+    class Line;
     static constexpr std::size_t nowhere = static_cast<std::size_t>(-1);
+    static constexpr std::size_t everyEdit = static_cast<std::size_t>(-1);
 
     bool isEditable() const;
     bool isCell(unsigned row, unsigned column) const;
-    void makeRoom();
     void make(Edit edit);
     void enter(Edit edit) noexcept;
     bool insert(unsigned at, Edit edit);
@@ -154,7 +163,7 @@ private:
 
     vekdb& table_;
     Follower* follower_ = nullptr;
-    std::vector<Edit> edits_;
+    std::unique_ptr<Line> edits_;
     std::size_t done_ = 0;
     std::size_t saved_ = 0;
     unsigned depth_ = 0;

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "browse/opened.h"
+#include "formats/text/width.h"
 #include "testing/random.h"
 
 namespace {
@@ -202,5 +203,73 @@ TEST(BrowseWalk, TenThousandKeysDoWhatThePlainModelDoes) {
     while (walk.keys < 10000 && !testing::Test::HasFailure()) {
         walk.step();
         if (random.oneIn(300)) walk.kill();
+    }
+}
+
+namespace {
+
+// Logs that nobody makes by hand.
+std::vector<std::string> strangeLogs() {
+    std::string wide = "c0", values = "v0";
+    for (int i = 1; i < 3000; ++i) {
+        wide += ",c" + std::to_string(i);
+        values += ",v";
+    }
+    const std::string invalid = "N\xFF,\xC3\n\xED\xA0\x80,\xF0\x9F\n\"\x1b[2J\",\x80\x80\n";
+    return {"\n", "Name,Scene\n", wide + "\n" + values + "\n" + values + "\n",
+            "Name,Long\na," + std::string(200000, 'x') + "\nb,\n", invalid};
+}
+
+// Every key there is, but those by which one leaves, and those that name a file.
+std::vector<std::string> keysToPress() {
+    using vek::browse::Act;
+    std::vector<std::string> keys = {"x", "1", "=", "Backspace", "\xC3\xA4", "F12", "Esc", "Enter"};
+    for (const vek::browse::KeyEntry& entry : vek::browse::keyTable()) {
+        const bool leaves = entry.act == Act::quit || entry.act == Act::leave;
+        const bool names = entry.act == Act::saveAs || entry.act == Act::saveShown;
+        if (leaves || names || entry.act == Act::open) continue;
+        keys.insert(keys.end(), entry.keys.begin(), entry.keys.end());
+    }
+    return keys;
+}
+
+void expectSound(Opened& opened, std::size_t width, std::size_t height) {
+    const auto picture = opened.browser->picture(width, height);
+    ASSERT_EQ(height, picture.lines.size());
+    for (const auto& line : picture.lines) {
+        for (const auto& piece : line) {
+            ASSERT_LE(piece.x + vek::formats::displayWidth(piece.text), width);
+            ASSERT_TRUE(std::none_of(piece.text.begin(), piece.text.end(), [](char c) {
+                return static_cast<unsigned char>(c) < ' ' || c == 0x7F;
+            }));
+        }
+    }
+    const auto& sheet = opened.sheet();
+    ASSERT_TRUE(sheet.rows().size() == 0 || sheet.place() < sheet.rows().size());
+    for (unsigned place = 0; place < sheet.rows().size(); ++place) {
+        ASSERT_LT(sheet.rows().rowAt(place), sheet.log().rowCount());
+    }
+}
+
+}  // namespace
+
+TEST(BrowseWalk, NoKeyDoesHarmInAStrangeLog) {
+    Random random;
+    const std::vector<std::string> keys = keysToPress();
+    for (const std::string& text : strangeLogs()) {
+        Opened opened(text);
+        std::string pressed;
+        for (int i = 0; i < 300; ++i) {
+            const std::string& key = random.pick(keys);
+            pressed += key + " ";
+            SCOPED_TRACE(pressed);
+            opened.pressOne(key);
+            opened.browser->takeCommand();
+            if (random.oneIn(10)) opened.browser->click(random.below(50), random.below(20));
+            if (random.oneIn(10)) opened.browser->turn(random.between(-5, 5));
+            expectSound(opened, static_cast<std::size_t>(random.between(10, 100)),
+                        static_cast<std::size_t>(random.between(5, 30)));
+            if (testing::Test::HasFatalFailure()) return;
+        }
     }
 }

@@ -47,6 +47,14 @@ export function columnsLog(count) {
     return write(`columns-${count}.csv`, lines.join("\n") + "\n");
 }
 
+// So many columns, and as many rows: m1/1 is the first cell of the first.
+export function manyRows(columns, rows) {
+    const line = (of) => Array.from({ length: columns }, (_, i) => of(i + 1)).join(",");
+    const lines = [line((i) => `Column ${i}`),
+                   ...Array.from({ length: rows }, (_, row) => line((i) => `m${row + 1}/${i}`))];
+    return write(`many-${columns}.csv`, lines.join("\n") + "\n");
+}
+
 // Every type that conditions know, dates and timecodes without punctuation among them.
 export function typedLog() {
     const chance = numbersFrom(9);

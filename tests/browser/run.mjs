@@ -452,4 +452,32 @@ test("printed, no column of a wide log is lost beyond the sheet", async () => {
     expect(text.includes(`of ${columns}`), "the columns are counted");
 });
 
+test("printed without script, every column is there, and what a check finds", async () => {
+    const columns = 60;
+    const page = makePage("plain-columns.html", [logs.columnsLog(columns), logs.columnsLog(3)]);
+    const sheets = await sheetsOf(page, "plain-columns", { javaScriptEnabled: false });
+    const text = sheets.join("").replace(/\s+/g, " ");
+    for (let i = 1; i <= columns; ++i) {
+        expect(text.includes(`c${columns}/${i}-2`), `column ${i} is printed`);
+        expect(text.includes(`Column ${i} `), `the heading of column ${i} is printed`);
+    }
+    for (const words of ["All logs", "c3/1-2", "c3/3-1", "expected"]) {
+        expect(text.includes(words), `${words} is printed`);
+    }
+});
+
+test("printed without script, the heading is on every page of the rows", async () => {
+    for (const [path, name, row, heads] of [
+        [pages.dailies, "plain-day", /KJ 2300\d\d/, ["Reel", "Scene", "Description", "Notes"]],
+        [makePage("plain-many.html", [logs.manyRows(40, 200)]), "plain-many", /m\d+\/40/,
+         ["Column 1", "Column 11", "Column 40"]]]) {
+        const all = await sheetsOf(path, name, { javaScriptEnabled: false });
+        const sheets = all.filter((sheet) => row.test(sheet));
+        expect(sheets.length > 3, `${sheets.length} sheets with rows`);
+        for (const head of heads) {
+            expect(sheets.every((sheet) => sheet.includes(head)), `${head} is on every sheet`);
+        }
+    }
+});
+
 await harness.runAll();

@@ -1,3 +1,5 @@
+#include <malloc.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -86,7 +88,16 @@ void waitForEnter() {
     std::cin.clear();
 }
 
+// Small pieces of memory that are let go of are joined with others at once, and not a million of
+// them when somebody presses a key.
+void keepMemoryInOrder() {
+#ifdef M_MXFAST
+    ::mallopt(M_MXFAST, 0);
+#endif
+}
+
 int run(const Args& args) {
+    keepMemoryInOrder();
     if (!isTerminal(Stream::output)) {
         throw Failure{wrongUsage, "browse: needs a terminal; vek show prints a log"};
     }

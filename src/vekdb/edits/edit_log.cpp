@@ -1,11 +1,9 @@
 #include <vekdb/edit_log.h>
 
-#include <algorithm>
-
 #include <vekdb/table.h>
-#include "vekdb/edits/edit.h"
+#include "vekdb/edits/edit_line.h"
 
-EditLog::EditLog(vekdb& table) : table_(table) {}
+EditLog::EditLog(vekdb& table) : table_(table), edits_(std::make_unique<Line>()) {}
 
 EditLog::~EditLog() = default;
 
@@ -18,55 +16,66 @@ void EditLog::endStep() noexcept {
 }
 
 bool EditLog::canRedo() const {
-    return depth_ == 0 && done_ < edits_.size();
+    return depth_ == 0 && done_ < edits_->size();
 }
 
 void EditLog::forget() noexcept {
     saved_ = hasUnsavedEdits() ? nowhere : 0;
-    edits_.clear();
+    edits_->clear();
     done_ = 0;
 }
 
 // Once there is room, an edit that was made can be entered whatever happens.
-void EditLog::makeRoom() {
-    if (done_ < edits_.capacity()) return;
-    edits_.reserve(std::max<std::size_t>(16, 2 * edits_.capacity()));
-}
-
 void EditLog::make(Edit edit) {
-    makeRoom();
+    edits_->makeRoom();
     Late late = exchange(edit);
     enter(std::move(edit));
-    tell(edits_.back(), done_ - 1, late);
+    tell((*edits_)[done_ - 1], done_ - 1, late);
     late.rethrow();
 }
 
 void EditLog::enter(Edit edit) noexcept {
-    edits_.erase(edits_.begin() + static_cast<std::ptrdiff_t>(done_), edits_.end());
+    edits_->dropFrom(done_);
     if (saved_ != nowhere && saved_ > done_) saved_ = nowhere;
     edit.beginsStep = depth_ == 0 || !isStepBegun_;
     isStepBegun_ = true;
-    edits_.push_back(std::move(edit));
+    edits_->enter(std::move(edit));
     ++done_;
 }
 
-EditLog::Outcome EditLog::undo() {
+EditLog::Outcome EditLog::undo(std::size_t atMost) {
     Outcome outcome;
-    while (canUndo()) {
-        Edit& edit = edits_[done_ - 1];
+    while (canUndo() && outcome.edits < atMost) {
+        Edit& edit = (*edits_)[done_ - 1];
         stepOver(edit, true, outcome);
-        if (edit.beginsStep) break;
+        outcome.isStepOver = edit.beginsStep;
+        if (outcome.isStepOver) break;
     }
     return outcome;
 }
 
-EditLog::Outcome EditLog::redo() {
+EditLog::Outcome EditLog::redo(std::size_t atMost) {
     Outcome outcome;
-    while (canRedo()) {
-        stepOver(edits_[done_], false, outcome);
-        if (done_ < edits_.size() && edits_[done_].beginsStep) break;
+    while (canRedo() && outcome.edits < atMost) {
+        stepOver((*edits_)[done_], false, outcome);
+        outcome.isStepOver = done_ == edits_->size() || (*edits_)[done_].beginsStep;
+        if (outcome.isStepOver) break;
     }
     return outcome;
+}
+
+std::size_t EditLog::editsToUndo() const {
+    if (!canUndo()) return 0;
+    std::size_t first = done_ - 1;
+    while (first > 0 && !(*edits_)[first].beginsStep) --first;
+    return done_ - first;
+}
+
+std::size_t EditLog::editsToRedo() const {
+    if (!canRedo()) return 0;
+    std::size_t end = done_ + 1;
+    while (end < edits_->size() && !(*edits_)[end].beginsStep) ++end;
+    return end - done_;
 }
 
 void EditLog::stepOver(Edit& edit, bool isUndo, Outcome& outcome) {

@@ -6,7 +6,7 @@
 #include <vekdb/edit_log.h>
 #include <vekdb/host/cookie.h>
 #include <vekdb/table.h>
-#include "vekdb/edits/edit.h"
+#include "vekdb/edits/edit_line.h"
 #include "vekdb/record/record_access.h"
 #include "vekdb/table/table_inside.h"
 
@@ -98,7 +98,7 @@ unsigned EditLog::deleteRows(unsigned first, unsigned count) {
 // The columns as they stand are what undo exchanges; where memory ends, they are put back.
 template <class Change>
 bool EditLog::changeColumns(Edit edit, Change change) {
-    makeRoom();
+    edits_->makeRoom();
     edit.bulk->columns = TableInside::of(table_).columns;
     bool isDone = false;
     Late late;
@@ -115,7 +115,7 @@ bool EditLog::changeColumns(Edit edit, Change change) {
     TableInside::of(table_).modified = true;
     forgetIdentities();
     enter(std::move(edit));
-    tell(edits_.back(), done_ - 1, late);
+    tell((*edits_)[done_ - 1], done_ - 1, late);
     late.rethrow();
     return true;
 }

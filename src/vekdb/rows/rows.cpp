@@ -64,12 +64,18 @@ void Rows::append(dbrecord* record) {
     }
 }
 
+// All the room behind the rows becomes the gap where it is too small.
 void Rows::insert(unsigned at, dbrecord* const* records, unsigned n) {
-    inOneArray();
-    std::memmove(slots_ + at + n, slots_ + at, (count_ - at) * sizeof(dbrecord*));
+    ++order_;
+    if (gap_ < n) {
+        moveGapTo(count_);
+        gap_ = static_cast<unsigned>(room_ - count_);
+    }
+    moveGapTo(at);
     std::memcpy(slots_ + at, records, n * sizeof(dbrecord*));
+    gapAt_ += n;
+    gap_ -= n;
     count_ += n;
-    gapAt_ = count_;
 }
 
 // Rows keep their order; those between the gap's old and new place cross it.

@@ -9,10 +9,10 @@
 /// The rows of a table in order, and which of them are shown while only tagged rows are.
 ///
 /// The capacity that callers see grows in steps of 500 and never shrinks. Rows stand in one
-/// array with a gap where the last deletion was, so a run of deletions in ascending order moves
-/// each row once. The tagged rows stand in an array of their own; the slots behind the tagged
-/// count keep what they held, or null. Rows in it that were deleted are told by their addresses
-/// alone, which no other row has until the array is filled again.
+/// array with a gap where the last deletion or insertion was, so a run of them in the order of the
+/// rows, or against it, moves each row once. The tagged rows stand in an array of their own; the
+/// slots behind the tagged count keep what they held, or null. Rows in it that were deleted are
+/// told by their addresses alone, which no other row has until the array is filled again.
 class Rows {
 public:
     static constexpr unsigned chunk = 500;

@@ -198,6 +198,45 @@ TEST_F(EditLogTest, SeveralEditsAreOneStep) {
     expectThereAndBack();
 }
 
+TEST_F(EditLogTest, AStepIsTakenBackALittleAtATime) {
+    {
+        const EditLog::Step step(*log);
+        for (const char* text : {"x", "y", "z"}) log->set(0, 0, text);
+    }
+    const PlainLog after = plainOf(table);
+    EXPECT_EQ(3u, log->editsToUndo());
+    const EditLog::Outcome some = log->undo(2);
+    EXPECT_EQ(2u, some.edits);
+    EXPECT_FALSE(some.isStepOver);
+    EXPECT_EQ("x", table.getField(0, 0));
+    EXPECT_EQ(2u, log->editsToRedo());
+    EXPECT_TRUE(log->undo(2).isStepOver);
+    EXPECT_EQ(before, plainOf(table));
+    EXPECT_EQ(0u, log->editsToUndo());
+    EXPECT_FALSE(log->redo(1).isStepOver);
+    EXPECT_TRUE(log->redo(5).isStepOver);
+    EXPECT_EQ(after, plainOf(table));
+    EXPECT_EQ(0u, log->undo(0).edits);
+}
+
+TEST_F(EditLogTest, ManyEditsAreDroppedByANewOneAndTheOthersStay) {
+    for (std::size_t kept : {0, 1, 1023, 1024, 1025, 3000}) {
+        table.setField(0, 0, "");
+        EditLog long_(table);
+        for (int i = 0; i < 5000; ++i) long_.set(0, 0, std::to_string(i));
+        while (long_.editCount() > kept) long_.undo();
+        long_.set(0, 0, "other");
+        EXPECT_EQ(kept + 1, long_.editCount());
+        EXPECT_FALSE(long_.canRedo());
+        for (std::size_t i = kept; i > 0; --i) {
+            long_.undo();
+            ASSERT_EQ(std::to_string(i - 1), table.getField(0, 0).c_str());
+        }
+        long_.undo();
+        EXPECT_EQ("", table.getField(0, 0));
+    }
+}
+
 TEST_F(EditLogTest, EditsWithoutAStepAreOneEach) {
     log->set(0, 0, "x");
     log->set(0, 0, "y");

@@ -11,12 +11,17 @@ Browser::Browser(Opening opening) : opening_(std::move(opening)) {
 }
 
 void Browser::add(Log log) {
+    addSheet(std::move(log));
+    offerRecovery();
+}
+
+Sheet& Browser::addSheet(Log log) {
     Opening own = opening_;
     own.format = log.opening.format;
     sheets_.push_back(std::make_unique<Sheet>(std::move(log), own));
     scrolls_.emplace_back();
     current_ = sheets_.size() - 1;
-    offerRecovery();
+    return sheet();
 }
 
 // What fails leaves a message and the sheets as they are.
@@ -45,7 +50,7 @@ void Browser::press(const std::string& key) {
         isOver_ = true;
         return;
     }
-    if (key == "Esc" && search_.isRunning()) waiting_.clear();
+    if (key == "Esc" && stopWork()) return;
     if (!waits([this, key] { take(key); }, looksOn(key))) take(key);
 }
 
@@ -66,7 +71,10 @@ bool Browser::looksOn(const std::string& key) const {
 void Browser::take(const std::string& key) {
     message_.clear();
     isTrouble_ = false;
-    if (question_) return guarded([&] { pressQuestion(key); });
+    if (question_) {
+        guarded([&] { pressQuestion(key); });
+        return offerNext();
+    }
     if (prompt_) return guarded([&] { pressPrompt(key); });
     if (hasHelp_) return pressHelp(key);
     search_.stop();
@@ -76,6 +84,7 @@ void Browser::take(const std::string& key) {
         return;
     }
     guarded([&] { perform(entry->act); });
+    offerNext();
 }
 
 void Browser::pressPrompt(const std::string& key) {
@@ -221,10 +230,36 @@ void Browser::ask(const std::string& title, const std::string& text, Answered an
 // The line that says what is done is drawn first.
 void Browser::later(const std::string& what, std::function<void()> job) {
     message_ = what + " ...";
-    job_ = [job = std::move(job)] { return job(), true; };
+    job_ = Job{[job = std::move(job)] { return job(), true; }, [] { return "left"; }};
 }
 
-// Edits the rows as one step, a slice at a time.
+// What holds a step of the edits open goes with the last slice, before all settles.
+void Browser::inSlices(const std::string& what, std::size_t all, Some some,
+                       std::function<void()> end) {
+    message_ = what + " ...";
+    auto done = std::make_shared<std::size_t>(0);
+    const auto told = [done, all] {
+        return std::to_string(std::min(*done, all) * 100 / std::max<std::size_t>(1, all)) + " %";
+    };
+    job_ =
+        Job{[this, what, some = std::move(some), end = std::move(end), done, told]() mutable {
+                const Slice slice;
+                std::size_t more = 0;
+                do {
+                    *done += more = some();
+                } while (more > 0 && !slice.isOver());
+                message_ = concat(what, " ... ", told(), ", Esc ends it");
+                if (more > 0) return false;
+                some = nullptr;
+                settle();
+                message_.clear();
+                end();
+                return true;
+            },
+            [what, told] { return concat("ended ", what, " at ", told(), "; u takes it back"); }};
+}
+
+// Edits the rows as one step.
 void Browser::forEachRow(const std::string& what, Sheet::Rows rows, RowDone one,
                          std::function<void()> end) {
     struct Way {
@@ -235,21 +270,33 @@ void Browser::forEachRow(const std::string& what, Sheet::Rows rows, RowDone one,
         std::size_t done = 0;
     };
     auto way = std::make_shared<Way>(std::move(rows), sheet().edits());
-    message_ = what + " ...";
-    job_ = [this, what, way = std::move(way), one = std::move(one),
-            end = std::move(end)]() mutable {
-        const std::size_t count = way->rows.size();
-        const Slice slice;
-        while (way->done < count && !slice.isOver()) one(way->rows[way->done++]);
-        message_ = concat(what, " ... ",
-                          std::to_string(way->done * 100 / std::max<std::size_t>(1, count)), " %");
-        if (way->done < count) return false;
-        way.reset();
-        sheet().settle();
-        message_.clear();
-        end();
-        return true;
+    const std::size_t count = way->rows.size();
+    const auto some = [way = std::move(way), one = std::move(one)]() -> std::size_t {
+        if (way->done == way->rows.size()) return 0;
+        one(way->rows[way->done++]);
+        return 1;
     };
+    inSlices(what, count, some, std::move(end));
+}
+
+// Work that must come to its end goes on.
+bool Browser::stopWork() {
+    if (!job_) {
+        if (search_.isRunning()) waiting_.clear();
+        return false;
+    }
+    if (!job_->stopped) return false;
+    waiting_.clear();
+    const std::string told = job_->stopped();
+    job_.reset();
+    settle();
+    message_ = told;
+    return true;
+}
+
+// What was edited, here or in another sheet, is shown and written down.
+void Browser::settle() {
+    for (const auto& sheet : sheets_) sheet->settle();
 }
 
 bool Browser::isFree() const {
@@ -267,18 +314,28 @@ void Browser::work() {
 }
 
 void Browser::workOn() {
-    if (job_) {
-        std::function<bool()> job = std::exchange(job_, nullptr);
-        bool isDone = true;
-        message_.clear();
-        guarded([&] { isDone = job(); });
-        if (!isDone) job_ = std::move(job);
-        return;
-    }
+    if (job_) return workOnJob();
     if (!search_.isRunning() || isOver()) return;
     if (search_.step(sheet())) return showFound();
     message_ = concat("looking for ", search_.text(), " ... ",
                       std::to_string(search_.percent(sheet())), " %");
+}
+
+// A job may leave another one.
+void Browser::workOnJob() {
+    Job job = std::move(*job_);
+    job_.reset();
+    bool isDone = true;
+    message_.clear();
+    guarded([&] { isDone = job.slice(); });
+    if (!isDone) {
+        job_ = std::move(job);
+        return;
+    }
+    job = {};
+    if (job_) return;
+    guarded([&] { settle(); });
+    offerNext();
 }
 
 void Browser::click(std::size_t x, std::size_t y) {
@@ -312,7 +369,8 @@ std::optional<std::vector<std::string>> Browser::takeCommand() {
 std::vector<std::string> Browser::recoveryFiles() const {
     std::vector<std::string> files;
     for (const auto& sheet : sheets_) {
-        if (sheet->isUnsaved()) files.push_back(sheet->recovery().path());
+        const std::string& path = sheet->recovery().path();
+        if (sheet->isUnsaved() && !path.empty()) files.push_back(path);
     }
     return files;
 }

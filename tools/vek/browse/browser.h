@@ -25,7 +25,7 @@ public:
     void add(Log log);
 
     /// A key by its name, or a character. Work that takes long is left to `work`; a key that comes
-    /// while it is done waits for its end.
+    /// while it is done waits for its end, but Esc, which ends it.
     void press(const std::string& key);
     /// A click on the picture drawn last; wheels turn by so many rows.
     void click(std::size_t x, std::size_t y);
@@ -60,6 +60,7 @@ private:
     void takeClick(std::size_t x, std::size_t y);
     void takeTurn(int rows);
     void workOn();
+    void workOnJob();
     void pressPrompt(const std::string& key);
     void pressQuestion(const std::string& key);
     void pressHelp(const std::string& key);
@@ -72,9 +73,14 @@ private:
     bool file(Act act);
     void ask(const std::string& title, const std::string& text, Answered answered);
     void later(const std::string& what, std::function<void()> job);
+    /// Does a little, and answers how much; 0 when nothing is left.
+    using Some = std::function<std::size_t()>;
+    void inSlices(const std::string& what, std::size_t all, Some some, std::function<void()> end);
     using RowDone = std::function<void(unsigned row)>;
     void forEachRow(const std::string& what, Sheet::Rows rows, RowDone one,
                     std::function<void()> end);
+    bool stopWork();
+    void settle();
     void goToRow(const std::string& text);
     void goToTimecode(const std::string& text);
     void find(bool isBack);
@@ -93,6 +99,7 @@ private:
     void withTagged(std::function<void(Sheet::Rows rows)> use);
     void insertRow(bool isBehind);
     void deleteRows();
+    void deleteEach(const Sheet::Rows& rows, std::function<void()> end);
     void deleteTagged();
     void rename();
     void undo(bool isRedo);
@@ -101,7 +108,12 @@ private:
     void saveNow(bool overwrites);
     void saveAs(bool asShown);
     void open(const std::string& path);
+    Sheet& addSheet(Log log);
     void offerRecovery();
+    void offerNext();
+    void recover(Sheet& sheet, const std::string& path);
+    void recoverInto(Sheet& sheet, const std::string& path);
+    std::size_t placeOf(const Sheet& sheet) const;
     void switchSheet(int by);
     void copyTagged();
     void run(const std::string& line);
@@ -114,7 +126,16 @@ private:
     std::size_t current_ = 0;
     std::optional<Prompt> prompt_;
     std::optional<Question> question_;
-    std::function<bool()> job_;  // does a slice; whether it is over
+    struct Job {
+        std::function<bool()> slice;                // whether it is over
+        std::function<std::string()> stopped = {};  // what is said then; null for what must end
+    };
+    std::optional<Job> job_;
+    struct Offer {
+        Sheet* sheet;
+        std::string path;
+    };
+    std::deque<Offer> offers_;  // of edits to be recovered
     std::deque<std::function<void()>> waiting_;
     Search search_;
     bool looksBack_ = false;  // what was looked for at first
@@ -134,6 +155,7 @@ private:
         std::size_t column;
     };
     std::vector<Spot> spots_;
+    std::vector<std::vector<Piece>> lines_;
     std::size_t firstLine_ = 2;
     std::size_t shownWidth_ = 12;
     struct Scroll {

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include "tools/vek/browse/browser.h"
 
@@ -115,14 +116,26 @@ void Browser::editTagged() {
 
 // All rows are looked at for that.
 void Browser::withTagged(std::function<void(Sheet::Rows rows)> use) {
-    later("looking at tags", [this, use = std::move(use)] {
-        Sheet::Rows rows = sheet().taggedRows();
-        if (rows.empty()) {
+    struct Way {
+        Sheet::Rows rows;
+        unsigned done = 0;
+    };
+    auto way = std::make_shared<Way>();
+    const unsigned count = sheet().log().rowCount();
+    const auto some = [this, way, count]() -> std::size_t {
+        constexpr unsigned mostAtOnce = 1000;
+        const unsigned end = way->done + std::min(mostAtOnce, count - way->done);
+        sheet().addTagged(way->done, end, way->rows);
+        return end - std::exchange(way->done, end);
+    };
+    inSlices("looking at tags", count, some, [this, way, use = std::move(use)] {
+        if (way->rows.empty()) {
             message_ = "no row is tagged; t tags one";
             return;
         }
-        use(std::move(rows));
+        use(std::move(way->rows));
     });
+    job_->stopped = [] { return "left"; };
 }
 
 // A choice and an order of many rows are made anew around it.
@@ -134,15 +147,19 @@ void Browser::insertRow(bool isBehind) {
 void Browser::deleteRows() {
     Sheet& now = sheet();
     if (!now.hasMark()) return now.deleteRows(now.chosenRows());
-    later("deleting", [this] { sheet().deleteRows(sheet().chosenRows()); });
+    deleteEach(now.chosenRows(), [] {});
+}
+
+void Browser::deleteEach(const Sheet::Rows& rows, std::function<void()> end) {
+    auto way = std::make_shared<Sheet::Deleting>(sheet(), rows);
+    inSlices(
+        "deleting", rows.size(), [way] { return way->step(); }, std::move(end));
 }
 
 void Browser::deleteTagged() {
-    withTagged([this](const Sheet::Rows& tagged) {
-        later("deleting", [this, rows = tagged] {
-            sheet().deleteRows(rows);
-            message_ = counted(rows.size(), "row") + " deleted; u takes it back";
-        });
+    withTagged([this](const Sheet::Rows& rows) {
+        const std::string told = counted(rows.size(), "row") + " deleted; u takes it back";
+        deleteEach(rows, [this, told] { message_ = told; });
     });
 }
 
@@ -154,10 +171,17 @@ void Browser::rename() {
 }
 
 void Browser::undo(bool isRedo) {
-    later(isRedo ? "doing again" : "undoing", [this, isRedo] {
-        const bool isDone = isRedo ? sheet().redo() : sheet().undo();
-        if (!isDone) message_ = isRedo ? "nothing to do again" : "nothing to undo";
-    });
+    auto way = std::make_shared<Sheet::Undoing>(sheet(), isRedo);
+    if (way->count() == 0) {
+        message_ = isRedo ? "nothing to do again" : "nothing to undo";
+        return;
+    }
+    const std::size_t count = way->count();
+    inSlices(
+        isRedo ? "doing again" : "undoing", count, [way = std::move(way)] { return way->step(); },
+        [] {});
+    const char* told = isRedo ? "ended; ^R goes on with it" : "ended; u goes on with it";
+    job_->stopped = [told] { return told; };
 }
 
 }  // namespace vek::browse

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <filesystem>
+
 #include "formats/formats.h"
 #include "tools/vek/browse/browser.h"
 #include "tools/vek/cli/saving.h"
@@ -77,34 +80,70 @@ void Browser::open(const std::string& path) {
 }
 
 void Browser::offerRecovery() {
-    Recovery& recovery = sheet().recovery();
-    recovery.restore();
-    if (recovery.isInUse()) {
-        message_ = concat("another vek browse edits this log; its edits not saved stand in ",
-                          recovery.path());
-        isTrouble_ = true;
-        return;
+    for (const Recovery::Other& other : sheet().recovery().others()) {
+        if (other.isInUse) {
+            message_ = concat("another vek browse edits this log; its edits not saved stand in ",
+                              other.path);
+        } else {
+            offers_.push_back({&sheet(), other.path});
+        }
     }
-    if (!recovery.exists()) return;
+    offerNext();
+}
+
+std::size_t Browser::placeOf(const Sheet& sheet) const {
+    const auto isIt = [&](const auto& one) { return one.get() == &sheet; };
+    return static_cast<std::size_t>(std::find_if(sheets_.begin(), sheets_.end(), isIt) -
+                                    sheets_.begin());
+}
+
+// One after the other, each where its log is.
+void Browser::offerNext() {
+    if (offers_.empty() || question_ || prompt_ || job_ || isOver()) return;
+    const Offer offer = std::move(offers_.front());
+    offers_.pop_front();
+    const std::size_t place = placeOf(*offer.sheet);
+    if (place == sheets_.size()) return offerNext();
+    current_ = place;
     const std::optional<FileMark> mark = markOf(sheet().log().path);
-    const auto discard = [this] { sheet().recovery().remove(); };
-    if (!mark || !recovery.fits(*mark)) {
-        question_ = Question{concat(recovery.path(),
+    const auto drop = [path = offer.path] { Recovery::drop(path); };
+    if (!mark || !Recovery::fits(offer.path, *mark)) {
+        question_ = Question{concat(offer.path,
                                     " holds edits of another state of this file: "
                                     "(d)elete it, or any other key"),
-                             {{"d", discard}}};
+                             {{"d", drop}}};
         return;
     }
+    const bool isFirst = !sheet().edits().canUndo();
     question_ = Question{
-        concat(recovery.path(),
-               " holds edits not saved: (r)ecover or (d)elete them, any other key"),
-        {{"r",
-          [this] {
-              later("recovering", [this] {
-                  message_ = counted(sheet().recover(), "change") + " recovered; ^S saves them";
-              });
-          }},
-         {"d", discard}}};
+        concat(offer.path, " holds edits not saved: (r)ecover ",
+               isFirst ? "" : "in a sheet of their own ", "or (d)elete them, any other key"),
+        {{"r", [this, offer] { recover(*offer.sheet, offer.path); }}, {"d", drop}}};
+}
+
+// Edits of two browsers are two logs: each is made to the log as it is on the disk.
+void Browser::recover(Sheet& sheet, const std::string& path) {
+    later("recovering", [this, &sheet, path] {
+        if (!sheet.edits().canUndo()) return recoverInto(sheet, path);
+        Sheet& other = addSheet(openLog(sheet.log().path, sheet.opening()));
+        recoverInto(other, path);
+    });
+    job_->stopped = nullptr;
+}
+
+void Browser::recoverInto(Sheet& sheet, const std::string& path) {
+    std::error_code ignored;
+    const std::uintmax_t size = std::filesystem::file_size(path, ignored);
+    auto way = std::make_shared<Sheet::Recovering>(sheet, path);
+    auto edits = std::make_shared<std::size_t>(0);
+    const auto some = [way = std::move(way), edits] {
+        const std::size_t done = way->step();
+        *edits = way->edits();
+        return done;
+    };
+    inSlices("recovering", size, some,
+             [this, edits] { message_ = counted(*edits, "change") + " recovered; ^S saves them"; });
+    job_->stopped = nullptr;
 }
 
 void Browser::switchSheet(int by) {
@@ -118,16 +157,17 @@ void Browser::copyTagged() {
         message_ = "there is one log; ^O opens another to copy to";
         return;
     }
-    const Sheet& from = sheet();
-    const Sheet::Rows rows = from.taggedRows();
-    Sheet& to = *sheets_[(current_ + 1) % sheets_.size()];
-    if (rows.empty()) {
-        message_ = "no row is tagged; t tags one";
-        return;
-    }
-    const std::size_t lost = to.append(from, rows);
-    message_ = concat(counted(rows.size(), "row"), " copied to ", to.log().name);
-    if (lost > 0) message_ += concat("; it has no place for ", counted(lost, "column"));
+    withTagged([this](Sheet::Rows rows) {
+        Sheet& to = *sheets_[(current_ + 1) % sheets_.size()];
+        std::string told = concat(counted(rows.size(), "row"), " copied to ", to.log().name);
+        const std::size_t count = rows.size();
+        auto way = std::make_shared<Sheet::Appending>(to, sheet(), std::move(rows));
+        const std::size_t lost = way->lost();
+        if (lost > 0) told += concat("; it has no place for ", counted(lost, "column"));
+        inSlices(
+            "copying", count, [way = std::move(way)] { return way->step(); },
+            [this, told] { message_ = told; });
+    });
 }
 
 void Browser::run(const std::string& line) {
@@ -141,8 +181,10 @@ void Browser::close() {
                          {{"s",
                            [this] {
                                if (sheet().isChangedOnDisk()) return save();
-                               sheet().save();
-                               closeNow();
+                               later("saving", [this] {
+                                   sheet().save();
+                                   closeNow();
+                               });
                            }},
                           {"d", [this] {
                                sheet().discard();

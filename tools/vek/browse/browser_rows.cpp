@@ -23,9 +23,9 @@ void Browser::goToTimecode(const std::string& text) {
     const RowTest holds = codeTest(sheet().log(), text);
     const unsigned count = sheet().rows().size();
     message_ = concat("looking for ", text, " ...");
-    job_ = [this, text, holds, count, from = sheet().place(), done = 0u]() mutable {
+    const auto slice = [this, text, holds, count, from = sheet().place(), done = 0u]() mutable {
         const Slice slice;
-        while (done < count && !slice.isOver()) {
+        for (bool isOver = false; done < count && !isOver; isOver = slice.isOver()) {
             const auto place = static_cast<unsigned>((std::uint64_t{from} + ++done) % count);
             if (!holds(sheet().rows().rowAt(place))) continue;
             sheet().moveTo(place);
@@ -37,6 +37,7 @@ void Browser::goToTimecode(const std::string& text) {
                                    std::to_string(std::uint64_t{done} * 100 / count), " %");
         return isOver;
     };
+    job_ = Job{slice, [] { return "left"; }};
 }
 
 void Browser::find(bool isBack) {
@@ -133,8 +134,10 @@ void Browser::filterByValue() {
     Selection selection;
     const Operator op = value.empty() ? Operator::empty : Operator::equal;
     selection.conditions.push_back({now.column(), op, value});
-    filter(concat(now.log().columnName(now.column()), value.empty() ? "=" : "==", value),
-           selection);
+    constexpr std::size_t longest = 100;
+    const std::string told =
+        value.size() <= longest ? value : concat(value.substr(0, longest), "\xE2\x80\xA6");
+    filter(concat(now.log().columnName(now.column()), value.empty() ? "=" : "==", told), selection);
 }
 
 }  // namespace vek::browse

@@ -1,6 +1,7 @@
 #include "tools/vek/browse/drawing.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "formats/text/width.h"
 #include "formats/text/wrapping.h"
@@ -14,6 +15,17 @@ constexpr std::size_t rowsMeasured = 200;
 constexpr std::size_t widestMeasured = 200;
 constexpr std::size_t fewestForCard = 70;
 constexpr std::size_t mostCellsOfByte = 4;  // one that is shown escaped
+constexpr std::size_t longestPrompt = 8192;
+
+// As much of the end of a text as any screen shows, from a whole character on.
+std::string_view lastOf(std::string_view text) {
+    if (text.size() <= longestPrompt) return text;
+    text.remove_prefix(text.size() - longestPrompt);
+    while (!text.empty() && (static_cast<unsigned char>(text[0]) & 0xC0) == 0x80) {
+        text.remove_prefix(1);
+    }
+    return text;
+}
 
 }  // namespace
 
@@ -38,6 +50,18 @@ Picture Browser::picture(std::size_t width, std::size_t height) {
         .draw();
 }
 
+// The rows that were in sight stay there while the rows that are shown are not known.
+Picture Drawing::drawWhileRowsMove() {
+    picture_.lines = browser_.lines_;
+    picture_.lines.resize(height_);
+    for (std::size_t y = height_ - 1; y < picture_.lines.size(); ++y) picture_.lines[y].clear();
+    for (std::vector<Piece>& line : picture_.lines) {
+        std::erase_if(line, [&](const Piece& piece) { return piece.x + piece.width > width_; });
+    }
+    drawAnswer();
+    return std::move(picture_);
+}
+
 Drawing::Drawing(Browser& browser, std::size_t width, std::size_t height)
     : browser_(browser),
       sheet_(browser.sheet()),
@@ -49,6 +73,7 @@ Drawing::Drawing(Browser& browser, std::size_t width, std::size_t height)
 
 Picture Drawing::draw() {
     browser_.page_ = height_ - 4;
+    if (sheet_.rows().isSuspended()) return drawWhileRowsMove();
     if (browser_.hasHelp_) {
         drawHelp();
         return std::move(picture_);
@@ -67,6 +92,7 @@ Picture Drawing::draw() {
     }
     if (browser_.hasCard_) drawCard();
     drawFoot();
+    browser_.lines_ = picture_.lines;
     return std::move(picture_);
 }
 
@@ -98,9 +124,15 @@ std::size_t Drawing::numberWidth() const {
     return std::max<std::size_t>(3, std::to_string(sheet_.log().rowCount()).size()) + 1;
 }
 
-// Of the rows in sight and the first ones.
-std::size_t Drawing::naturalWidth(const Sheet::Column& column) const {
+std::size_t Drawing::naturalWidth(const Sheet::Column& column) {
     if (column.width != 0) return column.width;
+    const auto [known, isNew] = widths_.try_emplace(column.column, 0);
+    if (isNew) known->second = measured(column);
+    return known->second;
+}
+
+// Of the rows in sight and the first ones.
+std::size_t Drawing::measured(const Sheet::Column& column) const {
     const Log& log = sheet_.log();
     std::size_t width = displayWidth(escaped(log.columnName(column.column)));
     const auto measure = [&](std::size_t place) {
@@ -117,7 +149,7 @@ std::size_t Drawing::naturalWidth(const Sheet::Column& column) const {
 }
 
 // Widths that somebody gave stay; the others are fitted into what is left.
-std::vector<Drawing::Placed> Drawing::fit(const std::vector<std::size_t>& columns) const {
+std::vector<Drawing::Placed> Drawing::fit(const std::vector<std::size_t>& columns) {
     const std::size_t begin = numberWidth() + columnGap;
     std::size_t room = tableWidth_ > begin ? tableWidth_ - begin : 1;
     std::vector<std::size_t> free;
@@ -146,26 +178,47 @@ std::vector<Drawing::Placed> Drawing::fit(const std::vector<std::size_t>& column
     return placed;
 }
 
-// The kept columns, and of the others as many from the first in sight on as there is room for; the
-// cursor's is among them.
-std::vector<Drawing::Placed> Drawing::layOut() {
+// No more columns than there could be room for, each of a cell and a gap: the kept ones, and of the
+// others those from the first in sight on.
+std::vector<std::size_t> Drawing::columnsInReach(std::size_t kept, std::size_t left) const {
+    std::vector<std::size_t> columns;
+    const std::size_t most = tableWidth_ / (1 + columnGap) + 1;
+    const auto& all = sheet_.columns();
+    for (std::size_t at = 0; at < all.size() && columns.size() < most; ++at) {
+        if (at == kept) at = std::max(at, left);
+        if (at < all.size() && !all[at].isHidden) columns.push_back(at);
+    }
+    return columns;
+}
+
+// The first column that may be in sight together with the cursor's.
+std::size_t Drawing::earliestLeft(std::size_t kept) const {
+    std::size_t most = tableWidth_ / (1 + columnGap) + 1;
+    std::size_t at = sheet_.columnPlace();
+    while (at > kept && most > 0) most -= sheet_.columns()[--at].isHidden ? 0 : 1;
+    return at;
+}
+
+bool Drawing::placeAround(std::size_t kept, std::vector<Placed>& placed) {
     std::size_t& left = browser_.scrolls_[browser_.current_].left;
-    const std::size_t kept = std::min(sheet_.kept(), sheet_.columns().size());
     const std::size_t cursor = sheet_.columnPlace();
-    left = cursor < kept ? kept : std::max(left, kept);
+    left = cursor < kept ? kept : std::max({left, kept, earliestLeft(kept)});
     if (cursor >= kept && cursor < left) left = cursor;
     for (;;) {
-        std::vector<std::size_t> columns;
-        for (std::size_t at = 0; at < sheet_.columns().size(); ++at) {
-            const bool isInReach = at < kept || at >= left;
-            if (isInReach && !sheet_.columns()[at].isHidden) columns.push_back(at);
-        }
-        std::vector<Placed> placed = fit(columns);
+        placed = fit(columnsInReach(kept, left));
         const auto isCursor = [&](const Placed& one) { return one.column == cursor; };
-        const bool isSeen = std::any_of(placed.begin(), placed.end(), isCursor);
-        if (isSeen || left >= cursor || cursor < kept) return placed;
+        if (std::any_of(placed.begin(), placed.end(), isCursor)) return true;
+        if (left >= cursor || cursor < kept) return false;
         ++left;
     }
+}
+
+// The cursor's column is always in sight; kept ones that leave it no room are scrolled, too.
+std::vector<Drawing::Placed> Drawing::layOut() {
+    std::vector<Placed> placed;
+    const std::size_t kept = std::min(sheet_.kept(), sheet_.columns().size());
+    if (!placeAround(kept, placed) && kept > 0) placeAround(0, placed);
+    return placed;
 }
 
 void Drawing::drawHeading(const std::vector<Placed>& placed) {
@@ -231,12 +284,16 @@ std::string Drawing::statusText() const {
     if (sheet_.column() != Sheet::nowhere) {
         text += ", " + sheet_.log().columnName(sheet_.column());
     }
-    if (sheet_.hasMark()) text += ", range of " + std::to_string(sheet_.chosenRows().size());
+    if (sheet_.hasMark()) text += ", range of " + std::to_string(sheet_.chosenCount());
     return text + "   ? keys  q close";
 }
 
 void Drawing::drawFoot() {
     add(height_ - 2, 0, statusText(), width_, Look::bar);
+    drawAnswer();
+}
+
+void Drawing::drawAnswer() {
     const std::size_t y = height_ - 1;
     if (browser_.question_) return add(y, 0, browser_.question_->text, width_, Look::trouble);
     if (!browser_.prompt_) {
@@ -245,8 +302,8 @@ void Drawing::drawFoot() {
     }
     // The end of a long line is what is typed.
     const Prompt& prompt = *browser_.prompt_;
-    const std::string before = escaped(concat(prompt.title, prompt.line.beforeCursor()));
-    std::string text = escaped(concat(prompt.title, prompt.line.text()));
+    const std::string before = escaped(concat(prompt.title, lastOf(prompt.line.beforeCursor())));
+    std::string text = escaped(concat(prompt.title, prompt.line.text().substr(0, longestPrompt)));
     std::size_t cursor = displayWidth(before);
     if (cursor + 1 > width_) {
         const std::vector<std::string> pieces = wrapped(before, width_ - 1);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <unordered_map>
+
 #include "tools/vek/browse/browser.h"
 
 namespace vek::browse {
@@ -20,8 +22,12 @@ private:
 
     std::size_t numberWidth() const;
     std::vector<Placed> layOut();
-    std::vector<Placed> fit(const std::vector<std::size_t>& columns) const;
-    std::size_t naturalWidth(const Sheet::Column& column) const;
+    bool placeAround(std::size_t kept, std::vector<Placed>& placed);
+    std::vector<std::size_t> columnsInReach(std::size_t kept, std::size_t left) const;
+    std::size_t earliestLeft(std::size_t kept) const;
+    std::vector<Placed> fit(const std::vector<std::size_t>& columns);
+    std::size_t naturalWidth(const Sheet::Column& column);
+    std::size_t measured(const Sheet::Column& column) const;
     void scrollRows();
     void add(std::size_t y, std::size_t x, const std::string& text, std::size_t width, Look look);
     void drawPath();
@@ -29,6 +35,8 @@ private:
     void drawRow(std::size_t y, unsigned place, const std::vector<Placed>& placed);
     void drawCard();
     void drawFoot();
+    void drawAnswer();
+    Picture drawWhileRowsMove();
     void drawHelp();
     std::string statusText() const;
 
@@ -38,6 +46,7 @@ private:
     std::size_t height_;
     std::size_t tableWidth_;
     Picture picture_;
+    std::unordered_map<unsigned, std::size_t> widths_;
 };
 
 }  // namespace vek::browse

@@ -1,5 +1,6 @@
 #include "tools/vek/browse/recovery.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
@@ -17,6 +18,7 @@ namespace vek::browse {
 namespace {
 
 constexpr std::string_view heading = "vek browse, edits not saved";
+constexpr unsigned mostNames = 1000;
 
 // Tabs separate the fields of a line; within one they, and what ends lines, are written out.
 void addField(std::string& out, std::string_view field) {
@@ -117,11 +119,6 @@ void replayLine(EditLog& edits, const std::vector<std::string>& fields) {
     }
 }
 
-std::string recoveryPath(const std::string& logPath) {
-    const fs::path path(logPath);
-    return (path.parent_path() / ("." + path.filename().string() + ".vek-edits")).string();
-}
-
 bool isRegular(const std::string& path) {
     std::error_code error;
     return fs::is_regular_file(fs::symlink_status(path, error));
@@ -150,6 +147,45 @@ bool isLocked(const std::string& path) {
     return file.error() == 0 && file.lock() == EWOULDBLOCK;
 }
 
+// Whether it is one of the names that stand beside a first one: with a number, and set aside.
+bool isNameOf(std::string_view name, std::string_view first) {
+    if (!name.starts_with(first)) return false;
+    name.remove_prefix(first.size());
+    if (name.ends_with('~')) name.remove_suffix(1);
+    if (name.empty()) return true;
+    const std::string_view digits = name.substr(1);
+    return name[0] == '-' && !digits.empty() &&
+           digits.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+// Those of this user. A file in which nothing is yet is being made.
+std::vector<std::string> filesOf(const std::string& first) {
+    const fs::path path(first);
+    const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
+    std::vector<std::string> found;
+    std::error_code error;
+    for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
+        const std::string name = it->path().filename().string();
+        if (!isNameOf(name, path.filename().string())) continue;
+        std::string whole = (path.parent_path() / name).string();
+        std::error_code ignored;
+        if (isOwn(whole) && fs::file_size(whole, ignored) > 0) found.push_back(whole);
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+// What was set aside is whole; what was written down anew of it may not be.
+void putBack(const std::string& aside, const std::string& first) {
+    std::string path = aside.substr(0, aside.size() - 1);
+    std::error_code ignored;
+    for (unsigned number = 2; isLocked(path) && number <= mostNames; ++number) {
+        const std::string other = first + "-" + std::to_string(number);
+        if (!fs::exists(fs::symlink_status(other, ignored))) path = other;
+    }
+    if (!isLocked(path)) fs::rename(aside, path, ignored);
+}
+
 }  // namespace
 
 std::optional<FileMark> markOf(const std::string& path) {
@@ -162,35 +198,38 @@ std::optional<FileMark> markOf(const std::string& path) {
     return FileMark{size, static_cast<long long>(time.time_since_epoch().count())};
 }
 
-Recovery::Recovery(const std::string& logPath)
-    : path_(recoveryPath(logPath)), asidePath_(path_ + "~") {}
-
-bool Recovery::exists() const {
-    return isOwn(path_);
+// The first has no number.
+std::string Recovery::nameOf(unsigned number) const {
+    const fs::path path(logPath_);
+    std::string name = "." + path.filename().string() + ".vek-edits";
+    if (number > 1) name += "-" + std::to_string(number);
+    return (path.parent_path() / name).string();
 }
 
-bool Recovery::isInUse() {
-    const bool isLockedNow =
-        (file_ == nullptr && isLocked(path_)) || (!isAside() && isLocked(asidePath_));
-    isAnothers_ = isAnothers_ || isLockedNow;
-    return isLockedNow;
-}
-
-// What was set aside is whole; what was written down anew of it may not be.
-void Recovery::restore() {
-    if (!isOwn(asidePath_) || isInUse()) return;
-    std::error_code ignored;
-    fs::rename(asidePath_, path_, ignored);
-}
-
-void Recovery::setAside() {
-    OpenFile file = openOwnFile(path_.c_str());
-    if (file.descriptor() < 0) throw Failure{unwritable, path_ + ": is gone, or not yours"};
-    if (file.lock() == EWOULDBLOCK) {
-        throw Failure{unwritable, path_ + ": another vek browse has these edits now"};
+std::vector<Recovery::Other> Recovery::others() const {
+    const std::string first = nameOf(1);
+    for (const std::string& path : filesOf(first)) {
+        if (path.ends_with('~') && !isLocked(path)) putBack(path, first);
     }
+    std::vector<Other> found;
+    for (const std::string& path : filesOf(first)) {
+        if (path == path_ || path.ends_with('~')) continue;
+        found.push_back({path, isLocked(path) || isLocked(path + "~")});
+    }
+    return found;
+}
+
+const OpenFile& Recovery::setAside(const std::string& path) {
+    OpenFile file = openOwnFile(path.c_str());
+    if (file.descriptor() < 0) throw Failure{unwritable, path + ": is gone, or not yours"};
+    if (file.lock() == EWOULDBLOCK) {
+        throw Failure{unwritable, path + ": another vek browse has these edits now"};
+    }
+    fs::rename(path, path + "~");
     aside_ = std::move(file);
-    fs::rename(path_, asidePath_);
+    asidePath_ = path + "~";
+    path_ = path;
+    return aside_;
 }
 
 void Recovery::dropAside() {
@@ -198,45 +237,57 @@ void Recovery::dropAside() {
     aside_ = OpenFile();
 }
 
-bool Recovery::fits(const FileMark& mark) const {
-    std::istringstream file(textOf(openOwnFile(path_.c_str())));
+bool Recovery::fits(const std::string& path, const FileMark& mark) {
+    std::istringstream file(textOf(openOwnFile(path.c_str())));
     std::string first;
     return std::getline(file, first) && first == markLine(mark);
 }
 
+void Recovery::drop(const std::string& path) {
+    std::error_code ignored;
+    if (isOwn(path) && !isLocked(path)) fs::remove(path, ignored);
+}
+
+Recovery::Replay::Replay(const OpenFile& file, EditLog& edits)
+    : file_(textOf(file)), edits_(edits), step_(edits) {
+    std::getline(file_, line_);
+}
+
 // A last line without an end was being written when the program ended.
-std::size_t Recovery::replay(EditLog& edits) const {
-    std::istringstream file(textOf(aside_));
-    std::string line;
-    std::getline(file, line);
-    const EditLog::Step step(edits);
-    std::size_t count = 0;
-    while (std::getline(file, line) && !file.eof()) {
-        replayLine(edits, fieldsOf(line));
-        ++count;
-    }
-    return count;
+std::size_t Recovery::Replay::step() {
+    if (!std::getline(file_, line_) || file_.eof()) return 0;
+    replayLine(edits_, fieldsOf(line_));
+    ++count_;
+    return line_.size() + 1;
 }
 
 // Made anew and never followed: whatever stands there already is not ours. It is its owner's alone
 // from the first moment on.
-void Recovery::open() {
-    if (file_ != nullptr || !mark_ || !trouble_.empty()) return;
-    file_.reset(makeOwnFile(path_.c_str()));
-    if (file_ == nullptr) return check(false);
-    isAnothers_ = false;
+bool Recovery::create(const std::string& path) {
+    file_.reset(makeOwnFile(path.c_str()));
+    if (file_ == nullptr) return false;
+    path_ = path;
     // Without the lock, edits are offered to whoever opens the log.
     OpenFile::of(::fileno(file_.get())).lock();
     line({markLine(*mark_)});
+    return true;
+}
+
+void Recovery::open() {
+    if (file_ != nullptr || !mark_ || !trouble_.empty()) return;
+    if (!path_.empty() && create(path_)) return;
+    path_.clear();
+    errno = EEXIST;
+    for (unsigned number = 1; errno == EEXIST && number <= mostNames; ++number) {
+        if (create(nameOf(number))) return;
+    }
+    check(false);
 }
 
 void Recovery::check(bool isWell) {
     if (isWell) return;
-    const int reason = errno;
-    const std::string why =
-        reason == EEXIST && isInUse() ? "another vek browse edits this log" : std::strerror(reason);
-    trouble_ =
-        concat(path_, ": ", why, "; what is edited is lost if the program ends before it is saved");
+    trouble_ = concat(path_.empty() ? nameOf(1) : path_, ": ", std::strerror(errno),
+                      "; what is edited is lost if the program ends before it is saved");
     file_.reset();
 }
 
@@ -288,10 +339,11 @@ void Recovery::flush() {
 
 void Recovery::remove() {
     trouble_.clear();
-    if (isInUse() || isAnothers_) return;
-    file_.reset();
+    if (file_ == nullptr) return;
     std::error_code ignored;
     if (isOwn(path_)) fs::remove(path_, ignored);
+    file_.reset();
+    path_.clear();
 }
 
 }  // namespace vek::browse

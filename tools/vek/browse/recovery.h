@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -24,30 +25,50 @@ struct FileMark {
 std::optional<FileMark> markOf(const std::string& path);
 
 /// The file beside a log that holds what was edited and not saved: ".NAME.vek-edits", readable by
-/// nobody but its owner. It is made by the first change, grows by each, and goes with the last
-/// reason for it. A line is a change of the table; what the lines do not hold is the log itself, so
-/// they fit the file alone that they were written beside.
+/// nobody but its owner, and ".NAME.vek-edits-2" and so on where there is one already: each browser
+/// of a log has its own, also each sheet of one. It is made by the first change, grows by each, and
+/// goes with the last reason for it. A line is a change of the table; what the lines do not hold is
+/// the log itself, so they fit the file alone that they were written beside.
 class Recovery {
 public:
-    explicit Recovery(const std::string& logPath);
+    explicit Recovery(const std::string& logPath) : logPath_(logPath) {}
 
+    /// Where the edits stand; empty while there are none.
     const std::string& path() const { return path_; }
-    /// Whether there is one, of this user's own.
-    bool exists() const;
-    /// Whether it belongs to another browser that lives. A lock says so, which ends with its
-    /// process, however that ends.
-    bool isInUse();
-    /// Puts back what a recovery had set aside that was killed.
-    void restore();
-    /// Sets the file aside for `replay`, as what is replayed is written down anew. Fails where it
-    /// is in use.
-    void setAside();
+    /// The files beside the log, and whether each belongs to another browser that lives. A lock
+    /// says so, which ends with its process, however that ends. What a recovery had set aside that
+    /// was killed is put back first.
+    struct Other {
+        std::string path;
+        bool isInUse;
+    };
+    std::vector<Other> others() const;
+    /// Whether edits that stand in a file were made to the log as it is on the disk.
+    static bool fits(const std::string& path, const FileMark& mark);
+    /// Removes one that nobody uses.
+    static void drop(const std::string& path);
+    /// Sets a file aside for `Replay`, as what is replayed is written down anew, in its place, and
+    /// answers it, open. Fails where it is in use. Nothing was edited before.
+    const OpenFile& setAside(const std::string& path);
     /// All of it is written down anew.
     void dropAside();
-    /// Whether edits that stand there were made to the log as it is on the disk.
-    bool fits(const FileMark& mark) const;
-    /// Makes the edits that stand in the file set aside, as one step; how many there were.
-    std::size_t replay(EditLog& edits) const;
+
+    /// Makes the edits that stand in a recovery file, as one step.
+    class Replay {
+    public:
+        Replay(const OpenFile& file, EditLog& edits);
+        /// The next of them; the bytes that it took, 0 behind the last.
+        std::size_t step();
+        /// How many there were.
+        std::size_t edits() const { return count_; }
+
+    private:
+        std::istringstream file_;
+        EditLog& edits_;
+        EditLog::Step step_;
+        std::string line_;
+        std::size_t count_ = 0;
+    };
 
     /// From now on edits are made to a file of this mark.
     void begin(const std::optional<FileMark>& mark) { mark_ = mark; }
@@ -57,8 +78,7 @@ public:
     void columnsChanged(const Log& log);
     /// All that was told is in the file then.
     void flush();
-    /// Removes the file, unless it is another browser's, also of one that was killed meanwhile;
-    /// what is told from now on is written to a new one.
+    /// Removes the file; what is told from now on is written to a new one.
     void remove();
     /// What went wrong with writing it; empty as a rule. Editing goes on without it.
     const std::string& trouble() const { return trouble_; }
@@ -68,15 +88,16 @@ private:
         void operator()(std::FILE* file) const { std::fclose(file); }
     };
 
+    std::string nameOf(unsigned number) const;
+    bool create(const std::string& path);
     void open();
     void line(const std::vector<std::string_view>& fields);
     void check(bool isWell);
-    bool isAside() const { return aside_.descriptor() >= 0; }
 
+    std::string logPath_;
     std::string path_;
     std::string asidePath_;
     OpenFile aside_;
-    bool isAnothers_ = false;  // the file that stands there
     std::optional<FileMark> mark_;
     std::unique_ptr<std::FILE, Closer> file_;
     std::string trouble_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 #include "formats/choosing/select.h"
 
@@ -121,9 +122,10 @@ void RowStack::refresh() {
 }
 
 void RowStack::rowsInserted(unsigned first, unsigned count, unsigned behindPlace) {
-    const bool isSorted = shown_.get() != levels_.back().view.get();
+    if (isSuspended_) return numbers_.insert(first, std::vector<unsigned>(count, nowhere));
     std::vector<unsigned> shown;
-    if (isSorted) shown = movedRows(shown_, first, count);
+    const bool wasSorted = isSorted();
+    if (wasSorted) shown = movedRows(shown_, first, count);
     for (Level& level : levels_) {
         if (isWhole(log_, level.view, count)) {
             appendLast(log_, level.view, count);
@@ -134,12 +136,84 @@ void RowStack::rowsInserted(unsigned first, unsigned count, unsigned behindPlace
         putIn(rows, static_cast<std::size_t>(at), first, count);
         level.view = viewOfRows(log_, rows);
     }
-    if (!isSorted) {
+    if (!wasSorted) {
         shown_ = levels_.back().view;
         return;
     }
     putIn(shown, std::size_t{behindPlace} + 1, first, count);
     shown_ = viewOfRows(log_, shown);
+}
+
+void RowStack::rowsDeleted(unsigned first, unsigned count) {
+    if (isSuspended_) numbers_.take(first, count);
+}
+
+// Of the rows that are shown meanwhile, none, nothing is to be told. All rows in their order follow
+// quickly as they are.
+void RowStack::suspend() {
+    if (isSuspended_ || (!isSorted() && isWhole(log_, shown_, 0))) return;
+    wasSorted_ = isSorted();
+    if (wasSorted_) sortedRows_ = rowsOf(shown_);
+    for (Level& level : levels_) {
+        level.isWhole = isWhole(log_, level.view, 0);
+        if (!level.isWhole) level.rows = rowsOf(level.view);
+    }
+    rowsBefore_ = log_.rowCount();
+    numbers_.count(rowsBefore_);
+    shown_ = VDBView(log_.table.get());
+    for (Level& level : levels_) level.view = shown_;
+    isSuspended_ = true;
+}
+
+/// Where the rows are that were there when the stack was suspended, and which ones came.
+class RowStack::Moves {
+public:
+    explicit Moves(const RowList& numbers, unsigned rowsBefore) : now_(rowsBefore, nowhere) {
+        for (unsigned row = 0; row < numbers.size(); ++row) {
+            numbers[row] == nowhere ? came_.push_back(row) : void(now_[numbers[row]] = row);
+        }
+    }
+
+    const std::vector<unsigned>& came() const { return came_; }
+    /// Rows of then as they are now, without those that went.
+    std::vector<unsigned> moved(const std::vector<unsigned>& rows) const {
+        std::vector<unsigned> moved;
+        moved.reserve(rows.size() + came_.size());
+        for (unsigned row : rows) {
+            if (now_[row] != nowhere) moved.push_back(now_[row]);
+        }
+        return moved;
+    }
+
+private:
+    std::vector<unsigned> now_;
+    std::vector<unsigned> came_;
+};
+
+void RowStack::resume(Level& level, const Moves& moves) {
+    if (level.isWhole) {
+        level.view = viewOfAll(log_);
+        return;
+    }
+    const std::vector<unsigned> moved = moves.moved(std::exchange(level.rows, {}));
+    std::vector<unsigned> rows(moved.size() + moves.came().size());
+    std::merge(moved.begin(), moved.end(), moves.came().begin(), moves.came().end(), rows.begin());
+    level.view = viewOfRows(log_, rows);
+}
+
+void RowStack::resume(unsigned behindPlace) {
+    if (!isSuspended_) return;
+    const Moves moves(numbers_, rowsBefore_);
+    numbers_.clear();
+    isSuspended_ = false;
+    for (Level& level : levels_) resume(level, moves);
+    shown_ = levels_.back().view;
+    if (!wasSorted_) return;
+    std::vector<unsigned> rows = moves.moved(std::exchange(sortedRows_, {}));
+    const auto at = std::min<std::size_t>(std::size_t{behindPlace} + 1, rows.size());
+    rows.insert(rows.begin() + static_cast<std::ptrdiff_t>(at), moves.came().begin(),
+                moves.came().end());
+    shown_ = viewOfRows(log_, rows);
 }
 
 std::vector<std::string> RowStack::path() const {

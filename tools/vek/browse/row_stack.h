@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "formats/choosing/select.h"
+#include "tools/vek/browse/row_list.h"
 
 namespace vek::browse {
 
@@ -40,6 +41,12 @@ public:
     /// Rows came into the table: those that were there move, the new ones are shown, in the order
     /// of the file, or behind a place where the rows are sorted.
     void rowsInserted(unsigned first, unsigned count, unsigned behindPlace);
+    /// Rows went, which the views know already.
+    void rowsDeleted(unsigned first, unsigned count);
+    /// While many rows come and go, no row may be shown: all of them follow at once, in `resume`.
+    void suspend();
+    void resume(unsigned behindPlace);
+    bool isSuspended() const { return isSuspended_; }
     /// The conditions and the order, as people read them.
     std::vector<std::string> path() const;
     const std::vector<unsigned>& order() const { return order_; }
@@ -49,18 +56,28 @@ private:
     struct Level {
         std::string name;
         Selection selection;
-        VDBView view;  // in the order of the file
+        VDBView view;                     // in the order of the file
+        std::vector<unsigned> rows = {};  // while there is no view; none where it had all of them
+        bool isWhole = false;
     };
+    class Moves;
 
     VDBView chosen(const Selection& selection, const VDBView& below) const;
     VDBView sorted(const VDBView& view, const std::vector<unsigned>& order) const;
     void show();
+    bool isSorted() const { return shown_.get() != levels_.back().view.get(); }
+    void resume(Level& level, const Moves& moves);
 
     const Log& log_;
     std::vector<Level> levels_;
     std::vector<unsigned> order_;
     bool isReversed_ = false;
     VDBView shown_;
+    bool isSuspended_ = false;
+    bool wasSorted_ = false;
+    unsigned rowsBefore_ = 0;
+    std::vector<unsigned> sortedRows_;  // while suspended
+    RowList numbers_;                   // what the rows were then; `nowhere` for those that came
 };
 
 }  // namespace vek::browse

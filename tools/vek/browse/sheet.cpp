@@ -66,9 +66,15 @@ bool Sheet::isMarked(unsigned place) const {
     return std::min(marked_, place_) <= place && place <= std::max(marked_, place_);
 }
 
+unsigned Sheet::chosenCount() const {
+    if (row() == nowhere) return 0;
+    return hasMark() ? std::max(marked_, place_) - std::min(marked_, place_) + 1 : 1;
+}
+
 Sheet::Rows Sheet::chosenRows() const {
     Rows rows;
     if (row() == nowhere) return rows;
+    rows.reserve(chosenCount());
     const unsigned from = hasMark() ? std::min(marked_, place_) : place_;
     const unsigned to = hasMark() ? std::max(marked_, place_) : place_;
     for (unsigned place = from; place <= to; ++place) rows.push_back(rows_.rowAt(place));

@@ -59,6 +59,8 @@ public:
     void unmark() { marked_ = nowhere; }
     bool isMarked(unsigned place) const;
     bool hasMark() const { return marked_ != nowhere; }
+    /// How many rows `chosenRows` has.
+    unsigned chosenCount() const;
 
     // --- columns
     void widen(int by, std::size_t shownWidth);
@@ -86,18 +88,21 @@ public:
     void tagRow(unsigned row, Tagging how);
     /// Those of the whole log.
     Rows taggedRows() const;
+    /// Appends those from a row up to another.
+    void addTagged(unsigned from, unsigned to, Rows& rows) const;
 
     // --- edits
     void setCell(unsigned row, unsigned column, const std::string& text);
     /// Behind the cursor's row, or before it. The cursor goes there.
     void insertRow(bool isBehind);
-    void deleteRows(Rows rows);
+    void deleteRows(const Rows& rows);
     void renameColumn(unsigned column, const std::string& name);
-    /// False when there is nothing to take back.
-    bool undo();
-    bool redo();
-    /// Appends rows of another sheet: columns by their names; how many columns found none.
-    std::size_t append(const Sheet& from, const Rows& rows);
+    /// What is done a little at a time, as one step of the edits, where it may take long: each
+    /// call of `step` answers how much it did, 0 when nothing is left. `settle` comes behind, also
+    /// where it is left undone.
+    class Deleting;
+    class Undoing;
+    class Appending;
     bool isUnsaved() const { return edits_.hasUnsavedEdits(); }
     /// To be called when edits were made by `edits` or `tagRow`, once for all of them.
     void settle();
@@ -105,8 +110,9 @@ public:
     // --- the file
     /// Whether the file on the disk is another one than was read.
     bool isChangedOnDisk() const;
-    /// Takes the edits over that the recovery file holds; how many.
-    std::size_t recover();
+    /// Takes the edits over that a recovery file holds, a little at a time, as `Deleting` has it:
+    /// `step` answers how many bytes of the file it did.
+    class Recovering;
     /// Writes all into the log's file; what was not edited stays as it came. A Failure where the
     /// file is another one than was read, unless that may be overwritten. What the file could not
     /// hold.
@@ -145,8 +151,71 @@ private:
     std::size_t at_ = 0;
     unsigned marked_ = nowhere;
     // For each row of the table the one of the file that it was; empty while all stand as there.
-    std::vector<unsigned> origins_;
+    RowList origins_;
     std::map<std::size_t, std::vector<unsigned>> gone_;
+    EditLog::Outcome last_;  // where the cursor is to go
+};
+
+/// Deletes rows from the last on, so that the numbers of the others stay; neighbours go together.
+class Sheet::Deleting {
+public:
+    Deleting(Sheet& sheet, const Rows& rows);
+    std::size_t step();
+
+private:
+    Sheet& sheet_;
+    EditLog::Step step_;
+    std::vector<char> goes_;
+    unsigned at_;
+};
+
+/// Takes the last step back, or does the one again that was taken back last. The cursor goes where
+/// something changed.
+class Sheet::Undoing {
+public:
+    Undoing(Sheet& sheet, bool isRedo);
+    ~Undoing();
+    Undoing(const Undoing&) = delete;
+    Undoing& operator=(const Undoing&) = delete;
+    std::size_t step();
+    /// All that there is to do, in what `step` counts.
+    std::size_t count() const { return count_; }
+
+private:
+    Sheet& sheet_;
+    bool isRedo_;
+    std::size_t count_;
+    EditLog::Outcome last_;
+};
+
+/// The edits are written down anew as they are made; the old file stays until they all are.
+class Sheet::Recovering {
+public:
+    Recovering(Sheet& sheet, const std::string& path);
+    std::size_t step();
+    std::size_t edits() const { return replay_.edits(); }
+
+private:
+    Sheet& sheet_;
+    Recovery::Replay replay_;
+};
+
+/// Appends rows of another sheet: columns by their names.
+class Sheet::Appending {
+public:
+    Appending(Sheet& to, const Sheet& from, Rows rows);
+    std::size_t step();
+    /// How many columns find no place.
+    std::size_t lost() const;
+
+private:
+    Sheet& to_;
+    const Sheet& from_;
+    EditLog::Step step_;
+    Rows rows_;
+    std::size_t done_ = 0;
+    std::vector<unsigned> places_;
+    std::vector<std::string_view> values_;
 };
 
 }  // namespace vek::browse

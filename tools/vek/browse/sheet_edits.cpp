@@ -1,5 +1,5 @@
 #include <algorithm>
-#include <numeric>
+#include <utility>
 
 #include <vekdb/host/text_util.h>
 #include "formats/log/column_names.h"
@@ -9,6 +9,9 @@
 namespace vek::browse {
 
 namespace {
+
+constexpr std::size_t fewRows = 64;    // that views follow one by one
+constexpr unsigned mostAtOnce = 1024;  // so that none keeps a key waiting
 
 bool isTag(std::string_view cell) {
     return parseInt(cell) != 0;
@@ -23,11 +26,15 @@ bool Sheet::isTagged(unsigned row) const {
 
 Sheet::Rows Sheet::taggedRows() const {
     Rows rows;
+    addTagged(0, log_.rowCount(), rows);
+    return rows;
+}
+
+void Sheet::addTagged(unsigned from, unsigned to, Rows& rows) const {
     const unsigned column = log_.findColumn("Tag");
-    for (unsigned row = 0; column != noColumn && row < log_.rowCount(); ++row) {
+    for (unsigned row = from; column != noColumn && row < to; ++row) {
         if (isTag(log_.cell(row, column))) rows.push_back(row);
     }
-    return rows;
 }
 
 unsigned Sheet::tagColumn() {
@@ -70,20 +77,24 @@ void Sheet::insertRow(bool isBehind) {
     settle();
 }
 
-// From the last on, so that the numbers of the others stay; neighbours go together.
-void Sheet::deleteRows(Rows rows) {
-    std::sort(rows.begin(), rows.end());
-    unmark();
+Sheet::Deleting::Deleting(Sheet& sheet, const Rows& rows)
+    : sheet_(sheet), step_(sheet.edits_), goes_(sheet.log_.rowCount()), at_(sheet.log_.rowCount()) {
+    for (unsigned row : rows) goes_[row] = 1;
+    sheet_.unmark();
+    if (rows.size() > fewRows) sheet_.rows_.suspend();
+}
+
+std::size_t Sheet::Deleting::step() {
+    while (at_ > 0 && goes_[at_ - 1] == 0) --at_;
+    const unsigned end = at_;
+    while (at_ > 0 && goes_[at_ - 1] != 0 && end - at_ < mostAtOnce) --at_;
+    return at_ == end ? 0 : sheet_.edits_.deleteRows(at_, end - at_);
+}
+
+void Sheet::deleteRows(const Rows& rows) {
     {
-        const EditLog::Step step(edits_);
-        while (!rows.empty()) {
-            std::size_t run = 1;
-            while (run < rows.size() &&
-                   rows[rows.size() - run - 1] + 1 == rows[rows.size() - run]) {
-                ++run;
-            }
-            edits_.deleteRows(rows[rows.size() - run], static_cast<unsigned>(run));
-            rows.resize(rows.size() - run);
+        Deleting deleting(*this, rows);
+        while (deleting.step() > 0) {
         }
     }
     settle();
@@ -100,16 +111,21 @@ void Sheet::renameColumn(unsigned column, const std::string& name) {
     settle();
 }
 
-bool Sheet::undo() {
-    const EditLog::Outcome outcome = edits_.undo();
-    follow(outcome);
-    return outcome.edits > 0;
+Sheet::Undoing::Undoing(Sheet& sheet, bool isRedo)
+    : sheet_(sheet),
+      isRedo_(isRedo),
+      count_(isRedo ? sheet.edits_.editsToRedo() : sheet.edits_.editsToUndo()) {
+    if (count_ > fewRows) sheet_.rows_.suspend();
 }
 
-bool Sheet::redo() {
-    const EditLog::Outcome outcome = edits_.redo();
-    follow(outcome);
-    return outcome.edits > 0;
+Sheet::Undoing::~Undoing() {
+    sheet_.last_ = last_;
+}
+
+std::size_t Sheet::Undoing::step() {
+    if (count_ == 0 || (last_.edits > 0 && last_.isStepOver)) return 0;
+    last_ = isRedo_ ? sheet_.edits_.redo(1) : sheet_.edits_.undo(1);
+    return last_.edits;
 }
 
 // The cursor goes where something changed.
@@ -118,48 +134,48 @@ void Sheet::follow(const EditLog::Outcome& outcome) {
     for (std::size_t at = 0; outcome.column != EditLog::none && at < columns_.size(); ++at) {
         if (columns_[at].column == outcome.column && !columns_[at].isHidden) at_ = at;
     }
-    settle();
 }
 
-std::size_t Sheet::append(const Sheet& from, const Rows& rows) {
-    const std::vector<unsigned> places = sameColumns(log_, from.log_);
-    std::vector<std::string_view> values(places.size());
-    {
-        const EditLog::Step step(edits_);
-        for (unsigned row : rows) {
-            for (std::size_t i = 0; i < places.size(); ++i) {
-                values[i] = places[i] == noColumn ? "" : from.log_.cell(row, places[i]);
-            }
-            edits_.insertRow(log_.rowCount(), values.data(), values.size());
-        }
+Sheet::Appending::Appending(Sheet& to, const Sheet& from, Rows rows)
+    : to_(to),
+      from_(from),
+      step_(to.edits_),
+      rows_(std::move(rows)),
+      places_(sameColumns(to.log_, from.log_)),
+      values_(places_.size()) {
+    if (rows_.size() > fewRows) to_.rows_.suspend();
+}
+
+std::size_t Sheet::Appending::step() {
+    if (done_ == rows_.size()) return 0;
+    const unsigned row = rows_[done_++];
+    for (std::size_t i = 0; i < places_.size(); ++i) {
+        values_[i] = places_[i] == noColumn ? "" : from_.log_.cell(row, places_[i]);
     }
-    settle();
-    const std::vector<unsigned> back = sameColumns(from.log_, log_);
+    to_.edits_.insertRow(to_.log_.rowCount(), values_.data(), values_.size());
+    return 1;
+}
+
+std::size_t Sheet::Appending::lost() const {
+    const std::vector<unsigned> back = sameColumns(from_.log_, to_.log_);
     return static_cast<std::size_t>(std::count(back.begin(), back.end(), noColumn));
 }
 
 void Sheet::rowsInserted(std::size_t edit, unsigned first, unsigned count) {
-    if (origins_.empty()) {
-        origins_.resize(log_.rowCount() - count);
-        std::iota(origins_.begin(), origins_.end(), 0u);
-    }
+    if (origins_.empty()) origins_.count(log_.rowCount() - count);
     std::vector<unsigned> came(count, nowhere);
     const auto known = gone_.find(edit);
     if (known != gone_.end() && known->second.size() == count) came = std::move(known->second);
     if (known != gone_.end()) gone_.erase(known);
-    origins_.insert(origins_.begin() + first, came.begin(), came.end());
+    origins_.insert(first, came);
     rows_.rowsInserted(first, count, place_);
     recovery_.rowsInserted(log_, first, count);
 }
 
 void Sheet::rowsDeleted(std::size_t edit, unsigned first, unsigned count) {
-    if (origins_.empty()) {
-        origins_.resize(log_.rowCount() + count);
-        std::iota(origins_.begin(), origins_.end(), 0u);
-    }
-    const auto from = origins_.begin() + first;
-    gone_[edit].assign(from, from + count);
-    origins_.erase(from, from + count);
+    if (origins_.empty()) origins_.count(log_.rowCount() + count);
+    gone_[edit] = origins_.take(first, count);
+    rows_.rowsDeleted(first, count);
     recovery_.rowsDeleted(first, count);
 }
 
@@ -183,6 +199,8 @@ void Sheet::fitColumns() {
 }
 
 void Sheet::settle() {
+    rows_.resume(place_);
+    if (last_.edits > 0) follow(std::exchange(last_, {}));
     clampPlace();
     recovery_.flush();
 }

@@ -48,13 +48,17 @@ bool Sheet::isChangedOnDisk() const {
     return mark_ && markOf(log_.path) != mark_;
 }
 
-// The edits are written down anew as they are made; the old file stays until they all are.
-std::size_t Sheet::recover() {
-    recovery_.setAside();
-    const std::size_t count = recovery_.replay(edits_);
-    settle();
-    recovery_.dropAside();
-    return count;
+Sheet::Recovering::Recovering(Sheet& sheet, const std::string& path)
+    : sheet_(sheet), replay_(sheet.recovery_.setAside(path), sheet.edits_) {
+    sheet_.rows_.suspend();
+}
+
+std::size_t Sheet::Recovering::step() {
+    const std::size_t done = replay_.step();
+    if (done > 0) return done;
+    sheet_.recovery_.flush();
+    if (sheet_.recovery_.trouble().empty()) sheet_.recovery_.dropAside();
+    return 0;
 }
 
 // Columns come and go at the end alone.

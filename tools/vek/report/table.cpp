@@ -20,9 +20,7 @@ std::size_t pixelsOf(std::size_t characters) {
     return static_cast<std::size_t>(static_cast<double>(characters) * ofCharacter + padding);
 }
 
-// How wide the columns are where no script runs, as `vek show` fits them; a hint to the browser,
-// which cuts nothing.
-void writeWidths(const LogOnPage& log, unsigned rows, Output& out) {
+std::vector<std::size_t> naturalWidths(const LogOnPage& log, unsigned rows) {
     std::vector<std::size_t> widths;
     for (unsigned column : log.shown()) {
         std::size_t width = displayWidth(escaped(log.log().columnName(column)));
@@ -32,10 +30,17 @@ void writeWidths(const LogOnPage& log, unsigned rows, Output& out) {
         }
         widths.push_back(width);
     }
-    const std::size_t count = widths.size();
-    widths = fittedWidths(std::move(widths), roomOfTable);
-    widths.resize(count, narrowestColumn);
-    std::string line = "<colgroup><col>";
+    return widths;
+}
+
+// How wide the columns are where no script runs, as `vek show` fits them; a hint to the browser,
+// which cuts nothing. A table that is wider than paper is printed in several lines a row.
+void writeBegin(const LogOnPage& log, unsigned rows, Output& out) {
+    std::vector<std::size_t> widths = fittedWidths(naturalWidths(log, rows), roomOfTable);
+    const bool isWide = widths.size() < log.shown().size();
+    widths.resize(log.shown().size(), narrowestColumn);
+    std::string line = isWide ? "<table class=\"wide\">\n" : "<table>\n";
+    line += "<colgroup><col>";
     for (std::size_t width : widths) {
         line += concat("<col width=\"", std::to_string(pixelsOf(width)), "\">");
     }
@@ -75,11 +80,10 @@ std::string noteOf(const LogOnPage& log, unsigned rows) {
 void writeTable(const LogOnPage& log, Output& out) {
     const std::string id = "table-" + std::to_string(log.number());
     const unsigned rows = std::min(log.rowCount(), mostPlainRows);
-    out.write(concat("<section class=\"table\">\n<h3 id=\"", id, "\">Rows</h3>\n",
-                     noteOf(log, rows),
-                     "<div class=\"rows\" tabindex=\"0\" role=\"region\" aria-labelledby=\"", id,
-                     "\">\n<table>\n"));
-    writeWidths(log, rows, out);
+    out.write(concat(
+        "<section class=\"table\">\n<h3 id=\"", id, "\">Rows</h3>\n", noteOf(log, rows),
+        "<div class=\"rows\" tabindex=\"0\" role=\"region\" aria-labelledby=\"", id, "\">\n"));
+    writeBegin(log, rows, out);
     writeHeading(log, out);
     std::string line;
     for (unsigned row = 0; row < rows; ++row) {
