@@ -110,8 +110,8 @@ public:
         std::string keys = typed.keys;
         for (std::size_t tab; (tab = keys.find('\t')) != std::string::npos;
              keys.erase(0, tab + 1)) {
-            press(keys.substr(0, tab));
-            press("\t");
+            press(keys.substr(0, tab), 30);
+            press("\t", pause);
         }
         terminal_.type(keys + "\r");
         terminal_.waitFor(std::string("{") + typed.arguments + "}");
@@ -120,10 +120,10 @@ public:
 private:
     static constexpr int pause = 150;
 
-    void press(const std::string& keys) {
+    void press(const std::string& keys, int quiet) {
         if (keys.empty()) return;
         terminal_.type(keys);
-        terminal_.watchUntilQuiet(pause);
+        terminal_.watchUntilQuiet(quiet);
     }
 
     static std::vector<std::string> wordsOf(const Shell& shell) {
