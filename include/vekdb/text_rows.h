@@ -54,7 +54,7 @@ public:
     /// values, empty ones at its end included.
     struct QuotedLine {
         char* end;  ///< behind the last quote
-        std::size_t count;
+        std::size_t count;  ///< of its values
     };
     /// Appends a row where the line that begins there is one of values between quotes and with
     /// commas between these, no quote, backslash or control character in any of them and no blank
