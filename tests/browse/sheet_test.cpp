@@ -461,6 +461,72 @@ TEST(BrowseSheet, NoLineIsWiderThanTheScreen) {
     }
 }
 
+namespace {
+
+// As one line.
+std::string joined(std::string text) {
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    return text;
+}
+
+// Every choice of the question that is asked can be read on a screen of any size.
+void expectChoices(Opened& opened, const std::vector<std::string>& choices) {
+    for (std::size_t width : {40, 60, 80, 100, 200}) {
+        SCOPED_TRACE(width);
+        const std::string seen = opened.screen(width, 12);
+        for (const std::string& choice : choices) EXPECT_THAT(seen, HasSubstr(choice));
+        EXPECT_THAT(joined(seen), HasSubstr("any other key"));
+        EXPECT_THAT(seen, HasSubstr("row 1 of"));
+    }
+}
+
+}  // namespace
+
+TEST(BrowseSheet, EveryQuestionShowsItsChoicesOnANarrowScreen) {
+    Opened opened(theLog);
+    opened.press("d q");
+    expectChoices(opened, {"(s)ave", "(d)iscard"});
+    opened.press("x a");
+    opened.type(opened.path());
+    opened.press("Enter");
+    expectChoices(opened, {"(o)verwrite"});
+    opened.press("x");
+    auto second = another(opened);
+    second->press("d");
+    second.reset();
+    opened.forget();
+    opened.start();
+    expectChoices(opened, {"(r)ecover", "(d)elete"});
+    opened.press("r");
+    expectChoices(opened, {"(r)ecover", "(d)elete"});
+    opened.press("x");
+    opened.write("log.csv", "Name\nanother one\n");
+    opened.press("^S");
+    expectChoices(opened, {"(o)verwrite"});
+    opened.forget();
+    opened.start();
+    expectChoices(opened, {"(d)elete"});
+}
+
+TEST(BrowseSheet, AQuestionOfManyLinesShowsItsEndOnALowScreenAndIsGoneWithItsAnswer) {
+    Opened opened(theLog, "a name of many words that goes on and on for a long while.csv");
+    const std::string before = opened.screen(40, 12);
+    opened.press("d q x u");
+    EXPECT_EQ(before.substr(before.find('\n')),
+              opened.screen(40, 12).substr(opened.screen(40, 12).find('\n')));
+    opened.forget();
+    opened.start();
+    const std::string seen = opened.screen(40, 5);
+    EXPECT_THAT(seen, HasSubstr("(r)ecover"));
+    EXPECT_THAT(joined(seen), HasSubstr("any other key"));
+    EXPECT_EQ(5, std::count(seen.begin(), seen.end(), '\n'));
+    opened.browser->press("r");
+    opened.browser->work();
+    EXPECT_THAT(opened.screen(40, 12), Not(HasSubstr("(r)ecover")));
+    opened.settle();
+    EXPECT_THAT(opened.screen(40, 12), Not(HasSubstr("(r)ecover")));
+}
+
 TEST(BrowseSheet, ALogOfManyColumnsIsScrolledSidewaysAndTheFirstStays) {
     std::string heading = "First", row = "one";
     for (int i = 0; i < 40; ++i) {

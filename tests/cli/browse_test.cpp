@@ -218,7 +218,7 @@ TEST_F(BrowseScreen, CtrlCLeavesTheFileAsItWasAndTheEditsToBeRecovered) {
     }
     EXPECT_EQ(clips(), folder.read("log.csv"));
     EXPECT_TRUE(folder.has(".log.csv.vek-edits"));
-    Multiplexer again(folder, browse + "log.csv", 80, 24);
+    Multiplexer again(folder, browse + "log.csv", 40, 12);
     again.waitFor("(r)ecover");
     again.press({"r"});
     again.waitFor("of 49 rows");

@@ -91,8 +91,9 @@ Picture Drawing::draw() {
         }
     }
     if (browser_.hasCard_) drawCard();
-    drawFoot();
+    add(height_ - 2, 0, statusText(), width_, Look::bar);
     browser_.lines_ = picture_.lines;
+    drawAnswer();
     return std::move(picture_);
 }
 
@@ -288,14 +289,23 @@ std::string Drawing::statusText() const {
     return text + "   ? keys  q close";
 }
 
-void Drawing::drawFoot() {
-    add(height_ - 2, 0, statusText(), width_, Look::bar);
-    drawAnswer();
+// Its choices stand at its end: where it is longer than the screen is high, that is what is seen.
+void Drawing::drawQuestion(const std::string& text) {
+    const std::vector<std::string> lines = wrapped(text, width_);
+    const std::size_t count = std::min(lines.size(), height_);
+    const std::size_t top = height_ - count;
+    std::vector<Piece> status = std::move(picture_.lines[height_ - 2]);
+    for (std::size_t y = std::min(top, height_ - 2); y < height_; ++y) picture_.lines[y].clear();
+    if (top > 0) picture_.lines[top - 1] = std::move(status);
+    for (std::size_t i = 0; i < count; ++i) {
+        add(top + i, 0, lines[lines.size() - count + i], width_, Look::trouble);
+    }
+    if (picture_.cursorY + 1 >= top) picture_.hasCursor = false;
 }
 
 void Drawing::drawAnswer() {
     const std::size_t y = height_ - 1;
-    if (browser_.question_) return add(y, 0, browser_.question_->text, width_, Look::trouble);
+    if (browser_.question_) return drawQuestion(browser_.question_->text);
     if (!browser_.prompt_) {
         const Look look = browser_.isTrouble_ ? Look::trouble : Look::message;
         return add(y, 0, browser_.message_, width_, look);

@@ -34,8 +34,8 @@ private:
     void drawHeading(const std::vector<Placed>& placed);
     void drawRow(std::size_t y, unsigned place, const std::vector<Placed>& placed);
     void drawCard();
-    void drawFoot();
     void drawAnswer();
+    void drawQuestion(const std::string& text);
     Picture drawWhileRowsMove();
     void drawHelp();
     std::string statusText() const;
