@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <thread>
 
@@ -276,6 +277,83 @@ TEST(BrowseSheet, ARecoveryThatWasKilledIsOfferedAgainWholeAndLeavesNothingBesid
     EXPECT_TRUE(opened.has(edits));
 }
 
+TEST(BrowseSheet, ARecoveryFileThatItsMakerNeverWroteToIsRemovedWhereNobodyHasIt) {
+    Opened opened(theLog);
+    const std::string second = edits + std::string("-2");
+    const std::string third = edits + std::string("-3");
+    for (const std::string& name : {std::string(edits), second, third}) opened.write(name, "");
+    opened.write(".log.csv.vek-edits-x", "");
+    const OpenFile others = OpenFile::at(opened.folder.file(second).c_str());
+    ASSERT_EQ(0, others.lock());
+    opened.start();
+    EXPECT_THAT(opened.screen(200), Not(HasSubstr("edits")));
+    EXPECT_FALSE(opened.has(edits));
+    EXPECT_TRUE(opened.has(second));
+    EXPECT_FALSE(opened.has(third));
+    EXPECT_TRUE(opened.has(".log.csv.vek-edits-x"));
+}
+
+TEST(BrowseSheet, EditsThatWereAllTakenBackLeaveNothingBehind) {
+    Opened opened(theLog);
+    opened.press("d e x Enter u u");
+    EXPECT_TRUE(opened.has(edits));
+    opened.press("q");
+    EXPECT_TRUE(opened.browser->isOver());
+    EXPECT_FALSE(opened.has(edits));
+}
+
+TEST(BrowseSheet, EachEditStandsInTheRecoveryFileBeforeTheNextKeyIsWaitedFor) {
+    Opened opened(theLog);
+    std::size_t before = 0;
+    for (const char* keys : {"e x Enter", "o", "d", "u", "^R", "O", "t", "v G t", "i", "U Enter",
+                             "T Enter", "E y Enter", "r 2 Enter", "D", "u"}) {
+        SCOPED_TRACE(keys);
+        opened.press(keys);
+        const std::string written = opened.read(edits);
+        EXPECT_LT(before, written.size());
+        EXPECT_TRUE(written.ends_with('\n'));
+        opened.sheet().recovery().flush();
+        EXPECT_EQ(written, opened.read(edits));
+        before = written.size();
+    }
+}
+
+TEST(BrowseSheet, ARecoveryFileOfAnotherThatGotTheNameIsLeftAlone) {
+    Opened opened(theLog);
+    opened.press("d");
+    std::filesystem::remove(opened.folder.file(edits));
+    opened.write(edits, "another's");
+    opened.press("^S");
+    EXPECT_EQ("another's", opened.read(edits));
+}
+
+// Whoever starts looks at all files beside the log, while another makes one and removes it again.
+TEST(BrowseSheet, NoRecoveryFileThatIsMadeJustNowIsTakenForALeftover) {
+    using vek::browse::Recovery;
+    const Opened opened(theLog);
+    const auto mark = vek::browse::markOf(opened.path());
+    std::atomic<bool> isOver = false;
+    std::size_t mistaken = 0;
+    std::thread starting([&] {
+        while (!isOver) {
+            for (const auto& other : Recovery(opened.path()).others()) mistaken += !other.isInUse;
+        }
+    });
+    for (int i = 0; i < 1000; ++i) {
+        Recovery mine(opened.path());
+        mine.begin(mark);
+        mine.rowsDeleted(0, 1);
+        mine.flush();
+        EXPECT_TRUE(Recovery::fits(mine.path(), *mark));
+        mine.remove();
+    }
+    isOver = true;
+    starting.join();
+    EXPECT_EQ(0u, mistaken);
+    EXPECT_TRUE(Recovery(opened.path()).others().empty());
+    EXPECT_FALSE(opened.has(edits));
+}
+
 TEST(BrowseSheet, EditsOfAnotherStateOfTheFileAreNotMade) {
     Opened opened(theLog);
     opened.press("d");
@@ -514,6 +592,7 @@ TEST(BrowseSheet, AQuestionOfManyLinesShowsItsEndOnALowScreenAndIsGoneWithItsAns
     opened.press("d q x u");
     EXPECT_EQ(before.substr(before.find('\n')),
               opened.screen(40, 12).substr(opened.screen(40, 12).find('\n')));
+    opened.press("d");
     opened.forget();
     opened.start();
     const std::string seen = opened.screen(40, 5);

@@ -42,7 +42,10 @@ public:
     void kill() {
         const Cells before = states_[now_];
         const bool isUnsaved = opened_.has(".log.csv.vek-edits");
+        const std::string edits = opened_.read(".log.csv.vek-edits");
         opened_.forget();
+        // Who is killed does not clear up what was all taken back.
+        if (isUnsaved) opened_.write(".log.csv.vek-edits", edits);
         opened_.start();
         reset();
         if (isUnsaved) {

@@ -243,6 +243,23 @@ TEST_F(BrowseScreen, AKillLeavesTheTerminalAsItWas) {
     }
 }
 
+TEST_F(BrowseScreen, AKillThatNothingCanAnswerRightBehindTheFirstEditLosesNothing) {
+    if (!hasTmux()) return;
+    {
+        Multiplexer terminal(folder, "sh -c 'echo $$ > id; exec " + browse + "log.csv'", 80, 24);
+        terminal.waitFor("row 1 of 50 rows");
+        terminal.press({"d"});
+        terminal.waitFor("of 49 rows");
+        start({"/bin/sh", "-c", "kill -KILL $(cat id)"});
+        terminal.waitForEnd("ended");
+    }
+    Multiplexer again(folder, browse + "log.csv", 80, 24);
+    again.waitFor("(r)ecover");
+    again.press({"r"});
+    again.waitFor("of 49 rows");
+    EXPECT_EQ(clips(), folder.read("log.csv"));
+}
+
 TEST_F(BrowseScreen, ColoursAreThoseOfTheTerminalAndNoneWhereNobodyWantsThem) {
     if (!hasTmux()) return;
     folder.write("log.csv", "Name,Tag\na,0\nb,1\n");

@@ -10,6 +10,7 @@
 #include <vekdb/host/own_file.h>
 
 #include "formats/text/text_lines.h"
+#include "tools/vek/browse/held_file.h"
 
 namespace fs = std::filesystem;
 
@@ -119,16 +120,6 @@ void replayLine(EditLog& edits, const std::vector<std::string>& fields) {
     }
 }
 
-bool isRegular(const std::string& path) {
-    std::error_code error;
-    return fs::is_regular_file(fs::symlink_status(path, error));
-}
-
-// What somebody else put there, or a link leads to, are no edits of this user's.
-bool isOwn(const std::string& path) {
-    return openOwnFile(path.c_str()).descriptor() >= 0;
-}
-
 std::string textOf(const OpenFile& file) {
     constexpr std::size_t piece = std::size_t{1} << 16;
     std::string text;
@@ -141,10 +132,19 @@ std::string textOf(const OpenFile& file) {
     return text;
 }
 
-bool isLocked(const std::string& path) {
-    if (!isRegular(path)) return false;
-    const OpenFile file = OpenFile::at(path.c_str());
-    return file.error() == 0 && file.lock() == EWOULDBLOCK;
+bool isInUse(const std::string& path) {
+    return HeldFile(path).state() == HeldFile::State::inUse;
+}
+
+bool hasText(const std::string& path) {
+    std::error_code error;
+    const std::uintmax_t size = fs::file_size(path, error);
+    return !error && size > 0;
+}
+
+bool isThere(const std::string& path) {
+    std::error_code ignored;
+    return fs::exists(fs::symlink_status(path, ignored));
 }
 
 // Whether it is one of the names that stand beside a first one: with a number, and set aside.
@@ -158,8 +158,7 @@ bool isNameOf(std::string_view name, std::string_view first) {
            digits.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
-// Those of this user. A file in which nothing is yet is being made.
-std::vector<std::string> filesOf(const std::string& first) {
+std::vector<std::string> namesOf(const std::string& first) {
     const fs::path path(first);
     const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
     std::vector<std::string> found;
@@ -167,9 +166,7 @@ std::vector<std::string> filesOf(const std::string& first) {
     for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
         const std::string name = it->path().filename().string();
         if (!isNameOf(name, path.filename().string())) continue;
-        std::string whole = (path.parent_path() / name).string();
-        std::error_code ignored;
-        if (isOwn(whole) && fs::file_size(whole, ignored) > 0) found.push_back(whole);
+        found.push_back((path.parent_path() / name).string());
     }
     std::sort(found.begin(), found.end());
     return found;
@@ -177,13 +174,16 @@ std::vector<std::string> filesOf(const std::string& first) {
 
 // What was set aside is whole; what was written down anew of it may not be.
 void putBack(const std::string& aside, const std::string& first) {
+    const HeldFile whole(aside);
+    if (whole.state() != HeldFile::State::held) return;
     std::string path = aside.substr(0, aside.size() - 1);
-    std::error_code ignored;
-    for (unsigned number = 2; isLocked(path) && number <= mostNames; ++number) {
-        const std::string other = first + "-" + std::to_string(number);
-        if (!fs::exists(fs::symlink_status(other, ignored))) path = other;
+    const HeldFile half(path);
+    const bool isHalf = half.state() == HeldFile::State::held;
+    for (unsigned number = 2; !isHalf && isThere(path) && number <= mostNames; ++number) {
+        path = first + "-" + std::to_string(number);
     }
-    if (!isLocked(path)) fs::rename(aside, path, ignored);
+    std::error_code ignored;
+    if (isHalf || !isThere(path)) fs::rename(aside, path, ignored);
 }
 
 }  // namespace
@@ -206,34 +206,42 @@ std::string Recovery::nameOf(unsigned number) const {
     return (path.parent_path() / name).string();
 }
 
+// One in which nothing is yet is being made; its maker was killed where nobody has it locked, and
+// else sees that it went.
 std::vector<Recovery::Other> Recovery::others() const {
     const std::string first = nameOf(1);
-    for (const std::string& path : filesOf(first)) {
-        if (path.ends_with('~') && !isLocked(path)) putBack(path, first);
+    for (const std::string& path : namesOf(first)) {
+        if (path.ends_with('~')) putBack(path, first);
     }
     std::vector<Other> found;
-    for (const std::string& path : filesOf(first)) {
+    for (const std::string& path : namesOf(first)) {
         if (path == path_ || path.ends_with('~')) continue;
-        found.push_back({path, isLocked(path) || isLocked(path + "~")});
+        const HeldFile file(path);
+        std::error_code ignored;
+        if (file.isEmpty()) fs::remove(path, ignored);
+        if (file.state() == HeldFile::State::none || !hasText(path)) continue;
+        found.push_back({path, file.state() == HeldFile::State::inUse || isInUse(path + "~")});
     }
     return found;
 }
 
 const OpenFile& Recovery::setAside(const std::string& path) {
-    OpenFile file = openOwnFile(path.c_str());
-    if (file.descriptor() < 0) throw Failure{unwritable, path + ": is gone, or not yours"};
-    if (file.lock() == EWOULDBLOCK) {
+    HeldFile file(path);
+    if (file.state() == HeldFile::State::none) {
+        throw Failure{unwritable, path + ": is gone, or not yours"};
+    }
+    if (file.state() == HeldFile::State::inUse) {
         throw Failure{unwritable, path + ": another vek browse has these edits now"};
     }
     fs::rename(path, path + "~");
-    aside_ = std::move(file);
+    aside_ = file.take();
     asidePath_ = path + "~";
     path_ = path;
     return aside_;
 }
 
 void Recovery::dropAside() {
-    fs::remove(asidePath_);
+    if (leadsTo(asidePath_, aside_.descriptor())) fs::remove(asidePath_);
     aside_ = OpenFile();
 }
 
@@ -244,8 +252,9 @@ bool Recovery::fits(const std::string& path, const FileMark& mark) {
 }
 
 void Recovery::drop(const std::string& path) {
+    const HeldFile file(path);
     std::error_code ignored;
-    if (isOwn(path) && !isLocked(path)) fs::remove(path, ignored);
+    if (file.state() == HeldFile::State::held) fs::remove(path, ignored);
 }
 
 Recovery::Replay::Replay(const OpenFile& file, EditLog& edits)
@@ -266,9 +275,12 @@ std::size_t Recovery::Replay::step() {
 bool Recovery::create(const std::string& path) {
     file_.reset(makeOwnFile(path.c_str()));
     if (file_ == nullptr) return false;
+    if (!holdNew(path, ::fileno(file_.get()))) {
+        file_.reset();
+        errno = EEXIST;
+        return false;
+    }
     path_ = path;
-    // Without the lock, edits are offered to whoever opens the log.
-    OpenFile::of(::fileno(file_.get())).lock();
     line({markLine(*mark_)});
     return true;
 }
@@ -341,7 +353,7 @@ void Recovery::remove() {
     trouble_.clear();
     if (file_ == nullptr) return;
     std::error_code ignored;
-    if (isOwn(path_)) fs::remove(path_, ignored);
+    if (leadsTo(path_, ::fileno(file_.get()))) fs::remove(path_, ignored);
     file_.reset();
     path_.clear();
 }

@@ -21,7 +21,10 @@ Sheet::Sheet(Log log, Opening opening)
     keep(1);
 }
 
-Sheet::~Sheet() = default;
+// Edits that were all taken back are nothing to recover.
+Sheet::~Sheet() {
+    if (!edits_.hasUnsavedEdits()) recovery_.remove();
+}
 
 void Sheet::clampPlace() {
     place_ = rows_.size() == 0 ? 0 : std::min(place_, rows_.size() - 1);
