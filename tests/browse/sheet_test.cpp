@@ -143,6 +143,31 @@ TEST(BrowseSheet, ThatEditsAreBeingRecoveredIsSaidBefore) {
     EXPECT_THAT(opened.screen(), HasSubstr("1 change recovered"));
 }
 
+TEST(BrowseSheet, ThatALogIsBeingSavedIsSaidBeforeAndUntilItIs) {
+    Opened opened(theLog);
+    opened.press("d");
+    opened.browser->press("^S");
+    EXPECT_TRUE(opened.browser->isBusy());
+    EXPECT_THAT(opened.screen(40, 12), HasSubstr("saving ..."));
+    EXPECT_EQ(theLog, opened.read());
+    opened.browser->press("j");
+    EXPECT_THAT(opened.screen(40, 12), HasSubstr("saving ..."));
+    opened.settle();
+    EXPECT_NE(theLog, opened.read());
+    EXPECT_THAT(opened.screen(40, 12), HasSubstr("row 2 of"));
+    opened.press("d a");
+    opened.type(opened.folder.file("copy.csv").string());
+    opened.browser->press("Enter");
+    EXPECT_THAT(opened.screen(40, 12), HasSubstr("saving ..."));
+    opened.settle();
+    EXPECT_THAT(opened.screen(80, 12), HasSubstr("saved as"));
+    opened.press("q");
+    opened.browser->press("s");
+    EXPECT_THAT(opened.screen(40, 12), HasSubstr("saving ..."));
+    opened.settle();
+    EXPECT_TRUE(opened.browser->isOver());
+}
+
 TEST(BrowseSheet, ThatTaggedRowsAreBeingDeletedIsSaidBefore) {
     Opened opened(theLog);
     opened.press("t t");
