@@ -4,6 +4,8 @@
 #include <bit>
 #include <cstring>
 
+#include "vekdb/bytes/value_cuts.h"
+
 namespace {
 
 constexpr std::uint64_t bit(std::size_t i) {
@@ -22,38 +24,42 @@ ByteMasks classifyShort(const char* at, std::size_t size) {
 }  // namespace
 
 // Finds the quotes that open a value, word by word: those with a quote and a comma before them.
-// Shifted masks bring the bytes before a byte, also those of the word before, to its bit.
+// What a word shows of the bytes before it is carried over from the word before.
 class PlainLine::Separators {
 public:
     // False where a value has a blank at its edge that a separator shows.
     bool find(const ByteMasks& now) {
-        opened_ = now.quotes & (now.commas << 1 | before_.commas >> 63) &
-                  (now.quotes << 2 | before_.quotes >> 62);
-        const std::uint64_t blankFirst = now.blanks & ((opened_ | first_) << 1 | openedBefore_);
-        const std::uint64_t blankLast = opened_ & (now.blanks << 3 | before_.blanks >> 61);
+        opened_ =
+            now.quotes & (now.commas << 1 | carriedCommas_) & (now.quotes << 2 | carriedQuotes_);
+        const std::uint64_t blankFirst = now.blanks & ((opened_ | first_) << 1 | carriedOpened_);
+        const std::uint64_t blankLast = opened_ & (now.blanks << 3 | carriedBlanks_);
         return (blankFirst | blankLast) == 0;
     }
 
+    std::uint64_t opened() const { return opened_; }
     // The quotes of the word before that neither open nor close a value.
     std::uint64_t leftBefore() const { return left_ ^ opened_ << 62; }
     // The same of this word, as far as is known yet.
     std::uint64_t leftNow(const ByteMasks& now) const {
         return now.quotes ^ first_ ^ opened_ ^ opened_ >> 2;
     }
-    std::uint64_t opened() const { return opened_; }
 
     void advance(const ByteMasks& now) {
         left_ = leftNow(now);
-        openedBefore_ = (opened_ | first_) >> 63;
-        before_ = now;
+        carriedCommas_ = now.commas >> 63;
+        carriedQuotes_ = now.quotes >> 62;
+        carriedBlanks_ = now.blanks >> 61;
+        carriedOpened_ = (opened_ | first_) >> 63;
         first_ = 0;
     }
 
 private:
-    ByteMasks before_;
     std::uint64_t opened_ = 0;
-    std::uint64_t openedBefore_ = 0;
     std::uint64_t left_ = 0;
+    std::uint64_t carriedCommas_ = 0;
+    std::uint64_t carriedQuotes_ = 0;
+    std::uint64_t carriedBlanks_ = 0;
+    std::uint64_t carriedOpened_ = 0;
     std::uint64_t first_ = 1;  // the line's first byte opens its first value
 };
 
@@ -75,26 +81,30 @@ bool PlainLine::recognise(const char* line, const char* end) {
     if (line == end || *line != '"') return false;
     const unsigned count = classify(line, end);
     if (count == 0) return false;
+    const unsigned inLast = cutOffLast(count - 1);
     Separators separators;
     for (unsigned word = 0; word + 1 < count; ++word) {
         if (!separators.find(bytes_[word]) || separators.leftBefore() != 0) return false;
         openings_[word] = separators.opened();
         separators.advance(bytes_[word]);
     }
-    return recogniseLast(separators, count - 1) && takeEnd(line, end);
+    const ByteMasks& now = bytes_[count - 1];
+    if (!separators.find(now)) return false;
+    openings_[count - 1] = separators.opened();
+    const std::uint64_t lastBefore = inLast == 0 ? bit(63) : 0;
+    const std::uint64_t last = inLast == 0 ? 0 : bit(inLast - 1);
+    return separators.leftBefore() == lastBefore && separators.leftNow(now) == last &&
+           takeEnd(line, end);
 }
 
-bool PlainLine::recogniseLast(Separators& separators, unsigned word) {
+// What stands behind the line is none of it; how many bytes of the last word are.
+unsigned PlainLine::cutOffLast(unsigned word) {
     ByteMasks& now = bytes_[word];
-    const auto size = static_cast<std::size_t>(std::countr_zero(now.others));
+    const auto size = static_cast<unsigned>(std::countr_zero(now.others));
     const std::uint64_t inLine = bit(size) - 1;
     now = {now.quotes & inLine, now.commas & inLine, now.blanks & inLine, 0};
-    if (!separators.find(now)) return false;
-    openings_[word] = separators.opened();
     size_ = word * wordBits + size;
-    const std::uint64_t lastBefore = size == 0 ? bit(63) : 0;
-    const std::uint64_t last = size == 0 ? 0 : bit(size - 1);
-    return separators.leftBefore() == lastBefore && separators.leftNow(now) == last;
+    return size;
 }
 
 // What ended the line must be an end of line or the end of the text.
@@ -108,16 +118,9 @@ bool PlainLine::takeEnd(const char* line, const char* end) {
 }
 
 unsigned PlainLine::cutUp(char* line, std::uint16_t* next) const {
-    std::uint16_t* to = next;
-    const std::size_t size = size_;
-    for (std::size_t first = 0; first < size; first += wordBits) {
-        for (std::uint64_t left = openings_[first / wordBits]; left != 0; left &= left - 1) {
-            const std::size_t opening = first + static_cast<std::size_t>(std::countr_zero(left));
-            line[opening - 2] = '\0';
-            *to++ = static_cast<std::uint16_t>(opening);
-        }
-    }
-    line[size - 1] = '\0';
-    *to++ = static_cast<std::uint16_t>(size + 1);
-    return static_cast<unsigned>(to - next);
+    const auto words = static_cast<unsigned>((size_ + wordBits - 1) / wordBits);
+    std::uint16_t* const last = cutValues(line, openings_, words, next);
+    line[size_ - 1] = '\0';
+    *last = static_cast<std::uint16_t>(size_ + 1);
+    return static_cast<unsigned>(last + 1 - next);
 }

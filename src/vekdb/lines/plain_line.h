@@ -35,7 +35,7 @@ private:
     class Separators;
 
     unsigned classify(const char* line, const char* end);
-    bool recogniseLast(Separators& separators, unsigned word);
+    unsigned cutOffLast(unsigned word);
     bool takeEnd(const char* line, const char* end);
 
     std::size_t size_ = 0;
