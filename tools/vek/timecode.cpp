@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <charconv>
+#include <unordered_map>
 
+#include "formats/edl/edl_lines.h"
 #include "formats/log/column_names.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/written_names.h"
@@ -484,10 +486,77 @@ std::vector<unsigned> columnsFor(const Log& log, const Args& args) {
     return args.text("ACTION") == "conform" ? timeColumns(log) : onlyPair(log);
 }
 
+// The notes of an edit list say how fast an event is played, in frames of the list's rate, and from
+// which time of its source. They go along with the times of the event.
+class Speeds {
+public:
+    Speeds(Work& work, int newNominal)
+        : work_(work), newNominal_(newNominal), start_(work.log.findColumn("Source In")) {
+        for (std::size_t piece = 0; start_ != noColumn; ++piece) {
+            const unsigned column = work.log.findColumn(edlCommentsName(piece));
+            if (column == noColumn) return;
+            notes_.push_back(column);
+        }
+    }
+
+    void move() {
+        if (notes_.empty()) return;
+        std::unordered_map<unsigned, std::string> starts;
+        for (const Edit& edit : work_.edits) {
+            if (edit.column == start_) starts[edit.row] = edit.after;
+        }
+        const bool isOtherRate = newNominal_ != work_.counting.nominal();
+        for (unsigned row : work_.rows) {
+            const auto moved = starts.find(row);
+            const std::string_view before = work_.log.cell(row, start_);
+            if (moved != starts.end())
+                notesOf(row, {before, moved->second, work_.counting.nominal(), newNominal_});
+            else if (isOtherRate)
+                notesOf(row, {before, before, work_.counting.nominal(), newNominal_});
+        }
+    }
+
+private:
+    void notesOf(unsigned row, const EdlMove& move) {
+        for (unsigned column : notes_) {
+            const std::string_view cell = work_.log.cell(row, column);
+            if (cell.find("M2") == cell.npos && cell.find("m2") == cell.npos) continue;
+            std::string after;
+            for (std::string_view line : split(cell, '\n')) {
+                after += noteOf(row, column, line, move);
+                after += '\n';
+            }
+            after.pop_back();
+            work_.put(row, column, after);
+        }
+    }
+
+    std::string noteOf(unsigned row, unsigned column, std::string_view line, const EdlMove& move) {
+        if (!isEdlMotion(line)) return std::string(line);
+        std::optional<std::string> moved = movedEdlMotion(line, move);
+        if (moved) return *moved;
+        work_.odd.push_back({work_.log.lineOf(row), work_.log.columnName(column), inQuotes(line),
+                             "a speed in tenths of a frame, from the start of the event",
+                             "the line stays as it is"});
+        return std::string(line);
+    }
+
+    Work& work_;
+    int newNominal_;
+    unsigned start_;
+    std::vector<unsigned> notes_;
+};
+
 void change(Work& work, const Args& args) {
     std::string action = args.text("ACTION");
-    if (action == "shift") return shift(work, columnsFor(work.log, args), args.text("BY"));
-    if (action == "conform") return conform(work, columnsFor(work.log, args), args);
+    if (action == "shift") {
+        shift(work, columnsFor(work.log, args), args.text("BY"));
+        return Speeds(work, work.counting.nominal()).move();
+    }
+    if (action == "conform") {
+        conform(work, columnsFor(work.log, args), args);
+        return Speeds(work, parseFrameRate(args.text("BY"))->nominal).move();
+    }
     if (action == "duration") return durations(work, args);
     ends(work, args);
 }

@@ -46,6 +46,34 @@ bool isCode(std::string_view word) {
     return word.size() == 11 && parseTimecode(word).has_value();
 }
 
+bool isSameCode(std::string_view a, std::string_view b) {
+    const std::optional<Timecode> one = parseTimecode(trimmed(a));
+    const std::optional<Timecode> other = parseTimecode(trimmed(b));
+    return one && other && one->hours == other->hours && one->minutes == other->minutes &&
+           one->seconds == other->seconds && one->frames == other->frames;
+}
+
+// "048.0" in tenths of a frame, without its sign.
+std::optional<std::int64_t> tenthsOf(std::string_view speed) {
+    const std::size_t point = speed.find('.');
+    const std::string digits(speed.substr(0, point));
+    if (!isNumber(digits) || digits.size() > 3) return {};
+    const std::string_view behind = point == speed.npos ? "0" : speed.substr(point + 1);
+    if (behind.size() != 1 || !isNumber(behind)) return {};
+    return std::stoll(digits) * 10 + (behind[0] - '0');
+}
+
+// A speed is in frames of the list's rate; one that plays backwards has a minus.
+std::optional<std::string> movedSpeed(std::string_view speed, const EdlMove& move) {
+    if (move.nominal == move.newNominal) return std::string(speed);
+    const bool isBack = speed.starts_with('-');
+    const std::optional<std::int64_t> tenths = tenthsOf(speed.substr(isBack ? 1 : 0));
+    if (!tenths) return {};
+    const EdlSpeed now = edlSpeed(*tenths * move.newNominal, std::int64_t{10} * move.nominal);
+    if (!now.isExact) return {};
+    return concat(isBack ? "-" : "", now.text);
+}
+
 // The text from one word to another, blanks between them as they are.
 std::string_view from(std::string_view first, std::string_view last) {
     return {first.data(), static_cast<std::size_t>(last.data() + last.size() - first.data())};
@@ -240,6 +268,17 @@ EdlSpeed edlSpeed(std::int64_t frames, std::int64_t over) {
 std::string edlMotionLine(const EdlEvent& event, const std::string& speed) {
     return concat("M2   ", padded(event[edlReel], 8), "       ", padded(speed, 20), " ",
                   event[edlSourceIn]);
+}
+
+std::optional<std::string> movedEdlMotion(std::string_view line, const EdlMove& move) {
+    const Words parts = words(line);
+    if (parts.size() < 3 || !isSameCode(parts.back(), move.sourceIn)) return {};
+    const std::string_view speed = parts[parts.size() - 2];
+    const std::optional<std::string> now = movedSpeed(speed, move);
+    if (!now) return {};
+    const std::string_view until = from(line.substr(0, 0), speed.substr(0, 0));
+    const std::string_view between = from(speed.substr(speed.size()), parts.back().substr(0, 0));
+    return concat(until, *now, between, move.newSourceIn);
 }
 
 bool isOddEdlEvent(std::string_view line) {

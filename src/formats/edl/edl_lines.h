@@ -71,6 +71,17 @@ EdlSpeed edlSpeed(std::int64_t frames, std::int64_t over);
 /// The line of an event that is played so.
 std::string edlMotionLine(const EdlEvent& event, const std::string& speed);
 
+/// Times of an event before and after a change, and the whole frames a second that they count.
+struct EdlMove {
+    std::string_view sourceIn;
+    std::string_view newSourceIn;
+    int nominal;
+    int newNominal;
+};
+/// A speed's line as the change leaves it, its fields at their places. Nothing for one that is
+/// about another time than the event's, and for a speed that tenths of a frame cannot say.
+std::optional<std::string> movedEdlMotion(std::string_view line, const EdlMove& move);
+
 /// Whether a line begins with a number, or ends in four timecodes, and yet is no event.
 bool isOddEdlEvent(std::string_view line);
 
