@@ -19,6 +19,8 @@ public:
     /// Days count from 1904 in workbooks that say so. What is no date is shown as the number it
     /// is.
     std::string shown(double value, bool from1904) const;
+    /// Whether a number is shown as a day or a time.
+    bool isForDates() const { return !isGeneral_ && sections_[0].isDate; }
 
 private:
     const FormatSection& sectionFor(double value, bool& hasSign) const;

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <optional>
 
+#include "formats/workbook/written_date.h"
+
 namespace vek::formats {
 
 namespace {
@@ -124,6 +126,8 @@ std::string_view SheetReader::shownText() {
             return value_ == "1" || value_ == "true" ? "TRUE" : "FALSE";
         case Kind::number:
             return numberText();
+        case Kind::date:
+            return dateText();
         default:
             return value_;
     }
@@ -145,6 +149,16 @@ std::string_view SheetReader::numberText() {
         return value_;
     }
     shown_ = context_.styles.format(style_).shown(*number, context_.from1904);
+    return shown_;
+}
+
+// A moment that is written out is shown by the format of its cell, as its number is.
+std::string_view SheetReader::dateText() {
+    const NumberFormat& format = context_.styles.format(style_);
+    if (!format.isForDates()) return value_;
+    const std::optional<double> number = writtenDate(value_, context_.from1904);
+    if (!number) return value_;
+    shown_ = format.shown(*number, context_.from1904);
     return shown_;
 }
 

@@ -43,6 +43,7 @@ private:
     std::string_view shownText();
     std::string_view sharedText();
     std::string_view numberText();
+    std::string_view dateText();
     void addCell(std::string_view text);
     void report(const char* what, const char* expected, const char* outcome);
 

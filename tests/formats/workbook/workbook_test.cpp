@@ -53,6 +53,27 @@ TEST(Workbooks, AreReadAsTheSheetShowsThem) {
     EXPECT_THAT(csvOf(book.bytes()), HasSubstr("6.3.2028"));
 }
 
+TEST(Workbooks, ShowDatesThatAreWrittenOutByTheFormatsOfTheirCells) {
+    MadeWorkbook book{{{"One",
+                        "<row r='1'><c r='A1' t='inlineStr'><is><t>D</t></is></c></row>"
+                        "<row r='2'><c t='d' s='1'><v>2024-03-05T00:00:00.000</v></c></row>"
+                        "<row r='3'><c t='d' s='2'><v>13:45:00</v></c></row>"
+                        "<row r='4'><c t='d' s='3'><v>2024-03-05T23:59:59.96Z</v></c></row>"
+                        "<row r='5'><c t='d' s='0'><v>2024-03-05</v></c></row>"
+                        "<row r='6'><c t='d' s='1'><v>2024-02-30</v></c></row>"
+                        "<row r='7'><c t='d' s='1'><v>1900-01-05</v></c></row>"
+                        "<row r='8'><c t='d' s='1'><v>2024-03-05Tea</v></c></row>"
+                        "<row r='9'><c t='d' s='1'><v>1903-12-31</v></c></row>"}}};
+    book.formats =
+        "<numFmt numFmtId='170' formatCode='d.m.yyyy'/>"
+        "<numFmt numFmtId='171' formatCode='hh:mm:ss.0'/>";
+    book.styles = "<xf numFmtId='0'/><xf numFmtId='170'/><xf numFmtId='20'/><xf numFmtId='171'/>";
+    const std::string odd = "2024-03-05\n2024-02-30\n1900-01-05\n2024-03-05Tea\n";
+    EXPECT_EQ(csvOf(book.bytes()), "D\n5.3.2024\n13:45\n00:00:00.0\n" + odd + "31.12.1903\n");
+    book.properties = "<workbookPr date1904='true'/>";
+    EXPECT_EQ(csvOf(book.bytes()), "D\n5.3.2024\n13:45\n00:00:00.0\n" + odd + "1903-12-31\n");
+}
+
 TEST(Workbooks, KeepTextsByteForByte) {
     const std::string rows =
         std::string(head) +
