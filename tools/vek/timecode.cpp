@@ -492,15 +492,13 @@ class Speeds {
 public:
     Speeds(Work& work, int newNominal)
         : work_(work), newNominal_(newNominal), start_(work.log.findColumn("Source In")) {
-        for (std::size_t piece = 0; start_ != noColumn; ++piece) {
-            const unsigned column = work.log.findColumn(edlCommentsName(piece));
-            if (column == noColumn) return;
-            notes_.push_back(column);
-        }
+        if (start_ == noColumn) return;
+        collect(notes_, edlCommentsName);
+        collect(strays_, edlCommentsBeforeName);
     }
 
     void move() {
-        if (notes_.empty()) return;
+        if (notes_.empty() && strays_.empty()) return;
         std::unordered_map<unsigned, std::string> starts;
         for (const Edit& edit : work_.edits) {
             if (edit.column == start_) starts[edit.row] = edit.after;
@@ -511,16 +509,35 @@ public:
             const std::string_view before = work_.log.cell(row, start_);
             if (moved != starts.end())
                 notesOf(row, {before, moved->second, work_.counting.nominal(), newNominal_});
-            else if (isOtherRate)
+            else if (isOtherRate && !keepsSource(row))
                 notesOf(row, {before, before, work_.counting.nominal(), newNominal_});
         }
     }
 
 private:
+    void collect(std::vector<unsigned>& columns, std::string (*name)(std::size_t)) const {
+        for (std::size_t piece = 0;; ++piece) {
+            const unsigned column = work_.log.findColumn(name(piece));
+            if (column == noColumn) return;
+            columns.push_back(column);
+        }
+    }
+
+    // A clip of a timeline with a rate of its own, whose source stays, which is told.
+    bool keepsSource(unsigned row) const {
+        const std::optional<FrameRate> own = work_.counting.ownRate(row, start_);
+        return own && !own->isAsFastAs(*work_.counting.rate());
+    }
+
+    static bool mayHaveSpeed(std::string_view cell) {
+        return cell.find("M2") != cell.npos || cell.find("m2") != cell.npos;
+    }
+
     void notesOf(unsigned row, const EdlMove& move) {
+        for (unsigned column : strays_) tellStrays(row, column);
         for (unsigned column : notes_) {
             const std::string_view cell = work_.log.cell(row, column);
-            if (cell.find("M2") == cell.npos && cell.find("m2") == cell.npos) continue;
+            if (!mayHaveSpeed(cell)) continue;
             std::string after;
             for (std::string_view line : split(cell, '\n')) {
                 after += noteOf(row, column, line, move);
@@ -535,16 +552,29 @@ private:
         if (!isEdlMotion(line)) return std::string(line);
         std::optional<std::string> moved = movedEdlMotion(line, move);
         if (moved) return *moved;
-        work_.odd.push_back({work_.log.lineOf(row), work_.log.columnName(column), inQuotes(line),
-                             "a speed in tenths of a frame, from the start of the event",
-                             "the line stays as it is"});
+        tell(row, column, line, "a speed in tenths of a frame, from the start of the event");
         return std::string(line);
+    }
+
+    // In front of an event a speed stands behind an FCM line, and may be that of any other event.
+    void tellStrays(unsigned row, unsigned column) {
+        const std::string_view cell = work_.log.cell(row, column);
+        if (!mayHaveSpeed(cell)) return;
+        for (std::string_view line : split(cell, '\n')) {
+            if (isEdlMotion(line)) tell(row, column, line, "a speed just behind its event");
+        }
+    }
+
+    void tell(unsigned row, unsigned column, std::string_view line, const char* expected) {
+        work_.odd.push_back({work_.log.lineOf(row), work_.log.columnName(column), inQuotes(line),
+                             expected, "the line stays as it is"});
     }
 
     Work& work_;
     int newNominal_;
     unsigned start_;
     std::vector<unsigned> notes_;
+    std::vector<unsigned> strays_;  // what stands in front of events
 };
 
 void change(Work& work, const Args& args) {
