@@ -55,6 +55,23 @@ export function manyRows(columns, rows) {
     return write(`many-${columns}.csv`, lines.join("\n") + "\n");
 }
 
+// Rows of many lines: in the one of number 7 the first word is first7. and the last one last7.
+export function highRows(count) {
+    const words = (row) => Array(10 + (row % 7)).fill("many words in a cell").join(" ");
+    const line = (row) => [`first${row}. ${words(row)}`, ...Array(5).fill(words(row)),
+                           `${words(row)} last${row}.`].join(",");
+    const head = "One,Two,Three,Four,Five,Six,Seven";
+    return write("high.csv", [head, ...Array.from({ length: count }, (_, row) => line(row))]
+        .join("\n") + "\n");
+}
+
+// Text that is read from the right, and other text with a word of it in it.
+export const fromTheRight = "\u05e9\u05dc\u05d5\u05dd abc!";
+export const fromTheLeft = "abc \u05e9\u05dc\u05d5\u05dd!";
+export const writtenBothWays = () => write("both-ways.csv",
+    `Scene,${fromTheRight},Notes\n1,${fromTheRight},${fromTheLeft}\n` +
+    `2,${fromTheLeft},\u6f22\u5b57\n`);
+
 // Every type that conditions know, dates and timecodes without punctuation among them.
 export function typedLog() {
     const chance = numbersFrom(9);

@@ -14,6 +14,21 @@ export const cellsOf = (page) =>
     page.evaluate(() => Array.from(document.querySelectorAll(".rows tbody td"),
                                    (cell) => cell.textContent));
 
+// The text of a cell, and how far from the left each of its characters stands. Runs in the page.
+export const placesOf = (cell) => {
+    const places = {};
+    const walker = document.createTreeWalker(cell, NodeFilter.SHOW_TEXT);
+    while (walker.nextNode()) {
+        for (const [at, character] of [...walker.currentNode.data].entries()) {
+            const range = document.createRange();
+            range.setStart(walker.currentNode, at);
+            range.setEnd(walker.currentNode, at + 1);
+            places[character] ??= range.getBoundingClientRect().left;
+        }
+    }
+    return { text: cell.textContent.trim(), places, place: cell.tagName };
+};
+
 export const statusOf = (page) => page.textContent(".status");
 
 // Types a condition; what it finds is there when this comes back.

@@ -3,7 +3,8 @@ import { spawnSync } from "node:child_process";
 import { mkdirSync, readFileSync } from "node:fs";
 import * as harness from "./harness.mjs";
 import * as logs from "./logs.mjs";
-import { answers, cellsOf, clickHead, find, orders, rowsOf, statusOf, taggedOf } from "./page.mjs";
+import { answers, cellsOf, clickHead, find, orders, placesOf, rowsOf, statusOf,
+         taggedOf } from "./page.mjs";
 
 const { test, expect, expectSame, vek, rowsShown, makePage, withPage } = harness;
 
@@ -292,6 +293,31 @@ test("cells look alike with and without script, in every character", async () =>
     }
 });
 
+test("text is read from the side that it begins at, and columns stay where they are", async () => {
+    const path = makePage("both-ways.html", [logs.writtenBothWays()]);
+    for (const javaScriptEnabled of [true, false]) {
+        await withPage(path, { javaScriptEnabled }, async (page) => {
+            const cells = await page.$$(".rows td, .rows th");
+            const lines = await Promise.all(cells.map((cell) => cell.evaluate(placesOf)));
+            const found = lines.map((line) => line.text);
+            for (const text of [logs.fromTheRight, logs.fromTheLeft]) {
+                expect(found.includes(text), `${text} is there, script: ${javaScriptEnabled}`);
+            }
+            for (const { text, places, place } of lines) {
+                const [first, letter, end] = ["\u05e9", "a", "!"].map((c) => places[c]);
+                const what = `${text} in ${place}, script: ${javaScriptEnabled}`;
+                if (text === logs.fromTheRight) expect(end < letter && letter < first, what);
+                if (text === logs.fromTheLeft) expect(letter < first && first < end, what);
+            }
+            for (const row of await page.$$(".rows tbody tr")) {
+                const lefts = await row.$$eval("td", (all) =>
+                    all.map((cell) => cell.getBoundingClientRect().left));
+                expectSame(lefts, [...lefts].sort((a, b) => a - b), "order of the columns");
+            }
+        });
+    }
+});
+
 test("without script the page has its numbers, pictures, findings and rows", async () => {
     await withPage(pages.dailies, { javaScriptEnabled: false }, async (page) => {
         expectSame(await page.locator(".rows tbody tr").count(), 300, "rows");
@@ -424,6 +450,20 @@ test("printed, the heading of the rows is on every page of them", async () => {
         expect(sheets.every((sheet) => sheet.includes(head)), `${head} is on every sheet`);
     }
     expect(/300/.test(all.join("")), "numbers");
+});
+
+test("printed, no row is broken by the end of a sheet", async () => {
+    const [rows, path] = [40, makePage("high.html", [logs.highRows(40)])];
+    for (const javaScriptEnabled of [true, false]) {
+        const name = `high-${javaScriptEnabled}`;
+        const sheets = await sheetsOf(path, name, { javaScriptEnabled });
+        const sheetOf = (word) => sheets.findIndex((sheet) => sheet.includes(word));
+        expect(sheetOf(`first${rows - 1}.`) - sheetOf("first0.") > 3, "there are several sheets");
+        for (let row = 0; row < rows; ++row) {
+            expect(sheetOf(`first${row}.`) >= 0, `row ${row} is printed`);
+            expectSame(sheetOf(`last${row}.`), sheetOf(`first${row}.`), `the end of row ${row}`);
+        }
+    }
 });
 
 test("printed, several logs are all there, and what a check finds of them", async () => {
