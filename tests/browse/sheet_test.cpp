@@ -364,7 +364,7 @@ TEST(BrowseSheet, NoRecoveryFileThatIsMadeJustNowIsTakenForALeftover) {
             for (const auto& other : Recovery(opened.path()).others()) mistaken += !other.isInUse;
         }
     });
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < 300; ++i) {
         Recovery mine(opened.path());
         mine.begin(mark);
         mine.rowsDeleted(0, 1);

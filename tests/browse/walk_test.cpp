@@ -123,7 +123,7 @@ private:
         const unsigned column = sheet.column();
         const bool isOnCell = row != sheet.nowhere && column < next[0].size();
         const auto rows = sheet.chosenRows();
-        switch (random_.below(6)) {
+        switch (random_.below(9)) {
             case 0:
             case 1: {
                 if (!isOnCell) return;
@@ -148,8 +148,17 @@ private:
                 press("d");
                 break;
             case 4:
-                tag(next, rows, !sheet.hasMark());
+                tag(next, rows, sheet.hasMark() ? Tagging::tag : Tagging::invert);
                 press("t");
+                break;
+            case 5:
+            case 6:
+                tagByCondition(next);
+                break;
+            case 7:
+                if (!isOnCell) return;
+                for (unsigned tagged : taggedIn(next)) next[tagged + 1][column] = "7";
+                press(taggedIn(states_[now_]).empty() ? "E" : "E 7 Enter");
                 break;
             default: {
                 if (!isOnCell || next[0].size() > 9) return;
@@ -166,17 +175,53 @@ private:
         ++now_;
     }
 
-    static void tag(Cells& cells, const std::vector<unsigned>& rows, bool inverts) {
-        if (rows.empty()) return;
-        auto at = std::find(cells[0].begin(), cells[0].end(), "Tag") - cells[0].begin();
-        if (at == static_cast<std::ptrdiff_t>(cells[0].size())) {
+    enum class Tagging { tag, untag, invert };
+
+    // Of the rows shown, all or those of a scene that begins with a letter.
+    void tagByCondition(Cells& cells) {
+        const bool tags = random_.oneIn(2);
+        const std::string start =
+            random_.oneIn(3) ? "" : std::string(1, random_.pick(std::string("ab12")));
+        const auto scene = std::find(cells[0].begin(), cells[0].end(), "Scene");
+        if (!start.empty() && scene == cells[0].end()) return;
+        std::vector<unsigned> rows;
+        const auto column = static_cast<std::size_t>(scene - cells[0].begin());
+        for (unsigned row : opened_.sheet().shownRows()) {
+            if (start.empty() || cells[row + 1][column].starts_with(start)) rows.push_back(row);
+        }
+        tag(cells, rows, tags ? Tagging::tag : Tagging::untag);
+        press(tags ? "T" : "U");
+        opened_.type(start.empty() ? "" : "Scene~^" + start);
+        press("Enter");
+    }
+
+    static std::ptrdiff_t tagColumn(const Cells& cells) {
+        const auto at = std::find(cells[0].begin(), cells[0].end(), "Tag");
+        return at == cells[0].end() ? -1 : at - cells[0].begin();
+    }
+
+    static bool isTagged(const std::string& cell) { return std::atoi(cell.c_str()) != 0; }
+
+    static std::vector<unsigned> taggedIn(const Cells& cells) {
+        std::vector<unsigned> rows;
+        const auto column = tagColumn(cells);
+        for (unsigned row = 0; column >= 0 && row + 1 < cells.size(); ++row) {
+            const auto& cell = cells[row + 1][static_cast<std::size_t>(column)];
+            if (isTagged(cell)) rows.push_back(row);
+        }
+        return rows;
+    }
+
+    static void tag(Cells& cells, const std::vector<unsigned>& rows, Tagging how) {
+        if (rows.empty() || (how == Tagging::untag && tagColumn(cells) < 0)) return;
+        if (tagColumn(cells) < 0) {
             cells[0].emplace_back("Tag");
             for (std::size_t i = 1; i < cells.size(); ++i) cells[i].emplace_back();
         }
         for (unsigned row : rows) {
-            std::string& cell = cells[row + 1][static_cast<std::size_t>(at)];
-            const bool was = std::atoi(cell.c_str()) != 0;
-            const bool wants = inverts ? !was : true;
+            std::string& cell = cells[row + 1][static_cast<std::size_t>(tagColumn(cells))];
+            const bool was = isTagged(cell);
+            const bool wants = how == Tagging::invert ? !was : how == Tagging::tag;
             if (was != wants) cell = wants ? "1" : "0";
         }
     }
@@ -197,7 +242,62 @@ private:
     std::size_t now_ = 0;
 };
 
+// More rows than views follow one by one.
+std::string manyClips() {
+    std::string text = "Name,Scene,Notes\n";
+    for (int i = 0; i < 150; ++i) {
+        text += "clip" + std::to_string(i) + "," + std::to_string(i % 7) + ",n\n";
+    }
+    return text;
+}
+
 }  // namespace
+
+TEST(BrowseWalk, EditsOfManyRowsAtOnceDoWhatThePlainModelDoes) {
+    Random random;
+    Opened opened(manyClips());
+    Walk walk(opened, random);
+    while (walk.keys < 1200 && !testing::Test::HasFailure()) {
+        walk.step();
+        if (random.oneIn(100)) walk.kill();
+    }
+}
+
+TEST(BrowseWalk, TaggedRowsThatAreCopiedAndTakenBackDoWhatThePlainModelDoes) {
+    Random random;
+    Opened opened(manyClips());
+    opened.write("to.csv", "Notes,Name\nz,y\n");
+    opened.press("^O");
+    opened.type(opened.folder.file("to.csv").string());
+    opened.press("Enter Tab");
+    std::vector<Cells> states = {{{"Notes", "Name"}, {"z", "y"}}};
+    std::size_t now = 0;
+    for (int i = 0; i < 60 && !testing::Test::HasFailure(); ++i) {
+        opened.press("_ R U Enter T");
+        opened.type("Scene=" + std::to_string(random.below(9)));
+        opened.press("Enter");
+        Cells next = states[now];
+        const Cells from = cellsOf(opened.sheet().log());
+        for (unsigned row : opened.sheet().taggedRows()) {
+            next.push_back({from[row + 1][2], from[row + 1][0]});
+        }
+        opened.press("y Tab");
+        if (next != states[now]) {
+            states.resize(now + 1);
+            states.push_back(next);
+            ++now;
+        }
+        for (auto presses = random.below(4); presses > 0; --presses) {
+            const bool isRedo = random.oneIn(2);
+            opened.press(isRedo ? "^R" : "u");
+            if (isRedo && now + 1 < states.size()) ++now;
+            if (!isRedo && now > 0) --now;
+            ASSERT_EQ(states[now], cellsOf(opened.sheet().log()));
+        }
+        ASSERT_EQ(states[now], cellsOf(opened.sheet().log()));
+        opened.press("Tab");
+    }
+}
 
 TEST(BrowseWalk, TenThousandKeysDoWhatThePlainModelDoes) {
     Random random;
