@@ -5,6 +5,7 @@
 #include <charconv>
 
 #include <vekdb/formats/timecode.h>
+#include <vekdb/host/file_replacement.h>
 #include "guard.h"
 
 namespace vek::sql {
@@ -113,6 +114,20 @@ Log FileSource::read() {
     return *log;
 }
 
+namespace {
+
+// SQLite takes the whole transaction back, with what it changed in other tables, where a statement
+// ends by SQLITE_IOERR. A file that cannot be held yet ends the statement alone: it may be given
+// again.
+int codeOfHolding(const Reason& reason, const std::string& path) {
+    if (reason.kind != Reason::unwritable) return Refusal(reason).code;
+    FileReplacement file;
+    const bool isFree = file.find(path.c_str()) && file.hold(0);
+    return !isFree && file.trouble() == FileReplacement::eInUse ? SQLITE_BUSY : SQLITE_CANTOPEN;
+}
+
+}  // namespace
+
 Log FileSource::readToChange() {
     if (wishes_.isReadOnly) {
         throw Refusal(SQLITE_READONLY, path() +
@@ -121,7 +136,7 @@ Log FileSource::readToChange() {
     }
     requireFile();
     Result<Log> log = openToChange(path(), wishes_.options);
-    if (!log) throw Refusal(log.reason());
+    if (!log) throw Refusal(codeOfHolding(log.reason(), path()), log.reason().text());
     return *log;
 }
 

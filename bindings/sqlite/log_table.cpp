@@ -260,8 +260,23 @@ void LogTable::requireSame(const LogImage& image, unsigned row, int column,
                                        "_tagged");
 }
 
+// A tag as SQL has what is true: a number other than 0. A text that is none would count as 0, and
+// take away the tags that it was to set.
+bool LogTable::tagOf(sqlite3_value* value) const {
+    switch (sqlite3_value_numeric_type(value)) {
+        case SQLITE_NULL:
+            return false;
+        case SQLITE_INTEGER:
+        case SQLITE_FLOAT:
+            return sqlite3_value_double(value) != 0;
+        default:
+            throw Refusal(SQLITE_MISMATCH, source_->path() + ": _tagged is " +
+                                               quoted(textOf(value)) + ", expected 1 or 0");
+    }
+}
+
 void LogTable::setTagged(LogImage& image, unsigned row, bool wasTagged, sqlite3_value* value) {
-    const bool isTagged = sqlite3_value_int64(value) != 0;
+    const bool isTagged = tagOf(value);
     if (isTagged == wasTagged) return;
     if (!columns_->tagColumn) {
         throw Refusal(source_->path() +

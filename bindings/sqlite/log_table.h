@@ -65,6 +65,7 @@ private:
     void refuseOldNumbers();
     void store(LogImage& image, unsigned row, int count, sqlite3_value** values, bool isNew);
     void requireSame(const LogImage& image, unsigned row, int column, sqlite3_value* value) const;
+    bool tagOf(sqlite3_value* value) const;
     void setTagged(LogImage& image, unsigned row, bool wasTagged, sqlite3_value* value);
     unsigned rowOf(const LogImage& image, sqlite3_value* value) const;
     void insert(LogImage& image, int count, sqlite3_value** values, sqlite3_int64* newRow);

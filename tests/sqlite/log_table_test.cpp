@@ -172,6 +172,23 @@ TEST_F(LogTables, TagRowsInTheColumnTag) {
               "1|1\n2|0\n3|1\n");
 }
 
+TEST_F(LogTables, TakeNoTextForATagThatIsNone) {
+    const std::string text = "A,Tag\n1,1\n2,0\n";
+    folder_.write("t.csv", text);
+    Session session;
+    ASSERT_EQ(session.table("log", quoted("t.csv")), "");
+    for (const char* value : {"'yes'", "'true'", "''", "x'31'", "'0x'"}) {
+        EXPECT_THAT(session.ask(std::string("UPDATE log SET _tagged = ") + value),
+                    HasSubstr("expected 1 or 0"))
+            << value;
+    }
+    EXPECT_EQ(folder_.read("t.csv"), text);
+    EXPECT_EQ(session.ask("UPDATE log SET _tagged = CASE A WHEN 1 THEN NULL ELSE 0.5 END;"
+                          "SELECT _tagged FROM log; UPDATE log SET _tagged = '1' WHERE A = '1';"
+                          "SELECT _tagged FROM log"),
+              "0\n1\n1\n1\n");
+}
+
 TEST_F(LogTables, RefuseToChangeWhatIsOnlyRead) {
     folder_.write("x.fcpxml", "<fcpxml version=\"1.9\"><resources/><library/></fcpxml>");
     Session session;
@@ -219,9 +236,14 @@ TEST_F(LogTables, KeepOthersFromChangingTheFileDuringATransactionAlone) {
     makeLog(session);
     makeLog(other);
     EXPECT_EQ(session.ask("BEGIN; UPDATE log SET Take = 'x' WHERE rowid = 1"), "");
-    EXPECT_THAT(other.ask("UPDATE log SET Take = 'y' WHERE rowid = 2"), HasSubstr("error: "));
+    EXPECT_EQ(other.ask("CREATE TABLE own(a); BEGIN; INSERT INTO own VALUES (1)"), "");
+    EXPECT_THAT(other.ask("UPDATE log SET Take = 'y' WHERE rowid = 2"),
+                HasSubstr("another program is changing it"));
+    EXPECT_EQ(sqlite3_errcode(other.db()), SQLITE_BUSY);
     EXPECT_EQ(session.ask("ROLLBACK"), "");
-    EXPECT_EQ(other.ask("UPDATE log SET Take = 'y' WHERE rowid = 2"), "");
+    // Only the statement was refused: the transaction goes on with what else it changed.
+    EXPECT_EQ(other.ask("UPDATE log SET Take = 'y' WHERE rowid = 2; COMMIT; SELECT a FROM own"),
+              "1\n");
     EXPECT_EQ(session.ask("SELECT Take FROM log"), "1\ny\n2\n");
 }
 
