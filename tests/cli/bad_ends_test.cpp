@@ -374,3 +374,21 @@ TEST(Interrupted, LeavesTheOldFileAndNothingBeside) {
     EXPECT_EQ(folder.read("log.vek"), logText);
     EXPECT_EQ(folder.names(), std::vector<std::string>{"log.vek"});
 }
+
+// An answer that never ends, behind changes that are not saved yet.
+TEST(Interrupted, AnSqlQueryEndsAndItsChangesAreNotSaved) {
+    WorkFolder folder;
+    folder.write("log.vek", logText);
+    const std::string endless =
+        "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT count(*) FROM n";
+    for (const std::string options : {"", "--write --backup", "--write -o out.csv"}) {
+        Start start;
+        const std::string change = options.empty() ? "" : "DELETE FROM log; ";
+        start.words = {"/bin/sh", "-c",
+                       "exec timeout -s INT 0.5 \"$0\" sql log.vek \"$1\" " + options, VEK_PROGRAM,
+                       change + endless};
+        EXPECT_EQ(run(folder, start).exitCode, 124);
+        EXPECT_EQ(folder.read("log.vek"), logText);
+        EXPECT_EQ(folder.names(), std::vector<std::string>{"log.vek"}) << options;
+    }
+}

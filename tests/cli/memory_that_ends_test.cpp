@@ -34,6 +34,9 @@ constexpr const char* commands[] = {
     "delete FILE --where Reel=x",
     "column add FILE New",
     "timecode shift FILE 12 --fps 25 --dry-run",
+    "sql FILE 'SELECT * FROM log ORDER BY Reel, Start'",
+    "sql FILE 'UPDATE log SET Reel = Reel || 1' --write",
+    "sql FILE 'INSERT INTO log(Reel) SELECT Reel FROM log' --write --backup",
 };
 
 std::string manyClips(std::size_t count) {
