@@ -56,6 +56,7 @@ int run(const Args& args) {
                counted(log.columnCount() - columnsBefore, "new column"));
     if (args.has("dry-run")) {
         printRows(log, rowsFrom(log, before));
+        saveResult(log, args);
         say(summary + " would be appended");
         return result;
     }

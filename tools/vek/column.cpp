@@ -144,16 +144,16 @@ std::vector<NewName> wantedNames(const Log& log, const std::vector<std::string>&
 int renameColumns(Log& log, const Args& args) {
     std::vector<NewName> names = wantedNames(log, args.all("WORD"));
     const std::string summary = concat(log.name, ": ", counted(names.size(), "column"));
-    if (args.has("dry-run")) {
-        printNames(names, args);
-        say(summary + " would be renamed");
-    } else if (names.empty()) {
-        say(log.name + ": no column's name changes, nothing is renamed");
-    } else {
+    const bool isTrial = args.has("dry-run");
+    if (isTrial) printNames(names, args);
+    if (!names.empty()) {
         ColumnEdits(log).rename(names);
-        saveInPlace(log, args.has("backup"));
-        say(summary + " renamed");
+        saveInPlace(log, args);
     }
+    if (names.empty() && !isTrial)
+        say(log.name + ": no column's name changes, nothing is renamed");
+    else
+        say(summary + (isTrial ? " would be renamed" : " renamed"));
     return names.empty() ? found : done;
 }
 
@@ -163,12 +163,10 @@ int renameColumn(Log& log, const Args& args) {
     const unsigned column = log.requireColumn(words[0]);
     const NewName name{column, log.columnName(column), newName(words[1])};
     ColumnEdits(log).rename(column, name.was, name.to);
-    if (!args.has("dry-run")) {
-        saveInPlace(log, args.has("backup"));
-        return done;
-    }
-    printNames({name}, args);
-    say(log.name + ": 1 column would be renamed");
+    const bool isTrial = args.has("dry-run");
+    if (isTrial) printNames({name}, args);
+    saveInPlace(log, args);
+    if (isTrial) say(log.name + ": 1 column would be renamed");
     return done;
 }
 
@@ -209,12 +207,10 @@ void printColumns(const std::vector<std::string>& before, const std::vector<std:
 // Writes the log with other columns, or shows those that are seen.
 int finish(const InPlace& now, const std::vector<unsigned>& seen,
            const std::vector<std::string>& before, const Args& args) {
-    if (args.has("dry-run")) {
-        printColumns(before, described(now.log, seen), args);
-        say(now.log.name + ": these would be the columns, nothing is changed");
-    } else {
-        saveInPlace(now, args.has("backup"));
-    }
+    const bool isTrial = args.has("dry-run");
+    if (isTrial) printColumns(before, described(now.log, seen), args);
+    saveInPlace(now, args);
+    if (isTrial) say(now.log.name + ": these would be the columns, nothing is changed");
     return done;
 }
 
@@ -235,7 +231,7 @@ int orderColumns(Log& log, const Args& args) {
 int run(const Args& args) {
     std::string action = args.text("ACTION");
     const std::vector<std::string>& words = args.all("WORD");
-    Log log = args.has("dry-run") ? readLog(args) : readLogToChange(args);
+    Log log = readLogToSave(args);
     if (action == "rename")
         return words.size() == 1 ? renameColumns(log, args) : renameColumn(log, args);
     if (action == "order") return orderColumns(log, args);

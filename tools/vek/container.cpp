@@ -66,7 +66,7 @@ Log readContainer(const Args& args) {
 }
 
 Log readContainerToChange(const Args& args) {
-    return requireContainer(readLogToChange(argsOfContainer(args)));
+    return requireContainer(readLogToSave(argsOfContainer(args)));
 }
 
 std::vector<unsigned> allRows(const Log& log) {
@@ -155,17 +155,16 @@ int create(const std::string& path, const std::vector<std::string>& items, const
 
 int finish(const Log& log, const std::vector<unsigned>& rows, std::size_t changed, const char* done,
            const Args& args) {
+    if (changed > 0) saveInPlace(log, rows, args);
     if (args.has("dry-run"))
         say(concat(log.name, ": ", counted(changed, "item"), " would be ", done));
-    else if (changed > 0)
-        saveInPlace(log, rows, args.has("backup"));
     return vek::done;
 }
 
 // Existing files are replaced whole or not at all, which the library's own writer of containers
 // does not promise.
 int add(const std::string& path, const std::vector<std::string>& items, const Args& args) {
-    Log log = args.has("dry-run") ? readContainer(args) : readContainerToChange(args);
+    Log log = readContainerToChange(args);
     auto column = static_cast<unsigned short>(log.findColumn("Cookie"));
     std::size_t added = 0;
     for (const std::string& item : items) {
@@ -182,7 +181,7 @@ int add(const std::string& path, const std::vector<std::string>& items, const Ar
 }
 
 int remove(const std::string& path, const std::vector<std::string>& items, const Args& args) {
-    Log log = args.has("dry-run") ? readContainer(args) : readContainerToChange(args);
+    Log log = readContainerToChange(args);
     std::vector<unsigned> rows = allRows(log);
     std::size_t missing = 0;
     for (const std::string& item : items) {

@@ -119,13 +119,14 @@ int run(const Args& args) {
     const auto count = static_cast<std::size_t>(std::count(stays.begin(), stays.end(), char{0}));
     const std::string summary =
         concat(log.name, ": ", counted(count, "duplicate"), " of ", counted(log.rowCount(), "row"));
-    if (args.has("dry-run")) {
-        printRows(log, rowsMarked(stays, 0));
+    const bool isTrial = args.has("dry-run");
+    if (isTrial) printRows(log, rowsMarked(stays, 0));
+    const bool isToBeWritten = count > 0 || args.has("output") || args.text("FILE") == "-";
+    if (isToBeWritten) saveResult(log, rowsMarked(stays, 1), args);
+    if (isTrial) {
         say(summary + " would go");
         return done;
     }
-    const bool isToBeWritten = count > 0 || args.has("output") || args.text("FILE") == "-";
-    if (isToBeWritten) saveResult(log, rowsMarked(stays, 1), args);
     say(count == 0 ? log.name + ": no duplicates" : summary + " deleted");
     return done;
 }

@@ -25,12 +25,13 @@ std::vector<unsigned> others(const Log& log, const std::vector<unsigned>& chosen
 int run(const Args& args) {
     Selection selection = selectionFrom(args);
     requireChoice("delete", selection, args);
-    Log log = args.has("dry-run") ? readLog(args) : readLogToChange(args);
+    Log log = readLogToSave(args);
     const std::vector<unsigned> chosen = selectedRows(log, selection);
     const std::string summary =
         counted(chosen.size(), "row") + " of " + std::to_string(log.rowCount());
     if (args.has("dry-run")) {
         printRows(log, chosen);
+        if (!chosen.empty()) saveInPlace(log, others(log, chosen), args);
         say(log.name + ": " + summary + " would be deleted");
         return chosen.empty() ? found : done;
     }
@@ -38,7 +39,7 @@ int run(const Args& args) {
         say(log.name + ": no row matches, nothing deleted");
         return found;
     }
-    saveInPlace(log, others(log, chosen), args.has("backup"));
+    saveInPlace(log, others(log, chosen), args);
     say(log.name + ": " + summary + " deleted");
     return done;
 }

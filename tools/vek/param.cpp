@@ -73,12 +73,11 @@ int set(Log& log, const std::string& name, const std::string& value, const Args&
         throw Failure{unwritable, log.name + ": there is no room for " + inQuotes(name) +
                                       ", a file holds 40 parameters"};
     }
-    if (args.has("dry-run")) {
-        print(name, before, value, args);
-        say(concat(log.name, ": 1 parameter would be ", before == value ? "as it is" : "set"));
-    } else {
-        saveInPlace(log, args.has("backup"));
-    }
+    const bool isTrial = args.has("dry-run");
+    if (isTrial) print(name, before, value, args);
+    saveInPlace(log, args);
+    const char* how = before == value ? "as it is" : "set";
+    if (isTrial) say(concat(log.name, ": 1 parameter would be ", how));
     return done;
 }
 
@@ -91,13 +90,12 @@ int run(const Args& args) {
                       "param: expected list FILE, get FILE NAME, or set FILE NAME "
                       "VALUE"};
     }
-    const bool changes = action == "set" && !args.has("dry-run");
     if (args.has("dry-run") && action != "set") {
         throw Failure{wrongUsage, "param: --dry-run is for set"};
     }
-    Log log = changes ? readLogToChange(args) : readLog(args);
-    if (action == "list") return list(log);
-    if (action == "get") return get(log, args.text("NAME"));
+    if (action == "list") return list(readLog(args));
+    if (action == "get") return get(readLog(args), args.text("NAME"));
+    Log log = readLogToSave(args);
     return set(log, args.text("NAME"), args.text("VALUE"), args);
 }
 

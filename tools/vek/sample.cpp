@@ -93,10 +93,8 @@ int run(const Args& args) {
         say(log.name + ": no row matches, nothing changed");
         return found;
     }
-    if (args.has("dry-run"))
-        printRows(log, rows);
-    else
-        saveResult(log, rows, args);
+    if (args.has("dry-run")) printRows(log, rows);
+    saveResult(log, rows, args);
     say(concat(log.name, ": ", std::to_string(count), " of ", counted(matched, "row"), ", --seed ",
                std::to_string(seed), " draws them again"));
     return done;

@@ -179,6 +179,10 @@ int run(const Args& args) {
             std::move(made.begin(), made.end(), std::back_inserter(edits));
         });
         printEdits(log, edits, args);
+        if (!rows.empty()) {
+            EditMaker(log).make(edits);
+            saveResult(log, args);
+        }
         say(summary(log, rows.size(), edits.size()) + " would change");
         return rows.empty() ? found : done;
     }

@@ -27,13 +27,14 @@ int run(const Args& args) {
     const std::size_t moved = countMoved(rows);
     const std::string summary =
         concat(log.name, ": ", std::to_string(moved), " of ", counted(log.rowCount(), "row"));
-    if (args.has("dry-run")) {
-        printRows(log, rows);
+    const bool isTrial = args.has("dry-run");
+    if (isTrial) printRows(log, rows);
+    const bool isToBeWritten = moved > 0 || args.has("output") || args.text("FILE") == "-";
+    if (isToBeWritten) saveResult(log, rows, args);
+    if (isTrial) {
         say(summary + " would move");
         return done;
     }
-    const bool isToBeWritten = moved > 0 || args.has("output") || args.text("FILE") == "-";
-    if (isToBeWritten) saveResult(log, rows, args);
     say(moved == 0 ? log.name + ": in this order already" : summary + " moved");
     return done;
 }

@@ -147,6 +147,16 @@ public:
     Writer(const Log& log, const Args& args, Format target)
         : log_(log), args_(args), target_(target), backsUp_(args.has("backup")) {}
 
+    /// Says and refuses what would be said and refused, one file after the other.
+    void tryOut(const Pieces& pieces) {
+        for (const Piece& piece : pieces) {
+            prepare(piece);
+            finish(piece, drafts_.back());
+            drafts_.clear();
+        }
+        tellMoreLossy();
+    }
+
     void write(const Pieces& pieces) {
         for (const Piece& piece : pieces) prepare(piece);
         std::size_t written = 0;
@@ -157,14 +167,22 @@ public:
                           concat(failure.text, "; ", std::to_string(written), " of ",
                                  counted(pieces.size(), "file"), " were written before")};
         }
+        tellMoreLossy();
+    }
+
+private:
+    void tellMoreLossy() const {
         if (lossy_ <= mostLossy) return;
         say(concat(log_.name, ": ", counted(lossy_ - mostLossy, "more file"), " with such losses"));
     }
 
-private:
+    Printout outputFor(const Piece& piece) const {
+        if (args_.has("dry-run")) return Printout::trial(piece.path);
+        return Printout(piece.path, heldFor(piece), backsUp_);
+    }
+
     void prepare(const Piece& piece) {
-        Draft& draft =
-            drafts_.emplace_back(Draft{Printout(piece.path, heldFor(piece), backsUp_), {}});
+        Draft& draft = drafts_.emplace_back(Draft{outputFor(piece), {}});
         InPlace now(log_);
         now.rows = piece.rows;
         now.isPiece = true;
@@ -222,6 +240,7 @@ int run(const Args& args) {
     const std::string summary = concat(log.name, ": ", counted(view->get_num_records(), "row"),
                                        " in ", counted(pieces.size(), "file"));
     if (args.has("dry-run")) {
+        Writer(log, args, target).tryOut(pieces);
         std::vector<PlannedFile> plan;
         for (const Piece& piece : pieces) plan.push_back({piece.path, piece.rows.size()});
         printPlan(plan, args);

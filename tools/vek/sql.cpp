@@ -209,11 +209,11 @@ void requireFitting(const Args& args) {
 // Saves logs one after the other, and knows which ones are saved where one cannot be.
 class Saver {
 public:
-    explicit Saver(bool backup) : backup_(backup) {}
+    explicit Saver(const Args& args) : args_(args) {}
 
     void save(const Log& log, const std::vector<unsigned>& rows) {
         try {
-            saveInPlace(log, rows, backup_);
+            saveInPlace(log, rows, args_);
         } catch (const Failure& failure) {
             throw Failure{failure.kind, saved_.empty()
                                             ? failure.text
@@ -223,7 +223,7 @@ public:
     }
 
 private:
-    bool backup_;
+    const Args& args_;
     std::string saved_;
 };
 
@@ -242,7 +242,7 @@ int run(const Args& args) {
     for (const NamedPath& log : words.logs) paths.push_back(log.path);
     requireNoInput("sql", paths, args.text("output"), "the answer");
     if (savesLogs(args)) requireOneNameEach(paths);
-    Saver saver(args.has("backup"));
+    Saver saver(args);
     const sql::Answer answer =
         sql::run(readAll(words, args), words.statements, wishesFrom(args, saver));
     const bool hasRows = answer.rows.table != nullptr;

@@ -100,12 +100,9 @@ int finish(Log& log, Tags& tags, std::vector<unsigned> rows, const Args& args) {
     }
     const bool isNothing = tags.needsNoColumn();
     const bool isTrial = args.has("dry-run");
-    if (isTrial) {
-        printEdits(log, tags.edits(), args);
-    } else {
-        tags.store();
-        saveInPlace(log, args.has("backup"));
-    }
+    if (isTrial) printEdits(log, tags.edits(), args);
+    tags.store();
+    saveInPlace(log, args);
     if (isNothing) {
         say(log.name + ": no column Tag, so no row is tagged; nothing changed");
         return done;
@@ -128,7 +125,7 @@ int runTag(const Args& args) {
     if (args.has("clear") + args.has("invert") + args.has("keep") > 1) {
         throw Failure{wrongUsage, "tag: --keep, --clear and --invert exclude each other"};
     }
-    Log log = args.has("dry-run") ? readLog(args) : readLogToChange(args);
+    Log log = readLogToSave(args);
     requireWhole(log);
     Tags tags(log);
     std::vector<unsigned> rows = matchingRows(log, args);
@@ -144,7 +141,7 @@ int runTag(const Args& args) {
 }
 
 int runUntag(const Args& args) {
-    Log log = args.has("dry-run") ? readLog(args) : readLogToChange(args);
+    Log log = readLogToSave(args);
     requireWhole(log);
     Tags tags(log);
     tags.load();

@@ -615,9 +615,8 @@ int run(const Args& args) {
     change(work, args);
     tellOdd(work);
     bool isDry = args.has("dry-run");
-    if (isDry)
-        printEdits(log, work.edits, args);
-    else if (!work.rows.empty()) {
+    if (isDry) printEdits(log, work.edits, args);
+    if (!work.rows.empty()) {
         EditMaker(log).make(work.edits);
         saveResult(log, args);
     }

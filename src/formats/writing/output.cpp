@@ -7,6 +7,7 @@
 #include "formats/failure.h"
 #include "formats/packed/packed.h"
 #include "formats/text/encoding.h"
+#include "formats/text/utf8.h"
 
 namespace vek::formats {
 
@@ -15,6 +16,12 @@ namespace {
 constexpr std::size_t copiedAtOnce = 1 << 18;
 constexpr std::size_t handedOnAtOnce = 1 << 17;  // bytes that are not worth being copied first
 constexpr std::size_t noLimit = std::numeric_limits<std::size_t>::max();
+
+std::string_view characterAt(std::string_view text, std::size_t at) {
+    std::size_t end = std::min(at + 1, text.size());
+    while (end < text.size() && isContinuation(text[end])) ++end;
+    return text.substr(at, end - at);
+}
 
 }  // namespace
 
@@ -81,9 +88,8 @@ void Output::encodePending() {
             throw Failure{
                 unwritable,
                 concat(name_, ":", std::to_string(1 + std::count(pending_.begin(), at, '\n')), ": ",
-                       inQuotes(std::string_view(pending_).substr(badAt, 16)),
-                       ", expected characters that ", encoding_,
-                       " has; write a copy in UTF-8 with ", terms_->saving)};
+                       inQuotes(characterAt(pending_, badAt)), ", expected characters that ",
+                       encoding_, " has; write a copy in UTF-8 with ", terms_->saving)};
         }
         pending_ = std::move(*made);
     }

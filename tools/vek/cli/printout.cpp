@@ -115,6 +115,15 @@ Printout::Printout(const std::string& path, Held held, bool keepsOld)
     renewLimit();
 }
 
+Printout::Printout(std::string name, std::unique_ptr<OutputSink> sink)
+    : Output(std::move(name), std::move(sink)), screen_(nullptr) {
+    renewLimit();
+}
+
+Printout Printout::trial(const std::string& path) {
+    return {isStandard(path) ? standardOutput : path, std::make_unique<NoSink>()};
+}
+
 std::unique_ptr<OutputSink> Printout::sinkFor(const std::string& path, Held held, bool keepsOld) {
     if (isStandard(path)) return std::make_unique<Screen>();
     return std::make_unique<UndisturbedFile>(path, std::move(held), keepsOld);

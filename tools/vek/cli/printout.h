@@ -21,6 +21,8 @@ public:
     Printout();
     /// A file; "" and "-" are standard output. `keepsOld` keeps what a held file is now beside it.
     explicit Printout(const std::string& path, Held held = nullptr, bool keepsOld = false);
+    /// The same for what is only tried: refused or told as if it were written, and kept nowhere.
+    static Printout trial(const std::string& path);
 
     /// To be called where more was read since it was made: more may be written then, too.
     void renewLimit();
@@ -37,6 +39,7 @@ public:
 private:
     class Screen;
 
+    Printout(std::string name, std::unique_ptr<OutputSink> sink);
     static std::unique_ptr<OutputSink> sinkFor(const std::string& path, Held held, bool keepsOld);
 
     Screen* screen_;  // null for a file

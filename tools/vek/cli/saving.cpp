@@ -16,13 +16,19 @@ Held heldForBackup(const std::string& path) {
     return path != "-" && isThere(path) ? holdFile(path) : nullptr;
 }
 
+Printout outputTo(const std::string& path, const Log& log, const Args& args) {
+    if (args.has("dry-run")) return Printout::trial(path);
+    const bool backup = args.has("backup");
+    const bool isOther = args.has("output");
+    Held held = log.held || !backup || !isOther ? log.held : heldForBackup(path);
+    return Printout(path, held, backup);
+}
+
 void saveElsewhere(const Log& log, const std::vector<unsigned>& rows, const Args& args) {
     requireWhole(log);
     const std::string path = args.text("output");
-    const bool backup = args.has("backup");
     const Format target = path == "-" ? targetOf(log) : targetFor(log, path);
-    Held held = log.held || !backup ? log.held : heldForBackup(path);
-    Printout out(path, held, backup);
+    Printout out = outputTo(path, log, args);
     Losses losses;
     if (target == log.format && isChangedInPlace(target)) {
         InPlace now(log);
@@ -69,7 +75,7 @@ Format targetFor(const Log& log, const std::string& path) {
 }
 
 Log readLogToSave(const Args& args) {
-    if (args.has("dry-run")) return readLog(args);
+    if (args.has("dry-run")) return readLogToCopy(args);
     if (!args.has("output")) return readLogToChange(args);
     Held held = holdInput({args.text("FILE")}, args.text("output"));
     Log log = readLogToCopy(args);
@@ -77,34 +83,34 @@ Log readLogToSave(const Args& args) {
     return log;
 }
 
-void saveInPlace(const InPlace& now, bool backup) {
-    Printout out(now.log.path, now.log.held, backup);
+void saveInPlace(const InPlace& now, const Args& args) {
+    Printout out = outputTo(now.log.path, now.log, args);
     Losses losses;
     if (!writeInPlace(now, !out.isStandardOutput(), out, losses)) return;
     out.close();
     tellLosses(losses, out.name());
 }
 
-void saveInPlace(const Log& log, bool backup) {
-    saveInPlace(InPlace(log), backup);
+void saveInPlace(const Log& log, const Args& args) {
+    saveInPlace(InPlace(log), args);
 }
 
-void saveInPlace(const Log& log, const std::vector<unsigned>& rows, bool backup) {
+void saveInPlace(const Log& log, const std::vector<unsigned>& rows, const Args& args) {
     InPlace now(log);
     now.rows = rows;
-    saveInPlace(now, backup);
+    saveInPlace(now, args);
 }
 
 void saveResult(const Log& log, const std::vector<unsigned>& rows, const Args& args) {
     if (!args.has("output")) {
-        saveInPlace(log, rows, args.has("backup"));
+        saveInPlace(log, rows, args);
         return;
     }
     saveElsewhere(log, rows, args);
 }
 
 void saveResult(const Log& log, const Args& args) {
-    if (!args.has("output")) return saveInPlace(log, args.has("backup"));
+    if (!args.has("output")) return saveInPlace(log, args);
     std::vector<unsigned> rows(log.rowCount());
     std::iota(rows.begin(), rows.end(), 0u);
     saveResult(log, rows, args);

@@ -7,7 +7,7 @@
 /// one, in the file that -o names, or, with --dry-run, not at all.
 namespace vek {
 
-/// The log of FILE, held where it is to be replaced.
+/// The log of FILE, held where it is to be replaced, which --dry-run does not do.
 Log readLogToSave(const Args& args);
 
 /// The format that a path's ending gives, or else the log's own; a Failure where that is one that
@@ -16,16 +16,17 @@ Format targetFor(const Log& log, const std::string& path);
 
 /// Writes a log back into the file it came from, in its format, the old file kept as it was on
 /// any failure. What was not changed stays as it came, byte for byte; where nothing was, nothing
-/// is written. Standard input goes to standard output. `backup` keeps the old file beside it. Says
-/// what the file could not hold.
-void saveInPlace(const InPlace& now, bool backup);
-void saveInPlace(const Log& log, bool backup);
+/// is written. Standard input goes to standard output. --backup keeps the old file beside it. Says
+/// what the file could not hold. With --dry-run nothing is written, and all is said and refused
+/// that would be otherwise.
+void saveInPlace(const InPlace& now, const Args& args);
+void saveInPlace(const Log& log, const Args& args);
 /// These rows alone, in this order.
-void saveInPlace(const Log& log, const std::vector<unsigned>& rows, bool backup);
+void saveInPlace(const Log& log, const std::vector<unsigned>& rows, const Args& args);
 
 /// Writes these rows in this order into the log's own file, or into that of -o, whose ending gives
 /// the format; one that says nothing, and "-", the standard output, get the log's own. --backup
-/// keeps what is replaced.
+/// keeps what is replaced; with --dry-run it is as in place.
 void saveResult(const Log& log, const std::vector<unsigned>& rows, const Args& args);
 /// All of them.
 void saveResult(const Log& log, const Args& args);
