@@ -368,6 +368,10 @@ private:
         setTimes(start, lengthOf(clip), framesOf(clip, around), inside);
         setAttributes(clip);
         const XmlElement made = resourceOf(clip);
+        if (!made && clip.has("ref")) {
+            problem(clip, concat("ref=", inQuotes(clip.attribute("ref"))),
+                    "a resource of the document", "the clip is read without it");
+        }
         if (made.name() == "asset") {
             const XmlElement original = made.child("media-rep");
             rows_.set(timeline::file, (original ? original : made).attribute("src"));
@@ -542,6 +546,7 @@ private:
         setMarkedTimes(start, length, clip, inside);
         rows_.set("Poster Offset", mark.attribute("posterOffset"));
         rows_.end();
+        for (XmlElement at = mark.firstChild(); at; at = at.next()) noteUnread(at);
     }
 
     void noteUnread(XmlElement element) {

@@ -70,6 +70,7 @@ public:
         Around around;
         readRoot(tree_.root(), around);
         tellCut();
+        tellGaps();
         rows_.finish();
     }
 
@@ -203,6 +204,7 @@ private:
     }
 
     void readCollection(Node node, const Around& around) {
+        readParameters(node, "collection.");
         std::size_t number = 0;
         for (Node child : tree_.elements(tree_.find(node, "children"))) {
             Around own = around;
@@ -218,7 +220,10 @@ private:
     void readTimeline(Node node, Around around) {
         tracksOf_.clear();
         restore(tree_.find(tree_.find(node, "metadata"), "vekdb"));
-        if (!isTitled_) readHeading(node);
+        if (isTitled_)
+            tellHeading(node);
+        else
+            readHeading(node);
         isTitled_ = true;
         const Node start = tree_.find(node, "global_start_time");
         if (!tree_.isNull(start) && start != JsonTree::none) around.record = timeOf(start);
@@ -234,9 +239,31 @@ private:
         if (rows_.isRestored()) return;
         rows_.parameter(line, "TITLE", textOf(node, "name"));
         rows_.parameter(line, "FPS", rateText(*rate_));
+        readParameters(node, "");
+        readParameters(tree_.find(node, "tracks"), "tracks.");
+    }
+
+    // What belongs to no row.
+    void readParameters(Node node, const char* before) {
+        if (rows_.isRestored()) return;
         for (const auto& [name, value] : tree_.members(tree_.find(node, "metadata"))) {
-            rows_.parameter(line, concat("metadata.", name), tree_.text(value));
+            rows_.parameter(tree_.line(value), concat(before, "metadata.", name),
+                            tree_.text(value));
         }
+        const Node effects = tree_.find(node, "effects");
+        if (!isNothing(effects)) {
+            rows_.parameter(tree_.line(effects), concat(before, "effects"), tree_.text(effects));
+        }
+    }
+
+    bool isNothing(Node node) const {
+        return node == JsonTree::none || tree_.isNull(node) || tree_.isEmpty(node);
+    }
+
+    void tellHeading(Node node) {
+        if (rows_.isRestored()) return;
+        rows_.problem(tree_.line(node), "a timeline behind another one", "one timeline",
+                      "its tracks are read, its name and metadata are not");
     }
 
     // A timeline that was made of a log says which columns it had.
@@ -306,12 +333,32 @@ private:
         } else if (kind == "Stack" || isTrackLike(kind)) {
             readNested(item, kind == "Stack" ? "Stack" : "Track", range, around);
         } else if (kind == "Gap" || kind == "Filler") {
+            noteGap(item);
             readMarkers(item, range, around, {});
         } else {
             const std::string found = kind.empty() ? "a value without OTIO_SCHEMA" : inQuotes(kind);
             rows_.problem(tree_.line(item), concat(found, " at ", around.place),
                           "a clip, gap, transition, stack or track", "it is not read");
         }
+    }
+
+    // A gap is no row.
+    void noteGap(Node gap) {
+        const bool saysNothing =
+            isNothing(tree_.find(gap, "metadata")) && isNothing(tree_.find(gap, "effects"));
+        if (saysNothing || gaps_++ > 0) return;
+        firstGap_ = tree_.line(gap);
+    }
+
+    void tellGaps() {
+        if (gaps_ == 0) return;
+        rows_.problem(firstGap_,
+                      counted(gaps_, "gap", "gaps") + " with metadata or effects, the first here",
+                      "clips, which have rows", "these are not read");
+    }
+
+    Node numberOfRow(Node item) const {
+        return tree_.find(tree_.find(tree_.find(item, "metadata"), "vekdb"), "row");
     }
 
     // A row of a log that became a timeline has its number and its cells with it.
@@ -481,7 +528,10 @@ private:
     void readMarker(Node marker, const Range& range, const Around& around,
                     const std::string& clipName) {
         begin(marker, "Marker", around);
-        rows_.setIfEmpty(timeline::clipName, clipName);
+        // One that was a row has its own, whatever it lies on here.
+        if (!rows_.isRestored() || numberOfRow(marker) == JsonTree::none) {
+            rows_.setIfEmpty(timeline::clipName, clipName);
+        }
         rows_.setIfEmpty(timeline::marker, textOf(marker, "name"));
         rows_.setIfEmpty(timeline::color, colorOf(marker));
         rows_.setIfEmpty(timeline::note, textOf(marker, "comment"));
@@ -542,9 +592,9 @@ private:
         const std::optional<Range> range = rangeOf(node);
         if (!range) return;
         const FrameRate rate = sourceRate(*range);
-        rows_.setTime("Media Start", range->start, rate, drops() && rate.isAsFastAs(*rate_));
+        rows_.setTime(timeline::mediaStart, range->start, rate, drops() && rate.isAsFastAs(*rate_));
         if (const std::optional<ExactTime::Frames> frames = range->length.frames(rate)) {
-            rows_.set("Media Frames", std::to_string(frames->whole));
+            rows_.set(timeline::mediaFrames, std::to_string(frames->whole));
         }
     }
 
@@ -578,6 +628,8 @@ private:
     TimelineRows rows_;
     std::size_t cutClips_ = 0;
     std::size_t firstCut_ = 0;  // its line
+    std::size_t gaps_ = 0;      // that say more than their length
+    std::size_t firstGap_ = 0;  // its line
     std::optional<FrameRate> rate_;
     std::map<std::string, std::size_t> tracksOf_;
     std::unordered_map<Node, ExactTime> lengths_;

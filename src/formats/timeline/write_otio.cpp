@@ -592,11 +592,24 @@ private:
     std::string reference(unsigned row) {
         const std::string_view file = cell(row, find({timeline::file}));
         const std::string rest =
-            "\"metadata\": {}, \"name\": \"\", \"available_range\": null, "
-            "\"available_image_bounds\": null";
+            concat("\"metadata\": {}, \"name\": \"\", \"available_range\": ", available(row),
+                   ", \"available_image_bounds\": null");
         if (file.empty()) return "{\"OTIO_SCHEMA\": \"MissingReference.1\", " + rest + "}";
         return "{\"OTIO_SCHEMA\": \"ExternalReference.1\", " + rest +
                ", \"target_url\": " + string(file) + "}";
+    }
+
+    // How much there is of a clip's file, where a timeline said it.
+    std::string available(unsigned row) const {
+        if (!isTimeline_) return "null";
+        const FrameRate own = lengths_->sourceRate(row);
+        const std::string_view start = cell(row, find({timeline::mediaStart}));
+        const std::string_view length = cell(row, find({timeline::mediaFrames}));
+        const std::optional<Timecode> code = parseTimecode(start);
+        const ExactTime frames = ExactTime::of(length);
+        const bool isWhole = frames.isKnown() && frames.under() == 1 && !frames.isNegative();
+        if (!code || !isWhole || !isCounted(*code, own.nominal)) return "null";
+        return range(framesOf(*code, own.nominal), frames.over(), own, own);
     }
 
     // A row's number and all cells that stand nowhere else.
