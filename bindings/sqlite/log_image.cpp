@@ -6,14 +6,29 @@
 
 namespace vek::sql {
 
+void LogImage::note(Change::Kind kind, unsigned row, unsigned column, std::string_view before) {
+    journal_.push_back({before_.size(), row, static_cast<std::uint16_t>(column), kind});
+    try {
+        before_ += before;
+    } catch (...) {
+        journal_.pop_back();
+        throw;
+    }
+}
+
+void LogImage::dropLast() noexcept {
+    before_.resize(journal_.back().before);
+    journal_.pop_back();
+}
+
 void LogImage::set(unsigned row, unsigned column, std::string_view text) {
     const std::string_view before = cell(row, column);
     if (before == text) return;
-    journal_.push_back({Change::cell, row, column, std::string(before)});
+    note(Change::cell, row, column, before);
     const Result<void> done = log_.set(log_.at(row), log_.columns().at(column), text);
     lookups_.erase(column);
     if (done) return;
-    journal_.pop_back();
+    dropLast();
     throw Refusal(done.reason());
 }
 
@@ -30,24 +45,25 @@ void LogImage::setGone(unsigned row, bool isGone) {
 unsigned LogImage::addRow() {
     const unsigned row = rowCount();
     setGone(row, false);
-    journal_.push_back({Change::added, row, 0, {}});
+    note(Change::added, row, 0, {});
     const Result<Row> added = log_.addRow();
     lookups_.clear();
     if (added) return row;
-    journal_.pop_back();
+    dropLast();
     throw Refusal(added.reason());
 }
 
 void LogImage::removeRow(unsigned row) {
     setGone(row, false);
-    journal_.push_back({Change::removed, row, 0, {}});
+    note(Change::removed, row, 0, {});
     gone_[row] = true;
 }
 
 void LogImage::undo(const Change& change) {
     if (change.kind != Change::cell) return setGone(change.row, change.kind == Change::added);
     const Column column = log_.columns().at(change.column);
-    if (!log_.set(log_.at(change.row), column, change.before)) isBroken_ = true;
+    const std::string_view before = std::string_view(before_).substr(change.before);
+    if (!log_.set(log_.at(change.row), column, before)) isBroken_ = true;
 }
 
 void LogImage::undoTo(std::size_t changes) noexcept {
@@ -58,8 +74,13 @@ void LogImage::undoTo(std::size_t changes) noexcept {
         } catch (...) {
             isBroken_ = true;
         }
-        journal_.pop_back();
+        dropLast();
     }
+}
+
+void LogImage::forgetJournal() {
+    journal_.clear();
+    before_.clear();
 }
 
 bool LogImage::isRenumbered() const {

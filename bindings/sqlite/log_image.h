@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <vekdb/formats/log.h>
@@ -47,22 +49,25 @@ public:
     bool isRenumbered() const;
     /// Takes what went out of the log, so that it is not saved.
     void dropGoneRows();
-    void forgetJournal() { journal_.clear(); }
+    void forgetJournal();
 
     /// The rows of a column by their cells: null where that does not pay, for a column that was
     /// asked for only once.
     const ColumnLookup* lookup(unsigned column);
 
 private:
+    // One of each cell that is changed, so small; what stood there is at the end of `before_`.
     struct Change {
-        enum Kind { cell, added, removed } kind;
-        unsigned row;
-        unsigned column;
-        std::string before;
+        std::uint64_t before;  // how long `before_` was
+        std::uint32_t row;
+        std::uint16_t column;
+        enum Kind : std::uint8_t { cell, added, removed } kind;
     };
 
     vekdb& table() const { return log_.table(); }
     void setGone(unsigned row, bool isGone);
+    void note(Change::Kind kind, unsigned row, unsigned column, std::string_view before);
+    void dropLast() noexcept;
     void undo(const Change& change);
 
     struct Asked {
@@ -72,7 +77,8 @@ private:
 
     Log log_;
     std::vector<bool> gone_;
-    std::vector<Change> journal_;
+    std::deque<Change> journal_;  // which grows without being copied
+    std::string before_;
     bool isBroken_ = false;
     std::map<unsigned, Asked> lookups_;
 };

@@ -272,7 +272,7 @@ void tellMissing(const Answers& answers, bool isOfColumns) {
     std::size_t logs = 0;
     for (const Answer& answer : answers) {
         if (!answer.isAsked || !answer.failure.empty()) continue;
-        if (isOfColumns && answer.found.empty()) continue;
+        if (isOfColumns && answer.foundCount() == 0) continue;
         ++logs;
         told.add(answer, isOfColumns ? answer.columns : answer.conditions);
     }
@@ -324,7 +324,7 @@ void printTable(const Result& result, const Answers& answers, const Args& args, 
     grid.rowCount = result.rowCount();
     grid.cell = [&](std::size_t row, std::size_t column) -> std::string_view {
         if (column > 0) return result.cell(row, column - 1);
-        const find::FoundRow& found = result.row(row);
+        const find::FoundRow found = result.row(row);
         return place = concat(result.fileOf(row), ":", std::to_string(found.number),
                               found.isTagged ? "*" : "");
     };
@@ -337,8 +337,9 @@ void printTable(const Result& result, const Answers& answers, const Args& args, 
     out.inkedLine(inked(Ink::faint, footer(answers, result.rowCount(), hidden), screen));
 }
 
-// A log of what was found: which file, which row, and the columns that are wanted.
-Log logOf(const Result& result) {
+// A log of what was found: which file, which row, and the columns that are wanted. Each answer goes
+// as soon as it stands there, so that memory does not hold all of them twice.
+Log logOf(const Result& result, Answers& answers) {
     Log log;
     log.path = log.name = "what was found";
     std::vector<std::string> columns = {"File", "Row"};
@@ -351,6 +352,9 @@ Log logOf(const Result& result) {
         cells[1] = number;
         for (std::size_t i = 2; i < cells.size(); ++i) cells[i] = result.cell(row, i - 2);
         builder.addRow(row + 1, cells);
+        const bool isLast =
+            row + 1 == result.rowCount() || result.answerOf(row + 1) != result.answerOf(row);
+        if (isLast) answers[result.answerOf(row)].drop();
     }
     builder.finish();
     return log;
@@ -427,9 +431,11 @@ void printSums(const Answers& answers, const Args& args, Printout& out) {
     out.close();
 }
 
-void printRows(const Answers& answers, const Question& question, const Args& args, Printout& out) {
+void printRows(Answers& answers, const Question& question, const Args& args, Printout& out) {
     const Result result(answers, question.names, args.number("limit", 0));
-    if (!wantsTable(args)) return printAs(wantedTarget(args), logOf(result), args, out);
+    if (!wantsTable(args)) {
+        return printAs(wantedTarget(args), logOf(result, answers), args, out);
+    }
     printTable(result, answers, args, out);
     out.close();
 }
@@ -455,7 +461,7 @@ int run(const Args& args) {
                       "others one by one, or say what they are with --from"};
     }
     // The process ends with the command, and its memory with it.
-    static const Answers& answers = *new Answers(ask(wish.question, files.paths, args));
+    static Answers& answers = *new Answers(ask(wish.question, files.paths, args));
     tellEach(answers);
     tellMissing(answers, false);
     if (wish.question.columns == Question::Columns::named) tellMissing(answers, true);

@@ -26,6 +26,15 @@ void keepFreedMemory() {
 #endif
 }
 
+// What the jobs kept is not in the way of what comes behind them.
+void giveFreedMemoryBack() {
+#ifdef M_TRIM_THRESHOLD
+    constexpr int usual = 1 << 20;
+    mallopt(M_MMAP_THRESHOLD, usual);
+    malloc_trim(0);
+#endif
+}
+
 class Jobs {
 public:
     Jobs(std::size_t count, const std::function<Worker()>& makeWorker)
@@ -79,6 +88,7 @@ void doSideBySide(std::size_t count, std::size_t threads,
     if (wanted > 1) start(wanted - 1, jobs, others);
     jobs.work();
     for (std::thread& other : others) other.join();
+    if (count > 1) giveFreedMemoryBack();
     jobs.rethrow();
 }
 

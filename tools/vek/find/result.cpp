@@ -17,10 +17,11 @@ Result::Result(const std::vector<Answer>& answers, const std::vector<std::string
 
 void Result::add(std::size_t number, std::size_t limit) {
     const Answer& answer = answers_[number];
-    const std::size_t room = limit == 0 ? answer.found.size() : limit - rows_.size();
-    const std::size_t count = std::min(answer.found.size(), room);
+    const std::size_t room = limit == 0 ? answer.foundCount() : limit - rowCount_;
+    const std::size_t count = std::min(answer.foundCount(), room);
     if (count == 0) return;
-    for (std::size_t row = 0; row < count; ++row) rows_.push_back({number, row});
+    parts_.push_back({number, rowCount_});
+    rowCount_ += count;
     std::vector<std::size_t>& places = placesIn_[number];
     for (std::size_t i = 0; i < answer.has.size(); ++i) {
         const std::size_t column = columnOf(answer.has[i]);
@@ -41,15 +42,28 @@ std::size_t Result::columnOf(const FoundColumn& column) {
     return place;
 }
 
-const FoundRow& Result::row(std::size_t row) const {
-    return answers_[rows_[row].answer].found[rows_[row].row];
+const Result::Part& Result::partOf(std::size_t row) const {
+    const auto endOf = [this](std::size_t part) {
+        return part + 1 < parts_.size() ? parts_[part + 1].first : rowCount_;
+    };
+    if (row >= parts_[lastPart_].first && row < endOf(lastPart_)) return parts_[lastPart_];
+    const auto next =
+        std::upper_bound(parts_.begin(), parts_.end(), row,
+                         [](std::size_t at, const Part& part) { return at < part.first; });
+    lastPart_ = static_cast<std::size_t>(next - parts_.begin()) - 1;
+    return parts_[lastPart_];
+}
+
+FoundRow Result::row(std::size_t row) const {
+    const Part& part = partOf(row);
+    return answers_[part.answer].found(row - part.first);
 }
 
 std::string_view Result::cell(std::size_t row, std::size_t column) const {
-    const Place& place = rows_[row];
-    const std::vector<std::size_t>& places = placesIn_[place.answer];
+    const Part& part = partOf(row);
+    const std::vector<std::size_t>& places = placesIn_[part.answer];
     if (column >= places.size() || places[column] == 0) return {};
-    return answers_[place.answer].cell(place.row, places[column] - 1);
+    return answers_[part.answer].cell(row - part.first, places[column] - 1);
 }
 
 }  // namespace vek::find

@@ -18,26 +18,32 @@ public:
     Result(const std::vector<Answer>& answers, const std::vector<std::string>& names,
            std::size_t limit);
 
-    std::size_t rowCount() const { return rows_.size(); }
+    std::size_t rowCount() const { return rowCount_; }
     std::size_t columnCount() const { return titles_.size(); }
     const std::string& title(std::size_t column) const { return titles_[column]; }
     /// Whether a log that has rows here has the column.
     bool isKnown(std::size_t column) const { return isKnown_[column]; }
-    const std::string& fileOf(std::size_t row) const { return answers_[rows_[row].answer].name; }
-    const FoundRow& row(std::size_t row) const;
+    const std::string& fileOf(std::size_t row) const { return answers_[answerOf(row)].name; }
+    /// Which of the answers a row is of; those of one stand together.
+    std::size_t answerOf(std::size_t row) const { return partOf(row).answer; }
+    FoundRow row(std::size_t row) const;
     std::string_view cell(std::size_t row, std::size_t column) const;
 
 private:
-    struct Place {
+    // The rows of an answer, and the first of them here.
+    struct Part {
         std::size_t answer;
-        std::size_t row;
+        std::size_t first;
     };
 
+    const Part& partOf(std::size_t row) const;
     void add(std::size_t number, std::size_t limit);
     std::size_t columnOf(const FoundColumn& column);
 
     const std::vector<Answer>& answers_;
-    std::vector<Place> rows_;
+    std::vector<Part> parts_;
+    std::size_t rowCount_ = 0;
+    mutable std::size_t lastPart_ = 0;  // most rows are of the one that was asked last
     std::vector<std::string> titles_;
     std::vector<bool> isKnown_;
     std::unordered_map<std::string, std::size_t> columns_;  // by their keys

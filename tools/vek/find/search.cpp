@@ -1,5 +1,6 @@
 #include "tools/vek/find/search.h"
 
+#include <algorithm>
 #include <new>
 
 #include "formats/choosing/ranges.h"
@@ -32,15 +33,40 @@ void noteProblems(const Log& log, Answer& answer) {
 
 }  // namespace
 
+std::size_t Answer::endOf(std::size_t cell) const {
+    const auto turns = std::upper_bound(turns_.begin(), turns_.end(), cell) - turns_.begin();
+    return (static_cast<std::size_t>(turns) << 32) + ends_[cell];
+}
+
 std::string_view Answer::cell(std::size_t row, std::size_t column) const {
     const std::size_t at = row * has.size() + column;
-    const std::size_t begin = at == 0 ? 0 : ends_[at - 1];
-    return std::string_view(text_).substr(begin, ends_[at] - begin);
+    const std::size_t begin = at == 0 ? 0 : endOf(at - 1);
+    return std::string_view(text_).substr(begin, endOf(at) - begin);
+}
+
+void Answer::addRow(FoundRow row) {
+    numbers_.push_back(row.number);
+    tags_.push_back(row.isTagged);
 }
 
 void Answer::addCell(std::string_view cell) {
     text_ += cell;
-    ends_.push_back(text_.size());
+    while (turns_.size() < text_.size() >> 32) turns_.push_back(ends_.size());
+    ends_.push_back(static_cast<std::uint32_t>(text_.size()));
+}
+
+void Answer::reserve(std::size_t rows) {
+    numbers_.reserve(rows);
+    tags_.reserve(rows);
+    ends_.reserve(rows * has.size());
+}
+
+void Answer::drop() {
+    numbers_ = {};
+    tags_ = {};
+    text_ = {};
+    ends_ = {};
+    turns_ = {};
 }
 
 Search::Search(const Question& question, Opening opening)
@@ -95,9 +121,11 @@ void Search::addRows(const Log& log, const VDBView& view, Answer& answer) const 
             answer.has.push_back({keyOf(log, column), log.columnName(column)});
         }
     }
+    answer.reserve(view->get_num_records());
     for (unsigned i = 0; i < view->get_num_records(); ++i) {
         const unsigned row = view->baseIndex(i);
-        answer.found.push_back({log.numberOf(row), view->get_tag(i) != 0});
+        const auto number = static_cast<std::uint32_t>(log.numberOf(row));
+        answer.addRow({number, view->get_tag(i) != 0});
         for (unsigned column : columns) answer.addCell(log.cell(row, column));
     }
 }

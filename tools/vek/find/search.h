@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,7 +28,7 @@ struct Question {
 };
 
 struct FoundRow {
-    std::size_t number;
+    std::uint32_t number;
     bool isTagged;
 };
 
@@ -55,15 +56,28 @@ struct Answer {
     std::vector<Missing> conditions;
     std::vector<Missing> columns;
     std::size_t count = 0;  ///< of the rows that match
-    std::vector<FoundRow> found;
     std::vector<FoundColumn> has;
 
+    std::size_t foundCount() const { return numbers_.size(); }
+    FoundRow found(std::size_t row) const { return {numbers_[row], tags_[row]}; }
     std::string_view cell(std::size_t row, std::size_t column) const;
+    /// Its cells are added behind it.
+    void addRow(FoundRow row);
     void addCell(std::string_view cell);
+    /// Room for so many rows of the columns that it has: memory for no more than will come.
+    void reserve(std::size_t rows);
+    /// Leaves out what was found, once it stands elsewhere.
+    void drop();
 
 private:
-    std::string text_;  // of all cells, row by row
-    std::vector<std::size_t> ends_;
+    std::size_t endOf(std::size_t cell) const;
+
+    // Of each row and cell, so small.
+    std::vector<std::uint32_t> numbers_;
+    std::vector<bool> tags_;
+    std::string text_;                 // of all cells, row by row
+    std::vector<std::uint32_t> ends_;  // the lower half of where each ends
+    std::vector<std::size_t> turns_;   // the first cells for which the upper half is one more
 };
 
 /// Asks log after log; one for each thread. Nothing that all logs have in common is made anew for
