@@ -119,8 +119,9 @@ void TableBuilder::noteQuotedRow(std::size_t line, std::size_t count, TextRows::
 }
 
 void TableBuilder::noteRow(std::size_t line) {
-    // Only rows that stand on a text can be many for few bytes of it.
-    if (rows_->size() != 0) {
+    // Where nobody said how many there may be, only rows that stand on a text can be many for few
+    // bytes of it.
+    if (rows_->size() != 0 || log_.opening.limits.cells != 0) {
         requireCells(log_.name, rows_->count(), columnCount(), rows_->size(), log_.opening.limits,
                      *log_.opening.terms);
     }

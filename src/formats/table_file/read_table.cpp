@@ -38,6 +38,12 @@ void requireThatItWasRead(const Log& log, int error) {
     refuseReading(log.name, error);
 }
 
+// The library bounds what it reads by the file; how much a log may be, a person says.
+void requireCellsOf(const Log& log, const Input& input) {
+    requireCells(log.name, log.rowsInSource(), log.columnCount(), input.size(), log.opening.limits,
+                 *log.opening.terms);
+}
+
 // Takes the rows that answer what can be asked of the table in one query, and notes their numbers.
 class WantedRows : public RowChoice {
 public:
@@ -100,6 +106,7 @@ public:
         log_.table = std::make_unique<vekdb>();
         const End before = end();
         if (!readWanted(wanted)) readAll();
+        requireCellsOf(log_, input_);
         const End after = end();
         log_.endsInLine = before.isInLine || after.isInLine || before.size != after.size;
         restoreExactCells(log_);
@@ -365,6 +372,7 @@ void readPlainCsv(Input& input, Log& log) {
         throw Failure{
             unreadable, log.name, {1, "", "could not be read as comma-separated text", "", ""}};
     }
+    requireCellsOf(log, input);
     for (unsigned row = 0; row < log.rowCount(); ++row) log.lines.push_back(row + 2);
     if (log.source) log.source->headingLines = 1;
     log.table->set_filename(wide(log.path));
