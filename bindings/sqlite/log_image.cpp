@@ -25,7 +25,7 @@ void LogImage::set(unsigned row, unsigned column, std::string_view text) {
     const std::string_view before = cell(row, column);
     if (before == text) return;
     note(Change::cell, row, column, before);
-    const Result<void> done = log_.set(log_.at(row), log_.columns().at(column), text);
+    const Result<void> done = log_.set(log_.at(row), log_.columns().at(placeOf(column)), text);
     lookups_.erase(column);
     if (done) return;
     dropLast();
@@ -61,7 +61,7 @@ void LogImage::removeRow(unsigned row) {
 
 void LogImage::undo(const Change& change) {
     if (change.kind != Change::cell) return setGone(change.row, change.kind == Change::added);
-    const Column column = log_.columns().at(change.column);
+    const Column column = log_.columns().at(placeOf(change.column));
     const std::string_view before = std::string_view(before_).substr(change.before);
     if (!log_.set(log_.at(change.row), column, before)) isBroken_ = true;
 }

@@ -19,7 +19,9 @@ namespace vek::sql {
 /// that is inserted stands behind all others. Shared by the table and the cursors that go over it.
 class LogImage {
 public:
-    explicit LogImage(Log log) : log_(std::move(log)) {}
+    /// `places`: where the columns of the table stand in the log, none where both are the same.
+    explicit LogImage(Log log, std::vector<unsigned> places = {})
+        : log_(std::move(log)), places_(std::move(places)) {}
 
     Log& log() { return log_; }
     const Log& log() const { return log_; }
@@ -29,7 +31,7 @@ public:
         return row < rowCount() && (row >= gone_.size() || !gone_[row]);
     }
     std::string_view cell(unsigned row, unsigned column) const {
-        return table().get_record(row)->fieldView(column);
+        return table().get_record(row)->fieldView(placeOf(column));
     }
     std::size_t lineOf(unsigned row) const { return log_.at(row).line(); }
     bool isTagged(unsigned row) const { return log_.at(row).isTagged(); }
@@ -65,6 +67,7 @@ private:
     };
 
     vekdb& table() const { return log_.table(); }
+    unsigned placeOf(unsigned column) const { return places_.empty() ? column : places_[column]; }
     void setGone(unsigned row, bool isGone);
     void note(Change::Kind kind, unsigned row, unsigned column, std::string_view before);
     void dropLast() noexcept;
@@ -76,6 +79,7 @@ private:
     };
 
     Log log_;
+    std::vector<unsigned> places_;
     std::vector<bool> gone_;
     std::deque<Change> journal_;  // which grows without being copied
     std::string before_;

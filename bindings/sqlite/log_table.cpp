@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
 #include <set>
 
 #include <vekdb/formats/timecode.h>
@@ -93,16 +94,34 @@ TableFacts LogTable::facts() const {
 
 std::shared_ptr<LogImage> LogTable::read(bool isToChange) {
     const Stamp before = source_->stamp();
-    auto image = std::make_shared<LogImage>(isToChange ? source_->readToChange() : source_->read());
-    if (columns_) requireSameColumns(image->log());
+    Log log = isToChange ? source_->readToChange() : source_->read();
+    std::vector<unsigned> places = columns_ ? placesIn(log) : std::vector<unsigned>();
+    auto image = std::make_shared<LogImage>(std::move(log), std::move(places));
     stamp_ = before;
     rows_ = image->rowCount();
     hasOldNumbers_ = false;
     return image;
 }
 
-void LogTable::requireSameColumns(const Log& log) const {
-    if (TableColumns::namesOf(log) == columns_->names) return;
+// In JSON the columns stand in the rows: where rows went, columns may have gone with them, or stand
+// in another order.
+std::vector<unsigned> LogTable::placesIn(Log& log) const {
+    const std::vector<std::string> found = TableColumns::namesOf(log);
+    if (found == columns_->names) return {};
+    const bool isInRows = log.format() == Format::json || log.format() == Format::jsonl;
+    std::map<std::string, unsigned> places;
+    for (const std::string& name : found) places.emplace(name, places.size());
+    std::vector<unsigned> out;
+    for (const std::string& name : columns_->names) {
+        const auto [place, isNew] = places.emplace(name, places.size());
+        if (isNew && (!isInRows || !log.addColumn(name))) refuseColumns();
+        out.push_back(place->second);
+    }
+    if (places.size() > out.size()) refuseColumns();
+    return out;
+}
+
+void LogTable::refuseColumns() const {
     throw Refusal(SQLITE_ERROR, source_->path() +
                                     ": has other columns than when it was made a table; close "
                                     "the connection and open it anew, or DROP TABLE and create "
@@ -191,16 +210,16 @@ void LogTable::setMark(int savepoint) {
 }
 
 void LogTable::releaseMark(int savepoint) noexcept {
-    if (marks_.size() > static_cast<std::size_t>(savepoint)) {
-        marks_.resize(static_cast<std::size_t>(savepoint));
-    }
+    const std::size_t kept = static_cast<std::size_t>(savepoint);
+    if (marks_.size() > kept) marks_.resize(kept);
 }
 
+// The savepoint that began the whole transaction is -1, and has no mark.
 void LogTable::rollBackTo(int savepoint) noexcept {
-    const std::size_t place = static_cast<std::size_t>(savepoint);
-    if (!isChanging_ || place >= marks_.size()) return;
-    image_->undoTo(marks_[place]);
-    marks_.resize(place + 1);
+    const std::size_t kept = static_cast<std::size_t>(savepoint + 1);
+    if (!isChanging_ || kept > marks_.size()) return;
+    image_->undoTo(kept == 0 ? 0 : marks_[kept - 1]);
+    marks_.resize(kept);
 }
 
 namespace {

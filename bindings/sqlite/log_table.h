@@ -60,7 +60,8 @@ public:
 private:
     LogImage& changing();
     std::shared_ptr<LogImage> read(bool isToChange);
-    void requireSameColumns(const Log& log) const;
+    std::vector<unsigned> placesIn(Log& log) const;
+    [[noreturn]] void refuseColumns() const;
     void requireFormat(const LogImage& image) const;
     void refuseOldNumbers();
     void store(LogImage& image, unsigned row, int count, sqlite3_value** values, bool isNew);

@@ -130,6 +130,18 @@ TEST_F(LogTables, GoBackToSavepoints) {
     EXPECT_EQ(folder_.read("day.csv"), "Scene,Take,Notes\n12,A,good\n7,A,\n12A,A,\n");
 }
 
+// The savepoint that began the transaction counts as none of SQLite's savepoints within it.
+TEST_F(LogTables, GoBackToTheSavepointThatBeganTheTransaction) {
+    Session session;
+    makeLog(session);
+    EXPECT_EQ(session.ask("SAVEPOINT a; UPDATE log SET Take = 'A'; SAVEPOINT b; DELETE FROM log; "
+                          "ROLLBACK TO a; INSERT INTO log(Take) VALUES ('B'); ROLLBACK TO a; "
+                          "UPDATE log SET Notes = 'C' WHERE rowid = 2; RELEASE a"),
+              "");
+    EXPECT_EQ(folder_.read("day.csv"),
+              "Scene,Take,Notes\n12,1,good\n7,10,C\n12A,2,\"a \"\"b\"\"\"\n");
+}
+
 TEST_F(LogTables, TakeBackAStatementThatFailsHalfway) {
     Session session;
     makeLog(session);
@@ -215,6 +227,34 @@ TEST_F(LogTables, ReadAFileAnewThatWasChanged) {
     EXPECT_THAT(session.ask("DELETE FROM log"), HasSubstr("No such file"));
     folder_.write("day.csv", day);
     EXPECT_EQ(session.ask("SELECT count(*) FROM log"), "3\n");
+}
+
+TEST_F(LogTables, FindTheirColumnsWhereTheyStandInAnotherOrder) {
+    Session session;
+    makeLog(session);
+    folder_.write("day.csv", "Notes,Scene,Take\nn,s,t\n");
+    EXPECT_EQ(session.ask("SELECT Scene, Take, Notes FROM log WHERE Scene = 's'"), "s|t|n\n");
+    EXPECT_EQ(session.ask("BEGIN; UPDATE log SET Take = 'x'; ROLLBACK; INSERT INTO log VALUES "
+                          "('a', 'b', 'c'); SELECT * FROM log a NATURAL JOIN log b"),
+              "s|t|n\na|b|c\n");
+    EXPECT_EQ(folder_.read("day.csv"), "Notes,Scene,Take\nn,s,t\nc,a,b\n");
+    folder_.write("day.csv", "Notes,Scene\nn,s\n");
+    EXPECT_THAT(session.ask("SELECT * FROM log"), HasSubstr("has other columns"));
+    folder_.write("day.csv", "Notes,Scene,Take,New\nn,s,t,\n");
+    EXPECT_THAT(session.ask("SELECT * FROM log"), HasSubstr("has other columns"));
+}
+
+// In JSON the columns stand in the rows, and go with them.
+TEST_F(LogTables, KeepColumnsOfRowsThatWent) {
+    folder_.write("day.jsonl", "{\"A\": \"1\", \"B\": \"2\"}\n{\"B\": \"3\"}\n");
+    folder_.write("day.json", "[{\"A\": \"1\", \"B\": \"2\"}]\n");
+    Session session;
+    ASSERT_EQ(session.table("log", quoted("day.jsonl")), "");
+    ASSERT_EQ(session.table("whole", quoted("day.json")), "");
+    EXPECT_EQ(session.ask("DELETE FROM log WHERE A = 1; SELECT * FROM log"), "|3\n");
+    EXPECT_EQ(session.ask("INSERT INTO log VALUES ('4', '5'); SELECT * FROM log"), "|3\n4|5\n");
+    EXPECT_EQ(session.ask("DELETE FROM whole; SELECT * FROM whole"), "");
+    EXPECT_EQ(session.ask("INSERT INTO whole(B) VALUES ('6'); SELECT * FROM whole"), "|6\n");
 }
 
 TEST_F(LogTables, StopTheCommitWhereTheFileWasChangedMeanwhile) {
