@@ -1,6 +1,7 @@
 #include <filesystem>
 
 #include <vekdb/formats/format.h>
+#include "formats/reading/documents.h"
 #include "formats/saving/save_in_place.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/grid.h"
@@ -29,7 +30,7 @@ bool mayStay(Format target, const WriteStyle& style) {
 
 bool isFolder(const std::string& path) {
     std::error_code ignored;
-    return path != "-" && std::filesystem::is_directory(path, ignored);
+    return path != "-" && std::filesystem::is_directory(path, ignored) && !isDocumentFolder(path);
 }
 
 std::vector<std::string> wordsOf(const Args& args) {

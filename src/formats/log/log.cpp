@@ -195,7 +195,8 @@ Log openLog(Input& input, const std::string& path, const Opening& opening) {
     return openLog(input, path, opening, nullptr);
 }
 
-Log openLog(const std::string& path, const Opening& opening) {
+Log openLog(const std::string& named, const Opening& opening) {
+    const std::string path = pathOfDocument(named);
     Input input(path, opening);
     return openLog(input, path, opening);
 }
@@ -207,7 +208,8 @@ Log openLogToChange(const std::string& path, const Opening& opening) {
     return log;
 }
 
-Log openLogToCopy(const std::string& path, const Opening& opening) {
+Log openLogToCopy(const std::string& named, const Opening& opening) {
+    const std::string path = pathOfDocument(named);
     auto source = std::make_shared<Source>();
     source->input = std::make_shared<Input>(path, opening);
     source->input->keep();

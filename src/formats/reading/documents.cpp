@@ -1,5 +1,7 @@
 #include "formats/reading/documents.h"
 
+#include <filesystem>
+
 #include <vekdb/host/text_util.h>
 #include "formats/log/log.h"
 #include "formats/text/text_lines.h"
@@ -38,6 +40,11 @@ bool isIt(const Document& document, std::string_view text) {
            (document.within.empty() || text.find(document.within) != text.npos);
 }
 
+std::string_view withoutSlashes(std::string_view path) {
+    while (path.ends_with('/')) path.remove_suffix(1);
+    return path;
+}
+
 }  // namespace
 
 void refuseDocument(std::string_view head, const Log& log) {
@@ -48,6 +55,19 @@ void refuseDocument(std::string_view head, const Log& log) {
         if (!isIt(document, head)) continue;
         throw Failure{unreadable, log.name, {1, "", document.name, "a log", document.advice}};
     }
+}
+
+bool isDocumentFolder(std::string_view path) {
+    constexpr std::string_view ending = ".fcpxmld";
+    const std::string_view folder = withoutSlashes(path);
+    if (folder.size() <= ending.size()) return false;
+    std::error_code ignored;
+    return sameText(folder.substr(folder.size() - ending.size()), ending) &&
+           std::filesystem::is_directory(folder, ignored);
+}
+
+std::string pathOfDocument(const std::string& path) {
+    return isDocumentFolder(path) ? concat(withoutSlashes(path), "/Info.fcpxml") : path;
 }
 
 }  // namespace vek::formats

@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include <vekdb/formats/format.h>
+#include "formats/reading/documents.h"
 #include "formats/reading/input.h"
 #include "formats/reading/read_errors.h"
 #include "formats/text/text_lines.h"
@@ -53,6 +54,7 @@ public:
     void add(const std::string& path) {
         std::error_code error;
         if (path == "-" || !fs::is_directory(path, error)) return files_.paths.push_back(path);
+        if (isDocumentFolder(path)) return files_.paths.push_back(pathOfDocument(path));
         enter(path, fs::canonical(path, error));
     }
 
