@@ -357,10 +357,6 @@ private:
                       "clips, which have rows", "these are not read");
     }
 
-    Node numberOfRow(Node item) const {
-        return tree_.find(tree_.find(tree_.find(item, "metadata"), "vekdb"), "row");
-    }
-
     // A row of a log that became a timeline has its number and its cells with it.
     void begin(Node item, const char* kind, const Around& around) {
         const Node own = tree_.find(tree_.find(item, "metadata"), "vekdb");
@@ -378,10 +374,12 @@ private:
         rows_.setIfEmpty(timeline::track, around.track);
     }
 
-    bool isMade(Node item) const {
-        return rows_.isRestored() && tree_.find(tree_.find(tree_.find(item, "metadata"), "vekdb"),
-                                                "made") != JsonTree::none;
+    bool isNoted(Node item, const char* what) const {
+        const Node own = tree_.find(tree_.find(item, "metadata"), "vekdb");
+        return rows_.isRestored() && tree_.find(own, what) != JsonTree::none;
     }
+
+    bool isMade(Node item) const { return isNoted(item, "made"); }
 
     void setTimes(const Range& range, const Around& around) {
         const FrameRate rate = sourceRate(range);
@@ -489,7 +487,8 @@ private:
             begin(item, kind, around);
             rows_.setIfEmpty(timeline::clipName, textOf(item, "name"));
             setRecord(around.record, range.length, around);
-            if (tree_.isObject(tree_.find(item, "source_range"))) setTimes(range, around);
+            const bool isSaid = tree_.isObject(tree_.find(item, "source_range"));
+            if (isSaid && !isNoted(item, "madeRange")) setTimes(range, around);
             readRest(item, "", {"children", "kind"});
             rows_.end();
         }
@@ -528,14 +527,14 @@ private:
     void readMarker(Node marker, const Range& range, const Around& around,
                     const std::string& clipName) {
         begin(marker, "Marker", around);
-        // One that was a row has its own, whatever it lies on here.
-        if (!rows_.isRestored() || numberOfRow(marker) == JsonTree::none) {
-            rows_.setIfEmpty(timeline::clipName, clipName);
-        }
+        // One that was a row has all of its own, whatever it lies on here.
+        const bool isOwn = isNoted(marker, "row");
+        if (!isOwn) rows_.setIfEmpty(timeline::clipName, clipName);
         rows_.setIfEmpty(timeline::marker, textOf(marker, "name"));
         rows_.setIfEmpty(timeline::color, colorOf(marker));
         rows_.setIfEmpty(timeline::note, textOf(marker, "comment"));
-        if (const std::optional<Range> marked = rangeMarked(marker)) {
+        const std::optional<Range> marked = isOwn ? std::nullopt : rangeMarked(marker);
+        if (marked) {
             Around own = around;
             own.record = around.record + marked->start - range.start;
             // Outside what is seen of a clip a marker is nowhere on the record.

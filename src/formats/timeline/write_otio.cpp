@@ -199,6 +199,8 @@ private:
         } else if (at.find('.') != at.npos) {
             return leaveOut(row, "a stack or track within another without a place on the record",
                             "Record In and Record Out");
+        } else if (trackOf(row).row != noColumn) {
+            return leaveOut(row, concat("a second track ", inQuotes(trackOf(row).name)), "one");
         } else {
             trackOf(row).row = row;
         }
@@ -258,8 +260,20 @@ private:
         } else if (!placeOnRecord(row, item)) {
             return;
         }
+        const bool isSped = item.length != lengths_->asRecord(*length, row);
+        if (!isSped) tellBetweenFrames(row, *length);
         owner_ = row;
         itemsAround(row).push_back(item);
+    }
+
+    // Clips lie behind one another by how long they are, whatever their rates.
+    void tellBetweenFrames(unsigned row, std::int64_t length) {
+        const FrameRate own = lengths_->sourceRate(row);
+        const auto frames = ExactTime::ofFrames(length, own).frames(rate());
+        if (frames && frames->isExact) return;
+        tell(row, concat(counted(static_cast<std::size_t>(length), "frame"), " at ", rateText(own)),
+             concat("a length of whole frames at ", rateText(rate())),
+             "it ends, and what is next to it begins, between two frames");
     }
 
     bool placeOnRecord(unsigned row, Item& item) {
@@ -286,7 +300,7 @@ private:
         if (!start || !before.isKnown() || before.under() != 1) {
             return leaveOut(row, "a transition without its place", "Record In and In Offset");
         }
-        owner_ = row;
+        // What follows it lies on the clip in front of it, as a transition holds no markers.
         itemsAround(row).push_back(
             {row, framesOf(*start, rate().nominal) + before.over(), 0, true});
     }
@@ -492,14 +506,16 @@ private:
             lanes = spread(nest.items, cell(nest.row, track_));
         }
         const bool isStack = nest.isStack || lanes.size() > 1;
-        out_.write(concat(
-            isStack ? "{\"OTIO_SCHEMA\": \"Stack.1\"" : "{\"OTIO_SCHEMA\": \"Track.1\"",
-            ", \"name\": ", string(cell(nest.row, clipName_)),
-            isStack ? "" : kindOfTrack(cell(nest.row, track_)), ", \"source_range\": ",
-            isLaid ? "null" : rangeOf(nest, ofStack), ", \"effects\": ", ownEffects(nest.row),
-            ", \"enabled\": ", isDisabled(nest.row) ? "false" : "true",
-            ", \"markers\": ", markersOf(nest.row, nest.hidden.value_or(0)),
-            ", \"metadata\": ", metadata(nest.row, {clipName_}), ", \"children\": ["));
+        const std::string seen = isLaid ? "null" : rangeOf(nest, ofStack);
+        const char* note = seen == "null" || nest.hidden ? "" : "\"madeRange\": true, ";
+        out_.write(
+            concat(isStack ? "{\"OTIO_SCHEMA\": \"Stack.1\"" : "{\"OTIO_SCHEMA\": \"Track.1\"",
+                   ", \"name\": ", string(cell(nest.row, clipName_)),
+                   isStack ? "" : kindOfTrack(cell(nest.row, track_)), ", \"source_range\": ", seen,
+                   ", \"effects\": ", ownEffects(nest.row),
+                   ", \"enabled\": ", isDisabled(nest.row) ? "false" : "true",
+                   ", \"markers\": ", markersOf(nest.row, nest.hidden.value_or(0)),
+                   ", \"metadata\": ", metadata(nest.row, {clipName_}, note), ", \"children\": ["));
         if (!isStack) writeItems(lanes.front(), begin);
         for (std::size_t i = 0; isStack && i < lanes.size(); ++i) {
             out_.write(i == 0 ? "\n" : ",\n");
@@ -612,8 +628,8 @@ private:
         return range(framesOf(*code, own.nominal), frames.over(), own, own);
     }
 
-    // A row's number and all cells that stand nowhere else.
-    std::string metadata(unsigned row, const std::vector<unsigned>& kept) {
+    // A row's number and all cells that stand nowhere else, and what is to be noted beside them.
+    std::string metadata(unsigned row, const std::vector<unsigned>& kept, const char* note = "") {
         std::string cells;
         for (unsigned column = 0; column < sheet_.columns.size(); ++column) {
             const std::string_view text = cell(row, column);
@@ -625,8 +641,8 @@ private:
         if (const std::string_view reel = cell(row, reel_); !reel.empty()) {
             out += "\"cmx_3600\": {\"reel\": " + string(reel) + "}, ";
         }
-        return out + "\"vekdb\": {\"row\": " + std::to_string(row) + ", \"cells\": {" + cells +
-               "}}}";
+        return out + "\"vekdb\": {\"row\": " + std::to_string(row) + ", " + note + "\"cells\": {" +
+               cells + "}}}";
     }
 
     void writeTransition(const Item& item) {
