@@ -59,6 +59,13 @@ public:
         ASSERT_EQ(before, cellsOf(saved));
     }
 
+    // What is taken back or done again behind it is saved by the next one.
+    void save() {
+        press("^S");
+        const vek::formats::Log saved = vek::formats::openLog(opened_.path(), {});
+        ASSERT_EQ(states_[now_], cellsOf(saved));
+    }
+
     int keys = 0;
 
 private:
@@ -259,6 +266,7 @@ TEST(BrowseWalk, EditsOfManyRowsAtOnceDoWhatThePlainModelDoes) {
     Walk walk(opened, random);
     while (walk.keys < 1200 && !testing::Test::HasFailure()) {
         walk.step();
+        if (random.oneIn(20)) walk.save();
         if (random.oneIn(100)) walk.kill();
     }
 }
@@ -319,8 +327,12 @@ std::vector<std::string> strangeLogs() {
         values += ",v";
     }
     const std::string invalid = "N\xFF,\xC3\n\xED\xA0\x80,\xF0\x9F\n\"\x1b[2J\",\x80\x80\n";
-    return {"\n", "Name,Scene\n", wide + "\n" + values + "\n" + values + "\n",
-            "Name,Long\na," + std::string(200000, 'x') + "\nb,\n", invalid};
+    return {"\n",
+            "Name,Scene\n",
+            wide + "\n" + values + "\n" + values + "\n",
+            "Name,Long\na," + std::string(200000, 'x') + "\nb,\n",
+            invalid,
+            "a,b\n1\n1,2,3,4\n\n,\n2\n"};
 }
 
 // Every key there is, but those by which one leaves, and those that name a file.

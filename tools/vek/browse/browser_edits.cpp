@@ -56,9 +56,8 @@ void Browser::tagBy(const std::string& condition, Sheet::Tagging how) {
         Sheet::Rows rows = sheet().shownRows();
         if (!condition.empty()) {
             const Log& log = sheet().log();
-            const VDBView view = selectRows(log, rowsWhere(condition)).view;
             std::vector<char> holds(log.rowCount());
-            for (unsigned i = 0; i < view->get_num_records(); ++i) holds[view->baseIndex(i)] = 1;
+            for (unsigned row : selectedRows(log, rowsWhere(condition))) holds[row] = 1;
             std::erase_if(rows, [&](unsigned row) { return holds[row] == 0; });
         }
         const std::string told = counted(rows.size(), "row") + " matched";

@@ -76,7 +76,7 @@ unsigned RowStack::placeOf(unsigned row) const {
 VDBView RowStack::chosen(const Selection& selection, const VDBView& below) const {
     std::vector<char> isBelow(log_.rowCount());
     for (unsigned row : rowsOf(below)) isBelow[row] = 1;
-    std::vector<unsigned> rows = rowsOf(selectRows(log_, selection).view);
+    std::vector<unsigned> rows = selectedRows(log_, selection);
     std::erase_if(rows, [&](unsigned row) { return isBelow[row] == 0; });
     return viewOfRows(log_, rows);
 }

@@ -135,6 +135,10 @@ private:
     void clampPlace();
     void requireUnchanged() const;
     Log fresh(std::vector<unsigned>& order, bool holds) const;
+    unsigned originOf(unsigned row) const { return origins_.empty() ? row : origins_[row]; }
+    void touch(unsigned row);
+    bool isTouched(unsigned origin) const;
+    void forgetOrigins();
     void renameIn(Log& to) const;
     void copyRow(unsigned row, Log& to, unsigned toRow) const;
 
@@ -153,6 +157,9 @@ private:
     // For each row of the table the one of the file that it was; empty while all stand as there.
     RowList origins_;
     std::map<std::size_t, std::vector<unsigned>> gone_;
+    // Rows of the file in which a cell was changed since; all of them where a column was.
+    std::vector<bool> touched_;
+    bool areAllTouched_ = false;
     EditLog::Outcome last_;  // where the cursor is to go
 };
 

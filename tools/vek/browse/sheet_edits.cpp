@@ -179,11 +179,20 @@ void Sheet::rowsDeleted(std::size_t edit, unsigned first, unsigned count) {
     recovery_.rowsDeleted(first, count);
 }
 
+void Sheet::touch(unsigned row) {
+    const unsigned origin = originOf(row);
+    if (origin == nowhere) return;
+    if (origin >= touched_.size()) touched_.resize(std::max(origin + 1, log_.rowCount()));
+    touched_[origin] = true;
+}
+
 void Sheet::cellChanged(unsigned row, unsigned column) {
+    touch(row);
     recovery_.cellChanged(log_, row, column);
 }
 
 void Sheet::columnsChanged() {
+    areAllTouched_ = true;
     keepRepeatedNames(log_);
     recovery_.columnsChanged(log_);
     fitColumns();

@@ -90,6 +90,18 @@ void Sheet::requireUnchanged() const {
                                   "again to choose"};
 }
 
+bool Sheet::isTouched(unsigned origin) const {
+    return areAllTouched_ || (origin < touched_.size() && touched_[origin]);
+}
+
+// The rows of the file are those of the table.
+void Sheet::forgetOrigins() {
+    origins_.clear();
+    gone_.clear();
+    touched_.clear();
+    areAllTouched_ = false;
+}
+
 // The file is read once more, and gets what was edited: so all that was not is known to stand as
 // it came. Who held it until now may have changed it.
 Log Sheet::fresh(std::vector<unsigned>& order, bool holds) const {
@@ -98,9 +110,9 @@ Log Sheet::fresh(std::vector<unsigned>& order, bool holds) const {
     requireWhole(to);
     renameIn(to);
     for (unsigned row = 0; row < log_.rowCount(); ++row) {
-        unsigned toRow = origins_.empty() ? row : origins_[row];
-        if (toRow == nowhere) toRow = to.table->add_records(1);
-        copyRow(row, to, toRow);
+        const unsigned origin = originOf(row);
+        const unsigned toRow = origin == nowhere ? to.table->add_records(1) : origin;
+        if (origin == nowhere || isTouched(origin)) copyRow(row, to, toRow);
         order.push_back(toRow);
     }
     return to;
@@ -125,8 +137,7 @@ std::vector<std::string> Sheet::save(bool overwrites) {
         writeInPlace(now, false, out, losses);
         notes = closed(out, losses);
     }
-    origins_.clear();
-    gone_.clear();
+    forgetOrigins();
     edits_.markSaved();
     recovery_.remove();
     mark_ = markOf(log_.path);
