@@ -389,6 +389,78 @@ test("a long log scrolls without a stutter, and each row stands where it belongs
     });
 });
 
+// The processor's time is that of a quiet machine, too, whatever else this one does.
+test("20 rows further in a long log are there in less than the time of two frames", async () => {
+    await withPage(longPage, {}, async (page) => {
+        const session = await page.context().newCDPSession(page);
+        await session.send("Performance.enable", { timeDomain: "threadTicks" });
+        const worked = async () => {
+            const { metrics } = await session.send("Performance.getMetrics");
+            return 1000 * metrics.find((each) => each.name === "TaskDuration").value;
+        };
+        const scroll = (by) => page.evaluate(async (pixels) => {
+            const box = document.querySelector(".rows");
+            const place = box.scrollTop += pixels;
+            for (let i = 0; i < 3; ++i) await new Promise(requestAnimationFrame);
+            return place;
+        }, by);
+        await page.$eval(".rows", (box) => box.scrollIntoView());
+        await scroll(1000);
+        const times = [];
+        for (let i = 0; i < 60; ++i) {
+            const before = await worked();
+            await scroll(i % 30 === 29 ? 400000 : 670);
+            times.push(await worked() - before);
+        }
+        times.sort((a, b) => a - b);
+        const at = (part) => times[Math.floor((times.length - 1) * part)];
+        const told = [0.5, 0.95, 1].map((part) => at(part).toFixed(1));
+        console.log(`        20 rows further: median ${told[0]} ms of the processor, 95 of 100 ` +
+                    `within ${told[1]} ms, longest ${told[2]} ms`);
+        expect(at(0.5) > 0.1, "something is done");
+        expect(at(0.5) < 2 * 16.7, `half of them take less than two frames, not ${at(0.5)} ms`);
+    });
+});
+
+test("however a long log is scrolled, the rows follow each other and fill the frame", async () => {
+    await withPage(longPage, {}, async (page) => {
+        const wrong = await page.evaluate(async () => {
+            const box = document.querySelector(".rows");
+            box.scrollIntoView();
+            const found = [];
+            for (const by of [300, 300, -500, 1500, -200, 9000, -4000, -700, 1e6, -600, -1e7]) {
+                box.scrollTop += by;
+                for (let i = 0; i < 3; ++i) await new Promise(requestAnimationFrame);
+                const rows = Array.from(box.querySelectorAll("tbody tr[id]"));
+                const frame = box.getBoundingClientRect();
+                const numbers = rows.map((row) => Number(row.id.slice(3)));
+                if (numbers.some((each, i) => each !== numbers[0] + i)) found.push(["row", by]);
+                if (rows.some((row, i) => Number(row.getAttribute("aria-rowindex")) !==
+                    numbers[i] + 1)) found.push(["index", by]);
+                if (rows.at(-1).getBoundingClientRect().bottom < frame.bottom ||
+                    rows[0].getBoundingClientRect().top > frame.top + 60) found.push(["gap", by]);
+            }
+            return found;
+        });
+        expectSame(wrong, [], "what is wrong behind which steps");
+    });
+});
+
+test("a click on a clip of a long log brings its row into sight, far down as it is", async () => {
+    await withPage(longPage, {}, async (page) => {
+        const anchor = await page.$eval("svg.timeline g:last-of-type a:last-of-type, " +
+            "svg.timeline a:last-of-type", (link) => link.getAttribute("href"));
+        await page.evaluate((href) => document.querySelector(`svg.timeline a[href='${href}']`)
+            .dispatchEvent(new MouseEvent("click", { bubbles: true, cancelable: true })), anchor);
+        await page.waitForTimeout(500);
+        const isInSight = await page.$eval("tr.here", (row) => {
+            const box = row.getBoundingClientRect();
+            return box.top >= 0 && box.bottom <= innerHeight;
+        });
+        expect(isInSight, `${anchor} is in sight`);
+    });
+});
+
 test("a long log is sorted and filtered as the program does it", async () => {
     await withPage(longPage, {}, async (page) => {
         const took = await page.evaluate(() => {

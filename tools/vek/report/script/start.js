@@ -5,6 +5,7 @@ class LogSection {
         this.section = section;
         this.log = new PageLog(data, Number(section.id.slice("log-".length)));
         this.choice = new Choice(this.log);
+        section.classList.toggle("long", this.log.rowCount > mostRowsAtOnce);
         this.box = section.querySelector(".rows");
         this.table = new LogTable(this.log, this.box, this.choice, () => this.tell());
         this.table.onOpen = (row) => this.showDetail(row);

@@ -140,8 +140,8 @@ class LogTable {
         const first = Math.max(0, Math.min(top - rowsBeyondSight, this.rows.length - count));
         const isNear = this.first >= 0 && this.step === this.rowHeight &&
             Math.abs(first - this.first) < rowsBeyondSight / 2 && first !== 0;
-        if (isNear || first === this.first) return;
-        this.first = first;
+        const isSameSize = this.end - this.first === count;
+        if (isSameSize && (isNear || first === this.first)) return;
         const drawn = count * this.rowHeight;
         const above = this.step === this.rowHeight
             ? first * this.rowHeight
@@ -149,9 +149,25 @@ class LogTable {
                        this.height - drawn);
         this.before.firstChild.style.height = `${above}px`;
         this.behind.firstChild.style.height = `${Math.max(0, this.height - drawn - above)}px`;
-        const rows = [];
-        for (let i = first; i < first + count; ++i) rows.push(this.rowAt(i));
-        this.body.replaceChildren(this.before, ...rows, this.behind);
+        this.drawRows(first, first + count);
+    }
+
+    // Those that stay in sight stay as they are, and are not laid out anew.
+    drawRows(first, end) {
+        const [oldFirst, oldEnd] = [this.first, this.end];
+        [this.first, this.end] = [first, end];
+        if (oldFirst < 0 || end <= oldFirst || oldEnd <= first) {
+            this.body.replaceChildren(this.before, ...this.rowsAt(first, end), this.behind);
+            return;
+        }
+        for (let i = oldFirst; i < first; ++i) this.before.nextSibling.remove();
+        for (let i = end; i < oldEnd; ++i) this.behind.previousSibling.remove();
+        this.before.after(...this.rowsAt(first, oldFirst));
+        this.behind.before(...this.rowsAt(oldEnd, end));
+    }
+
+    rowsAt(first, end) {
+        return Array.from({ length: Math.max(0, end - first) }, (_, i) => this.rowAt(first + i));
     }
 
     clicked(event) {
