@@ -92,6 +92,21 @@ TEST(BrowseSheet, AFileThatIsThereIsNotOverwrittenUnasked) {
     EXPECT_EQ("mine", opened.read("there.csv"));
 }
 
+TEST(BrowseSheet, SavingAllUnderTheLogsOwnNameIsSavingIt) {
+    Opened opened(theLog);
+    std::filesystem::create_symlink("log.csv", opened.folder.file("link.csv"));
+    for (const char* name : {"log.csv", "link.csv"}) {
+        opened.press("d a");
+        opened.type(opened.folder.file(name).string());
+        opened.press("Enter");
+        EXPECT_FALSE(opened.sheet().isUnsaved()) << name;
+        EXPECT_FALSE(opened.has(edits)) << name;
+        EXPECT_FALSE(opened.sheet().isChangedOnDisk()) << name;
+    }
+    EXPECT_EQ("Name,Scene,Notes\nb,2,x\n", opened.read());
+    EXPECT_TRUE(std::filesystem::is_symlink(opened.folder.file("link.csv")));
+}
+
 TEST(BrowseSheet, LeavingAsksAboutWhatIsNotSaved) {
     Opened opened(theLog);
     opened.press("d q");
@@ -210,7 +225,7 @@ TEST(BrowseSheet, EachOfTwoBrowsersOfALogKeepsItsOwnEdits) {
     EXPECT_THAT(first.shown(), ElementsAre("a", "b"));
     first.forget();
     first.start();
-    first.press("d d j d ^S");
+    first.press("d y d y j d ^S");
     EXPECT_EQ("Name,Scene,Notes\nc,3,\"with, comma\"\nb,2,x\n", first.read());
     EXPECT_FALSE(first.has(edits));
     EXPECT_FALSE(first.has(edits + std::string("-2")));
@@ -389,6 +404,24 @@ TEST(BrowseSheet, EditsOfAnotherStateOfTheFileAreNotMade) {
     opened.press("r");
     EXPECT_THAT(opened.shown(), ElementsAre("another one"));
     EXPECT_TRUE(opened.has(edits));
+}
+
+TEST(BrowseSheet, EditsToBeRecoveredAreNotLostByOneKeyThatWasTypedAhead) {
+    Opened opened(theLog);
+    opened.press("d");
+    opened.forget();
+    opened.start();
+    opened.press("d j");
+    EXPECT_TRUE(opened.has(edits));
+    opened.forget();
+    opened.start();
+    opened.press("r");
+    EXPECT_THAT(opened.shown(), ElementsAre("a", "b"));
+    opened.forget();
+    opened.start();
+    opened.press("d y");
+    EXPECT_FALSE(opened.has(edits));
+    EXPECT_THAT(opened.shown(), ElementsAre("c", "a", "b"));
 }
 
 TEST(BrowseSheet, ARecoveryFileThatIsALinkIsNotWrittenThrough) {
@@ -589,8 +622,9 @@ TEST(BrowseSheet, EveryQuestionShowsItsChoicesOnANarrowScreen) {
     Opened opened(theLog);
     opened.press("d q");
     expectChoices(opened, {"(s)ave", "(d)iscard"});
+    opened.write("there.csv", "mine");
     opened.press("x a");
-    opened.type(opened.path());
+    opened.type(opened.folder.file("there.csv").string());
     opened.press("Enter");
     expectChoices(opened, {"(o)verwrite"});
     opened.press("x");
@@ -609,6 +643,8 @@ TEST(BrowseSheet, EveryQuestionShowsItsChoicesOnANarrowScreen) {
     opened.forget();
     opened.start();
     expectChoices(opened, {"(d)elete"});
+    opened.press("d");
+    expectChoices(opened, {"(y)es"});
 }
 
 TEST(BrowseSheet, AQuestionOfManyLinesShowsItsEndOnALowScreenAndIsGoneWithItsAnswer) {

@@ -107,10 +107,12 @@ private:
     void save();
     void saveNow(bool overwrites);
     void saveAs(bool asShown);
+    bool isOwnFile(const std::string& path) const;
     void open(const std::string& path);
     Sheet& addSheet(Log log);
     void offerRecovery();
     void offerNext();
+    void askToDrop(const std::string& path);
     void recover(Sheet& sheet, const std::string& path);
     void recoverInto(Sheet& sheet, const std::string& path);
     std::size_t placeOf(const Sheet& sheet) const;

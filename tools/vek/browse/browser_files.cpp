@@ -60,6 +60,7 @@ void Browser::saveAs(bool asShown) {
     const char* title = asShown ? "save what is shown as " : "save all as ";
     ask(title, "", [this, asShown](const std::string& path) {
         if (path.empty()) return;
+        if (!asShown && isOwnFile(path)) return save();
         const auto write = [this, asShown, path] {
             later("saving", [this, asShown, path] {
                 message_ = told("saved as " + path, sheet().saveAs(path, asShown));
@@ -70,6 +71,11 @@ void Browser::saveAs(bool asShown) {
         question_ =
             Question{concat(path, " is there: (o)verwrite it, or any other key"), {{"o", write}}};
     });
+}
+
+bool Browser::isOwnFile(const std::string& path) const {
+    std::error_code ignored;
+    return std::filesystem::equivalent(path, sheet().log().path, ignored);
 }
 
 void Browser::open(const std::string& path) {
@@ -106,7 +112,7 @@ void Browser::offerNext() {
     if (place == sheets_.size()) return offerNext();
     current_ = place;
     const std::optional<FileMark> mark = markOf(sheet().log().path);
-    const auto drop = [path = offer.path] { Recovery::drop(path); };
+    const auto drop = [this, path = offer.path] { askToDrop(path); };
     if (!mark || !Recovery::fits(offer.path, *mark)) {
         question_ = Question{concat(offer.path,
                                     " holds edits of another state of this file: "
@@ -119,6 +125,13 @@ void Browser::offerNext() {
         concat(offer.path, " holds edits not saved: (r)ecover ",
                isFirst ? "" : "in a sheet of their own ", "or (d)elete them, any other key"),
         {{"r", [this, offer] { recover(*offer.sheet, offer.path); }}, {"d", drop}}};
+}
+
+// A key that somebody typed ahead, not knowing of the question, is not enough.
+void Browser::askToDrop(const std::string& path) {
+    question_ = Question{
+        concat("the edits in ", path, " are lost then: (y)es, delete them, or any other key"),
+        {{"y", [path] { Recovery::drop(path); }}}};
 }
 
 // Edits of two browsers are two logs: each is made to the log as it is on the disk.
