@@ -163,6 +163,7 @@ int main(int count, char** words) {
         std::fputs("Name\na\n", small);
         std::fclose(small);
     }
+    for (const char* made : {"/all.csv", "/shown.csv"}) std::filesystem::remove(folder + made);
     ::mallopt(M_MXFAST, 0);  // as the program does
     Browser browser{vek::formats::Opening()};
     const double begin = now();

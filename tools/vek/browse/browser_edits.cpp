@@ -53,13 +53,8 @@ void Browser::tagEach(Sheet::Rows rows, Sheet::Tagging how, std::function<void()
 // Of the rows shown.
 void Browser::tagBy(const std::string& condition, Sheet::Tagging how) {
     later("choosing", [this, condition, how] {
-        Sheet::Rows rows = sheet().shownRows();
-        if (!condition.empty()) {
-            const Log& log = sheet().log();
-            std::vector<char> holds(log.rowCount());
-            for (unsigned row : selectedRows(log, rowsWhere(condition))) holds[row] = 1;
-            std::erase_if(rows, [&](unsigned row) { return holds[row] == 0; });
-        }
+        Sheet::Rows rows =
+            condition.empty() ? sheet().shownRows() : sheet().shownRows(rowsWhere(condition));
         const std::string told = counted(rows.size(), "row") + " matched";
         tagEach(std::move(rows), how, [this, told] { message_ = told; });
     });

@@ -73,12 +73,17 @@ unsigned RowStack::placeOf(unsigned row) const {
     return place < 0 ? nowhere : static_cast<unsigned>(place);
 }
 
-VDBView RowStack::chosen(const Selection& selection, const VDBView& below) const {
+std::vector<unsigned> RowStack::chosenRows(const Selection& selection, const VDBView& below) const {
+    std::vector<unsigned> rows = selectedRows(log_, selection);
+    if (isWhole(log_, below, 0)) return rows;
     std::vector<char> isBelow(log_.rowCount());
     for (unsigned row : rowsOf(below)) isBelow[row] = 1;
-    std::vector<unsigned> rows = selectedRows(log_, selection);
     std::erase_if(rows, [&](unsigned row) { return isBelow[row] == 0; });
-    return viewOfRows(log_, rows);
+    return rows;
+}
+
+VDBView RowStack::chosen(const Selection& selection, const VDBView& below) const {
+    return viewOfRows(log_, chosenRows(selection, below));
 }
 
 VDBView RowStack::sorted(const VDBView& view, const std::vector<unsigned>& order) const {

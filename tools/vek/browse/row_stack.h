@@ -29,6 +29,10 @@ public:
     unsigned placeOf(unsigned row) const;
     static constexpr unsigned nowhere = 0xFFFFFFFF;
     const VDBView& shown() const { return shown_; }
+    /// The shown ones that are chosen, in the order of the table.
+    std::vector<unsigned> chosenRows(const Selection& selection) const {
+        return chosenRows(selection, shown_);
+    }
 
     /// One more view on the stack. A Failure leaves the stack as it was.
     void filter(const std::string& name, const Selection& selection);
@@ -62,6 +66,7 @@ private:
     };
     class Moves;
 
+    std::vector<unsigned> chosenRows(const Selection& selection, const VDBView& below) const;
     VDBView chosen(const Selection& selection, const VDBView& below) const;
     VDBView sorted(const VDBView& view, const std::vector<unsigned>& order) const;
     void show();

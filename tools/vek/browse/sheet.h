@@ -77,6 +77,8 @@ public:
     void sort(std::vector<unsigned> columns, bool isReversed);
     void refresh();
     Rows shownRows() const;
+    /// Those of them that are chosen, in the order of the table.
+    Rows shownRows(const Selection& selection) const { return rows_.chosenRows(selection); }
 
     // --- tags, in the column "Tag"
     bool isTagged(unsigned row) const;
