@@ -526,6 +526,57 @@ TEST_F(Replacing, ALinkThatTakesTheFilesPlaceMeanwhileIsNotFollowed) {
     EXPECT_EQ(folder.names(), (Names{"out", "target"}));
 }
 
+// A pipe that waits under the name is written to as it is; what is put in its place is not, be it a
+// link or a file.
+TEST_F(Replacing, WhatTakesAPipesPlaceMeanwhileIsNotWrittenTo) {
+    const std::string out = path("out");
+    for (const bool isLink : {true, false}) {
+        folder.write("target", "untouched");
+        ASSERT_EQ(::mkfifo(out.c_str(), 0600), 0);
+        FileReplacement file(false);
+        ASSERT_TRUE(file.find(out.c_str()) && file.isWrittenDirectly());
+        ASSERT_EQ(::unlink(out.c_str()), 0);
+        const int put =
+            isLink ? ::symlink("target", out.c_str()) : ::link(path("target").c_str(), out.c_str());
+        ASSERT_EQ(put, 0);
+        EXPECT_FALSE(file.open() && file.write("new") && file.commit()) << isLink;
+        EXPECT_EQ(folder.read("target"), "untouched") << isLink;
+        ASSERT_EQ(::unlink(out.c_str()), 0);
+    }
+}
+
+// Who listens there would be given the text, or keep the writer waiting for ever.
+TEST_F(Replacing, PipesOfOthersInStickyFoldersAreNotWrittenTo) {
+    const struct {
+        const char* name;
+        mode_t mode;
+        uid_t owner;  // of the folder
+        uid_t ownerOfPipe;
+        bool isWritten;
+    } folders[] = {{"sticky", 01777, 0, alice, false},
+                   {"stickyOwnPipe", 01777, 0, 0, true},
+                   {"ofItsOwner", 01777, alice, alice, true},
+                   {"foreign", 0755, alice, alice, true},
+                   {"open", 0777, 0, alice, true}};
+    for (const auto& entry : folders) {
+        const std::string place = path(entry.name);
+        const std::string pipe = place + "/out";
+        ASSERT_EQ(::mkdir(place.c_str(), 0700), 0);
+        ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+        const int reader = ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        const bool isGiven = ::chown(pipe.c_str(), entry.ownerOfPipe, 0) == 0 &&
+                             ::chown(place.c_str(), entry.owner, 0) == 0;
+        ASSERT_EQ(::chmod(place.c_str(), entry.mode), 0);
+        const bool isWritten = entry.isWritten || !isGiven;
+        EXPECT_EQ(replace((std::string(entry.name) + "/out").c_str(), "new"),
+                  isWritten ? FileReplacement::eNone : FileReplacement::eSystem)
+            << entry.name;
+        char text[8];
+        EXPECT_EQ(::read(reader, text, sizeof text), isWritten ? 3 : 0) << entry.name;
+        ::close(reader);
+    }
+}
+
 // Of two that make a new file of one name the second one is told, however late the first came.
 TEST_F(Replacing, WhatIsToBeNewTakesNoPlaceThatWasTakenMeanwhile) {
     static std::string taken;

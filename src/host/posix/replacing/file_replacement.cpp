@@ -144,11 +144,10 @@ private:
     }
 
     FileTrouble openDirect() {
-        const bool isOwn = place_.kind() == Place::Kind::descriptor;
-        constexpr int flags = O_WRONLY | O_CLOEXEC | O_NOCTTY;
-        direct_ = Descriptor(
-            isOwn ? systemCalls().duplicate(place_.descriptor())
-                  : systemCalls().openAt(place_.folder(), place_.name().c_str(), flags, 0));
+        if (place_.kind() != Place::Kind::descriptor) {
+            return place_.openDirect(direct_);
+        }
+        direct_ = Descriptor(systemCalls().duplicate(place_.descriptor()));
         return direct_.isOpen() ? FileTrouble() : FileTrouble::ofCall();
     }
 

@@ -23,9 +23,12 @@ bool isTrusted(uid_t owner) {
     return owner == 0 || owner == ::geteuid();
 }
 
+bool isStickyFolder(const struct stat& folder) {
+    return (folder.st_mode & S_ISVTX) != 0 && (folder.st_mode & 022) != 0;
+}
+
 bool isExposedFolder(const struct stat& folder) {
-    const bool isSticky = (folder.st_mode & S_ISVTX) != 0 && (folder.st_mode & 022) != 0;
-    return isSticky || !isTrusted(folder.st_uid);
+    return isStickyFolder(folder) || !isTrusted(folder.st_uid);
 }
 
 // The links of this file system are no texts: each leads to a thing itself.
@@ -134,13 +137,21 @@ private:
         }
         isFound_ = place_.kind_ != Kind::link || !followsLast_;
         if (isFound_) {
-            return {};
+            return isTrap() ? FileTrouble::ofSystem(EACCES) : FileTrouble();
         }
         if (isListOfProcesses(place_.folder()) && findOpen()) {
             isFound_ = true;
             return {};
         }
         return follow(part, place_.status_);
+    }
+
+    // Whoever listens there would be given what is written for somebody else.
+    bool isTrap() const {
+        const struct stat& folder = place_.folderStatus_;
+        const struct stat& found = place_.status_;
+        return place_.kind_ == Kind::direct && S_ISFIFO(found.st_mode) && isStickyFolder(folder) &&
+               !isTrusted(found.st_uid) && found.st_uid != folder.st_uid;
     }
 
     FileTrouble follow(const std::string& part, const struct stat& link) {
@@ -176,8 +187,12 @@ private:
             place_.descriptor_ = number;
             return true;
         }
-        place_.kind_ = isDirect(status) ? Kind::direct : place_.kind_;
-        return place_.kind_ == Kind::direct;
+        if (!isDirect(status)) {
+            return false;
+        }
+        place_.kind_ = Kind::direct;
+        place_.status_ = status;
+        return place_.isListed_ = true;
     }
 
     Place& place_;
@@ -203,6 +218,22 @@ FileTrouble Place::look() {
     kind_ = isFile ? Kind::file : S_ISLNK(status_.st_mode) ? Kind::link : Kind::direct;
     const bool isWritable = isFile || kind_ == Kind::link || isDirect(status_);
     return isWritable ? FileTrouble() : FileTrouble::ofSystem(ENXIO);
+}
+
+// Meanwhile something else may have been put there.
+FileTrouble Place::openDirect(Descriptor& file) const {
+    const int flags = O_WRONLY | O_CLOEXEC | O_NOCTTY | (isListed_ ? 0 : O_NOFOLLOW);
+    Descriptor opened(systemCalls().openAt(folder(), name_.c_str(), flags, 0));
+    struct stat status;
+    const bool isLink = !opened.isOpen() && errno == ELOOP;
+    if (!isLink && (!opened.isOpen() || systemCalls().status(opened.get(), &status) != 0)) {
+        return FileTrouble::ofCall();
+    }
+    if (isLink || !isSameFile(status, status_)) {
+        return {FileTrouble::changed, EBUSY};
+    }
+    file = std::move(opened);
+    return {};
 }
 
 bool Place::isExposed() const {

@@ -21,11 +21,14 @@ public:
 
     /// Links are followed, with or without one at the very end. As the system's protection of
     /// links has it, and also where that is off, one of somebody else's is refused in a sticky
-    /// folder, and in a folder that is neither the superuser's nor one's own.
+    /// folder, and in a folder that is neither the superuser's nor one's own. So it is with FIFOs
+    /// of others in sticky folders that are not theirs either.
     FileTrouble find(const std::string& path, bool followsLast);
 
     /// Looks again at what stands under the name.
     FileTrouble look();
+    /// Opens what is written to directly, if it is what was found.
+    FileTrouble openDirect(FileIO::Descriptor& file) const;
 
     Kind kind() const { return kind_; }
     int folder() const { return folder_.get(); }
@@ -45,6 +48,7 @@ private:
     std::string name_;
     struct stat status_ = {};
     Kind kind_ = Kind::nothing;
+    bool isListed_ = false;  // a link of the system's list, which leads to the thing itself
     int descriptor_ = -1;
 };
 
