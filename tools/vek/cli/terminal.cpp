@@ -55,9 +55,12 @@ void outliveClosedPipes() {
     std::signal(SIGPIPE, SIG_IGN);
 }
 
+// A few freed megabytes are kept: a file is written piece by piece, and pages that went back to the
+// system after each would have to be asked for and cleared anew.
 void giveLargeBlocksBack() {
 #ifdef __GLIBC__
     ::mallopt(M_MMAP_THRESHOLD, 1 << 20);
+    ::mallopt(M_TRIM_THRESHOLD, 4 << 20);
 #endif
 }
 
