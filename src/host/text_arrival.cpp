@@ -36,9 +36,7 @@ Quor::Ptr<TextArrival> TextArrival::beginOwn(int opened) {
 }
 
 TextArrival::TextArrival(int file, std::size_t size)
-    : file_(file), stamp_(FileStamp::of(file)), text_(TextBlock::create(size)) {
-    FileIO::expectFilling(*text_);
-}
+    : file_(file), stamp_(FileStamp::of(file)), text_(TextBlock::create(size)) {}
 
 TextArrival::~TextArrival() {
     ahead_.reset();

@@ -28,6 +28,7 @@ TextBlock::TextBlock(std::size_t bytes)
     : block_(allocate(withTerminator(LargePages::slackFor(bytes), bytes))),
       data_(LargePages::startIn(block_, LargePages::slackFor(bytes))),
       size_(bytes) {
+    expectFilling(data_, size_ + 1);
     data_[size_] = 0;
 }
 

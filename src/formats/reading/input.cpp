@@ -194,11 +194,13 @@ void Input::readAgain(std::uint64_t from, char* to, std::size_t size) const {
                                   "is written; look at it, and give the command again"};
 }
 
-const std::vector<char>& Input::textAgain() const {
-    if (!again_.empty()) return again_;
-    std::vector<char> text(static_cast<std::size_t>(size()));
-    readAgain(0, text.data(), text.size());
-    return again_ = std::move(text);
+std::string_view Input::textAgain() const {
+    if (!again_) {
+        const Quor::Ptr<TextBlock> text = TextBlock::create(static_cast<std::size_t>(size()));
+        readAgain(0, text->data(), text->size());
+        again_ = text;
+    }
+    return {again_->data(), again_->size()};
 }
 
 }  // namespace vek::formats

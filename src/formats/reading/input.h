@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include <vekdb/host/open_file.h>
 #include <vekdb/host/text_block.h>
@@ -55,8 +54,8 @@ public:
     /// Reads bytes of what was kept. A Failure with `unwritable` where they are gone.
     void readAgain(std::uint64_t from, char* to, std::size_t size) const;
     /// All of it, kept in memory from then on for everybody who asks.
-    const std::vector<char>& textAgain() const;
-    bool holdsTextAgain() const { return !again_.empty(); }
+    std::string_view textAgain() const;
+    bool holdsTextAgain() const { return again_ != nullptr; }
 
 private:
     void open(OpenFile file);
@@ -83,7 +82,7 @@ private:
     std::size_t expected_ = 0;  ///< the size, as far as known beforehand
     std::size_t most_ = 0;      ///< more is not read of what does not tell its size
     OpenFile file_;
-    mutable std::vector<char> again_;
+    mutable Quor::Ptr<TextBlock> again_;
 };
 
 }  // namespace vek::formats

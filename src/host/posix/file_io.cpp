@@ -47,9 +47,7 @@ int errorOfCall() {
 class WholeReader {
 public:
     WholeReader(int file, std::size_t hint, std::uint64_t limit)
-        : file_(file), limit_(limit), text_(TextBlock::create(hint)) {
-        expectFilling(*text_);
-    }
+        : file_(file), limit_(limit), text_(TextBlock::create(hint)) {}
 
     // 0, or the error.
     int readToEnd() {
