@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 
 #include <vekdb/host/visibility.h>
 
@@ -32,6 +34,9 @@ public:
     /// Bytes of that line, its end not counted, where it had all of the row's values: the row is
     /// written as it was read. 0 for every other row.
     static std::size_t sizeAsRead(const dbrecord& row);
+    /// Where that line, or any other whose values were kept together, begins in the text that the
+    /// row was read from. Nothing of rows whose values stand elsewhere by now.
+    static std::optional<std::uint64_t> placeAsRead(const dbrecord& row);
 
 private:
     const vekdb& table_;

@@ -80,7 +80,10 @@ struct Source {
     std::size_t rows = 0;                  ///< that were read
     std::vector<std::string> memberNames;  ///< of JSON objects, one for each column
     std::vector<Cell> exactCells;          ///< that notes in a table file put right
-    bool endsOpen = false;                 ///< a quote of the last row is never closed
+    /// Rows of a table file whose places are known and whose lines are others than writing them
+    /// makes, with the end that its heading has; none where there is no such row.
+    std::vector<bool> oddRows;
+    bool endsOpen = false;        ///< a quote of the last row is never closed
     bool hasLoneReturns = false;  ///< some lines end with a carriage return and no line feed
     bool isDamaged = false;       ///< a table file that is to be written anew, and so mended
     /// Found out where they are asked for: whether bytes are no UTF-8, and which gaps of JSON

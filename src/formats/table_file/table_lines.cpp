@@ -8,7 +8,7 @@
 #include <vekdb/host/text_file.h>
 #include <vekdb/host/text_util.h>
 #include "formats/reading/input.h"
-#include "formats/table_file/table_rewriting.h"
+#include "formats/table_file/table_places.h"
 #include "formats/text/text_lines.h"
 
 namespace vek::formats {

@@ -10,6 +10,7 @@
 #include "formats/choosing/select.h"
 #include "formats/reading/input.h"
 #include "formats/reading/progress.h"
+#include "formats/reading/source.h"
 #include "formats/saving/patched_text.h"
 #include "formats/saving/rows_in_place.h"
 #include "formats/saving/save_in_place.h"
@@ -21,25 +22,39 @@ namespace vek::formats {
 
 namespace {
 
-// Behind so many lines; none where the text has fewer that end.
-std::size_t endOfLines(std::string_view text, std::size_t lines) {
-    std::size_t at = 0;
-    for (; lines > 0; --lines) {
-        const std::size_t end = text.find('\n', at);
-        if (end == text.npos) return text.npos;
-        at = end + 1;
-    }
-    return at;
+std::string_view textOf(const TextFile& lines) {
+    return lines.block() ? std::string_view(lines.block()->data(), lines.textSize())
+                         : std::string_view();
 }
 
-// A heading of lines that end as those of rows do. It stands in the first piece as a rule.
-std::size_t endOfHeading(const Log& log) {
-    const Input& input = *log.source->input;
-    std::string text(std::min<std::uint64_t>(FirstLook::size, input.size()), '\0');
-    input.readAgain(0, text.data(), text.size());
-    const std::size_t end = endOfLines(text, log.source->headingLines);
-    return std::string_view(text).substr(0, end).find('\r') == text.npos ? end : text.npos;
-}
+// Reads odd lines again: each alone where they are few, so that not all of the file is read for
+// them.
+class OddLines {
+public:
+    explicit OddLines(const Source& source)
+        : input_(*source.input), reader_(input_), areFew_(isFew(source)) {}
+
+    /// Valid until the next call.
+    std::string_view read(Range range) {
+        if (!areFew_) return reader_.read(range);
+        line_.resize(range.size());
+        input_.readAgain(range.begin, line_.data(), line_.size());
+        return line_;
+    }
+
+private:
+    static bool isFew(const Source& source) {
+        constexpr std::size_t bytesForOne = 8192;
+        const auto count = static_cast<std::size_t>(
+            std::count(source.oddRows.begin(), source.oddRows.end(), true));
+        return count < source.places.size() / bytesForOne;
+    }
+
+    const Input& input_;
+    SourceReader reader_;
+    bool areFew_;
+    std::string line_;
+};
 
 // The rows of a log, written one behind the other into the place of its file.
 class TableRewriting {
@@ -48,8 +63,9 @@ public:
         : saving_(saving),
           log_(saving.log),
           source_(*log_.source),
+          places_(source_.places),
           rows_(rows),
-          reader_(*source_.input),
+          odd_(source_),
           form_(tableInPlace(saving)),
           noRows_(log_.table.get()),
           areAll_(!saving.hasColumnsAsTheyCame() || !saving.hasUnnamedAsTheyCame()),
@@ -62,12 +78,18 @@ public:
         PatchedText beginning = this->beginning();
         requireSameReading(log_, beginning, out.name(), nullptr);
         out.write(heading_);
-        writeRows(out);
+        Progress progress(log_.opening.watcher, "writing", rows_.size());
+        for (std::size_t at = 0; at < rows_.size(); progress.reach(at)) {
+            at = put(at, [&](std::string_view text) { out.write(text); });
+        }
+        out.copy(*source_.input, places_.gapBefore(places_.count()));
         return Rewriting::done;
     }
 
 private:
-    bool isNew(unsigned row) const { return row >= source_.places.count(); }
+    static constexpr std::size_t pieceSize = 1 << 18;
+
+    bool isNew(unsigned row) const { return row >= places_.count(); }
 
     // Whether a row may say something else than its line in the file.
     bool mayDiffer(unsigned row) const {
@@ -92,64 +114,127 @@ private:
     }
 
     void makeHeading() {
-        const std::string came(reader_.read(source_.places.heading()));
+        const std::string came(odd_.read(places_.heading()));
         const Sheet none{log_, noRows_, saving_.columns};
         form_->begin(none, rows_);
         heading_ = form_->heading(came);
         isHeadingSame_ = heading_ == came;
+        lineEnd_ = endOfLine(came);
     }
 
     bool isAnyChanged() {
         if (!isHeadingSame_ || areAll_ || !areRowsAsTheyCame()) return true;
         return std::any_of(rows_.begin(), rows_.end(), [&](unsigned row) {
-            return recordOf(log_, row).get_changed() &&
-                   !form_->reads(reader_.read(source_.places.row(row)), row);
+            return recordOf(log_, row).get_changed() && !stillReads(row);
         });
     }
 
+    bool stillReads(unsigned row) { return form_->reads(odd_.read(places_.row(row)), row); }
+
     bool areRowsAsTheyCame() const {
         const auto isOther = [next = 0u](unsigned row) mutable { return row != next++; };
-        return rows_.size() == source_.places.count() &&
-               std::none_of(rows_.begin(), rows_.end(), isOther);
+        return rows_.size() == places_.count() && std::none_of(rows_.begin(), rows_.end(), isOther);
     }
 
-    PatchedText beginning() const {
-        TextFile lines;
-        RowLines(*log_.table).append(rows_.data(), rows_.size(), FirstLook::size, lines);
+    PatchedText beginning() {
         PatchedText text;
         text.own() += heading_;
-        text.own() += textOf(lines);
+        std::size_t size = heading_.size();
+        for (std::size_t at = 0; at < rows_.size() && size < FirstLook::size;) {
+            at = put(at, [&](std::string_view piece) {
+                text.own() += piece;
+                size += piece.size();
+            });
+        }
         return text;
     }
 
-    static std::string_view textOf(const TextFile& lines) {
-        return lines.block() ? std::string_view(lines.block()->data(), lines.textSize())
-                             : std::string_view();
+    // Lines from that place in the order on, as many as are put together; the place behind them.
+    template <class Take>
+    std::size_t put(std::size_t at, Take take) {
+        if (isOdd(at)) return putOdd(at, take);
+        if (at >= endOfMade_ || at < beginOfMade_) findMade(at);
+        TextFile lines;
+        at += made_.append(rows_.data() + at, endOfMade_ - at, pieceSize, lines);
+        take(withLineEnds(textOf(lines)));
+        return at;
     }
 
-    void writeRows(Output& out) const {
-        constexpr std::size_t piece = 1 << 18;
-        const RowLines lines(*log_.table);
-        Progress progress(log_.opening.watcher, "writing", rows_.size());
-        for (std::size_t row = 0; row < rows_.size();) {
-            progress.reach(row);
-            TextFile text;
-            row += lines.append(rows_.data() + row, rows_.size() - row, piece, text);
-            out.write(textOf(text));
+    bool isOdd(std::size_t at) const {
+        const unsigned row = rows_[at];
+        return row < source_.oddRows.size() && source_.oddRows[row];
+    }
+
+    void findMade(std::size_t at) {
+        beginOfMade_ = at;
+        endOfMade_ = at;
+        if (source_.oddRows.empty()) endOfMade_ = rows_.size();
+        while (endOfMade_ < rows_.size() && !isOdd(endOfMade_)) ++endOfMade_;
+    }
+
+    // No value holds a line feed where a row is written.
+    std::string_view withLineEnds(std::string_view lines) {
+        if (lineEnd_ == "\n") return lines;
+        ended_.clear();
+        for (std::size_t end = 0; !lines.empty(); lines.remove_prefix(end + 1)) {
+            end = lines.find('\n');
+            ended_.append(lines, 0, end).append(lineEnd_);
         }
+        return ended_;
+    }
+
+    template <class Take>
+    std::size_t putOdd(std::size_t at, Take take) {
+        const unsigned row = rows_[at];
+        const bool isWritten = areAll_ || (recordOf(log_, row).get_changed() && !stillReads(row));
+        const Range range = isWritten ? places_.row(row) : keptFrom(at);
+        const std::string_view came = odd_.read(range);
+        const std::string_view end = endOfLine(came);
+        if (isWritten) take(madeLine(row));
+        take(isWritten ? end : came);
+        at += isWritten ? 1 : keptRows_;
+        if (end.empty() && at < rows_.size()) take(lineEnd_);
+        return at;
+    }
+
+    // The line of a row that stays, and those behind it that stay behind it.
+    Range keptFrom(std::size_t at) {
+        Range range = places_.row(rows_[at]);
+        keptRows_ = 1;
+        for (std::size_t next = at + 1; next < rows_.size() && isOdd(next); ++next) {
+            const Range behind = places_.row(rows_[next]);
+            if (behind.begin != range.end || range.size() >= pieceSize) break;
+            if (recordOf(log_, rows_[next]).get_changed()) break;
+            range.end = behind.end;
+            ++keptRows_;
+        }
+        return range;
+    }
+
+    std::string madeLine(unsigned row) const {
+        TextFile line;
+        RowLines::append(recordOf(log_, row), line);
+        return std::string(line.line(0));
     }
 
     const Saving& saving_;
     const Log& log_;
     const Source& source_;
+    const RowPlaces& places_;
     const std::vector<unsigned>& rows_;
-    SourceReader reader_;
+    OddLines odd_;
+    const RowLines made_{*log_.table};
     std::unique_ptr<RowsInPlace> form_;
     VDBView noRows_;
     bool areAll_;
     std::vector<std::string_view> cells_;
     std::string heading_;
     bool isHeadingSame_ = false;
+    std::string lineEnd_;  // of lines that are made
+    std::string ended_;
+    std::size_t beginOfMade_ = 0;  // places in the order, of rows whose lines are made
+    std::size_t endOfMade_ = 0;
+    std::size_t keptRows_ = 0;
 };
 
 // What is in another encoding or packed is written as a whole, and pieces have no gaps between
@@ -162,31 +247,6 @@ bool mayRewrite(const Saving& saving, const InPlace& now) {
 }
 
 }  // namespace
-
-// No line is shorter than what writing its row makes, so where all together are as long, each is. A
-// last line without an end may be.
-bool isAsWritten(const Log& log, std::uint64_t heading, std::uint64_t size, RowPlaces* places) {
-    if (log.endsInLine) return false;
-    if (places != nullptr) places->beginAt(heading);
-    std::uint64_t at = heading;
-    for (unsigned row = 0; row < log.rowCount(); ++row) {
-        const std::size_t line = RowLines::sizeAsRead(recordOf(log, row));
-        if (line == 0) return false;
-        if (places != nullptr) places->add({at, at + line + 1});
-        at += line + 1;
-    }
-    if (places != nullptr) places->endAt(at);
-    return at == size;
-}
-
-void notePlacesAsWritten(Log& log) {
-    const std::size_t heading = endOfHeading(log);
-    if (heading == std::string_view::npos) return;
-    RowPlaces places;
-    if (isAsWritten(log, heading, log.source->input->size(), &places)) {
-        log.source->places = std::move(places);
-    }
-}
 
 Rewriting rewriteTable(const Saving& saving, const InPlace& now, bool mayStay, Output& out) {
     if (!mayRewrite(saving, now)) return Rewriting::notPossible;

@@ -105,3 +105,10 @@ std::size_t RowLines::sizeAsRead(const dbrecord& row) {
     if (stored == 0 || stored != row.get_num_fields() || !isAsRead(row)) return 0;
     return RecordAccess::slices(row)->next()[stored - 1] - std::size_t{1};
 }
+
+// Values that stand as they were quoted have a quote in front, others the line's first byte.
+std::optional<std::uint64_t> RowLines::placeAsRead(const dbrecord& row) {
+    const LineSlices* const slices = RecordAccess::slices(row);
+    if (slices == nullptr) return std::nullopt;
+    return slices->offset() - (slices->gap() == LineSlices::quotedGap ? 1 : 0);
+}

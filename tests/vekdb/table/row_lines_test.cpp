@@ -97,3 +97,16 @@ TEST_F(RowLinesOfATable, AreLongerThanThatWhereAColumnWasAdded) {
     EXPECT_EQ(RowLines::sizeAsRead(*table.get_record(0)), 0u);
     EXPECT_EQ(lines({0}), "\"a1\",\"b1\",\"\"\n");
 }
+
+TEST_F(RowLinesOfATable, KnowWhereTheirLineBeganInTheFile) {
+    const std::string rows[] = {"\"a1\",\"b1\"\n", " a2,b2\r\n", "\"a\"\"3\",\"b3\"\n",
+                                "\"a4\",\"b4\""};
+    load(rows[0] + rows[1] + rows[2] + rows[3]);
+    std::size_t place = std::string(heading).size();
+    for (unsigned i = 0; i < 4; ++i) {
+        EXPECT_EQ(RowLines::placeAsRead(*table.get_record(i)), place) << i;
+        place += rows[i].size();
+    }
+    table.insert_records(0, 1);
+    EXPECT_EQ(RowLines::placeAsRead(*table.get_record(0)), std::nullopt);
+}
