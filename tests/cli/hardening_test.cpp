@@ -1,9 +1,12 @@
 #include <elf.h>
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -74,6 +77,7 @@ Elf64_Xword dynamicValue(Elf64_Sxword tag) {
 struct Function {
     std::string_view name;
     std::string_view code;
+    Elf64_Addr address;
 };
 
 // The functions that the program's table of symbols names.
@@ -89,8 +93,9 @@ std::vector<Function> functions() {
             if (!isHere || ELF64_ST_TYPE(symbol.st_info) != STT_FUNC) continue;
             const Elf64_Shdr& home = sections[symbol.st_shndx];
             std::size_t place = symbol.st_value - home.sh_addr + home.sh_offset;
-            found.push_back(
-                {program().text(names + symbol.st_name), {program().text(place), symbol.st_size}});
+            found.push_back({program().text(names + symbol.st_name),
+                             {program().text(place), symbol.st_size},
+                             symbol.st_value});
         }
     }
     return found;
@@ -104,6 +109,47 @@ bool readsStackGuard(std::string_view code) {
         if (at >= 4 && code.substr(at - 4, 2) == "\x64\x48"sv) return true;
     }
     return false;
+}
+
+// Calls a function that begins at one of these places, by a call that says how far away it is.
+bool callsAny(const Function& function, const std::set<Elf64_Addr>& places) {
+    constexpr std::size_t length = 5;
+    for (std::size_t at = 0; at + length <= function.code.size(); ++at) {
+        if (function.code[at] != '\xE8') continue;
+        std::int32_t away = 0;
+        std::memcpy(&away, function.code.data() + at + 1, sizeof away);
+        const auto behind = static_cast<std::int64_t>(function.address + at + length);
+        if (places.contains(static_cast<Elf64_Addr>(behind + away))) return true;
+    }
+    return false;
+}
+
+// Whether it is found in another library when the program begins. Its own code asks for it then.
+bool isFromElsewhere(std::string_view name) {
+    auto sections = program().sections();
+    for (const Elf64_Shdr& section : sections) {
+        if (section.sh_type != SHT_SYMTAB) continue;
+        const std::size_t names = sections[section.sh_link].sh_offset;
+        for (const Elf64_Sym& symbol :
+             program().table<Elf64_Sym>(section.sh_offset, section.sh_size / sizeof(Elf64_Sym))) {
+            const std::string_view known = program().text(names + symbol.st_name);
+            if (symbol.st_shndx == SHN_UNDEF && known.find(name) != known.npos) return true;
+        }
+    }
+    return false;
+}
+
+// How many functions whose names begin so call one whose name ends so.
+std::size_t callers(std::string_view begin, std::string_view end) {
+    const std::vector<Function> all = functions();
+    std::set<Elf64_Addr> places;
+    for (const Function& function : all) {
+        if (function.name.ends_with(end)) places.insert(function.address);
+    }
+    return static_cast<std::size_t>(
+        std::count_if(all.begin(), all.end(), [&](const Function& function) {
+            return function.name.starts_with(begin) && callsAny(function, places);
+        }));
 }
 
 }  // namespace
@@ -146,6 +192,16 @@ TEST(Hardening, JumpsThatAreWorkedOutLandWhereFunctionsBegin) {
         EXPECT_TRUE(function.code.starts_with("\xF3\x0F\x1E\xFA"));
     }
     EXPECT_EQ(mains, 1u);
+}
+
+// What is written into a room whose size the compiler knows is checked against it.
+TEST(Hardening, WhatIsPrintedIntoRoomsOfKnownSizeIsChecked) {
+    EXPECT_TRUE(callers("_ZN3vek", "snprintf_chk") > 0 || isFromElsewhere("snprintf_chk"));
+}
+
+TEST(Hardening, TheStandardLibraryChecksHowTheProgramAndItsFormatsUseIt) {
+    constexpr std::string_view fail = "_ZSt21__glibcxx_assert_failPKciS0_S0_";
+    EXPECT_TRUE(callers("_ZN3vek7formats", fail) > 0 || isFromElsewhere(fail));
 }
 
 #endif
