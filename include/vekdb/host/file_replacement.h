@@ -66,7 +66,7 @@ public:
     unsigned losses() const;
     /// The new file takes the old one's place.
     bool commit();
-    /// Instead of commit: the old file stays, and nothing is left beside it.
+    /// Instead of commit: the old file stays, nothing is left beside it, and `open` may come again.
     void giveUp();
 
     /// Of the step that answered false; eNone before.

@@ -91,6 +91,20 @@ TEST_F(Replacing, GivenUpLeavesTheOldFileAndNothingBesideIt) {
     EXPECT_EQ(folder.read("out"), "old");
 }
 
+TEST_F(Replacing, GivenUpWhenItWasReadyMayBeginAnew) {
+    FileReplacement file;
+    folder.write("out", "old");
+    std::filesystem::permissions(path("out"), std::filesystem::perms(0640));
+    ASSERT_TRUE(file.find(path("out").c_str()) && file.hold(0));
+    ASSERT_TRUE(file.open() && file.write("a long first one") && file.complete());
+    file.giveUp();
+    EXPECT_EQ(folder.read("out"), "old");
+    ASSERT_TRUE(file.open() && file.write("new") && file.complete() && file.commit());
+    EXPECT_EQ(folder.read("out"), "new");
+    EXPECT_EQ(folder.names(), Names{"out"});
+    EXPECT_EQ(std::filesystem::status(path("out")).permissions(), std::filesystem::perms(0640));
+}
+
 TEST_F(Replacing, ADiskThatLosesWhatItTookIsSeenBeforeTheOldFileGoes) {
     folder.write("out", "old");
     const FileIO::SystemCalls before = FileIO::systemCalls();

@@ -108,7 +108,8 @@ private:
     }
 
     bool stop(FileTrouble trouble) {
-        isOpen_ = false;
+        isOpen_ = isReady_ = false;
+        written_ = begun_ = 0;
         temporary_.remove();
         direct_ = Descriptor();
         return settle(trouble);
