@@ -88,14 +88,13 @@ bool LogImage::isRenumbered() const {
                        [](const Change& change) { return change.kind != Change::cell; });
 }
 
-void LogImage::dropGoneRows() {
-    std::vector<unsigned> places;
-    for (unsigned row = 0; row < gone_.size(); ++row) {
-        if (gone_[row]) places.push_back(row);
+std::vector<unsigned> LogImage::rowsThere() const {
+    std::vector<unsigned> rows;
+    rows.reserve(rowCount());
+    for (unsigned row = 0; row < rowCount(); ++row) {
+        if (isThere(row)) rows.push_back(row);
     }
-    if (places.empty()) return;
-    const Result<void> done = log_.removeRows(places);
-    if (!done) throw Refusal(done.reason());
+    return rows;
 }
 
 const ColumnLookup* LogImage::lookup(unsigned column) {

@@ -49,8 +49,8 @@ public:
     bool isBroken() const { return isBroken_; }
     /// Whether rows went or came, so that those of the file are counted in another way.
     bool isRenumbered() const;
-    /// Takes what went out of the log, so that it is not saved.
-    void dropGoneRows();
+    /// Those of the table that did not go.
+    std::vector<unsigned> rowsThere() const;
     void forgetJournal();
 
     /// The rows of a column by their cells: null where that does not pay, for a column that was

@@ -3,9 +3,13 @@
 #include <sys/stat.h>
 
 #include <charconv>
+#include <utility>
 
 #include <vekdb/formats/timecode.h>
 #include <vekdb/host/file_replacement.h>
+#include "formats/face/guarded.h"
+#include "formats/face/inside.h"
+#include "formats/saving/prepared_file.h"
 #include "guard.h"
 
 namespace vek::sql {
@@ -89,6 +93,9 @@ void FileWishes::take(std::string_view name, const std::string& value) {
     }
 }
 
+FileSource::FileSource(FileWishes wishes) : wishes_(std::move(wishes)) {}
+FileSource::~FileSource() = default;
+
 Stamp FileSource::stamp() const {
     struct stat found = {};
     if (stat(path().c_str(), &found) != 0) return {};
@@ -135,19 +142,64 @@ Log FileSource::readToChange() {
                                            "read_only");
     }
     requireFile();
+    held_ = stamp();
     Result<Log> log = openToChange(path(), wishes_.options);
     if (!log) throw Refusal(codeOfHolding(log.reason(), path()), log.reason().text());
     return *log;
 }
 
-void FileSource::save(Log& log) {
-    const Result<Saved> saved = log.save(wishes_.keepsOld);
-    if (!saved) throw Refusal(saved.reason());
-    for (const Loss& loss : saved->losses) {
-        sqlite3_log(SQLITE_WARNING, "%s: %s: %llu, first %s", path().c_str(), loss.what.c_str(),
+namespace {
+
+// Does what may throw a Failure; a Refusal then.
+template <class Work>
+void trying(Work work) {
+    const Result<void> done = vek::guarded([&]() -> Result<void> {
+        work();
+        return {};
+    });
+    if (!done) throw Refusal(done.reason());
+}
+
+void tell(const std::string& path, const Saved& saved) {
+    for (const Loss& loss : saved.losses) {
+        sqlite3_log(SQLITE_WARNING, "%s: %s: %llu, first %s", path.c_str(), loss.what.c_str(),
                     static_cast<unsigned long long>(loss.count), loss.firstPlace.c_str());
     }
-    for (const std::string& note : saved->notes) sqlite3_log(SQLITE_WARNING, "%s", note.c_str());
+    for (const std::string& note : saved.notes) sqlite3_log(SQLITE_WARNING, "%s", note.c_str());
+}
+
+// A file of several names is written to as it stands, which may end in its midst on a full disk.
+bool isWrittenInPlace(const std::string& path) {
+    struct stat found = {};
+    return stat(path.c_str(), &found) == 0 && found.st_nlink > 1;
+}
+
+}  // namespace
+
+void FileSource::prepare(const Log& log, std::vector<unsigned> rows) {
+    trying([&] {
+        prepared_ =
+            std::make_unique<formats::PreparedFile>(LogInside::of(log).log, rows, wishes_.keepsOld);
+        tell(path(), savedWith(prepared_->losses(), prepared_->notes()));
+    });
+    if (isWrittenInPlace(path())) commit();
+}
+
+void FileSource::requireReady() const {
+    if (prepared_ == nullptr || stamp() == held_) return;
+    throw Refusal(SQLITE_IOERR,
+                  path() +
+                      ": was changed by another program since it was read, so nothing is "
+                      "written; look at it, and give the command again");
+}
+
+void FileSource::commit() {
+    if (const auto prepared = std::exchange(prepared_, nullptr))
+        trying([&] { prepared->commit(); });
+}
+
+void FileSource::giveUp() noexcept {
+    prepared_.reset();
 }
 
 namespace {

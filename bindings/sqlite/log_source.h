@@ -7,6 +7,10 @@
 
 #include <vekdb/formats/log.h>
 
+namespace vek::formats {
+class PreparedFile;
+}
+
 /// Where a table of SQL comes by its log, and how it is given back.
 namespace vek::sql {
 
@@ -32,8 +36,16 @@ public:
     /// These throw a Refusal where it cannot be read.
     virtual Log read() = 0;
     virtual Log readToChange() = 0;
-    /// Writes the log of `readToChange` back. A Refusal where that cannot be, the file as it was.
-    virtual void save(Log& log) = 0;
+    /// Writes these rows of the table of `readToChange` out, ready to take the file's place. A
+    /// Refusal where that cannot be.
+    virtual void prepare(const Log& log, std::vector<unsigned> rows) = 0;
+    /// A Refusal where what was prepared cannot take the file's place any more.
+    virtual void requireReady() const = 0;
+    /// What was prepared takes the file's place. A Refusal where that cannot be, the file as it
+    /// was.
+    virtual void commit() = 0;
+    /// Leaves the file as it is.
+    virtual void giveUp() noexcept = 0;
 };
 
 /// What can be said of a file that is read, by the names that SQL gives it.
@@ -51,19 +63,25 @@ struct FileWishes {
 /// A regular file, read by each who asks.
 class FileSource : public LogSource {
 public:
-    explicit FileSource(FileWishes wishes) : wishes_(std::move(wishes)) {}
+    explicit FileSource(FileWishes wishes);
+    ~FileSource() override;
 
     const std::string& path() const override { return wishes_.path; }
     const std::string& rate() const override { return wishes_.rate; }
     Stamp stamp() const override;
     Log read() override;
     Log readToChange() override;
-    void save(Log& log) override;
+    void prepare(const Log& log, std::vector<unsigned> rows) override;
+    void requireReady() const override;
+    void commit() override;
+    void giveUp() noexcept override;
 
 private:
     void requireFile() const;
 
     FileWishes wishes_;
+    Stamp held_;  // of the file that is to be changed
+    std::unique_ptr<formats::PreparedFile> prepared_;
 };
 
 /// What stands between the brackets of a CREATE VIRTUAL TABLE, argument by argument:

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <map>
 #include <set>
+#include <utility>
 
 #include <vekdb/formats/timecode.h>
 
@@ -129,6 +130,7 @@ void LogTable::refuseColumns() const {
 }
 
 std::shared_ptr<LogImage> LogTable::openCursor() {
+    tellWhatIsLost();
     const bool mayRead = cursors_ == 0 && !isChanging_;
     if (!image_ || (mayRead && (hasOldNumbers_ || source_->stamp() != stamp_))) {
         image_.reset();
@@ -169,6 +171,7 @@ void LogTable::requireFormat(const LogImage& image) const {
 }
 
 void LogTable::begin() {
+    tellWhatIsLost();
     refuseOldNumbers();
     if (image_) requireFormat(*image_);
     std::shared_ptr<LogImage> image = read(true);
@@ -178,29 +181,54 @@ void LogTable::begin() {
     marks_.clear();
 }
 
+// All of a COMMIT that may fail: SQLite takes the transaction back in all tables then, or leaves it
+// as it is where its own database is in use. In the second case this is called again.
 void LogTable::sync() {
     if (!isChanging_ || image_->changes() == 0) return;
     if (image_->isBroken()) throw std::bad_alloc();
-    const bool isRenumbered = image_->isRenumbered();
-    image_->dropGoneRows();
-    source_->save(image_->log());
-    hasOldNumbers_ = isRenumbered;
-    stamp_ = source_->stamp();
-    isChanging_ = false;
-    image_->forgetJournal();
-    if (cursors_ == 0) image_.reset();
+    if (!isPrepared_) source_->prepare(image_->log(), image_->rowsThere());
+    isPrepared_ = true;
+    source_->requireReady();
 }
 
-// Behind a `sync` there is nothing left to do but to let go of the file.
+// Behind a COMMIT that found the database in use the transaction may go on.
+void LogTable::takeBackPrepared() noexcept {
+    if (std::exchange(isPrepared_, false)) source_->giveUp();
+}
+
+// The new file is there, and takes the old one's place.
+void LogTable::finish() {
+    source_->commit();
+    hasOldNumbers_ = image_->isRenumbered();
+    stamp_ = source_->stamp();
+    image_->forgetJournal();
+}
+
 void LogTable::endTransaction(bool isDone) noexcept {
-    if (isChanging_) {
-        if (!isDone) image_->undoTo(0);
-        image_->log().letGo();
-        if (!isDone) image_.reset();
+    try {
+        if (isDone && isPrepared_) finish();
+    } catch (Refusal& refusal) {
+        isLost_ = true;
+        lost_ = std::move(refusal.text);
+    } catch (...) {
+        isLost_ = true;
     }
-    isChanging_ = false;
+    source_->giveUp();
+    if (isChanging_) {
+        image_->log().letGo();
+        const bool isKept = isDone && !isLost_ && (!isPrepared_ || cursors_ > 0);
+        if (!isDone) image_->undoTo(0);
+        if (!isKept) image_.reset();
+    }
+    isChanging_ = isPrepared_ = false;
     wasReadInTransaction_ = false;
     marks_.clear();
+}
+
+// SQLite asks no commit whether it could be.
+void LogTable::tellWhatIsLost() {
+    if (!std::exchange(isLost_, false)) return;
+    throw Refusal(source_->path() + ": the last COMMIT did not save its changes: " + lost_);
 }
 
 void LogTable::setMark(int savepoint) {
@@ -218,6 +246,7 @@ void LogTable::releaseMark(int savepoint) noexcept {
 void LogTable::rollBackTo(int savepoint) noexcept {
     const std::size_t kept = static_cast<std::size_t>(savepoint + 1);
     if (!isChanging_ || kept > marks_.size()) return;
+    takeBackPrepared();
     image_->undoTo(kept == 0 ? 0 : marks_[kept - 1]);
     marks_.resize(kept);
 }
@@ -241,8 +270,9 @@ std::string_view cellOf(sqlite3_value* value, const std::string& column) {
 }  // namespace
 
 LogImage& LogTable::changing() {
-    if (isChanging_) return *image_;
-    throw Refusal(source_->path() + ": is not open to be changed");
+    if (!isChanging_) throw Refusal(source_->path() + ": is not open to be changed");
+    takeBackPrepared();
+    return *image_;
 }
 
 // The tag that a row had is looked at first: it may stand in a column that is stored, too.

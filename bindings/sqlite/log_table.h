@@ -59,6 +59,9 @@ public:
 
 private:
     LogImage& changing();
+    void takeBackPrepared() noexcept;
+    void finish();
+    void tellWhatIsLost();
     std::shared_ptr<LogImage> read(bool isToChange);
     std::vector<unsigned> placesIn(Log& log) const;
     [[noreturn]] void refuseColumns() const;
@@ -80,6 +83,9 @@ private:
     unsigned rows_ = 0;
     unsigned cursors_ = 0;
     bool isChanging_ = false;
+    bool isPrepared_ = false;  // changes stand beside the file, and wait for the others of a COMMIT
+    bool isLost_ = false;      // SQLite was promised a commit that could not be
+    std::string lost_;         // why
     bool wasReadInTransaction_ = false;
     bool hasOldNumbers_ = false;      // cursors go over rows that the file numbers in another way
     std::vector<std::size_t> marks_;  // changes at each savepoint

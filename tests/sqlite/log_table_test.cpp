@@ -270,6 +270,101 @@ TEST_F(LogTables, StopTheCommitWhereTheFileWasChangedMeanwhile) {
     EXPECT_EQ(session.ask("SELECT count(*) FROM own; SELECT Scene FROM log"), "0\ntheirs\n");
 }
 
+TEST_F(LogTables, AreNotSavedByACommitThatFindsTheDatabaseInUse) {
+    Session session(file("base.db"));
+    makeLog(session);
+    ASSERT_EQ(session.ask("CREATE TABLE own(a); INSERT INTO own VALUES (1), (2)"), "");
+    Session other(file("base.db"));
+    for (const std::string end : {"ROLLBACK", "COMMIT"}) {
+        Steps reading(other, "SELECT a FROM own");
+        ASSERT_EQ(reading.next(), SQLITE_ROW);
+        EXPECT_EQ(session.ask("BEGIN; INSERT INTO own VALUES (3); UPDATE log SET Notes = 'new'; "
+                              "DELETE FROM log WHERE rowid = 1"),
+                  "");
+        EXPECT_THAT(session.ask("COMMIT"), HasSubstr("database is locked"));
+        EXPECT_EQ(folder_.read("day.csv"), day);
+        while (reading.next() == SQLITE_ROW) continue;
+        EXPECT_EQ(session.ask(end), "");
+        EXPECT_EQ(folder_.read("day.csv"),
+                  end == "ROLLBACK" ? day : "Scene,Take,Notes\n7,10,new\n12A,2,new\n");
+        EXPECT_EQ(session.ask("SELECT count(*) FROM log"), end == "ROLLBACK" ? "3\n" : "2\n");
+    }
+    EXPECT_EQ(session.ask("SELECT rowid, Scene FROM log; SELECT count(*) FROM own"),
+              "1|7\n2|12A\n3\n");
+    for (const auto& entry : std::filesystem::directory_iterator(folder_.path())) {
+        EXPECT_THAT(entry.path().filename(), testing::AnyOf("day.csv", "base.db"));
+    }
+}
+
+TEST_F(LogTables, SaveWhatChangedBehindACommitThatFoundTheDatabaseInUse) {
+    Session session(file("base.db"));
+    makeLog(session);
+    ASSERT_EQ(session.ask("CREATE TABLE own(a); INSERT INTO own VALUES (1), (2)"), "");
+    Session other(file("base.db"));
+    {
+        Steps reading(other, "SELECT a FROM own");
+        ASSERT_EQ(reading.next(), SQLITE_ROW);
+        EXPECT_EQ(session.ask("BEGIN; INSERT INTO own VALUES (3); UPDATE log SET Notes = 'a'; "
+                              "SAVEPOINT b; UPDATE log SET Notes = 'b'"),
+                  "");
+        EXPECT_THAT(session.ask("COMMIT"), HasSubstr("database is locked"));
+        EXPECT_EQ(session.ask("ROLLBACK TO b"), "");
+        EXPECT_THAT(session.ask("COMMIT"), HasSubstr("database is locked"));
+        EXPECT_EQ(session.ask("UPDATE log SET Take = '9' WHERE rowid = 2"), "");
+        EXPECT_THAT(session.ask("COMMIT"), HasSubstr("database is locked"));
+        EXPECT_EQ(folder_.read("day.csv"), day);
+    }
+    EXPECT_EQ(session.ask("COMMIT"), "");
+    EXPECT_EQ(folder_.read("day.csv"), "Scene,Take,Notes\n12,1,a\n7,9,a\n12A,2,a\n");
+}
+
+TEST_F(LogTables, AreAllSavedByACommitOrNone) {
+    folder_.write("b.csv", "A\n1\n");
+    folder_.write("c.csv", "A\n1\n");
+    Session session;
+    makeLog(session);
+    ASSERT_EQ(session.table("b", quoted("b.csv")), "");
+    ASSERT_EQ(session.table("c", quoted("c.csv")), "");
+    EXPECT_EQ(session.ask("BEGIN; UPDATE log SET Take = 'x'; UPDATE b SET A = 'x'; UPDATE c SET A "
+                          "= 'x'"),
+              "");
+    folder_.write("b.csv", "A\ntheirs\n");
+    EXPECT_THAT(session.ask("COMMIT"), HasSubstr("b.csv: was changed by another program"));
+    EXPECT_EQ(folder_.read("day.csv"), day);
+    EXPECT_EQ(folder_.read("c.csv"), "A\n1\n");
+    EXPECT_EQ(session.ask("SELECT A FROM b UNION ALL SELECT A FROM c"), "theirs\n1\n");
+    EXPECT_EQ(session.ask("BEGIN; UPDATE b SET A = 'x'; UPDATE c SET A = 'y'; COMMIT"), "");
+    EXPECT_EQ(folder_.read("b.csv") + folder_.read("c.csv"), "A\nx\nA\ny\n");
+}
+
+// What SQLite asks is behind the point where a commit may still fail.
+TEST_F(LogTables, TellAfterwardsThatACommitDidNotSave) {
+    Session session;
+    makeLog(session);
+    ASSERT_EQ(session.ask("CREATE TABLE own(a)"), "");
+    const auto change = [](void* folder) {
+        static_cast<TempDir*>(folder)->write("day.csv", "Scene,Take,Notes\ntheirs,,\n");
+        return 0;
+    };
+    sqlite3_commit_hook(session.db(), change, &folder_);
+    EXPECT_EQ(session.ask("BEGIN; INSERT INTO own VALUES (1); UPDATE log SET Take = 'x'; COMMIT"),
+              "");
+    sqlite3_commit_hook(session.db(), nullptr, nullptr);
+    EXPECT_THAT(session.ask("SELECT * FROM log"),
+                HasSubstr("day.csv: the last COMMIT did not save its changes"));
+    EXPECT_EQ(session.ask("SELECT * FROM log"), "theirs||\n");
+    EXPECT_EQ(session.ask("UPDATE log SET Take = 'y'; SELECT * FROM log"), "theirs|y|\n");
+}
+
+TEST_F(LogTables, SaveAFileOfTwoNamesUnderBoth) {
+    std::filesystem::create_hard_link(file(), file("second.csv"));
+    Session session;
+    makeLog(session);
+    EXPECT_EQ(session.ask("DELETE FROM log WHERE rowid < 3; UPDATE log SET Take = 'x'"), "");
+    EXPECT_EQ(folder_.read("second.csv"), "Scene,Take,Notes\n12A,x,\"a \"\"b\"\"\"\n");
+    EXPECT_EQ(folder_.read("day.csv"), folder_.read("second.csv"));
+}
+
 TEST_F(LogTables, KeepOthersFromChangingTheFileDuringATransactionAlone) {
     Session session;
     Session other;

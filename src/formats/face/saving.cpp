@@ -1,7 +1,7 @@
 #include "formats/face/guarded.h"
 #include "formats/face/inside.h"
 #include "formats/saving/file_sink.h"
-#include "formats/saving/save_in_place.h"
+#include "formats/saving/prepared_file.h"
 #include "formats/text/text_lines.h"
 
 namespace vek {
@@ -109,13 +109,10 @@ Written all(const LogInside& inside, const SaveOptions& options) {
 }
 
 Saved saveInPlace(const LogInside& inside, bool keepsOld) {
-    const formats::Log& log = inside.log;
-    Output out(log.path, std::make_unique<formats::FileSink>(log.path, log.held, keepsOld));
-    formats::InPlace now(log);
-    now.rows = inside.rows();
-    Losses losses;
-    if (!formats::writeInPlace(now, true, out, losses)) return savedWith(losses, {});
-    return savedWith(losses, out.close());
+    formats::PreparedFile file(inside.log, inside.rows(), keepsOld);
+    Saved saved = savedWith(file.losses(), file.notes());
+    file.commit();
+    return saved;
 }
 
 Written shown(const LogInside& inside, const VDBView& view, const SaveOptions& options) {

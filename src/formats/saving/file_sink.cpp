@@ -56,16 +56,24 @@ void FileSink::send(std::string_view text) {
 }
 
 std::vector<std::string> FileSink::end() {
+    std::vector<std::string> notes = prepare();
+    commit();
+    return notes;
+}
+
+std::vector<std::string> FileSink::prepare() {
     if (keepsOld_) {
         const std::string copy = path_ + ".bak";
         if (!file_->backUp(copy.c_str())) refuse(copy, *file_);
     }
     if (isDirect() || keepsOld_ || !isOpen_) send(kept_);
     if (!file_->complete()) refuse(path_, *file_);
-    std::vector<std::string> notes = worded(path_, file_->losses());
+    return worded(path_, file_->losses());
+}
+
+void FileSink::commit() {
     isOpen_ = false;
     if (!file_->commit()) refuse(path_, *file_);
-    return notes;
 }
 
 void FileSink::giveUp() {

@@ -21,6 +21,11 @@ public:
     std::vector<std::string> end() override;
     std::size_t pieceSize() const override { return 1 << 20; }
 
+    /// The two halves of `end`: all that takes time or may fail as a rule, and the new file in the
+    /// old one's place.
+    std::vector<std::string> prepare();
+    void commit();
+
     /// Looks the path up, which the first piece does otherwise. Whether text goes there as it
     /// comes, as to a FIFO that may have no reader: all of it at once then, at the end, as it
     /// cannot be taken back.

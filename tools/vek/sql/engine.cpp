@@ -29,10 +29,9 @@ public:
     const Wishes& wishes() const { return wishes_; }
     bool isSaved() const { return isSaved_; }
 
-    void save(Log& log) {
-        const LogInside& inside = LogInside::of(log);
+    void save(const Log& log, const std::vector<unsigned>& rows) {
         try {
-            wishes_.save(inside.log, inside.rows());
+            wishes_.save(LogInside::of(log).log, rows);
         } catch (const Failure& failure) {
             throw Refusal(failure.kind == formats::unwritable ? SQLITE_IOERR : SQLITE_ERROR,
                           failure.text);
@@ -56,7 +55,11 @@ public:
     Stamp stamp() const override { return {}; }
     Log read() override { return given_.log(); }
     Log readToChange() override { return given_.log(); }
-    void save(Log& log) override { given_.save(log); }
+    // These have one transaction, and no other database that could stop it.
+    void prepare(const Log& log, std::vector<unsigned> rows) override { given_.save(log, rows); }
+    void requireReady() const override {}
+    void commit() override {}
+    void giveUp() noexcept override {}
 
 private:
     GivenLog& given_;
