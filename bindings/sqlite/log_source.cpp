@@ -178,8 +178,8 @@ bool isWrittenInPlace(const std::string& path) {
 
 void FileSource::prepare(const Log& log, std::vector<unsigned> rows) {
     trying([&] {
-        prepared_ =
-            std::make_unique<formats::PreparedFile>(LogInside::of(log).log, rows, wishes_.keepsOld);
+        prepared_ = std::make_unique<formats::PreparedFile>(LogInside::of(log).log, std::move(rows),
+                                                            wishes_.keepsOld);
         tell(path(), savedWith(prepared_->losses(), prepared_->notes()));
     });
     if (isWrittenInPlace(path())) commit();
