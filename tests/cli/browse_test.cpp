@@ -188,6 +188,44 @@ TEST_F(BrowseScreen, EachKeyIsAnswered) {
     }
 }
 
+TEST_F(BrowseScreen, ACommandSeesTheRowsShownAndNoneChangesACopyThatGoes) {
+    if (!hasTmux()) return;
+    Multiplexer terminal(folder, browse + "log.csv", 80, 24);
+    terminal.waitFor("row 1 of 50 rows");
+    terminal.press({"f"});
+    terminal.type("Scene==9");
+    terminal.press({"Enter"});
+    terminal.waitFor("of 10 rows");
+    const std::pair<const char*, const char*> tries[] = {
+        {"sort --by Take", "sort changes a file"},
+        {"set Notes=x --every", "set changes a file"},
+        {"tag --where Scene==9", "tag changes a file"},
+        {"timecode shift 10", "timecode changes a file"},
+        {"param set Day 3", "param changes a file"},
+        {"column add More", "column changes a file"},
+        {"sql \"DELETE FROM log\" --write", "sql changes a file"},
+        {"browse", "^O opens"},
+        {"sort --by Take -o sorted.csv", "Enter goes back"},
+        {"timecode shift 10 --fps 25 --dry-run", "01:45:00:10"},
+        {"sql \"SELECT count(*) || ' in all' FROM log\"", "10 in all"},
+        {"find Scene==9", "r45"},
+        {"param list", "Enter goes back"},
+    };
+    for (const auto& [line, seen] : tries) {
+        SCOPED_TRACE(line);
+        terminal.press({":"});
+        terminal.type(line);
+        terminal.press({"Enter"});
+        terminal.waitFor("Enter goes back");
+        terminal.waitFor(seen);
+        terminal.press({"Enter"});
+        terminal.waitFor("of 10 rows");
+        if (HasFailure()) break;
+    }
+    EXPECT_EQ(clips(), folder.read("log.csv"));
+    EXPECT_TRUE(folder.has("sorted.csv"));
+}
+
 TEST_F(BrowseScreen, EverySizeIsDrawnAndSoIsEachChangeOfIt) {
     if (!hasTmux()) return;
     Multiplexer terminal(folder, browse + "log.csv", 40, 12);

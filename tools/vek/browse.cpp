@@ -43,15 +43,42 @@ private:
     std::string path_;
 };
 
+bool hasOption(const Command& command, std::string_view name) {
+    const auto isIt = [&](const Option& option) { return longName(option) == name; };
+    return std::any_of(command.options.begin(), command.options.end(), isIt);
+}
+
+// An action that only looks, and statements that save nothing, change no file.
+bool onlyLooks(const Command& command, const Args& args) {
+    const std::string action = args.text("ACTION");
+    if (action == "list" || action == "get" || action == "contains") return true;
+    return hasOption(command, "--write") && !args.has("write");
+}
+
 // What would change a file in place would change a copy that goes.
 void refuseChanges(const Command& command, const Args& args) {
-    const bool changes =
-        std::any_of(command.options.begin(), command.options.end(),
-                    [](const Option& option) { return longName(option) == "backup"; });
-    if (!changes || args.has("output") || args.has("dry-run")) return;
+    if (std::string_view(command.name) == "browse") {
+        throw Failure{wrongUsage, "this is vek browse; ^O opens a log beside this one"};
+    }
+    if (!hasOption(command, "--backup") || args.has("output") || args.has("dry-run")) return;
+    if (onlyLooks(command, args)) return;
+    const char* way = hasOption(command, "--output") ? "give it -o OUT, or " : "";
     throw Failure{wrongUsage, concat(command.name,
-                                     " changes a file; here it sees a copy of the rows shown, so "
-                                     "give it -o OUT, or edit with the keys")};
+                                     " changes a file; here it sees a copy of the rows shown, so ",
+                                     way, "edit with the keys")};
+}
+
+// The words behind the command's name with the log in its place, which is behind an action.
+std::vector<std::string> withLog(const Command& command, std::vector<std::string> words,
+                                 const std::string& path) {
+    static constexpr std::string_view names[] = {"FILE", "A", "IN", "PATH"};
+    for (std::size_t i = 0; i < command.arguments.size(); ++i) {
+        if (std::ranges::find(names, command.arguments[i].name) == std::end(names)) continue;
+        const auto place = std::min(i, words.size());
+        words.insert(words.begin() + static_cast<std::ptrdiff_t>(place), path);
+        break;
+    }
+    return words;
 }
 
 // The rows shown, all columns, in a file of the log's own name.
@@ -71,9 +98,8 @@ void runOnChoice(browse::Browser& browser, const std::vector<std::string>& words
     try {
         const Command command = commandNamed(words.front());
         const OwnFolder folder;
-        std::vector<std::string> rest = {writeChoice(browser.sheet(), folder)};
-        rest.insert(rest.end(), words.begin() + 1, words.end());
-        const Args args = parse(command, rest);
+        const Args args = parse(command, withLog(command, {words.begin() + 1, words.end()},
+                                                 writeChoice(browser.sheet(), folder)));
         refuseChanges(command, args);
         command.run(args);
     } catch (const Failure& failure) {
