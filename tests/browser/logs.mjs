@@ -47,6 +47,12 @@ export function columnsLog(count) {
     return write(`columns-${count}.csv`, lines.join("\n") + "\n");
 }
 
+// As many columns as a log can have.
+export function widestLog() {
+    const line = (letter) => Array.from({ length: 65535 }, (_, i) => `${letter}${i}`).join(",");
+    return write("widest.csv", `${line("c")}\n${line("v")}\n${line("w")}\n`);
+}
+
 // So many columns, and as many rows: m1/1 is the first cell of the first.
 export function manyRows(columns, rows) {
     const line = (of) => Array.from({ length: columns }, (_, i) => of(i + 1)).join(",");

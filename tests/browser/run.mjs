@@ -302,6 +302,27 @@ test("all columns are there on demand", async () => {
     });
 });
 
+test("a log of as many columns as there can be is there within seconds", async () => {
+    const [path, begin] = [logs.widestLog(), Date.now()];
+    await withPage(makePage("widest.html", [path]), {}, async (page) => {
+        expectSame(page.said, [], "messages");
+        expectSame(await page.$$eval(".rows thead th", (all) => all.length), 257, "columns");
+        expect(Date.now() - begin < 30000, "it is there within half a minute");
+        await find(page, "c65000==w65000");
+        expectSame(await rowsOf(page), [2], "rows");
+        expect((await page.textContent(".columns summary")).includes("65535"), "all are told");
+    });
+});
+
+test("the command shows the columns of the page where the page was made of others", async () => {
+    await withPage(makePage("two.html", [paths.dailies, "--columns", "Take,Reel"]), {},
+                   async (page) => {
+        await page.click("text=Copy as command");
+        const words = ["show", paths.dailies, "--columns", "Take,Reel"];
+        expectSame(harness.shell(await page.evaluate("copiedText")), vek(words), "command");
+    });
+});
+
 test("pointing at a clip tells its row, a click and the keyboard go to it", async () => {
     await withPage(pages.dailies, {}, async (page) => {
         await page.hover("svg.timeline a[href='#r1-12']", { force: true });

@@ -243,6 +243,24 @@ TEST(Report, OnlyTheFirstRowsOfALongLogStandThereWithoutScript) {
     EXPECT_EQ(dataOf(page)["columns"][1]["values"].size(), 1500u);
 }
 
+TEST(Report, OnlyTheFirstColumnsOfAVeryWideLogAreShownUnasked) {
+    WorkFolder folder;
+    std::string names = "c0", values = "v";
+    for (int i = 1; i < 1000; ++i) {
+        names += ",c" + std::to_string(i);
+        values += ",v";
+    }
+    folder.write("wide.csv", names + "\n" + values + "\n");
+    const std::string page = pageOf(folder, {"wide.csv"});
+    EXPECT_EQ(countOf(page, "<th scope=\"col\">"), 257u);
+    EXPECT_THAT(page, HasSubstr("The first 256 of 1000 columns stand here"));
+    EXPECT_EQ(dataOf(page)["columns"].size(), 1000u);
+    EXPECT_EQ(dataOf(page)["isFieldMap"], false);
+    const std::string all = pageOf(folder, {"wide.csv", "--all"});
+    EXPECT_EQ(countOf(all, "<th scope=\"col\">"), 1001u);
+    EXPECT_EQ(dataOf(all)["isFieldMap"], true);
+}
+
 TEST(Report, WhatACheckFindsIsToldWithItsRows) {
     WorkFolder folder;
     folder.write("odd.csv", "Reel,Start,End\nA,01:00:10:00,01:00:05:00\nA,01:00:20:00,x\n");

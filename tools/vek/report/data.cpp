@@ -117,7 +117,8 @@ public:
         out_.write(head);
         for (unsigned column = 0; column < log_.log().columnCount(); ++column) writeColumn(column);
         out_.write(concat("],\"shown\":[", listOf(log_.shown()), "],\"widths\":[", listOf(widths()),
-                          "]}</script>\n"));
+                          "],\"isFieldMap\":", log_.isFieldMap() ? "true" : "false",
+                          ",\"isCut\":", log_.isCut() ? "true" : "false", "}</script>\n"));
     }
 
 private:

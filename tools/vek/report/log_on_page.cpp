@@ -14,6 +14,7 @@ namespace vek::page {
 namespace {
 
 constexpr double secondsInDay = 24 * 60 * 60;
+constexpr std::size_t mostColumnsUnasked = 256;
 constexpr int rateForPlaces = 30;  // of frames within a second, where the log says none
 
 std::vector<unsigned> columnsOf(const Log& log, const Wishes& wishes) {
@@ -42,6 +43,7 @@ LogOnPage::LogOnPage(Log log, Findings findings, unsigned number, const Wishes& 
       counter_(log_, rates_),
       tags_(taggedRows(log_)),
       shown_(columnsOf(log_, wishes)),
+      isFieldMap_(shown_ == mappedColumns(log_)),
       laneColumn_(laneColumnOf(log_, wishes)),
       options_(wishes.options) {
     std::vector<unsigned> rows(rowCount());
@@ -49,6 +51,14 @@ LogOnPage::LogOnPage(Log log, Findings findings, unsigned number, const Wishes& 
     tables_ = tablesOf(counter_, log_, rows, clipGroupColumns(log_));
     for (unsigned row : rows) addTo(sums_, counter_.clip(row));
     tagCount_ = static_cast<std::size_t>(std::count(tags_.begin(), tags_.end(), true));
+    if (wishes.columns.empty() && !wishes.allColumns) cutColumns();
+}
+
+void LogOnPage::cutColumns() {
+    if (shown_.size() <= mostColumnsUnasked) return;
+    shown_.resize(mostColumnsUnasked);
+    isFieldMap_ = false;
+    isCut_ = true;
 }
 
 std::string LogOnPage::timeText(const ClipSums& sums) const {

@@ -56,6 +56,10 @@ public:
     std::size_t tagCount() const { return tagCount_; }
     /// The columns that the table shows at first.
     const std::vector<unsigned>& shown() const { return shown_; }
+    /// Whether they are those of the field map, as `vek show` shows them.
+    bool isFieldMap() const { return isFieldMap_; }
+    /// Whether they are the first of so many that no browser would lay them out in time.
+    bool isCut() const { return isCut_; }
     /// The column that gives lanes, noColumn for a single one.
     unsigned laneColumn() const { return laneColumn_; }
     Span span(unsigned row) const;
@@ -74,6 +78,8 @@ public:
     std::string describe(unsigned row) const;
 
 private:
+    void cutColumns();
+
     Log log_;
     Findings findings_;
     unsigned number_;
@@ -84,6 +90,8 @@ private:
     std::vector<bool> tags_;
     std::size_t tagCount_ = 0;
     std::vector<unsigned> shown_;
+    bool isFieldMap_;
+    bool isCut_ = false;
     unsigned laneColumn_;
     std::vector<std::string> options_;
 };

@@ -68,10 +68,19 @@ void addRow(std::string& line, const LogOnPage& log, unsigned row) {
     line += "</tr>\n";
 }
 
+std::string partOf(std::size_t some, std::size_t all, const char* what) {
+    return concat(std::to_string(some), " of ", counted(all, what));
+}
+
 std::string noteOf(const LogOnPage& log, unsigned rows) {
-    if (rows == log.rowCount()) return {};
-    return concat("<p class=\"note rows-note\">The first ", std::to_string(rows), " of ",
-                  counted(log.rowCount(), "row"),
+    std::string parts;
+    if (rows < log.rowCount()) parts = partOf(rows, log.rowCount(), "row");
+    if (log.isCut()) {
+        parts += parts.empty() ? "" : " and ";
+        parts += partOf(log.shown().size(), log.log().columnCount(), "column");
+    }
+    if (parts.empty()) return {};
+    return concat("<p class=\"note rows-note\">The first ", parts,
                   " stand here; where scripts may run, all do.</p>\n");
 }
 

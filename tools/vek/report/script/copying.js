@@ -43,7 +43,7 @@ function termWords(log, choice) {
 }
 
 function isFieldMap(log, columns) {
-    return columns.length === log.shown.length &&
+    return log.isFieldMap && columns.length === log.shown.length &&
         columns.every((column, i) => column.position === log.shown[i]);
 }
 

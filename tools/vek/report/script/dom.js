@@ -1,12 +1,13 @@
 // Elements of the page. Texts get into it as texts alone.
 
+// Children come one by one or as arrays, which may be too long to be arguments.
 function element(name, attributes = {}, ...children) {
     const made = document.createElement(name);
     for (const [key, value] of Object.entries(attributes)) {
         if (key.startsWith("on")) made.addEventListener(key.slice(2), value);
         else if (value !== false && value !== undefined) made.setAttribute(key, value);
     }
-    made.append(...children);
+    for (const child of children.flat()) made.append(child);
     return made;
 }
 

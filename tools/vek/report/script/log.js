@@ -65,6 +65,8 @@ class PageLog {
         this.columns = data.columns.map(
             (column, i) => new Column(column, i, data.rows, data.widths[i]));
         this.shown = data.shown;
+        this.isFieldMap = data.isFieldMap;
+        this.isCut = data.isCut;
         this.tagged = new Uint8Array(data.rows);
         for (const row of unpackedNumbers(data.tagged)) this.tagged[row] = 1;
         this.blank = this.blankRows();

@@ -62,12 +62,21 @@ class LogSection {
         return element("span", {}, this.tagged, this.any);
     }
 
+    // Its boxes are made when somebody asks for them: there may be very many.
     columnMenu() {
+        const all = this.log.columns.length;
+        const name = this.log.isCut ? `Columns (${all} in all)` : "Columns";
+        const menu = element("details", { class: "columns" }, element("summary", {}, name));
+        menu.addEventListener("toggle", () => menu.append(this.columnBoxes()), { once: true });
+        return menu;
+    }
+
+    columnBoxes() {
+        const isShown = new Set(this.table.columns);
         const boxes = this.log.columns.map((column) =>
-            checkbox(shown(column.name) || "(no name)", this.table.columns.includes(column),
+            checkbox(shown(column.name) || "(no name)", isShown.has(column),
                      (isOn) => this.showColumn(column, isOn)));
-        return element("details", { class: "columns" }, element("summary", {}, "Columns"),
-            element("fieldset", {}, element("legend", {}, "Shown columns"), ...boxes));
+        return element("fieldset", {}, element("legend", {}, "Shown columns"), boxes);
     }
 
     showColumn(column, isOn) {

@@ -37,13 +37,14 @@ class LogTable {
 
     showColumns() {
         const widths = [String(this.log.rowCount).length + 4, ...this.columns.map((c) => c.width)];
-        this.widths.replaceChildren(...widths.map((width) => {
+        this.widths.replaceChildren();
+        for (const width of widths) {
             const column = element("col");
             column.style.width = `calc(${Math.max(width, 4)}ch + 1.75rem)`;
-            return column;
-        }));
+            this.widths.append(column);
+        }
         const heads = this.columns.map((column) => this.headOf(column));
-        const row = element("tr", {}, element("th", { scope: "col" }, "#"), ...heads);
+        const row = element("tr", {}, element("th", { scope: "col" }, "#"), heads);
         this.head.replaceChildren(row);
         this.showRows();
     }
