@@ -226,6 +226,26 @@ TEST_F(BrowseScreen, ACommandSeesTheRowsShownAndNoneChangesACopyThatGoes) {
     EXPECT_TRUE(folder.has("sorted.csv"));
 }
 
+TEST_F(BrowseScreen, SavesAllInEveryFormatAsConvertWritesIt) {
+    if (!hasTmux()) return;
+    start({"vek", "convert", "samples/docs.vek", "docs.vek"});
+    start({"/bin/mkdir", "saved", "converted"});
+    Multiplexer terminal(folder, browse + "docs.vek", 80, 24);
+    terminal.waitFor("row 1 of 6 rows");
+    for (const char* ending :
+         {"vek", "csv", "tsv", "json", "jsonl", "ale", "edl", "otio", "xlsx", "md", "html"}) {
+        SCOPED_TRACE(ending);
+        const std::string name = std::string("/docs.") + ending;
+        start({"vek", "convert", "docs.vek", "converted" + name});
+        terminal.press({"a"});
+        terminal.type("saved" + name);
+        terminal.press({"Enter"});
+        terminal.waitFor("saved as saved" + name);
+        EXPECT_TRUE(folder.has("converted" + name));
+        EXPECT_EQ(folder.read("converted" + name), folder.read("saved" + name));
+    }
+}
+
 TEST_F(BrowseScreen, EverySizeIsDrawnAndSoIsEachChangeOfIt) {
     if (!hasTmux()) return;
     Multiplexer terminal(folder, browse + "log.csv", 40, 12);
