@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "formats/text/text_lines.h"
+#include "formats/text/utf8.h"
 
 namespace vek::formats {
 
@@ -86,6 +87,11 @@ private:
         return taken;
     }
 
+    // A sign and the character behind it.
+    std::string_view takeWithNext() {
+        return take(1 + std::max<std::size_t>(1, wideCharacterSize(rest_.substr(1))));
+    }
+
     void add(Kind kind, std::string_view text, std::size_t count = 1) {
         section_.tokens.push_back({kind, std::string(text), count});
     }
@@ -94,9 +100,9 @@ private:
         const char c = rest_.front();
         if (c == '"') return readQuoted();
         if (c == '[') return readBrackets();
-        if (c == '\\') return addLiteral(take(2).substr(1));
+        if (c == '\\') return addLiteral(takeWithNext().substr(1));
         if (c == '_' || c == '*') {
-            take(2);  // room as wide as a character, or filled with one
+            takeWithNext();  // room as wide as a character, or filled with one
             return;
         }
         if (startsWith("General")) return add(Kind::general, take(7));

@@ -61,6 +61,14 @@ TEST(NumberFormats, ShowWholeDigitsThatHaveNoPlaceInFrontOfThePoint) {
     EXPECT_EQ(shown(12.5, ".00E+00"), "1.25E+01");
 }
 
+TEST(NumberFormats, LeaveRoomForCharactersOfEverySize) {
+    EXPECT_EQ(shown(12.5, "_-* #,##0.00\\ _\u20AC_-;\\-* #,##0.00\\ _\u20AC_-"), "12.50 ");
+    EXPECT_EQ(shown(-12.5, "0.0_\u00A3;\\-0.0_\u00A3"), "-12.5");
+    EXPECT_EQ(shown(5, "*\u00B70"), "5");
+    EXPECT_EQ(shown(5, "\\\u20AC0"), "\u20AC5");
+    EXPECT_EQ(shown(5, "0_"), "5");
+}
+
 TEST(NumberFormats, ShowFractions) {
     EXPECT_EQ(shown(0.375, "# ?/?"), "3/8");
     EXPECT_EQ(shown(2.5, "# ?/?"), "2 1/2");
