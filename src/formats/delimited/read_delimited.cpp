@@ -35,20 +35,25 @@ std::size_t blankLinesInFront(std::string_view text, char usual, const Log& log)
     return hasSeveralCells(text, delimiter) ? blanks : 0;
 }
 
-// The lines that a person says stand in front of the heading, or the one that names the delimiter.
+std::string_view behindLines(std::string_view text, std::size_t count) {
+    if (count == 0) return text;
+    LineWalk walk(text);
+    std::string_view line;
+    while (walk.number() < count && walk.next(line)) {
+    }
+    return walk.rest();
+}
+
+// The lines that a person says stand in front of the heading, or the one that names the delimiter,
+// and blank ones behind those.
 std::size_t linesInFront(std::string_view text, bool isNamed, char usual, const Log& log) {
-    const std::size_t wanted = log.opening.wishes.skippedLines;
-    if (wanted != 0 || isNamed) return std::max<std::size_t>(wanted, 1);
-    return blankLinesInFront(text, usual, log);
+    const std::size_t said =
+        std::max<std::size_t>(log.opening.wishes.skippedLines, isNamed ? 1 : 0);
+    return said + blankLinesInFront(behindLines(text, said), usual, log);
 }
 
 std::size_t skipLines(std::string_view text, std::size_t wanted, Log& log) {
-    if (wanted == 0) return 0;
-    LineWalk walk(text);
-    std::string_view line;
-    while (walk.number() < wanted && walk.next(line)) {
-    }
-    const std::size_t size = text.size() - walk.rest().size();
+    const std::size_t size = text.size() - behindLines(text, wanted).size();
     log.form.skipped = text.substr(0, size);
     return size;
 }
