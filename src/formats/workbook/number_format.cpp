@@ -63,8 +63,9 @@ std::string NumberFormat::shown(double value, bool from1904) const {
         return shownDate(value, from1904, section.tokens).value_or(generalNumber(value));
     }
     const std::string text = shownNumber(std::fabs(value), section.tokens);
-    const bool isZero = text.find_first_of("123456789") == text.npos;
-    return value < 0 && !hasSign && !isZero ? "-" + text : text;
+    // What is rounded to nothing has its sign all the same, a word alone has none.
+    const bool isNumber = text.find_first_of("0123456789") != text.npos;
+    return value < 0 && !hasSign && isNumber ? "-" + text : text;
 }
 
 std::string_view builtInFormat(unsigned number) {

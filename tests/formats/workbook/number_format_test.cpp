@@ -29,7 +29,11 @@ TEST(NumberFormats, RoundByTheDigitsThatASheetKeeps) {
     EXPECT_EQ(shown(0.5, "0"), "1");
     EXPECT_EQ(shown(99.995, "0.00"), "100.00");
     EXPECT_EQ(shown(0.004, "0.00"), "0.00");
-    EXPECT_EQ(shown(-0.004, "0.00"), "0.00");
+    EXPECT_EQ(shown(-0.004, "0.00"), "-0.00");
+    EXPECT_EQ(shown(-0.004, "0%"), "-0%");
+    EXPECT_EQ(shown(-7, "\"low\""), "low");
+    EXPECT_EQ(shown(-0.004, "0.00;(0.00)"), "(0.00)");
+    EXPECT_EQ(shown(-0.0, "0.00"), "0.00");
     EXPECT_EQ(shown(1e300, "0").size(), 301u);
 }
 
