@@ -94,10 +94,6 @@ Words wordsOf(const Args& args) {
                       "'SELECT * FROM log'"};
 }
 
-bool savesLogs(const Args& args) {
-    return args.has("write") && !args.has("dry-run");
-}
-
 // Each log that is read would be saved, and the last one with what others do not have.
 void requireOneNameEach(const std::vector<std::string>& paths) {
     for (auto path = paths.begin(); path != paths.end(); ++path) {
@@ -110,10 +106,11 @@ void requireOneNameEach(const std::vector<std::string>& paths) {
 }
 
 Log readForSql(const std::string& path, const Args& args) {
-    if (!savesLogs(args)) return readLog(path, args);
+    if (!args.has("write")) return readLog(path, args);
     if (path == "-") {
         throw Failure{wrongUsage, "sql: the standard input is not written back; name a file"};
     }
+    if (args.has("dry-run")) return readLogToCopy(path, args);
     return readLogToChange(path, openingFrom(args));
 }
 
@@ -219,6 +216,7 @@ public:
                                             ? failure.text
                                             : concat(failure.text, "; saved before: ", saved_)};
         }
+        if (args_.has("dry-run")) return;
         saved_ += saved_.empty() ? log.name : concat(", ", log.name);
     }
 
@@ -230,8 +228,7 @@ private:
 sql::Wishes wishesFrom(const Args& args, Saver& saver) {
     // Rows that go on to be counted or grouped no more are kept until they are printed.
     constexpr std::size_t mostAnswer = std::size_t{1} << 30;
-    return {args.has("write"), args.has("dry-run"), wantedRate(args),
-            args.number("max-output", mostAnswer),
+    return {args.has("write"), wantedRate(args), args.number("max-output", mostAnswer),
             [&saver](const Log& log, const std::vector<unsigned>& rows) { saver.save(log, rows); }};
 }
 
@@ -241,7 +238,7 @@ int run(const Args& args) {
     std::vector<std::string> paths;
     for (const NamedPath& log : words.logs) paths.push_back(log.path);
     requireNoInput("sql", paths, args.text("output"), "the answer");
-    if (savesLogs(args)) requireOneNameEach(paths);
+    if (args.has("write")) requireOneNameEach(paths);
     Saver saver(args);
     const sql::Answer answer =
         sql::run(readAll(words, args), words.statements, wishesFrom(args, saver));

@@ -256,7 +256,7 @@ Answer Session::run(std::string_view statements) {
     rules_.forget();
     sqlite3_set_authorizer(db_.get(), nullptr, nullptr);
     answer_.changed = static_cast<std::size_t>(sqlite3_total_changes64(db_.get()));
-    execute(wishes_.isTrial ? "ROLLBACK" : "COMMIT");
+    execute("COMMIT");
     for (const auto& given : given_) {
         if (given->isSaved()) answer_.changedLogs.push_back(given->path());
     }

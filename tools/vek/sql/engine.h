@@ -18,7 +18,6 @@ struct NamedLog {
 
 struct Wishes {
     bool mayWrite = false;
-    bool isTrial = false;  ///< changes are made, looked at by what follows, and not saved
     std::string rate = {};
     std::size_t mostBytes = 0;  ///< of the rows of an answer
     /// Saves a log of which these rows are left. Throws a Failure where that cannot be.
