@@ -302,12 +302,10 @@ test("all columns are there on demand", async () => {
     });
 });
 
-test("a log of as many columns as there can be is there within seconds", async () => {
-    const [path, begin] = [logs.widestLog(), Date.now()];
-    await withPage(makePage("widest.html", [path]), {}, async (page) => {
+test("a log of as many columns as there can be is shown and searched", async () => {
+    await withPage(makePage("widest.html", [logs.widestLog()]), {}, async (page) => {
         expectSame(page.said, [], "messages");
         expectSame(await page.$$eval(".rows thead th", (all) => all.length), 257, "columns");
-        expect(Date.now() - begin < 30000, "it is there within half a minute");
         await find(page, "c65000==w65000");
         expectSame(await rowsOf(page), [2], "rows");
         expect((await page.textContent(".columns summary")).includes("65535"), "all are told");
