@@ -128,12 +128,18 @@ private:
             std::optional<std::string_view> value = edlValue(line, name);
             if (!value || trimmed(line).starts_with('*')) continue;
             builder_.addParameter(walk_.number(), name, *value);
-            takeLine(layout_.heading);
-            commented_ = nullptr;
+            takeHeadingLine();
             places_.takeHeading();
             return true;
         }
         return false;
+    }
+
+    // It is written in front of all comments, so blank lines behind one stay with what follows it.
+    void takeHeadingLine() {
+        if (!waiting_.empty()) return layout_.heading.add(0);
+        takeLine(layout_.heading);
+        commented_ = nullptr;
     }
 
     // Counting that changes between two events, for all behind it.
