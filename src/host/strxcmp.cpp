@@ -54,7 +54,13 @@ int compareFronts(std::string_view& a, std::string_view& b) {
     return order;
 }
 
-int compareAsRead(std::string_view a, std::string_view b) {
+std::string_view textOf(const char* text) {
+    return text == nullptr ? std::string_view() : std::string_view(text);
+}
+
+}  // namespace
+
+int compareAsRead(std::string_view a, std::string_view b) noexcept {
     while (!a.empty() && !b.empty()) {
         if (const int order = compareFronts(a, b); order != 0) {
             return order;
@@ -62,12 +68,6 @@ int compareAsRead(std::string_view a, std::string_view b) {
     }
     return int(!a.empty()) - int(!b.empty());
 }
-
-std::string_view textOf(const char* text) {
-    return text == nullptr ? std::string_view() : std::string_view(text);
-}
-
-}  // namespace
 
 int strxcmp(const char* a, const char* b) noexcept {
     return strxcmp(textOf(a), textOf(b));

@@ -108,3 +108,24 @@ TEST(Strxcmp, IsAStrictWeakOrder) {
         }
     }
 }
+
+TEST(CompareAsRead, FindsTextsAlikeThatStrxcmpTellsApartByTheirZeros) {
+    EXPECT_EQ(compareAsRead("01", "1"), 0);
+    EXPECT_EQ(compareAsRead("A007b", "a7B"), 0);
+    EXPECT_EQ(compareAsRead("0", "000"), 0);
+    EXPECT_EQ(compareAsRead("01", "2"), -1);
+    EXPECT_EQ(compareAsRead("010", "9"), 1);
+    EXPECT_EQ(compareAsRead("1", "01 "), -1);
+}
+
+TEST(CompareAsRead, IsTheOrderOfStrxcmpBetweenTextsThatItTellsApart) {
+    Random random;
+    for (int i = 0; i < 20000; ++i) {
+        const std::string a = random.text("aB0129 /:", 5);
+        const std::string b = random.text("aB0129 /:", 5);
+        const int order = compareAsRead(a, b);
+        ASSERT_EQ(order, -compareAsRead(b, a)) << a << " | " << b;
+        if (order == 0) continue;
+        ASSERT_EQ(order, strxcmp(a.c_str(), b.c_str())) << a << " | " << b;
+    }
+}

@@ -11,3 +11,6 @@
 /// same under every locale. Answers -1, 0 or 1; null is the empty text.
 VEKDB_PUBLIC int strxcmp(const char* a, const char* b) noexcept;
 VEKDB_PUBLIC int strxcmp(std::string_view a, std::string_view b) noexcept;
+
+/// The same rule without the last one: 0 also for texts that it finds alike, as "1" and "01".
+VEKDB_PUBLIC int compareAsRead(std::string_view a, std::string_view b) noexcept;

@@ -139,7 +139,7 @@ void requireCondition(const std::string& text) {
 int comparePeople(std::string_view a, std::string_view b) {
     std::optional<Timecode> first = parseTimecode(a);
     std::optional<Timecode> second = parseTimecode(b);
-    if (!first || !second) return strxcmp(trimmed(a), trimmed(b));
+    if (!first || !second) return compareAsRead(trimmed(a), trimmed(b));
     auto order = first->order() <=> second->order();
     return order < 0 ? -1 : order > 0 ? 1 : 0;
 }

@@ -84,10 +84,8 @@ const compareNumbers = (a, b) => compare(a.length, b.length) || compare(a, b);
 // As people read: numbers within texts by their value, the case ignored.
 function compareTexts(a, b) {
     const piece = /(\d+)|[^]/g;
-    const left = withoutCase(bytesOf(a));
-    const right = withoutCase(bytesOf(b));
-    const leftPieces = left.match(piece) || [];
-    const rightPieces = right.match(piece) || [];
+    const leftPieces = withoutCase(bytesOf(a)).match(piece) || [];
+    const rightPieces = withoutCase(bytesOf(b)).match(piece) || [];
     const isNumber = (text) => text >= "0" && text < ":";
     const withoutZeros = (digits) => digits.replace(/^0+/, "");
     for (let i = 0; i < leftPieces.length && i < rightPieces.length; ++i) {
@@ -97,7 +95,7 @@ function compareTexts(a, b) {
             : compare(x.charCodeAt(0), y.charCodeAt(0));
         if (order !== 0) return order;
     }
-    return compare(leftPieces.length, rightPieces.length) || compare(left, right);
+    return compare(leftPieces.length, rightPieces.length);
 }
 
 function comparePeople(a, b) {
