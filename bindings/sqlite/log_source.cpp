@@ -142,9 +142,10 @@ Log FileSource::readToChange() {
                                            "read_only");
     }
     requireFile();
-    held_ = stamp();
     Result<Log> log = openToChange(path(), wishes_.options);
     if (!log) throw Refusal(codeOfHolding(log.reason(), path()), log.reason().text());
+    // Whoever held the file until now has put another in its place.
+    held_ = stamp();
     return *log;
 }
 

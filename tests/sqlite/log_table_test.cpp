@@ -3,7 +3,9 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <fstream>
+#include <thread>
 
 #include "sqlite/session.h"
 #include "testing/temp_dir.h"
@@ -380,6 +382,24 @@ TEST_F(LogTables, KeepOthersFromChangingTheFileDuringATransactionAlone) {
     EXPECT_EQ(other.ask("UPDATE log SET Take = 'y' WHERE rowid = 2; COMMIT; SELECT a FROM own"),
               "1\n");
     EXPECT_EQ(session.ask("SELECT Take FROM log"), "1\ny\n2\n");
+}
+
+// What a statement is to be written over is the file as the other left it.
+TEST_F(LogTables, AreSavedBehindAnotherWriterThatTheyWaitedFor) {
+    Session session;
+    Session other;
+    makeLog(session);
+    makeLog(other);
+    ASSERT_EQ(session.ask("BEGIN; UPDATE log SET Take = 'x' WHERE rowid = 1"), "");
+    std::string answer;
+    std::thread waiting([&] { answer = other.ask("UPDATE log SET Take = 'y' WHERE rowid = 2"); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_EQ(session.ask("COMMIT"), "");
+    waiting.join();
+    EXPECT_EQ(answer, "");
+    EXPECT_EQ(folder_.read("day.csv"),
+              "Scene,Take,Notes\n12,x,good\n7,y,\n12A,2,\"a \"\"b\"\"\"\n");
+    EXPECT_EQ(other.ask("SELECT Take FROM log"), "x\ny\n2\n");
 }
 
 TEST_F(LogTables, LetCursorsGoOnWhileRowsChange) {
