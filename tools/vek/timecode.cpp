@@ -27,6 +27,7 @@ namespace vek {
 namespace {
 
 constexpr int fastestWritten = 100;  // two digits of frames
+constexpr std::size_t transitionDigits = 3;
 constexpr std::int64_t mostFrames = 1'000'000'000;
 
 // A log whose timecodes are to be changed: what is found out about it, and the edits so far.
@@ -37,6 +38,7 @@ struct Work {
     std::vector<Edit> edits;
     std::vector<Problem> odd;  // cells that stay as they are
     std::size_t overMidnight = 0;
+    std::unordered_map<std::uint64_t, std::size_t> notes = {};  // edits of cells of several lines
 
     int nominal(unsigned row, unsigned column) const { return counting.nominal(row, column); }
 
@@ -49,6 +51,36 @@ struct Work {
         const std::string_view before = log.cell(row, column);
         if (before == after) return;
         edits.push_back({row, static_cast<unsigned short>(column), after});
+    }
+
+    static std::uint64_t placeOf(unsigned row, unsigned column) {
+        return std::uint64_t{row} << 32 | column;
+    }
+
+    // A cell whose lines are changed one kind after the other, as it is so far.
+    std::string_view note(unsigned row, unsigned column) const {
+        const auto edit = notes.find(placeOf(row, column));
+        return edit == notes.end() ? log.cell(row, column) : edits[edit->second].after;
+    }
+
+    // Every line of such a cell, as `moved` makes it.
+    template <class Moved>
+    void moveNote(unsigned row, unsigned column, Moved moved) {
+        std::string after;
+        for (std::string_view line : split(note(row, column), '\n')) {
+            after += moved(line);
+            after += '\n';
+        }
+        after.pop_back();
+        if (after == note(row, column)) return;
+        const auto [edit, isNew] = notes.try_emplace(placeOf(row, column), edits.size());
+        if (isNew) return put(row, column, after);
+        edits[edit->second].after = std::move(after);
+    }
+
+    void leaveLine(unsigned row, unsigned column, std::string_view line, const char* expected) {
+        odd.push_back({log.lineOf(row), log.columnName(column), inQuotes(line), expected,
+                       "the line stays as it is"});
     }
 
     // The moment itself, where a timeline has it beside a time that is between two frames.
@@ -195,6 +227,30 @@ void shift(Work& work, const std::vector<unsigned>& columns, const std::string& 
     }
 }
 
+// Comments, Comments 2, ...
+std::vector<unsigned> noteColumns(const Log& log, std::string (*name)(std::size_t)) {
+    std::vector<unsigned> columns;
+    for (std::size_t piece = 0;; ++piece) {
+        const unsigned column = log.findColumn(name(piece));
+        if (column == noColumn) return columns;
+        columns.push_back(column);
+    }
+}
+
+// Where an edit list has the lengths of its transitions, in frames; noColumn for other logs.
+unsigned transitionColumn(const Log& log) {
+    for (EdlColumn needed : {edlEvent, edlTrack, edlKind, edlRecordIn}) {
+        if (log.findColumn(edlColumnNames[needed]) == noColumn) return noColumn;
+    }
+    return log.findColumn(edlColumnNames[edlLength]);
+}
+
+// The line with another text in the place of one that lies in it.
+std::string withPart(std::string_view line, std::string_view part, std::string_view now) {
+    const auto at = static_cast<std::size_t>(part.data() - line.data());
+    return concat(line.substr(0, at), now, line.substr(at + part.size()));
+}
+
 // From one rate to another, the moment kept or the number of the frame.
 class Conform {
 public:
@@ -205,15 +261,20 @@ public:
           keepsFrames_(args.text("keep") == "frames"),
           round_(args.text("round")),
           rateColumn_(work.counting.rateColumn()),
-          record_(recordColumns(work.log)) {}
+          record_(recordColumns(work.log)),
+          transition_(transitionColumn(work.log)),
+          notes_(noteColumns(work.log, edlCommentsName)) {}
 
     void cells(const std::vector<unsigned>& columns) {
+        const bool movesRecord =
+            std::ranges::any_of(columns, [&](unsigned column) { return column == record_.start; });
         for (unsigned row : work_.rows) {
             const bool keepsSource = hasOtherRate(row);
             for (unsigned column : columns) {
                 if (!keepsSource || isOnRecord(column)) cell(row, column);
             }
             if (!keepsSource) lengths(row);
+            if (movesRecord) onRecord(row);
             countAnew(row);
         }
         if (inexact_ > 0) refuse();
@@ -289,12 +350,58 @@ private:
         }
     }
 
+    // What an edit list counts in frames of its record.
+    void onRecord(unsigned row) {
+        if (transition_ != noColumn) transition(row);
+        for (unsigned column : notes_) {
+            if (work_.log.cell(row, column).find(':') == std::string_view::npos) continue;
+            work_.moveNote(row, column, [&](std::string_view line) {
+                return isEdlSplit(line) ? movedSplit(row, column, line) : std::string(line);
+            });
+        }
+    }
+
+    void transition(unsigned row) {
+        const std::string_view cell = work_.log.cell(row, transition_);
+        if (trimmed(cell).empty()) return;
+        const std::optional<std::string> now = movedLength(row, transition_, cell, cell);
+        if (!now || now->size() > std::max(transitionDigits, cell.size()))
+            return work_.leave(row, transition_, "a length of at most 999 frames");
+        work_.put(row, transition_, *now);
+    }
+
+    // Sound or picture begins so much later.
+    std::string movedSplit(unsigned row, unsigned column, std::string_view line) {
+        const std::string_view delay = edlSplitDelay(line);
+        const std::optional<std::string> now = movedLength(row, column, delay, line);
+        if (now) return withPart(line, delay, *now);
+        work_.leaveLine(row, column, line,
+                        "a delay that is there at the rate, such as 00:00:00:12");
+        return std::string(line);
+    }
+
+    // "024" or "00:00:01:00" in its form; `found` is what it is told with.
+    std::optional<std::string> movedLength(unsigned row, unsigned column, std::string_view text,
+                                           std::string_view found) {
+        const bool dropped = work_.drops(row, record_.start);
+        const std::optional<std::int64_t> frames = lengthOf(text, from_.nominal, dropped);
+        if (!frames || *frames > mostFrames || isNoFrame(text, from_.nominal, dropped)) return {};
+        const std::int64_t now = converted(row, column, *frames, found);
+        const std::string digits = std::to_string(now);
+        if (wholeNumber(trimmed(text))) {
+            return concat(std::string(text.size() - std::min(text.size(), digits.size()), '0'),
+                          digits);
+        }
+        return inFormOf(text, timecodeText(now, to_.nominal, drops(dropped)), mark(dropped));
+    }
+
     Mark mark(bool before) const {
         if (drops(before) == before) return Mark::asBefore;
         return before ? Mark::nonDrop : Mark::dropFrame;
     }
 
-    std::int64_t converted(unsigned row, unsigned column, std::int64_t frames) {
+    std::int64_t converted(unsigned row, unsigned column, std::int64_t frames,
+                           std::string_view found = {}) {
         if (keepsFrames_) return frames;
         std::int64_t above = frames * from_.seconds() * to_.frames();
         std::int64_t below = from_.frames() * to_.seconds();
@@ -302,16 +409,17 @@ private:
         if (rest == 0) return above / below;
         if (round_ == "up") return above / below + 1;
         if (round_ == "nearest") return above / below + (2 * rest >= below ? 1 : 0);
-        if (round_.empty()) noteInexact(row, column);
+        if (round_.empty()) {
+            noteInexact(row, column, found.empty() ? work_.log.cell(row, column) : found);
+        }
         return above / below;
     }
 
-    void noteInexact(unsigned row, unsigned column) {
+    void noteInexact(unsigned row, unsigned column, std::string_view found) {
         if (inexact_++ > 0) return;
-        first_ = worded(work_.log.name,
-                        {work_.log.lineOf(row), work_.log.columnName(column),
-                         inQuotes(work_.log.cell(row, column)) + " is between two frames",
-                         "a whole frame at " + rateText(to_), ""});
+        first_ = worded(work_.log.name, {work_.log.lineOf(row), work_.log.columnName(column),
+                                         inQuotes(found) + " is between two frames",
+                                         "a whole frame at " + rateText(to_), ""});
     }
 
     [[noreturn]] void refuse() const {
@@ -355,6 +463,8 @@ private:
     std::string round_;
     unsigned rateColumn_;
     RangeColumns record_;
+    unsigned transition_;
+    std::vector<unsigned> notes_;
     std::size_t inexact_ = 0;
     std::string first_;
 };
@@ -493,8 +603,8 @@ public:
     Speeds(Work& work, int newNominal)
         : work_(work), newNominal_(newNominal), start_(work.log.findColumn("Source In")) {
         if (start_ == noColumn) return;
-        collect(notes_, edlCommentsName);
-        collect(strays_, edlCommentsBeforeName);
+        notes_ = noteColumns(work_.log, edlCommentsName);
+        strays_ = noteColumns(work_.log, edlCommentsBeforeName);
     }
 
     void move() {
@@ -515,14 +625,6 @@ public:
     }
 
 private:
-    void collect(std::vector<unsigned>& columns, std::string (*name)(std::size_t)) const {
-        for (std::size_t piece = 0;; ++piece) {
-            const unsigned column = work_.log.findColumn(name(piece));
-            if (column == noColumn) return;
-            columns.push_back(column);
-        }
-    }
-
     // A clip of a timeline with a rate of its own, whose source stays, which is told.
     bool keepsSource(unsigned row) const {
         const std::optional<FrameRate> own = work_.counting.ownRate(row, start_);
@@ -536,15 +638,9 @@ private:
     void notesOf(unsigned row, const EdlMove& move) {
         for (unsigned column : strays_) tellStrays(row, column);
         for (unsigned column : notes_) {
-            const std::string_view cell = work_.log.cell(row, column);
-            if (!mayHaveSpeed(cell)) continue;
-            std::string after;
-            for (std::string_view line : split(cell, '\n')) {
-                after += noteOf(row, column, line, move);
-                after += '\n';
-            }
-            after.pop_back();
-            work_.put(row, column, after);
+            if (!mayHaveSpeed(work_.log.cell(row, column))) continue;
+            work_.moveNote(row, column,
+                           [&](std::string_view line) { return noteOf(row, column, line, move); });
         }
     }
 
@@ -552,7 +648,8 @@ private:
         if (!isEdlMotion(line)) return std::string(line);
         std::optional<std::string> moved = movedEdlMotion(line, move);
         if (moved) return *moved;
-        tell(row, column, line, "a speed in tenths of a frame, from the start of the event");
+        work_.leaveLine(row, column, line,
+                        "a speed in tenths of a frame, from the start of the event");
         return std::string(line);
     }
 
@@ -561,13 +658,9 @@ private:
         const std::string_view cell = work_.log.cell(row, column);
         if (!mayHaveSpeed(cell)) return;
         for (std::string_view line : split(cell, '\n')) {
-            if (isEdlMotion(line)) tell(row, column, line, "a speed just behind its event");
+            if (isEdlMotion(line))
+                work_.leaveLine(row, column, line, "a speed just behind its event");
         }
-    }
-
-    void tell(unsigned row, unsigned column, std::string_view line, const char* expected) {
-        work_.odd.push_back({work_.log.lineOf(row), work_.log.columnName(column), inQuotes(line),
-                             expected, "the line stays as it is"});
     }
 
     Work& work_;

@@ -244,6 +244,11 @@ bool isEdlSplit(std::string_view line) {
     return !trimmed(line).starts_with('*') && edlValue(line, "SPLIT").has_value();
 }
 
+std::string_view edlSplitDelay(std::string_view line) {
+    const Words parts = words(line.substr(line.find('=') + 1));
+    return line.find('=') == line.npos || parts.empty() ? std::string_view() : parts.front();
+}
+
 bool isEdlMotion(std::string_view line) {
     line = trimmed(line);
     return line.size() > 2 && sameText(line.substr(0, 2), "M2") && isAsciiSpace(line[2]);

@@ -56,6 +56,8 @@ std::optional<std::string_view> edlCounting(std::string_view line);
 
 /// "SPLIT: AUDIO DELAY= ...", which stands in front of the event that it is about.
 bool isEdlSplit(std::string_view line);
+/// By how much, "00:00:00:12", where it lies in the line; "" where it does not say so.
+std::string_view edlSplitDelay(std::string_view line);
 
 /// Whether an "M2" line, a speed, is about this reel.
 bool isEdlMotionOf(std::string_view line, std::string_view reel);
