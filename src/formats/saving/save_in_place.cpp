@@ -151,11 +151,10 @@ private:
     void putHeading() {
         const std::string_view came = reader_.read(places_.heading());
         const std::string now = form_->heading(came);
-        end_ =
-            log_.lineEnd == LineEnd::lf && !endOfLine(came).empty() && isReadByLibrary(log_.format)
-                ? std::string(endOfLine(came))
-                : bytesOf(log_.lineEnd);
-        lacksEnd_ = endOfLine(now).empty() && !now.empty();
+        const bool hasEnd = isReadByLibrary(log_.format) && endOfLine(came).ends_with('\n');
+        end_ = log_.lineEnd == LineEnd::lf && hasEnd ? std::string(endOfLine(came))
+                                                     : bytesOf(log_.lineEnd);
+        if (!now.empty()) noteEnd(now);
         if (now == came)
             keep(places_.heading());
         else
@@ -172,7 +171,8 @@ private:
             write(row);
         else
             keep(places_.row(row));
-        if (!isNew(row) && row + 1 == places_.count()) noteLastEnd(row);
+        const bool isLast = !isNew(row) && row + 1 == places_.count();
+        if (isLast && !source_.isDamaged) noteEnd(reader_.read(places_.row(row)));
     }
 
     // What stands between rows stays there also where a row goes. Where rows change places it goes
@@ -216,8 +216,8 @@ private:
     }
 
     void putEnd() {
-        if (lacksEnd_) text_.own() += end_;
-        lacksEnd_ = false;
+        if (!lacking_.empty()) text_.own() += lacking_;
+        lacking_.clear();
     }
 
     void write(unsigned row) {
@@ -227,9 +227,12 @@ private:
         text_.own() += isNew(row) || source_.isDamaged ? std::string_view(end_) : endOfLine(piece);
     }
 
-    // The last line of a file may have no end.
-    void noteLastEnd(unsigned row) {
-        lacksEnd_ = !source_.isDamaged && endOfLine(reader_.read(places_.row(row))).empty();
+    // The last line of a file may have no end. The library ends no line at a return alone.
+    void noteEnd(std::string_view piece) {
+        const std::string_view end = endOfLine(piece);
+        lacking_.clear();
+        if (end.empty()) lacking_ = end_;
+        if (end == "\r" && isReadByLibrary(log_.format)) lacking_ = "\n";
     }
 
     Saving saving_;
@@ -246,7 +249,7 @@ private:
     PatchedText text_;
     std::uint64_t keptTo_ = 0;  // of the file
     std::string end_;
-    bool lacksEnd_ = false;
+    std::string lacking_;  // of the end of the last line
 };
 
 std::vector<unsigned> allRows(const Log& log) {

@@ -193,7 +193,7 @@ private:
         if (isWritten) take(madeLine(row));
         take(isWritten ? end : came);
         at += isWritten ? 1 : keptRows_;
-        if (end.empty() && at < rows_.size()) take(lineEnd_);
+        if (!end.ends_with('\n') && at < rows_.size()) take(end.empty() ? lineEnd_ : "\n");
         return at;
     }
 
