@@ -351,10 +351,21 @@ void LogTable::insert(LogImage& image, int count, sqlite3_value** values, sqlite
     *newRow = sqlite3_int64{row} + 1;
 }
 
-// `values`: the row as it was, none for one that is new; as it is to be, and its cells. One alone
-// is to be deleted.
+// SQLite has no savepoint to go back to around a statement that changes a single row.
 void LogTable::update(int count, sqlite3_value** values, sqlite3_int64* newRow) {
     LogImage& image = changing();
+    const std::size_t before = image.changes();
+    try {
+        change(image, count, values, newRow);
+    } catch (...) {
+        image.undoTo(before);
+        throw;
+    }
+}
+
+// `values`: the row as it was, none for one that is new; as it is to be, and its cells. One alone
+// is to be deleted.
+void LogTable::change(LogImage& image, int count, sqlite3_value** values, sqlite3_int64* newRow) {
     const bool isNew = sqlite3_value_type(values[0]) == SQLITE_NULL;
     if (isNew) return insert(image, count, values, newRow);
     const unsigned row = rowOf(image, values[0]);

@@ -72,6 +72,7 @@ private:
     bool tagOf(sqlite3_value* value) const;
     void setTagged(LogImage& image, unsigned row, bool wasTagged, sqlite3_value* value);
     unsigned rowOf(const LogImage& image, sqlite3_value* value) const;
+    void change(LogImage& image, int count, sqlite3_value** values, sqlite3_int64* newRow);
     void insert(LogImage& image, int count, sqlite3_value** values, sqlite3_int64* newRow);
 
     sqlite3* db_;

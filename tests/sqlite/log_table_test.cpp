@@ -153,6 +153,26 @@ TEST_F(LogTables, TakeBackAStatementThatFailsHalfway) {
     EXPECT_EQ(session.ask("COMMIT; SELECT Take FROM log"), "A\n10\n2\n");
 }
 
+// SQLite keeps no savepoint for a statement that changes a single row.
+TEST_F(LogTables, LeaveNothingOfARowThatIsRefused) {
+    const std::string text = "A,B,Tag\n1,x,1\n2,y,\n";
+    folder_.write("t.csv", text);
+    Session session;
+    ASSERT_EQ(session.table("log", quoted("t.csv")), "");
+    ASSERT_EQ(session.ask("BEGIN"), "");
+    for (const std::string refused :
+         {"INSERT INTO log VALUES ('3', x'00', '')",
+          "INSERT INTO log(A, _tagged) VALUES (3, 'yes')", "INSERT INTO log(A, _row) VALUES (3, 9)",
+          "INSERT INTO log(A, _fps) VALUES (3, '25')",
+          "UPDATE log SET A = 'new', B = x'00' WHERE rowid = 2",
+          "UPDATE log SET A = 'new', _tagged = 'yes' WHERE rowid = 2"}) {
+        EXPECT_THAT(session.ask(refused), StartsWith("error: ")) << refused;
+        EXPECT_EQ(session.ask("SELECT A, B, Tag FROM log"), "1|x|1\n2|y|\n") << refused;
+    }
+    EXPECT_EQ(session.ask("INSERT OR IGNORE INTO log(A, B) VALUES (3, 'z'); COMMIT"), "");
+    EXPECT_EQ(folder_.read("t.csv"), text + "3,z,\n");
+}
+
 TEST_F(LogTables, WriteValuesOfOtherTypesAsTheirTexts) {
     Session session;
     makeLog(session);
