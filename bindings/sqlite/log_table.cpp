@@ -269,8 +269,14 @@ std::string_view cellOf(sqlite3_value* value, const std::string& column) {
 
 }  // namespace
 
+// SQLite begins nothing in a table that was made in the same transaction, and has none of its
+// savepoints go back in it: what took the making back would leave the changes to the COMMIT.
 LogImage& LogTable::changing() {
-    if (!isChanging_) throw Refusal(source_->path() + ": is not open to be changed");
+    if (!isChanging_) {
+        throw Refusal(source_->path() +
+                      ": was made a table in this transaction, which cannot change it; COMMIT, and "
+                      "change it then");
+    }
     takeBackPrepared();
     return *image_;
 }

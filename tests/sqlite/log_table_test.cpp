@@ -173,6 +173,23 @@ TEST_F(LogTables, LeaveNothingOfARowThatIsRefused) {
     EXPECT_EQ(folder_.read("t.csv"), text + "3,z,\n");
 }
 
+// What took their making back would not take back their changes.
+TEST_F(LogTables, AreNotChangedByTheTransactionThatMadeThem) {
+    Session session;
+    ASSERT_EQ(session.ask("BEGIN; SAVEPOINT a"), "");
+    makeLog(session);
+    EXPECT_THAT(session.ask("INSERT INTO log(Scene) VALUES ('z')"),
+                HasSubstr("was made a table in this transaction, which cannot change it; COMMIT"));
+    EXPECT_EQ(session.ask("ROLLBACK TO a; COMMIT"), "");
+    EXPECT_EQ(folder_.read("day.csv"), day);
+    ASSERT_EQ(session.ask("BEGIN"), "");
+    makeLog(session);
+    EXPECT_THAT(session.ask("UPDATE log SET Take = 'x'"), HasSubstr("COMMIT"));
+    EXPECT_EQ(session.ask("COMMIT; UPDATE log SET Take = 'x' WHERE rowid = 2"), "");
+    EXPECT_EQ(folder_.read("day.csv"),
+              "Scene,Take,Notes\n12,1,good\n7,x,\n12A,2,\"a \"\"b\"\"\"\n");
+}
+
 TEST_F(LogTables, WriteValuesOfOtherTypesAsTheirTexts) {
     Session session;
     makeLog(session);
