@@ -50,8 +50,7 @@ void FileSink::take(std::string_view piece) {
 }
 
 void FileSink::send(std::string_view text) {
-    if (!isOpen_ && !file_->open()) refuse(path_, *file_);
-    isOpen_ = true;
+    if (!std::exchange(isOpen_, true) && !file_->open()) refuse(path_, *file_);
     if (!file_->write(text)) refuse(path_, *file_);
 }
 
@@ -64,7 +63,10 @@ std::vector<std::string> FileSink::end() {
 std::vector<std::string> FileSink::prepare() {
     if (keepsOld_) {
         const std::string copy = path_ + ".bak";
-        if (!file_->backUp(copy.c_str())) refuse(copy, *file_);
+        if (!file_->backUp(copy.c_str())) {
+            file_->giveUp();
+            refuse(copy, *file_);
+        }
     }
     if (isDirect() || keepsOld_ || !isOpen_) send(kept_);
     if (!file_->complete()) refuse(path_, *file_);
@@ -72,8 +74,8 @@ std::vector<std::string> FileSink::prepare() {
 }
 
 void FileSink::commit() {
-    isOpen_ = false;
     if (!file_->commit()) refuse(path_, *file_);
+    isOpen_ = false;
 }
 
 void FileSink::giveUp() {

@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 
+#include <csignal>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -31,6 +33,45 @@ private:
 };
 
 }  // namespace
+
+namespace {
+
+// While in scope, no file becomes longer than so many bytes.
+class LimitedFiles {
+public:
+    explicit LimitedFiles(rlim_t size) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+        ::getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit = {size, before_.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    LimitedFiles(const LimitedFiles&) = delete;
+    LimitedFiles& operator=(const LimitedFiles&) = delete;
+    ~LimitedFiles() {
+        ::setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+
+private:
+    void (*handler_)(int);
+    rlimit before_ = {};
+};
+
+}  // namespace
+
+TEST(SavingLogs, SavesAfterADiskWasFull) {
+    TempDir folder;
+    folder.write("day.csv", csv);
+    auto log = vek::openToChange(folder.file("day.csv").string());
+    ASSERT_TRUE(log) << log.reason().text();
+    ASSERT_TRUE(log->set(log->at(1), "Notes", "print"));
+    {
+        const LimitedFiles full(4);
+        EXPECT_FALSE(log->save());
+        EXPECT_EQ(folder.read("day.csv"), csv);
+    }
+    EXPECT_TRUE(log->save());
+    EXPECT_EQ(folder.read("day.csv"), "Scene,Notes\n12,good\n7,print\n");
+}
 
 TEST(SavingLogs, ChangesAFileInPlace) {
     TempDir folder;

@@ -105,6 +105,48 @@ TEST_F(Replacing, GivenUpWhenItWasReadyMayBeginAnew) {
     EXPECT_EQ(std::filesystem::status(path("out")).permissions(), std::filesystem::perms(0640));
 }
 
+// A disk may have been full the first time.
+TEST_F(Replacing, WhateverFailedMayBeginAnewOnceGivenUp) {
+    bool fired = true;
+    for (unsigned n = 1; fired; ++n) {
+        folder.write("out", "old");
+        FileReplacement file;
+        ASSERT_TRUE(file.find(path("out").c_str()) && file.hold(0));
+        const auto save = [&] {
+            return file.open() && file.write("new") && file.complete() && file.commit();
+        };
+        bool isSaved = false;
+        {
+            FailingCalls calls(n, ENOSPC);
+            isSaved = save();
+            fired = calls.fired();
+        }
+        if (isSaved) continue;
+        EXPECT_FALSE(file.open()) << n;
+        file.giveUp();
+        EXPECT_EQ(file.trouble(), FileReplacement::eSystem) << n;
+        EXPECT_TRUE(save()) << n;
+        EXPECT_EQ(folder.read("out"), "new") << n;
+        EXPECT_EQ(folder.names(), Names{"out"}) << n;
+    }
+}
+
+TEST_F(Replacing, WhatWasRefusedIsNotBegunAnewByGivingItUp) {
+    folder.write("out", "old");
+    FileReplacement first;
+    ASSERT_TRUE(first.find(path("out").c_str()) && first.hold(0));
+    FileReplacement second;
+    ASSERT_TRUE(second.find(path("out").c_str()));
+    ASSERT_FALSE(second.hold(0));
+    second.giveUp();
+    EXPECT_FALSE(second.open());
+    EXPECT_EQ(second.trouble(), FileReplacement::eInUse);
+    FileReplacement missing;
+    ASSERT_FALSE(missing.find(path("none/out").c_str()));
+    missing.giveUp();
+    EXPECT_FALSE(missing.open());
+}
+
 TEST_F(Replacing, ADiskThatLosesWhatItTookIsSeenBeforeTheOldFileGoes) {
     folder.write("out", "old");
     const FileIO::SystemCalls before = FileIO::systemCalls();
@@ -278,6 +320,8 @@ TEST_F(Replacing, WhatCannotBePutBackStandsBeside) {
     ASSERT_NE(file.oldBeside(), nullptr);
     EXPECT_EQ(folder.read(file.oldBeside()), "old text");
     EXPECT_EQ(folder.names().size(), 3u);
+    file.giveUp();
+    EXPECT_FALSE(file.open());
 }
 
 TEST_F(Replacing, LeftOversOfKilledProcessesGoAndNothingElse) {

@@ -51,6 +51,7 @@ public:
             return isFound_;
         }
         isHeld_ = settle(old_.hold(place_, milliseconds)) && settle(checkNames());
+        isRefused_ = !isHeld_;
         return isHeld_;
     }
 
@@ -61,9 +62,10 @@ public:
     }
 
     bool open() {
-        if (!isFound_ || trouble_) {
+        if (!mayOpen()) {
             return false;
         }
+        isGivenUp_ = false;
         isOpen_ = settle(isDirect() ? openDirect() : openBeside());
         return isOpen_;
     }
@@ -95,13 +97,23 @@ public:
         return !trouble;
     }
 
-    void giveUp() { stop(trouble_); }
+    void giveUp() {
+        stop(trouble_);
+        isGivenUp_ = true;
+    }
 
     unsigned losses() const { return losses_; }
     const FileTrouble& trouble() const { return trouble_; }
     const char* oldBeside() const { return beside_.empty() ? nullptr : beside_.c_str(); }
 
 private:
+    // What was given up may succeed another time: a disk may have been full. What was not there or
+    // not granted before is not given up, nor are old bytes that are left beside the file.
+    bool mayOpen() const {
+        const bool isFinal = isRefused_ || !beside_.empty();
+        return isFound_ && !isFinal && (!trouble_ || isGivenUp_);
+    }
+
     bool settle(FileTrouble trouble) {
         trouble_ = trouble;
         return !trouble;
@@ -286,6 +298,8 @@ private:
     const bool toDisk_;
     bool isFound_ = false;
     bool isHeld_ = false;
+    bool isRefused_ = false;  // what was to be held
+    bool isGivenUp_ = false;
     bool isOpen_ = false;
     bool isReady_ = false;
     bool isInPlace_ = false;
