@@ -203,9 +203,11 @@ TEST_F(BrowseScreen, ACommandSeesTheRowsShownAndNoneChangesACopyThatGoes) {
         {"timecode shift 10", "timecode changes a file"},
         {"param set Day 3", "param changes a file"},
         {"column add More", "column changes a file"},
-        {"sql \"DELETE FROM log\" --write", "sql changes a file"},
+        {"sql \"DELETE FROM log\" --write -o answer.csv", "sql changes a file"},
+        {"sql \"DELETE FROM log\" --write", "the rows shown, so edit"},
         {"browse", "^O opens"},
         {"sort --by Take -o sorted.csv", "Enter goes back"},
+        {"sql \"DELETE FROM log\" --write --dry-run", "10 rows would change"},
         {"timecode shift 10 --fps 25 --dry-run", "01:45:00:10"},
         {"sql \"SELECT count(*) || ' in all' FROM log\"", "10 in all"},
         {"find Scene==9", "r45"},
@@ -224,6 +226,7 @@ TEST_F(BrowseScreen, ACommandSeesTheRowsShownAndNoneChangesACopyThatGoes) {
     }
     EXPECT_EQ(clips(), folder.read("log.csv"));
     EXPECT_TRUE(folder.has("sorted.csv"));
+    EXPECT_FALSE(folder.has("answer.csv"));
 }
 
 TEST_F(BrowseScreen, SavesAllInEveryFormatAsConvertWritesIt) {

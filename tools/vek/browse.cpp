@@ -60,9 +60,11 @@ void refuseChanges(const Command& command, const Args& args) {
     if (std::string_view(command.name) == "browse") {
         throw Failure{wrongUsage, "this is vek browse; ^O opens a log beside this one"};
     }
-    if (!hasOption(command, "--backup") || args.has("output") || args.has("dry-run")) return;
-    if (onlyLooks(command, args)) return;
-    const char* way = hasOption(command, "--output") ? "give it -o OUT, or " : "";
+    if (!hasOption(command, "--backup") || args.has("dry-run")) return;
+    // Behind --write an output is that of the answer: the rows are saved in place all the same.
+    const bool canBeCopied = hasOption(command, "--output") && !args.has("write");
+    if ((canBeCopied && args.has("output")) || onlyLooks(command, args)) return;
+    const char* way = canBeCopied ? "give it -o OUT, or " : "";
     throw Failure{wrongUsage, concat(command.name,
                                      " changes a file; here it sees a copy of the rows shown, so ",
                                      way, "edit with the keys")};
