@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "cli/program.h"
 
@@ -17,13 +18,17 @@ struct Usage {
     std::size_t bytes = 0;
 };
 
-Usage peakOf(const WorkFolder& folder, const std::string& name) {
+Usage peakOf(const WorkFolder& folder, std::vector<std::string> words) {
+    words.insert(words.begin(), "vek");
+    std::vector<char*> arguments;
+    for (std::string& word : words) arguments.push_back(word.data());
+    arguments.push_back(nullptr);
     const pid_t child = ::fork();
     if (child == 0) {
         const int nothing = ::open("/dev/null", O_RDWR);
         for (int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::dup2(nothing, stream);
         if (::chdir(folder.path().c_str()) != 0) ::_exit(127);
-        ::execl(VEK_PROGRAM, "vek", "check", name.c_str(), nullptr);
+        ::execv(VEK_PROGRAM, arguments.data());
         ::_exit(127);
     }
     int status = 0;
@@ -55,7 +60,7 @@ bool isUnderSanitizer() {
 void expectWithin(const std::string& name, const std::string& text, std::size_t beyond = 0) {
     WorkFolder folder;
     folder.write(name, text);
-    const Usage usage = peakOf(folder, name);
+    const Usage usage = peakOf(folder, {"check", name});
     EXPECT_LE(usage.exitCode, 4) << name;
     if (isUnderSanitizer()) return;  // which takes memory of its own
     EXPECT_LE(usage.bytes, 4 * text.size() + fixed + beyond)
@@ -113,8 +118,37 @@ TEST(MemoryOfReading, OfAPackedFileThatUnpacksToTooMuchIsThatOfAnHonestOne) {
     Start start;
     start.words = {"/bin/sh", "-c", "head -c 100000000 /dev/zero | gzip > a.csv.gz"};
     ASSERT_EQ(run(folder, start).exitCode, 0);
-    const Usage usage = peakOf(folder, "a.csv.gz");
+    const Usage usage = peakOf(folder, {"check", "a.csv.gz"});
     EXPECT_EQ(usage.exitCode, 3);
     if (isUnderSanitizer()) return;  // which takes memory of its own
     EXPECT_LE(usage.bytes, std::size_t{40} << 20);
+}
+
+namespace {
+
+// Six files of which all rows are found, printed as the words say: the rows are held once.
+void expectFoundRowsOnce(std::vector<std::string> words) {
+    WorkFolder folder;
+    words.insert(words.begin(), {"find", "--every", "--jobs", "1"});
+    const std::string text =
+        "Name,Notes\n" + repeated("A001," + std::string(1000, 'x') + "\n", size);
+    for (const char* name : {"a.csv", "b.csv", "c.csv", "d.csv", "e.csv", "f.csv"}) {
+        folder.write(name, text);
+        words.emplace_back(name);
+    }
+    const Usage usage = peakOf(folder, words);
+    EXPECT_EQ(usage.exitCode, 0);
+    if (isUnderSanitizer()) return;  // which takes memory of its own
+    EXPECT_LE(usage.bytes, 9 * text.size() + fixed);
+    std::printf("%zu bytes\n", usage.bytes);
+}
+
+}  // namespace
+
+TEST(MemoryOfFinding, HoldsTheRowsOfManyFilesOnce) {
+    expectFoundRowsOnce({});
+}
+
+TEST(MemoryOfFinding, DropsTheRowsOfEachFileOnceTheyStandInTheLogThatIsWritten) {
+    expectFoundRowsOnce({"-f", "csv"});
 }

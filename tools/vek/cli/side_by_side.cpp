@@ -26,15 +26,6 @@ void keepFreedMemory() {
 #endif
 }
 
-// What the jobs kept is not in the way of what comes behind them.
-void giveFreedMemoryBack() {
-#ifdef M_TRIM_THRESHOLD
-    constexpr int usual = 1 << 20;
-    mallopt(M_MMAP_THRESHOLD, usual);
-    malloc_trim(0);
-#endif
-}
-
 class Jobs {
 public:
     Jobs(std::size_t count, const std::function<Worker()>& makeWorker)
@@ -78,6 +69,14 @@ void start(std::size_t count, Jobs& jobs, std::vector<std::thread>& threads) {
 }
 
 }  // namespace
+
+void giveFreedMemoryBack() {
+#ifdef M_TRIM_THRESHOLD
+    constexpr int usual = 1 << 20;
+    mallopt(M_MMAP_THRESHOLD, usual);
+    malloc_trim(0);
+#endif
+}
 
 void doSideBySide(std::size_t count, std::size_t threads,
                   const std::function<Worker()>& makeWorker) {

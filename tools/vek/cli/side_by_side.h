@@ -17,4 +17,7 @@ void doSideBySide(std::size_t count, std::size_t threads,
 /// As many as the machine can do at a time.
 std::size_t usualThreads();
 
+/// What was let go of, by the jobs or behind them, is not in the way of what comes next.
+void giveFreedMemoryBack();
+
 }  // namespace vek

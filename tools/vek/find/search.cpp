@@ -7,6 +7,7 @@
 #include "formats/log/mapped_columns.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/column_keys.h"
+#include "tools/vek/cli/side_by_side.h"
 
 namespace vek::find {
 
@@ -29,6 +30,21 @@ void noteProblems(const Log& log, Answer& answer) {
     }
     if (!log.notRead.empty()) answer.told.push_back(log.notRead);
     answer.isWhole = log.notRead.empty();
+}
+
+std::size_t bytesOf(const Log& log, const VDBView& view, const std::vector<unsigned>& columns) {
+    std::size_t bytes = 0;
+    for (unsigned i = 0; i < view->get_num_records(); ++i) {
+        const unsigned row = view->baseIndex(i);
+        for (unsigned column : columns) bytes += log.cell(row, column).size();
+    }
+    return bytes;
+}
+
+// Assigning an empty one would keep the memory.
+template <class T>
+void letGo(T& held) {
+    T().swap(held);
 }
 
 }  // namespace
@@ -55,18 +71,22 @@ void Answer::addCell(std::string_view cell) {
     ends_.push_back(static_cast<std::uint32_t>(text_.size()));
 }
 
-void Answer::reserve(std::size_t rows) {
+void Answer::reserve(std::size_t rows, std::size_t bytes) {
     numbers_.reserve(rows);
     tags_.reserve(rows);
+    text_.reserve(bytes);
     ends_.reserve(rows * has.size());
 }
 
 void Answer::drop() {
-    numbers_ = {};
-    tags_ = {};
-    text_ = {};
-    ends_ = {};
-    turns_ = {};
+    constexpr std::size_t large = 4 << 20;
+    const bool isLarge = text_.capacity() >= large;
+    letGo(numbers_);
+    letGo(tags_);
+    letGo(text_);
+    letGo(ends_);
+    letGo(turns_);
+    if (isLarge) giveFreedMemoryBack();
 }
 
 Search::Search(const Question& question, Opening opening)
@@ -121,7 +141,7 @@ void Search::addRows(const Log& log, const VDBView& view, Answer& answer) const 
             answer.has.push_back({keyOf(log, column), log.columnName(column)});
         }
     }
-    answer.reserve(view->get_num_records());
+    answer.reserve(view->get_num_records(), bytesOf(log, view, columns));
     for (unsigned i = 0; i < view->get_num_records(); ++i) {
         const unsigned row = view->baseIndex(i);
         const auto number = static_cast<std::uint32_t>(log.numberOf(row));

@@ -64,8 +64,9 @@ struct Answer {
     /// Its cells are added behind it.
     void addRow(FoundRow row);
     void addCell(std::string_view cell);
-    /// Room for so many rows of the columns that it has: memory for no more than will come.
-    void reserve(std::size_t rows);
+    /// Room for so many rows of the columns that it has, and for the bytes of their cells: memory
+    /// for no more than will come.
+    void reserve(std::size_t rows, std::size_t bytes);
     /// Leaves out what was found, once it stands elsewhere.
     void drop();
 
