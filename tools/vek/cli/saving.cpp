@@ -16,8 +16,17 @@ Held heldForBackup(const std::string& path) {
     return path != "-" && isThere(path) ? holdFile(path) : nullptr;
 }
 
+// What a real one would find out before it writes: nothing is made, locked or changed by that.
+void requireFindable(const std::string& path) {
+    FileReplacement file;
+    if (path != "-" && !file.find(path.c_str())) refuse(path, file);
+}
+
 Printout outputTo(const std::string& path, const Log& log, const Args& args) {
-    if (args.has("dry-run")) return Printout::trial(path);
+    if (args.has("dry-run")) {
+        requireFindable(path);
+        return Printout::trial(path);
+    }
     const bool backup = args.has("backup");
     const bool isOther = args.has("output");
     Held held = log.held || !backup || !isOther ? log.held : heldForBackup(path);
