@@ -169,12 +169,6 @@ void tell(const std::string& path, const Saved& saved) {
     for (const std::string& note : saved.notes) sqlite3_log(SQLITE_WARNING, "%s", note.c_str());
 }
 
-// A file of several names is written to as it stands, which may end in its midst on a full disk.
-bool isWrittenInPlace(const std::string& path) {
-    struct stat found = {};
-    return stat(path.c_str(), &found) == 0 && found.st_nlink > 1;
-}
-
 }  // namespace
 
 void FileSource::prepare(const Log& log, std::vector<unsigned> rows) {
@@ -183,7 +177,6 @@ void FileSource::prepare(const Log& log, std::vector<unsigned> rows) {
                                                             wishes_.keepsOld);
         tell(path(), savedWith(prepared_->losses(), prepared_->notes()));
     });
-    if (isWrittenInPlace(path())) commit();
 }
 
 void FileSource::requireReady() const {

@@ -404,6 +404,24 @@ TEST_F(LogTables, SaveAFileOfTwoNamesUnderBoth) {
     EXPECT_EQ(folder_.read("day.csv"), folder_.read("second.csv"));
 }
 
+TEST_F(LogTables, LeaveAFileOfTwoNamesAloneWhereACommitFindsTheDatabaseInUse) {
+    std::filesystem::create_hard_link(file(), file("second.csv"));
+    Session session(file("base.db"));
+    makeLog(session);
+    ASSERT_EQ(session.ask("CREATE TABLE own(a); INSERT INTO own VALUES (1), (2)"), "");
+    Session other(file("base.db"));
+    {
+        Steps reading(other, "SELECT a FROM own");
+        ASSERT_EQ(reading.next(), SQLITE_ROW);
+        EXPECT_EQ(session.ask("BEGIN; INSERT INTO own VALUES (3); UPDATE log SET Take = 'x'"), "");
+        EXPECT_THAT(session.ask("COMMIT"), HasSubstr("database is locked"));
+        EXPECT_EQ(folder_.read("second.csv"), day);
+    }
+    EXPECT_EQ(session.ask("UPDATE log SET Notes = '' WHERE rowid = 3; COMMIT"), "");
+    EXPECT_EQ(folder_.read("second.csv"), "Scene,Take,Notes\n12,x,good\n7,x,\n12A,x,\n");
+    EXPECT_EQ(folder_.read("day.csv"), folder_.read("second.csv"));
+}
+
 TEST_F(LogTables, KeepOthersFromChangingTheFileDuringATransactionAlone) {
     Session session;
     Session other;
