@@ -125,12 +125,12 @@ namespace {
 
 // SQLite takes the whole transaction back, with what it changed in other tables, where a statement
 // ends by SQLITE_IOERR. A file that cannot be held yet ends the statement alone: it may be given
-// again.
+// again, the more so where whoever had it has let go of it meanwhile.
 int codeOfHolding(const Reason& reason, const std::string& path) {
     if (reason.kind != Reason::unwritable) return Refusal(reason).code;
     FileReplacement file;
     const bool isFree = file.find(path.c_str()) && file.hold(0);
-    return !isFree && file.trouble() == FileReplacement::eInUse ? SQLITE_BUSY : SQLITE_CANTOPEN;
+    return isFree || file.trouble() == FileReplacement::eInUse ? SQLITE_BUSY : SQLITE_CANTOPEN;
 }
 
 }  // namespace
