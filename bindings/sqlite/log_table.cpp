@@ -210,8 +210,11 @@ void LogTable::endTransaction(bool isDone) noexcept {
     } catch (Refusal& refusal) {
         isLost_ = true;
         lost_ = std::move(refusal.text);
+        // The connection may ask this log nothing more.
+        sqlite3_log(SQLITE_IOERR, "a COMMIT did not save its changes: %s", lost_.c_str());
     } catch (...) {
         isLost_ = true;
+        sqlite3_log(SQLITE_NOMEM, "%s: a COMMIT did not save its changes", source_->path().c_str());
     }
     source_->giveUp();
     if (isChanging_) {
@@ -228,7 +231,8 @@ void LogTable::endTransaction(bool isDone) noexcept {
 // SQLite asks no commit whether it could be.
 void LogTable::tellWhatIsLost() {
     if (!std::exchange(isLost_, false)) return;
-    throw Refusal(source_->path() + ": the last COMMIT did not save its changes: " + lost_);
+    throw Refusal(source_->path() + ": the last COMMIT did not save its changes: " +
+                  std::exchange(lost_, std::string()));
 }
 
 void LogTable::setMark(int savepoint) {

@@ -395,6 +395,35 @@ TEST_F(LogTables, TellAfterwardsThatACommitDidNotSave) {
     EXPECT_EQ(session.ask("UPDATE log SET Take = 'y'; SELECT * FROM log"), "theirs|y|\n");
 }
 
+// Who closes the connection would never hear of it otherwise.
+TEST_F(LogTables, TellTheLogOfSQLiteThatACommitDidNotSave) {
+    std::string told;
+    const auto note = [](void* out, int code, const char* text) {
+        if (code == SQLITE_IOERR) *static_cast<std::string*>(out) += text;
+    };
+    void (*const take)(void*, int, const char*) = note;
+    void (*const none)(void*, int, const char*) = nullptr;
+    sqlite3_shutdown();
+    sqlite3_config(SQLITE_CONFIG_LOG, take, &told);
+    {
+        Session session;
+        makeLog(session);
+        const auto change = [](void* folder) {
+            static_cast<TempDir*>(folder)->write("day.csv", "Scene,Take,Notes\ntheirs,,\n");
+            return 0;
+        };
+        sqlite3_commit_hook(session.db(), change, &folder_);
+        EXPECT_EQ(session.ask("CREATE TABLE own(a)"), "");
+        folder_.write("day.csv", day);
+        EXPECT_EQ(session.ask("BEGIN; INSERT INTO own VALUES (1); UPDATE log SET Take = 'x'; "
+                              "COMMIT"),
+                  "");
+    }
+    sqlite3_shutdown();
+    sqlite3_config(SQLITE_CONFIG_LOG, none, nullptr);
+    EXPECT_THAT(told, HasSubstr("a COMMIT did not save its changes: " + file()));
+}
+
 TEST_F(LogTables, SaveAFileOfTwoNamesUnderBoth) {
     std::filesystem::create_hard_link(file(), file("second.csv"));
     Session session;
