@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <charconv>
+#include <iterator>
 #include <unordered_map>
 
 #include "formats/edl/edl_lines.h"
@@ -195,38 +196,6 @@ std::int64_t inDay(Work& work, std::int64_t frames, std::int64_t day) {
     return isWithin ? frames : (frames % day + day) % day;
 }
 
-void shift(Work& work, const std::vector<unsigned>& columns, const std::string& by) {
-    std::string_view text = by;
-    bool isBack = text.starts_with('-');
-    if (isBack || text.starts_with('+')) text.remove_prefix(1);
-    if (!lengthOf(text, work.counting.nominal(), false)) {
-        throw Failure{wrongUsage, "timecode shift: " + inQuotes(by) +
-                                      " is no length, expected frames (48, -48) or a timecode"};
-    }
-    for (unsigned row : work.rows) {
-        for (unsigned column : columns) {
-            std::optional<Timecode> code = codeOf(work, row, column);
-            if (!code) continue;
-            const int nominal = work.nominal(row, column);
-            const std::optional<std::int64_t> length = lengthOf(text, nominal, code->dropFrame);
-            if (!length) {
-                work.leave(row, column, concat("a rate that has the frame ", text));
-                continue;
-            }
-            const std::int64_t before = framesOf(*code, nominal);
-            std::int64_t frames = before + (isBack ? -*length : *length);
-            frames = inDay(work, frames, framesInDay(nominal, code->dropFrame));
-            work.moveExact(row, column, [&](const ExactTime& time) {
-                return time +
-                       ExactTime::ofFrames(frames - before, *work.counting.rate(row, column));
-            });
-            work.put(row, column,
-                     inFormOf(work.log.cell(row, column),
-                              timecodeText(frames, nominal, code->dropFrame)));
-        }
-    }
-}
-
 // Comments, Comments 2, ...
 std::vector<unsigned> noteColumns(const Log& log, std::string (*name)(std::size_t)) {
     std::vector<unsigned> columns;
@@ -237,18 +206,155 @@ std::vector<unsigned> noteColumns(const Log& log, std::string (*name)(std::size_
     }
 }
 
+// The line with another text in the place of one that lies in it.
+std::string withPart(std::string_view line, std::string_view part, std::string_view now) {
+    const auto at = static_cast<std::size_t>(part.data() - line.data());
+    return concat(line.substr(0, at), now, line.substr(at + part.size()));
+}
+
+// The markers in an edit list's notes, which are times of the record.
+class Markers {
+public:
+    explicit Markers(Work& work)
+        : work_(work),
+          record_(recordColumns(work.log)),
+          source_(sourceColumns(work.log)),
+          isWhole_(work.rows.size() == work.log.rowCount()) {
+        if (record_.start == noColumn) return;
+        notes_ = noteColumns(work.log, edlCommentsName);
+        std::ranges::copy(noteColumns(work.log, edlCommentsBeforeName), std::back_inserter(notes_));
+    }
+
+    /// Whether these columns are all of the record.
+    bool goWith(const std::vector<unsigned>& columns) const {
+        const auto has = [&](unsigned column) {
+            return std::ranges::find(columns, column) != columns.end();
+        };
+        return record_.start != noColumn && has(record_.start) && has(record_.end);
+    }
+
+    unsigned record() const { return record_.start; }
+
+    /// `moved` makes another text of a time and its text, or nothing; it is given the column of
+    /// the notes and the line too.
+    template <class Moved>
+    void move(unsigned row, Moved moved) {
+        for (unsigned column : notes_) {
+            if (work_.log.cell(row, column).find(':') == std::string_view::npos) continue;
+            work_.moveNote(row, column, [&](std::string_view line) {
+                return movedLine(row, column, line, moved);
+            });
+        }
+    }
+
+private:
+    template <class Moved>
+    std::string movedLine(unsigned row, unsigned column, std::string_view line, Moved moved) {
+        const std::string_view text = edlMarkerTime(line);
+        if (text.empty()) return std::string(line);
+        const std::optional<Timecode> code = timeOf(row, text);
+        std::optional<std::string> now;
+        if (code && isOfRecord(row, *code)) now = moved(*code, text, column, line);
+        if (now) return withPart(line, text, *now);
+        work_.leaveLine(row, column, line, "a time within the record of its event");
+        return std::string(line);
+    }
+
+    std::optional<Timecode> timeOf(unsigned row, std::string_view text) const {
+        std::optional<Timecode> code = work_.counting.timecode(row, record_.start, text);
+        if (code && isCounted(*code, work_.nominal(row, record_.start))) return code;
+        return {};
+    }
+
+    // One behind the last event is of the record too, as far as the whole record moves; one that
+    // the event has in its source may be meant so.
+    bool isOfRecord(unsigned row, const Timecode& code) const {
+        if (isWithin(row, record_, code)) return true;
+        return isWhole_ && !isWithin(row, source_, code);
+    }
+
+    bool isWithin(unsigned row, const RangeColumns& pair, const Timecode& code) const {
+        if (pair.start == noColumn) return false;
+        const std::optional<Timecode> start = work_.counting.timecode(row, pair.start);
+        const std::optional<Timecode> end = work_.counting.timecode(row, pair.end);
+        if (!start || !end) return false;
+        const std::int64_t at = framesOf(code, work_.nominal(row, record_.start));
+        const int nominal = work_.nominal(row, pair.start);
+        return framesOf(*start, nominal) <= at && at <= framesOf(*end, nominal);
+    }
+
+    Work& work_;
+    RangeColumns record_;
+    RangeColumns source_;
+    bool isWhole_;
+    std::vector<unsigned> notes_;
+};
+
+// A time so much later or earlier; nothing where its rate has no such length.
+struct Shift {
+    Work& work;
+    std::string_view length;
+    bool isBack;
+
+    std::optional<std::int64_t> frames(unsigned row, unsigned column, const Timecode& code) const {
+        const int nominal = work.nominal(row, column);
+        const std::optional<std::int64_t> by = lengthOf(length, nominal, code.dropFrame);
+        if (!by) return {};
+        return inDay(work, framesOf(code, nominal) + (isBack ? -*by : *by),
+                     framesInDay(nominal, code.dropFrame));
+    }
+
+    std::string text(unsigned row, unsigned column, const Timecode& code, std::string_view old,
+                     std::int64_t now) const {
+        return inFormOf(old, timecodeText(now, work.nominal(row, column), code.dropFrame));
+    }
+
+    void cell(unsigned row, unsigned column) const {
+        const std::optional<Timecode> code = codeOf(work, row, column);
+        if (!code) return;
+        const std::optional<std::int64_t> now = frames(row, column, *code);
+        if (!now) return work.leave(row, column, concat("a rate that has the frame ", length));
+        const std::int64_t before = framesOf(*code, work.nominal(row, column));
+        work.moveExact(row, column, [&](const ExactTime& time) {
+            return time + ExactTime::ofFrames(*now - before, *work.counting.rate(row, column));
+        });
+        work.put(row, column, text(row, column, *code, work.log.cell(row, column), *now));
+    }
+
+    std::optional<std::string> marker(unsigned row, unsigned record, const Timecode& code,
+                                      std::string_view old) const {
+        const std::optional<std::int64_t> now = frames(row, record, code);
+        return now ? std::optional(text(row, record, code, old, *now)) : std::nullopt;
+    }
+};
+
+void shift(Work& work, const std::vector<unsigned>& columns, const std::string& by) {
+    std::string_view text = by;
+    const bool isBack = text.starts_with('-');
+    if (isBack || text.starts_with('+')) text.remove_prefix(1);
+    if (!lengthOf(text, work.counting.nominal(), false)) {
+        throw Failure{wrongUsage, "timecode shift: " + inQuotes(by) +
+                                      " is no length, expected frames (48, -48) or a timecode"};
+    }
+    const Shift job{work, text, isBack};
+    Markers markers(work);
+    const bool movesMarkers = markers.goWith(columns);
+    for (unsigned row : work.rows) {
+        for (unsigned column : columns) job.cell(row, column);
+        if (!movesMarkers) continue;
+        markers.move(row,
+                     [&](const Timecode& code, std::string_view old, unsigned, std::string_view) {
+                         return job.marker(row, markers.record(), code, old);
+                     });
+    }
+}
+
 // Where an edit list has the lengths of its transitions, in frames; noColumn for other logs.
 unsigned transitionColumn(const Log& log) {
     for (EdlColumn needed : {edlEvent, edlTrack, edlKind, edlRecordIn}) {
         if (log.findColumn(edlColumnNames[needed]) == noColumn) return noColumn;
     }
     return log.findColumn(edlColumnNames[edlLength]);
-}
-
-// The line with another text in the place of one that lies in it.
-std::string withPart(std::string_view line, std::string_view part, std::string_view now) {
-    const auto at = static_cast<std::size_t>(part.data() - line.data());
-    return concat(line.substr(0, at), now, line.substr(at + part.size()));
 }
 
 // From one rate to another, the moment kept or the number of the frame.
@@ -263,11 +369,11 @@ public:
           rateColumn_(work.counting.rateColumn()),
           record_(recordColumns(work.log)),
           transition_(transitionColumn(work.log)),
-          notes_(noteColumns(work.log, edlCommentsName)) {}
+          notes_(noteColumns(work.log, edlCommentsName)),
+          markers_(work) {}
 
     void cells(const std::vector<unsigned>& columns) {
-        const bool movesRecord =
-            std::ranges::any_of(columns, [&](unsigned column) { return column == record_.start; });
+        const bool movesRecord = markers_.goWith(columns);
         for (unsigned row : work_.rows) {
             const bool keepsSource = hasOtherRate(row);
             for (unsigned column : columns) {
@@ -327,15 +433,21 @@ private:
     void cell(unsigned row, unsigned column) {
         std::optional<Timecode> code = codeOf(work_, row, column);
         if (!code) return;
-        bool dropsNow = drops(code->dropFrame);
-        std::int64_t frames = converted(row, column, framesOf(*code, from_.nominal));
-        frames = inDay(work_, frames, framesInDay(to_.nominal, dropsNow));
-        std::string text = timecodeText(frames, to_.nominal, dropsNow);
-        work_.put(row, column, inFormOf(work_.log.cell(row, column), text, mark(code->dropFrame)));
+        const std::string_view text = work_.log.cell(row, column);
+        work_.put(row, column, movedTime(row, column, *code, text, text));
         if (!keepsFrames_) return;
         // What lay within a frame lies there still, and a frame lasts for another time.
         const ExactTime scale(from_.frames() * to_.seconds(), from_.seconds() * to_.frames());
         work_.moveExact(row, column, [&](const ExactTime& time) { return time * scale; });
+    }
+
+    // `found` is what it is told with.
+    std::string movedTime(unsigned row, unsigned column, const Timecode& code,
+                          std::string_view text, std::string_view found) {
+        const bool dropsNow = drops(code.dropFrame);
+        std::int64_t frames = converted(row, column, framesOf(code, from_.nominal), found);
+        frames = inDay(work_, frames, framesInDay(to_.nominal, dropsNow));
+        return inFormOf(text, timecodeText(frames, to_.nominal, dropsNow), mark(code.dropFrame));
     }
 
     // Columns of a timeline that count frames.
@@ -359,6 +471,10 @@ private:
                 return isEdlSplit(line) ? movedSplit(row, column, line) : std::string(line);
             });
         }
+        markers_.move(row, [&](const Timecode& code, std::string_view text, unsigned column,
+                               std::string_view line) {
+            return std::optional(movedTime(row, column, code, text, line));
+        });
     }
 
     void transition(unsigned row) {
@@ -380,7 +496,7 @@ private:
         return std::string(line);
     }
 
-    // "024" or "00:00:01:00" in its form; `found` is what it is told with.
+    // "024" or "00:00:01:00" in its form.
     std::optional<std::string> movedLength(unsigned row, unsigned column, std::string_view text,
                                            std::string_view found) {
         const bool dropped = work_.drops(row, record_.start);
@@ -465,6 +581,7 @@ private:
     RangeColumns record_;
     unsigned transition_;
     std::vector<unsigned> notes_;
+    Markers markers_;
     std::size_t inexact_ = 0;
     std::string first_;
 };

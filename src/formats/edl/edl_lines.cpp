@@ -249,6 +249,13 @@ std::string_view edlSplitDelay(std::string_view line) {
     return line.find('=') == line.npos || parts.empty() ? std::string_view() : parts.front();
 }
 
+std::string_view edlMarkerTime(std::string_view line) {
+    const Words parts = words(edlValue(line, "LOC").value_or(""));
+    const bool isTime = !parts.empty() && startsWithNumber(parts[0]) &&
+                        parts[0].find_first_of(":;") != parts[0].npos;
+    return isTime ? parts[0] : std::string_view();
+}
+
 bool isEdlMotion(std::string_view line) {
     line = trimmed(line);
     return line.size() > 2 && sameText(line.substr(0, 2), "M2") && isAsciiSpace(line[2]);

@@ -59,6 +59,10 @@ bool isEdlSplit(std::string_view line);
 /// By how much, "00:00:00:12", where it lies in the line; "" where it does not say so.
 std::string_view edlSplitDelay(std::string_view line);
 
+/// The record's time in a marker's note, "* LOC: 10:00:02:12 RED ...", where it lies in the line;
+/// "" for other lines.
+std::string_view edlMarkerTime(std::string_view line);
+
 /// Whether an "M2" line, a speed, is about this reel.
 bool isEdlMotionOf(std::string_view line, std::string_view reel);
 bool isEdlMotion(std::string_view line);
