@@ -145,6 +145,7 @@ std::string_view DelimitedScanner::takeQuoted() {
         if (!isDoubled) break;
     }
     const std::string_view behind = takePlain();
+    if (!behind.empty() && !hasStrayText()) stray_ = {cells_.size(), openedOn, line_};
     out = moveDown(behind.data(), behind.data() + behind.size(), out);
     return between(start, out);
 }

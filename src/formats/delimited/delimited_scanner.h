@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <vekdb/byte_marks.h>
@@ -39,6 +40,16 @@ public:
     /// The line of a quote that is never closed, 0 for none.
     std::size_t openQuoteLine() const { return openQuoteLine_; }
 
+    /// A cell in quotes that goes on behind the closing one.
+    struct StrayText {
+        std::size_t cell = 0;
+        std::size_t openedOn = 0;  ///< a line; 0 where there is no such cell
+        std::size_t closedOn = 0;
+    };
+    /// The first such cell since this was last asked for.
+    StrayText takeStrayText() { return std::exchange(stray_, {}); }
+    bool hasStrayText() const { return stray_.openedOn != 0; }
+
 private:
     bool takePlainCells();
     void makeRoom();
@@ -59,6 +70,7 @@ private:
     ByteMarks marks_;
     std::size_t line_;
     std::size_t openQuoteLine_ = 0;
+    StrayText stray_;
     LineEndsSeen seen_;
     std::vector<std::string_view> cells_;
 };

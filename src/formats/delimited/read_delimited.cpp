@@ -93,6 +93,22 @@ void readHeading(DelimitedScanner& scanner, TableBuilder& builder, Log& log) {
     builder.addRow(line, cells, scanner.room());
 }
 
+// In a file that was written without quotes being doubled, a cell can end where nobody meant it to.
+void reportStrayText(DelimitedScanner& scanner, char delimiter, const TableBuilder& builder,
+                     Log& log) {
+    if (!scanner.hasStrayText()) return;
+    const DelimitedScanner::StrayText stray = scanner.takeStrayText();
+    log.report([&]() -> Problem {
+        const bool isLater = stray.closedOn != stray.openedOn;
+        return {stray.openedOn, builder.declaredName(stray.cell),
+                concat("text behind a closing quote",
+                       isLater ? concat(" on line ", std::to_string(stray.closedOn)) : ""),
+                concat("a ", delimiterName(delimiter), " or the end of the line"),
+                "the cell is read without these quotes; quotes that belong to a cell in quotes "
+                "are written twice"};
+    });
+}
+
 // A line whose cells all stand between quotes that hide nothing.
 bool addQuotedRow(DelimitedScanner& scanner, TableBuilder& builder) {
     if (*scanner.place() != '"') return false;
@@ -121,12 +137,14 @@ void readDelimited(Text text, char separator, Log& log) {
             unreadable, log.name, {scanner.line(), "", "nothing", "a line of column names", ""}};
     }
     readHeading(scanner, builder, log);
+    reportStrayText(scanner, delimiter, builder, log);
     Progress progress(log.opening.watcher, "reading " + log.name, builder.textSize());
     while (!scanner.atEnd()) {
         progress.reach(static_cast<std::size_t>(scanner.place() - begin));
         if (delimiter == ',' && addQuotedRow(scanner, builder)) continue;
         const std::size_t line = scanner.line();
         const std::vector<std::string_view>& cells = scanner.takeRecord();
+        reportStrayText(scanner, delimiter, builder, log);
         // An empty line is no row, but in a log of one column it is an empty cell.
         if (isBlankLine(cells) && builder.columnCount() > 1) continue;
         builder.addRow(line, cells, scanner.room());

@@ -31,6 +31,10 @@ public:
     /// Those of the heading, and as many more as the rows so far have values for.
     std::size_t columnCount() const;
     std::size_t declaredCount() const { return columns_.size(); }
+    /// The name of a declared column, "" for others.
+    std::string declaredName(std::size_t column) const {
+        return column < columns_.size() ? columns_[column] : std::string();
+    }
 
     /// The cells of a row of the text may use its room; of others there is none. The last cells
     /// can be left out.

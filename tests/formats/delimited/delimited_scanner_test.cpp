@@ -53,6 +53,18 @@ TEST(DelimitedScanner, TakesSeparatorsLineEndsAndDoubledQuotesWithinQuotes) {
     EXPECT_THAT(text.next(), ElementsAre("x"));
 }
 
+TEST(DelimitedScanner, TellsTheFirstCellThatGoesOnBehindItsClosingQuote) {
+    Scanned text("a,\"b\nc\"d,\"e\"f\n\"x\",\"y\"\n");
+    EXPECT_THAT(text.next(), ElementsAre("a", "b\ncd", "ef"));
+    ASSERT_TRUE(text.scanner.hasStrayText());
+    const DelimitedScanner::StrayText stray = text.scanner.takeStrayText();
+    EXPECT_EQ(stray.cell, 1u);
+    EXPECT_EQ(stray.openedOn, 1u);
+    EXPECT_EQ(stray.closedOn, 2u);
+    EXPECT_THAT(text.next(), ElementsAre("x", "y"));
+    EXPECT_FALSE(text.scanner.hasStrayText());
+}
+
 TEST(DelimitedScanner, TakesQuotesForOrdinaryBytesWhereTheyAre) {
     Scanned text("\"a\tb\"\n", '\t', DelimitedScanner::Quotes::ordinary);
     EXPECT_THAT(text.next(), ElementsAre("\"a", "b\""));
