@@ -19,7 +19,7 @@ public:
 
     void start() {
         browser = std::make_unique<vek::browse::Browser>(vek::formats::Opening());
-        browser->add(vek::formats::openLog(path(), {}));
+        browser->add(vek::formats::openLog(path(), {}), vek::browse::markOf(path()));
     }
     /// As a program that is killed: nothing is closed.
     void forget() { browser.reset(); }

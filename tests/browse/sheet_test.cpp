@@ -83,6 +83,20 @@ TEST(BrowseSheet, AFileThatWasChangedMeanwhileIsAskedAbout) {
     EXPECT_EQ("Name,Scene,Notes\na,1,\nb,2,x\n", opened.read());
 }
 
+TEST(BrowseSheet, AFileThatWasChangedWhileItWasReadIsAskedAbout) {
+    Opened opened(theLog);
+    const auto mark = vek::browse::markOf(opened.path());
+    auto log = vek::formats::openLog(opened.path(), {});
+    const std::string changed = "Name,Scene,Notes\nfirst,0,\n" + opened.read().substr(17);
+    opened.write("log.csv", changed);
+    opened.browser = std::make_unique<vek::browse::Browser>(vek::formats::Opening());
+    opened.browser->add(std::move(log), mark);
+    opened.press("d ^S");
+    EXPECT_THAT(opened.screen(), HasSubstr("changed by another program"));
+    opened.press("x");
+    EXPECT_EQ(changed, opened.read());
+}
+
 TEST(BrowseSheet, AFileThatIsThereIsNotOverwrittenUnasked) {
     Opened opened(theLog);
     opened.write("there.csv", "mine");
@@ -200,7 +214,7 @@ namespace {
 // A browser more of the same log.
 std::unique_ptr<vek::browse::Browser> another(const Opened& opened) {
     auto browser = std::make_unique<vek::browse::Browser>(vek::formats::Opening());
-    browser->add(vek::formats::openLog(opened.path(), {}));
+    browser->add(vek::formats::openLog(opened.path(), {}), vek::browse::markOf(opened.path()));
     return browser;
 }
 
@@ -258,8 +272,10 @@ TEST(BrowseSheet, EditsOfEachLogThatIsOpenedAreOffered) {
     opened.press("d");
     opened.forget();
     opened.browser = std::make_unique<vek::browse::Browser>(vek::formats::Opening());
-    opened.browser->add(vek::formats::openLog(opened.path(), {}));
-    opened.browser->add(vek::formats::openLog(opened.folder.file("other.csv").string(), {}));
+    opened.browser->add(vek::formats::openLog(opened.path(), {}),
+                        vek::browse::markOf(opened.path()));
+    opened.browser->add(vek::formats::openLog(opened.folder.file("other.csv").string(), {}),
+                        vek::browse::markOf(opened.folder.file("other.csv").string()));
     opened.press("r r");
     EXPECT_THAT(opened.shown(), ElementsAre("z"));
     opened.press("Tab");
@@ -271,7 +287,7 @@ TEST(BrowseSheet, EditsOfABrowserThatLivesAreNotOfferedToASecondOneNorRemovedByI
     first.press("d");
     {
         vek::browse::Browser second{vek::formats::Opening()};
-        second.add(vek::formats::openLog(first.path(), {}));
+        second.add(vek::formats::openLog(first.path(), {}), vek::browse::markOf(first.path()));
         const std::string seen = textOf(second.picture(200, 24));
         EXPECT_THAT(seen, HasSubstr("another vek browse edits this log"));
         EXPECT_THAT(seen, Not(HasSubstr("(r)ecover")));
@@ -293,7 +309,7 @@ TEST(BrowseSheet, EditsOfABrowserThatWasKilledSurviveASecondOneThatWasOpenMeanwh
     Opened first(theLog);
     first.press("d");
     vek::browse::Browser second{vek::formats::Opening()};
-    second.add(vek::formats::openLog(first.path(), {}));
+    second.add(vek::formats::openLog(first.path(), {}), vek::browse::markOf(first.path()));
     first.forget();
     for (const char* key : {"j", "d", "q", "d"}) second.press(key);
     EXPECT_TRUE(second.isOver());

@@ -17,7 +17,7 @@ public:
     Tour() : before_(fs::current_path()) {
         fs::copy(fs::path(VEKDB_SOURCE_DIR) / "samples/docs.vek", folder_.file("docs.vek"));
         fs::current_path(folder_.path());
-        browser_.add(vek::formats::openLog("docs.vek", {}));
+        browser_.add(vek::formats::openLog("docs.vek", {}), vek::browse::markOf("docs.vek"));
     }
     ~Tour() { fs::current_path(before_); }
 

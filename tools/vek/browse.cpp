@@ -134,7 +134,8 @@ int run(const Args& args) {
         if (path == "-") {
             throw Failure{wrongUsage, "browse: keys come from the standard input, so no log can"};
         }
-        browser.add(readLog(path, openingFrom(args)));
+        const std::optional<browse::FileMark> mark = browse::markOf(path);
+        browser.add(readLog(path, openingFrom(args)), mark);
     }
     const char* noColor = std::getenv("NO_COLOR");
     const bool hasColor = !args.has("no-color") && (noColor == nullptr || *noColor == '\0');

@@ -10,15 +10,15 @@ Browser::Browser(Opening opening) : opening_(std::move(opening)) {
     opening_.watcher = nullptr;
 }
 
-void Browser::add(Log log) {
-    addSheet(std::move(log));
+void Browser::add(Log log, const std::optional<FileMark>& mark) {
+    addSheet(std::move(log), mark);
     offerRecovery();
 }
 
-Sheet& Browser::addSheet(Log log) {
+Sheet& Browser::addSheet(Log log, const std::optional<FileMark>& mark) {
     Opening own = opening_;
     own.format = log.opening.format;
-    sheets_.push_back(std::make_unique<Sheet>(std::move(log), own));
+    sheets_.push_back(std::make_unique<Sheet>(std::move(log), own, mark));
     scrolls_.emplace_back();
     current_ = sheets_.size() - 1;
     return sheet();

@@ -22,7 +22,8 @@ public:
     /// How a log is opened that somebody asks for by `^O`.
     explicit Browser(Opening opening);
 
-    void add(Log log);
+    /// A log, and the mark that its file had before it was read.
+    void add(Log log, const std::optional<FileMark>& mark);
 
     /// A key by its name, or a character. Work that takes long is left to `work`; a key that comes
     /// while it is done waits for its end, but Esc, which ends it.
@@ -109,7 +110,7 @@ private:
     void saveAs(bool asShown);
     bool isOwnFile(const std::string& path) const;
     void open(const std::string& path);
-    Sheet& addSheet(Log log);
+    Sheet& addSheet(Log log, const std::optional<FileMark>& mark);
     void offerRecovery();
     void offerNext();
     void askToDrop(const std::string& path);

@@ -82,7 +82,8 @@ void Browser::open(const std::string& path) {
     if (path.empty()) return;
     Opening opening = opening_;
     opening.format.reset();
-    add(openLog(path, opening));
+    const std::optional<FileMark> mark = markOf(path);
+    add(openLog(path, opening), mark);
 }
 
 void Browser::offerRecovery() {
@@ -138,7 +139,8 @@ void Browser::askToDrop(const std::string& path) {
 void Browser::recover(Sheet& sheet, const std::string& path) {
     later("recovering", [this, &sheet, path] {
         if (!sheet.edits().canUndo()) return recoverInto(sheet, path);
-        Sheet& other = addSheet(openLog(sheet.log().path, sheet.opening()));
+        const std::optional<FileMark> mark = markOf(sheet.log().path);
+        Sheet& other = addSheet(openLog(sheet.log().path, sheet.opening()), mark);
         recoverInto(other, path);
     });
     job_->stopped = nullptr;

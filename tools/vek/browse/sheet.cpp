@@ -7,13 +7,13 @@
 
 namespace vek::browse {
 
-Sheet::Sheet(Log log, Opening opening)
+Sheet::Sheet(Log log, Opening opening, const std::optional<FileMark>& mark)
     : log_(std::move(log)),
       opening_(std::move(opening)),
       edits_(*log_.table),
       rows_(log_),
       recovery_(log_.path),
-      mark_(markOf(log_.path)) {
+      mark_(mark) {
     edits_.follow(this);
     recovery_.begin(mark_);
     for (unsigned column : mappedColumns(log_)) columns_.push_back({column});

@@ -26,7 +26,8 @@ public:
     using Rows = std::vector<unsigned>;
     static constexpr unsigned nowhere = RowStack::nowhere;
 
-    Sheet(Log log, Opening opening);
+    /// `mark` is that of the log's file before it was read, so what happened meanwhile is noticed.
+    Sheet(Log log, Opening opening, const std::optional<FileMark>& mark);
     ~Sheet() override;
     Sheet(const Sheet&) = delete;
     Sheet& operator=(const Sheet&) = delete;
