@@ -752,6 +752,13 @@ private:
         return cell.find("M2") != cell.npos || cell.find("m2") != cell.npos;
     }
 
+    // Comments of people may begin so, too, outside an edit list; a speed ends with a timecode.
+    bool isSpeed(std::string_view line) const {
+        if (!isEdlMotion(line)) return false;
+        const std::string_view last = line.substr(line.find_last_of(" \t") + 1);
+        return work_.log.format == Format::edl || parseTimecode(last);
+    }
+
     void notesOf(unsigned row, const EdlMove& move) {
         for (unsigned column : strays_) tellStrays(row, column);
         for (unsigned column : notes_) {
@@ -762,7 +769,7 @@ private:
     }
 
     std::string noteOf(unsigned row, unsigned column, std::string_view line, const EdlMove& move) {
-        if (!isEdlMotion(line)) return std::string(line);
+        if (!isSpeed(line)) return std::string(line);
         std::optional<std::string> moved = movedEdlMotion(line, move);
         if (moved) return *moved;
         work_.leaveLine(row, column, line,
@@ -775,8 +782,7 @@ private:
         const std::string_view cell = work_.log.cell(row, column);
         if (!mayHaveSpeed(cell)) return;
         for (std::string_view line : split(cell, '\n')) {
-            if (isEdlMotion(line))
-                work_.leaveLine(row, column, line, "a speed just behind its event");
+            if (isSpeed(line)) work_.leaveLine(row, column, line, "a speed just behind its event");
         }
     }
 
