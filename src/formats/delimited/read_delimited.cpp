@@ -23,7 +23,8 @@ std::optional<char> delimiterInFront(std::string_view text) {
 }
 
 // Blank lines in front of several cells, as no heading is one; a single column may have no name.
-std::size_t blankLinesInFront(std::string_view text, char usual, const Log& log) {
+std::size_t blankLinesInFront(std::string_view text, std::optional<char> named, char usual,
+                              const Log& log) {
     LineWalk walk(text);
     std::string_view line;
     while (walk.next(line) && line.empty()) {
@@ -31,8 +32,8 @@ std::size_t blankLinesInFront(std::string_view text, char usual, const Log& log)
     const std::size_t blanks = walk.number() - 1;
     if (blanks == 0 || line.empty()) return 0;
     const char wish = log.opening.wishes.delimiter;
-    const char delimiter = wish != '\0' ? wish : foundDelimiter(text, true, usual);
-    return hasSeveralCells(text, delimiter) ? blanks : 0;
+    const char found = named ? *named : foundDelimiter(text, true, usual);
+    return hasSeveralCells(text, wish != '\0' ? wish : found) ? blanks : 0;
 }
 
 std::string_view behindLines(std::string_view text, std::size_t count) {
@@ -46,10 +47,10 @@ std::string_view behindLines(std::string_view text, std::size_t count) {
 
 // The lines that a person says stand in front of the heading, or the one that names the delimiter,
 // and blank ones behind those.
-std::size_t linesInFront(std::string_view text, bool isNamed, char usual, const Log& log) {
-    const std::size_t said =
-        std::max<std::size_t>(log.opening.wishes.skippedLines, isNamed ? 1 : 0);
-    return said + blankLinesInFront(behindLines(text, said), usual, log);
+std::size_t linesInFront(std::string_view text, std::optional<char> named, char usual,
+                         const Log& log) {
+    const std::size_t said = std::max<std::size_t>(log.opening.wishes.skippedLines, named ? 1 : 0);
+    return said + blankLinesInFront(behindLines(text, said), named, usual, log);
 }
 
 std::size_t skipLines(std::string_view text, std::size_t wanted, Log& log) {
@@ -124,7 +125,7 @@ bool addQuotedRow(DelimitedScanner& scanner, TableBuilder& builder) {
 
 void readDelimited(Text text, char separator, Log& log) {
     const std::optional<char> named = delimiterInFront(text.view());
-    const std::size_t inFront = linesInFront(text.view(), named.has_value(), separator, log);
+    const std::size_t inFront = linesInFront(text.view(), named, separator, log);
     text.start += skipLines(text.view(), inFront, log);
     const char delimiter = delimiterOf(text.view(), named, separator, log);
     reportLineInFront(text.view(), delimiter, 1 + inFront, log);
