@@ -61,10 +61,13 @@ public:
     bool find() {
         if (!areLinesOneByOne() || beginOf(0) != heading_) return false;
         places.beginAt(heading_);
-        unsigned row = 0;
-        for (std::uint64_t at = heading_; row < rows_ && at != 0; ++row) at = add(row, at);
+        std::uint64_t at = heading_;
+        for (unsigned row = 0; row < rows_; ++row) {
+            at = add(row, at);
+            if (at == 0) return false;
+        }
         places.endAt(input_.size());
-        return row == rows_;
+        return true;
     }
 
     RowPlaces places;
