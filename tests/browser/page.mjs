@@ -46,6 +46,14 @@ export async function clickHead(page, position) {
                         position);
 }
 
+// Of a log's data, the columns by the names that conditions have for them, each with its values.
+export function columnsOf(page, data) {
+    return page.evaluate((data) => {
+        const log = new PageLog(data, 1);
+        return log.columns.map((column) => [writtenName(log, column), column.values]);
+    }, data);
+}
+
 // Of a log's data, the rows for which each condition holds; what the page says where it cannot
 // answer.
 export function answers(page, data, conditions) {

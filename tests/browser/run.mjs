@@ -3,7 +3,7 @@ import { spawnSync } from "node:child_process";
 import { mkdirSync, readFileSync } from "node:fs";
 import * as harness from "./harness.mjs";
 import * as logs from "./logs.mjs";
-import { answers, cellsOf, clickHead, find, orders, placesOf, rowsOf, statusOf,
+import { answers, cellsOf, clickHead, columnsOf, find, orders, placesOf, rowsOf, statusOf,
          taggedOf } from "./page.mjs";
 
 const { test, expect, expectSame, vek, rowsShown, makePage, withPage } = harness;
@@ -103,10 +103,7 @@ test("conditions made by chance hold for the same rows, too", async () => {
     for (const name of Object.keys(paths)) {
         const data = dataOf(pages[name]);
         await withPage(pages[name], {}, async (page) => {
-            const whole = await page.evaluate((data) => {
-                const log = new PageLog(data, 1);
-                return log.columns.map((column) => [writtenName(log, column), column.values]);
-            }, data);
+            const whole = await columnsOf(page, data);
             const texts = Array.from({ length: 60 }, () => {
                 const [column, values] = whole[chance(whole.length)];
                 const value = values[chance(values.length)];
@@ -149,10 +146,7 @@ test("regular expressions made by chance hold for the same rows, too", async () 
     for (const name of Object.keys(paths)) {
         const data = dataOf(pages[name]);
         await withPage(pages[name], {}, async (page) => {
-            const whole = await page.evaluate((data) => {
-                const log = new PageLog(data, 1);
-                return log.columns.map((column) => [writtenName(log, column), column.values]);
-            }, data);
+            const whole = await columnsOf(page, data);
             const texts = Array.from({ length: 50 }, () => {
                 const [column, values] = whole[chance(whole.length)];
                 return `${column}~${regexFor(values, chance)}`;
@@ -178,10 +172,7 @@ test("several conditions made by chance hold for the same rows, all of them or a
     for (const name of Object.keys(paths)) {
         const data = dataOf(pages[name]);
         await withPage(pages[name], {}, async (page) => {
-            const whole = await page.evaluate((data) => {
-                const log = new PageLog(data, 1);
-                return log.columns.map((column) => [writtenName(log, column), column.values]);
-            }, data);
+            const whole = await columnsOf(page, data);
             const condition = () => {
                 const [column, values] = whole[chance(whole.length)];
                 const operator = ["=", "==", "!=", "<", "<=", ">", ">="][chance(7)];

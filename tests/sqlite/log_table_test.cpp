@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <fstream>
+#include <optional>
 #include <thread>
 
 #include "sqlite/session.h"
@@ -31,8 +32,25 @@ protected:
         return Session::inQuotes(file(name));
     }
     void makeLog(const Session& session) const { ASSERT_EQ(session.table("log", quoted()), ""); }
+    static void makeOwnTable(const Session& session) {
+        ASSERT_EQ(session.ask("CREATE TABLE own(a); INSERT INTO own VALUES (1), (2)"), "");
+    }
 
     TempDir folder_;
+};
+
+// Another connection to a database, in the middle of its table own: no COMMIT of others goes
+// through while this stands.
+class ReaderOfOwn {
+public:
+    explicit ReaderOfOwn(const std::string& database)
+        : session_(database), steps_(session_, "SELECT a FROM own") {
+        EXPECT_EQ(steps_.next(), SQLITE_ROW);
+    }
+
+private:
+    Session session_;
+    Steps steps_;
 };
 
 }  // namespace
@@ -312,17 +330,15 @@ TEST_F(LogTables, StopTheCommitWhereTheFileWasChangedMeanwhile) {
 TEST_F(LogTables, AreNotSavedByACommitThatFindsTheDatabaseInUse) {
     Session session(file("base.db"));
     makeLog(session);
-    ASSERT_EQ(session.ask("CREATE TABLE own(a); INSERT INTO own VALUES (1), (2)"), "");
-    Session other(file("base.db"));
+    makeOwnTable(session);
     for (const std::string end : {"ROLLBACK", "COMMIT"}) {
-        Steps reading(other, "SELECT a FROM own");
-        ASSERT_EQ(reading.next(), SQLITE_ROW);
+        std::optional<ReaderOfOwn> reader(file("base.db"));
         EXPECT_EQ(session.ask("BEGIN; INSERT INTO own VALUES (3); UPDATE log SET Notes = 'new'; "
                               "DELETE FROM log WHERE rowid = 1"),
                   "");
         EXPECT_THAT(session.ask("COMMIT"), HasSubstr("database is locked"));
         EXPECT_EQ(folder_.read("day.csv"), day);
-        while (reading.next() == SQLITE_ROW) continue;
+        reader.reset();
         EXPECT_EQ(session.ask(end), "");
         EXPECT_EQ(folder_.read("day.csv"),
                   end == "ROLLBACK" ? day : "Scene,Take,Notes\n7,10,new\n12A,2,new\n");
@@ -338,11 +354,9 @@ TEST_F(LogTables, AreNotSavedByACommitThatFindsTheDatabaseInUse) {
 TEST_F(LogTables, SaveWhatChangedBehindACommitThatFoundTheDatabaseInUse) {
     Session session(file("base.db"));
     makeLog(session);
-    ASSERT_EQ(session.ask("CREATE TABLE own(a); INSERT INTO own VALUES (1), (2)"), "");
-    Session other(file("base.db"));
+    makeOwnTable(session);
     {
-        Steps reading(other, "SELECT a FROM own");
-        ASSERT_EQ(reading.next(), SQLITE_ROW);
+        const ReaderOfOwn reader(file("base.db"));
         EXPECT_EQ(session.ask("BEGIN; INSERT INTO own VALUES (3); UPDATE log SET Notes = 'a'; "
                               "SAVEPOINT b; UPDATE log SET Notes = 'b'"),
                   "");
@@ -437,11 +451,9 @@ TEST_F(LogTables, LeaveAFileOfTwoNamesAloneWhereACommitFindsTheDatabaseInUse) {
     std::filesystem::create_hard_link(file(), file("second.csv"));
     Session session(file("base.db"));
     makeLog(session);
-    ASSERT_EQ(session.ask("CREATE TABLE own(a); INSERT INTO own VALUES (1), (2)"), "");
-    Session other(file("base.db"));
+    makeOwnTable(session);
     {
-        Steps reading(other, "SELECT a FROM own");
-        ASSERT_EQ(reading.next(), SQLITE_ROW);
+        const ReaderOfOwn reader(file("base.db"));
         EXPECT_EQ(session.ask("BEGIN; INSERT INTO own VALUES (3); UPDATE log SET Take = 'x'"), "");
         EXPECT_THAT(session.ask("COMMIT"), HasSubstr("database is locked"));
         EXPECT_EQ(folder_.read("second.csv"), day);

@@ -12,5 +12,6 @@
 VEKDB_PUBLIC int strxcmp(const char* a, const char* b) noexcept;
 VEKDB_PUBLIC int strxcmp(std::string_view a, std::string_view b) noexcept;
 
-/// The same rule without the last one: 0 also for texts that it finds alike, as "1" and "01".
+/// The same order without what tells texts apart that are read alike: -1, 0 or 1, and 0 also for
+/// "1" and "01". Sort by `strxcmp`, ask whether a value is greater by this.
 VEKDB_PUBLIC int compareAsRead(std::string_view a, std::string_view b) noexcept;

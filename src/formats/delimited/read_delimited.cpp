@@ -22,6 +22,13 @@ std::optional<char> delimiterInFront(std::string_view text) {
     return walk.next(line) ? delimiterOfLine(line) : std::nullopt;
 }
 
+// What a person says counts first, then what the file says.
+char delimiterFor(std::string_view text, std::optional<char> named, char usual, const Log& log) {
+    const char wish = log.opening.wishes.delimiter;
+    if (wish != '\0') return wish;
+    return named ? *named : foundDelimiter(text, true, usual);
+}
+
 // Blank lines in front of several cells, as no heading is one; a single column may have no name.
 std::size_t blankLinesInFront(std::string_view text, std::optional<char> named, char usual,
                               const Log& log) {
@@ -31,9 +38,7 @@ std::size_t blankLinesInFront(std::string_view text, std::optional<char> named, 
     }
     const std::size_t blanks = walk.number() - 1;
     if (blanks == 0 || line.empty()) return 0;
-    const char wish = log.opening.wishes.delimiter;
-    const char found = named ? *named : foundDelimiter(text, true, usual);
-    return hasSeveralCells(text, wish != '\0' ? wish : found) ? blanks : 0;
+    return hasSeveralCells(text, delimiterFor(text, named, usual, log)) ? blanks : 0;
 }
 
 std::string_view behindLines(std::string_view text, std::size_t count) {
@@ -60,9 +65,7 @@ std::size_t skipLines(std::string_view text, std::size_t wanted, Log& log) {
 }
 
 char delimiterOf(std::string_view text, std::optional<char> named, char usual, Log& log) {
-    const char wish = log.opening.wishes.delimiter;
-    const char found = named ? *named : foundDelimiter(text, true, usual);
-    const char delimiter = wish != '\0' ? wish : found;
+    const char delimiter = delimiterFor(text, named, usual, log);
     if (delimiter != usual) log.form.delimiter = delimiter;
     return delimiter;
 }
