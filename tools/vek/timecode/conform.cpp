@@ -1,0 +1,268 @@
+#include "tools/vek/timecode/conform.h"
+
+#include <algorithm>
+
+#include "formats/edl/edl_lines.h"
+#include "formats/timecode/clip_columns.h"
+#include "formats/timecode/drop_frame_entry.h"
+#include "formats/timecode/timecode_form.h"
+#include "tools/vek/cli/say.h"
+#include "tools/vek/timecode/markers.h"
+
+namespace vek::timecode {
+
+namespace {
+
+constexpr std::size_t transitionDigits = 3;
+
+// Where an edit list has the lengths of its transitions, in frames; noColumn for other logs.
+unsigned transitionColumn(const Log& log) {
+    for (EdlColumn needed : {edlEvent, edlTrack, edlKind, edlRecordIn}) {
+        if (log.findColumn(edlColumnNames[needed]) == noColumn) return noColumn;
+    }
+    return log.findColumn(edlColumnNames[edlLength]);
+}
+
+// From one rate to another, the moment kept or the number of the frame.
+class Conform {
+public:
+    Conform(Work& work, const FrameRate& to, const Args& args)
+        : work_(work),
+          from_(*work.counting.rate()),
+          to_(to),
+          keepsFrames_(args.text("keep") == "frames"),
+          round_(args.text("round")),
+          rateColumn_(work.counting.rateColumn()),
+          record_(recordColumns(work.log)),
+          transition_(transitionColumn(work.log)),
+          notes_(noteColumns(work.log, edlCommentsName)),
+          markers_(work) {}
+
+    void cells(const std::vector<unsigned>& columns) {
+        const bool movesRecord = markers_.goWith(columns);
+        for (unsigned row : work_.rows) {
+            const bool keepsSource = hasOtherRate(row);
+            for (unsigned column : columns) {
+                if (!keepsSource || isOnRecord(column)) cell(row, column);
+            }
+            if (!keepsSource) lengths(row);
+            if (movesRecord) onRecord(row);
+            countAnew(row);
+        }
+        if (inexact_ > 0) refuse();
+    }
+
+    /// What the log says of itself afterwards.
+    void parameters() {
+        if (!work_.log.setParameter("FPS", rateText(said()))) {
+            say(work_.log.name + ": there is no room for a parameter FPS");
+        }
+        std::string fcm = work_.log.parameter("FCM");
+        if (!fcm.empty()) work_.log.setParameter("FCM", fcmText(dropsAll()));
+        sayDropFrame();
+    }
+
+private:
+    bool dropsAll() const { return drops(work_.counting.countingOfAll() == Counting::dropFrame); }
+
+    void sayDropFrame() {
+        const std::string old = work_.log.parameter(dropFrameEntry);
+        if (old.empty()) return;
+        const std::optional<bool> dropped = saysDropFrame(old);
+        if (dropped) {
+            work_.log.setParameter(dropFrameEntry, *dropFrameValue(old, drops(*dropped)));
+        } else {
+            say(concat(work_.log.name, ": entry ", dropFrameEntry, " is ", inQuotes(old),
+                       ", expected TRUE or FALSE; it stays as it is"));
+        }
+    }
+
+    FrameRate said() const {
+        FrameRate rate = to_;
+        bool wasSaid = work_.counting.rate()->counting != Counting::unsaid;
+        if (rate.counting == Counting::unsaid && wasSaid && canDropFrames(to_.nominal)) {
+            rate.counting = dropsAll() ? Counting::dropFrame : Counting::nonDrop;
+        }
+        // Others who read a log exchange file know the number alone, and the marks in its times.
+        if (work_.log.format == Format::ale && !wasSaid) rate.counting = Counting::unsaid;
+        return rate;
+    }
+
+    // Drop-frame stays drop-frame where the new rate can and nothing else is said.
+    bool drops(bool before) const {
+        if (to_.counting != Counting::unsaid) return to_.counting == Counting::dropFrame;
+        return before && canDropFrames(to_.nominal);
+    }
+
+    static std::string fcmText(bool drops) { return drops ? "DROP FRAME" : "NON-DROP FRAME"; }
+
+    void cell(unsigned row, unsigned column) {
+        std::optional<Timecode> code = codeOf(work_, row, column);
+        if (!code) return;
+        const std::string_view text = work_.log.cell(row, column);
+        work_.put(row, column, movedTime(row, column, *code, text, text));
+        if (!keepsFrames_) return;
+        // What lay within a frame lies there still, and a frame lasts for another time.
+        const ExactTime scale(from_.frames() * to_.seconds(), from_.seconds() * to_.frames());
+        work_.moveExact(row, column, [&](const ExactTime& time) { return time * scale; });
+    }
+
+    // `found` is what it is told with.
+    std::string movedTime(unsigned row, unsigned column, const Timecode& code,
+                          std::string_view text, std::string_view found) {
+        const bool dropsNow = drops(code.dropFrame);
+        std::int64_t frames = converted(row, column, framesOf(code, from_.nominal), found);
+        frames = inDay(work_, frames, framesInDay(to_.nominal, dropsNow));
+        return inFormOf(text, timecodeText(frames, to_.nominal, dropsNow), mark(code.dropFrame));
+    }
+
+    // Columns of a timeline that count frames.
+    void lengths(unsigned row) {
+        if (rateColumn_ == noColumn) return;
+        for (const char* name : {"Media Frames", timeline::inOffset, timeline::outOffset}) {
+            const unsigned column = work_.log.findColumn(name);
+            if (column == noColumn) continue;
+            const std::optional<std::int64_t> frames = wholeNumber(work_.log.cell(row, column));
+            if (!frames || *frames > mostFrames) continue;
+            work_.put(row, column, std::to_string(converted(row, column, *frames)));
+        }
+    }
+
+    // What an edit list counts in frames of its record.
+    void onRecord(unsigned row) {
+        if (transition_ != noColumn) transition(row);
+        for (unsigned column : notes_) {
+            if (work_.log.cell(row, column).find(':') == std::string_view::npos) continue;
+            work_.moveNote(row, column, [&](std::string_view line) {
+                return isEdlSplit(line) ? movedSplit(row, column, line) : std::string(line);
+            });
+        }
+        markers_.move(row, [&](const Timecode& code, std::string_view text, unsigned column,
+                               std::string_view line) {
+            return std::optional(movedTime(row, column, code, text, line));
+        });
+    }
+
+    void transition(unsigned row) {
+        const std::string_view cell = work_.log.cell(row, transition_);
+        if (trimmed(cell).empty()) return;
+        const std::optional<std::string> now = movedLength(row, transition_, cell, cell);
+        if (!now || now->size() > std::max(transitionDigits, cell.size()))
+            return work_.leave(row, transition_, "a length of at most 999 frames");
+        work_.put(row, transition_, *now);
+    }
+
+    // Sound or picture begins so much later.
+    std::string movedSplit(unsigned row, unsigned column, std::string_view line) {
+        const std::string_view delay = edlSplitDelay(line);
+        const std::optional<std::string> now = movedLength(row, column, delay, line);
+        if (now) return withPart(line, delay, *now);
+        work_.leaveLine(row, column, line,
+                        "a delay that is there at the rate, such as 00:00:00:12");
+        return std::string(line);
+    }
+
+    // "024" or "00:00:01:00" in its form.
+    std::optional<std::string> movedLength(unsigned row, unsigned column, std::string_view text,
+                                           std::string_view found) {
+        const bool dropped = work_.drops(row, record_.start);
+        const std::optional<std::int64_t> frames = lengthOf(text, from_.nominal, dropped);
+        if (!frames || *frames > mostFrames || isNoFrame(text, from_.nominal, dropped)) return {};
+        const std::int64_t now = converted(row, column, *frames, found);
+        const std::string digits = std::to_string(now);
+        if (wholeNumber(trimmed(text))) {
+            return concat(std::string(text.size() - std::min(text.size(), digits.size()), '0'),
+                          digits);
+        }
+        return inFormOf(text, timecodeText(now, to_.nominal, drops(dropped)), mark(dropped));
+    }
+
+    Mark mark(bool before) const {
+        if (drops(before) == before) return Mark::asBefore;
+        return before ? Mark::nonDrop : Mark::dropFrame;
+    }
+
+    std::int64_t converted(unsigned row, unsigned column, std::int64_t frames,
+                           std::string_view found = {}) {
+        if (keepsFrames_) return frames;
+        std::int64_t above = frames * from_.seconds() * to_.frames();
+        std::int64_t below = from_.frames() * to_.seconds();
+        std::int64_t rest = above % below;
+        if (rest == 0) return above / below;
+        if (round_ == "up") return above / below + 1;
+        if (round_ == "nearest") return above / below + (2 * rest >= below ? 1 : 0);
+        if (round_.empty()) {
+            noteInexact(row, column, found.empty() ? work_.log.cell(row, column) : found);
+        }
+        return above / below;
+    }
+
+    void noteInexact(unsigned row, unsigned column, std::string_view found) {
+        if (inexact_++ > 0) return;
+        first_ = worded(work_.log.name, {work_.log.lineOf(row), work_.log.columnName(column),
+                                         inQuotes(found) + " is between two frames",
+                                         "a whole frame at " + rateText(to_), ""});
+    }
+
+    [[noreturn]] void refuse() const {
+        throw Failure{contradiction,
+                      first_ + "; " + counted(inexact_, "cell") +
+                          " like this, nothing is changed; choose with --round nearest, "
+                          "down or up, or with --keep frames"};
+    }
+
+    // Clips of a timeline have rates of their own.
+    bool hasOtherRate(unsigned row) {
+        if (rateColumn_ == noColumn) return false;
+        const std::optional<FrameRate> own = parseFrameRate(work_.log.cell(row, rateColumn_));
+        if (!own) return false;
+        if (!own->isAsFastAs(from_)) {
+            work_.leave(row, rateColumn_, "the rate of the log, " + rateText(from_),
+                        "its source times stay as they are");
+            return true;
+        }
+        work_.put(row, rateColumn_, rateText({to_.nominal, to_.isSlowed}));
+        return false;
+    }
+
+    bool isOnRecord(unsigned column) const {
+        return column == record_.start || column == record_.end;
+    }
+
+    // Edit lists say row by row how they count.
+    void countAnew(unsigned row) {
+        unsigned column = work_.log.findColumn("FCM");
+        if (column == noColumn) return;
+        Counting before = countingOfFcm(work_.log.cell(row, column));
+        if (before == Counting::unsaid) return;
+        work_.put(row, column, fcmText(drops(before == Counting::dropFrame)));
+    }
+
+    Work& work_;
+    FrameRate from_;
+    FrameRate to_;
+    bool keepsFrames_;
+    std::string round_;
+    unsigned rateColumn_;
+    RangeColumns record_;
+    unsigned transition_;
+    std::vector<unsigned> notes_;
+    Markers markers_;
+    std::size_t inexact_ = 0;
+    std::string first_;
+};
+
+}  // namespace
+
+void conform(Work& work, const std::vector<unsigned>& columns, const Args& args) {
+    std::optional<FrameRate> to = parseFrameRate(args.text("BY"));
+    if (!to || to->nominal > fastestWritten) {
+        throw Failure{wrongUsage, "timecode conform: " + inQuotes(args.text("BY")) +
+                                      " is no rate, expected one such as 25 or 29.97df"};
+    }
+    Conform job(work, *to, args);
+    job.cells(columns);
+    job.parameters();
+}
+
+}  // namespace vek::timecode
