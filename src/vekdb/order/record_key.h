@@ -17,7 +17,7 @@ class dbrecord;
 class KeyLayout {
 public:
     /// Of all keys together; more would cost more than the full comparison of a few records.
-    static constexpr unsigned mostPlaces = 64;
+    static constexpr unsigned mostPlaces = 128;
 
     struct Segment {
         std::uint8_t firstPlace;
@@ -65,7 +65,7 @@ private:
 class RecordKey {
 public:
     static constexpr std::size_t word = 8;
-    static constexpr std::size_t largest = 88;  // sizes, lengths, all places and a word of zeros
+    static constexpr std::size_t largest = 152;  // sizes, lengths, all places and a word of zeros
 
     explicit RecordKey(const unsigned char* bytes) : bytes_(bytes) {}
 
