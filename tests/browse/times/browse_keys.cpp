@@ -15,6 +15,7 @@
 
 #include "formats/log/log.h"
 #include "tools/vek/browse/browser.h"
+#include "tools/vek/browse/recovery.h"
 
 using namespace vek::browse;
 
@@ -167,7 +168,7 @@ int main(int count, char** words) {
     ::mallopt(M_MXFAST, 0);  // as the program does
     Browser browser{vek::formats::Opening()};
     const double begin = now();
-    browser.add(vek::formats::openLog(words[1], {}));
+    browser.add(vek::formats::openLog(words[1], {}), vek::browse::markOf(words[1]));
     browser.picture(width, height);
     std::printf(
         "opened within %.0f ms\n\n| keys | | longest wait | in all |\n| --- | --- | --: | "
