@@ -147,6 +147,30 @@ TEST(HostileSizes, MoreColumnsThanALogHoldsAreNotMerged) {
     EXPECT_FALSE(folder.has("out.vek"));
 }
 
+TEST(HostileSizes, ALogWithAllTheColumnsItCanHoldGetsNoFurtherOne) {
+    WorkFolder folder;
+    std::string names = "c0";
+    for (int i = 1; i < 65535; ++i) names += ",c" + std::to_string(i);
+    const std::string text = names + "\n1\n";
+    folder.write("full.csv", text);
+    EXPECT_EQ(runVekLine(folder, "convert full.csv full.vek").exitCode, 0);
+    const std::string table = folder.read("full.vek");
+    for (const char* file : {"full.csv", "full.vek"}) {
+        for (const char* command : {"tag %s --where c0==1", "column add %s New",
+                                    "tag %s --where c0==1 --dry-run", "column add %s New -n"}) {
+            std::string line = command;
+            line.replace(line.find("%s"), 2, file);
+            const Finish finish = runVekLine(folder, line);
+            EXPECT_EQ(finish.exitCode, 4) << line;
+            EXPECT_NE(finish.errors.find(std::string(file) + ": no room for column "),
+                      std::string::npos)
+                << line << ": " << finish.errors.substr(0, 200);
+        }
+    }
+    EXPECT_EQ(folder.read("full.csv"), text);
+    EXPECT_EQ(folder.read("full.vek"), table);
+}
+
 TEST(HostileSizes, ProblemsOfHeadingsAndEditListsAreCountedToo) {
     WorkFolder folder;
     folder.write("x.edl", "TITLE: x\n1 A V C 01:00:00:00 01:00:01:00 02:00:00:00 02:00:01:00\n" +

@@ -371,6 +371,34 @@ TEST(FullDisk, OfABackupIsCalledSoAndLeavesFileAndOlderBackup) {
     EXPECT_EQ(folder.names(), (std::vector<std::string>{"log.csv", "log.csv.bak"}));
 }
 
+// What the rights to files and folders forbid is said by a dry run, too.
+TEST(DryRun, RefusesWhatMayNotBeWritten) {
+    WorkFolder folder;
+    std::filesystem::create_directory(folder.path() / "shut");
+    folder.write("log.csv", "A,B\n1,2\n");
+    folder.write("shut/log.csv", "A\n1\n");
+    folder.write("kept.csv", "A\n1\n");
+    ASSERT_EQ(::chmod(folder.path().c_str(), 0777), 0);
+    ASSERT_EQ(::chmod((folder.path() / "kept.csv").c_str(), 0444), 0);
+    ASSERT_EQ(::chmod((folder.path() / "shut").c_str(), 0555), 0);
+    for (const char* line :
+         {"sort log.csv --by A -o shut/new.csv -n", "set shut/log.csv A=2 --every -n",
+          "set kept.csv A=2 --every -n", "convert log.csv shut/new.json -n",
+          "convert log.csv --to json -o shut/day -n", "convert log.csv --to json -o shut -n",
+          "convert log.csv --partition A --to json -o shut/day -n",
+          "split log.csv --by A -o 'shut/{A}.csv' -n",
+          "container create shut/bin.vek 910a2debbeeb8da0f893a2ed71c1868f00004d -n"}) {
+        Start start;
+        start.asNobody = true;
+        start.words = shellWords(std::string("vek ") + line);
+        const Finish finish = run(folder, start);
+        EXPECT_EQ(finish.exitCode, 4) << line;
+        EXPECT_NE(finish.errors.find("Permission denied"), std::string::npos)
+            << line << ": " << finish.errors;
+    }
+    ASSERT_EQ(::chmod((folder.path() / "shut").c_str(), 0777), 0);
+}
+
 TEST(SeveralLogs, AreSavedOneAfterTheOtherAndThoseThatWereAreNamed) {
     WorkFolder folder;
     std::filesystem::create_directory(folder.path() / "shut");

@@ -11,6 +11,7 @@
 #include "formats/text/text_lines.h"
 #include "formats/text/written_names.h"
 #include "formats/writing/writers.h"
+#include "tools/vek/cli/column_keys.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/saving.h"
@@ -146,10 +147,8 @@ int renameColumns(Log& log, const Args& args) {
     const std::string summary = concat(log.name, ": ", counted(names.size(), "column"));
     const bool isTrial = args.has("dry-run");
     if (isTrial) printNames(names, args);
-    if (!names.empty()) {
-        ColumnEdits(log).rename(names);
-        saveInPlace(log, args);
-    }
+    if (!names.empty()) ColumnEdits(log).rename(names);
+    saveInPlace(log, args);
     if (names.empty() && !isTrial)
         say(log.name + ": no column's name changes, nothing is renamed");
     else
@@ -218,6 +217,7 @@ int orderColumns(Log& log, const Args& args) {
     const std::vector<std::string>& words = args.all("WORD");
     requireWords(words, 1, 65535, "order FILE NAME...");
     std::vector<unsigned> order = namedColumns(log, words);
+    requireEachOnce(log, order, "column: order");
     nameColumns(log, order);
     const std::vector<std::string> before = described(log, mappedColumns(log));
     if (log.format == Format::table) {

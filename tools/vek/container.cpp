@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <numeric>
 #include <thread>
+#include <unordered_set>
 
 #include <vekdb/container/container_file.h>
 #include <vekdb/host/open_file.h>
@@ -12,6 +13,7 @@
 #include <vekdb/host/text_util.h>
 #include "formats/text/width.h"
 #include "formats/writing/writers.h"
+#include "tools/vek/cli/outputs.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/saving.h"
@@ -48,11 +50,38 @@ std::string textOf(const Cookie& cookie) {
     return std::string(cookie.asString(true).view());
 }
 
+// An object is in a container once; one that stands there several times is told once.
+void tellRepeated(const Log& log) {
+    const unsigned column = log.findColumn("Cookie");
+    std::unordered_set<std::string_view> known;
+    std::size_t count = 0;
+    unsigned first = 0;
+    for (unsigned row = 0; row < log.rowCount(); ++row) {
+        if (!known.insert(log.cell(row, column)).second && count++ == 0) first = row;
+    }
+    if (count == 0) return;
+    say(worded(log.name, {log.lineOf(first), "Cookie", inQuotes(log.cell(first, column)),
+                          "each identity once",
+                          concat(counted(count, "item"), count == 1 ? " is" : " are",
+                                 " there a further time; remove takes all of one out")}));
+}
+
 Log requireContainer(Log log) {
     if (log.findColumn("Cookie") == noColumn) {
         throw Failure{unreadable, log.name + ": no column \"Cookie\", expected a container file"};
     }
+    tellRepeated(log);
     return log;
+}
+
+// Each of these words once, in their order.
+std::vector<std::string> onceEach(const std::vector<std::string>& words) {
+    std::vector<std::string> once;
+    std::unordered_set<std::string> known;
+    for (const std::string& word : words) {
+        if (known.insert(textOf(cookieNamed(word))).second) once.push_back(word);
+    }
+    return once;
 }
 
 // A container is a table file, whatever it is called.
@@ -75,14 +104,16 @@ std::vector<unsigned> allRows(const Log& log) {
     return rows;
 }
 
-// The first of these rows that holds it, or noColumn.
-unsigned findItem(const Log& log, const Cookie& wanted, const std::vector<unsigned>& rows) {
-    unsigned column = log.findColumn("Cookie");
-    for (unsigned row : rows) {
-        Cookie cookie(std::string(log.cell(row, column)).c_str(), false);
-        if (cookie.compare(wanted) == 0) return row;
+bool isItem(const Log& log, unsigned row, const Cookie& wanted) {
+    const std::string cell(log.cell(row, log.findColumn("Cookie")));
+    return Cookie(cell.c_str(), false).compare(wanted) == 0;
+}
+
+bool hasItem(const Log& log, const Cookie& wanted) {
+    for (unsigned row = 0; row < log.rowCount(); ++row) {
+        if (isItem(log, row, wanted)) return true;
     }
-    return noColumn;
+    return false;
 }
 
 int listAsJson(const Log& log) {
@@ -140,6 +171,7 @@ int create(const std::string& path, const std::vector<std::string>& items, const
     writer.setPermanent(args.has("permanent"));
     for (const Cookie& cookie : cookies) writer.addItem(cookie);
     if (args.has("dry-run")) {
+        requireWritable(path);
         say(concat(path, ": ", counted(cookies.size(), "item"), " would be in it"));
         return done;
     }
@@ -169,7 +201,7 @@ int add(const std::string& path, const std::vector<std::string>& items, const Ar
     std::size_t added = 0;
     for (const std::string& item : items) {
         Cookie cookie = cookieNamed(item);
-        if (findItem(log, cookie, allRows(log)) != noColumn) {
+        if (hasItem(log, cookie)) {
             say(path + ": " + item + " is in it already");
             continue;
         }
@@ -185,9 +217,8 @@ int remove(const std::string& path, const std::vector<std::string>& items, const
     std::vector<unsigned> rows = allRows(log);
     std::size_t missing = 0;
     for (const std::string& item : items) {
-        auto row = std::find(rows.begin(), rows.end(), findItem(log, cookieNamed(item), rows));
-        if (row != rows.end()) {
-            rows.erase(row);
+        const Cookie cookie = cookieNamed(item);
+        if (std::erase_if(rows, [&](unsigned row) { return isItem(log, row, cookie); }) > 0) {
             continue;
         }
         ++missing;
@@ -209,7 +240,7 @@ int contains(const std::string& path, const std::vector<std::string>& items, con
 int run(const Args& args) {
     std::string action = args.text("ACTION");
     std::string path = args.text("FILE");
-    const std::vector<std::string>& items = args.all("ITEM");
+    const std::vector<std::string> items = onceEach(args.all("ITEM"));
     bool needsItems = action == "add" || action == "remove" || action == "contains";
     if (needsItems && items.empty()) {
         throw Failure{wrongUsage, "container " + action + ": expected one ITEM or more"};

@@ -5,8 +5,10 @@
 #include "formats/saving/save_in_place.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/grid.h"
+#include "tools/vek/cli/outputs.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/say.h"
 #include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
 #include "tools/vek/convert/many.h"
@@ -70,20 +72,28 @@ int convertMany(std::vector<std::string> words, const Args& args) {
     return convert::convertEach(words, output, args);
 }
 
-void requireManyFor(const char* option, const Args& args) {
-    if (!args.has(option)) return;
-    throw Failure{wrongUsage, concat("convert: --", option,
-                                     " is for several logs, not for IN and "
-                                     "OUT")};
+Printout outputOf(const Args& args, Held held) {
+    if (!args.has("dry-run")) return Printout(args.text("OUT"), std::move(held));
+    requireWritable(args.text("OUT"));
+    return Printout::trial(args.text("OUT"));
 }
 
+void tellPlan(const std::string& output, Format target, const Args& args) {
+    if (!args.has("dry-run")) return;
+    Printout out;
+    out.line(concat(args.text("IN"), " -> ", output));
+    out.close();
+    say(concat("convert: 1 log would be written as ", formatName(target)));
+}
+
+// A file that is there is replaced, with or without --overwrite, as cp does it.
 int convertOne(const Args& args) {
-    for (const char* option : {"overwrite", "dry-run"}) requireManyFor(option, args);
     Format target = wantedTarget(args);
-    Held held = holdInput({args.text("IN")}, args.text("OUT"));
+    const bool isTrial = args.has("dry-run");
+    Held held = isTrial ? nullptr : holdInput({args.text("IN")}, args.text("OUT"));
     const WriteStyle style = styleFrom(args, target);
     Log log = mayStay(target, style) ? readLogToCopy(args, "IN") : readLog(args, "IN");
-    Printout out(args.text("OUT"), held);
+    Printout out = outputOf(args, held);
     requireFile(target, out);
     Losses losses;
     if (log.format == target && mayStay(target, style))
@@ -91,6 +101,7 @@ int convertOne(const Args& args) {
     else
         writeSheet(wholeSheet(log), target, style, out, losses);
     out.close();
+    tellPlan(out.name(), target, args);
     tellLosses(losses, out.name());
     return readingResult(log);
 }
@@ -144,8 +155,10 @@ Command convertCommand() {
                    {"--to", "FORMAT", "what to write; the ending of OUT as a rule", false,
                     writableFormats().c_str()},
                    {"-o,--output", "FOLDER", "where the files of several logs go to"},
-                   {"--overwrite", "", "of several logs: replace files that are there"},
-                   {"-n,--dry-run", "", "list what several logs would become, write nothing"}},
+                   {"--overwrite", "",
+                    "of several logs: replace files that are there; one is written to OUT in any "
+                    "case"},
+                   {"-n,--dry-run", "", "list what the logs would become, write nothing"}},
                   join(convert::partitionOptions(), screenOptions())),
              styleOptions()),
         run,

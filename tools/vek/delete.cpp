@@ -35,10 +35,7 @@ int run(const Args& args) {
         say(log.name + ": " + summary + " would be deleted");
         return chosen.empty() ? found : done;
     }
-    if (chosen.empty()) {
-        say(log.name + ": no row matches, nothing deleted");
-        return found;
-    }
+    if (chosen.empty()) return finishUnmatched(log, "nothing deleted", args);
     saveInPlace(log, others(log, chosen), args);
     say(log.name + ": " + summary + " deleted");
     return done;

@@ -90,7 +90,10 @@ int run(const Args& args) {
     Dice dice(seed);
     const std::vector<unsigned> rows = drawn(view, count, dice);
     if (matched == 0 && narrows(selection)) {
-        say(log.name + ": no row matches, nothing changed");
+        // Whoever reads on gets a log, of as many rows as were drawn.
+        const bool isPrinted = goesToStandardOutput(args);
+        if (isPrinted) saveResult(log, {}, args);
+        say(log.name + ": no row matches, " + (isPrinted ? "none is drawn" : "nothing changed"));
         return found;
     }
     if (args.has("dry-run")) printRows(log, rows);

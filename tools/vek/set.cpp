@@ -179,17 +179,12 @@ int run(const Args& args) {
             std::move(made.begin(), made.end(), std::back_inserter(edits));
         });
         printEdits(log, edits, args);
-        if (!rows.empty()) {
-            EditMaker(log).make(edits);
-            saveResult(log, args);
-        }
+        EditMaker(log).make(edits);
+        if (!rows.empty()) saveResult(log, args);
         say(summary(log, rows.size(), edits.size()) + " would change");
         return rows.empty() ? found : done;
     }
-    if (rows.empty()) {
-        say(log.name + ": no row matches, nothing changed");
-        return found;
-    }
+    if (rows.empty()) return finishUnmatched(log, "nothing changed", args);
     std::size_t changed = 0;
     EditMaker maker(log);
     editor.edit(rows, [&](const std::vector<Edit>& made) {

@@ -110,10 +110,25 @@ void requireFolder(const std::string& path) {
                                      ", nothing is written; make the folder first")};
 }
 
+using Places = std::unordered_map<std::string, const std::string*>;
+
+// Where a file is another one's backup, one of the two would be lost.
+void requireOwnBackups(const Pieces& pieces, const Places& places) {
+    for (const Piece& piece : pieces) {
+        const auto other = places.find(placeOf(piece.path + ".bak"));
+        if (other == places.end() || !isTaken(piece.path)) continue;
+        throw Failure{unwritable, concat(*other->second,
+                                         ": is to be written, and --backup would "
+                                         "keep the old ",
+                                         piece.path, " there; nothing is written")};
+    }
+}
+
 // Everything that can be known to go wrong is known before the first file is written.
-void requireFree(const Log& log, const Pieces& pieces, bool overwrites) {
+void requireFree(const Log& log, const Pieces& pieces, const Args& args) {
+    const bool overwrites = args.has("overwrite");
     std::size_t count = 0;
-    std::unordered_map<std::string, const std::string*> places;
+    Places places;
     for (const Piece& piece : pieces) {
         requireFolder(piece.path);
         const auto [other, isNew] = places.try_emplace(placeOf(piece.path), &piece.path);
@@ -127,8 +142,10 @@ void requireFree(const Log& log, const Pieces& pieces, bool overwrites) {
             throw Failure{unwritable,
                           piece.path + ": is the log that is split; nothing is written"};
         }
+        if (args.has("backup")) requireNoBackupOver({log.path}, piece.path);
         if (!overwrites && ++count <= mostTold) sayFailure(piece.path + ": is there already");
     }
+    if (args.has("backup")) requireOwnBackups(pieces, places);
     if (count == 0) return;
     throw Failure{unwritable, concat(counted(count, "file is", "files are"),
                                      " there already, nothing is written; --overwrite replaces "
@@ -236,10 +253,11 @@ int run(const Args& args) {
     Pieces pieces = piecesOf(log, view, columns);
     requireFew(pieces, args);
     naming.name(pieces);
-    requireFree(log, pieces, args.has("overwrite"));
+    requireFree(log, pieces, args);
     const std::string summary = concat(log.name, ": ", counted(view->get_num_records(), "row"),
                                        " in ", counted(pieces.size(), "file"));
     if (args.has("dry-run")) {
+        for (const Piece& piece : pieces) requireWritable(piece.path);
         Writer(log, args, target).tryOut(pieces);
         std::vector<PlannedFile> plan;
         for (const Piece& piece : pieces) plan.push_back({piece.path, piece.rows.size()});

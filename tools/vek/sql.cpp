@@ -239,6 +239,9 @@ int run(const Args& args) {
     for (const NamedPath& log : words.logs) paths.push_back(log.path);
     requireNoInput("sql", paths, args.text("output"), "the answer");
     if (args.has("write")) requireOneNameEach(paths);
+    if (args.has("backup")) {
+        for (const std::string& path : paths) requireNoBackupOver(paths, path);
+    }
     Saver saver(args);
     const sql::Answer answer =
         sql::run(readAll(words, args), words.statements, wishesFrom(args, saver));

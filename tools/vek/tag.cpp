@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include <vekdb/row_copies.h>
+#include "formats/log/column_edits.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/edits.h"
@@ -19,29 +20,61 @@ bool isTagged(std::string_view cell) {
     return cell.size() == 1 ? cell[0] >= '1' && cell[0] <= '9' : isTag(cell);
 }
 
+// A text that somebody else put into the column: a number says whether a row is tagged.
+bool isForeign(std::string_view cell) {
+    if (cell.starts_with('-')) cell.remove_prefix(1);
+    return cell.find_first_not_of("0123456789") != std::string_view::npos;
+}
+
 // The tags of a log while they are edited. They live in the column "Tag".
 class Tags {
 public:
     /// No row is tagged at first.
-    explicit Tags(Log& log) : log_(log), tags_(log.rowCount()) {}
+    explicit Tags(Log& log)
+        : log_(log), column_(log.table->get_fieldnum("Tag")), tags_(log.rowCount()) {}
 
     /// As the column says.
     void load() {
-        const unsigned column = log_.table->get_fieldnum("Tag");
-        if (column == noColumn) return;
+        if (column_ == noColumn) return;
         for (unsigned row = 0; row < tags_.size(); ++row) {
-            tags_[row] = isTagged(log_.cell(row, column));
+            tags_[row] = isTagged(log_.cell(row, column_));
         }
     }
 
     void set(unsigned row, bool isTagged) { tags_[row] = isTagged; }
-    void invert(unsigned row) { tags_[row] = !tags_[row]; }
+    // A text that is no tag has no other way round, and stays.
+    void invert(unsigned row) {
+        if (isForeignIn(row))
+            ++texts_;
+        else
+            tags_[row] = !tags_[row];
+    }
     std::size_t count() const {
         return static_cast<std::size_t>(std::count(tags_.begin(), tags_.end(), true));
     }
 
+    // Texts that are no tags: which of them stay, and which would go for a tag of ours.
+    void tellTexts() const {
+        if (texts_ > 0) {
+            say(concat(log_.name, ": ", counted(texts_, "text"),
+                       " in the column Tag, expected 0 or 1; kept, vek set replaces them"));
+        }
+        const auto isReplaced = [&](unsigned row) { return isForeignIn(row) && differs(row); };
+        std::size_t count = 0;
+        unsigned first = 0;
+        for (unsigned row = 0; row < log_.rowCount(); ++row) {
+            if (isReplaced(row) && count++ == 0) first = row;
+        }
+        if (count == 0) return;
+        say(worded(log_.name,
+                   {log_.lineOf(first), "Tag", inQuotes(log_.cell(first, column_)), "0 or 1",
+                    count == 1 ? std::string("a tag takes its place")
+                               : concat("a tag takes its place, and that of ",
+                                        counted(count - 1, "more text"))}));
+    }
+
     // Without a column no row is tagged, which needs none to be said.
-    bool needsNoColumn() const { return log_.findColumn("Tag") == noColumn && count() == 0; }
+    bool needsNoColumn() const { return column_ == noColumn && count() == 0; }
 
     // What stands in the column and is to stand there, which is made where there is none. A cell
     // that says so already, in whatever words, stays as it is.
@@ -61,14 +94,19 @@ public:
     }
 
 private:
+    bool isForeignIn(unsigned row) const {
+        return column_ != noColumn && isForeign(log_.cell(row, column_));
+    }
+    bool differs(unsigned row) const { return tags_[row] != isTagged(log_.cell(row, column_)); }
+
     template <class Take>
     void forEachChange(Take take) {
         if (needsNoColumn()) return;
-        const bool isNew = log_.findColumn("Tag") == noColumn;
-        auto column =
-            static_cast<unsigned short>(log_.table->addField({"Tag", DBFieldTypes::text}));
+        const bool isNew = column_ == noColumn;
+        if (isNew) column_ = addColumn(log_, "Tag");
+        const auto column = static_cast<unsigned short>(column_);
         for (unsigned row = 0; row < log_.rowCount(); ++row) {
-            if (!isNew && tags_[row] == isTagged(log_.cell(row, column))) continue;
+            if (!isNew && !differs(row)) continue;
             take(row, column, tags_[row] ? "1" : "0");
         }
     }
@@ -87,17 +125,17 @@ private:
     }
 
     Log& log_;
+    unsigned column_;
     std::vector<bool> tags_;
+    std::size_t texts_ = 0;  // that could not be inverted
     std::vector<std::string_view> cells_;
 };
 
 int finish(Log& log, Tags& tags, std::vector<unsigned> rows, const Args& args) {
     const std::size_t matched = rows.size();
     rows = std::vector<unsigned>();
-    if (matched == 0) {
-        say(log.name + ": no row matches, nothing changed");
-        return found;
-    }
+    if (matched == 0) return finishUnmatched(log, "nothing changed", args);
+    tags.tellTexts();
     const bool isNothing = tags.needsNoColumn();
     const bool isTrial = args.has("dry-run");
     if (isTrial) printEdits(log, tags.edits(), args);

@@ -130,10 +130,8 @@ int run(const Args& args) {
     tellOdd(work);
     bool isDry = args.has("dry-run");
     if (isDry) printEdits(log, work.edits, args);
-    if (!work.rows.empty()) {
-        EditMaker(log).make(work.edits);
-        saveResult(log, args);
-    }
+    EditMaker(log).make(work.edits);
+    if (!work.rows.empty() || goesToStandardOutput(args)) saveResult(log, args);
     say(log.name + ": " + counted(work.rows.size(), "row") + ", " +
         counted(work.edits.size(), "cell") + (isDry ? " would change" : " changed"));
     return work.rows.empty() || !work.odd.empty() ? found : done;

@@ -8,6 +8,7 @@
 #include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/timecode.h>
 #include "formats/choosing/select.h"
+#include "formats/log/column_edits.h"
 #include "formats/log/column_names.h"
 #include "formats/reading/limits.h"
 #include "formats/table_file/exact_cells.h"
@@ -177,10 +178,7 @@ std::vector<unsigned> Merger::placesOf(const Log& from) {
     const std::vector<unsigned> theirs = into_.table->addFields(fields);
     for (std::size_t i = 0; i < added.size(); ++i) {
         places[added[i]] = theirs[i];
-        if (theirs[i] != noColumn) continue;
-        throw Failure{unwritable, from.name + ": no room for column " +
-                                      inQuotes(from.columnName(added[i])) +
-                                      ", a log holds at most 65535"};
+        if (theirs[i] == noColumn) refuseFurtherColumn(from.name, from.columnName(added[i]));
     }
     if (!added.empty()) keepRepeatedNames(into_);
     return places;

@@ -51,9 +51,41 @@ const OperatorText* operatorAt(std::string_view text) {
     return nullptr;
 }
 
+// What other languages write for one of ours, and which it is. As it stands here it would look for
+// a text that nobody meant.
+struct ForeignOperator {
+    const char* text;
+    const char* ours;
+};
+
+constexpr ForeignOperator foreignOperators[] = {
+    {"<>", "!="}, {"><", "!="}, {"=>", ">="}, {"=<", "<="}, {"=~", "~"},
+};
+
+const ForeignOperator* foreignOperatorAt(std::string_view text) {
+    for (const ForeignOperator& one : foreignOperators) {
+        if (text.starts_with(one.text)) return &one;
+    }
+    return nullptr;
+}
+
+// `written` begins with the operator, whatever stands in front of it.
+void refuseForeign(std::string_view name, std::string_view written) {
+    const ForeignOperator* const foreign = foreignOperatorAt(written);
+    if (foreign == nullptr) return;
+    const std::string_view value = written.substr(2);
+    throw Failure{
+        wrongUsage,
+        "",
+        {0, "",
+         concat(inQuotes(concat(name, written)), " has no comparison ", inQuotes(foreign->text)),
+         concat(name, foreign->ours, value), ""}};
+}
+
 // `rest` begins with the operator.
 Condition conditionOf(const Log& log, std::string_view name, const OperatorText& entry,
                       std::string_view rest) {
+    refuseForeign(name, rest);
     std::string value(rest.substr(std::string_view(entry.text).size()));
     bool isEmptyTest = entry.op == Operator::contains && value.empty();
     return {log.requireColumn(name), isEmptyTest ? Operator::empty : entry.op, value};
@@ -115,25 +147,26 @@ Condition parseCondition(const Log& log, const std::string& text) {
 
 namespace {
 
-// The operator and what is behind it; nothing where there is none.
-std::optional<std::string_view> operatorIn(std::string_view text) {
+// Where the operator stands; npos where there is none.
+std::size_t operatorIn(std::string_view text) {
     const std::optional<WrittenName> name = bracketedName(text);
     for (std::size_t at = name ? name->size : 1; at < text.size(); ++at) {
-        if (operatorAt(text.substr(at)) != nullptr) return text.substr(at);
+        if (operatorAt(text.substr(at)) != nullptr) return at;
     }
-    return {};
+    return text.npos;
 }
 
 }  // namespace
 
 bool isCondition(const std::string& text) {
-    return operatorIn(text).has_value();
+    return operatorIn(text) != text.npos;
 }
 
 void requireCondition(const std::string& text) {
-    const std::optional<std::string_view> found = operatorIn(text);
-    if (!found) refuseCondition(text);
-    if (found->starts_with('~')) Regex(std::string(found->substr(1)));
+    const std::size_t at = operatorIn(text);
+    if (at == text.npos) refuseCondition(text);
+    refuseForeign(std::string_view(text).substr(0, at), std::string_view(text).substr(at));
+    if (text[at] == '~') Regex(text.substr(at + 1));
 }
 
 int comparePeople(std::string_view a, std::string_view b) {

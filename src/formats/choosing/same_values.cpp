@@ -4,6 +4,7 @@
 
 #include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/text_util.h>
+#include "formats/text/letters.h"
 #include "formats/text/text_lines.h"
 
 namespace vek::formats {
@@ -11,6 +12,18 @@ namespace vek::formats {
 namespace {
 
 constexpr std::size_t firstPlaces = 1024;
+
+bool isAscii(std::string_view text) {
+    return std::none_of(text.begin(), text.end(), [](char c) { return (c & 0x80) != 0; });
+}
+
+// In lower case, whatever alphabet its letters are of.
+void fold(std::string& to, std::string_view text) {
+    to.clear();
+    if (!isAscii(text)) return addLower(to, text);
+    to.resize(text.size());
+    std::transform(text.begin(), text.end(), to.begin(), asciiLower<char>);
+}
 
 }  // namespace
 
@@ -29,8 +42,7 @@ unsigned SameValues::firstOf(unsigned row) {
 }
 
 std::uint32_t SameValues::hashOf(std::string_view value) {
-    folded_.resize(value.size());
-    std::transform(value.begin(), value.end(), folded_.begin(), asciiLower<char>);
+    fold(folded_, value);
     return static_cast<std::uint32_t>(Quor::keyedHash(folded_));
 }
 
@@ -39,9 +51,18 @@ SameValues::Place& SameValues::find(std::uint32_t hash, std::string_view value) 
     for (std::size_t at = hash;; ++at) {
         Place& place = places_[at & (places_.size() - 1)];
         if (place.behindRow == 0) return place;
-        const bool mayBe = place.hash == hash;
-        if (mayBe && sameText(log_.cell(place.behindRow - 1, column_), value)) return place;
+        if (place.hash == hash && isSame(log_.cell(place.behindRow - 1, column_), value)) {
+            return place;
+        }
     }
+}
+
+// The value is the one that was folded last.
+bool SameValues::isSame(std::string_view other, std::string_view value) {
+    if (sameText(other, value)) return true;
+    if (isAscii(other)) return false;
+    fold(other_, other);
+    return other_ == folded_;
 }
 
 void SameValues::grow() {

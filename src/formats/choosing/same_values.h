@@ -9,7 +9,7 @@
 
 namespace vek::formats {
 
-/// Finds rows that have the same value in one column, the case of A to Z ignored. No value is
+/// Finds rows that have the same value in one column, the case of all letters ignored. No value is
 /// copied: a row stands for its value.
 class SameValues {
 public:
@@ -26,6 +26,7 @@ private:
 
     std::uint32_t hashOf(std::string_view value);
     Place& find(std::uint32_t hash, std::string_view value);
+    bool isSame(std::string_view other, std::string_view value);
     void grow();
 
     const Log& log_;
@@ -33,6 +34,7 @@ private:
     std::vector<Place> places_;  // as many as a power of two, at most half of them taken
     std::size_t taken_ = 0;
     std::string folded_;
+    std::string other_;
 };
 
 }  // namespace vek::formats

@@ -25,7 +25,9 @@ public:
     Keys(const Log& log, RowKey key) : log_(log), key_(std::move(key)), groups_(log.rowCount()) {
         const auto hashOf = [&](unsigned row) { return keyedHash(of(row)); };
         forEachHashed(groups_, log.rowCount(), hashOf, [&](unsigned row, std::uint64_t hash) {
-            groups_.add(hash, row, sameAs(of(row)));
+            const std::string_view key = of(row);
+            if (key.empty() && withoutKey_++ == 0) firstWithout_ = row;
+            groups_.add(hash, row, sameAs(key));
         });
         if (groups_.repeated().empty()) return;
         turns_.resize(log.rowCount());
@@ -42,9 +44,11 @@ public:
     }
     unsigned turnOf(unsigned row) const { return turns_.empty() ? 0 : turns_[row]; }
 
-    // Rows of one value, in the order of the second of them.
+    // Those without a key, and rows of one value, in the order of the second of them.
     void note(LogComparison& found) const {
+        if (withoutKey_ > 0) found.notes.push_back(noteOfThoseWithout());
         for (const std::vector<unsigned>& rows : groups_.repeated()) {
+            if (withoutKey_ > 0 && rows.front() == firstWithout_) continue;
             if (found.notes.size() < Log::mostProblems)
                 found.notes.push_back(noteOf(rows));
             else
@@ -53,6 +57,15 @@ public:
     }
 
 private:
+    std::string noteOfThoseWithout() const {
+        return worded(
+            log_.name,
+            {log_.lineOf(firstWithout_), key_.name(log_),
+             concat("no key",
+                    withoutKey_ == 1 ? std::string() : concat(" in ", counted(withoutKey_, "row"))),
+             "one in each row", "rows without a key are matched in their order"});
+    }
+
     std::string noteOf(const std::vector<unsigned>& rows) const {
         return worded(log_.name, {log_.lineOf(rows[1]), key_.name(log_),
                                   "key " + inQuotes(key_.text(log_, rows[1])) + " " +
@@ -66,6 +79,8 @@ private:
     mutable std::string other_;
     RowGroups groups_;
     std::vector<unsigned> turns_;
+    std::size_t withoutKey_ = 0;
+    unsigned firstWithout_ = 0;
 };
 
 // Columns of one name belong together in their order.

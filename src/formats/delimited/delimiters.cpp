@@ -144,12 +144,12 @@ bool hasSeveralCells(std::string_view text, char delimiter) {
     return Counts(text, true, delimiter).heading() > 1;
 }
 
-std::size_t cellsBehindFirstLine(std::string_view text, char usual) {
+std::size_t cellsBehindFirstLine(std::string_view text) {
     const std::size_t end = text.find_first_of("\r\n");
     if (end == text.npos || text.substr(0, end).find('"') != text.npos) return 0;
     const std::string_view rest = text.substr(end);
     for (char mark : delimiters) {
-        if (mark == usual || text.substr(0, end).find(mark) != text.npos) continue;
+        if (text.substr(0, end).find(mark) != text.npos) continue;
         const Counts counts(rest, true, mark);
         // Two keywords with a semicolon between them may be the values of one column.
         const std::size_t fewest = mark == '\t' ? 2 : 3;

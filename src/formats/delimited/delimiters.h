@@ -15,9 +15,9 @@ char foundDelimiter(std::string_view text, bool isWhole, char usual);
 /// Whether the first line that is not blank is more than one cell.
 bool hasSeveralCells(std::string_view text, char delimiter);
 
-/// How many cells all lines behind the first one have by another mark than the usual one, of which
-/// it has none itself, as a line in front of a heading. 0 where there is none such.
-std::size_t cellsBehindFirstLine(std::string_view text, char usual);
+/// How many cells all lines behind the first one have by a mark of which it has none itself, as a
+/// line in front of a heading. 0 where there is none such.
+std::size_t cellsBehindFirstLine(std::string_view text);
 
 /// What "sep=;" says, the line in front of the heading by which spreadsheets name what separates
 /// the cells; nothing for other lines.

@@ -70,16 +70,18 @@ char delimiterOf(std::string_view text, std::optional<char> named, char usual, L
     return delimiter;
 }
 
-// A single name over rows of several cells is hardly a heading.
-void reportLineInFront(std::string_view text, char delimiter, std::size_t line, Log& log) {
-    if (hasSeveralCells(text, delimiter) || log.form.hasNoHeading) return;
-    const std::size_t cells = cellsBehindFirstLine(text, delimiter);
-    if (cells == 0) return;
+// A single name over rows of several cells is hardly a heading. Answers how many cells those have,
+// 0 where nothing was told.
+std::size_t reportLineInFront(std::string_view text, char delimiter, std::size_t line, Log& log) {
+    if (hasSeveralCells(text, delimiter) || log.opening.wishes.hasNoHeading) return 0;
+    const std::size_t cells = cellsBehindFirstLine(text);
+    if (cells == 0) return 0;
     log.report([&]() -> Problem {
         return {line, "", concat("a heading of one name over rows of ", std::to_string(cells)),
                 "a name for each column",
                 "it is read as the heading; lines in front of one can be passed over"};
     });
+    return cells;
 }
 
 // Without a heading the columns are numbered as far as the first row reaches.
@@ -131,7 +133,7 @@ void readDelimited(Text text, char separator, Log& log) {
     const std::size_t inFront = linesInFront(text.view(), named, separator, log);
     text.start += skipLines(text.view(), inFront, log);
     const char delimiter = delimiterOf(text.view(), named, separator, log);
-    reportLineInFront(text.view(), delimiter, 1 + inFront, log);
+    const std::size_t toldOf = reportLineInFront(text.view(), delimiter, 1 + inFront, log);
     TableBuilder builder(log, std::move(text.block));
     char* const begin = builder.text() + text.start;
     DelimitedScanner scanner(begin, builder.textEnd(), delimiter,
@@ -145,13 +147,16 @@ void readDelimited(Text text, char separator, Log& log) {
     Progress progress(log.opening.watcher, "reading " + log.name, builder.textSize());
     while (!scanner.atEnd()) {
         progress.reach(static_cast<std::size_t>(scanner.place() - begin));
-        if (delimiter == ',' && addQuotedRow(scanner, builder)) continue;
+        if (delimiter == ',' && toldOf == 0 && addQuotedRow(scanner, builder)) continue;
         const std::size_t line = scanner.line();
         const std::vector<std::string_view>& cells = scanner.takeRecord();
         reportStrayText(scanner, delimiter, builder, log);
         // An empty line is no row, but in a log of one column it is an empty cell.
         if (isBlankLine(cells) && builder.columnCount() > 1) continue;
-        builder.addRow(line, cells, scanner.room());
+        if (cells.size() == toldOf)
+            builder.addWholeRow(line, cells.data(), cells.size(), scanner.room());
+        else
+            builder.addRow(line, cells, scanner.room());
     }
     if (scanner.openQuoteLine() != 0) {
         log.report([&]() -> Problem {

@@ -8,6 +8,17 @@
 
 namespace vek::formats {
 
+unsigned addColumn(Log& log, std::string_view name, DBFieldTypes::eType type) {
+    const unsigned column = log.table->addField({cellText(name), type});
+    if (column != noColumn) return column;
+    refuseFurtherColumn(log.name, name);
+}
+
+void refuseFurtherColumn(const std::string& from, std::string_view name) {
+    throw Failure{unwritable, concat(from, ": no room for column ", inQuotes(name),
+                                     ", a log holds at most 65535")};
+}
+
 ColumnEdits::ColumnEdits(Log& log) : log_(log) {
     if (!log.parameter(columnMapName).empty()) map_.emplace(log);
 }
@@ -16,7 +27,7 @@ void ColumnEdits::add(const std::string& name, DBFieldTypes::eType type) {
     refuseTaken(name);
     if (type != DBFieldTypes::text) requireTypes();
     const unsigned before = log_.columnCount();
-    log_.table->addField({cellText(name), type});
+    addColumn(log_, name, type);
     if (map_ && log_.columnCount() > before) map_->added();
     store();
 }

@@ -2,12 +2,19 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "formats/log/column_map.h"
 #include "formats/log/log.h"
 
 namespace vek::formats {
+
+/// Adds a column behind the others, or finds the one that has the name. A Failure with `unwritable`
+/// where a log has as many as it can hold.
+unsigned addColumn(Log& log, std::string_view name, DBFieldTypes::eType type = DBFieldTypes::text);
+/// That Failure, for a column that came from the named log.
+[[noreturn]] void refuseFurtherColumn(const std::string& from, std::string_view name);
 
 struct NewName {
     unsigned column = 0;
@@ -16,7 +23,8 @@ struct NewName {
 };
 
 /// Edits the columns of a log, and with them the field map, which names columns by position. What
-/// cannot be is a Failure with wrongUsage, and nothing is changed then.
+/// cannot be is a Failure with wrongUsage, or with unwritable where there is no room, and nothing
+/// is changed then.
 class ColumnEdits {
 public:
     explicit ColumnEdits(Log& log);

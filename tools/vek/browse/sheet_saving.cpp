@@ -70,7 +70,7 @@ void Sheet::renameIn(Log& to) const {
         if (was != name) ColumnEdits(to).rename(column, was, name);
     }
     for (unsigned column = to.columnCount(); column < log_.columnCount(); ++column) {
-        to.table->addField({cellText(log_.columnName(column)), DBFieldTypes::text});
+        addColumn(to, log_.columnName(column));
     }
 }
 

@@ -18,4 +18,14 @@ std::string keyOf(const formats::Log& log, unsigned column) {
     return key;
 }
 
+void requireEachOnce(const formats::Log& log, std::vector<unsigned> columns, const char* what) {
+    std::sort(columns.begin(), columns.end());
+    const auto twice = std::adjacent_find(columns.begin(), columns.end());
+    if (twice == columns.end()) return;
+    throw formats::Failure{
+        formats::wrongUsage,
+        formats::concat(what, " names ", formats::inQuotes(log.columnName(*twice)),
+                        " twice, expected each column once")};
+}
+
 }  // namespace vek

@@ -5,6 +5,7 @@
 
 #include "formats/changing/file_names.h"
 #include "formats/text/letters.h"
+#include "host/posix/replacing/granted.h"
 
 namespace vek {
 
@@ -21,6 +22,23 @@ void requireNoInput(const char* command, const std::vector<std::string>& inputs,
     if (!isInput(inputs, output)) return;
     throw Failure{wrongUsage, concat(command, ": ", output, " is a log that is read, and ", what,
                                      " would take its place; name another file")};
+}
+
+void requireNoBackupOver(const std::vector<std::string>& inputs, const std::string& output) {
+    const std::string backup = output + ".bak";
+    for (const std::string& input : inputs) {
+        if (!isSameFile(input, backup) || isSameFile(input, output)) continue;
+        throw Failure{unwritable,
+                      concat(backup, ": is a log that is read, and --backup would put the old ",
+                             output, " in its place; give it another name first")};
+    }
+}
+
+void requireWritable(const std::string& path) {
+    if (path.empty() || path == "-") return;
+    FileReplacement file;
+    if (!file.find(path.c_str())) refuse(path, file);
+    if (const int error = errorOfRights(path)) refuse(path, error);
 }
 
 bool isTaken(const std::string& path) {
@@ -62,7 +80,25 @@ fs::path behindLinks(fs::path path) {
     return path;
 }
 
+[[noreturn]] void refuseFolder(const fs::path& folder, const std::error_code& error) {
+    throw Failure{unwritable,
+                  concat(folder.native(), ": cannot be made a folder, ", error.message())};
+}
+
 }  // namespace
+
+void requireMakeable(const std::string& path) {
+    const fs::path folder = fs::path(path).parent_path();
+    std::error_code error;
+    if (folder.empty() || fs::is_directory(folder, error)) return requireWritable(path);
+    const fs::path known = firstThere(folder);
+    if (!known.empty() && !fs::is_directory(known, error)) {
+        refuseFolder(folder, std::make_error_code(std::errc::not_a_directory));
+    }
+    requireNoForeignLink(known);
+    if (const int rights = errorOfRights((known / "file").native()))
+        refuse(folder.native(), rights);
+}
 
 void makeFolderOf(const std::string& path) {
     const fs::path folder = fs::path(path).parent_path();
@@ -70,9 +106,7 @@ void makeFolderOf(const std::string& path) {
     if (folder.empty() || fs::is_directory(folder, error)) return;
     requireNoForeignLink(firstThere(folder));
     fs::create_directories(folder, error);
-    if (!error) return;
-    throw Failure{unwritable,
-                  concat(folder.native(), ": cannot be made a folder, ", error.message())};
+    if (error) refuseFolder(folder, error);
 }
 
 std::string placeOf(const std::string& path) {

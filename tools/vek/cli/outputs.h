@@ -17,6 +17,15 @@ bool isInput(const std::vector<std::string>& inputs, const std::string& output);
 void requireNoInput(const char* command, const std::vector<std::string>& inputs,
                     const std::string& output, const char* what);
 
+/// A Failure where --backup would keep the old file of the output in the place of a log that is
+/// read.
+void requireNoBackupOver(const std::vector<std::string>& inputs, const std::string& output);
+
+/// A Failure where the file could not be written, as far as that can be known without doing it:
+/// for dry runs. Folders that are not there have to be, or with the second are made.
+void requireWritable(const std::string& path);
+void requireMakeable(const std::string& path);
+
 /// Whether anything has a name, a link that leads nowhere included.
 bool isTaken(const std::string& path);
 

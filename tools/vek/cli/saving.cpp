@@ -2,8 +2,10 @@
 
 #include <numeric>
 
+#include "tools/vek/cli/outputs.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/say.h"
 #include "tools/vek/cli/terminal.h"
 #include "tools/vek/cli/writing.h"
 
@@ -16,18 +18,19 @@ Held heldForBackup(const std::string& path) {
     return path != "-" && isThere(path) ? holdFile(path) : nullptr;
 }
 
-// What a real one would find out before it writes: nothing is made, locked or changed by that.
-void requireFindable(const std::string& path) {
-    FileReplacement file;
-    if (path != "-" && !file.find(path.c_str())) refuse(path, file);
+void requireInputsKept(const std::string& path, const Args& args) {
+    std::vector<std::string> inputs = args.all("FILE");
+    inputs.insert(inputs.end(), args.all("OTHER").begin(), args.all("OTHER").end());
+    requireNoBackupOver(inputs, path);
 }
 
 Printout outputTo(const std::string& path, const Log& log, const Args& args) {
+    const bool backup = args.has("backup");
+    if (backup) requireInputsKept(path, args);
     if (args.has("dry-run")) {
-        requireFindable(path);
+        requireWritable(path);
         return Printout::trial(path);
     }
-    const bool backup = args.has("backup");
     const bool isOther = args.has("output");
     Held held = log.held || !backup || !isOther ? log.held : heldForBackup(path);
     return Printout(path, held, backup);
@@ -123,6 +126,16 @@ void saveResult(const Log& log, const Args& args) {
     std::vector<unsigned> rows(log.rowCount());
     std::iota(rows.begin(), rows.end(), 0u);
     saveResult(log, rows, args);
+}
+
+bool goesToStandardOutput(const Args& args) {
+    return args.text(args.has("output") ? "output" : "FILE") == "-";
+}
+
+int finishUnmatched(const Log& log, const char* outcome, const Args& args) {
+    if (goesToStandardOutput(args)) saveResult(log, args);
+    say(concat(log.name, ": no row matches, ", outcome));
+    return found;
 }
 
 void printRows(const Log& log, const std::vector<unsigned>& rows) {

@@ -31,6 +31,13 @@ void saveResult(const Log& log, const std::vector<unsigned>& rows, const Args& a
 /// All of them.
 void saveResult(const Log& log, const Args& args);
 
+/// Whether what is saved is printed, by the words.
+bool goesToStandardOutput(const Args& args);
+
+/// Where no row matches: says so, and what that means. No file is written; who reads the standard
+/// output gets the log as it came. Answers the exit code.
+int finishUnmatched(const Log& log, const char* outcome, const Args& args);
+
 /// Writes rows of a log to an output, as -o does: what is written in the log's own format keeps the
 /// form that the log came in, unless the options of style say something else. The output is not
 /// closed. The log was read to be copied.

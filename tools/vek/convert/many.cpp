@@ -203,6 +203,7 @@ private:
 };
 
 int listed(const std::vector<Job>& jobs, const Args& args) {
+    for (const Job& job : jobs) requireMakeable(job.output);
     Printout out;
     for (const Job& job : jobs) out.line(concat(job.input, " -> ", job.output));
     out.close();

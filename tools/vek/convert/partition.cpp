@@ -204,6 +204,7 @@ private:
         std::vector<unsigned> columns;
         for (const std::string& name : wish_.names) columns.push_back(log.requireColumn(name));
         isMissing_ = false;
+        requireEachOnce(log, columns, "convert: --partition");
         if (titles_.empty()) name(log, columns);
         if (!batch_) batch_.emplace(titles_);
         batch_->add(log, columns);
@@ -269,6 +270,7 @@ private:
     }
 
     void plan(const Piece& piece) {
+        requireMakeable(piece.path);
         ++files_;
         planned_.push_back({piece.path, piece.rows.size()});
     }

@@ -1,5 +1,6 @@
 #include "tools/vek/timecode/lengths.h"
 
+#include "formats/log/column_edits.h"
 #include "formats/text/written_names.h"
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/timecode_form.h"
@@ -18,9 +19,7 @@ unsigned columnOrNew(Log& log, const std::string& name) {
     if (std::optional<WrittenName> inner = unbracketed(name)) {
         return inner->turn > 0 ? log.requireColumn(name) : columnOrNew(log, inner->name);
     }
-    column = log.table->addField({cellText(name), DBFieldTypes::text});
-    if (column != noColumn) return column;
-    throw Failure{unwritable, log.name + ": there is no room for a column " + inQuotes(name)};
+    return addColumn(log, name);
 }
 
 void durations(Work& work, const RangeColumns& pair, unsigned into, bool asFrames) {

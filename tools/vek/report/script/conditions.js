@@ -2,6 +2,9 @@
 
 const operators = ["==", "!=", "<=", ">=", "<", ">", "~", "="];
 
+// What other languages write for one of ours.
+const foreignOperators = { "<>": "!=", "><": "!=", "=>": ">=", "=<": "<=", "=~": "~" };
+
 const operatorAt = (text, at) => operators.find((operator) => text.startsWith(operator, at));
 
 // "[c<d]#2" at the front of a text: the name, which one of that name, and how long it is written.
@@ -43,6 +46,11 @@ function findColumn(log, wanted) {
 function conditionOf(log, name, operator, value) {
     const column = findColumn(log, name);
     if (!column) return null;
+    const foreign = operator.length === 1 ? operator + value.slice(0, 1) : "";
+    if (Object.hasOwn(foreignOperators, foreign)) {
+        throw new Error(`there is no comparison ${foreign}: write ` +
+                        `${name}${foreignOperators[foreign]}${value.slice(1)}`);
+    }
     const isEmptyTest = operator === "=" && value === "";
     return { column, operator: isEmptyTest ? "empty" : operator, value };
 }
