@@ -59,8 +59,7 @@ struct Around {
 class FcpxmlReader {
 public:
     FcpxmlReader(const XmlDocument& document, const LineIndex& lines, std::size_t bytes, Log& log)
-        : document_(document),
-          lines_(lines),
+        : lines_(lines),
           log_(log),
           root_(document.root()),
           rows_(log, bytes, hasProject(root_, 0)) {}
@@ -564,7 +563,6 @@ private:
                       "clips, markers and keywords", "they are not read");
     }
 
-    const XmlDocument& document_;
     const LineIndex& lines_;
     Log& log_;
     XmlElement root_;
