@@ -15,6 +15,7 @@ Findings findingsOf(const std::string& path, const Args& args) {
     const Opening opening = openingFrom(args);
     Input input(path, opening);
     Log log = openLog(input, path, opening);
+    requireUse(log, args);
     noteRead(log.bytesRead);
     return findingsOf(log, input, wantedGauge(args));
 }

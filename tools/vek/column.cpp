@@ -148,7 +148,7 @@ int renameColumns(Log& log, const Args& args) {
     const bool isTrial = args.has("dry-run");
     if (isTrial) printNames(names, args);
     if (!names.empty()) ColumnEdits(log).rename(names);
-    saveInPlace(log, args);
+    saveResult(log, args);
     if (names.empty() && !isTrial)
         say(log.name + ": no column's name changes, nothing is renamed");
     else
@@ -164,7 +164,7 @@ int renameColumn(Log& log, const Args& args) {
     ColumnEdits(log).rename(column, name.was, name.to);
     const bool isTrial = args.has("dry-run");
     if (isTrial) printNames({name}, args);
-    saveInPlace(log, args);
+    saveResult(log, args);
     if (isTrial) say(log.name + ": 1 column would be renamed");
     return done;
 }
@@ -208,7 +208,7 @@ int finish(const InPlace& now, const std::vector<unsigned>& seen,
            const std::vector<std::string>& before, const Args& args) {
     const bool isTrial = args.has("dry-run");
     if (isTrial) printColumns(before, described(now.log, seen), args);
-    saveInPlace(now, args);
+    saveResult(now, args);
     if (isTrial) say(now.log.name + ": these would be the columns, nothing is changed");
     return done;
 }
@@ -265,6 +265,7 @@ Command columnCommand() {
          {"FILE", "the log, changed in place; - reads standard input and prints"},
          {"WORD", "column names, for add and type the type, for rename a function", true, true}},
         join({{"-n,--dry-run", "", "list the columns before and after, change nothing"},
+              savingOption(),
               backupOption(),
               fromOption()},
              screenOptions()),

@@ -34,7 +34,7 @@ _vek() {
     lines=("${(@f)$(command vek complete zsh $(( $#words - CURRENT )) \
         -- "${(@Q)words[2,CURRENT-1]}" "${(Q)PREFIX}" "${(@Q)words[CURRENT+1,-1]}" 2>/dev/null)}")
     if [[ $lines[1] == file ]]; then
-        (( $#lines > 1 )) && compset -P '*='
+        (( $#lines > 1 )) && compset -P "${(b)lines[2]}"
         _files
         return
     fi

@@ -35,6 +35,10 @@ bool isFolder(const std::string& path) {
     return path != "-" && std::filesystem::is_directory(path, ignored) && !isDocumentFolder(path);
 }
 
+bool isNamedAsFolder(const std::string& path) {
+    return path.ends_with('/') && !isDocumentFolder(path);
+}
+
 std::vector<std::string> wordsOf(const Args& args) {
     std::vector<std::string> words = {args.text("IN")};
     if (args.has("OUT")) words.push_back(args.text("OUT"));
@@ -46,8 +50,9 @@ std::vector<std::string> wordsOf(const Args& args) {
 // "*.vek" may be two logs, and the second is not to be written in another format.
 bool isLogOfOtherFormat(const std::string& path, const Args& args) {
     std::error_code ignored;
-    if (!args.has("to") || !std::filesystem::is_regular_file(path, ignored)) return false;
-    const std::optional<Format> format = formatOfPath(path);
+    const std::string file = pathOfDocument(path);
+    if (!args.has("to") || !std::filesystem::is_regular_file(file, ignored)) return false;
+    const std::optional<Format> format = formatOfPath(file);
     return format && canRead(*format) && *format != targetNamed(args.text("to"));
 }
 
@@ -63,7 +68,7 @@ int convertMany(std::vector<std::string> words, const Args& args) {
     std::string output = args.text("output");
     const bool isIntoLast =
         output.empty() && words.size() > 1 &&
-        (isFolder(words.back()) || words.back().ends_with('/') ||
+        (isFolder(words.back()) || isNamedAsFolder(words.back()) ||
          (words.size() == 2 && isFolder(words.front()) && !isLogOfOtherFormat(words[1], args)));
     if (isIntoLast) {
         output = words.back();

@@ -217,9 +217,8 @@ Answers ask(const Question& question, const std::vector<std::string>& paths, con
 }
 
 std::size_t readCount(const Answers& answers) {
-    return static_cast<std::size_t>(
-        std::count_if(answers.begin(), answers.end(),
-                      [](const Answer& one) { return one.isAsked && one.failure.empty(); }));
+    return static_cast<std::size_t>(std::count_if(answers.begin(), answers.end(),
+                                                  [](const Answer& one) { return one.isRead(); }));
 }
 
 // Says what some logs have no column for, once for all that have none; a Failure where that is so
@@ -228,7 +227,8 @@ class MissingTold {
 public:
     void add(const Answer& answer, const std::vector<Missing>& missing) {
         for (const Missing& one : missing) {
-            auto [known, isNew] = kinds_[one.place].try_emplace(one.what, Kind{answer.name, one});
+            auto [known, isNew] =
+                kinds_[one.place].try_emplace(one.what, Kind{std::string(answer.name()), one});
             ++known->second.count;
         }
     }
@@ -271,10 +271,10 @@ void tellMissing(const Answers& answers, bool isOfColumns) {
     MissingTold told;
     std::size_t logs = 0;
     for (const Answer& answer : answers) {
-        if (!answer.isAsked || !answer.failure.empty()) continue;
+        if (!answer.isRead()) continue;
         if (isOfColumns && answer.foundCount() == 0) continue;
         ++logs;
-        told.add(answer, isOfColumns ? answer.columns : answer.conditions);
+        told.add(answer, isOfColumns ? answer.remarks().columns : answer.remarks().conditions);
     }
     told.tell(logs);
 }
@@ -282,8 +282,9 @@ void tellMissing(const Answers& answers, bool isOfColumns) {
 void tellEach(const Answers& answers) {
     for (const Answer& answer : answers) {
         noteRead(answer.bytes);
-        for (const std::string& text : answer.told) say(text);
-        if (!answer.failure.empty()) sayFailure(answer.failure);
+        for (const std::string& text : answer.remarks().told) say(text);
+        const std::string& failure = answer.remarks().failure;
+        if (!failure.empty()) sayFailure(failure);
     }
 }
 
@@ -371,7 +372,7 @@ Log logOfFiles(const Answers& answers, bool hasCounts) {
     for (const Answer& answer : answers) {
         if (answer.count == 0) continue;
         const std::string count = std::to_string(answer.count);
-        std::vector<std::string_view> cells = {answer.name};
+        std::vector<std::string_view> cells = {answer.name()};
         if (hasCounts) cells.push_back(count);
         builder.addRow(++row, cells);
     }
@@ -397,7 +398,7 @@ void printCounts(const Answers& answers, const Args& args, Printout& out) {
     const Grid grid{{{"File"}, {"Rows", true}},
                     logs.size(),
                     [&](std::size_t row, std::size_t column) -> std::string_view {
-                        if (column == 0) return logs[row]->name;
+                        if (column == 0) return logs[row]->name();
                         return count = std::to_string(logs[row]->count);
                     }};
     const Screen screen = screenOf(out, args);
@@ -414,9 +415,9 @@ void printFiles(const Answers& answers, const Args& args, Printout& out) {
     for (const Answer& answer : answers) {
         if (answer.count == 0) continue;
         if (hasZeros)
-            out.write(answer.name + std::string(1, '\0'));
+            out.write(concat(answer.name(), std::string_view("\0", 1)));
         else
-            out.line(answer.name);
+            out.line(answer.name());
     }
 }
 
@@ -443,7 +444,7 @@ void printRows(Answers& answers, const Question& question, const Args& args, Pri
 int resultOf(const Answers& answers, const LogFiles& files) {
     const bool isAllRead =
         files.areAll && std::all_of(answers.begin(), answers.end(), [](const Answer& answer) {
-            return answer.failure.empty() && answer.isWhole;
+            return answer.remarks().failure.empty() && answer.isWhole;
         });
     if (!isAllRead) return exitCodeOf(unreadable);
     return matchedRows(answers) == 0 ? found : done;

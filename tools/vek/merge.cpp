@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <optional>
 
 #include "formats/changing/merger.h"
 #include "formats/writing/writers.h"
@@ -22,15 +23,26 @@ Merger::Prefer preferOf(const Args& args) {
     return Merger::Prefer::report;
 }
 
-Format wantedTarget(const Args& args) {
+bool isPrinted(const Args& args) {
+    return !args.has("output") || args.text("output") == "-";
+}
+
+// Nothing where the first log says it.
+std::optional<Format> wantedTarget(const Args& args) {
     if (args.has("to")) return targetNamed(args.text("to"));
-    if (!args.has("output") || args.text("output") == "-") return Format::table;
+    if (isPrinted(args)) return {};
     return targetOfPath(args.text("output"), programTerms());
 }
 
-// A file in the first log's own format keeps its form.
+// What is only read becomes a table file.
+Format targetLike(const Log& first) {
+    const bool isWritten = isChangedInPlace(first.format) && first.format != Format::plainCsv;
+    return isWritten ? first.format : Format::table;
+}
+
+// What is written in the first log's own format keeps its form.
 bool isCopy(const Args& args) {
-    return !args.has("to") && hasTargetEnding(args.text("output"));
+    return !args.has("to") && (isPrinted(args) || hasTargetEnding(args.text("output")));
 }
 
 void write(const Log& log, Format target, const Args& args, Printout& out, Losses& losses) {
@@ -112,9 +124,10 @@ int run(const Args& args) {
     if (args.has("prefer") && !args.has("key")) {
         throw Failure{wrongUsage, "merge: --prefer is for rows of one key, expected --key"};
     }
-    const Format target = wantedTarget(args);
+    const std::optional<Format> wanted = wantedTarget(args);
     Held held = holdInput(paths, args.text("output"));
     Log into = isCopy(args) ? readLogToCopy(paths[0], args) : readLog(paths[0], args);
+    const Format target = wanted ? *wanted : targetLike(into);
     int result = readingResult(into);
     Telling telling;
     std::vector<Merger::Conflict> conflicts;
@@ -175,8 +188,10 @@ Command mergeCommand() {
              {"-o,--output", "OUT",
               "write this file; standard output as a rule; in the first log's own format it has "
               "that one's delimiter, encoding and line ends"},
-             {"--to", "FORMAT", "what to write; the ending of OUT as a rule", false,
-              writableFormats().c_str()},
+             {"--to", "FORMAT",
+              "what to write; the ending of OUT as a rule, on standard output the first log's "
+              "format",
+              false, writableFormats().c_str()},
              {"-f,--format", "FORMAT",
               "how conflicts are told: as text (as a rule), or as json on standard output", false,
               tellings},

@@ -1,6 +1,7 @@
 #include "tools/vek/report/page.h"
 
 #include "formats/reading/input.h"
+#include "tools/vek/cli/each_log.h"
 #include "tools/vek/cli/outputs.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"
@@ -34,9 +35,11 @@ void tellFindings(const Findings& findings) {
 }
 
 std::unique_ptr<page::LogOnPage> readForPage(const std::string& path, unsigned number,
-                                             const Opening& opening, const page::Wishes& wishes) {
+                                             const Args& args, const page::Wishes& wishes) {
+    const Opening opening = openingFrom(args);
     Input input(path, opening);
     Log log = openLog(input, path, opening);
+    requireUse(log, args);
     noteRead(log.bytesRead);
     Findings findings = findingsOf(log, input, *wishes.gauge);
     tellFindings(findings);
@@ -50,19 +53,21 @@ void requireOut(const Printout& out) {
 
 int run(const Args& args) {
     const page::Wishes wishes = wishesFrom(args);
-    const Opening opening = openingFrom(args);
     const std::vector<std::string>& paths = args.all("FILE");
     requireNoInput("report", paths, args.text("output"), "the page");
     Printout out(args.text("output"));
     requireOut(out);
     // The process ends with the command, and its memory with it, faster than row by row.
     static page::LogsOnPage& logs = *new page::LogsOnPage;
-    int result = done;
-    for (const std::string& path : paths) {
-        const auto number = static_cast<unsigned>(logs.size() + 1);
-        logs.push_back(readForPage(path, number, opening, wishes));
-        result = std::max(result, readingResult(logs.back()->log()));
-    }
+    const int result = forEachLog(
+        args,
+        [&](const Args& one) {
+            const auto number = static_cast<unsigned>(logs.size() + 1);
+            logs.push_back(readForPage(one.text("FILE"), number, args, wishes));
+            return readingResult(logs.back()->log());
+        },
+        [](const std::string&, const std::string&) {});
+    if (logs.empty()) return result;
     page::writePage(logs, out);
     out.close();
     return result;
@@ -81,7 +86,8 @@ Command reportCommand() {
         "CSV or as the vek command that makes it. Several logs have totals, too. Without script "
         "the page shows the first 1000 rows. Nothing in a log can become markup or script there. "
         "Ends "
-        "with 1 when a file was damaged.",
+        "with 1 when a file was damaged. Of several logs one that cannot be read is told, with 3, "
+        "and the page is made of the others.",
         {{"vek report samples/dailies.vek -o day.html", "a page of a day"},
          {"vek report samples/docs.vek samples/dailies.vek -o shoot.html",
           "several logs, and their totals"},

@@ -87,6 +87,9 @@ Words wordsOf(const Args& args) {
     all.pop_back();
     for (std::string& path : all) words.logs.push_back({std::move(path), {}});
     for (const std::string& text : args.all("as")) words.logs.push_back(namedPath(text));
+    if (trimmed(words.statements).empty()) {
+        throw Failure{wrongUsage, "sql: nothing is asked, expected SQL as the last word"};
+    }
     if (!words.logs.empty()) return words;
     throw Failure{wrongUsage,
                   "sql: found " + inQuotes(words.statements) +

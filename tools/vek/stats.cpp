@@ -179,7 +179,8 @@ std::vector<unsigned> groupColumns(const Log& log, const Args& args) {
     if (args.has("by")) return {log.requireColumn(args.text("by"))};
     std::vector<unsigned> columns = clipGroupColumns(log);
     if (!columns.empty()) return columns;
-    throw Failure{wrongUsage, log.name + ": no column Reel, Tape or Scene, expected --by COLUMN"};
+    throw Failure{
+        wrongUsage, log.name, {0, "", "no column Reel, Tape or Scene", "--by COLUMN", ""}};
 }
 
 // One object, with a table for each column.

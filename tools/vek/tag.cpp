@@ -223,7 +223,7 @@ Command untagCommand() {
         {{"vek untag log.vek", "no row is tagged any more"},
          {"vek untag log.vek --where Reel=B001", "only the tags of a reel go"}},
         {{"FILE", "the log, changed in place; - reads standard input and prints"}},
-        join(choosingOptions(), {dryRunOption(), backupOption(), fromOption()}),
+        join(choosingOptions(), {everyOption(), dryRunOption(), backupOption(), fromOption()}),
         runUntag,
     };
 }

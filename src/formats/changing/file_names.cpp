@@ -5,6 +5,7 @@
 #include <system_error>
 #include <utility>
 
+#include <vekdb/host/text_util.h>
 #include "formats/failure.h"
 #include "formats/text/letters.h"
 #include "formats/text/width.h"
@@ -40,10 +41,35 @@ std::string safe(std::string_view value) {
     return std::string(cut(out, longestValue));
 }
 
+// Some systems open a device by these names, whatever stands behind a point: "con.csv", too.
+bool isDevice(std::string_view name) {
+    std::string stem(name.substr(0, name.find('.')));
+    std::transform(stem.begin(), stem.end(), stem.begin(), asciiLower<char>);
+    if (stem == "con" || stem == "prn" || stem == "aux" || stem == "nul") return true;
+    if (!stem.starts_with("com") && !stem.starts_with("lpt")) return false;
+    const std::string_view number = std::string_view(stem).substr(3);
+    return (number.size() == 1 && isAsciiDigit(number[0])) || number == "\u00B9" ||
+           number == "\u00B2" || number == "\u00B3";
+}
+
 }  // namespace
 
 void FileNameBuilder::addText(std::string_view text) {
-    name_.path += text;
+    for (char c : text) {
+        if (c == '/') endPart();
+        name_.path += c;
+        if (c == '/') begin_ = name_.path.size();
+    }
+}
+
+// What a person wrote without a value stands as it is.
+void FileNameBuilder::endPart() {
+    const std::string_view part = std::string_view(name_.path).substr(begin_);
+    if (hasValue_ && isDevice(part)) {
+        name_.path.insert(begin_ + std::min(part.find('.'), part.size()), 1, '_');
+        name_.isAsMeant = false;
+    }
+    hasValue_ = false;
 }
 
 void FileNameBuilder::addValue(std::string_view value) {
@@ -56,9 +82,11 @@ void FileNameBuilder::addValue(std::string_view value) {
     }
     name_.isAsMeant = name_.isAsMeant && part == value;
     name_.path += part;
+    hasValue_ = true;
 }
 
 FileName FileNameBuilder::take() {
+    endPart();
     return std::move(name_);
 }
 

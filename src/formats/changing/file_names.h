@@ -23,9 +23,12 @@ public:
     FileName take();
 
 private:
-    bool isAtStart() const { return name_.path.empty() || name_.path.ends_with('/'); }
+    bool isAtStart() const { return name_.path.size() == begin_; }
+    void endPart();
 
     FileName name_;
+    std::size_t begin_ = 0;  // of what stands behind the last slash
+    bool hasValue_ = false;  // whether a value is in that
 };
 
 /// Names that were given, so that none is given twice, also where case is ignored and where

@@ -8,6 +8,7 @@
 #include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/timecode.h>
 #include "formats/choosing/select.h"
+#include "formats/comparing/timecode_marks.h"
 #include "formats/log/column_edits.h"
 #include "formats/log/column_names.h"
 #include "formats/reading/limits.h"
@@ -158,6 +159,10 @@ void Merger::addColumns(const Log& from) {
         const bool isConverted = differInForm(from.table->get_field_type(i), type);
         columns_.push_back({places[i], type, isConverted, {}});
         standTogether_ = standTogether_ && places[i] == i && !isConverted;
+        if (isConverted) continue;
+        if (const auto other = otherTimecodes(from, i, into_, places[i])) {
+            note_(worded(from.name, *other));
+        }
     }
     theirs_.assign(columns_.size(), {});
     ours_.assign(into_.columnCount(), {});

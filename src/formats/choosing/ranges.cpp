@@ -9,6 +9,7 @@
 #include <vekdb/host/text_util.h>
 #include "formats/text/text_lines.h"
 #include "formats/timecode/clip_columns.h"
+#include "formats/timecode/counting.h"
 
 namespace vek::formats {
 
@@ -77,6 +78,43 @@ bool isOfTable(const Log& log, unsigned column) {
     return log.table->isSpecialLabelField(column);
 }
 
+bool isPastMidnight(std::string_view cell) {
+    const std::optional<Timecode> code = parseTimecode(cell);
+    return code && code->hours > 23;
+}
+
+// Whether the log goes on counting behind 23:59:59.
+bool countsOn(const Log& log, const std::vector<RangeColumns>& pairs) {
+    for (unsigned row = 0; row < log.rowCount(); ++row) {
+        for (const RangeColumns& pair : pairs) {
+            if (isPastMidnight(log.cell(row, pair.start)) ||
+                isPastMidnight(log.cell(row, pair.end))) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+[[noreturn]] void refuseTime(const Log& log, const std::string& code, std::string expected) {
+    throw Failure{wrongUsage,
+                  log.name,
+                  {0, "", concat(log.opening.terms->at, " ", inQuotes(code)), std::move(expected),
+                   "no row can hold it"}};
+}
+
+// A time that no clip of the log can have was mistyped.
+void requireTime(const Log& log, const std::vector<RangeColumns>& pairs, const Timecode& time,
+                 const std::string& code) {
+    if (time.hours > 23 && !countsOn(log, pairs)) {
+        refuseTime(log, code, "a time before 24:00:00:00, as all of the log are");
+    }
+    const LogCounting counting(log);
+    const bool isKnown = counting.nominal() > 0 && counting.rateColumn() == noColumn;
+    if (!isKnown || isCounted(time, counting.nominal())) return;
+    refuseTime(log, code, concat("a frame that is there at ", rateText(*counting.rate())));
+}
+
 template <class Holds>
 RowTest testOfPairs(const Log& log, std::vector<RangeColumns> pairs, Holds holds) {
     return [&log, pairs = std::move(pairs), holds](unsigned row) {
@@ -109,6 +147,7 @@ RowTest codeTest(const Log& log, const std::string& code) {
              ""}};
     }
     if (time) {
+        requireTime(log, pairs, *time, code);
         return testOfPairs(log, std::move(pairs), [order = time->order()](auto start, auto end) {
             return isOnTime(start, end, order);
         });

@@ -7,6 +7,7 @@
 #include "formats/choosing/select.h"
 #include "formats/comparing/row_contents.h"
 #include "formats/comparing/row_groups.h"
+#include "formats/comparing/timecode_marks.h"
 #include "formats/log/column_names.h"
 
 namespace vek::formats {
@@ -95,6 +96,9 @@ LogComparison columnsOf(const Log& a, const Log& b) {
         }
         found.shared.push_back({i, others[i]});
         isShared[others[i]] = 1;
+        if (const auto other = otherTimecodes(b, others[i], a, i)) {
+            found.notes.push_back(worded(b.name, *other));
+        }
     }
     for (unsigned i = 0; i < b.columnCount(); ++i) {
         if (!isShared[i]) found.onlyInB.push_back(i);

@@ -1,5 +1,8 @@
 #include "tools/vek/cli/choosing.h"
 
+#include "formats/choosing/ranges.h"
+#include "tools/vek/cli/reading.h"
+
 namespace vek {
 
 std::vector<Option> choosingOptions() {
@@ -40,6 +43,7 @@ Selection selectionFrom(const Args& args) {
     selection.where = args.all("where");
     selection.any = args.has("any");
     selection.at = args.text("at");
+    if (args.has("at")) requireCode(selection.at, programTerms());
     selection.tagged = args.has("tagged");
     selection.unique = args.text("unique");
     selection.duplicates = args.text("duplicates");

@@ -206,11 +206,19 @@ public:
 private:
     void optionOrValue() {
         const std::size_t equals = word_.find('=');
+        if (!word_.starts_with("--") && word_.size() > 2) return valueBehindLetter();
         const Option* option = line_.optionNamed(word_.substr(0, equals));
         const bool isBeforeValue = word_.starts_with("--") && equals != std::string::npos;
         if (!isBeforeValue) return options();
         if (option == nullptr || *option->value == '\0') return;
         value(*option, word_.substr(0, equals + 1), word_.substr(equals + 1));
+    }
+
+    // "-wReel=": the value stands behind the letter.
+    void valueBehindLetter() {
+        const Option* option = line_.optionNamed(word_.substr(0, 2));
+        if (option == nullptr || *option->value == '\0') return options();
+        value(*option, word_.substr(0, 2), word_.substr(2));
     }
 
     void options() {
@@ -232,6 +240,7 @@ private:
         if (*option.suggestions != '\0') return choices(front, option.suggestions);
         const std::string_view what = option.value;
         if (what == "OUT") return files(front);
+        if (what == "NAME" && longName(option) == "--output") return fileName(front, text);
         named(what, front, text);
     }
 
@@ -361,6 +370,13 @@ private:
         const std::string front = text.substr(0, text.size() - last.size());
         const bool isOne = front.empty();
         columnsWithSign(front, last, ",=~", isOne ? "=" : "~", isOne ? "={" : "~s/");
+    }
+
+    // "day_{Re": a file may be named by columns.
+    void fileName(const std::string& front, const std::string& text) {
+        const std::size_t open = text.rfind('{');
+        const bool isOpen = open != std::string::npos && text.find('}', open) == std::string::npos;
+        isOpen ? columnInBraces(front + text, front.size()) : files(front);
     }
 
     // "Name={Sce": the columns that a value is made of.

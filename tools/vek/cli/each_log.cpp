@@ -13,6 +13,11 @@ bool hasSeveral(const Args& args) {
     return args.all("FILE").size() > 1;
 }
 
+bool isOfOneLog(const Failure& failure) {
+    return failure.kind == unreadable ||
+           (failure.kind == wrongUsage && !failure.reason.file.empty());
+}
+
 int forEachLog(const Args& args, const std::function<int(const Args& one)>& tell,
                const std::function<void(const std::string& path, const std::string& why)>& failed) {
     int result = done;
@@ -22,10 +27,10 @@ int forEachLog(const Args& args, const std::function<int(const Args& one)>& tell
         try {
             result = std::max(result, tell(one));
         } catch (const Failure& failure) {
-            if (failure.kind != unreadable) throw;
+            if (!isOfOneLog(failure)) throw;
             sayFailure(failure.text);
             failed(path, failure.text);
-            result = std::max(result, exitCodeOf(unreadable));
+            result = std::max(result, exitCodeOf(failure.kind));
         }
     }
     return result;

@@ -14,8 +14,12 @@ namespace vek {
 /// Whether the words name several logs.
 bool hasSeveral(const Args& args);
 
+/// Whether a failure leaves other logs to be told of: one that could not be read, or that has no
+/// such column as was asked for.
+bool isOfOneLog(const Failure& failure);
+
 /// Does something with each of FILE, with the words that name it alone; what is wrong with one is
-/// said, and told to `failed`, where it could not be read. Answers the greatest exit code.
+/// said, and told to `failed`, where it is of that one alone. Answers the greatest exit code.
 int forEachLog(const Args& args, const std::function<int(const Args& one)>& tell,
                const std::function<void(const std::string& path, const std::string& why)>& failed);
 

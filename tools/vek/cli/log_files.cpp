@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <optional>
 #include <set>
 #include <system_error>
@@ -147,8 +148,8 @@ Option filesFromOption() {
 
 LogFiles logFilesFrom(std::vector<std::string> paths, const Args& args) {
     if (args.has("files-from")) {
-        const std::vector<std::string> listed = pathsOfList(args.text("files-from"));
-        paths.insert(paths.end(), listed.begin(), listed.end());
+        std::vector<std::string> listed = pathsOfList(args.text("files-from"));
+        std::move(listed.begin(), listed.end(), std::back_inserter(paths));
     }
     return logFilesIn(paths, args);
 }

@@ -80,19 +80,6 @@ std::size_t countOfLogs(const Args& args) {
     return count;
 }
 
-// What would change nothing was meant to do something. Of several logs one may have need of it;
-// of the others it is told.
-void requireUse(const Log& log, const Args& args) {
-    static std::map<std::string_view, std::size_t> idle;
-    for (const ReadingOption& option : readingOptions) {
-        if (!args.has(option.name) || isFor(option, log.format)) continue;
-        const std::string text = concat(log.name, ": --", option.name, " is for ", option.what,
-                                        ", and this is ", formatName(log.format));
-        if (++idle[option.name] >= countOfLogs(args)) throw Failure{wrongUsage, text};
-        say(text);
-    }
-}
-
 Log told(Log log) {
     noteRead(log.bytesRead);
     tellProblems(log);
@@ -105,6 +92,19 @@ Log told(Log log, const Args& args) {
 }
 
 }  // namespace
+
+// What would change nothing was meant to do something. Of several logs one may have need of it;
+// of the others it is told.
+void requireUse(const Log& log, const Args& args) {
+    static std::map<std::string_view, std::size_t> idle;
+    for (const ReadingOption& option : readingOptions) {
+        if (!args.has(option.name) || isFor(option, log.format)) continue;
+        const std::string text = concat(log.name, ": --", option.name, " is for ", option.what,
+                                        ", and this is ", formatName(log.format));
+        if (++idle[option.name] >= countOfLogs(args)) throw Failure{wrongUsage, text};
+        say(text);
+    }
+}
 
 const Terms& programTerms() {
     return terms;

@@ -1,7 +1,5 @@
 #include "tools/vek/cli/saving.h"
 
-#include <numeric>
-
 #include "tools/vek/cli/outputs.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"
@@ -36,19 +34,18 @@ Printout outputTo(const std::string& path, const Log& log, const Args& args) {
     return Printout(path, held, backup);
 }
 
-void saveElsewhere(const Log& log, const std::vector<unsigned>& rows, const Args& args) {
+void saveElsewhere(const InPlace& now, const Args& args) {
+    const Log& log = now.log;
     requireWhole(log);
     const std::string path = args.text("output");
     const Format target = path == "-" ? targetOf(log) : targetFor(log, path);
     Printout out = outputTo(path, log, args);
     Losses losses;
     if (target == log.format && isChangedInPlace(target)) {
-        InPlace now(log);
-        now.rows = rows;
         writeInPlace(now, false, out, losses);
     } else {
         const WriteStyle style{log.lineEnd, log.beganWithMark};
-        writeSheet({log, viewOf(log, rows), allColumns(log)}, target, style, out, losses);
+        writeSheet({log, viewOf(log, now.rows), now.columns}, target, style, out, losses);
     }
     out.close();
     tellLosses(losses, out.name());
@@ -113,19 +110,18 @@ void saveInPlace(const Log& log, const std::vector<unsigned>& rows, const Args& 
     saveInPlace(now, args);
 }
 
+void saveResult(const InPlace& now, const Args& args) {
+    args.has("output") ? saveElsewhere(now, args) : saveInPlace(now, args);
+}
+
 void saveResult(const Log& log, const std::vector<unsigned>& rows, const Args& args) {
-    if (!args.has("output")) {
-        saveInPlace(log, rows, args);
-        return;
-    }
-    saveElsewhere(log, rows, args);
+    InPlace now(log);
+    now.rows = rows;
+    saveResult(now, args);
 }
 
 void saveResult(const Log& log, const Args& args) {
-    if (!args.has("output")) return saveInPlace(log, args);
-    std::vector<unsigned> rows(log.rowCount());
-    std::iota(rows.begin(), rows.end(), 0u);
-    saveResult(log, rows, args);
+    saveResult(InPlace(log), args);
 }
 
 bool goesToStandardOutput(const Args& args) {

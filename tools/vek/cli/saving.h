@@ -30,6 +30,8 @@ void saveInPlace(const Log& log, const std::vector<unsigned>& rows, const Args& 
 void saveResult(const Log& log, const std::vector<unsigned>& rows, const Args& args);
 /// All of them.
 void saveResult(const Log& log, const Args& args);
+/// With these columns.
+void saveResult(const InPlace& now, const Args& args);
 
 /// Whether what is saved is printed, by the words.
 bool goesToStandardOutput(const Args& args);

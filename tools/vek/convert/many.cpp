@@ -7,6 +7,8 @@
 
 #include "formats/changing/file_names.h"
 #include "formats/packed/packed.h"
+#include "formats/reading/documents.h"
+#include "tools/vek/cli/each_log.h"
 #include "tools/vek/cli/log_files.h"
 #include "tools/vek/cli/outputs.h"
 #include "tools/vek/cli/pieces.h"
@@ -45,6 +47,14 @@ bool hasFurtherNames(const std::string& path) {
     return !error && count > 1;
 }
 
+// Of a folder that stands for a document that one.
+fs::path named(const fs::path& file) {
+    const fs::path folder = file.parent_path();
+    const bool isDocument =
+        isDocumentFolder(folder.native()) && pathOfDocument(folder.native()) == file.native();
+    return isDocument ? folder : file;
+}
+
 std::vector<std::string> inputsOf(const std::vector<Job>& jobs) {
     std::vector<std::string> inputs;
     for (const Job& job : jobs) inputs.push_back(job.input);
@@ -63,8 +73,10 @@ public:
         std::error_code error;
         const bool isFolder = path != "-" && fs::is_directory(path, error);
         for (const std::string& file : files.paths) {
-            std::string name = fs::path(file).filename().native();
-            if (isFolder) name = fs::path(file).lexically_relative(path).native();
+            const fs::path whole = named(file);
+            const bool isBelow = isFolder && !isDocumentFolder(path);
+            std::string name =
+                (isBelow ? whole.lexically_relative(path) : whole.filename()).native();
             if (file == "-") name = "standard input";
             add(file, name);
         }
@@ -82,7 +94,7 @@ public:
 
 private:
     void add(const std::string& file, const std::string& name) {
-        const fs::path folder = output_.empty() ? fs::path(file).parent_path() : fs::path(output_);
+        const fs::path folder = output_.empty() ? named(file).parent_path() : fs::path(output_);
         const fs::path below = output_.empty() ? fs::path(name).filename() : fs::path(name);
         const std::string ending = outputName(below.filename().native(), target_);
         jobs_.push_back({file, (folder / below.parent_path() / ending).native()});
@@ -161,9 +173,9 @@ public:
             write(job);
             ++written_;
         } catch (const Failure& failure) {
-            if (failure.kind != unreadable) refuse(failure);
+            if (!isOfOneLog(failure)) refuse(failure);
             sayFailure(failure.text);
-            result_ = exitCodeOf(unreadable);
+            result_ = std::max(result_, exitCodeOf(failure.kind));
         }
     }
 
@@ -179,14 +191,14 @@ public:
 
 private:
     void write(const Job& job) {
-        const Log log = readLog(job.input, openingFrom(args_));
+        const Log log = readLog(job.input, args_);
         makeFolderOf(job.output);
         Printout out(job.output, args_.has("overwrite") ? nullptr : holdNewFile(job.output));
         Losses losses;
         writeSheet(wholeSheet(log), target_, styleFrom(args_, target_), out, losses);
         out.close();
         if (losses.count() > 0 && ++lossy_ <= mostLossy) tellLosses(losses, out.name());
-        if (result_ == done) result_ = readingResult(log);
+        result_ = std::max(result_, readingResult(log));
     }
 
     [[noreturn]] void refuse(const Failure& failure) const {
@@ -194,7 +206,7 @@ private:
                                            counted(total_, "file"), " were written before")};
     }
 
-    const Args& args_;
+    Args args_;
     Format target_;
     std::size_t total_;
     std::size_t written_ = 0;
@@ -224,7 +236,9 @@ int convertEach(const std::vector<std::string>& paths, const std::string& output
     for (const std::string& path : paths) plan.add(path);
     plan.require();
     if (args.has("dry-run")) return listed(plan.jobs(), args);
-    Converter converter(args, plan.jobs().size());
+    Args each = args;
+    each.set("IN", inputsOf(plan.jobs()));
+    Converter converter(each, plan.jobs().size());
     for (const Job& job : plan.jobs()) converter.convert(job);
     converter.tellEnd();
     return plan.areAll() ? converter.result() : exitCodeOf(unreadable);

@@ -175,7 +175,7 @@ public:
     /// A log that has no such columns is left out, and told.
     void read(const std::string& path) {
         try {
-            const Log log = readLog(path, openingFrom(args_));
+            const Log log = readLog(path, args_);
             add(log);
             if (!log.notRead.empty()) result_ = exitCodeOf(unreadable);
         } catch (const Failure& failure) {
@@ -331,7 +331,9 @@ private:
 int partitionLogs(const std::vector<std::string>& paths, const Args& args) {
     const Wish wish = wishFrom(args);
     const LogFiles files = logFilesIn(paths, args);
-    Partition partition(wish, args);
+    Args each = args;
+    each.set("IN", files.paths);
+    Partition partition(wish, each);
     for (const std::string& path : files.paths) partition.read(path);
     const int result = partition.end();
     return files.areAll ? result : exitCodeOf(unreadable);

@@ -23,8 +23,8 @@ void Result::add(std::size_t number, std::size_t limit) {
     parts_.push_back({number, rowCount_});
     rowCount_ += count;
     std::vector<std::size_t>& places = placesIn_[number];
-    for (std::size_t i = 0; i < answer.has.size(); ++i) {
-        const std::size_t column = columnOf(answer.has[i]);
+    for (std::size_t i = 0; i < answer.has().size(); ++i) {
+        const std::size_t column = columnOf(answer.has()[i]);
         if (column >= places.size()) places.resize(column + 1, 0);
         places[column] = i + 1;
     }

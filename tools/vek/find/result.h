@@ -23,7 +23,7 @@ public:
     const std::string& title(std::size_t column) const { return titles_[column]; }
     /// Whether a log that has rows here has the column.
     bool isKnown(std::size_t column) const { return isKnown_[column]; }
-    const std::string& fileOf(std::size_t row) const { return answers_[answerOf(row)].name; }
+    std::string_view fileOf(std::size_t row) const { return answers_[answerOf(row)].name(); }
     /// Which of the answers a row is of; those of one stand together.
     std::size_t answerOf(std::size_t row) const { return partOf(row).answer; }
     FoundRow row(std::size_t row) const;

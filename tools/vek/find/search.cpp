@@ -23,12 +23,13 @@ Missing missing(std::size_t place, const Failure& failure) {
 // Of many logs the first thing that is wrong with one is enough.
 void noteProblems(const Log& log, Answer& answer) {
     const std::size_t count = log.problems.size() + log.moreProblems;
-    if (!log.problems.empty()) answer.told.push_back(worded(log.name, log.problems.front()));
+    if (!log.problems.empty())
+        answer.remark().told.push_back(worded(log.name, log.problems.front()));
     if (count > 1) {
-        answer.told.push_back(concat(log.name, ": ", std::to_string(count - 1),
-                                     " more like this; vek check lists them"));
+        answer.remark().told.push_back(concat(log.name, ": ", std::to_string(count - 1),
+                                              " more like this; vek check lists them"));
     }
-    if (!log.notRead.empty()) answer.told.push_back(log.notRead);
+    if (!log.notRead.empty()) answer.remark().told.push_back(log.notRead);
     answer.isWhole = log.notRead.empty();
 }
 
@@ -41,51 +42,71 @@ std::size_t bytesOf(const Log& log, const VDBView& view, const std::vector<unsig
     return bytes;
 }
 
-// Assigning an empty one would keep the memory.
-template <class T>
-void letGo(T& held) {
-    T().swap(held);
-}
-
 }  // namespace
 
+const Answer::Remarks& Answer::remarks() const {
+    static const Remarks none;
+    return remarks_ ? *remarks_ : none;
+}
+
+Answer::Remarks& Answer::remark() {
+    if (!remarks_) remarks_ = std::make_unique<Remarks>();
+    return *remarks_;
+}
+
+void Answer::callOwn(const std::string& name) {
+    if (name != name_) ownName_ = name;
+}
+
+const std::vector<FoundColumn>& Answer::has() const {
+    static const std::vector<FoundColumn> none;
+    return found_ ? found_->has : none;
+}
+
+Answer::Found& Answer::found() {
+    if (!found_) found_ = std::make_unique<Found>();
+    return *found_;
+}
+
 std::size_t Answer::endOf(std::size_t cell) const {
-    const auto turns = std::upper_bound(turns_.begin(), turns_.end(), cell) - turns_.begin();
-    return (static_cast<std::size_t>(turns) << 32) + ends_[cell];
+    const auto& turns = found_->turns;
+    const auto behind = std::upper_bound(turns.begin(), turns.end(), cell) - turns.begin();
+    return (static_cast<std::size_t>(behind) << 32) + found_->ends[cell];
 }
 
 std::string_view Answer::cell(std::size_t row, std::size_t column) const {
-    const std::size_t at = row * has.size() + column;
+    const std::size_t at = row * found_->has.size() + column;
     const std::size_t begin = at == 0 ? 0 : endOf(at - 1);
-    return std::string_view(text_).substr(begin, endOf(at) - begin);
+    return std::string_view(found_->text).substr(begin, endOf(at) - begin);
+}
+
+void Answer::addColumn(FoundColumn column) {
+    found().has.push_back(std::move(column));
 }
 
 void Answer::addRow(FoundRow row) {
-    numbers_.push_back(row.number);
-    tags_.push_back(row.isTagged);
+    found().numbers.push_back(row.number);
+    found_->tags.push_back(row.isTagged);
 }
 
 void Answer::addCell(std::string_view cell) {
-    text_ += cell;
-    while (turns_.size() < text_.size() >> 32) turns_.push_back(ends_.size());
-    ends_.push_back(static_cast<std::uint32_t>(text_.size()));
+    Found& found = *found_;
+    found.text += cell;
+    while (found.turns.size() < found.text.size() >> 32) found.turns.push_back(found.ends.size());
+    found.ends.push_back(static_cast<std::uint32_t>(found.text.size()));
 }
 
 void Answer::reserve(std::size_t rows, std::size_t bytes) {
-    numbers_.reserve(rows);
-    tags_.reserve(rows);
-    text_.reserve(bytes);
-    ends_.reserve(rows * has.size());
+    found().numbers.reserve(rows);
+    found_->tags.reserve(rows);
+    found_->text.reserve(bytes);
+    found_->ends.reserve(rows * found_->has.size());
 }
 
 void Answer::drop() {
     constexpr std::size_t large = 4 << 20;
-    const bool isLarge = text_.capacity() >= large;
-    letGo(numbers_);
-    letGo(tags_);
-    letGo(text_);
-    letGo(ends_);
-    letGo(turns_);
+    const bool isLarge = found_ && found_->text.capacity() >= large;
+    found_.reset();
     if (isLarge) giveFreedMemoryBack();
 }
 
@@ -104,7 +125,7 @@ Selection Search::selectionFor(const Log& log, Answer& answer) const {
         try {
             selection.conditions.push_back(parseCondition(log, question_.where[i]));
         } catch (const Failure& failure) {
-            answer.conditions.push_back(missing(i, failure));
+            answer.remark().conditions.push_back(missing(i, failure));
         }
     }
     if (question_.at.empty()) return selection;
@@ -112,7 +133,7 @@ Selection Search::selectionFor(const Log& log, Answer& answer) const {
         codeTest(log, question_.at);
         selection.at = question_.at;
     } catch (const Failure& failure) {
-        answer.conditions.push_back(missing(question_.where.size(), failure));
+        answer.remark().conditions.push_back(missing(question_.where.size(), failure));
     }
     return selection;
 }
@@ -126,9 +147,9 @@ std::vector<unsigned> Search::columnsOf(const Log& log, Answer& answer) const {
     for (std::size_t i = 0; i < question_.names.size(); ++i) {
         try {
             columns.push_back(log.requireColumn(question_.names[i]));
-            answer.has.push_back({question_.names[i], log.columnName(columns.back())});
+            answer.addColumn({question_.names[i], log.columnName(columns.back())});
         } catch (const Failure& failure) {
-            answer.columns.push_back(missing(i, failure));
+            answer.remark().columns.push_back(missing(i, failure));
         }
     }
     return columns;
@@ -138,7 +159,7 @@ void Search::addRows(const Log& log, const VDBView& view, Answer& answer) const 
     const std::vector<unsigned> columns = columnsOf(log, answer);
     if (question_.columns != Question::Columns::named) {
         for (unsigned column : columns) {
-            answer.has.push_back({keyOf(log, column), log.columnName(column)});
+            answer.addColumn({keyOf(log, column), log.columnName(column)});
         }
     }
     answer.reserve(view->get_num_records(), bytesOf(log, view, columns));
@@ -153,17 +174,17 @@ void Search::addRows(const Log& log, const VDBView& view, Answer& answer) const 
 Answer Search::ask(const std::string& path) {
     Answer answer;
     answer.isAsked = true;
-    answer.name = path;
+    answer.call(path);
     try {
         const Log log = openLog(path, opening_);
-        answer.name = log.name;
+        answer.callOwn(log.name);
         answer.bytes = log.bytesRead;
         answer.rows = log.rowsInSource();
         noteProblems(log, answer);
         Selection selection = selectionFor(log, answer);
         selection.regexes = &regexes_;
-        const bool hasSome = answer.conditions.size() < question_.conditionCount();
-        const bool canMatch = answer.conditions.empty() || (question_.any && hasSome);
+        const bool hasSome = answer.remarks().conditions.size() < question_.conditionCount();
+        const bool canMatch = answer.remarks().conditions.empty() || (question_.any && hasSome);
         if (!canMatch) return answer;
         const Selected selected = selectRows(log, selection);
         answer.count = selected.matched;
@@ -172,9 +193,9 @@ Answer Search::ask(const std::string& path) {
         }
     } catch (const Failure& failure) {
         if (failure.kind != unreadable) throw;
-        answer.failure = failure.text;
+        answer.remark().failure = failure.text;
     } catch (const std::bad_alloc&) {
-        answer.failure = path + ": out of memory";
+        answer.remark().failure = path + ": out of memory";
     }
     return answer;
 }

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -45,22 +46,37 @@ struct Missing {
     std::string text;   ///< the same with the file's name
 };
 
-struct Answer {
+/// Of many logs there is an answer for each, so it is small where nothing was found or told.
+class Answer {
+public:
     bool isAsked = false;
-    std::string failure;            ///< why it could not be read
-    std::vector<std::string> told;  ///< what is wrong with it
-    bool isWhole = true;            ///< false where rows of it could not be read
+    bool isWhole = true;  ///< false where rows of it could not be read
     std::size_t bytes = 0;
     std::size_t rows = 0;
-    std::string name;
-    std::vector<Missing> conditions;
-    std::vector<Missing> columns;
     std::size_t count = 0;  ///< of the rows that match
-    std::vector<FoundColumn> has;
 
-    std::size_t foundCount() const { return numbers_.size(); }
-    FoundRow found(std::size_t row) const { return {numbers_[row], tags_[row]}; }
+    /// What is wrong with the log, and what it has no columns for.
+    struct Remarks {
+        std::string failure;  ///< why it could not be read
+        std::vector<std::string> told;
+        std::vector<Missing> conditions;
+        std::vector<Missing> columns;
+    };
+    const Remarks& remarks() const;
+    Remarks& remark();
+    bool isRead() const { return isAsked && remarks().failure.empty(); }
+
+    /// As the log calls itself; of one that is called by its path that path, which is not copied.
+    std::string_view name() const { return ownName_.empty() ? name_ : std::string_view(ownName_); }
+    void call(std::string_view path) { name_ = path; }
+    void callOwn(const std::string& name);
+
+    std::size_t foundCount() const { return found_ ? found_->numbers.size() : 0; }
+    FoundRow found(std::size_t row) const { return {found_->numbers[row], found_->tags[row]}; }
+    /// The columns that it has of what was found.
+    const std::vector<FoundColumn>& has() const;
     std::string_view cell(std::size_t row, std::size_t column) const;
+    void addColumn(FoundColumn column);
     /// Its cells are added behind it.
     void addRow(FoundRow row);
     void addCell(std::string_view cell);
@@ -71,14 +87,23 @@ struct Answer {
     void drop();
 
 private:
-    std::size_t endOf(std::size_t cell) const;
-
     // Of each row and cell, so small.
-    std::vector<std::uint32_t> numbers_;
-    std::vector<bool> tags_;
-    std::string text_;                 // of all cells, row by row
-    std::vector<std::uint32_t> ends_;  // the lower half of where each ends
-    std::vector<std::size_t> turns_;   // the first cells for which the upper half is one more
+    struct Found {
+        std::vector<FoundColumn> has;
+        std::vector<std::uint32_t> numbers;
+        std::vector<bool> tags;
+        std::string text;                 // of all cells, row by row
+        std::vector<std::uint32_t> ends;  // the lower half of where each ends
+        std::vector<std::size_t> turns;   // the first cells for which the upper half is one more
+    };
+
+    std::size_t endOf(std::size_t cell) const;
+    Found& found();
+
+    std::string_view name_;
+    std::string ownName_;
+    std::unique_ptr<Remarks> remarks_;
+    std::unique_ptr<Found> found_;
 };
 
 /// Asks log after log; one for each thread. Nothing that all logs have in common is made anew for
@@ -87,7 +112,7 @@ class Search {
 public:
     Search(const Question& question, Opening opening);
 
-    /// A Failure where something is wrong with the question itself.
+    /// A Failure where something is wrong with the question itself. The path outlives the answer.
     Answer ask(const std::string& path);
 
 private:
