@@ -159,14 +159,20 @@ void tellWhatIsMissing(const Log& log, const ClipGroups& groups, const ClipRates
                        const ClipPlaces& places) {
     if (places.time.start != noColumn && rates.nominal() == 0) tellRate(log, rates);
     std::size_t untimed = 0;
+    std::size_t noFrames = 0;
     std::size_t unfilmed = 0;
     for (const auto& [name, sums] : groups) {
-        untimed += sums.untimed;
+        untimed += sums.untimed - sums.noFrames;
+        noFrames += sums.noFrames;
         unfilmed += sums.unfilmed;
     }
     if (untimed > 0) {
         say(log.name + ": " + counted(untimed, "clip") +
             " without a start and an end behind it, not in the running time");
+    }
+    if (noFrames > 0) {
+        say(log.name + ": " + counted(noFrames, "clip") +
+            " with a time that is no frame at the rate, not in the running time");
     }
     if (unfilmed > 0) {
         say(log.name + ": " + counted(unfilmed, "clip") +

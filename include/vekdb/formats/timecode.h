@@ -76,7 +76,8 @@ std::string timecodeText(std::int64_t frames, int nominal, bool dropFrame);
 std::int64_t framesInDay(int nominal, bool dropFrame);
 
 /// Whether a clip ends past midnight: its end is before its start by the clock, and it is shorter
-/// than 12 hours that way.
+/// than 12 hours that way. One that starts past midnight already, at 24:00:00:00 or behind, does
+/// not.
 bool isOverMidnight(const Timecode& start, const Timecode& end);
 
 /// Frames from start to end, past midnight where that makes the clip shorter than 12 hours;

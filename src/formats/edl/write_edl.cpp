@@ -505,6 +505,9 @@ private:
         int nominal = counting_.nominal();
         std::optional<std::int64_t> frames = framesBetween(start, end, nominal);
         if (!frames) return leaveOut(row, "an end before the start");
+        if (*frames >= framesInDay(nominal, start.dropFrame || end.dropFrame)) {
+            return leaveOut(row, "a clip of a day or more", "one that a day of record times holds");
+        }
         if (recorded_ < 0) {
             recordDrops_ = start.dropFrame || end.dropFrame;
             recorded_ = framesOf({1, 0, 0, 0, recordDrops_}, nominal);

@@ -91,6 +91,7 @@ void addTo(ClipSums& sums, const ClipFacts& clip) {
     sums.takes += clip.isTake ? 1 : 0;
     if (clip.rate.nominal != 0) sums.frames.add(clip.frames, clip.rate, clip.rateOfLog);
     sums.untimed += clip.isUntimed ? 1 : 0;
+    sums.noFrames += clip.hasNoFrame ? 1 : 0;
     sums.dropFrame = sums.dropFrame || clip.dropFrame;
     sums.perforations += clip.perforations;
     sums.unfilmed += clip.isUnfilmed ? 1 : 0;
@@ -102,6 +103,7 @@ void addTo(ClipSums& total, const ClipSums& sums) {
     total.takes += sums.takes;
     total.frames.add(sums.frames);
     total.untimed += sums.untimed;
+    total.noFrames += sums.noFrames;
     total.dropFrame = total.dropFrame || sums.dropFrame;
     total.perforations += sums.perforations;
     total.unfilmed += sums.unfilmed;
@@ -127,7 +129,9 @@ void ClipCounter::readTime(unsigned row, const dbrecord& cells, ClipFacts& clip)
     const std::optional<Timecode> end = timeIn(places_.time.end);
     const FrameRate rate = *rates_.counting.rate(row, places_.time.start);
     std::optional<std::int64_t> frames;
-    if (start && end) frames = framesBetween(*start, *end, rate.nominal);
+    clip.hasNoFrame = (start && !isCounted(*start, rate.nominal)) ||
+                      (end && !isCounted(*end, rate.nominal));
+    if (start && end && !clip.hasNoFrame) frames = framesBetween(*start, *end, rate.nominal);
     clip.isUntimed = !frames;
     if (!frames) return;
     clip.frames = *frames;

@@ -56,6 +56,7 @@ struct ClipFacts {
     std::uint64_t sceneHash = 0;  ///< of one that is not empty
     bool isTake = false;
     bool isUntimed = false;
+    bool hasNoFrame = false;  ///< a time that the rate does not have
     bool dropFrame = false;
     bool isUnfilmed = false;
     std::int64_t frames = 0;
@@ -71,6 +72,7 @@ struct ClipSums {
     std::size_t takes = 0;
     RunningFrames frames;
     std::size_t untimed = 0;
+    std::size_t noFrames = 0;  ///< of these, for a time that the rate does not have
     bool dropFrame = false;
     std::int64_t perforations = 0;
     std::size_t unfilmed = 0;

@@ -43,6 +43,7 @@ std::optional<Timecode> parsePunctuated(std::string_view text) {
 }
 
 constexpr int fastest = 1000;
+constexpr int hoursInDay = 24;
 
 // Whole digits taken off the front of a text; nothing when there are none, or too many.
 std::optional<std::int64_t> takeDigits(std::string_view& text) {
@@ -200,11 +201,12 @@ std::string timecodeText(std::int64_t frames, int nominal, bool dropFrame) {
 }
 
 std::int64_t framesInDay(int nominal, bool dropFrame) {
-    return framesOf({24, 0, 0, 0, dropFrame}, nominal);
+    return framesOf({hoursInDay, 0, 0, 0, dropFrame}, nominal);
 }
 
 bool isOverMidnight(const Timecode& start, const Timecode& end) {
-    long long length = end.order() - start.order() + 24 * Timecode::ordersInHour;
+    if (start.hours >= hoursInDay) return false;
+    long long length = end.order() - start.order() + hoursInDay * Timecode::ordersInHour;
     return end.order() < start.order() && length < 12 * Timecode::ordersInHour;
 }
 

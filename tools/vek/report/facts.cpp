@@ -50,7 +50,10 @@ std::string missingOf(const LogOnPage& log) {
         out += concat("<p class=\"note\">", counted(clips, "clip"), " ", why, "</p>\n");
     };
     if (log.hasTime()) {
-        note(log.sums().untimed, "without a start and an end behind it, not in the running time.");
+        const std::size_t noFrames = log.sums().noFrames;
+        note(log.sums().untimed - noFrames,
+             "without a start and an end behind it, not in the running time.");
+        note(noFrames, "with a time that is no frame at the rate, not in the running time.");
     }
     note(log.sums().unfilmed, "without two keycodes of one roll, not in the footage.");
     if (log.places().time.start != noColumn && !log.hasTime()) {
