@@ -43,7 +43,10 @@ std::unique_ptr<page::LogOnPage> readForPage(const std::string& path, unsigned n
     noteRead(log.bytesRead);
     Findings findings = findingsOf(log, input, *wishes.gauge);
     tellFindings(findings);
-    return std::make_unique<page::LogOnPage>(std::move(log), std::move(findings), number, wishes);
+    auto page =
+        std::make_unique<page::LogOnPage>(std::move(log), std::move(findings), number, wishes);
+    tellOtherRate(page->log(), page->rates().counting);
+    return page;
 }
 
 void requireOut(const Printout& out) {

@@ -14,6 +14,7 @@
 #include "tools/vek/cli/say.h"
 #include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
+#include "tools/vek/timecode/speeds.h"
 
 namespace vek {
 
@@ -112,12 +113,41 @@ private:
     std::vector<ColumnChange> columns_;
 };
 
+// What an edit list's notes say of an event goes along with the event.
+class EventNotes {
+public:
+    explicit EventNotes(Log& log)
+        : work_{log, LogCounting(log), {}, {}, {}}, speeds_(work_, work_.counting.nominal()) {}
+
+    void goWith(std::vector<Edit>& edits) {
+        if (!speeds_.concern(edits)) return;
+        work_.rows = {edits.front().row};
+        work_.notes.clear();
+        for (std::size_t i = 0; i < edits.size(); ++i) {
+            work_.notes[timecode::Work::placeOf(edits[i].row, edits[i].column)] = i;
+        }
+        work_.edits.swap(edits);
+        speeds_.move();
+        work_.edits.swap(edits);
+    }
+
+    void tell() const { tellOdd(work_); }
+
+private:
+    timecode::Work work_;
+    timecode::Speeds speeds_;
+};
+
 // Works out what becomes of the rows. All values of a row are made of its cells as they were, and
 // then given to who takes them: of many rows they would be many.
 class Editor {
 public:
-    Editor(const Log& log, const Changes& changes, Numbering numbering)
-        : log_(log), changes_(changes), numbering_(numbering), counts_(changes.count()) {}
+    Editor(Log& log, const Changes& changes, Numbering numbering)
+        : log_(log),
+          changes_(changes),
+          notes_(log),
+          numbering_(numbering),
+          counts_(changes.count()) {}
 
     template <class Take>
     void edit(const std::vector<unsigned>& rows, Take take) {
@@ -125,8 +155,10 @@ public:
             if (counts_) number_ = numbering_.next();
             edits_.clear();
             editRow(row);
+            notes_.goWith(edits_);
             take(edits_);
         }
+        notes_.tell();
     }
 
 private:
@@ -147,6 +179,7 @@ private:
 
     const Log& log_;
     const Changes& changes_;
+    EventNotes notes_;
     Numbering numbering_;
     bool counts_;
     std::string number_;

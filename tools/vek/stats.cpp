@@ -180,6 +180,15 @@ void tellWhatIsMissing(const Log& log, const ClipGroups& groups, const ClipRates
     }
 }
 
+// Rows of a timeline that are markers, tracks and the like.
+void tellOthers(const Log& log, const std::vector<unsigned>& rows, const ClipCounter& counter) {
+    const auto isOther = [&](unsigned row) { return !counter.isClip(row); };
+    const auto others = static_cast<std::size_t>(std::count_if(rows.begin(), rows.end(), isOther));
+    if (others == 0) return;
+    say(concat(log.name, ": ", counted(others, "row that is no clip", "rows that are no clips"),
+               ", by its Kind, not counted"));
+}
+
 // Without --by: a table of reels and one of scenes, as far as the log has them.
 std::vector<unsigned> groupColumns(const Log& log, const Args& args) {
     if (args.has("by")) return {log.requireColumn(args.text("by"))};
@@ -217,10 +226,12 @@ void printTables(const ClipRates& rates, const ClipCounter& counter,
 int tellStats(const Log& log, const Args& args, Printout& out, JsonWriter* json) {
     const Selection selection = selectionFrom(args);
     const ClipRates rates = ratesOf(log, args);
+    tellOtherRate(log, rates.counting);
     const std::vector<unsigned> rows = selectedRows(log, selection);
     ClipCounter counter(log, rates);
     const std::vector<unsigned> columns = groupColumns(log, args);
     const ClipTables tables = tablesOf(counter, log, rows, columns);
+    tellOthers(log, rows, counter);
     tellWhatIsMissing(log, tables.front().second, rates, counter.places());
     if (json != nullptr)
         addJson(log, rates, counter, tables, *json);
@@ -259,8 +270,10 @@ Command statsCommand() {
         "Counts clips, scenes and takes, and adds up running times (end minus start, in timecode "
         "of the log's FPS parameter or of --fps; drop-frame where a semicolon, the rate or FCM "
         "says so; over midnight where that makes a clip shorter than 12 hours; a clip of a "
-        "timeline "
-        "runs at its own FPS) and footage from keycodes. The longest group has the longest bar. "
+        "timeline runs at its own FPS) and footage from keycodes. The longest group has the "
+        "longest bar. "
+        "Rows of a timeline that are no clips, such as tracks, markers and the parts of multicam "
+        "clips, are not counted, and told. "
         "Of several logs each has its own tables; as json they stand in the list files of one "
         "object.",
         {{"vek stats samples/docs.vek", "by reel, then by scene"},

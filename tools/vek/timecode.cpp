@@ -105,24 +105,12 @@ void change(Work& work, const Args& args) {
     timecode::ends(work, args);
 }
 
-void tellOdd(const Work& work) {
-    constexpr std::size_t most = 20;
-    for (std::size_t i = 0; i < work.odd.size() && i < most; ++i) {
-        say(worded(work.log.name, work.odd[i]));
-    }
-    if (work.odd.size() > most) {
-        say(work.log.name + ": " + std::to_string(work.odd.size() - most) + " more like these");
-    }
-    if (work.overMidnight > 0) {
-        say(work.log.name + ": " + counted(work.overMidnight, "cell") + " past midnight");
-    }
-}
-
 int run(const Args& args) {
     Selection selection = selectionFrom(args);
     requireFitting(args, selection);
     Log log = readLogToSave(args);
     Work work{log, LogCounting(log, wantedRate(args)), {}, {}, {}};
+    tellOtherRate(log, work.counting);
     requireRate(work);
     VDBView view = selectRows(log, selection).view;
     for (unsigned i = 0; i < view->get_num_records(); ++i) work.rows.push_back(view->baseIndex(i));

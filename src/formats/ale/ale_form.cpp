@@ -6,6 +6,7 @@
 #include "formats/text/text_lines.h"
 #include "formats/text/written_names.h"
 #include "formats/timecode/clip_columns.h"
+#include "formats/timecode/range_names.h"
 
 namespace vek::formats {
 
@@ -110,8 +111,8 @@ private:
         name("Name", firstColumn(log, {"Clip Name", "Clip", "Shot Name"}));
         name("Tracks", firstColumn(log, {"Track", "Channels"}));
         RangeColumns source = sourceColumns(log);
-        name("Start", source.start);
-        name("End", source.end);
+        name(sourceOfExchange.start, source.start);
+        name(sourceOfExchange.end, source.end);
         name("Tape", firstColumn(log, {"Tape Name", "Tape ID", "Reel", "Reel Name", "Roll"}));
     }
 
@@ -136,7 +137,8 @@ private:
 
     void askForRest() {
         std::vector<std::string> columns;
-        for (const char* name : {"Name", "Tracks", "Start", "End", "Tape"}) {
+        for (const char* name :
+             {"Name", "Tracks", sourceOfExchange.start, sourceOfExchange.end, "Tape"}) {
             bool isAdded = std::string_view(name) == "Tracks" && !form_.tracks.empty();
             if (!isAdded && placeOfName(name) == nowhere) columns.push_back(name);
         }

@@ -7,9 +7,11 @@
 
 #include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/text_util.h>
+#include "formats/edl/edl_lines.h"
 #include "formats/reading/input.h"
 #include "formats/table_file/table_lines.h"
 #include "formats/table_file/table_rows.h"
+#include "formats/text/letters.h"
 #include "formats/text/text_lines.h"
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
@@ -60,6 +62,8 @@ struct ColumnKinds {
     }
 };
 
+constexpr int hoursInDay = 24;
+
 // Goes through a log and notes everything that is wrong with it.
 class Checker {
 public:
@@ -81,6 +85,7 @@ public:
         checkForms(first);
         found_.emplace_back();
         checkIdentifiers();
+        if (log_.format == Format::edl) checkStrays();
         for (std::vector<Problem>& some : found_) {
             std::move(some.begin(), some.end(), std::back_inserter(problems_));
         }
@@ -220,6 +225,9 @@ private:
             add(row, column, inQuotes(cell), "a timecode such as 01:00:00:00");
         else
             checkCounting(row, column, cell, *code);
+        if (code && code->hours >= hoursInDay) {
+            addRemark(row, column, inQuotes(cell), "a time beyond a day");
+        }
         if (code) noteForm(row, column, *code);
     }
 
@@ -318,7 +326,10 @@ private:
     void checkTimes(unsigned row, const RangeColumns& pair, const Timecode& from,
                     const Timecode& to) {
         if (isOverMidnight(from, to))
-            addRemark(row, pair);
+            addRemark(row, pair.end,
+                      concat(inQuotes(log_.cell(row, pair.end)), " is before the start ",
+                             inQuotes(log_.cell(row, pair.start))),
+                      "a clip over midnight");
         else if (to.order() < from.order())
             addEndBefore(row, pair);
         if (from.dropFrame == to.dropFrame || !mayDrop(row, pair.end)) return;
@@ -332,17 +343,26 @@ private:
             "an end that is not before the start " + inQuotes(log_.cell(row, pair.start)));
     }
 
-    void addRemark(unsigned row, const RangeColumns& pair) {
+    void addRemark(unsigned row, unsigned column, const std::string& found, const char* about) {
         ++remarks_;
-        found_[at_].push_back({log_.lineOf(row), log_.columnName(pair.end),
-                               inQuotes(log_.cell(row, pair.end)) + " is before the start " +
-                                   inQuotes(log_.cell(row, pair.start)),
-                               "", "remark: a clip over midnight"});
+        found_[at_].push_back(
+            {log_.lineOf(row), log_.columnName(column), found, "", concat("remark: ", about)});
     }
 
     bool endsBefore(const std::optional<Keycode>& start, const std::optional<Keycode>& end) const {
         return start && end && sameText(start->roll, end->roll) &&
                !perforationsBetween(*start, *end, gauge_);
+    }
+
+    // In front of all events of an edit list only a heading and comments have good reason to stand.
+    void checkStrays() {
+        const unsigned column = log_.findColumn(edlCommentsBeforeName(0));
+        if (column == noColumn || log_.rowCount() == 0) return;
+        for (std::string_view line : split(log_.cell(0, column), '\n')) {
+            if (line.empty() || !isAsciiLetterOrDigit(line.front())) continue;
+            add(0, column, inQuotes(line),
+                "a star in front of it, or an event that it stands behind: it belongs to none");
+        }
     }
 
     void checkIdentifiers() {

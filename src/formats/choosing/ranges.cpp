@@ -7,6 +7,7 @@
 #include <vekdb/formats/keycode.h>
 #include <vekdb/formats/timecode.h>
 #include <vekdb/host/text_util.h>
+#include "formats/text/letters.h"
 #include "formats/text/text_lines.h"
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
@@ -22,11 +23,6 @@ bool isOnTime(std::string_view start, std::string_view end, long long wanted) {
     bool isBehindStart = from->order() <= wanted;
     bool isBeforeEnd = wanted <= to->order();
     return isOverMidnight(*from, *to) ? isBehindStart || isBeforeEnd : isBehindStart && isBeforeEnd;
-}
-
-bool isLetterOrDigit(char c) {
-    const char small = asciiLower(c);
-    return (small >= 'a' && small <= 'z') || isAsciiDigit(c);
 }
 
 // Where film is on a roll. Frames are counted within a foot on film of every gauge, so feet and
@@ -48,7 +44,7 @@ std::optional<FilmPlace> filmPlace(std::string_view text) {
     if (!code) return {};
     FilmPlace place{{}, code->feet, code->frames};
     for (char c : code->roll) {
-        if (isLetterOrDigit(c)) place.roll += asciiLower(c);
+        if (isAsciiLetterOrDigit(c)) place.roll += asciiLower(c);
     }
     return place;
 }

@@ -31,6 +31,9 @@ struct EdlRow {
     bool operator==(const EdlRow& other) const = default;
 };
 
+// Speeds that an event's notes had, and what they are now.
+using MovedSpeeds = std::vector<std::pair<std::string, std::string>>;
+
 // Takes the rows of a log as events.
 class EdlRows {
 public:
@@ -126,8 +129,9 @@ std::string withValue(std::string_view line, const std::string& value) {
 // An event whose own line and names are changed where they stand.
 class PatchedEvent {
 public:
-    PatchedEvent(const EdlRow& came, const EdlRow& now, const std::string& end)
-        : came_(came), now_(now), end_(end) {}
+    PatchedEvent(const EdlRow& came, const EdlRow& now, const MovedSpeeds& speeds,
+                 const std::string& end)
+        : came_(came), now_(now), speeds_(speeds), end_(end) {}
 
     std::string make(std::string_view piece) {
         for (std::string_view whole : wholeLines(piece)) take(withoutEnd(whole), endOfLine(whole));
@@ -152,7 +156,7 @@ private:
             isBehindEvent_ = true;
             return;
         }
-        if (isBehindEvent_ && takeName(line, end)) return;
+        if (isBehindEvent_ && (takeName(line, end) || takeSpeed(line, end))) return;
         if (isBehindEvent_ && !isEdlMotion(line)) addNewNames();
         add(line, end);
     }
@@ -179,6 +183,17 @@ private:
         return false;
     }
 
+    bool takeSpeed(std::string_view line, std::string_view end) {
+        const std::string_view bare = trimmed(line);
+        for (const auto& [came, now] : speeds_) {
+            if (bare != came) continue;
+            const auto at = static_cast<std::size_t>(bare.data() - line.data());
+            add(concat(line.substr(0, at), now, line.substr(at + bare.size())), end);
+            return true;
+        }
+        return false;
+    }
+
     bool hasPlace(const EdlName& name) const {
         const std::vector<std::string> lines = linesOf(now_.event[edlComments]);
         return std::any_of(lines.begin(), lines.end(),
@@ -199,6 +214,7 @@ private:
 
     const EdlRow& came_;
     const EdlRow& now_;
+    const MovedSpeeds& speeds_;
     const std::string& end_;
     std::array<bool, std::size(edlNames)> isDone_{};
     bool isBehindEvent_ = false;
@@ -216,7 +232,13 @@ public:
         requireColumns();
     }
 
-    bool reads(std::string_view, unsigned row) override { return came().row(row) == now_.row(row); }
+    bool reads(std::string_view, unsigned row) override {
+        return came().row(row) == now_.row(row) && speedsBehind(row).empty();
+    }
+
+    bool goesWith(unsigned changed) const override {
+        return now_.row(changed).event[edlComments].find("M2") != std::string::npos;
+    }
 
     void add(std::string& text, unsigned row, std::string_view piece) override {
         const unsigned own = rows().view->baseIndex(row);
@@ -224,17 +246,20 @@ public:
         if (piece.empty()) {
             const std::string line = edlEventLine(now.event);
             requireEvent(own, now.event, line);
-            addBlanks(text, now);
+            addBlanks(text, own, now);
             text += joined(inOrder(linesOfEvent(now, line)));
             return;
         }
         const EdlRow old = came().row(own);
         if (own == 0 && old.before != now.before) refuseBefore();
         if (old.blanks != now.blanks) refuse("blank lines stay where they are");
-        PatchedEvent event(old, now, end_);
+        const std::optional<MovedSpeeds> moved = movedSpeeds(old, now);
+        MovedSpeeds speeds = speedsBehind(own);
+        if (moved) speeds.insert(speeds.end(), moved->begin(), moved->end());
+        PatchedEvent event(old, now, speeds, end_);
         requireEvent(own, now.event, event.eventLine(piece));
-        std::string made =
-            now.hasNotesOf(old) ? event.make(piece) : rewritten(now, own == 0, event, piece);
+        std::string made = now.hasNotesOf(old) || moved ? event.make(piece)
+                                                        : rewritten(now, own == 0, event, piece);
         text += withoutEnd(made);
     }
 
@@ -247,6 +272,30 @@ public:
         state_ = headingValue(text, "FCM");
         isInHeading_ = state_.has_value();
         return withHeadingValue(text, "TITLE", saving_.log.parameter("TITLE"));
+    }
+
+    // Nothing where other notes than speeds changed, too.
+    static std::optional<MovedSpeeds> movedSpeeds(const EdlRow& came, const EdlRow& now) {
+        if (came.before != now.before) return {};
+        const std::vector<std::string> old = linesOf(came.event[edlComments]);
+        const std::vector<std::string> lines = linesOf(now.event[edlComments]);
+        if (old.size() != lines.size()) return {};
+        MovedSpeeds moved;
+        for (std::size_t i = 0; i < old.size(); ++i) {
+            if (old[i] == lines[i]) continue;
+            if (!isEdlMotion(old[i]) || !isEdlMotion(lines[i])) return {};
+            moved.emplace_back(old[i], lines[i]);
+        }
+        return moved;
+    }
+
+    // Speeds of the first line of an event may stand behind its second one.
+    MovedSpeeds speedsBehind(unsigned row) {
+        if (row == 0 || row >= saving_.log.source->rows) return {};
+        const EdlRow before = came().row(row - 1);
+        if (before.event[edlComments].find('2') == std::string::npos) return {};
+        if (before.event[edlEvent] != came().row(row).event[edlEvent]) return {};
+        return movedSpeeds(before, now_.row(row - 1)).value_or(MovedSpeeds());
     }
 
     bool saysBetween() const override { return true; }
@@ -362,11 +411,19 @@ private:
         return text;
     }
 
-    // A new event stands as far from the one before as the others of the list.
-    void addBlanks(std::string& text, const EdlRow& row) const {
-        if (!isBegun_) return;
+    // A new event stands as far from the one before as the others of the list, and its further
+    // lines stand just behind it.
+    void addBlanks(std::string& text, unsigned own, const EdlRow& row) {
+        if (!isBegun_ || (row.blanks.empty() && isContinued(own, row))) return;
         const BlankLines blanks = row.blanks.empty() ? each_ : BlankLines(row.blanks);
         for (std::size_t i = 0; i < blanks.before(1); ++i) text += end_;
+    }
+
+    bool isContinued(unsigned own, const EdlRow& row) {
+        while (at_ < all().size() && all()[at_] != own) ++at_;
+        if (at_ == 0 || at_ >= all().size()) return false;
+        const EdlRow before = now_.row(all()[at_ - 1]);
+        return isEdlContinued(before.event[edlEvent], row.event[edlEvent], row.event[edlKind]);
     }
 
     // All lines of the event anew, and the blank ones behind it. What stands in front of the first
@@ -408,10 +465,15 @@ private:
 
     // In front of a row that goes. Where rows change places it is made anew.
     std::string passed(std::string_view came, const std::vector<std::string_view>& lines) {
-        if (!std::is_sorted(all().begin(), all().end())) return {};
+        if (!keepsOrder()) return {};
         const std::size_t last = lastCounting(lines);
         if (last < lines.size()) state_ = std::string(*edlCounting(withoutEnd(lines[last])));
         return std::string(came);
+    }
+
+    bool keepsOrder() {
+        if (!keepsOrder_) keepsOrder_ = std::is_sorted(all().begin(), all().end());
+        return *keepsOrder_;
     }
 
     static bool isOfHeading(std::string_view parameter) {
@@ -483,6 +545,8 @@ private:
     std::optional<std::string> state_;  // how the next event counts if nothing is said
     bool isInHeading_ = false;          // what is said of all
     bool isBegun_ = false;
+    std::size_t at_ = 0;  // of all rows, where the last new one is
+    std::optional<bool> keepsOrder_;
 };
 
 // Whether a list that was put together is read as it is meant.

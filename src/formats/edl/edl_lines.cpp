@@ -7,12 +7,16 @@
 #include <vekdb/host/text_util.h>
 #include "formats/failure.h"
 #include "formats/text/text_lines.h"
+#include "formats/timecode/range_names.h"
 
 namespace vek::formats {
 
-const std::vector<std::string> edlColumnNames = {
-    "Event",      "Reel",      "Track",      "Kind",      "Length",       "Source In",
-    "Source Out", "Record In", "Record Out", "Clip Name", "To Clip Name", "Comments"};
+const std::vector<std::string> edlColumnNames = {"Event",           "Reel",
+                                                 "Track",           "Kind",
+                                                 "Length",          sourceOfEvent.start,
+                                                 sourceOfEvent.end, recordOfEvent.start,
+                                                 recordOfEvent.end, "Clip Name",
+                                                 "To Clip Name",    "Comments"};
 
 namespace {
 
@@ -74,6 +78,17 @@ std::optional<std::string> movedSpeed(std::string_view speed, const EdlMove& mov
     return concat(isBack ? "-" : "", now.text);
 }
 
+// The start of a speed's line, up to the speed, with another reel where it has the event's.
+std::string withReel(std::string_view until, const EdlMove& move) {
+    if (move.reel == move.newReel || !isEdlMotionOf(until, move.reel)) return std::string(until);
+    const std::size_t at = until.find_first_not_of(" \t", until.find_first_of("2") + 1);
+    const std::string_view behind = until.substr(at + move.reel.size());
+    const std::size_t width = move.reel.size() + behind.size();
+    std::string out = concat(until.substr(0, at), move.newReel, " ");
+    if (move.newReel.size() < width) out.resize(at + width, ' ');
+    return out;
+}
+
 // The text from one word to another, blanks between them as they are.
 std::string_view from(std::string_view first, std::string_view last) {
     return {first.data(), static_cast<std::size_t>(last.data() + last.size() - first.data())};
@@ -87,6 +102,16 @@ std::size_t kindWords(const Words& parts, std::size_t last) {
     bool isTail = sameText(tail, "B") || sameText(tail, "O");
     bool isKey = isTail && last - fade >= 4 && sameText(parts[last - fade - 1], "K");
     return (isKey ? 2 : 1) + fade;
+}
+
+// How many words from the first on are those of a key.
+std::size_t keyWords(const Words& parts) {
+    std::size_t count = 1;
+    const auto isNext = [&](std::string_view word) {
+        return count < parts.size() && sameText(parts[count], word);
+    };
+    if (isNext("B") || isNext("O")) ++count;
+    return isNext("(F)") ? count + 1 : count;
 }
 
 // Blanks in front of a field, fewer or more of them as it stands ahead of its place or behind.
@@ -282,15 +307,45 @@ std::string edlMotionLine(const EdlEvent& event, const std::string& speed) {
                   event[edlSourceIn]);
 }
 
+std::optional<std::int64_t> edlMotionTenths(std::string_view line) {
+    const Words parts = words(line);
+    if (parts.size() < 3) return {};
+    const std::string_view speed = parts[parts.size() - 2];
+    const bool isBack = speed.starts_with('-');
+    const std::optional<std::int64_t> tenths = tenthsOf(speed.substr(isBack ? 1 : 0));
+    return tenths && isBack ? std::optional(-*tenths) : tenths;
+}
+
 std::optional<std::string> movedEdlMotion(std::string_view line, const EdlMove& move) {
     const Words parts = words(line);
-    if (parts.size() < 3 || !isSameCode(parts.back(), move.sourceIn)) return {};
+    if (parts.size() < 3) return {};
+    const bool isOfTime = isSameCode(parts.back(), move.sourceIn);
+    const bool movesTime = move.newSourceIn != move.sourceIn || move.nominal != move.newNominal;
+    if (movesTime && !isOfTime) return {};
     const std::string_view speed = parts[parts.size() - 2];
     const std::optional<std::string> now = movedSpeed(speed, move);
     if (!now) return {};
     const std::string_view until = from(line.substr(0, 0), speed.substr(0, 0));
     const std::string_view between = from(speed.substr(speed.size()), parts.back().substr(0, 0));
-    return concat(until, *now, between, move.newSourceIn);
+    return concat(withReel(until, move), *now, between,
+                  movesTime ? move.newSourceIn : parts.back());
+}
+
+bool isEdlKind(std::string_view text) {
+    return sameText(text, "C") || isEdlTransition(text);
+}
+
+bool isEdlTransition(std::string_view kind) {
+    const Words parts = words(kind);
+    if (parts.empty()) return false;
+    if (sameText(parts[0], "K")) return keyWords(parts) == parts.size();
+    if (parts.size() > 1) return false;
+    const bool isWipe = sameText(kind.substr(0, 1), "W") && isNumber(parts[0].substr(1));
+    return isWipe || sameText(parts[0], "D");
+}
+
+bool isEdlContinued(std::string_view numberBefore, std::string_view number, std::string_view kind) {
+    return !number.empty() && number == numberBefore && isEdlTransition(kind);
 }
 
 bool isOddEdlEvent(std::string_view line) {

@@ -77,16 +77,32 @@ EdlSpeed edlSpeed(std::int64_t frames, std::int64_t over);
 /// The line of an event that is played so.
 std::string edlMotionLine(const EdlEvent& event, const std::string& speed);
 
+/// The speed that such a line says, in tenths of a frame, below 0 for one that is played backwards;
+/// nothing for a line that says none.
+std::optional<std::int64_t> edlMotionTenths(std::string_view line);
+
 /// Times of an event before and after a change, and the whole frames a second that they count.
 struct EdlMove {
     std::string_view sourceIn;
     std::string_view newSourceIn;
     int nominal;
     int newNominal;
+    std::string_view reel = {};
+    std::string_view newReel = {};
 };
-/// A speed's line as the change leaves it, its fields at their places. Nothing for one that is
-/// about another time than the event's, and for a speed that tenths of a frame cannot say.
+/// A speed's line as the change leaves it, its fields at their places. Another event's reel in it
+/// stays. Nothing for one that is about another time than the event's where that changes, and for
+/// a speed that tenths of a frame cannot say.
 std::optional<std::string> movedEdlMotion(std::string_view line, const EdlMove& move);
+
+/// Whether a text is a kind of event that all lists have: a cut, a dissolve, a wipe or a key.
+bool isEdlKind(std::string_view text);
+/// Whether such a kind goes over from another clip.
+bool isEdlTransition(std::string_view kind);
+
+/// Whether an event is the further line of the one before, as both have a number: what is gone over
+/// to stands behind what it comes from.
+bool isEdlContinued(std::string_view numberBefore, std::string_view number, std::string_view kind);
 
 /// Whether a line begins with a number, or ends in four timecodes, and yet is no event.
 bool isOddEdlEvent(std::string_view line);

@@ -9,11 +9,13 @@
 #include <vekdb/host/timecode.h>
 #include "formats/edl/blank_lines.h"
 #include "formats/edl/edl_lines.h"
+#include "formats/edl/kinds_on_sheet.h"
 #include "formats/reading/progress.h"
 #include "formats/text/encoding.h"
 #include "formats/text/text_lines.h"
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
+#include "formats/timecode/range_names.h"
 #include "formats/timeline/clip_lengths.h"
 #include "formats/timeline/timeline_rows.h"
 #include "formats/writing/reading_back.h"
@@ -33,6 +35,12 @@ std::string oneLine(std::string_view text) {
         if (c == '\n' || c == '\r') c = ' ';
     }
     return out;
+}
+
+// Whether files of a format say the title of a list that has one.
+bool holdsParameters(Format format) {
+    return format == Format::table || format == Format::ale || format == Format::edl ||
+           format == Format::otio;
 }
 
 bool isWord(std::string_view text) {
@@ -93,18 +101,18 @@ private:
 class Places {
 public:
     explicit Places(const Sheet& sheet) : sheet_(sheet) {
-        isEdl_ = std::all_of(edlColumnNames.begin(), edlColumnNames.end(),
-                             [&](const std::string& name) { return find(name) != noColumn; });
+        isEdl_ = std::all_of(std::begin(ofEveryEvent), std::end(ofEveryEvent),
+                             [&](EdlColumn column) { return has(edlColumnNames[column]); });
         event = take({"Event"});
         reel = take({"Reel", "Tape", "Tape Name", "Reel Name", "Camroll", "cam reel"});
         track = take({"Track", "Tracks"});
-        kind = isEdl_ ? take({"Kind"}) : noColumn;
-        length = isEdl_ ? take({"Length"}) : noColumn;
+        kind = isEdl_ || placeOfEdlKinds(sheet) != noColumn ? take({"Kind"}) : noColumn;
+        length = kind != noColumn ? take({"Length"}) : noColumn;
         clipName = take({"Clip Name", "Name", "Clip"});
         toClipName = take({"To Clip Name"});
         counting = take({"FCM"});
-        source = take(isEdl_ ? edlPair("Source") : sourceColumns(sheet.log));
-        record = take(isEdl_ ? edlPair("Record") : recordColumns(sheet.log));
+        source = take(isEdl_ ? edlPair(sourceOfEvent) : sourceColumns(sheet.log));
+        record = take(isEdl_ ? edlPair(recordOfEvent) : recordColumns(sheet.log));
         takeComments(edlCommentsName, comments);
         if (isEdl_) takeComments(edlCommentsBeforeName, before);
         blanks = isEdl_ ? take({blankLinesColumn}) : noColumn;
@@ -134,16 +142,13 @@ public:
     std::vector<unsigned> before;
 
 private:
-    unsigned place(unsigned column) const {
-        auto at = std::find(sheet_.columns.begin(), sheet_.columns.end(), column);
-        return at == sheet_.columns.end() ? noColumn
-                                          : static_cast<unsigned>(at - sheet_.columns.begin());
-    }
+    // What no event is without. Lengths, names and comments may be left out of what was one.
+    static constexpr EdlColumn ofEveryEvent[] = {
+        edlEvent, edlReel, edlTrack, edlKind, edlSourceIn, edlSourceOut, edlRecordIn, edlRecordOut};
 
-    unsigned find(const std::string& name) const {
-        unsigned column = sheet_.log.findColumn(name);
-        return column == noColumn ? noColumn : place(column);
-    }
+    bool has(const std::string& name) const { return find(name) != noColumn; }
+
+    unsigned find(const std::string& name) const { return placeNamed(sheet_, name); }
 
     unsigned take(std::initializer_list<const char*> names) {
         for (const char* name : names) {
@@ -155,12 +160,12 @@ private:
         return noColumn;
     }
 
-    RangeColumns edlPair(const std::string& name) const {
-        return {sheet_.log.findColumn(name + " In"), sheet_.log.findColumn(name + " Out")};
+    RangeColumns edlPair(const RangeName& names) const {
+        return {sheet_.log.findColumn(names.start), sheet_.log.findColumn(names.end)};
     }
 
     RangeColumns take(const RangeColumns& columns) {
-        RangeColumns pair{place(columns.start), place(columns.end)};
+        RangeColumns pair{placeOnSheet(sheet_, columns.start), placeOnSheet(sheet_, columns.end)};
         if (pair.start == noColumn || pair.end == noColumn) return {noColumn, noColumn};
         taken_.insert({pair.start, pair.end});
         return pair;
@@ -256,6 +261,7 @@ private:
     }
 
     void writeHeading() {
+        tellOverruled();
         writeHeadingLine("TITLE", title());
         fcm_ = oneLine(sheet_.log.parameter("FCM"));
         writeHeadingLine("FCM", fcm_);
@@ -266,6 +272,11 @@ private:
         }
     }
 
+    void tellOverruled() {
+        const std::string told = counting_.overruled();
+        if (!told.empty()) losses_.addEach(concat(sheet_.log.name, ": ", told));
+    }
+
     // One that a log has without a value keeps its line.
     void writeHeadingLine(const char* name, const std::string& value) {
         if (value.empty() && sheet_.log.table->get_param_val(name) == nullptr) return;
@@ -274,12 +285,10 @@ private:
 
     std::string title() {
         std::string name = oneLine(sheet_.log.parameter("TITLE"));
-        if (!name.empty() || places_.isEdl()) return name;
+        if (!name.empty() || (places_.isEdl() && holdsParameters(sheet_.log.format))) return name;
         name = oneLine(sheet_.log.parameter("Project"));
         isTitle_ = !name.empty();
-        if (isTitle_) return name;
-        std::string path = sheet_.log.name.substr(sheet_.log.name.rfind('/') + 1);
-        return oneLine(path.substr(0, path.rfind('.')));
+        return isTitle_ ? name : oneLine(titleOfFile(sheet_, out_.name(), losses_));
     }
 
     // The comments of an edit list that has no event are parameters.
@@ -310,11 +319,22 @@ private:
         if (!isBehindEvent_) beginBlock(blanksOf(row).withoutFirst());
         for (const std::string& text : inOrder(lines)) line(text);
         isBehindEvent_ = true;
+        wasNoTime_ = event[edlRecordIn] == event[edlRecordOut];
     }
 
     BlankLines blanksOf(unsigned row) const {
         const std::string_view own = cell(row, places_.blanks);
-        return own.empty() ? layout_.each : BlankLines(own);
+        if (!own.empty()) return BlankLines(own);
+        return isNewAndContinued(row) ? layout_.each.withoutFirst() : layout_.each;
+    }
+
+    // A row that came from another log knows nothing of the blank lines here.
+    bool isNewAndContinued(unsigned row) const {
+        const Source* const source = sheet_.log.source.get();
+        const bool isNew = source != nullptr && sheet_.view->baseIndex(row) >= source->rows;
+        return isNew && row > 0 &&
+               isEdlContinued(cell(row - 1, places_.event), cell(row, places_.event),
+                              cell(row, places_.kind));
     }
 
     // It stands behind the splits, which begin the comments.
@@ -535,7 +555,7 @@ private:
     }
 
     std::string number(unsigned row) {
-        ++number_;
+        if (!isSecondLine(row)) ++number_;
         std::string_view own = cell(row, places_.event);
         if (isWord(own) && isAsciiDigit(own.front())) return std::string(own);
         std::string text = std::to_string(number_);
@@ -544,6 +564,12 @@ private:
             tell(row, places_.event, inQuotes(own), "a number", "it is counted as " + text);
         }
         return text;
+    }
+
+    // What is gone over to has the number of what it comes from, which ends where it begins.
+    bool isSecondLine(unsigned row) const {
+        return places_.event == noColumn && places_.kind != noColumn && wasNoTime_ &&
+               isEdlTransition(cell(row, places_.kind));
     }
 
     std::string reel(unsigned row) {
@@ -606,14 +632,26 @@ private:
     void takeKind(unsigned row, EdlEvent& event) {
         std::string_view own = cell(row, places_.kind);
         std::string_view length = cell(row, places_.length);
+        if (places_.kind == noColumn) return takeCut(row, event);
+        if (!places_.isEdl() && own.empty() && length.empty()) own = "C";
         const bool isKind = isReadAs(row, "V", own);
         const bool isLength = std::all_of(length.begin(), length.end(), isAsciiDigit);
-        if (places_.kind != noColumn && (!isKind || !isLength)) {
+        if (!isKind || !isLength) {
             tell(row, places_.kind, inQuotes(concat(own, length.empty() ? "" : " ", length)),
                  "C, D, a wipe or a key, and its length", "it is written as a cut");
         }
         event[edlKind] = isKind && isLength ? own : "C";
         if (isKind && isLength) event[edlLength] = length;
+    }
+
+    // A name of a clip that it goes to says that it was no cut.
+    void takeCut(unsigned row, EdlEvent& event) {
+        event[edlKind] = "C";
+        const std::string_view to = cell(row, places_.toClipName);
+        if (trimmed(to).empty()) return;
+        tell(row, places_.toClipName, inQuotes(to),
+             "columns Kind and Length, which say how it goes over to that clip",
+             "it is written as a cut");
     }
 
     // Whether a track and a kind stay what they are in an event.
@@ -757,6 +795,7 @@ private:
     std::string fcm_;
     std::size_t number_ = 0;
     bool isBehindEvent_ = false;
+    bool wasNoTime_ = false;  // the last event, on the record
     bool isSaidByRows_ = false;
     std::int64_t recorded_ = -1;  // the frame that the next event begins at
     bool recordDrops_ = false;

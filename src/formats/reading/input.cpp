@@ -26,7 +26,7 @@ OpenFile openInput(const std::string& path) {
 }  // namespace
 
 Input::Input(const std::string& path, const Opening& opening)
-    : name_(path == "-" ? "standard input" : path),
+    : name_(path == "-" ? standardInput : path),
       limits_(opening.limits),
       terms_(*opening.terms),
       watcher_(opening.watcher),

@@ -23,6 +23,7 @@ public:
     Input(const Input&) = delete;
     Input& operator=(const Input&) = delete;
 
+    static constexpr const char* standardInput = "standard input";
     /// For messages: the path, or "standard input".
     const std::string& name() const { return name_; }
 

@@ -20,6 +20,8 @@ public:
 
     /// Whether a piece of the source, with the end of its line, still reads as a row of the log.
     virtual bool reads(std::string_view piece, unsigned row) = 0;
+    /// Whether lines of the row in front, which changed, may stand in those of a row that did not.
+    virtual bool goesWith(unsigned /*changed*/) const { return false; }
     /// To be called once, with the rows that are to be written and all rows of the log that the
     /// file will have, in their order.
     virtual void begin(const Sheet& rows, const std::vector<unsigned>& all) {

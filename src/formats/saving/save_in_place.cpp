@@ -139,9 +139,11 @@ private:
     }
 
     bool isChanged(unsigned row) {
-        return log_.table->get_record(row)->get_changed() &&
+        return (wasChanged(row) || (row > 0 && wasChanged(row - 1) && form_->goesWith(row - 1))) &&
                !form_->reads(reader_.read(places_.row(row)), row);
     }
+
+    bool wasChanged(unsigned row) const { return log_.table->get_record(row)->get_changed(); }
 
     // A quote that is never closed takes in all that follows.
     bool isOpenInside(std::size_t i) const {

@@ -5,6 +5,7 @@
 #include <vekdb/host/strxcmp.h>
 #include "formats/text/text_lines.h"
 #include "formats/timeline/exact_time.h"
+#include "formats/timeline/timeline_rows.h"
 
 namespace vek::formats {
 
@@ -49,6 +50,12 @@ private:
 };
 
 }  // namespace
+
+ClipCounter::ClipCounter(const Log& log, const ClipRates& rates)
+    : log_(log),
+      rates_(rates),
+      places_(log),
+      kind_(isTimeline(log) ? log.findColumn(timeline::kind) : noColumn) {}
 
 ClipPlaces::ClipPlaces(const Log& log)
     : scene(firstColumn(log, {"Scene"})),
@@ -109,6 +116,10 @@ void addTo(ClipSums& total, const ClipSums& sums) {
     total.unfilmed += sums.unfilmed;
 }
 
+bool ClipCounter::isClip(unsigned row) const {
+    return kind_ == noColumn || timelineKind(log_.cell(row, kind_)) == TimelineKind::clip;
+}
+
 ClipFacts ClipCounter::clip(unsigned row) const {
     const dbrecord& cells = recordOf(log_, row);
     ClipFacts clip;
@@ -129,8 +140,8 @@ void ClipCounter::readTime(unsigned row, const dbrecord& cells, ClipFacts& clip)
     const std::optional<Timecode> end = timeIn(places_.time.end);
     const FrameRate rate = *rates_.counting.rate(row, places_.time.start);
     std::optional<std::int64_t> frames;
-    clip.hasNoFrame = (start && !isCounted(*start, rate.nominal)) ||
-                      (end && !isCounted(*end, rate.nominal));
+    clip.hasNoFrame =
+        (start && !isCounted(*start, rate.nominal)) || (end && !isCounted(*end, rate.nominal));
     if (start && end && !clip.hasNoFrame) frames = framesBetween(*start, *end, rate.nominal);
     clip.isUntimed = !frames;
     if (!frames) return;
@@ -159,6 +170,7 @@ ClipTables tablesOf(const ClipCounter& counter, const Log& log, const std::vecto
                     const std::vector<unsigned>& columns) {
     std::vector<GroupsOfColumn> groups(columns.begin(), columns.end());
     for (unsigned row : rows) {
+        if (!counter.isClip(row)) continue;
         const ClipFacts clip = counter.clip(row);
         for (GroupsOfColumn& each : groups) each.add(log, row, clip);
     }

@@ -92,7 +92,11 @@ using ClipGroups = std::vector<ClipGroup>;
 /// Works out what rows add. Log and rates must outlive it.
 class ClipCounter {
 public:
-    ClipCounter(const Log& log, const ClipRates& rates) : log_(log), rates_(rates), places_(log) {}
+    ClipCounter(const Log& log, const ClipRates& rates);
+
+    /// Whether a row is one. Of a timeline others are tracks, markers, transitions and the angles
+    /// of a multicam clip.
+    bool isClip(unsigned row) const;
 
     ClipFacts clip(unsigned row) const;
     const ClipPlaces& places() const { return places_; }
@@ -104,6 +108,7 @@ private:
     const Log& log_;
     const ClipRates& rates_;
     ClipPlaces places_;
+    unsigned kind_;  // where a timeline says what its rows are
 };
 
 /// The groups of each of the columns, with its name.

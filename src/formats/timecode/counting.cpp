@@ -20,9 +20,26 @@ void LogCounting::readRate(const std::string& rate) {
     rate_ = rate.empty() ? own : parseFrameRate(rate);
     if (!rate_) oddRate_ = rate.empty() ? log_.parameter("FPS") : rate;
     if (!rate_ && oddRate_.empty()) rate_ = firstRateOfRows();
-    if (!rate_ || rate.empty()) return;
+    isNamed_ = rate_ && !rate.empty();
+    if (!isNamed_) return;
     isForced_ = rate_->counting != Counting::unsaid;
     if (!isForced_ && own && canDropFrames(rate_->nominal)) rate_->counting = own->counting;
+}
+
+std::string LogCounting::overruled() const {
+    if (!isNamed_) return {};
+    const std::string text = log_.parameter("FPS");
+    const std::optional<FrameRate> own = parseFrameRate(text);
+    const std::string counted = concat("counted at ", rateText(*rate_), ", not at ");
+    if (own && (!own->isAsFastAs(*rate_) || areOther(own->counting))) {
+        return concat(counted, "FPS ", text, " as the log says");
+    }
+    return areOther(countingOfFcm(fcm_)) ? concat(counted, "FCM ", fcm_, " as the log says") : "";
+}
+
+bool LogCounting::areOther(Counting own) const {
+    const bool areSaid = own != Counting::unsaid && rate_->counting != Counting::unsaid;
+    return areSaid && own != rate_->counting;
 }
 
 // Clips that lie on no timeline have no other one.

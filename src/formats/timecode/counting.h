@@ -23,6 +23,10 @@ public:
     /// The text that could not be read as a rate, "" when there is none.
     const std::string& oddRate() const { return oddRate_; }
 
+    /// "counted at 25, not at FPS 24 as the log says", where a person names another rate than the
+    /// log, or another counting; "" where they agree.
+    std::string overruled() const;
+
     /// The rate at which a cell counts; that of the log where the row has none of its own.
     std::optional<FrameRate> rate(unsigned row, unsigned column) const;
     std::optional<FrameRate> ownRate(unsigned row, unsigned column) const;
@@ -54,6 +58,7 @@ public:
 
 private:
     void readRate(const std::string& rate);
+    bool areOther(Counting own) const;
     std::optional<FrameRate> firstRateOfRows() const;
     int nominalOfRow(unsigned row, unsigned column) const;
     Counting countingOfRow(unsigned row) const;
@@ -62,6 +67,7 @@ private:
     const Log& log_;
     std::optional<FrameRate> rate_;
     bool isForced_ = false;
+    bool isNamed_ = false;  // by a person
     std::string oddRate_;
     std::string fcm_;
     unsigned fcmColumn_;

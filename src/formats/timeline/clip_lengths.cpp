@@ -1,23 +1,11 @@
 #include "formats/timeline/clip_lengths.h"
 
-#include <algorithm>
-
 #include "formats/text/text_lines.h"
 #include "formats/timeline/exact_time.h"
 #include "formats/timeline/timeline_rows.h"
+#include "formats/writing/sheet_facts.h"
 
 namespace vek::formats {
-
-namespace {
-
-unsigned placeOfRate(const Sheet& sheet) {
-    const unsigned column = sheet.log.findColumn(timeline::rate);
-    const auto at = std::find(sheet.columns.begin(), sheet.columns.end(), column);
-    const bool isThere = column != noColumn && at != sheet.columns.end();
-    return isThere ? static_cast<unsigned>(at - sheet.columns.begin()) : noColumn;
-}
-
-}  // namespace
 
 ClipLengths::ClipLengths(const Sheet& sheet, const LogCounting& counting,
                          const RangeColumns& source, const RangeColumns& record)
@@ -25,7 +13,7 @@ ClipLengths::ClipLengths(const Sheet& sheet, const LogCounting& counting,
       counting_(counting),
       source_(source),
       record_(record),
-      rate_(placeOfRate(sheet)) {}
+      rate_(placeNamed(sheet, timeline::rate)) {}
 
 std::optional<Timecode> ClipLengths::timecode(unsigned row, unsigned column) const {
     if (column == noColumn) return {};

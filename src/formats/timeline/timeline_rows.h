@@ -9,6 +9,7 @@
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
 #include "formats/text/name_list.h"
+#include "formats/timecode/range_names.h"
 #include "formats/timeline/exact_time.h"
 
 /// What the readers of timelines share: rows of cells by the names of their columns, and times
@@ -22,10 +23,10 @@ constexpr const char* place = "Place";
 constexpr const char* track = "Track";
 constexpr const char* clipName = "Clip Name";
 constexpr const char* reel = "Reel";
-constexpr const char* sourceIn = "Source In";
-constexpr const char* sourceOut = "Source Out";
-constexpr const char* recordIn = "Record In";
-constexpr const char* recordOut = "Record Out";
+constexpr const char* sourceIn = sourceOfEvent.start;
+constexpr const char* sourceOut = sourceOfEvent.end;
+constexpr const char* recordIn = recordOfEvent.start;
+constexpr const char* recordOut = recordOfEvent.end;
 constexpr const char* rate = "FPS";
 constexpr const char* marker = "Marker";
 constexpr const char* color = "Color";
@@ -63,6 +64,7 @@ public:
     /// A row of the log that became a timeline: only columns of that log are set.
     void beginOwn(std::size_t line, std::size_t number);
     void set(std::string_view column, std::string_view text);
+    void clear(std::string_view column);
     /// Where the row has nothing in the column yet.
     bool setIfEmpty(std::string_view column, std::string_view text);
     /// The frame at a time, and the exact time beside it where no frame begins there.

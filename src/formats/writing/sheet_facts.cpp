@@ -1,12 +1,20 @@
 #include "formats/writing/sheet_facts.h"
 
+#include <algorithm>
 #include <map>
 #include <set>
 
+#include "formats/reading/input.h"
 #include "formats/table_file/exact_cells.h"
 #include "formats/text/text_lines.h"
 
 namespace vek::formats {
+
+namespace {
+
+constexpr const char* untitled = "Untitled";
+
+}  // namespace
 
 std::vector<std::string> distinctNames(const Sheet& sheet, Losses& losses) {
     std::vector<std::string> names;
@@ -29,6 +37,17 @@ std::string place(const Sheet& sheet, unsigned row, unsigned column) {
     return sheet.log.name + ":" + std::to_string(sheet.line(row)) + ":" + sheet.name(column);
 }
 
+unsigned placeOnSheet(const Sheet& sheet, unsigned column) {
+    if (column == noColumn) return noColumn;
+    const auto at = std::find(sheet.columns.begin(), sheet.columns.end(), column);
+    if (at == sheet.columns.end()) return noColumn;
+    return static_cast<unsigned>(at - sheet.columns.begin());
+}
+
+unsigned placeNamed(const Sheet& sheet, std::string_view name) {
+    return placeOnSheet(sheet, sheet.log.findColumn(std::string(name)));
+}
+
 std::vector<ParameterText> ownParameters(const Log& log) {
     std::vector<ParameterText> out;
     for (unsigned i = 0; i < log.table->get_num_params(); ++i) {
@@ -43,6 +62,15 @@ void loseParameters(const Log& log, Losses& losses) {
     for (const ParameterText& parameter : ownParameters(log)) {
         losses.add("parameters have no place in this format", inQuotes(parameter.name));
     }
+}
+
+std::string titleOfFile(const Sheet& sheet, const std::string& output, Losses& losses) {
+    const std::string& path = sheet.log.name;
+    const std::string name = path.substr(path.rfind('/') + 1);
+    const std::string stem = name.substr(0, name.rfind('.'));
+    if (!trimmed(stem).empty() && path != Input::standardInput) return stem;
+    losses.addEach(concat(output, ": the log has no title, it is called ", untitled));
+    return untitled;
 }
 
 void loseNames(const Log& log, const std::vector<unsigned>& columns, Losses& losses) {

@@ -13,6 +13,10 @@ namespace vek::formats {
 /// "FILE:12:Scene", the place of a cell.
 std::string place(const Sheet& sheet, unsigned row, unsigned column);
 
+/// Where a column of the log stands on the sheet, and one of that name; noColumn where none does.
+unsigned placeOnSheet(const Sheet& sheet, unsigned column);
+unsigned placeNamed(const Sheet& sheet, std::string_view name);
+
 /// Names of the columns that differ, as JSON objects need them.
 std::vector<std::string> distinctNames(const Sheet& sheet, Losses& losses);
 
@@ -20,6 +24,10 @@ std::vector<std::string> distinctNames(const Sheet& sheet, Losses& losses);
 std::vector<ParameterText> ownParameters(const Log& log);
 /// Adds the parameters as lost, for formats that hold none.
 void loseParameters(const Log& log, Losses& losses);
+
+/// What a log without a title is called in formats that have one: as its file, and else "Untitled",
+/// which is told.
+std::string titleOfFile(const Sheet& sheet, const std::string& output, Losses& losses);
 
 /// Adds the names of columns as lost, for formats in which they stand in the rows, where there are
 /// none.

@@ -184,6 +184,10 @@ std::string wantedRate(const Args& args) {
     throw Failure{wrongUsage, "--fps takes a rate such as 24 or 29.97, not " + inQuotes(text)};
 }
 
+void tellOtherRate(const Log& log, const LogCounting& counting) {
+    if (!counting.overruled().empty()) say(concat(log.name, ": ", counting.overruled()));
+}
+
 Option gaugeOption() {
     return {"--gauge", "MM",
             "35 mm film with 4 perforations a frame (16 frames a foot), 3 or 2 (21 1/3, 32), "

@@ -5,6 +5,7 @@
 
 #include <vekdb/formats/keycode.h>
 #include "formats/log/log.h"
+#include "formats/timecode/counting.h"
 #include "tools/vek/cli/command.h"
 
 namespace vek {
@@ -48,6 +49,8 @@ Option fpsOption();
 
 /// The rate of --fps, "" when it was not given; a Failure when it is none.
 std::string wantedRate(const Args& args);
+/// Says where --fps goes before another rate, or another counting, that the log names itself.
+void tellOtherRate(const Log& log, const LogCounting& counting);
 
 /// The option --gauge.
 Option gaugeOption();

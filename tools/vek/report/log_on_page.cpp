@@ -49,7 +49,9 @@ LogOnPage::LogOnPage(Log log, Findings findings, unsigned number, const Wishes& 
     std::vector<unsigned> rows(rowCount());
     std::iota(rows.begin(), rows.end(), 0u);
     tables_ = tablesOf(counter_, log_, rows, clipGroupColumns(log_));
-    for (unsigned row : rows) addTo(sums_, counter_.clip(row));
+    for (unsigned row : rows) {
+        if (counter_.isClip(row)) addTo(sums_, counter_.clip(row));
+    }
     tagCount_ = static_cast<std::size_t>(std::count(tags_.begin(), tags_.end(), true));
     if (wishes.columns.empty() && !wishes.allColumns) cutColumns();
 }

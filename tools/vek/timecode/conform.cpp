@@ -33,6 +33,7 @@ public:
           keepsFrames_(args.text("keep") == "frames"),
           round_(args.text("round")),
           rateColumn_(work.counting.rateColumn()),
+          clipRate_(rateColumn_ == noColumn ? work.log.findColumn(timeline::rate) : noColumn),
           record_(recordColumns(work.log)),
           transition_(transitionColumn(work.log)),
           notes_(noteColumns(work.log, edlCommentsName)),
@@ -48,8 +49,13 @@ public:
             if (!keepsSource) lengths(row);
             if (movesRecord) onRecord(row);
             countAnew(row);
+            rateOfClip(row);
         }
         if (inexact_ > 0) refuse();
+        if (rounded_ == 0) return;
+        say(concat(work_.log.name, ": ", counted(rounded_, "time or length", "times and lengths"),
+                   " between two frames, rounded ", round_ == "nearest" ? "to the nearest" : round_,
+                   ", first ", firstRounded_));
     }
 
     /// What the log says of itself afterwards.
@@ -189,12 +195,19 @@ private:
         std::int64_t below = from_.frames() * to_.seconds();
         std::int64_t rest = above % below;
         if (rest == 0) return above / below;
+        noteRounded(row, column);
         if (round_ == "up") return above / below + 1;
         if (round_ == "nearest") return above / below + (2 * rest >= below ? 1 : 0);
         if (round_.empty()) {
             noteInexact(row, column, found.empty() ? work_.log.cell(row, column) : found);
         }
         return above / below;
+    }
+
+    void noteRounded(unsigned row, unsigned column) {
+        if (round_.empty() || rounded_++ > 0) return;
+        firstRounded_ = concat(work_.log.name, ":", std::to_string(work_.log.lineOf(row)), ":",
+                               work_.log.columnName(column));
     }
 
     void noteInexact(unsigned row, unsigned column, std::string_view found) {
@@ -225,6 +238,23 @@ private:
         return false;
     }
 
+    // A log of clips may say the rate of each, though all count at that of the log.
+    void rateOfClip(unsigned row) {
+        if (clipRate_ == noColumn) return;
+        const std::optional<FrameRate> own = parseFrameRate(work_.log.cell(row, clipRate_));
+        if (!own) return;
+        if (!own->isAsFastAs(from_)) {
+            return work_.leave(row, clipRate_, "the rate of the log, " + rateText(from_));
+        }
+        FrameRate now = to_;
+        if (own->counting == Counting::unsaid || !canDropFrames(now.nominal)) {
+            now.counting = Counting::unsaid;
+        } else if (now.counting == Counting::unsaid) {
+            now.counting = own->counting;
+        }
+        work_.put(row, clipRate_, rateText(now));
+    }
+
     bool isOnRecord(unsigned column) const {
         return column == record_.start || column == record_.end;
     }
@@ -244,13 +274,27 @@ private:
     bool keepsFrames_;
     std::string round_;
     unsigned rateColumn_;
+    unsigned clipRate_;  // of a log that is no timeline
     RangeColumns record_;
     unsigned transition_;
     std::vector<unsigned> notes_;
     Markers markers_;
     std::size_t inexact_ = 0;
     std::string first_;
+    std::size_t rounded_ = 0;
+    std::string firstRounded_;
 };
+
+// Of a rate that counts in two ways it has to be said which is meant, where nothing else changes.
+void requireChange(const FrameRate& to, const Work& work) {
+    const bool saysNothing = to.isAsFastAs(*work.counting.rate()) &&
+                             to.counting == Counting::unsaid && canDropFrames(to.nominal);
+    if (!saysNothing) return;
+    const std::string rate = rateText(to);
+    throw Failure{wrongUsage, concat("timecode conform: ", rate, " is the rate of ", work.log.name,
+                                     " already, expected ", rate, "df or ", rate,
+                                     "ndf, for drop-frame or non-drop counting, or another rate")};
+}
 
 }  // namespace
 
@@ -260,6 +304,7 @@ void conform(Work& work, const std::vector<unsigned>& columns, const Args& args)
         throw Failure{wrongUsage, "timecode conform: " + inQuotes(args.text("BY")) +
                                       " is no rate, expected one such as 25 or 29.97df"};
     }
+    requireChange(*to, work);
     Conform job(work, *to, args);
     job.cells(columns);
     job.parameters();

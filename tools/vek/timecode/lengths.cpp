@@ -3,6 +3,7 @@
 #include "formats/log/column_edits.h"
 #include "formats/text/written_names.h"
 #include "formats/timecode/clip_columns.h"
+#include "formats/timecode/range_names.h"
 #include "formats/timecode/timecode_form.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/writing.h"
@@ -50,7 +51,9 @@ void ends(Work& work, unsigned start, unsigned length, unsigned into) {
         const int nominal = work.nominal(row, start);
         std::optional<std::int64_t> frames = lengthOf(text, nominal, code->dropFrame);
         if (!frames || isNoFrame(text, nominal, code->dropFrame)) {
-            work.leave(row, length, "frames (48) or a timecode");
+            work.leave(row, length,
+                       frames ? "a length that is there in drop-frame counting, or one in frames"
+                              : "frames (48) or a timecode");
             continue;
         }
         std::int64_t day = framesInDay(nominal, code->dropFrame);
@@ -68,13 +71,19 @@ std::optional<RangeColumns> givenPair(const Log& log, const Args& args) {
     throw Failure{wrongUsage, "timecode " + args.text("ACTION") + ": --columns takes two columns"};
 }
 
+// A log that has no ends yet has starts alone.
+unsigned firstStart(const Log& log) {
+    for (const RangeName& pair : rangeNames(RangeKind::source)) {
+        const unsigned column = log.findColumn(pair.start);
+        if (column != noColumn) return column;
+    }
+    return noColumn;
+}
+
 // What the end is called where the start is called so.
 std::string endNameOf(const std::string& start) {
-    for (auto [from, to] :
-         {std::pair{"Start time", "End time"}, std::pair{"Start", "End"},
-          std::pair{"Source In", "Source Out"}, std::pair{"Mark IN", "Mark OUT"}}) {
-        if (sameText(start, from)) return to;
-    }
+    const std::vector<std::string> names = endNamesFor(start);
+    if (!names.empty()) return names.front();
     throw Failure{wrongUsage,
                   "timecode end: expected --into COLUMN for the end of " + inQuotes(start)};
 }
@@ -95,9 +104,7 @@ void durations(Work& work, const Args& args) {
 void ends(Work& work, const Args& args) {
     RangeColumns pair =
         givenPair(work.log, args)
-            .value_or(
-                RangeColumns{firstColumn(work.log, {"Start time", "Start", "Source In", "Mark IN"}),
-                             firstColumn(work.log, {"Duration"})});
+            .value_or(RangeColumns{firstStart(work.log), firstColumn(work.log, {"Duration"})});
     if (pair.start == noColumn || pair.end == noColumn) {
         throw Failure{wrongUsage, work.log.name +
                                       ": no columns such as Start and Duration, expected "

@@ -17,9 +17,17 @@ struct Shift {
     std::optional<std::int64_t> frames(unsigned row, unsigned column, const Timecode& code) const {
         const int nominal = work.nominal(row, column);
         const std::optional<std::int64_t> by = lengthOf(length, nominal, code.dropFrame);
-        if (!by) return {};
+        if (!by || isNoFrame(length, nominal, code.dropFrame)) return {};
         return inDay(work, framesOf(code, nominal) + (isBack ? -*by : *by),
                      framesInDay(nominal, code.dropFrame));
+    }
+
+    std::string whatWouldDo(unsigned row, unsigned column) const {
+        if (!lengthOf(length, work.nominal(row, column), false)) {
+            return concat("a rate that has the frame ", length);
+        }
+        return concat("a length that drop-frame counting has, which leaves out ", length,
+                      ", or one in frames");
     }
 
     std::string text(unsigned row, unsigned column, const Timecode& code, std::string_view old,
@@ -31,7 +39,7 @@ struct Shift {
         const std::optional<Timecode> code = codeOf(work, row, column);
         if (!code) return;
         const std::optional<std::int64_t> now = frames(row, column, *code);
-        if (!now) return work.leave(row, column, concat("a rate that has the frame ", length));
+        if (!now) return work.leave(row, column, whatWouldDo(row, column));
         const std::int64_t before = framesOf(*code, work.nominal(row, column));
         work.moveExact(row, column, [&](const ExactTime& time) {
             return time + ExactTime::ofFrames(*now - before, *work.counting.rate(row, column));

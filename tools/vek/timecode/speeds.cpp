@@ -1,10 +1,16 @@
 #include "tools/vek/timecode/speeds.h"
 
+#include <algorithm>
+
 #include "tools/vek/timecode/notes.h"
 
 namespace vek::timecode {
 
 namespace {
+
+unsigned edlColumnOf(const Log& log, EdlColumn column) {
+    return log.findColumn(edlColumnNames[column]);
+}
 
 bool mayHaveSpeed(std::string_view cell) {
     return cell.find("M2") != cell.npos || cell.find("m2") != cell.npos;
@@ -13,7 +19,10 @@ bool mayHaveSpeed(std::string_view cell) {
 }  // namespace
 
 Speeds::Speeds(Work& work, int newNominal)
-    : work_(work), newNominal_(newNominal), start_(work.log.findColumn("Source In")) {
+    : work_(work),
+      newNominal_(newNominal),
+      start_(edlColumnOf(work.log, edlSourceIn)),
+      reel_(edlColumnOf(work.log, edlReel)) {
     if (start_ == noColumn) return;
     notes_ = noteColumns(work_.log, edlCommentsName);
     strays_ = noteColumns(work_.log, edlCommentsBeforeName);
@@ -22,18 +31,30 @@ Speeds::Speeds(Work& work, int newNominal)
 void Speeds::move() {
     if (notes_.empty() && strays_.empty()) return;
     std::unordered_map<unsigned, std::string> starts;
+    std::unordered_map<unsigned, std::string> reels;
     for (const Edit& edit : work_.edits) {
         if (edit.column == start_) starts[edit.row] = edit.after;
+        if (edit.column == reel_) reels[edit.row] = edit.after;
     }
     const bool isOtherRate = newNominal_ != work_.counting.nominal();
     for (unsigned row : work_.rows) {
-        const auto moved = starts.find(row);
-        const std::string_view before = work_.log.cell(row, start_);
-        if (moved != starts.end())
-            notesOf(row, {before, moved->second, work_.counting.nominal(), newNominal_});
-        else if (isOtherRate && !keepsSource(row))
-            notesOf(row, {before, before, work_.counting.nominal(), newNominal_});
+        const auto start = starts.find(row);
+        const auto reel = reels.find(row);
+        const std::string_view startBefore = work_.log.cell(row, start_);
+        EdlMove move{startBefore, startBefore, work_.counting.nominal(), newNominal_};
+        if (reel_ != noColumn) move.reel = move.newReel = work_.log.cell(row, reel_);
+        if (start != starts.end()) move.newSourceIn = start->second;
+        if (reel != reels.end()) move.newReel = reel->second;
+        const bool isEdited = start != starts.end() || reel != reels.end();
+        if (isEdited || (isOtherRate && !keepsSource(row))) notesOf(row, move);
     }
+}
+
+bool Speeds::concern(const std::vector<Edit>& edits) const {
+    return (!notes_.empty() || !strays_.empty()) &&
+           std::ranges::any_of(edits, [&](const Edit& edit) {
+               return edit.column == start_ || edit.column == reel_;
+           });
 }
 
 // A clip of a timeline with a rate of its own, whose source stays, which is told.
@@ -50,7 +71,9 @@ bool Speeds::isSpeed(std::string_view line) const {
 }
 
 void Speeds::notesOf(unsigned row, const EdlMove& move) {
-    for (unsigned column : strays_) tellStrays(row, column);
+    if (move.newSourceIn != move.sourceIn || move.nominal != move.newNominal) {
+        for (unsigned column : strays_) tellStrays(row, column);
+    }
     for (unsigned column : notes_) {
         if (!mayHaveSpeed(work_.log.cell(row, column))) continue;
         work_.moveNote(row, column,

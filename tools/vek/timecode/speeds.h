@@ -10,7 +10,8 @@
 namespace vek::timecode {
 
 /// The notes of an edit list say how fast an event is played, in frames of the list's rate, and
-/// from which time of its source. They go along with the times of the event that were edited.
+/// from which time of its source, and name its reel. They go along with the times and the reel of
+/// the event that were edited.
 /// The work outlives them.
 class Speeds {
 public:
@@ -18,6 +19,9 @@ public:
     Speeds(Work& work, int newNominal);
 
     void move();
+
+    /// Whether such edits are about speeds, as there are notes to hold them.
+    bool concern(const std::vector<Edit>& edits) const;
 
 private:
     bool keepsSource(unsigned row) const;
@@ -29,6 +33,7 @@ private:
     Work& work_;
     int newNominal_;
     unsigned start_;
+    unsigned reel_;
     std::vector<unsigned> notes_;
     std::vector<unsigned> strays_;  // what stands in front of events
 };

@@ -2,6 +2,8 @@
 
 #include <charconv>
 
+#include "tools/vek/cli/say.h"
+
 namespace vek::timecode {
 
 std::optional<Timecode> codeOf(Work& work, unsigned row, unsigned column) {
@@ -42,6 +44,19 @@ std::int64_t inDay(Work& work, std::int64_t frames, std::int64_t day) {
     bool isWithin = frames >= 0 && frames < day;
     work.overMidnight += isWithin ? 0 : 1;
     return isWithin ? frames : (frames % day + day) % day;
+}
+
+void tellOdd(const Work& work) {
+    constexpr std::size_t most = 20;
+    for (std::size_t i = 0; i < work.odd.size() && i < most; ++i) {
+        say(worded(work.log.name, work.odd[i]));
+    }
+    if (work.odd.size() > most) {
+        say(work.log.name + ": " + std::to_string(work.odd.size() - most) + " more like these");
+    }
+    if (work.overMidnight > 0) {
+        say(work.log.name + ": " + counted(work.overMidnight, "cell") + " past midnight");
+    }
 }
 
 }  // namespace vek::timecode

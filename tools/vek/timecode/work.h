@@ -97,6 +97,8 @@ std::optional<std::int64_t> wholeNumber(std::string_view text);
 std::optional<std::int64_t> lengthOf(std::string_view text, int nominal, bool drops);
 /// Whether it is a length as a timecode that counting leaves out, such as 00:01:00;00.
 bool isNoFrame(std::string_view text, int nominal, bool drops);
+/// Says which cells and lines stay as they are, and how many went past midnight.
+void tellOdd(const Work& work);
 /// A frame of the day; what is past midnight begins anew, and is counted.
 std::int64_t inDay(Work& work, std::int64_t frames, std::int64_t day);
 
