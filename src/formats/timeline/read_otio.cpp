@@ -3,11 +3,16 @@
 #include <cstdlib>
 #include <map>
 #include <set>
+#include <utility>
 
 #include <vekdb/host/text_util.h>
+#include "formats/edl/edl_lines.h"
 #include "formats/json/json_tree.h"
 #include "formats/json/number_words.h"
 #include "formats/text/text_lines.h"
+#include "formats/timecode/timecode_form.h"
+#include "formats/timeline/edit_events.h"
+#include "formats/timeline/time_warps.h"
 #include "formats/timeline/timeline_rows.h"
 
 namespace vek::formats {
@@ -279,6 +284,7 @@ private:
         }
         if (columns.empty()) return;
         rows_.restore(std::move(columns), std::move(names));
+        isEditList_ = tree_.find(own, "editList") != JsonTree::none;
         for (const auto& [name, value] : tree_.members(tree_.find(own, "parameters"))) {
             rows_.restoreParameter(tree_.line(value), name, tree_.text(value));
         }
@@ -333,6 +339,7 @@ private:
         } else if (kind == "Stack" || isTrackLike(kind)) {
             readNested(item, kind == "Stack" ? "Stack" : "Track", range, around);
         } else if (kind == "Gap" || kind == "Filler") {
+            if (isNoted(item, "row")) return readClip(item, range, around);
             noteGap(item);
             readMarkers(item, range, around, {});
         } else {
@@ -369,8 +376,9 @@ private:
                 rows_.set(name, tree_.text(value));
             }
         }
-        rows_.setIfEmpty(timeline::kind, kind);
-        rows_.setIfEmpty(timeline::place, around.place);
+        if (number != JsonTree::none && rows_.isRestored()) return;
+        rows_.setIfEmpty(timeline::kind, isEditList_ ? "C" : kind);
+        if (!isEditList_) rows_.setIfEmpty(timeline::place, around.place);
         rows_.setIfEmpty(timeline::track, around.track);
     }
 
@@ -381,10 +389,12 @@ private:
 
     bool isMade(Node item) const { return isNoted(item, "made"); }
 
-    void setTimes(const Range& range, const Around& around) {
+    // `played` is how much of the source that is, where it does not run at its own speed.
+    void setTimes(const Range& range, const Around& around,
+                  std::optional<ExactTime> played = std::nullopt) {
         const FrameRate rate = sourceRate(range);
         rows_.setTime(timeline::sourceIn, range.start, rate, drops() && rate.isAsFastAs(*rate_));
-        rows_.setTime(timeline::sourceOut, range.start + range.length, rate,
+        rows_.setTime(timeline::sourceOut, range.start + played.value_or(range.length), rate,
                       drops() && rate.isAsFastAs(*rate_));
         rows_.setIfEmpty(timeline::rate, rateText(rate));
         setRecord(around.record, range.length, around);
@@ -404,7 +414,7 @@ private:
         ExactTime to = from + range.length;
         const bool isSeen = around.cut(from, to);
         if (isSeen && from == around.record && to == from + range.length) {
-            return setTimes(range, around);
+            return setTimes(range, around, played(clip, range));
         }
         if (cutClips_++ == 0) firstCut_ = tree_.line(clip);
         Range part = range;
@@ -412,7 +422,16 @@ private:
             part = {range.start + (from - around.record), to - from, range.rate};
             around.record = from;
         }
-        setTimes(part, around);
+        setTimes(part, around, played(clip, part));
+    }
+
+    // What a clip takes of its source where an effect plays it faster or slower.
+    std::optional<ExactTime> played(Node clip, const Range& range) const {
+        const std::optional<double> scalar = timeScalar(tree_, tree_.find(clip, "effects"));
+        const FrameRate rate = sourceRate(range);
+        const std::optional<ExactTime::Frames> frames = range.length.frames(rate);
+        if (!scalar || !frames || frames->whole < 0) return {};
+        return ExactTime::ofFrames(playedFrames(frames->whole, *scalar), rate);
     }
 
     void tellCut() {
@@ -441,13 +460,91 @@ private:
     FrameRate sourceRate(const Range& range) const { return range.rate ? *range.rate : *rate_; }
 
     void readClip(Node clip, const Range& range, const Around& around) {
+        sourceEnd_ = {range.start + played(clip, range).value_or(range.length), {}, range.rate};
+        if (isMade(clip)) return goingOver_.reset();
         begin(clip, "Clip", around);
-        rows_.setIfEmpty(timeline::clipName, textOf(clip, "name"));
+        setEvent(clip, range, around);
+        if (!isNoted(clip, "goesOver")) rows_.setIfEmpty(timeline::clipName, textOf(clip, "name"));
         setClipTimes(clip, range, around);
         readMedia(clip);
         readRest(clip, "", {"media_reference", "media_references", "active_media_reference_key"});
         rows_.end();
-        readMarkers(clip, range, around, textOf(clip, "name"));
+        if (!isEditList_) readMarkers(clip, range, around, textOf(clip, "name"));
+    }
+
+    // What an edit list says in its own words stands in the timeline as things of that, which
+    // others may have changed: the transition that the event begins with, and the markers on its
+    // clip.
+    void setEvent(Node clip, const Range& range, const Around& around) {
+        const std::optional<GoingOver> comes = std::exchange(goingOver_, std::nullopt);
+        if (!isEditList_) return;
+        const Node cells = tree_.find(tree_.find(tree_.find(clip, "metadata"), "vekdb"), "cells");
+        const std::string& lengthName = edlColumnNames[edlLength];
+        if (comes) {
+            const std::string text = textOf(cells, lengthName);
+            const bool isSame = std::strtoll(text.c_str(), nullptr, 10) == comes->frames;
+            const std::string frames = std::to_string(comes->frames);
+            const std::size_t zeros = frames.size() < 3 ? 3 - frames.size() : 0;
+            rows_.set(edlColumnNames[edlKind], comes->kind);
+            if (!isSame) rows_.set(lengthName, std::string(zeros, '0') + frames);
+        } else if (isNoted(clip, "goesOver")) {
+            rows_.set(edlColumnNames[edlKind], "C");
+            rows_.clear(lengthName);
+        }
+        setMarks(clip, textOf(cells, edlCommentsName(0)), range, around);
+    }
+
+    // A marker that was a note has its line, and one that others set gets a new one.
+    void setMarks(Node clip, const std::string& came, const Range& range, const Around& around) {
+        const std::vector<Node> markers = tree_.elements(tree_.find(clip, "markers"));
+        const std::string marked =
+            textOf(tree_.find(tree_.find(clip, "metadata"), "vekdb"), "marked");
+        if (markers.empty() && marked.empty()) return;
+        std::vector<std::string> lines;
+        for (std::string_view line : split(came, '\n')) lines.emplace_back(line);
+        std::set<std::size_t> gone;
+        for (std::string_view number : split(marked, ' ')) {
+            if (!number.empty())
+                gone.insert(std::strtoul(std::string(number).c_str(), nullptr, 10));
+        }
+        for (Node marker : markers) {
+            const Node own = tree_.find(tree_.find(marker, "metadata"), "vekdb");
+            const Node number = tree_.find(own, "line");
+            const std::size_t at = std::strtoul(tree_.text(number).c_str(), nullptr, 10);
+            const bool isOwn = number != JsonTree::none && at < lines.size();
+            const std::string line = isOwn ? lines[at] : "* LOC: 00:00:00:00";
+            gone.erase(isOwn ? at : lines.size());
+            const std::string made = markLine(marker, line, range, around);
+            if (isOwn)
+                lines[at] = made;
+            else
+                lines.push_back(made);
+        }
+        std::string text;
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            if (gone.contains(i) || (i == 0 && came.empty())) continue;
+            text += concat(text.empty() ? "" : "\n", lines[i]);
+        }
+        if (text == came) return;
+        rows_.clear(edlCommentsName(0));
+        rows_.set(edlCommentsName(0), text);
+    }
+
+    std::string markLine(Node marker, const std::string& line, const Range& range,
+                         const Around& around) const {
+        const std::optional<EventMark> came = eventMark(line);
+        const std::optional<Range> marked = rangeMarked(marker);
+        if (!came || !marked) return line;
+        const auto frames = (around.record + marked->start - range.start).frames(*rate_);
+        if (!frames || frames->whole < 0) return line;
+        std::optional<Timecode> code = parseTimecode(came->time);
+        if (code) code->dropFrame = code->dropFrame || drops();
+        const bool isSame = code && framesOf(*code, rate_->nominal) == frames->whole;
+        const std::string now = timecodeText(frames->whole, rate_->nominal, drops());
+        const std::string time = isSame ? std::string(came->time) : inFormOf(came->time, now);
+        const std::string color = colorOf(marker);
+        const std::string text = textOf(marker, "name");
+        return withEventMark(line, {0, time, color, text});
     }
 
     void readMedia(Node clip) {
@@ -496,7 +593,23 @@ private:
         readChildren(item, range, inside(item, range, around));
     }
 
+    // Of an edit list it is how the next event begins, and may keep the row that this comes from.
+    void readGoingOver(Node item, const Around& around) {
+        const auto frames =
+            (timeOf(tree_.find(item, "in_offset")) + timeOf(tree_.find(item, "out_offset")))
+                .frames(*rate_);
+        const std::string name = textOf(item, "name");
+        const bool isKind = isEdlTransition(name);
+        const bool isWipe = sameText(textOf(item, "transition_type"), transitionTypeOf("W001"));
+        goingOver_ = GoingOver{isKind ? name : isWipe ? "W001" : "D", frames ? frames->whole : 0};
+        if (!isNoted(item, "from")) return;
+        begin(item, "Clip", around);
+        setTimes(sourceEnd_, around);
+        rows_.end();
+    }
+
     void readTransition(Node item, const Around& around) {
+        if (isEditList_) return readGoingOver(item, around);
         begin(item, "Transition", around);
         const ExactTime before = timeOf(tree_.find(item, "in_offset"));
         const ExactTime behind = timeOf(tree_.find(item, "out_offset"));
@@ -633,6 +746,13 @@ private:
     std::map<std::string, std::size_t> tracksOf_;
     std::unordered_map<Node, ExactTime> lengths_;
     bool isTitled_ = false;
+    bool isEditList_ = false;  // that became a timeline
+    struct GoingOver {
+        std::string kind;
+        std::int64_t frames;
+    };
+    std::optional<GoingOver> goingOver_;  // to the next clip
+    Range sourceEnd_;                     // of the clip before, without a length
 };
 
 void reportNumberWords(std::size_t line, Log& log) {

@@ -92,6 +92,11 @@ void TimelineRows::set(std::string_view column, std::string_view text) {
     if (at != nowhere) cell(at) = text;
 }
 
+void TimelineRows::clear(std::string_view column) {
+    const std::size_t at = columnFor(column);
+    if (at < used_) row_.cells[at].clear();
+}
+
 bool TimelineRows::setIfEmpty(std::string_view column, std::string_view text) {
     const std::size_t at = columnFor(column);
     if (at == nowhere || text.empty()) return false;

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <queue>
 
@@ -9,6 +10,8 @@
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
 #include "formats/timeline/clip_lengths.h"
+#include "formats/timeline/edit_events.h"
+#include "formats/timeline/time_warps.h"
 #include "formats/timeline/timeline_rows.h"
 #include "formats/writing/sheet_facts.h"
 #include "formats/writing/write_formats.h"
@@ -27,6 +30,8 @@ struct Item {
     std::int64_t length = 0;
     bool isTransition = false;
     std::size_t nest = noNest;
+    bool isMade = false;       // of an edit list's event, of which the clip is the row
+    unsigned from = noColumn;  // a row of no length that the transition comes from
 };
 
 // A stack or track within a track, where it lies on the record. What stands in it begins so many
@@ -48,7 +53,8 @@ struct Track {
 
 bool comesBefore(const Item& a, const Item& b) {
     if (a.start != b.start) return a.start < b.start;
-    return a.isTransition && !b.isTransition;
+    const auto goesFirst = [](const Item& item) { return item.isTransition && !item.isMade; };
+    return goesFirst(a) && !goesFirst(b);
 }
 
 // A track of sound, by its name: "A", "A2".
@@ -65,6 +71,7 @@ public:
           losses_(losses),
           counting_(sheet.log, style.rate),
           isTimeline_(isTimeline(sheet.log)),
+          events_(sheet),
           names_(distinctNames(sheet, losses)) {
         findColumns();
         require();
@@ -72,6 +79,8 @@ public:
     }
 
     void write() {
+        const std::string overruled = counting_.overruled();
+        if (!overruled.empty()) losses_.addEach(concat(sheet_.log.name, ": ", overruled));
         findNests();
         for (unsigned row = 0; row < sheet_.rowCount(); ++row) place(row);
         for (auto& [name, track] : tracks_) addLanes(track);
@@ -79,23 +88,16 @@ public:
     }
 
 private:
-    unsigned sheetPlace(unsigned column) const {
-        auto at = std::find(sheet_.columns.begin(), sheet_.columns.end(), column);
-        return at == sheet_.columns.end() ? noColumn
-                                          : static_cast<unsigned>(at - sheet_.columns.begin());
-    }
-
     unsigned find(std::initializer_list<const char*> names) const {
         for (const char* name : names) {
-            const unsigned column = sheet_.log.findColumn(name);
-            const unsigned at = column == noColumn ? noColumn : sheetPlace(column);
+            const unsigned at = placeNamed(sheet_, name);
             if (at != noColumn) return at;
         }
         return noColumn;
     }
 
     RangeColumns onSheet(const RangeColumns& columns) const {
-        RangeColumns pair{sheetPlace(columns.start), sheetPlace(columns.end)};
+        RangeColumns pair{placeOnSheet(sheet_, columns.start), placeOnSheet(sheet_, columns.end)};
         if (pair.start == noColumn || pair.end == noColumn) return {noColumn, noColumn};
         return pair;
     }
@@ -223,9 +225,14 @@ private:
         losses_.addEach(worded(sheet_.log.name, {sheet_.line(row), "", found, expected, outcome}));
     }
 
-    Track& trackOf(unsigned row) {
+    Track& trackOf(unsigned row) { return trackNamed(trackName(row)); }
+
+    std::string trackName(unsigned row) const {
         const std::string_view own = trimmed(cell(row, track_));
-        const std::string name = own.empty() ? "V" : std::string(own);
+        return own.empty() ? "V" : std::string(own);
+    }
+
+    Track& trackNamed(const std::string& name) {
         auto [at, isNew] = trackNumbers_.try_emplace(name, tracks_.size());
         if (isNew) tracks_.push_back({name, {name, noColumn, {}}});
         return tracks_[at->second].second;
@@ -263,7 +270,50 @@ private:
         const bool isSped = item.length != lengths_->asRecord(*length, row);
         if (!isSped) tellBetweenFrames(row, *length);
         owner_ = row;
-        itemsAround(row).push_back(item);
+        if (!events_.areThere()) return itemsAround(row).push_back(item);
+        if (!isFolded(item)) return layEvent(item);
+        from_ = row;
+    }
+
+    // On each track that the event is of: the row itself, and copies for those who look there.
+    void layEvent(Item item) {
+        if (events_.isKey(item.row)) {
+            tell(item.row, concat("a key ", inQuotes(events_.kind(item.row))),
+                 "a cut, a dissolve or a wipe", "the timeline has a clip that says nothing of it");
+        }
+        const bool goesOver = events_.transition(item.row).has_value();
+        unsigned from = std::exchange(from_, noColumn);
+        for (const std::string& name : events_.tracks(trackName(item.row))) {
+            std::vector<Item>& items = trackNamed(name).items;
+            if (goesOver) items.push_back({item.row, item.start, 0, true, noNest, true, from});
+            items.push_back(item);
+            item.isMade = true;
+            from = noColumn;
+        }
+    }
+
+    // What an event comes from stands in front of it once more, without a length. Where the clip
+    // before goes on so, a timeline has that clip alone, and the transition keeps the row.
+    bool isFolded(const Item& item) {
+        const unsigned next = item.row + 1;
+        if (item.length != 0 || !events_.isContinued(next) || !events_.transition(next))
+            return false;
+        if (trackName(item.row) != trackName(next) || events_.isBlack(item.row)) return false;
+        if (!lengths_->inSource(next) || !lengths_->onRecord(next)) return false;
+        const std::vector<Item>& items =
+            trackNamed(events_.tracks(trackName(item.row)).front()).items;
+        if (items.empty() || items.back().isTransition) return false;
+        const Item& last = items.back();
+        return last.start + last.length == item.start && isSourceEnd(last, item.row) &&
+               sameText(trimmed(cell(last.row, reel_)), trimmed(cell(item.row, reel_)));
+    }
+
+    bool isSourceEnd(const Item& last, unsigned row) const {
+        const std::optional<Timecode> end = lengths_->timecode(last.row, source_.end);
+        const std::optional<Timecode> start = lengths_->timecode(row, source_.start);
+        const std::optional<Timecode> same = lengths_->timecode(row, source_.end);
+        return end && start && same && end->order() == start->order() &&
+               same->order() == start->order();
     }
 
     // Clips lie behind one another by how long they are, whatever their rates.
@@ -285,13 +335,20 @@ private:
         const std::optional<Timecode> start = lengths_->timecode(row, record_.start);
         item.start = framesOf(*start, rate().nominal);
         if (*length != item.length) {
-            tell(row,
-                 concat(std::to_string(item.length), " frames in the source and ",
-                        std::to_string(*length), " in the record"),
-                 "as many", "the clip gets a change of speed");
+            if (!saysSpeed(row)) {
+                tell(row,
+                     concat(std::to_string(item.length), " frames in the source and ",
+                            std::to_string(*length), " in the record"),
+                     "as many", "the clip gets a change of speed");
+            }
             item.length = *length;
         }
         return true;
+    }
+
+    // Whether it says itself why it runs for another time on the record.
+    bool saysSpeed(unsigned row) const {
+        return events_.isBlack(row) || events_.speed(row) || ownEffects(row) != "[]";
     }
 
     void placeTransition(unsigned row) {
@@ -351,15 +408,16 @@ private:
     void writeTimeline() {
         const std::int64_t start = startOfAll();
         zero_ = record_.start == noColumn ? 0 : start;
-        out_.write("{\"OTIO_SCHEMA\": \"Timeline.1\", \"name\": " + string(title()) +
-                   ",\n\"metadata\": {\"vekdb\": {\"rate\": " +
-                   string(rateText(rateAndCounting())) + ",\n  \"columns\": {" + columns() +
-                   "},\n  \"names\": {" + ownNames() + "},\n  \"parameters\": {" + parameters() +
-                   "}}},\n\"global_start_time\": " + time(start, rate()) +
-                   ",\n\"tracks\": {\"OTIO_SCHEMA\": \"Stack.1\", \"name\": "
-                   "\"tracks\", \"source_range\": null, \"metadata\": {}, \"effects\": [], "
-                   "\"enabled\": true, \"markers\": " +
-                   markersOf(noColumn, zero_) + ", \"children\": [\n");
+        out_.write(
+            "{\"OTIO_SCHEMA\": \"Timeline.1\", \"name\": " + string(title()) +
+            ",\n\"metadata\": {\"vekdb\": {\"rate\": " + string(rateText(rateAndCounting())) +
+            (events_.areThere() ? ",\n  \"editList\": true" : "") + ",\n  \"columns\": {" +
+            columns() + "},\n  \"names\": {" + ownNames() + "},\n  \"parameters\": {" +
+            parameters() + "}}},\n\"global_start_time\": " + time(start, rate()) +
+            ",\n\"tracks\": {\"OTIO_SCHEMA\": \"Stack.1\", \"name\": "
+            "\"tracks\", \"source_range\": null, \"metadata\": {}, \"effects\": [], "
+            "\"enabled\": true, \"markers\": " +
+            markersOf(noColumn, zero_) + ", \"children\": [\n");
         Progress progress(sheet_.log.opening.watcher, "writing", sheet_.rowCount());
         std::size_t done = 0;
         for (std::size_t i = 0; i < lanes_.size(); ++i) {
@@ -380,12 +438,10 @@ private:
         return own;
     }
 
-    std::string title() const {
+    std::string title() {
         std::string name = sheet_.log.parameter("TITLE");
         if (name.empty()) name = sheet_.log.parameter("Project");
-        if (!name.empty()) return name;
-        const std::string path = sheet_.log.name.substr(sheet_.log.name.rfind('/') + 1);
-        return path.substr(0, path.rfind('.'));
+        return name.empty() ? titleOfFile(sheet_, out_.name(), losses_) : name;
     }
 
     std::string string(std::string_view text) {
@@ -477,7 +533,8 @@ private:
     // In a stack all things begin at one frame.
     void writeItem(const Item& item, const std::int64_t* ofStack) {
         if (item.nest != noNest) return writeNest(nests_[item.nest], ofStack);
-        item.isTransition ? writeTransition(item) : writeClip(item);
+        if (!item.isTransition) return writeClip(item);
+        item.isMade ? writeGoingOver(item) : writeTransition(item);
     }
 
     // Tracks lie in a stack, and what begins later than it lies in a track that is made.
@@ -547,18 +604,110 @@ private:
         const std::int64_t start = framesOf(*lengths_->timecode(row, source_.start), own.nominal);
         const std::int64_t length = *lengths_->inSource(row);
         const bool isSped = lengths_->asRecord(length, row) != item.length;
-        std::vector<unsigned> kept = keptTimes(item, start, isSped ? item.length : length);
-        if (clipName_ != noColumn) kept.push_back(clipName_);
-        out_.write("{\"OTIO_SCHEMA\": \"Clip.2\", \"name\": " + string(cell(row, clipName_)) +
-                   ", \"source_range\": " +
-                   range(start, isSped ? item.length : length, own, isSped ? rate() : own) +
-                   ", \"effects\": " + effects(row, isSped, length, item.length) +
-                   ", \"enabled\": " + (isDisabled(row) ? "false" : "true") +
-                   ", \"markers\": " + markersOf(row, start) +
-                   ", \"media_references\": {\"DEFAULT_MEDIA\": " + reference(row) +
-                   "}, \"active_media_reference_key\": \"DEFAULT_MEDIA\", "
-                   "\"metadata\": " +
-                   metadata(row, kept) + "}");
+        const std::string played = effects(row, isSped, length, item.length);
+        const std::int64_t shown = isSped ? item.length : length;
+        const std::int64_t inSource = playedLength(played, shown);
+        std::vector<unsigned> kept = keptTimes(item, start, inSource);
+        const bool goesOver = events_.transition(row).has_value();
+        if (clipName_ != noColumn && !goesOver) kept.push_back(clipName_);
+        const bool isGap = events_.isBlack(row);
+        out_.write(concat(isGap ? "{\"OTIO_SCHEMA\": \"Gap.1\"" : "{\"OTIO_SCHEMA\": \"Clip.2\"",
+                          ", \"name\": ", string(nameOf(row, goesOver)),
+                          ", \"source_range\": ", range(start, shown, own, isSped ? rate() : own),
+                          ", \"effects\": ", played,
+                          ", \"enabled\": ", isDisabled(row) ? "false" : "true",
+                          ", \"markers\": ", markersOn(item, start)));
+        if (!isGap) {
+            out_.write(concat(", \"media_references\": {\"DEFAULT_MEDIA\": ", reference(row),
+                              "}, \"active_media_reference_key\": \"DEFAULT_MEDIA\""));
+        }
+        out_.write(concat(", \"metadata\": ",
+                          item.isMade ? madeMetadata : metadata(row, kept, noteOf(row).c_str()),
+                          "}"));
+    }
+
+    // What is gone over to has the second name of its event.
+    std::string_view nameOf(unsigned row, bool goesOver) const {
+        const std::string_view to = goesOver ? cell(row, find({"To Clip Name"})) : "";
+        return to.empty() ? cell(row, clipName_) : to;
+    }
+
+    // As a reader finds it.
+    static std::int64_t playedLength(const std::string& effects, std::int64_t length) {
+        if (effects == "[]") return length;
+        JsonTree tree;
+        if (tree.parse(effects)) return length;
+        const std::optional<double> scalar = timeScalar(tree, tree.root());
+        return scalar ? playedFrames(length, *scalar) : length;
+    }
+
+    // What a reader has to find beside the clip of an event.
+    std::string noteOf(unsigned row) const {
+        std::string lines;
+        for (const EventMark& mark : events_.marks(row)) {
+            if (!timeOf(row, mark)) continue;
+            lines += concat(lines.empty() ? "" : " ", std::to_string(mark.line));
+        }
+        return concat(events_.transition(row) ? "\"goesOver\": true, " : "",
+                      lines.empty() ? "" : concat("\"marked\": \"", lines, "\", "));
+    }
+
+    // The frame of the clip that a marker stands on; nothing outside of it.
+    std::optional<std::int64_t> timeOf(unsigned row, const EventMark& mark) const {
+        if (record_.start == noColumn) return {};
+        const std::optional<Timecode> start = lengths_->timecode(row, record_.start);
+        const std::optional<std::int64_t> length = lengths_->onRecord(row);
+        std::optional<Timecode> code = parseTimecode(mark.time);
+        if (!start || !code || !length) return {};
+        code->dropFrame = code->dropFrame || start->dropFrame;
+        const std::int64_t at = framesOf(*code, rate().nominal) - framesOf(*start, rate().nominal);
+        const bool isWithin = isCounted(*code, rate().nominal) && at >= 0 && at <= *length;
+        return isWithin ? std::optional(at) : std::nullopt;
+    }
+
+    // Those of the rows behind it, and those of its notes.
+    std::string markersOn(const Item& item, std::int64_t start) {
+        std::string marks;
+        for (const EventMark& mark : events_.marks(item.row)) {
+            const std::optional<std::int64_t> at = timeOf(item.row, mark);
+            if (!at && !item.isMade) {
+                tell(item.row, concat("a marker at ", mark.time),
+                     "a time within the record of its event", "it stays a note");
+            }
+            if (at)
+                marks += concat(marks.empty() ? "" : ",\n  ", markOf(item.row, mark, start + *at));
+        }
+        if (marks.empty()) return item.isMade ? "[]" : markersOf(item.row, start);
+        return concat("[\n  ", marks, "]");
+    }
+
+    std::string markOf(unsigned row, const EventMark& mark, std::int64_t at) {
+        const FrameRate own = lengths_->sourceRate(row);
+        return concat("{\"OTIO_SCHEMA\": \"Marker.2\", \"name\": ", string(mark.text),
+                      ", \"color\": ", string(mark.color), ", \"comment\": \"\"",
+                      ", \"marked_range\": ", range(at, 0, own, own),
+                      ", \"metadata\": {\"vekdb\": {\"made\": true, \"line\": ",
+                      std::to_string(mark.line), "}}}");
+    }
+
+    // The transition that an event begins with, from its first frame on.
+    void writeGoingOver(const Item& item) {
+        const std::string kind(events_.kind(item.row));
+        std::string own = madeMetadata;
+        if (item.from != noColumn) {
+            const FrameRate sourceRate = lengths_->sourceRate(item.from);
+            const std::int64_t at =
+                framesOf(*lengths_->timecode(item.from, source_.start), sourceRate.nominal);
+            Item from = item;
+            from.row = item.from;
+            from.length = 0;
+            own = metadata(item.from, keptTimes(from, at, 0), "\"from\": true, ");
+        }
+        out_.write(concat("{\"OTIO_SCHEMA\": \"Transition.1\", \"name\": ", string(kind),
+                          ", \"transition_type\": ", string(transitionTypeOf(kind)),
+                          ", \"in_offset\": ", time(0, rate()),
+                          ", \"out_offset\": ", time(*events_.transition(item.row), rate()),
+                          ", \"metadata\": ", own, "}"));
     }
 
     bool isDisabled(unsigned row) const {
@@ -594,11 +743,31 @@ private:
 
     std::string effects(unsigned row, bool isSped, std::int64_t length, std::int64_t made) {
         std::string own = ownEffects(row);
-        if (own != "[]" || !isSped || made == 0) return own;
+        const std::optional<std::int64_t> tenths = events_.speed(row);
+        if (own != "[]" || events_.isBlack(row)) return own;
+        if (tenths) return speedEffect(*tenths, lengths_->asRecord(length, row), made);
+        if (!isSped || made == 0) return own;
+        return warp(static_cast<double>(lengths_->asRecord(length, row)) /
+                    static_cast<double>(made));
+    }
+
+    // The speed that an edit list says, as exact as the lengths of its event say it.
+    std::string speedEffect(std::int64_t tenths, std::int64_t length, std::int64_t made) const {
+        if (tenths == 0) {
+            return "[{\"OTIO_SCHEMA\": \"FreezeFrame.1\", \"name\": \"\", \"effect_name\": "
+                   "\"FreezeFrame\", \"metadata\": {}, \"time_scalar\": 0}]";
+        }
+        const int nominal = rate().nominal;
+        const double said = static_cast<double>(tenths) / (10.0 * nominal);
+        if (made <= 0 || length <= 0 || length > mostLength) return warp(said);
+        const std::int64_t own = (length * nominal * 20 + made) / (2 * made);
+        const double ratio = static_cast<double>(length) / static_cast<double>(made);
+        return warp(own == std::abs(tenths) ? std::copysign(ratio, said) : said);
+    }
+
+    static std::string warp(double scalar) {
         char text[32];
-        std::snprintf(
-            text, sizeof text, "%.15g",
-            static_cast<double>(lengths_->asRecord(length, row)) / static_cast<double>(made));
+        std::snprintf(text, sizeof text, "%.15g", scalar);
         return concat(
             "[{\"OTIO_SCHEMA\": \"LinearTimeWarp.1\", \"name\": \"\", \"effect_name\": "
             "\"LinearTimeWarp\", \"metadata\": {}, \"time_scalar\": ",
@@ -682,6 +851,7 @@ private:
                ", \"metadata\": " + metadata(row, {}) + "}";
     }
 
+    static constexpr std::int64_t mostLength = 1'000'000'000'000;  // frames
     static constexpr const char* madeMetadata = "{\"vekdb\": {\"made\": true}}";
 
     const Sheet& sheet_;
@@ -690,6 +860,7 @@ private:
     LogCounting counting_;
     std::optional<ClipLengths> lengths_;
     bool isTimeline_;
+    EditEvents events_;
     std::vector<std::string> names_;
     RangeColumns source_, record_;
     unsigned clipName_ = noColumn, reel_ = noColumn, track_ = noColumn, kind_ = noColumn,
@@ -701,6 +872,7 @@ private:
     std::map<std::string, std::size_t, std::less<>> nestAt_;  // by place
     std::map<unsigned, std::vector<unsigned>> markers_;       // rows, by the row that they are on
     unsigned owner_ = noColumn;
+    unsigned from_ = noColumn;  // the row that the next event comes from
     std::int64_t laid_ = 0;
     std::int64_t zero_ = 0;
 };
