@@ -21,7 +21,6 @@ protected:
     RecordOwner() = default;
     RecordOwner(const RecordOwner&) = default;
     RecordOwner& operator=(const RecordOwner&) = default;
-    ~RecordOwner() = default;
 
 private:
     friend class dbrecord;
@@ -29,6 +28,9 @@ private:
     virtual void recordChanged() = 0;
     /// The values were read from a line.
     virtual void recordRead() = 0;
+
+protected:
+    virtual ~RecordOwner() = default;  // behind the others, whose slots stay where they were
 };
 
 /// One row: an ordered list of at most 65,535 values, each held as text, a changed flag, an

@@ -15,8 +15,8 @@ class vekdb;
 /// record as they are wanted, both rows share their text; others are copied one behind the other.
 /// No value gets memory of its own, and values are kept byte for byte.
 ///
-/// As with `vekdb::add_vekdb`, rows that are appended are not marked as changed, and nobody is
-/// told. Where memory ends, the rows that were appended stay, the last one perhaps empty.
+/// As with `vekdb::add_vekdb`, rows that are appended are neither tagged nor marked as changed, and
+/// nobody is told. Where memory ends, the rows that were appended stay, the last one perhaps empty.
 class VEKDB_PUBLIC RowCopies {
 public:
     /// The table outlives this. Its columns are all there; while only its tagged rows are shown,

@@ -47,11 +47,12 @@ public:
     explicit vekdb(const std::vector<DBFieldDesc>& fields);
     /// Loads a file; see `loadFromFile`.
     vekdb(LightweightString<wchar_t> fileName, int maxRecords, bool requireMagic);
-    /// Copies columns and parameters, and the rows shown when `withRecords` is non-zero. The
-    /// copied rows have no container: changing them does not mark this table modified.
+    /// Copies columns and parameters, and the rows shown when `withRecords` is non-zero, without
+    /// their tags. The copied rows have no container: changing them does not mark this table
+    /// modified.
     vekdb(const vekdb& source, int withRecords);
-    /// Copies columns and the rows shown, no parameters; the pointer is not read. Note that
-    /// `vekdb(source, 0)` and `vekdb(source, nullptr)` are opposites.
+    /// Copies columns and the rows shown, no parameters and no tags; the pointer is not read. Note
+    /// that `vekdb(source, 0)` and `vekdb(source, nullptr)` are opposites.
     vekdb(const vekdb& source, DBFieldDesc* ignored);
     vekdb(const vekdb&) = delete;
     vekdb& operator=(const vekdb&) = delete;
@@ -120,8 +121,8 @@ public:
     /// Deletes every row whose tag is 1, one notice a run; how many, or 0xFFFFFFFF while only
     /// tagged rows are shown.
     unsigned delete_tagged_records() override;
-    /// Overwrites a row's values with another table's row; a missing row does nothing. Where
-    /// memory ends, the values behind are empty.
+    /// Overwrites a row's values with another table's row, and leaves its tag; a missing row does
+    /// nothing. Where memory ends, the values behind are empty.
     void copy_record(unsigned row, vekdb* source, unsigned sourceRow);
     /// The same from a record; null does nothing.
     void copy_record(unsigned row, const dbrecord* source);
@@ -213,7 +214,9 @@ public:
     void removeField(const LightweightString<char>& name);
     /// Whether both have the same column names, with regard to case, in the same order.
     bool sameColumns(const vekdb* other) const;
-    /// Whether the column is the start or the end of a range of labels by its name.
+    /// Whether the column is the start or the end of a range of labels by its name: "Start time",
+    /// "snd start", "start 24P code", "start keycode", "start camcode", "start inkcode" and the
+    /// same with "End" or "end", written just so.
     bool isSpecialLabelField(unsigned long field) const;
     /// The minimum display width of a column of this name, 4 for unknown names.
     static std::int32_t getMinFieldSize(const char* name);
@@ -265,10 +268,16 @@ public:
     ///
     /// What is written is not always what loads again. A table without parameters, as one that
     /// came from a plain .csv, makes a file that does not load: `add_param` once. A value is
-    /// saved up to its first NUL, loses white space at both ends when it is read, and is cut when
-    /// it is longer than 4,095 bytes: the rest makes a value of its own, and the line has one too
-    /// many. A column's name is cut at about 250 bytes. A parameter's name ends at its first
-    /// colon, and its value must not hold a line end.
+    /// saved up to its first NUL, and loses white space at both ends when it is read. A column's
+    /// name is cut at about 250 bytes. A parameter's name ends at its first colon, and its value
+    /// must not hold a line end.
+    ///
+    /// Values of up to 4,094 bytes load as they were saved; longer ones can be set and are saved
+    /// whole, but loading takes 4,095 bytes of a value, drops the byte of the line behind these
+    /// and begins another value with what follows. The last value of a line may so have 4,095
+    /// bytes. Any other of 4,095, and mostly a longer one, gives its line a value too many, at
+    /// which loading ends as at every line of the wrong length; but one of 4,096 bytes that is not
+    /// the last loses a byte and runs into the value behind it, and NO ERROR IS SET.
     int save_text() override;
     /// Writes the tagged records only; 1, or 0 when saving failed.
     int save_tags() override;
@@ -311,11 +320,18 @@ public:
     // --- query
     /// Asks for rows whose values contain those of `query`, column by column and without regard
     /// to case; blank ones ask for nothing. The record is not kept. One that is null or has
-    /// fewer values than there are columns leaves the old query in force. A start or an end
-    /// column of labels asks for its range: rows match whose start and end enclose the text,
-    /// whichever of the two it stands in.
+    /// fewer values than there are columns leaves the old query in force.
+    ///
+    /// A start or an end column of labels asks for its range, whichever of the two the text stands
+    /// in: a row matches whose start begins with the text, or lies before it while the end is not
+    /// before it. Values are compared from their first byte, as many as the text has, with regard
+    /// to case and whatever the column's type. A row without a start does not match, one without
+    /// an end only by its start. Texts in both columns must both lie in the range. What counts is
+    /// the name that a column had when the table was made or loaded, not from a plain .csv, or the
+    /// column added: renamed later, one of these matches whatever is asked.
     void set_query(dbrecord* query) override;
-    /// Sets the criteria of each column; too few of them leave the old query in force.
+    /// Sets the criteria of each column, of the columns of a range the first one's text alone; too
+    /// few of them leave the old query in force.
     void setQuery(const std::vector<TextSearch::Criteria>& criteria);
     /// Tags the shown rows that match with 1 and, unless `keepTags`, the others with 0; how many
     /// match, 0 without a query.

@@ -122,9 +122,15 @@ public:
     Result<void> setParameter(std::string_view name, std::string_view value);
 
     /// Writes the log back into the file that it was read from with `openToChange`, in its format
-    /// and by the rules of FileReplacement: whole or not at all, owner and rights kept. `keepsOld`
-    /// leaves the old file beside it as "NAME.bak". Says what the format did not hold. This lets go
-    /// of the file: who wants to go on changing it opens it anew.
+    /// and by the rules of FileReplacement: whole or not at all, owner and rights kept where the
+    /// system lets. `keepsOld` leaves the old file beside it as "NAME.bak". Says what the format
+    /// and the new file did not hold. A file that would be the same is not touched, and gets none
+    /// beside it.
+    ///
+    /// Saving lets go of the file: who wants to go on changing it opens it anew. No value, and the
+    /// file as it was and still held, where it cannot be written or somebody else changed it; no
+    /// value either for a log that is not open to be changed, that was saved or let go of, and for
+    /// a copy.
     Result<Saved> save(bool keepsOld = false);
     /// Whether the log came in a format that is written back in place; others are only saved as
     /// another file.

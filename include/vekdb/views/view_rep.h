@@ -114,7 +114,7 @@ public:
     /// Adjusts the room for rows: at least 20 entries, halved when more than twice what is
     /// wanted, doubled or more when less. 0 frees it. The row count stays.
     void sizeIndexFor(int n);
-    /// Shows one more source row at the end.
+    /// Shows one more source row at the end; as all new rows it keeps the tag byte of its slot.
     void append(int row);
     /// Shows every source row in source order, and tells nobody. Where memory ends, the first
     /// rows are shown.
@@ -219,8 +219,9 @@ public:
     /// its own name overwrites the table's file. Null without a table. Its count is 0: hand it to
     /// a handle at once, or use `VDBView::copy`.
     VDBViewRep* copy();
-    /// A view of the same rows and tags over a copy of the table. Hold the view by a handle, and
-    /// delete its `table()` after the last handle went: nobody else owns that table.
+    /// A view of the same rows and tags over a copy of the table, which has no tags. Hold the view
+    /// by a handle, and delete its `table()` after the last handle went: nobody else owns that
+    /// table.
     VDBViewRep* copyWithNewBaseView();
 
     // --- the record-source interface, in view rows

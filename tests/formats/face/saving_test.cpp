@@ -87,6 +87,16 @@ TEST(SavingLogs, ChangesAFileInPlace) {
     EXPECT_EQ(folder.read("day.csv.bak"), csv);
 }
 
+TEST(SavingLogs, TouchesNoFileThatWouldBeTheSame) {
+    TempDir folder;
+    folder.write("day.csv", csv);
+    const auto before = std::filesystem::last_write_time(folder.file("day.csv"));
+    auto log = vek::openToChange(folder.file("day.csv").string());
+    ASSERT_TRUE(log->save(true));
+    EXPECT_EQ(before, std::filesystem::last_write_time(folder.file("day.csv")));
+    EXPECT_FALSE(std::filesystem::exists(folder.file("day.csv.bak")));
+}
+
 TEST(SavingLogs, LetsGoOfTheFileThatWasSaved) {
     TempDir folder;
     folder.write("day.csv", csv);
@@ -125,6 +135,7 @@ TEST(SavingLogs, LeavesAFileThatSomebodyElseChangedMeanwhile) {
     auto saved = log->save();
     EXPECT_EQ(saved.reason().kind, vek::Reason::unwritable);
     EXPECT_EQ(folder.read("day.csv"), "Scene,Notes\n99,theirs\n");
+    EXPECT_FALSE(vek::openToChange(folder.file("day.csv").string())) << "it is still held";
 }
 
 TEST(SavingLogs, SavesNoLogInPlaceThatWasOpenedToBeRead) {

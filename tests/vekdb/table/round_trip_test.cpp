@@ -137,6 +137,34 @@ TEST_F(RoundTrip, SavingAgainWritesTheSameBytes) {
     }
 }
 
+// What the rows of two columns come back as, the first one's values of these sizes.
+std::vector<Strings> loadedAgain(std::size_t first, std::size_t second) {
+    const TempDir folder;
+    const CaptureDiagnostics said;
+    vekdb table(std::vector<DBFieldDesc>{{"A", DBFieldTypes::text}, {"B", DBFieldTypes::text}});
+    table.add_param("Project", "p");
+    table.add_records(1);
+    table.set_field(0, 0, std::string(first, 'a').c_str());
+    table.set_field(0, 1, std::string(second, 'b').c_str());
+    table.set_filename(folder.widePath("log"));
+    EXPECT_EQ(1, table.save_text());
+    EXPECT_EQ(first, table.getField(0, 0).length());
+    return rowsOf(vekdb(folder.widePath("log"), 1 << 30, true));
+}
+
+TEST_F(RoundTrip, ValuesComeBackUpToTheLengthThatTheHeaderNames) {
+    const auto rows = [](std::size_t a, std::size_t b) {
+        return std::vector<Strings>{{std::string(a, 'a'), std::string(b, 'b')}};
+    };
+    const std::vector<Strings> none;
+    EXPECT_EQ(rows(4094, 4094), loadedAgain(4094, 4094));
+    EXPECT_EQ(rows(1, 4095), loadedAgain(1, 4095));
+    EXPECT_EQ(none, loadedAgain(1, 4096));
+    EXPECT_EQ(none, loadedAgain(4095, 1));
+    EXPECT_EQ(none, loadedAgain(5000, 1));
+    EXPECT_EQ((std::vector<Strings>{{std::string(4095, 'a'), ",b"}}), loadedAgain(4096, 1));
+}
+
 std::unique_ptr<vekdb> savedAndLoaded(vekdb& table, const TempDir& folder) {
     table.set_filename(folder.widePath("again"));
     table.save_text();
