@@ -103,41 +103,6 @@ bool TextFile::keepLoaded(int error, std::size_t size, char separator) {
     return true;
 }
 
-bool TextFile::beginLoad(const LightweightString<wchar_t>& path, char separator) {
-    clear();
-    LightweightString<char> file;
-    if (pathToUTF8(path, file)) {
-        arrival_ = TextArrival::begin(file.c_str());
-    }
-    return keepArriving(separator);
-}
-
-bool TextFile::beginLoad(int descriptor, char separator) {
-    clear();
-    arrival_ = TextArrival::begin(descriptor);
-    return keepArriving(separator);
-}
-
-bool TextFile::keepArriving(char separator) {
-    if (!arrival_) {
-        return false;
-    }
-    block_ = arrival_->text();
-    textSize_ = loadedSize_ = block_->size();
-    separator_ = separator;
-    return true;
-}
-
-std::string_view TextFile::textSoFar() const {
-    if (!block_) {
-        return "";
-    }
-    if (arrival_ && arrived_ == 0) {
-        arrived_ = arrival_->waitBeyond(0);
-    }
-    return {block_->data(), arrival_ ? arrived_ : textSize_};
-}
-
 bool TextFile::save(const LightweightString<wchar_t>& path, eEOLStyle style) const {
     LightweightString<char> file;
     FileReplacement target(DiskFlush::isOn);
@@ -154,21 +119,6 @@ bool TextFile::save(const LightweightString<wchar_t>& path, eEOLStyle style) con
     return writeLines(output, end) && output.flush() && target.commit();
 }
 
-void TextFile::beginSave(const LightweightString<wchar_t>& path) {
-    LightweightString<char> file;
-    const bool isPath = pathToUTF8(path, file);
-    departure_ =
-        Quor::Ptr<TextDeparture>(new TextDeparture(isPath ? file.c_str() : "", DiskFlush::isOn));
-}
-
-bool TextFile::endSave() {
-    assert(departure_);
-    sendLines();
-    const bool isSaved = departure_->end();
-    clear();
-    return isSaved;
-}
-
 // Lines that were appended lie in the block just as the file is to hold them.
 void TextFile::sendLines() {
     if (textSize_ == 0) {
@@ -182,12 +132,6 @@ void TextFile::sendLines() {
 
 LightweightString<char> TextFile::operator[](unsigned i) const {
     return LightweightString<char>(line(i));
-}
-
-void TextFile::awaitAll() const {
-    if (arrival_) {
-        arrived_ = arrival_->waitBeyond(textSize_ - 1);
-    }
 }
 
 std::string_view TextFile::line(unsigned i) const {

@@ -106,15 +106,8 @@ public:
 private:
     friend class TextInPieces;
 
-    bool beginLoad(const LightweightString<wchar_t>& path, char separator);
-    bool beginLoad(int descriptor, char separator);
-    std::string_view textSoFar() const;
-    void awaitAll() const;
-    void beginSave(const LightweightString<wchar_t>& path);
-    bool endSave();
     void clear();
     bool keepLoaded(int error, std::size_t size, char separator);
-    bool keepArriving(char separator);
     bool holds(const char* place) const;
     bool scanLine() const;
     bool scanTo(std::size_t i) const;
