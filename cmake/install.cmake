@@ -40,6 +40,13 @@ set(pkgconfig_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 cmake_path(ABSOLUTE_PATH pkgconfig_folder BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX}
            OUTPUT_VARIABLE pkgconfig_place)
 file(RELATIVE_PATH VEKDB_PC_PREFIX ${pkgconfig_place} ${CMAKE_INSTALL_PREFIX})
+# Packagers may name folders outside of the prefix.
+foreach(folder LIBDIR INCLUDEDIR)
+    set(VEKDB_PC_${folder} ${CMAKE_INSTALL_${folder}})
+    if(NOT IS_ABSOLUTE "${VEKDB_PC_${folder}}")
+        set(VEKDB_PC_${folder} \${prefix}/${VEKDB_PC_${folder}})
+    endif()
+endforeach()
 foreach(file IN LISTS pkgconfig_files)
     configure_file(cmake/${file}.pc.in ${file}.pc @ONLY)
     install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${file}.pc DESTINATION ${pkgconfig_folder}

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <regex>
 #include <set>
 
@@ -37,6 +38,27 @@ Paths guidedHeaders() {
 
 TEST(HeaderGuide, TheReadmeListsEveryPublicHeaderAndNoOther) {
     EXPECT_THAT(guidedHeaders(), ContainerEq(publicHeaders()));
+}
+
+TEST(BuildGuide, TheReadmeNamesEveryOption) {
+    std::set<std::string> options;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(sourceRoot())) {
+        const std::string path = entry.path().string().substr(sourceRoot().string().size());
+        const bool isOfTheBuild =
+            entry.path().filename() == "CMakeLists.txt" || entry.path().extension() == ".cmake";
+        if (!isOfTheBuild || path.starts_with("/build")) continue;
+        const std::string text = readFile(entry.path());
+        static const std::regex option(R"((^|\n) *option\((VEKDB_[A-Z_]+))");
+        for (std::sregex_iterator match(text.begin(), text.end(), option), end; match != end;
+             ++match) {
+            options.insert((*match)[2]);
+        }
+    }
+    EXPECT_GT(options.size(), 5u);
+    const std::string readme = readFile(sourceRoot() / "README.md");
+    for (const std::string& name : options) {
+        EXPECT_THAT(readme, testing::HasSubstr("`" + name + "`"));
+    }
 }
 
 TEST(HeaderGuide, TheHeaderToReadFirstIsMarked) {
