@@ -30,9 +30,29 @@ endif()
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${development_needs}")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
 
-# The system's list of shared libraries is made anew.
-file(CONFIGURE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/triggers
-     CONTENT "activate-noawait ldconfig\n")
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_BINARY_DIR}/triggers)
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+# What each package says of itself; nothing that an installation without packages would have.
+find_program(VEKDB_GZIP gzip)
+set(package_folder ${CMAKE_CURRENT_BINARY_DIR}/package)
+string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
+file(CONFIGURE OUTPUT ${package_folder}/changelog @ONLY CONTENT
+     "vekdb (@PROJECT_VERSION@) unstable; urgency=medium\n\n  * CHANGELOG.md of the sources says \
+what changed.\n\n -- @CPACK_PACKAGE_CONTACT@  @date@\n")
+if(VEKDB_GZIP)
+    execute_process(COMMAND ${VEKDB_GZIP} -9nf ${package_folder}/changelog
+                    COMMAND_ERROR_IS_FATAL ANY)
+    foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+        string(TOUPPER ${component} key)
+        install(FILES ${package_folder}/changelog.gz ${CMAKE_CURRENT_LIST_DIR}/copyright
+                DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${key}_PACKAGE_NAME}
+                COMPONENT ${component} EXCLUDE_FROM_ALL)
+    endforeach()
+endif()
+
+# The system's list of shared libraries is made anew, and packages of programs that are linked with
+# the library depend on it. What SQLite loads is no library for programs.
+file(CONFIGURE OUTPUT ${package_folder}/triggers CONTENT "activate-noawait ldconfig\n")
+file(CONFIGURE OUTPUT ${package_folder}/shlibs @ONLY CONTENT
+     "libvekdb @PROJECT_VERSION_MAJOR@ @runtime_package@ (>= @PROJECT_VERSION@)\n")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${package_folder}/triggers ${package_folder}/shlibs)
+set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/finish_packages.cmake)
 include(CPack)
