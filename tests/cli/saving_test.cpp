@@ -371,6 +371,19 @@ TEST(FullDisk, OfABackupIsCalledSoAndLeavesFileAndOlderBackup) {
     EXPECT_EQ(folder.names(), (std::vector<std::string>{"log.csv", "log.csv.bak"}));
 }
 
+TEST(Split, WritesMoreFilesThanMayBeOpenAtOnce) {
+    WorkFolder folder;
+    std::string log = "Reel\n";
+    for (int i = 0; i < 100; ++i) log += "R" + std::to_string(i) + "\n";
+    folder.write("log.csv", log);
+    const Finish finish =
+        run(folder,
+            shell("ulimit -n 40; exec \"$0\" split log.csv --by Reel -o '{Reel}.csv' --backup"));
+    EXPECT_EQ(finish.exitCode, 0) << finish.errors;
+    EXPECT_EQ(folder.names().size(), 101u);
+    EXPECT_EQ(folder.read("R99.csv"), "Reel\nR99\n");
+}
+
 // What the rights to files and folders forbid is said by a dry run, too.
 TEST(DryRun, RefusesWhatMayNotBeWritten) {
     WorkFolder folder;

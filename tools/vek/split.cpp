@@ -5,6 +5,8 @@
 
 #include "formats/changing/cell_template.h"
 #include "formats/changing/file_names.h"
+#include "formats/reading/input.h"
+#include "formats/reading/source.h"
 #include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/outputs.h"
@@ -166,6 +168,7 @@ public:
 
     /// Says and refuses what would be said and refused, one file after the other.
     void tryOut(const Pieces& pieces) {
+        holdTextFor(pieces);
         for (const Piece& piece : pieces) {
             prepare(piece);
             finish(piece, drafts_.back());
@@ -175,10 +178,14 @@ public:
     }
 
     void write(const Pieces& pieces) {
+        holdTextFor(pieces);
         for (const Piece& piece : pieces) prepare(piece);
         std::size_t written = 0;
         try {
-            for (; written < pieces.size(); ++written) finish(pieces[written], drafts_[written]);
+            for (; written < pieces.size(); ++written) {
+                finish(pieces[written], drafts_.front());
+                drafts_.pop_front();
+            }
         } catch (const Failure& failure) {
             throw Failure{failure.kind,
                           concat(failure.text, "; ", std::to_string(written), " of ",
@@ -195,13 +202,20 @@ private:
 
     Printout outputFor(const Piece& piece) const {
         if (args_.has("dry-run")) return Printout::trial(piece.path);
-        return Printout(piece.path, heldFor(piece), backsUp_);
+        return Printout::late(
+            piece.path, [this, &piece] { return heldFor(piece); },
+            backsUp_ && args_.has("overwrite"));
+    }
+
+    // Each of many files would read far more around its rows than they are.
+    void holdTextFor(const Pieces& pieces) const {
+        constexpr std::size_t few = 16;
+        if (pieces.size() > few && log_.source) log_.source->input->textAgain();
     }
 
     void prepare(const Piece& piece) {
         Draft& draft = drafts_.emplace_back(Draft{outputFor(piece), {}});
-        InPlace now(log_);
-        now.rows = piece.rows;
+        InPlace now(log_, piece.rows);
         now.isPiece = true;
         writeCopy(now, target_, args_, draft.out, draft.losses);
     }

@@ -30,11 +30,18 @@ std::vector<std::string> worded(const std::string& path, unsigned losses) {
 FileSink::FileSink(const std::string& path, Held held, bool keepsOld)
     : path_(path), file_(std::move(held)), keepsOld_(keepsOld && file_ != nullptr) {}
 
+FileSink::FileSink(const std::string& path, std::function<Held()> hold, bool keepsOld)
+    : path_(path), hold_(std::move(hold)), keepsOld_(keepsOld) {}
+
 FileSink::~FileSink() {
     giveUp();
 }
 
 bool FileSink::isDirect() {
+    if (!file_ && hold_) {
+        file_ = hold_();
+        keepsOld_ = keepsOld_ && file_ != nullptr;
+    }
     if (!file_) file_ = holdFile(path_);
     return file_->isWrittenDirectly();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "formats/saving/held.h"
@@ -14,6 +15,9 @@ public:
     /// What is held already, or null. `keepsOld` keeps what a held file is now beside it, as
     /// "PATH.bak", once all but the last piece could be written.
     explicit FileSink(const std::string& path, Held held = nullptr, bool keepsOld = false);
+    /// What takes hold of the file once there is something to write. Each file that is held is an
+    /// open folder, of which many are more than a program may have.
+    FileSink(const std::string& path, std::function<Held()> hold, bool keepsOld);
     ~FileSink() override;
 
     void take(std::string_view piece) override;
@@ -38,6 +42,7 @@ private:
 
     std::string path_;
     Held file_;
+    std::function<Held()> hold_;
     bool keepsOld_;
     bool isOpen_ = false;
     std::string kept_;  // what is not sent yet: all of what goes there directly

@@ -301,7 +301,10 @@ bool isPackedAs(const Log& log, const std::string& name) {
 
 }  // namespace
 
-InPlace::InPlace(const Log& log) : log(log), rows(allRows(log)), columns(allColumns(log)) {}
+InPlace::InPlace(const Log& log) : InPlace(log, allRows(log)) {}
+
+InPlace::InPlace(const Log& log, std::vector<unsigned> rows)
+    : log(log), rows(std::move(rows)), columns(allColumns(log)) {}
 
 bool writeInPlace(const InPlace& now, bool mayStay, Output& out, Losses& losses) {
     const Log& log = now.log;

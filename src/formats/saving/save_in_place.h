@@ -13,8 +13,9 @@ bool isChangedInPlace(Format format);
 /// A log that is written in its own format, by the rows of it that are meant, in their order. The
 /// order of the columns is for formats that have no other one.
 struct InPlace {
-    /// All of it.
+    /// All of it, or these rows alone.
     explicit InPlace(const Log& log);
+    InPlace(const Log& log, std::vector<unsigned> rows);
 
     const Log& log;
     std::vector<unsigned> rows;

@@ -40,7 +40,9 @@ std::string forTerminal(std::string_view text) {
 // A file during whose replacement the program is not ended.
 class UndisturbedFile : public OutputSink {
 public:
-    UndisturbedFile(const std::string& path, Held held, bool keepsOld)
+    // What is held, or holds it.
+    template <class Holding>
+    UndisturbedFile(const std::string& path, Holding held, bool keepsOld)
         : path_(path), file_(path, std::move(held), keepsOld) {}
 
     void take(std::string_view piece) override {
@@ -118,6 +120,10 @@ Printout::Printout(const std::string& path, Held held, bool keepsOld)
 Printout::Printout(std::string name, std::unique_ptr<OutputSink> sink)
     : Output(std::move(name), std::move(sink)), screen_(nullptr) {
     renewLimit();
+}
+
+Printout Printout::late(const std::string& path, std::function<Held()> hold, bool keepsOld) {
+    return {path, std::make_unique<UndisturbedFile>(path, std::move(hold), keepsOld)};
 }
 
 Printout Printout::trial(const std::string& path) {

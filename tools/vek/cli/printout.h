@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -21,6 +22,8 @@ public:
     Printout();
     /// A file; "" and "-" are standard output. `keepsOld` keeps what a held file is now beside it.
     explicit Printout(const std::string& path, Held held = nullptr, bool keepsOld = false);
+    /// A file that is held once there is something to write, for very many at once.
+    static Printout late(const std::string& path, std::function<Held()> hold, bool keepsOld);
     /// The same for what is only tried: refused or told as if it were written, and kept nowhere.
     static Printout trial(const std::string& path);
 

@@ -105,9 +105,7 @@ void saveInPlace(const Log& log, const Args& args) {
 }
 
 void saveInPlace(const Log& log, const std::vector<unsigned>& rows, const Args& args) {
-    InPlace now(log);
-    now.rows = rows;
-    saveInPlace(now, args);
+    saveInPlace(InPlace(log, rows), args);
 }
 
 void saveResult(const InPlace& now, const Args& args) {
@@ -115,9 +113,7 @@ void saveResult(const InPlace& now, const Args& args) {
 }
 
 void saveResult(const Log& log, const std::vector<unsigned>& rows, const Args& args) {
-    InPlace now(log);
-    now.rows = rows;
-    saveResult(now, args);
+    saveResult(InPlace(log, rows), args);
 }
 
 void saveResult(const Log& log, const Args& args) {
