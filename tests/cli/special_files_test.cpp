@@ -45,6 +45,19 @@ constexpr const char* limited = "";
 constexpr const char* limited = "ulimit -v 200000; ";
 #endif
 
+TEST(SpecialFiles, APipeIsNotChangedInPlaceAndNobodyIsWaitedFor) {
+    WorkFolder folder;
+    ASSERT_EQ(::mkfifo((folder.path() / "f").c_str(), 0600), 0);
+    for (const char* line : {"set f A=1 --every", "sort f --by A", "delete f --where A=1 -n",
+                             "tag f --where A=1", "sql f 'UPDATE log SET A=1' --write"}) {
+        const Finish finish = shell(folder, std::string("timeout 5 \"$0\" ") + line);
+        EXPECT_EQ(finish.exitCode, 2) << line;
+        EXPECT_NE(finish.errors.find("f: is a pipe or a device and not changed in place"),
+                  std::string::npos)
+            << line << ": " << finish.errors;
+    }
+}
+
 TEST(SpecialFiles, AFileOfEmptySpaceIsNotReadForItsFirstLine) {
     const WorkFolder folder;
     for (const char* name : {"empty.csv", "empty.json", "empty.ale"}) {

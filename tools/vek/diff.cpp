@@ -213,6 +213,9 @@ int run(const Args& args) {
     if (args.text("A") == "-" && args.text("B") == "-") {
         throw Failure{wrongUsage, "diff: standard input can be one of the two logs, not both"};
     }
+    if (args.has("key") && args.text("key").empty()) {
+        throw Failure{wrongUsage, "diff: --key needs the name of a column"};
+    }
     Log a = readLog(args, "A");
     Log b = readLog(args, "B");
     LogComparison found = compareLogs(a, b, args.text("key"));

@@ -113,6 +113,7 @@ Log readForSql(const std::string& path, const Args& args) {
     if (path == "-") {
         throw Failure{wrongUsage, "sql: the standard input is not written back; name a file"};
     }
+    requireChangeable(path);
     if (args.has("dry-run")) return readLogToCopy(path, args);
     return readLogToChange(path, openingFrom(args));
 }

@@ -1,5 +1,6 @@
 #include "tools/vek/cli/reading.h"
 
+#include <filesystem>
 #include <map>
 
 #include <vekdb/formats/timecode.h>
@@ -148,11 +149,25 @@ Log readGrowingLog(const Args& args) {
     return told(std::move(log), args);
 }
 
+void requireChangeable(const std::string& path) {
+    using std::filesystem::file_type;
+    std::error_code ignored;
+    const file_type type = std::filesystem::status(path, ignored).type();
+    const bool isNone = type == file_type::fifo || type == file_type::character ||
+                        type == file_type::block || type == file_type::socket;
+    if (!isNone || path == "-") return;
+    throw Failure{wrongUsage, path +
+                                  ": is a pipe or a device and not changed in place; read it as -, "
+                                  "the standard input, and the result is printed"};
+}
+
 Log readLogToChange(const std::string& path, const Opening& opening) {
+    requireChangeable(path);
     return told(openLogToChange(path, opening));
 }
 
 Log readLogToChange(const Args& args, std::string_view argument) {
+    requireChangeable(args.text(argument));
     return told(openLogToChange(args.text(argument), openingFrom(args)), args);
 }
 

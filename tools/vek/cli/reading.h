@@ -30,6 +30,10 @@ Log readLog(const Args& args, std::string_view argument = "FILE", const Wanted& 
 /// The same for a file that is being written: of a last line that has no end nothing is told.
 Log readGrowingLog(const Args& args);
 
+/// A Failure where a path is that of a pipe or a device, whose bytes cannot be replaced: writing
+/// there would wait for a reader, or go to somebody else.
+void requireChangeable(const std::string& path);
+
 /// The same for a command that changes the file: from before it is read until it has been
 /// replaced no other one changes it.
 Log readLogToChange(const std::string& path, const Opening& opening);

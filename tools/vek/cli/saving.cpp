@@ -84,6 +84,7 @@ Format targetFor(const Log& log, const std::string& path) {
 }
 
 Log readLogToSave(const Args& args) {
+    if (!args.has("output")) requireChangeable(args.text("FILE"));
     if (args.has("dry-run")) return readLogToCopy(args);
     if (!args.has("output")) return readLogToChange(args);
     Held held = holdInput({args.text("FILE")}, args.text("output"));
