@@ -158,7 +158,7 @@ private:
     };
 
     Piece object(std::size_t i, const std::string& comma, const std::string& colon) {
-        const std::vector<Value> values = {{"1.10", "1.10"},    {"-0", "0"},
+        const std::vector<Value> values = {{"1.10", "1.10"},    {"-0", "-0"},
                                            {"true", "true"},    {"null", ""},
                                            {"\"x\"", "x"},      {"\"\\u00e9\\n\"", "\xc3\xa9\n"},
                                            {"[1, 2]", "[1,2]"}, {"\"a\\/b\"", "a/b"},

@@ -193,11 +193,11 @@ public:
         addView(nullptr);
         addView(views_[1].get());
         for (int i = 0; i < random_.between(1, 3); ++i) {
-            ears_.push_back(std::make_unique<Ear>(
-                *random_.pick(views_), "recordsDeleted", [this](const NotifyMsg& m) { hear(m); }));
+            ears_.push_back(std::make_unique<Ear>(*random_.pick(views_), "recordsDeleted",
+                                                  [this](const NotifyMsg& m) { hear(m); }));
         }
-        ears_.push_back(std::make_unique<Ear>(
-            *table_, "recordsDeleted", [this](const NotifyMsg& m) { hear(m); }));
+        ears_.push_back(std::make_unique<Ear>(*table_, "recordsDeleted",
+                                              [this](const NotifyMsg& m) { hear(m); }));
     }
 
     std::string run() {
@@ -244,17 +244,33 @@ private:
         const int at = random_.between(-1, rows);
         const int n = random_.between(0, 4);
         switch (random_.below(12)) {
-            case 0: return view.deleteRecords(at, n);
-            case 1: return view.remove(at, n);
-            case 2: return view.removeRecordsFromBaseView(at, n);
-            case 3: log_ += std::to_string(view.deleteTagged()); return;
-            case 4: log_ += std::to_string(view.removeTagged()); return;
-            case 5: return view.set_tag(static_cast<unsigned>(at), n);
-            case 6: return view.invert_tag(static_cast<unsigned>(at));
-            case 7: log_ += std::to_string(view.sourceRow(at)); return;
-            case 8: log_ += std::to_string(view.displayRecordsAt(at, n, at)); return;
-            case 9: if (random_.oneIn(3)) view.displayAllRecords(); return;
-            default: return table_->delete_records(static_cast<unsigned>(at), n);
+            case 0:
+                return view.deleteRecords(at, n);
+            case 1:
+                return view.remove(at, n);
+            case 2:
+                return view.removeRecordsFromBaseView(at, n);
+            case 3:
+                log_ += std::to_string(view.deleteTagged());
+                return;
+            case 4:
+                log_ += std::to_string(view.removeTagged());
+                return;
+            case 5:
+                return view.set_tag(static_cast<unsigned>(at), n);
+            case 6:
+                return view.invert_tag(static_cast<unsigned>(at));
+            case 7:
+                log_ += std::to_string(view.sourceRow(at));
+                return;
+            case 8:
+                log_ += std::to_string(view.displayRecordsAt(at, n, at));
+                return;
+            case 9:
+                if (random_.oneIn(3)) view.displayAllRecords();
+                return;
+            default:
+                return table_->delete_records(static_cast<unsigned>(at), n);
         }
     }
 

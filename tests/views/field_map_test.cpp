@@ -14,9 +14,8 @@ namespace {
 std::vector<DBFieldDesc> columns(unsigned count) {
     std::vector<DBFieldDesc> fields;
     for (unsigned i = 0; i < count; ++i) {
-        const std::string name =
-            count <= 26 ? std::string(1, static_cast<char>('A' + i))
-                        : std::string("c").append(std::to_string(i + 1));
+        const std::string name = count <= 26 ? std::string(1, static_cast<char>('A' + i))
+                                             : std::string("c").append(std::to_string(i + 1));
         fields.push_back({name.c_str(), DBFieldTypes::text});
     }
     return fields;
@@ -126,8 +125,8 @@ TEST(FieldMap, ANumberWithoutAColumnGivesTheNamelessEntryOnce) {
 }
 
 TEST(FieldMap, NamesAreFoundWithoutRegardToCase) {
-    vekdb table(std::vector<DBFieldDesc>{{"Reel", DBFieldTypes::text},
-                                         {"Scene", DBFieldTypes::text}});
+    vekdb table(
+        std::vector<DBFieldDesc>{{"Reel", DBFieldTypes::text}, {"Scene", DBFieldTypes::text}});
     const FieldMap map(table);
     EXPECT_EQ(map.getFieldIdx("sCENE"), 1);
     EXPECT_TRUE(map.containsField("REEL"));

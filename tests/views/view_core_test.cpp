@@ -493,10 +493,9 @@ TEST(ViewRows, TheReservedWordsOnlyWarn) {
     hooked->reserve(true, true);
     view->buildIndex();
     EXPECT_EQ("0 1", rowsOf(*view));
-    EXPECT_THAT(said.splatted,
-                ElementsAre("VDBViewRep::satisfiesCondition, not implemented\n",
-                            "VDBViewRep::satisfiesCondition, not implemented\n",
-                            "VDBViewRep::sortIndex(), not implemented!\n"));
+    EXPECT_THAT(said.splatted, ElementsAre("VDBViewRep::satisfiesCondition, not implemented\n",
+                                           "VDBViewRep::satisfiesCondition, not implemented\n",
+                                           "VDBViewRep::sortIndex(), not implemented!\n"));
     EXPECT_TRUE(view->satisfiesCondition(table->get_record(0)));
     EXPECT_EQ(4u, said.splatted.size());
 }

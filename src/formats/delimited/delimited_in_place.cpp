@@ -1,9 +1,16 @@
+#include <algorithm>
+
 #include <vekdb/host/split.h>
 #include "formats/delimited/delimited_lines.h"
+#include "formats/delimited/delimiters.h"
+#include "formats/delimited/raw_cells.h"
 #include "formats/delimited/separated_in_place.h"
+#include "formats/delimited/text_quotes.h"
+#include "formats/reading/input.h"
 #include "formats/reading/table_builder.h"
 #include "formats/text/utf8.h"
 #include "formats/writing/plain_lines.h"
+#include "formats/writing/sheet_facts.h"
 
 namespace vek::formats {
 
@@ -12,11 +19,19 @@ namespace {
 class DelimitedInPlace : public SeparatedInPlace {
 public:
     DelimitedInPlace(const Saving& saving, char separator)
-        : SeparatedInPlace(saving, separator, DelimitedScanner::Quotes::respected) {}
+        : DelimitedInPlace(saving, separator, cameWithTextQuotes(saving.log)) {}
+
+    // Where blank lines would be no rows any more, each row is written.
+    bool writesAll(const std::vector<unsigned>& all) override {
+        losesBlankRows_ = cameWithBlankRows() && !willHaveBlankRows(all);
+        return losesBlankRows_ || (cameWithBlankRows() && beginsWithOtherBlank(all));
+    }
 
     void add(std::string& text, unsigned row, std::string_view piece) override {
+        const bool hasQuotes = piece.find('"') != piece.npos;
+        if (hasQuotes || hasTextQuotes_) return addByCells(text, row, piece);
         const std::size_t came = piece.empty() ? 0 : cellsOf(piece).size();
-        const std::size_t count = length(row, came);
+        const std::size_t count = lengthOf(row, came);
         const std::string_view plain = plainLine(row, count);
         if (!plain.empty())
             text += plain;
@@ -31,12 +46,117 @@ public:
             tellNames();
             return std::string(came);
         }
-        return concat(came.starts_with(byteOrderMark) ? byteOrderMark : "", form.skipped,
+        return concat(came.starts_with(byteOrderMark) ? byteOrderMark : "",
+                      linesInFront(form, saving().log.opening, names().size()),
                       delimitedNames(names(), separator(), saving().output, saving().losses),
                       endOfLine(came));
     }
 
+    // Blank lines, which would be rows of a single column.
+    bool saysBetween() const override { return !cameWithBlankRows() && willHaveBlankRows(all()); }
+    std::string between(std::string_view, std::optional<unsigned>) override { return {}; }
+
 private:
+    DelimitedInPlace(const Saving& saving, char separator, bool hasTextQuotes)
+        : SeparatedInPlace(saving, separator,
+                           hasTextQuotes ? DelimitedScanner::Quotes::ordinary
+                                         : DelimitedScanner::Quotes::respected),
+          hasTextQuotes_(hasTextQuotes),
+          raw_(separator, hasTextQuotes) {}
+
+    // A lone empty cell gets one beside it where its line would be none.
+    std::size_t lengthOf(unsigned row, std::size_t came) const {
+        const std::size_t count = length(row, came);
+        const bool isBlank = losesBlankRows_ && count == 1 && rows().cell(row, 0).empty();
+        return isBlank ? 2 : count;
+    }
+
+    bool cameWithBlankRows() const { return saving().log.source->named == 1; }
+
+    // Without a heading the first row says how many columns there are.
+    bool willHaveBlankRows(const std::vector<unsigned>& all) const {
+        const bool isAsFirstRow = saving().log.form.hasNoHeading && saving().hasColumnsAsTheyCame();
+        if (!isAsFirstRow || all.empty()) return names().size() == 1;
+        return std::max(filledCells(all.front()), cellsAsRead(all.front())) == 1;
+    }
+
+    std::size_t filledCells(unsigned row) const {
+        std::size_t count = saving().columns.size();
+        while (count > 1 && saving().log.cell(row, saving().columns[count - 1]).empty()) --count;
+        return count;
+    }
+
+    // At least one, also of a row that is new.
+    std::size_t cellsAsRead(unsigned row) const {
+        if (row >= saving().log.source->places.count()) return names().size();
+        const std::string line = lineAsRead(row);
+        return RawCells(separator(), hasTextQuotes_).take(line).size();
+    }
+
+    // Without a heading blank lines in front of the first row are passed over.
+    bool beginsWithOtherBlank(const std::vector<unsigned>& all) const {
+        const bool isOther = saving().log.form.hasNoHeading && !all.empty() && all.front() != 0;
+        if (!isOther || all.front() >= saving().log.source->places.count()) return false;
+        return lineAsRead(all.front()).find_first_not_of("\r\n") == std::string::npos;
+    }
+
+    std::string lineAsRead(unsigned row) const {
+        const Source& source = *saving().log.source;
+        std::string line(source.places.row(row).size(), '\0');
+        source.input->readAgain(source.places.row(row).begin, line.data(), line.size());
+        return line;
+    }
+
+    // Cells that read as they did are written as they stood, others with quotes where they had
+    // some.
+    void addByCells(std::string& text, unsigned row, std::string_view piece) {
+        const std::vector<std::string_view>& came = raw_.take(piece);
+        const std::size_t count = lengthOf(row, piece.empty() ? 0 : came.size());
+        const std::size_t begin = text.size();
+        for (std::size_t i = 0; i < count; ++i) {
+            if (i > 0) text += separator();
+            addCell(text, row, i, count, rawCell(came, i));
+        }
+        tellZerosOf(std::string_view(text).substr(begin), rows(), row, saving().losses);
+    }
+
+    // That which was in the column before; those behind all columns stay behind them.
+    std::string_view rawCell(const std::vector<std::string_view>& came, std::size_t i) const {
+        const std::vector<unsigned>& columns = saving().columns;
+        const std::size_t known = saving().log.source->columns.size();
+        std::size_t at = i < columns.size() ? saving().log.source->whereFrom(columns[i])
+                                            : i - columns.size() + known;
+        if (i < columns.size() && at == known) return {};
+        return at < came.size() ? came[at] : std::string_view();
+    }
+
+    void addCell(std::string& text, unsigned row, std::size_t i, std::size_t count,
+                 std::string_view came) {
+        const std::string_view cell =
+            i < rows().columns.size() ? rows().cell(row, static_cast<unsigned>(i)) : came;
+        const bool isLone = count == 1 && cell.empty();
+        if (!isLone && (i >= rows().columns.size() || raw_.reads(came, cell))) {
+            text += came;
+            return;
+        }
+        if (!hasTextQuotes_) {
+            addDelimitedCell(text, cell, separator(), isLone || raw_.isQuoted(came));
+            return;
+        }
+        requireTextOfOneCell(cell, row, static_cast<unsigned>(i));
+        text += cell;
+    }
+
+    void requireTextOfOneCell(std::string_view cell, unsigned row, unsigned column) const {
+        if (cell.find_first_of("\n\r") == cell.npos && cell.find(separator()) == cell.npos) return;
+        throw Failure{
+            unwritable,
+            concat(place(rows(), row, column), ": ", inQuotes(cell.substr(0, 60)),
+                   ", expected a text without line ends and without a ", delimiterName(separator()),
+                   ", as quotes are part of the cells of this file; write a copy with ",
+                   saving().log.opening.terms->saving)};
+    }
+
     // Empty where a cell needs more than to be copied, or some are left out.
     std::string_view plainLine(unsigned row, std::size_t count) {
         if (count < 2 || count != rows().columns.size()) return {};
@@ -64,7 +184,10 @@ private:
         }
     }
 
+    bool hasTextQuotes_;
     std::optional<PlainLines> plain_;
+    RawCells raw_;
+    bool losesBlankRows_ = false;  // those that came would be none in the file
 };
 
 // The library's own variant: in lines that a line feed ends, quotes are part of the values, and a

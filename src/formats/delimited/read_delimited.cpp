@@ -2,6 +2,7 @@
 
 #include "formats/delimited/delimited_scanner.h"
 #include "formats/delimited/delimiters.h"
+#include "formats/delimited/text_quotes.h"
 #include "formats/reading/progress.h"
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
@@ -84,19 +85,24 @@ std::size_t reportLineInFront(std::string_view text, char delimiter, std::size_t
     return cells;
 }
 
-// Without a heading the columns are numbered as far as the first row reaches.
-void readHeading(DelimitedScanner& scanner, TableBuilder& builder, Log& log) {
+// How many columns it has. Without a heading they are numbered as far as the first row reaches.
+std::size_t readHeading(DelimitedScanner& scanner, TableBuilder& builder, Log& log) {
     const std::size_t line = scanner.line();
     const char* const begin = scanner.place();
     const std::vector<std::string_view>& cells = scanner.takeRecord();
     builder.requireColumns(cells.size());
     log.form.hasNoHeading = log.opening.wishes.hasNoHeading;
     builder.endHeading(log.form.hasNoHeading ? begin : scanner.place());
-    if (!log.form.hasNoHeading) return builder.setColumns(asStrings(cells));
+    const std::size_t count = cells.size();
+    if (!log.form.hasNoHeading) {
+        builder.setColumns(asStrings(cells));
+        return count;
+    }
     std::vector<std::string> names;
-    for (std::size_t i = 0; i < cells.size(); ++i) names.push_back(numberedColumnName(i));
+    for (std::size_t i = 0; i < count; ++i) names.push_back(numberedColumnName(i));
     builder.setColumns(std::move(names));
     builder.addRow(line, cells, scanner.room());
+    return count;
 }
 
 // In a file that was written without quotes being doubled, a cell can end where nobody meant it to.
@@ -133,16 +139,19 @@ void readDelimited(Text text, char separator, Log& log) {
     const std::size_t inFront = linesInFront(text.view(), named, separator, log);
     text.start += skipLines(text.view(), inFront, log);
     const char delimiter = delimiterOf(text.view(), named, separator, log);
+    const bool areQuotesText = hasTextQuotes(text.view(), delimiter);
     const std::size_t toldOf = reportLineInFront(text.view(), delimiter, 1 + inFront, log);
     TableBuilder builder(log, std::move(text.block));
     char* const begin = builder.text() + text.start;
-    DelimitedScanner scanner(begin, builder.textEnd(), delimiter,
-                             DelimitedScanner::Quotes::respected, 1 + inFront);
+    DelimitedScanner scanner(
+        begin, builder.textEnd(), delimiter,
+        areQuotesText ? DelimitedScanner::Quotes::ordinary : DelimitedScanner::Quotes::respected,
+        1 + inFront);
     if (scanner.atEnd()) {
         throw Failure{
             unreadable, log.name, {scanner.line(), "", "nothing", "a line of column names", ""}};
     }
-    readHeading(scanner, builder, log);
+    const std::size_t columns = readHeading(scanner, builder, log);
     reportStrayText(scanner, delimiter, builder, log);
     Progress progress(log.opening.watcher, "reading " + log.name, builder.textSize());
     while (!scanner.atEnd()) {
@@ -151,8 +160,8 @@ void readDelimited(Text text, char separator, Log& log) {
         const std::size_t line = scanner.line();
         const std::vector<std::string_view>& cells = scanner.takeRecord();
         reportStrayText(scanner, delimiter, builder, log);
-        // An empty line is no row, but in a log of one column it is an empty cell.
-        if (isBlankLine(cells) && builder.columnCount() > 1) continue;
+        // An empty line is no row, but under a heading of one name it is an empty cell.
+        if (isBlankLine(cells) && columns > 1) continue;
         if (cells.size() == toldOf)
             builder.addWholeRow(line, cells.data(), cells.size(), scanner.room());
         else

@@ -15,22 +15,17 @@ namespace vek::formats {
 
 namespace {
 
-// A quote is needed where the reader would else see another text, and for a lone empty cell,
-// whose line would read as no row. One that begins with the bytes of a byte order mark would be
-// taken for a file with one.
+// A lone empty cell needs quotes, as its line would read as no row.
 void addDelimited(std::string& out, std::string_view cell, char separator, bool isAlone) {
-    const bool isPlain =
-        !hasAnyOf(cell, {'"', '\n', '\r', separator}) && !cell.starts_with(byteOrderMark);
-    if (isPlain && !(isAlone && cell.empty())) {
-        out += cell;
-        return;
+    addDelimitedCell(out, cell, separator, isAlone && cell.empty());
+}
+
+// A file without columns is an empty one.
+void loseRows(const Sheet& sheet, Losses& losses) {
+    for (unsigned row = 0; row < sheet.rowCount(); ++row) {
+        losses.add("rows have no place without a column",
+                   concat(sheet.log.name, ":", std::to_string(sheet.line(row))));
     }
-    out += '"';
-    for (char c : cell) {
-        if (c == '"') out += '"';
-        out += c;
-    }
-    out += '"';
 }
 
 bool looksLikeFormula(std::string_view cell) {
@@ -108,6 +103,35 @@ private:
 
 }  // namespace
 
+// A quote is needed where the reader would else see another text. A cell that begins with the bytes
+// of a byte order mark would be taken for a file with one.
+void addDelimitedCell(std::string& text, std::string_view cell, char separator, bool isQuoted) {
+    const bool isPlain =
+        !hasAnyOf(cell, {'"', '\n', '\r', separator}) && !cell.starts_with(byteOrderMark);
+    if (isPlain && !isQuoted) {
+        text += cell;
+        return;
+    }
+    text += '"';
+    for (char c : cell) {
+        if (c == '"') text += '"';
+        text += c;
+    }
+    text += '"';
+}
+
+std::string linesInFront(const TextForm& form, const Opening& opening, std::size_t names) {
+    if (names > 1) return form.skipped;
+    std::string_view line = form.skipped;
+    line = line.substr(0, line.find_first_of("\r\n"));
+    const std::size_t said = std::max<std::size_t>(opening.wishes.skippedLines,
+                                                   delimiterOfLine(line).has_value() ? 1 : 0);
+    LineWalk walk(form.skipped);
+    while (walk.number() < said && walk.next(line)) {
+    }
+    return form.skipped.substr(0, form.skipped.size() - walk.rest().size());
+}
+
 std::string delimitedNames(const std::vector<std::string>& names, char separator,
                            const std::string& output, Losses& losses) {
     DelimitedLines lines(separator, false, output, losses);
@@ -128,13 +152,14 @@ void addDelimitedRow(std::string& text, const Sheet& sheet, unsigned row, std::s
 void writeDelimited(const Sheet& sheet, char separator, const WriteStyle& style, Output& out,
                     Losses& losses) {
     loseParameters(sheet.log, losses);
+    if (sheet.columns.empty()) return loseRows(sheet, losses);
     Progress progress(sheet.log.opening.watcher, "writing", sheet.rowCount());
     const Format format = separator == ',' ? Format::csv : Format::tsv;
     if (style.form.delimiter != '\0') separator = style.form.delimiter;
     const bool isSaid = style.form.delimiter != '\0' && isDelimiterSaid(sheet.log);
     CheckedOutput text(out, format, isSaid ? '\0' : separator);
     if (style.byteOrderMark) text.write(byteOrderMark);
-    text.pass(style.form.skipped);
+    text.pass(linesInFront(style.form, sheet.log.opening, sheet.columns.size()));
     DelimitedLines lines(separator, style.guardsFormulas, out.name(), losses);
     const char* const end = bytesOf(style.lineEnd);
     const std::size_t count = sheet.columns.size();

@@ -46,45 +46,91 @@ private:
     Place* place_;
 };
 
-// Writes what is parsed as compact JSON.
-class CompactWriter : public json::json_sax_t {
+// Writes a value of JSON without blanks, its numbers as they stand. What is nested is no deeper
+// here than in memory.
+class CompactWriter {
 public:
-    explicit CompactWriter(std::string& out) : out_(out) {}
+    explicit CompactWriter(std::string_view text)
+        : begin_(text.data()), text_(text.data(), text.data() + text.size()) {}
 
-    bool null() override { return value("null"); }
-    bool boolean(bool is) override { return value(is ? "true" : "false"); }
-    bool number_integer(number_integer_t n) override { return value(std::to_string(n)); }
-    bool number_unsigned(number_unsigned_t n) override { return value(std::to_string(n)); }
-    bool number_float(number_float_t, const string_t& text) override { return value(text); }
-    bool string(string_t& text) override { return value(jsonString(text)); }
-    bool binary(binary_t&) override { return false; }
-    bool start_object(std::size_t) override { return open('{'); }
-    bool end_object() override { return close('}'); }
-    bool start_array(std::size_t) override { return open('['); }
-    bool end_array() override { return close(']'); }
-    bool key(string_t& name) override {
-        out_ += jsonString(name) + ":";
-        return true;
-    }
-    bool parse_error(std::size_t, const std::string&, const json::exception&) override {
-        return false;
+    std::optional<CompactJson> write() {
+        do {
+            if (!takeValue()) return {};
+        } while (!isWhole() && endValues());
+        if (!isWhole() || isRefused_) return {};
+        return CompactJson{std::move(out_), static_cast<std::size_t>(text_.at() - begin_)};
     }
 
 private:
-    bool value(const std::string& text) {
-        out_ += text + ",";
-        return true;
-    }
-    bool open(char bracket) {
-        out_ += bracket;
-        return true;
-    }
-    bool close(char bracket) {
-        if (out_.ends_with(',')) out_.pop_back();
-        return value(std::string(1, bracket));
+    bool isWhole() const { return closing_.empty(); }
+
+    // A scalar, or the beginnings of what is nested up to one, or to what is empty.
+    bool takeValue() {
+        for (;;) {
+            text_.skipBlanks();
+            const char bracket = text_.peek();
+            if (bracket != '{' && bracket != '[') return takeScalar();
+            text_.take(bracket);
+            out_ += bracket;
+            closing_ += bracket == '{' ? '}' : ']';
+            text_.skipBlanks();
+            if (takeClosing()) return true;
+            if (!takeName()) return false;
+        }
     }
 
-    std::string& out_;
+    bool takeScalar() {
+        if (text_.peek() == '"') return takeString();
+        const std::optional<std::string_view> word = text_.takeWord();
+        if (word) out_ += *word;
+        return word.has_value();
+    }
+
+    bool takeString() {
+        const std::optional<JsonText::String> string = text_.takeString();
+        if (!string) return false;
+        std::string resolved(string->raw);
+        if (string->hasEscapes) resolved.resize(resolveEscapes(resolved.data(), resolved.size()));
+        out_ += jsonString(resolved);
+        return true;
+    }
+
+    // In front of a value in an object.
+    bool takeName() {
+        if (closing_.back() == ']') return true;
+        text_.skipBlanks();
+        if (!takeString()) return false;
+        text_.skipBlanks();
+        out_ += ':';
+        return text_.take(':');
+    }
+
+    bool takeClosing() {
+        if (!text_.take(closing_.back())) return false;
+        out_ += closing_.back();
+        closing_.pop_back();
+        return true;
+    }
+
+    // Behind a value: all that ends with it. Whether another value comes, or none that may.
+    bool endValues() {
+        for (;;) {
+            text_.skipBlanks();
+            if (text_.take(',')) {
+                out_ += ',';
+                isRefused_ = !takeName();
+                return !isRefused_;
+            }
+            isRefused_ = !takeClosing();
+            if (isRefused_ || isWhole()) return false;
+        }
+    }
+
+    const char* begin_;
+    JsonText text_;
+    std::string out_;
+    std::string closing_;  // the brackets that are still to come, the next one last
+    bool isRefused_ = false;
 };
 
 // Accepts rows of values, alone or in an array, and notes what is anything else.
@@ -159,18 +205,7 @@ JsonFault faultOfJsonRows(std::string_view before, std::string_view text, std::s
 }
 
 std::optional<CompactJson> compactJson(std::string_view text) {
-    CompactJson found;
-    CompactWriter writer(found.text);
-    const char* const end = text.data() + text.size();
-    Place place{text.data(), nullptr, nullptr, 0};
-    CountingIterator from(place.at, &place);
-    if (!json::sax_parse(from, CountingIterator(end, &place), &writer, json::input_format_t::json,
-                         false)) {
-        return {};
-    }
-    found.text.pop_back();  // the comma behind the value
-    found.size = static_cast<std::size_t>(place.at - text.data());
-    return found;
+    return CompactWriter(text).write();
 }
 
 std::string jsonString(std::string_view text, bool& wasChanged) {

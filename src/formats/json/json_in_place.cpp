@@ -91,8 +91,7 @@ private:
         if (text_.peek() == '"') return resolved(*text_.takeString());
         if (text_.peek() == '{' || text_.peek() == '[') return takeNested();
         const std::string_view word = *text_.takeWord();
-        if (word == "null") return {};
-        return std::string(word == "-0" ? word.substr(1) : word);
+        return word == "null" ? std::string() : std::string(word);
     }
 
     std::string takeNested() {
@@ -115,11 +114,9 @@ Kind kindOf(std::string_view value) {
                                                                          : Kind::other;
 }
 
-// Whether a text can stand without quotes as a value of the kind, and reads as itself.
+// Whether a text can stand without quotes as a value of the kind.
 bool isOfKind(std::string_view text, Kind kind) {
-    JsonText json(text.data(), text.data() + text.size());
-    const std::optional<std::string_view> word = json.takeWord();
-    return word && *word == text && text != "-0" && kindOf(text) == kind;
+    return kindOf(text) == kind && standsBare(text);
 }
 
 class ObjectWriter {
@@ -222,21 +219,28 @@ private:
         return text;
     }
 
+    static bool isAsBare(const Member& came, std::string_view cell) {
+        const Kind kind = kindOf(came.value);
+        return (kind == Kind::number || kind == Kind::truth) && isOfKind(cell, kind);
+    }
+
+    std::string placeOf(unsigned row, unsigned column) const {
+        return concat(log_.name, ":", std::to_string(log_.lineOf(row)), ":",
+                      log_.columnName(column));
+    }
+
     // A number stays one where the new value is one, too.
     std::string value(unsigned column, unsigned row, const Member* came) const {
         const std::string_view cell = log_.cell(row, column);
         if (came != nullptr && came->readValue == cell) return std::string(came->value);
-        const Kind kind = came == nullptr ? Kind::string : kindOf(came->value);
-        if ((kind == Kind::number || kind == Kind::truth) && isOfKind(cell, kind)) {
+        if (came != nullptr && isAsBare(*came, cell)) {
             return std::string(cell);
         }
         bool wasChanged = false;
         std::string text;
         addJsonString(text, cell, wasChanged);
         if (wasChanged) {
-            saving_.losses.add("cells that are no UTF-8",
-                               concat(log_.name, ":", std::to_string(log_.lineOf(row)), ":",
-                                      log_.columnName(column)));
+            saving_.losses.add("cells that are no UTF-8", placeOf(row, column));
         }
         return text;
     }

@@ -1,8 +1,6 @@
 #include "formats/json/json_text.h"
 
 #include <bit>
-#include <cmath>
-#include <cstdlib>
 #include <cstring>
 
 #include <vekdb/host/text_util.h>
@@ -164,12 +162,6 @@ const char* behindDigits(const char* at, const char* end) {
     return at;
 }
 
-// Numbers beyond all bounds are not accepted; short ones cannot be.
-bool isFinite(std::string_view number) {
-    if (number.size() < 300 && number.find_first_of("eE") == std::string_view::npos) return true;
-    return std::isfinite(std::strtod(std::string(number).c_str(), nullptr));
-}
-
 }  // namespace
 
 void JsonText::skipSomeBlanks() {
@@ -246,9 +238,13 @@ std::optional<std::string_view> JsonText::takeNumber() {
         at_ = behindDigits(at_, end_);
         if (at_ == digits) return {};
     }
-    const std::string_view number(start, static_cast<std::size_t>(at_ - start));
-    if (!isFinite(number)) return {};
-    return number;
+    return std::string_view(start, static_cast<std::size_t>(at_ - start));
+}
+
+bool standsBare(std::string_view text) {
+    JsonText json(text.data(), text.data() + text.size());
+    const std::optional<std::string_view> word = json.takeWord();
+    return word && *word == text && text != "null";
 }
 
 bool standsAsItIs(std::string_view text) {

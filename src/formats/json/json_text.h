@@ -54,6 +54,9 @@ private:
     std::size_t line_ = 1;
 };
 
+/// Whether a text can stand without quotes, as a number, true or false, and reads as itself.
+bool standsBare(std::string_view text);
+
 /// Whether a text stands in a string as it is: well-formed, and nothing in it needs an escape.
 bool standsAsItIs(std::string_view text);
 

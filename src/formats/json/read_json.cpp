@@ -191,7 +191,7 @@ private:
         const std::optional<std::string_view> word = text_.takeWord();
         if (!word) refuse();
         if (*word == "null") return {};
-        return {*word == "-0" ? word->substr(1) : *word, false};
+        return {*word, false};
     }
 
     JsonText::String readNested() {

@@ -61,6 +61,11 @@ bool PatchedText::isMadeOfUtf8() const {
                        [](const std::string& text) { return isWellFormedUtf8(text); });
 }
 
+bool PatchedText::isMadeWith(char c) const {
+    return std::any_of(made_.begin(), made_.end(),
+                       [c](const std::string& text) { return text.find(c) != text.npos; });
+}
+
 // In their order. What was made is given text by text.
 template <class Kept, class Made>
 void PatchedText::forEachPiece(Kept kept, Made made) const {

@@ -23,6 +23,8 @@ public:
     bool isFile(std::uint64_t size) const;
     /// Whether what is not the file's own is UTF-8, where no character is added in two pieces.
     bool isMadeOfUtf8() const;
+    /// Whether what is not the file's own has the character.
+    bool isMadeWith(char c) const;
     /// No more than so many bytes that it begins with. Nothing can be added afterwards.
     std::string beginning(const Input& file, std::uint64_t size);
     /// Nothing can be added afterwards.

@@ -18,6 +18,8 @@ class RowsInPlace {
 public:
     virtual ~RowsInPlace() = default;
 
+    /// Whether rows that nobody changed are to be written as well, where the file will have these.
+    virtual bool writesAll([[maybe_unused]] const std::vector<unsigned>& all) { return false; }
     /// Whether a piece of the source, with the end of its line, still reads as a row of the log.
     virtual bool reads(std::string_view piece, unsigned row) = 0;
     /// Whether lines of the row in front, which changed, may stand in those of a row that did not.

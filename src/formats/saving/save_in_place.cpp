@@ -122,8 +122,8 @@ private:
     bool isNew(unsigned row) const { return row >= places_.count(); }
 
     std::vector<unsigned> changedRows() {
-        const bool areAll =
-            source_.isDamaged || !saving_.hasColumnsAsTheyCame() || !saving_.hasUnnamedAsTheyCame();
+        const bool areAll = source_.isDamaged || !saving_.hasColumnsAsTheyCame() ||
+                            !saving_.hasUnnamedAsTheyCame() || form_->writesAll(all_);
         std::vector<unsigned> rows;
         rows.reserve(all_.size());
         for (std::size_t i = 0; i < all_.size(); ++i) {

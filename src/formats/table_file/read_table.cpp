@@ -109,6 +109,7 @@ public:
         requireCellsOf(log_, input_);
         const End after = end();
         log_.endsInLine = before.isInLine || after.isInLine || before.size != after.size;
+        reportZeros();
         restoreExactCells(log_);
         log_.table->set_filename(wide(log_.path));
         if (log_.table->get_modified()) log_.table->clear_changed();
@@ -156,9 +157,13 @@ private:
 
     // As a rule the header stands in the first piece of the text.
     std::size_t headerLines() {
-        std::string_view head = input_.head();
-        std::size_t lines = headerLines(head.substr(0, head.rfind('\n') + 1));
+        const std::size_t lines = headerLines(wholeHeadLines());
         return lines != 0 ? lines : headerLines(input_.text());
+    }
+
+    std::string_view wholeHeadLines() const {
+        const std::string_view head = input_.head();
+        return head.substr(0, head.rfind('\n') + 1);
     }
 
     // The parameter lines, the magic line and the three lines of the column header.
@@ -190,6 +195,30 @@ private:
             }
         }
         return walk.number() - std::min(walk.number(), headerLines_);
+    }
+
+    // The library tells of lines behind the heading that it did not read to their ends.
+    void reportZeros() {
+        const bool isRestRead =
+            log_.table->get_loaded_whole() && headerLines(wholeHeadLines()) != 0;
+        const std::string_view text = isRestRead ? wholeHeadLines() : input_.text();
+        if (text.find('\0') == text.npos) return;
+        LineWalk walk(text, LineWalk::Ends::lineFeed);
+        std::string_view line;
+        while (walk.next(line) && walk.number() <= headerLines_ + log_.rowsInSource()) {
+            if (line.find('\0') != line.npos) reportZero(walk.number(), line);
+        }
+    }
+
+    void reportZero(std::size_t number, std::string_view line) {
+        const std::size_t at = line.find('\0');
+        const std::size_t behind = line.size() - at - 1;
+        log_.report([&]() -> Problem {
+            return {number, "", concat("a zero byte at byte ", std::to_string(at + 1)), "text",
+                    behind == 0 ? "the line ends there"
+                                : concat("the line ends there, ", counted(behind, "byte"),
+                                         " behind it ", behind == 1 ? "is" : "are", " not read")};
+        });
     }
 
     void numberRows() {
@@ -336,7 +365,9 @@ private:
         std::string_view line;
         std::size_t first = 0;
         std::size_t unread = 0;
+        bool isEndedByZero = false;
         while (walk.next(line)) {
+            if (walk.number() == readLines + 1) isEndedByZero = line.find('\0') != line.npos;
             if (walk.number() <= readLines || trimmed(line).empty()) continue;
             if (first == 0) first = walk.number();
             ++unread;
@@ -344,7 +375,11 @@ private:
         if (unread == 0) return;
         log_.notRead = worded(
             log_.name,
-            {readLines + 1, "", "an empty line, which ends the rows", "rows to the end of the file",
+            {readLines + 1, "",
+             isEndedByZero
+                 ? "a line that a zero byte ends before its first value, which ends the rows"
+                 : "an empty line, which ends the rows",
+             "rows to the end of the file",
              counted(unread, "line") + " from line " + std::to_string(first) + " on not read"});
     }
 

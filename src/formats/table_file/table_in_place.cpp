@@ -134,11 +134,19 @@ public:
         for (unsigned i = 0; i < rows.rowCount(); ++i) isLooked_[rows.view->baseIndex(i)] = 1;
     }
 
-    void add(std::string& text, unsigned row, std::string_view) override {
+    void add(std::string& text, unsigned row, std::string_view piece) override {
+        requireWithoutZeros(piece, rows().line(row));
         text += lines_.line(row);
     }
 
     std::string heading(std::string_view came) override {
+        std::string now = headingFrom(came);
+        requireZerosOfHeading(came, now);
+        return now;
+    }
+
+private:
+    std::string headingFrom(std::string_view came) {
         noteExact();
         const Log& log = saving_.log;
         if (log.source->isDamaged) return TableHeading(saving_).whole();
@@ -147,7 +155,27 @@ public:
         return isSame ? std::string(came) : TableHeading(saving_).patched(came);
     }
 
-private:
+    // What stands behind a zero byte is in no cell, and would not be written again.
+    void requireWithoutZeros(std::string_view line, std::size_t number) const {
+        if (line.find('\0') == line.npos) return;
+        throw Failure{
+            unwritable,
+            saving_.log.name,
+            {number, "", "a zero byte, which hides what stands behind it", "a line without one",
+             concat("not changed, as the line would be written anew and that be lost; take zero "
+                    "bytes out of the file, or write a copy with ",
+                    saving_.log.opening.terms->saving)}};
+    }
+
+    // Lines of the heading that change nothing keep theirs.
+    void requireZerosOfHeading(std::string_view came, std::string_view now) const {
+        if (std::count(came.begin(), came.end(), '\0') == std::count(now.begin(), now.end(), '\0'))
+            return;
+        LineWalk walk(came, LineWalk::Ends::lineFeed);
+        std::string_view line;
+        while (walk.next(line)) requireWithoutZeros(line, walk.number());
+    }
+
     // As a reader of the file finds them.
     void takeValues(std::string_view line) {
         if (takePlainValues(line, values_)) return;

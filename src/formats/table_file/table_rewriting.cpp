@@ -242,8 +242,9 @@ private:
 bool mayRewrite(const Saving& saving, const InPlace& now) {
     const Log& log = saving.log;
     return log.format == Format::table && log.source->places.areKnown() && !now.isPiece &&
-           log.source->exactCells.empty() && log.form.encoding.empty() &&
-           log.lineEnd == LineEnd::lf && saving.columns == allColumns(log);
+           log.source->exactCells.empty() && log.table->get_loaded_whole() &&
+           log.form.encoding.empty() && log.lineEnd == LineEnd::lf &&
+           saving.columns == allColumns(log);
 }
 
 }  // namespace

@@ -66,10 +66,22 @@ public:
             badAt = text.size() - left;
             return {};
         }
-        return made;
+        return flush(made, makeRoom);
     }
 
 private:
+    // A letter that waits for marks behind it, and the way back to where a text begins.
+    template <class MakeRoom>
+    std::size_t flush(std::size_t made, MakeRoom makeRoom) {
+        for (;;) {
+            auto [to, room] = makeRoom(made);
+            char* at = to;
+            const std::size_t result = ::iconv(handle_, nullptr, nullptr, &at, &room);
+            made += static_cast<std::size_t>(at - to);
+            if (result != static_cast<std::size_t>(-1) || errno != E2BIG) return made;
+        }
+    }
+
     iconv_t handle_;
 };
 
@@ -233,6 +245,9 @@ bool isMostlyUtf8(std::string_view text) {
 std::optional<std::string> encodingNamed(const std::string& name) {
     std::string upper;
     for (char c : name) upper += c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    // As iconv -l writes names. What else may stand there drops characters or changes them.
+    if (upper.ends_with("//")) upper.resize(upper.size() - 2);
+    if (upper.find('/') != upper.npos) return {};
     if (upper == "UTF-8" || upper == "UTF8") return std::string();
     if (upper == "MACROMAN" || upper == "MAC-ROMAN") upper = "MACINTOSH";
     // Marks stay in the text.

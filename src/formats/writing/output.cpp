@@ -23,6 +23,31 @@ std::string_view characterAt(std::string_view text, std::size_t at) {
     return text.substr(at, end - at);
 }
 
+// In these every character has bytes of its own.
+bool isOneToOne(std::string_view encoding) {
+    return encoding.starts_with("UTF-16") || encoding == "WINDOWS-1252" || encoding == "MACINTOSH";
+}
+
+std::size_t firstDifference(std::string_view a, std::string_view b) {
+    const std::size_t size = std::min(a.size(), b.size());
+    std::size_t at = 0;
+    while (at < size && a[at] == b[at]) ++at;
+    while (at > 0 && at < a.size() && isContinuation(a[at])) --at;
+    return at;
+}
+
+// Where several characters may be written as one, what is read again may be others: the first of
+// them, or the end.
+std::size_t firstNotBack(std::string_view text, std::string_view made,
+                         const std::string& encoding) {
+    if (isOneToOne(encoding)) return text.size();
+    std::size_t badAt = 0;
+    const Quor::Ptr<TextBlock> back = toUtf8(made, encoding, badAt);
+    const std::string_view read =
+        back ? std::string_view(back->data(), back->size()) : std::string_view();
+    return read == text ? text.size() : firstDifference(text, read);
+}
+
 }  // namespace
 
 Output::Output(std::string name, std::unique_ptr<OutputSink> sink)
@@ -83,12 +108,13 @@ void Output::encodePending() {
     if (!encoding_.empty()) {
         std::size_t badAt = 0;
         std::optional<std::string> made = fromUtf8(pending_, encoding_, badAt);
-        if (!made) {
-            const auto at = pending_.begin() + static_cast<std::ptrdiff_t>(badAt);
+        const std::size_t place = made ? firstNotBack(pending_, *made, encoding_) : badAt;
+        if (place != pending_.size()) {
+            const auto at = pending_.begin() + static_cast<std::ptrdiff_t>(place);
             throw Failure{
                 unwritable,
                 concat(name_, ":", std::to_string(1 + std::count(pending_.begin(), at, '\n')), ": ",
-                       inQuotes(characterAt(pending_, badAt)), ", expected characters that ",
+                       inQuotes(characterAt(pending_, place)), ", expected characters that ",
                        encoding_, " has; write a copy in UTF-8 with ", terms_->saving)};
         }
         pending_ = std::move(*made);

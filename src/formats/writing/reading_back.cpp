@@ -5,6 +5,7 @@
 
 #include <vekdb/host/text_util.h>
 #include "formats/delimited/delimiters.h"
+#include "formats/delimited/text_quotes.h"
 #include "formats/json/json.h"
 #include "formats/packed/packed.h"
 #include "formats/reading/decoding.h"
@@ -156,6 +157,21 @@ void requireSameEncoding(const Log& log, PatchedText& text, const std::string& o
                  told);
 }
 
+// Only cells that begin with a quote read in two ways.
+void requireSameQuotes(const Log& log, PatchedText& text, const std::string& output, Losses* told) {
+    if (!hasTabsAndQuotes(log) && !(hasTabs(log) && text.isMadeWith('"'))) return;
+    const std::string bytes = text.beginning(*log.source->input, SIZE_MAX);
+    const std::string_view cells =
+        std::string_view(bytes).substr(std::min(sizeInFront(log), bytes.size()));
+    const bool wereText = cameWithTextQuotes(log);
+    if (hasTextQuotes(cells, '\t') == wereText || !hasQuotedCell(cells, '\t')) return;
+    refuseOrTell(output,
+                 wereText
+                     ? "quotes that are part of its cells would be read as quotes around them then"
+                     : "quotes around its cells would be read as part of them then",
+                 told);
+}
+
 // Every name and cell, and what says where it stands.
 template <class Take>
 void forEachText(const Sheet& sheet, Take take) {
@@ -254,6 +270,7 @@ void requireSameReading(const Log& log, PatchedText& text, const std::string& ou
                         Losses* told) {
     requireSameLook(log, text.beginning(*log.source->input, FirstLook::size), output, told);
     requireSameEncoding(log, text, output, told);
+    requireSameQuotes(log, text, output, told);
 }
 
 }  // namespace vek::formats

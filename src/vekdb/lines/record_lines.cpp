@@ -125,8 +125,10 @@ LineScan TextLines::read(dbrecord& record) {
     while (arrival_ && end_ - at_ < PlainLine::mostLookedAt) awaitMore();
     if (at_ != end_) ++read_;
     if (quoted_.recognise(at_, end_)) return cutUp(record);
-    const std::string_view line = nextLine();
-    return moveTogether(line.substr(0, line.find('\0')), record);
+    const std::string_view whole = nextLine();
+    const std::string_view line = whole.substr(0, whole.find('\0'));
+    hasCut_ = hasCut_ || line.size() != whole.size();
+    return moveTogether(line, record);
 }
 
 LineScan TextLines::cutUp(dbrecord& record) {

@@ -70,8 +70,10 @@ public:
     void takeBack(dbrecord& record) override;
     /// Whether any line was read that was not essentially empty.
     bool hasRead() const { return hasRead_; }
-    /// Whether so many lines were read, whatever was in them, and no more are left.
-    bool areAll(std::size_t lines) const { return lines == read_ && at_ == end_ && !arrival_; }
+    /// Whether so many lines were read to their ends, whatever was in them, and no more are left.
+    bool areAll(std::size_t lines) const {
+        return lines == read_ && at_ == end_ && !arrival_ && !hasCut_;
+    }
 
 private:
     void awaitMore();
@@ -92,6 +94,7 @@ private:
     std::uint32_t spareReferences_ = 0;
     bool marks_;
     bool hasRead_ = false;
+    bool hasCut_ = false;   // a line at a NUL
     std::size_t read_ = 0;  // lines
     PlainLine quoted_;
     FieldUnescaper scanner_;

@@ -73,7 +73,7 @@ TEST(SavingInPlace, WritesManyLongChangesBetweenRowsThatStay) {
 TEST(SavingInPlace, WritesOnlyTheRowsThatChanged) {
     Opened csv("a.csv", "A,B\r\n\"1\",x\r\n\r\n\"3\",y\r\n");
     csv.set(1, 1, "z,z");
-    EXPECT_EQ(csv.saved(), "A,B\r\n\"1\",x\r\n\r\n3,\"z,z\"\r\n");
+    EXPECT_EQ(csv.saved(), "A,B\r\n\"1\",x\r\n\r\n\"3\",\"z,z\"\r\n");
 }
 
 TEST(SavingInPlace, TakesRowsAwayAndPutsThemInAnotherOrder) {

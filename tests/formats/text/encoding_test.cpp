@@ -99,3 +99,31 @@ TEST(Encoding, TellsWhereACharacterIsNone) {
     EXPECT_EQ(fromUtf8("ab\xE2\x98\x83", "WINDOWS-1252", badAt), std::nullopt);
     EXPECT_EQ(badAt, 2u);
 }
+
+TEST(Encoding, ReadsALastLetterThatWaitsForMarks) {
+    EXPECT_EQ(read("a", "CP1258"), "a");
+    EXPECT_EQ(read("Name,Ti\xEA\xECn", "CP1258"), "Name,Ti\xE1\xBA\xBFn");
+    EXPECT_EQ(read("Name,e", "TCVN"), "Name,e");
+    EXPECT_EQ(read("+AOk-t+AOk", "UTF-7"), "\xC3\xA9t\xC3\xA9");
+    EXPECT_EQ(read("\x1B$B$\"\x1B(B", "ISO-2022-JP"), "\xE3\x81\x82");
+}
+
+TEST(Encoding, WritesTheWayBackToWhereATextBegins) {
+    for (const char* encoding : {"CP1258", "TCVN", "UTF-7", "ISO-2022-JP", "UTF-32"}) {
+        const std::string text =
+            std::string(encoding).ends_with("JP") ? "\xE3\x81\x82" : "\xC3\xA9";
+        std::size_t badAt = 0;
+        const std::optional<std::string> made = fromUtf8(text, encoding, badAt);
+        ASSERT_TRUE(made) << encoding;
+        EXPECT_EQ(read(*made, encoding), text) << encoding;
+    }
+    std::size_t badAt = 0;
+    EXPECT_THAT(fromUtf8("\xE3\x81\x82", "ISO-2022-JP", badAt),
+                Optional(std::string("\x1B$B$\"\x1B(B")));
+}
+
+TEST(Encoding, TakesNoNamesThatMakeOtherCharacters) {
+    EXPECT_THAT(encodingNamed("cp437//"), Optional(std::string("CP437")));
+    EXPECT_EQ(encodingNamed("ascii//translit"), std::nullopt);
+    EXPECT_EQ(encodingNamed("ascii//ignore"), std::nullopt);
+}

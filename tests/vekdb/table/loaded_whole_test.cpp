@@ -52,6 +52,11 @@ TEST_F(LoadedWhole, IsNoFileOfWhichLinesArePassedOver) {
     EXPECT_FALSE(loadsLines({row, "\"VEKDB\",\"b\"", row, row, row}));
 }
 
+TEST_F(LoadedWhole, IsNoFileOfWhichAZeroByteHidesSomething) {
+    EXPECT_FALSE(loadsLines({row, row + std::string("\0x", 2), row}));
+    EXPECT_FALSE(loadsLines({row, std::string("a,b\0", 4)}));
+}
+
 TEST_F(LoadedWhole, CountsTheRowsThatWereAskedFor) {
     EXPECT_FALSE(loadsLines({row, row, row}, 2));
     EXPECT_TRUE(loadsLines({row, row, row}, 3));
