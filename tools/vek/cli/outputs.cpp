@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <filesystem>
 
+#include <vekdb/host/write_permission.h>
 #include "formats/changing/file_names.h"
 #include "formats/text/letters.h"
-#include "host/posix/replacing/granted.h"
 
 namespace vek {
 
@@ -38,7 +38,7 @@ void requireWritable(const std::string& path) {
     if (path.empty() || path == "-") return;
     FileReplacement file;
     if (!file.find(path.c_str())) refuse(path, file);
-    if (const int error = errorOfRights(path)) refuse(path, error);
+    if (const int error = errorOfWritePermission(path.c_str())) refuse(path, error);
 }
 
 bool isTaken(const std::string& path) {
@@ -96,7 +96,7 @@ void requireMakeable(const std::string& path) {
         refuseFolder(folder, std::make_error_code(std::errc::not_a_directory));
     }
     requireNoForeignLink(known);
-    if (const int rights = errorOfRights((known / "file").native()))
+    if (const int rights = errorOfWritePermission((known / "file").c_str()))
         refuse(folder.native(), rights);
 }
 

@@ -1,11 +1,11 @@
-#include "host/posix/replacing/granted.h"
+#include <vekdb/host/write_permission.h>
 
 #include "host/posix/replacing/place.h"
 
 #include <cerrno>
 
 // The new file is made beside the old one, so both the file and its folder are asked.
-int errorOfRights(const std::string& path) {
+int errorOfWritePermission(const char* path) {
     Place place;
     if (const FileTrouble trouble = place.find(path, true)) {
         return trouble.error;
