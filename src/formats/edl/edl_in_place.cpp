@@ -56,6 +56,14 @@ public:
         return made;
     }
 
+    /// Whether its notes may say a speed.
+    bool mayHaveSpeed(unsigned row) const {
+        return std::any_of(comments_.begin(), comments_.end(), [&](unsigned column) {
+            const std::string_view notes = cell(row, column);
+            return notes.find("M2") != notes.npos || notes.find("m2") != notes.npos;
+        });
+    }
+
     /// What is said for the row by its own cell, or else of the whole list.
     std::string countingOf(unsigned row) const {
         const std::string_view own = cell(row, counting_);
@@ -236,9 +244,7 @@ public:
         return came().row(row) == now_.row(row) && speedsBehind(row).empty();
     }
 
-    bool goesWith(unsigned changed) const override {
-        return now_.row(changed).event[edlComments].find("M2") != std::string::npos;
-    }
+    bool goesWith(unsigned changed) const override { return now_.mayHaveSpeed(changed); }
 
     void add(std::string& text, unsigned row, std::string_view piece) override {
         const unsigned own = rows().view->baseIndex(row);
@@ -291,9 +297,8 @@ public:
 
     // Speeds of the first line of an event may stand behind its second one.
     MovedSpeeds speedsBehind(unsigned row) {
-        if (row == 0 || row >= saving_.log.source->rows) return {};
+        if (row == 0 || row >= saving_.log.source->rows || !now_.mayHaveSpeed(row - 1)) return {};
         const EdlRow before = came().row(row - 1);
-        if (before.event[edlComments].find('2') == std::string::npos) return {};
         if (before.event[edlEvent] != came().row(row).event[edlEvent]) return {};
         return movedSpeeds(before, now_.row(row - 1)).value_or(MovedSpeeds());
     }

@@ -10,6 +10,7 @@
 #include "formats/edl/blank_lines.h"
 #include "formats/edl/edl_lines.h"
 #include "formats/edl/kinds_on_sheet.h"
+#include "formats/edl/laps.h"
 #include "formats/reading/progress.h"
 #include "formats/text/encoding.h"
 #include "formats/text/text_lines.h"
@@ -121,6 +122,8 @@ public:
         take({timeline::place});
         marker = take({timeline::marker});
         color = take({timeline::color});
+        note = placeNamed(sheet, timeline::note);
+        transition = take({timeline::transition});
     }
 
     /// Whether these are the columns of an edit list, so that nothing is to be made up.
@@ -136,7 +139,9 @@ public:
     }
 
     unsigned event, reel, track, kind, length, clipName, toClipName, counting, blanks;
-    unsigned rowKind = noColumn, marker = noColumn, color = noColumn;  // of a timeline's rows
+    // Of a timeline's rows.
+    unsigned rowKind = noColumn, marker = noColumn, color = noColumn, note = noColumn,
+             transition = noColumn;
     RangeColumns source, record;
     std::vector<unsigned> comments;
     std::vector<unsigned> before;
@@ -196,7 +201,8 @@ public:
           places_(sheet),
           others_(places_.others()),
           counting_(sheet.log, style.rate),
-          lengths_(sheet, counting_, places_.source, places_.record) {
+          lengths_(sheet, counting_, places_.source, places_.record),
+          laps_(sheet, places_.rowKind, places_.source, places_.record, counting_, lengths_) {
         requireColumns();
         if (places_.isEdl()) layout_ = ListLayout::of(sheet.log.parameter(listLayoutName));
     }
@@ -308,6 +314,7 @@ private:
         EdlEvent event;
         if (!takeTimes(row, event)) return;
         takeNames(row, event);
+        const std::string comesFrom = takeLap(row, event);
         EdlLines lines{linesBefore(row), commentsOf(row, event), eventLine(row, event), {}};
         if (places_.record.start != noColumn) addMotion(row, event, lines.comments);
         for (std::size_t i = 0; i < lines.names.size(); ++i) {
@@ -317,6 +324,7 @@ private:
         writeCounting(row, event, !lines.before.empty());
         for (const std::string& text : std::exchange(lines.before, {})) line(text);
         if (!isBehindEvent_) beginBlock(blanksOf(row).withoutFirst());
+        if (!comesFrom.empty()) line(comesFrom);
         for (const std::string& text : inOrder(lines)) line(text);
         isBehindEvent_ = true;
         wasNoTime_ = event[edlRecordIn] == event[edlRecordOut];
@@ -368,6 +376,8 @@ private:
         const TimelineKind kind = timelineKind(own);
         if (places_.rowKind == noColumn || kind == TimelineKind::clip) return true;
         if (kind == TimelineKind::marker) return writeMarker(row);
+        if (kind == TimelineKind::transition && laps_.isOfClip(row)) return false;
+        if (const Lap* black = laps_.toBlack(row)) return writeToBlack(row, *black);
         return leaveOut(row, "a row of kind " + inQuotes(own), "a clip or a marker");
     }
 
@@ -378,7 +388,90 @@ private:
         }
         std::string color = oneLine(cell(row, places_.color));
         if (color.empty()) color = "WHITE";
-        line(trimmed(concat("* LOC: ", time, " ", color, " ", oneLine(cell(row, places_.marker)))));
+        const std::string name = oneLine(cell(row, places_.marker));
+        const std::string note = oneLine(cell(row, places_.note));
+        const bool isOther = !note.empty() && note != name;
+        line(trimmed(concat("* LOC: ", time, " ", color, " ", name,
+                            !name.empty() && isOther ? ": " : "", isOther ? note : "")));
+        return false;
+    }
+
+    // The times of a clip as an edit list has them, and what its event comes from as a line.
+    std::string takeLap(unsigned row, EdlEvent& event) {
+        const Lap& lap = laps_.of(row);
+        moveTime(event[edlSourceIn], -lap.lead);
+        moveTime(event[edlRecordIn], -lap.lead);
+        moveTime(event[edlSourceOut], -lap.tail);
+        moveTime(event[edlRecordOut], -lap.tail);
+        if (!lap.goesOver()) return {};
+        takeTransition(lap, event);
+        event[edlToClipName] = event[edlClipName];
+        event[edlClipName] = cell(lap.from, lap.from == noColumn ? noColumn : places_.clipName);
+        return lineBefore(lap, event);
+    }
+
+    void moveTime(std::string& text, std::int64_t by) const {
+        if (by == 0) return;
+        const Timecode code = *parseTimecode(text);
+        text = timecodeText(framesOf(code, counting_.nominal()) + by, counting_.nominal(),
+                            code.dropFrame);
+    }
+
+    void takeTransition(const Lap& lap, EdlEvent& event) {
+        const std::string_view type = cell(lap.transition, places_.transition);
+        const TransitionKind made = transitionKindOf(type, cell(lap.transition, places_.clipName));
+        if (!made.isWhole) {
+            tell(lap.transition, places_.transition, inQuotes(type), "a dissolve or a wipe",
+                 "it is written as a dissolve");
+        }
+        if (lap.late > 0) {
+            tell(lap.transition,
+                 concat("a transition that begins ", std::to_string(lap.late),
+                        " frames before its clips meet"),
+                 "clips at the speed of the record that have as many frames more",
+                 "it begins where they meet");
+        }
+        event[edlKind] = made.kind;
+        event[edlLength] = std::to_string(lap.length);
+        if (event[edlLength].size() < 3)
+            event[edlLength].insert(0, 3 - event[edlLength].size(), '0');
+    }
+
+    // What is gone over from, without a length where it begins.
+    std::string lineBefore(const Lap& lap, const EdlEvent& event) {
+        EdlEvent from = event;
+        from[edlKind] = "C";
+        from[edlLength].clear();
+        from[edlReel] = "BL";
+        from[edlSourceIn] = "00:00:00:00";
+        from[edlRecordOut] = event[edlRecordIn];
+        if (lap.from != noColumn && takeTime(lap.from, places_.source.end, from[edlSourceIn])) {
+            const std::string own = oneLine(cell(lap.from, places_.reel));
+            from[edlReel] = own.empty() ? "AX" : style_.shortReels ? shortReels_.of(own) : own;
+            moveTime(from[edlSourceIn], -laps_.of(lap.from).tail);
+        }
+        from[edlSourceOut] = from[edlSourceIn];
+        return edlEventLine(from);
+    }
+
+    bool writeToBlack(unsigned row, const Lap& lap) {
+        EdlEvent event;
+        if (!takeTime(row, places_.record.start, event[edlRecordIn]) ||
+            !takeTime(row, places_.record.end, event[edlRecordOut])) {
+            return leaveOut(row, "no start and end in the record");
+        }
+        moveTime(event[edlRecordIn], lap.late);
+        event[edlEvent] = number(row);
+        event[edlReel] = "BL";
+        event[edlTrack] = track(row);
+        event[edlSourceIn] = "00:00:00:00";
+        event[edlSourceOut] = timecodeText(lap.length, counting_.nominal(), false);
+        takeTransition(lap, event);
+        event[edlClipName] = cell(lap.from, places_.clipName);
+        line(lineBefore(lap, event));
+        line(edlEventLine(event));
+        if (!event[edlClipName].empty())
+            line("* FROM CLIP NAME: " + clipName(row, event[edlClipName]));
         return false;
     }
 
@@ -788,6 +881,7 @@ private:
     std::vector<unsigned> others_;
     LogCounting counting_;
     ClipLengths lengths_;
+    Laps laps_;
     ShortReels shortReels_;
     ListLayout layout_;
     BlankLines blanks_;
