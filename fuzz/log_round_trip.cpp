@@ -70,10 +70,19 @@ bool isAskedFor(const Log& after, const std::string& parameter) {
            LightweightString<char>::icompare(parameter.c_str(), "FPS") == 0;
 }
 
+// What a heading says of the file's delimiter and is not so, which is told, is put right.
+bool isPutRight(const Log& before, const std::string& parameter) {
+    const auto& problems = before.problems();
+    return LightweightString<char>::icompare(parameter.c_str(), "FIELD_DELIM") == 0 &&
+           std::any_of(problems.begin(), problems.end(), [](const vek::Problem& problem) {
+               return problem.expected.starts_with("what FIELD_DELIM says");
+           });
+}
+
 // Formats with a heading of their own may say more in it.
 std::string compareParameters(const Log& before, const Log& after) {
     for (const vek::Parameter& parameter : before.parameters()) {
-        if (isAskedFor(after, parameter.name)) continue;
+        if (isAskedFor(after, parameter.name) || isPutRight(before, parameter.name)) continue;
         const auto same = after.parameter(parameter.name);
         if (!same) return "no parameter \"" + parameter.name + "\"";
         if (*same != before.parameter(parameter.name)) {

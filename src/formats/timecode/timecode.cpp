@@ -69,12 +69,13 @@ std::optional<FrameRate> wholeRate(std::int64_t nominal) {
 // A rate with decimals, of which there are `scale` in one: 2397 or 2398 of 100 are 24000/1001.
 // The last decimal may be rounded or cut.
 std::optional<FrameRate> slowedRate(std::int64_t whole, std::int64_t decimals, std::int64_t scale) {
-    std::int64_t value = whole * scale + decimals;
     std::int64_t nominal = whole + 1;
+    bool isKnown = nominal <= fastest && hasSlowed(nominal) && scale >= 100;
+    if (!isKnown) return {};
+    std::int64_t value = whole * scale + decimals;
     std::int64_t cut = nominal * 1000 * scale / 1001;
     std::int64_t rounded = (nominal * 2000 * scale / 1001 + 1) / 2;
-    bool isKnown = hasSlowed(nominal) && scale >= 100 && nominal <= fastest;
-    if (!isKnown || (value != cut && value != rounded)) return {};
+    if (value != cut && value != rounded) return {};
     return FrameRate{static_cast<int>(nominal), true};
 }
 

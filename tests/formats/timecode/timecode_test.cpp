@@ -34,6 +34,7 @@ TEST(TimecodeArithmetic, AnswersRatesThatAreNoneWithoutHarm) {
     EXPECT_EQ(vek::timecodeText(100, -25, true), "");
     EXPECT_EQ(vek::timecodeText(-1, 25, false), "");
     EXPECT_EQ(vek::parseFrameRate("0"), std::nullopt);
+    EXPECT_EQ(vek::parseFrameRate("230540500.847000000"), std::nullopt);
 }
 
 TEST(TimecodeArithmetic, ReadsFrameRates) {
