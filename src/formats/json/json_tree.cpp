@@ -124,7 +124,9 @@ JsonTree::Node JsonTree::find(Node object, std::string_view name) const {
     for (Node at = object + 1; at < places_[object].next; at = places_[at + 1].next) {
         // Names are compared as they stand; an escape in one is rare.
         const std::string_view rest = text_.substr(places_[at].at + 1);
-        const bool isPlain = rest.starts_with(name) && rest.substr(name.size()).starts_with('"');
+        // Most that are looked at are other names, which end elsewhere.
+        const bool endsThere = name.size() < rest.size() && rest[name.size()] == '"';
+        const bool isPlain = endsThere && rest.starts_with(name);
         if (isPlain || (hasEscape(rest) && nameAt(at) == name)) found = at + 1;
     }
     return found;
