@@ -1,8 +1,8 @@
 #include "errors.h"
 
-#include <sys/stat.h>
 #include <cerrno>
 
+#include <vekdb/host/file_look.h>
 #include "texts.h"
 
 namespace vekpy {
@@ -25,8 +25,7 @@ const char* classOf(vek::Reason::Kind kind) {
 }
 
 bool isMissing(const std::string& path) {
-    struct stat status;
-    return stat(path.c_str(), &status) != 0 && errno == ENOENT;
+    return FileLook::at(path.c_str()).error == ENOENT;
 }
 
 }  // namespace

@@ -52,9 +52,9 @@ public:
     /// fails where it did. Where there is no file, or the file system has no locks, true.
     /// To be left out by who puts something new in the file's place without looking at the old.
     bool hold(unsigned milliseconds);
-    /// Copies a file that is held to another path, which is replaced the same way; a link there is
-    /// replaced and not followed. Who may read the copy may read the file. A failure leaves this
-    /// replacement as it was.
+    /// Copies a file that is held; `commit` puts the copy at another path, before the new contents
+    /// take their place. A link there is replaced and not followed. Who may read the copy may read
+    /// the file. A failure leaves this replacement as it was, without a copy.
     bool backUp(const char* path);
 
     /// Makes the new file, empty, and appends to it.

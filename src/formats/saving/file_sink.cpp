@@ -27,6 +27,10 @@ std::vector<std::string> worded(const std::string& path, unsigned losses) {
 
 }  // namespace
 
+std::string backupOf(const std::string& path) {
+    return path + ".bak";
+}
+
 FileSink::FileSink(const std::string& path, Held held, bool keepsOld)
     : path_(path), file_(std::move(held)), keepsOld_(keepsOld && file_ != nullptr) {}
 
@@ -69,7 +73,7 @@ std::vector<std::string> FileSink::end() {
 
 std::vector<std::string> FileSink::prepare() {
     if (keepsOld_) {
-        const std::string copy = path_ + ".bak";
+        const std::string copy = backupOf(path_);
         if (!file_->backUp(copy.c_str())) {
             file_->giveUp();
             refuse(copy, *file_);
@@ -86,7 +90,7 @@ void FileSink::commit() {
 }
 
 void FileSink::giveUp() {
-    if (isOpen_) file_->giveUp();
+    if (isOpen_ || keepsOld_) file_->giveUp();
     isOpen_ = false;
 }
 

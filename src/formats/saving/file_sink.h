@@ -8,12 +8,15 @@
 
 namespace vek::formats {
 
+/// Where the old contents of a file are kept.
+std::string backupOf(const std::string& path);
+
 /// A file that is replaced whole or not at all. A long text goes to a file beside the one that it
 /// is to replace while it is made; the file itself is not touched before the end.
 class FileSink : public OutputSink {
 public:
     /// What is held already, or null. `keepsOld` keeps what a held file is now beside it, as
-    /// "PATH.bak", once all but the last piece could be written.
+    /// `backupOf` says, which comes there when the new file takes the old one's place.
     explicit FileSink(const std::string& path, Held held = nullptr, bool keepsOld = false);
     /// What takes hold of the file once there is something to write. Each file that is held is an
     /// open folder, of which many are more than a program may have.

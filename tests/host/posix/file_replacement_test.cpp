@@ -687,10 +687,15 @@ class BackingUp : public Replacing {
 protected:
     BackingUp() { folder.write("log", "the log"); }
 
+    bool prepare(FileReplacement& file) {
+        return file.find(path("log").c_str()) && file.hold(0) &&
+               file.backUp(path("log.bak").c_str()) && file.open() && file.write("new") &&
+               file.complete();
+    }
+
     bool backUp() {
         FileReplacement file;
-        return file.find(path("log").c_str()) && file.hold(0) &&
-               file.backUp(path("log.bak").c_str());
+        return prepare(file) && file.commit();
     }
 };
 
@@ -701,6 +706,35 @@ TEST_F(BackingUp, ReplacesAnOlderCopyAndKeepsTheMode) {
     EXPECT_EQ(folder.read("log.bak"), "the log");
     EXPECT_EQ(modeOf("log.bak"), 0640u);
     EXPECT_EQ(folder.names(), (Names{"log", "log.bak"}));
+}
+
+TEST_F(BackingUp, LeavesTheOlderCopyWithoutACommit) {
+    folder.write("log.bak", "older");
+    for (const bool isGivenUp : {true, false}) {
+        FileReplacement file;
+        ASSERT_TRUE(prepare(file));
+        EXPECT_EQ(folder.read("log.bak"), "older");
+        if (isGivenUp) file.giveUp();
+    }
+    EXPECT_EQ(folder.read("log.bak"), "older");
+    EXPECT_EQ(folder.names(), (Names{"log", "log.bak"}));
+}
+
+TEST_F(BackingUp, LeavesTheOlderCopyWhereTheFileWasChangedMeanwhile) {
+    folder.write("log.bak", "older");
+    FileReplacement file;
+    ASSERT_TRUE(prepare(file));
+    folder.write("log", "theirs, longer");
+    EXPECT_FALSE(file.commit());
+    EXPECT_EQ(folder.read("log.bak"), "older");
+    EXPECT_EQ(folder.names(), (Names{"log", "log.bak"}));
+}
+
+TEST_F(BackingUp, RefusesAFolderInThePlaceOfTheCopyBeforeTheEnd) {
+    std::filesystem::create_directory(path("log.bak"));
+    FileReplacement file;
+    EXPECT_FALSE(prepare(file));
+    EXPECT_EQ(file.error(), EISDIR);
 }
 
 TEST_F(BackingUp, DoesNotFollowALinkThatStandsThere) {
@@ -725,6 +759,7 @@ TEST_F(BackingUp, DoesNotWriteIntoAFileThatStandsThere) {
 TEST_F(BackingUp, AnyFailingCallLeavesTheOlderCopyOrTheNewOne) {
     bool fired = true;
     for (unsigned n = 1; fired; ++n) {
+        folder.write("log", "the log");
         folder.write("log.bak", "older");
         bool isSaved = false;
         {
@@ -732,8 +767,9 @@ TEST_F(BackingUp, AnyFailingCallLeavesTheOlderCopyOrTheNewOne) {
             isSaved = backUp();
             fired = calls.fired();
         }
-        EXPECT_EQ(folder.read("log.bak"), isSaved ? "the log" : "older") << n;
-        EXPECT_EQ(folder.read("log"), "the log");
+        const bool isCopied = isSaved || folder.read("log.bak") == "the log";
+        EXPECT_EQ(folder.read("log.bak"), isCopied ? "the log" : "older") << n;
+        EXPECT_EQ(folder.read("log"), isSaved ? "new" : "the log") << n;
         EXPECT_EQ(folder.names(), (Names{"log", "log.bak"})) << n;
     }
 }

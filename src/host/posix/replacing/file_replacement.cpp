@@ -56,7 +56,7 @@ public:
     }
 
     bool backUp(const char* path) {
-        const FileTrouble trouble = old_.isOpen() ? copyTo(path) : FileTrouble::ofSystem(ENOENT);
+        const FileTrouble trouble = old_.isOpen() ? copyFor(path) : FileTrouble::ofSystem(ENOENT);
         trouble_ = trouble;
         return !trouble;
     }
@@ -123,6 +123,7 @@ private:
         isOpen_ = isReady_ = false;
         written_ = begun_ = 0;
         temporary_.remove();
+        copy_.remove();
         direct_ = Descriptor();
         return settle(trouble);
     }
@@ -228,6 +229,9 @@ private:
         for (int i = 0; trouble.kind == FileTrouble::changed && !isHeld_ && i < kMostChanges; ++i) {
             trouble = ready() ? checkPlace() : trouble_;
         }
+        if (!trouble) {
+            trouble = placeCopy();
+        }
         if (trouble) {
             return trouble;
         }
@@ -263,19 +267,27 @@ private:
         return error == 0 ? FileTrouble() : FileTrouble::ofSystem(error);
     }
 
-    FileTrouble copyTo(const char* path) {
-        Place place;
-        if (const FileTrouble trouble = place.find(path, false)) {
+    // The copy stands beside its place until the new contents take theirs.
+    FileTrouble copyFor(const char* path) {
+        copy_.remove();
+        if (const FileTrouble trouble = copyPlace_.find(path, false)) {
             return trouble;
         }
-        Temporary copy;
-        if (const int error = fill(copy, place.folder())) {
+        const int error = fill(copy_, copyPlace_.folder());
+        if (error != 0) {
+            copy_.remove();
+        }
+        return error == 0 ? FileTrouble() : FileTrouble::ofSystem(error);
+    }
+
+    FileTrouble placeCopy() {
+        if (!copy_.isThere()) {
+            return {};
+        }
+        if (const int error = copy_.become(copyPlace_.name(), false)) {
             return FileTrouble::ofSystem(error);
         }
-        if (const int error = copy.become(place.name(), false)) {
-            return FileTrouble::ofSystem(error);
-        }
-        flushFolder(place.folder());
+        flushFolder(copyPlace_.folder());
         return {};
     }
 
@@ -307,6 +319,8 @@ private:
     Place place_;
     HeldFile old_;
     Temporary temporary_;
+    Place copyPlace_;
+    Temporary copy_;  // of the old contents
     Descriptor direct_;
     off_t written_ = 0;
     [[maybe_unused]] off_t begun_ = 0;  // to be written to the disk
