@@ -27,8 +27,11 @@ void requireColumn(const LogInside& inside, unsigned column) {
 
 void store(LogInside& inside, unsigned row, unsigned column, std::string_view text) {
     requireCell(inside, row, column);
-    inside.log.table->get_record(row)->setField(static_cast<unsigned short>(column),
-                                                formats::cellText(text));
+    dbrecord& record = *inside.log.table->get_record(row);
+    if (record.fieldView(column) == text) return;
+    // A text goes into the one that is there where it can, and needs no string of its own then.
+    if (record.set_field(static_cast<int>(column), text, false)) return;
+    record.setField(static_cast<unsigned short>(column), formats::cellText(text));
 }
 
 std::string replaced(std::string_view cell, std::string_view text, std::string_view by) {
