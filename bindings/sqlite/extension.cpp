@@ -18,7 +18,9 @@ std::unique_ptr<LogSource> fileOf(void*, const std::vector<std::string_view>& ar
     return std::make_unique<FileSource>(wishesOf(arguments));
 }
 
-TableModule files = {fileOf};
+void endModule(void* module) {
+    delete static_cast<TableModule*>(module);
+}
 
 // Functions that the planning asks for came with this one.
 constexpr int oldest = 3038000;
@@ -33,7 +35,9 @@ int addWords(sqlite3* db) {
 int addAll(sqlite3* db) {
     int result = addWords(db);
     if (result == SQLITE_OK) result = addFileFunctions(db);
-    return result != SQLITE_OK ? result : addTableModule(db, "vek", &files);
+    if (result != SQLITE_OK) return result;
+    auto* const module = new (std::nothrow) TableModule{fileOf};
+    return module == nullptr ? SQLITE_NOMEM : addTableModule(db, "vek", module, endModule);
 }
 
 }  // namespace vek::sql

@@ -51,12 +51,12 @@ void addJsonText(std::string& out, std::string_view text) {
 // A log that was read for a statement, and what it was read by.
 struct FileImage {
     std::vector<std::string> arguments;
-    Stamp stamp;
+    FileLook stamp;
     LogImage image;
     std::vector<std::string> names = {};
     std::vector<std::string> keys = {};  // as JSON has them, with the colon
 
-    FileImage(std::vector<std::string> words, const Stamp& stamp, Log log)
+    FileImage(std::vector<std::string> words, const FileLook& stamp, Log log)
         : arguments(std::move(words)), stamp(stamp), image(std::move(log)) {
         names = TableColumns::namesOf(image.log());
         for (const std::string& name : names) {
@@ -84,7 +84,7 @@ std::shared_ptr<FileImage> FileTable::read(const std::vector<std::string>& words
         if (!words[i].empty()) wishes.take(arguments[i], words[i]);
     }
     FileSource source(std::move(wishes));
-    const Stamp stamp = source.stamp();
+    const FileLook stamp = source.stamp();
     if (last && last->arguments == words && last->stamp == stamp) return last;
     last.reset();
     return last = std::make_shared<FileImage>(words, stamp, source.read());

@@ -1,7 +1,5 @@
 #include "log_source.h"
 
-#include <sys/stat.h>
-
 #include <charconv>
 #include <utility>
 
@@ -9,6 +7,7 @@
 #include <vekdb/host/file_replacement.h>
 #include "formats/face/guarded.h"
 #include "formats/face/inside.h"
+#include "formats/saving/file_sink.h"
 #include "formats/saving/prepared_file.h"
 #include "guard.h"
 
@@ -96,21 +95,19 @@ void FileWishes::take(std::string_view name, const std::string& value) {
 FileSource::FileSource(FileWishes wishes) : wishes_(std::move(wishes)) {}
 FileSource::~FileSource() = default;
 
-Stamp FileSource::stamp() const {
-    struct stat found = {};
-    if (stat(path().c_str(), &found) != 0) return {};
-    const auto number = [](auto part) { return static_cast<unsigned long long>(part); };
-    return {S_ISREG(found.st_mode),
-            {number(found.st_dev), number(found.st_ino), number(found.st_size),
-             number(found.st_mtim.tv_sec), number(found.st_mtim.tv_nsec),
-             number(found.st_ctim.tv_nsec)}};
+std::string FileSource::backup() const {
+    return wishes_.keepsOld ? formats::backupOf(path()) : std::string();
+}
+
+FileLook FileSource::stamp() const {
+    return FileLook::at(path().c_str());
 }
 
 // What may never end, or ends once, is no table. What is not there at all the reader tells.
 void FileSource::requireFile() const {
-    struct stat found = {};
-    if (stat(path().c_str(), &found) != 0 || S_ISREG(found.st_mode)) return;
-    throw Refusal(path() + ": is " + (S_ISDIR(found.st_mode) ? "a folder" : "a pipe or a device") +
+    const FileLook found = stamp();
+    if (found.isRegular() || found.error != 0) return;
+    throw Refusal(path() + ": is " + (found.isFolder() ? "a folder" : "a pipe or a device") +
                   ", expected a file, which can be read again");
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <vekdb/formats/log.h>
+#include <vekdb/host/file_look.h>
 
 namespace vek::formats {
 class PreparedFile;
@@ -13,14 +14,6 @@ class PreparedFile;
 
 /// Where a table of SQL comes by its log, and how it is given back.
 namespace vek::sql {
-
-/// What tells that a file is another one than it was.
-struct Stamp {
-    bool isFile = false;
-    unsigned long long parts[6] = {};
-
-    bool operator==(const Stamp&) const = default;
-};
 
 /// A log that a table reads, perhaps again and again, and writes back.
 class LogSource {
@@ -31,8 +24,10 @@ public:
     virtual const std::string& path() const = 0;
     /// The frame rate that somebody says the log has, "" for none.
     virtual const std::string& rate() const = 0;
+    /// Where the old contents are kept when new ones take their place, "" where they are not.
+    virtual std::string backup() const { return {}; }
     /// What the file is now; of a source that is read once it never changes.
-    virtual Stamp stamp() const = 0;
+    virtual FileLook stamp() const = 0;
     /// These throw a Refusal where it cannot be read.
     virtual Log read() = 0;
     virtual Log readToChange() = 0;
@@ -68,7 +63,8 @@ public:
 
     const std::string& path() const override { return wishes_.path; }
     const std::string& rate() const override { return wishes_.rate; }
-    Stamp stamp() const override;
+    std::string backup() const override;
+    FileLook stamp() const override;
     Log read() override;
     Log readToChange() override;
     void prepare(const Log& log, std::vector<unsigned> rows) override;
@@ -80,7 +76,7 @@ private:
     void requireFile() const;
 
     FileWishes wishes_;
-    Stamp held_;  // of the file that is to be changed
+    FileLook held_;  // of the file that is to be changed
     std::unique_ptr<formats::PreparedFile> prepared_;
 };
 

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include <vekdb/formats/timecode.h>
+#include "formats/changing/file_names.h"
 
 namespace vek::sql {
 
@@ -76,8 +77,28 @@ std::string TableColumns::declaration() const {
     return out + ")";
 }
 
-LogTable::LogTable(sqlite3* db, std::unique_ptr<LogSource> source)
-    : sqlite3_vtab{}, db_(db), source_(std::move(source)), isUtf8_(isUtf8(db)) {
+std::shared_ptr<LogTable> LogTable::of(sqlite3* db, TableModule& module,
+                                       const std::vector<std::string_view>& arguments) {
+    std::string words;
+    for (const std::string_view argument : arguments) (words += argument) += '\0';
+    std::erase_if(module.tables, [](const auto& table) { return table.expired(); });
+    for (const auto& known : module.tables) {
+        const auto table = known.lock();
+        if (table->isChanging_ && table->arguments_ == words) return table;
+    }
+    auto made = std::make_shared<LogTable>(db, module, module.source(module.context, arguments),
+                                           std::move(words));
+    module.tables.push_back(made);
+    return made;
+}
+
+LogTable::LogTable(sqlite3* db, const TableModule& module, std::unique_ptr<LogSource> source,
+                   std::string arguments)
+    : db_(db),
+      module_(module),
+      source_(std::move(source)),
+      arguments_(std::move(arguments)),
+      isUtf8_(isUtf8(db)) {
     image_ = read(false);
     const int most = sqlite3_limit(db, SQLITE_LIMIT_COLUMN, -1) - TableColumns::hidden;
     const unsigned found = image_->log().columns().size();
@@ -94,7 +115,7 @@ TableFacts LogTable::facts() const {
 }
 
 std::shared_ptr<LogImage> LogTable::read(bool isToChange) {
-    const Stamp before = source_->stamp();
+    const FileLook before = source_->stamp();
     Log log = isToChange ? source_->readToChange() : source_->read();
     std::vector<unsigned> places = columns_ ? placesIn(log) : std::vector<unsigned>();
     auto image = std::make_shared<LogImage>(std::move(log), std::move(places));
@@ -170,8 +191,24 @@ void LogTable::requireFormat(const LogImage& image) const {
                       "ALE or EDL; vek convert makes one of it");
 }
 
+// What is kept of the old file would take the place of a log that is a table, too.
+void LogTable::requireFreeBackup() const {
+    const std::string backup = source_->backup();
+    if (backup.empty()) return;
+    for (const auto& known : module_.tables) {
+        const auto other = known.lock();
+        if (!other || other.get() == this || !formats::isSameFile(other->path(), backup)) continue;
+        throw Refusal(backup + ": is a log that is a table, too, and what is kept of " + path() +
+                      " would take its place; DROP one of the tables, or make this one without "
+                      "backup");
+    }
+}
+
+// Where the connection came to it anew in the midst of a transaction, that goes on.
 void LogTable::begin() {
+    if (isChanging_) return;
     tellWhatIsLost();
+    requireFreeBackup();
     refuseOldNumbers();
     if (image_) requireFormat(*image_);
     std::shared_ptr<LogImage> image = read(true);
@@ -186,6 +223,7 @@ void LogTable::begin() {
 void LogTable::sync() {
     if (!isChanging_ || image_->changes() == 0) return;
     if (image_->isBroken()) throw std::bad_alloc();
+    requireFreeBackup();
     if (!isPrepared_) source_->prepare(image_->log(), image_->rowsThere());
     isPrepared_ = true;
     source_->requireReady();
@@ -235,10 +273,11 @@ void LogTable::tellWhatIsLost() {
                   std::exchange(lost_, std::string()));
 }
 
+// One that is set stays: SQLite sets it again for a table that it came to anew.
 void LogTable::setMark(int savepoint) {
+    if (marks_.size() > static_cast<std::size_t>(savepoint)) return;
     const std::size_t changes = isChanging_ ? image_->changes() : 0;
     marks_.resize(static_cast<std::size_t>(savepoint) + 1, changes);
-    marks_.back() = changes;
 }
 
 void LogTable::releaseMark(int savepoint) noexcept {

@@ -33,10 +33,20 @@ struct TableColumns {
     static std::vector<std::string> namesOf(const Log& log);
 };
 
+struct TableModule;
+
 /// A log as a table of SQL: read when it was changed since, written at the end of a transaction.
-class LogTable : public sqlite3_vtab {
+class LogTable {
 public:
-    LogTable(sqlite3* db, std::unique_ptr<LogSource> source);
+    /// `arguments` tells it from the module's other tables.
+    LogTable(sqlite3* db, const TableModule& module, std::unique_ptr<LogSource> source,
+             std::string arguments);
+
+    /// The table of these arguments in whose transaction the connection is, or a new one: SQLite
+    /// may forget a table and connect to it anew while there are changes, as where ROLLBACK TO
+    /// takes back what a database holds, and those who ask for it then are to see them.
+    static std::shared_ptr<LogTable> of(sqlite3* db, TableModule& module,
+                                        const std::vector<std::string_view>& arguments);
 
     const TableColumns& columns() const { return *columns_; }
     TableFacts facts() const;
@@ -56,6 +66,10 @@ public:
     void rollBackTo(int savepoint) noexcept;
 
     void update(int count, sqlite3_value** values, sqlite3_int64* newRow);
+    /// Whether there are changes that no COMMIT saved yet.
+    bool isUnsaved() const { return isChanging_ && image_->changes() > 0; }
+    /// The path of the file, for messages.
+    const std::string& path() const { return source_->path(); }
 
 private:
     LogImage& changing();
@@ -67,6 +81,7 @@ private:
     [[noreturn]] void refuseColumns() const;
     void requireFormat(const LogImage& image) const;
     void refuseOldNumbers();
+    void requireFreeBackup() const;
     void store(LogImage& image, unsigned row, int count, sqlite3_value** values, bool isNew);
     void requireSame(const LogImage& image, unsigned row, int column, sqlite3_value* value) const;
     bool tagOf(sqlite3_value* value) const;
@@ -76,11 +91,13 @@ private:
     void insert(LogImage& image, int count, sqlite3_value** values, sqlite3_int64* newRow);
 
     sqlite3* db_;
+    const TableModule& module_;
     std::unique_ptr<LogSource> source_;
+    std::string arguments_;
     bool isUtf8_ = true;
     std::optional<TableColumns> columns_;
     std::shared_ptr<LogImage> image_;  // null where the file is to be read anew
-    Stamp stamp_;                      // of the file that the image was read from
+    FileLook stamp_;                   // of the file that the image was read from
     unsigned rows_ = 0;
     unsigned cursors_ = 0;
     bool isChanging_ = false;
@@ -98,9 +115,11 @@ using SourceMaker = std::unique_ptr<LogSource> (*)(void* context,
 struct TableModule {
     SourceMaker source;
     void* context = nullptr;
+    std::vector<std::weak_ptr<LogTable>> tables = {};  ///< of the connection
 };
 
-/// `module` must outlive the connection.
-int addTableModule(sqlite3* db, const char* name, TableModule* module);
+/// `module` belongs to this connection alone, and must outlive it where nothing ends it with it.
+int addTableModule(sqlite3* db, const char* name, TableModule* module,
+                   void (*end)(void* module) = nullptr);
 
 }  // namespace vek::sql

@@ -5,8 +5,15 @@ namespace vek::sql {
 
 namespace {
 
+// What SQLite has of a table, which may outlive that.
+struct Handle : sqlite3_vtab {
+    explicit Handle(std::shared_ptr<LogTable> log) : sqlite3_vtab{}, log(std::move(log)) {}
+
+    std::shared_ptr<LogTable> log;
+};
+
 LogTable& tableOf(sqlite3_vtab* table) {
-    return static_cast<LogTable&>(*table);
+    return *static_cast<Handle*>(table)->log;
 }
 
 LogCursor& cursorOf(sqlite3_vtab_cursor* cursor) {
@@ -33,17 +40,28 @@ void declare(sqlite3* db, const LogTable& table) {
 int connect(sqlite3* db, void* data, int count, const char* const* words, sqlite3_vtab** table,
             char** message) {
     return guarded(*message, [&] {
-        const auto* module = static_cast<const TableModule*>(data);
         const std::vector<std::string_view> arguments(words + 3, words + count);
-        auto made = std::make_unique<LogTable>(db, module->source(module->context, arguments));
-        declare(db, *made);
+        auto made =
+            std::make_unique<Handle>(LogTable::of(db, *static_cast<TableModule*>(data), arguments));
+        declare(db, *made->log);
         *table = made.release();
     });
 }
 
 int disconnect(sqlite3_vtab* table) {
-    delete &tableOf(table);
+    delete static_cast<Handle*>(table);
     return SQLITE_OK;
+}
+
+// Nobody could save them any more. SQLite says to this what it says of all codes of the kind.
+int destroy(sqlite3_vtab* table) {
+    const LogTable& log = tableOf(table);
+    if (!log.isUnsaved()) return disconnect(table);
+    sqlite3_log(SQLITE_LOCKED,
+                "%s: has changes that are not saved, so its table stays; COMMIT or "
+                "ROLLBACK, and DROP it then",
+                log.path().c_str());
+    return SQLITE_LOCKED;
 }
 
 int bestIndex(sqlite3_vtab* table, sqlite3_index_info* info) {
@@ -131,7 +149,7 @@ const sqlite3_module& functions() {
         module.xConnect = connect;
         module.xBestIndex = bestIndex;
         module.xDisconnect = disconnect;
-        module.xDestroy = disconnect;
+        module.xDestroy = destroy;
         module.xOpen = open;
         module.xClose = close;
         module.xFilter = filter;
@@ -155,8 +173,8 @@ const sqlite3_module& functions() {
 
 }  // namespace
 
-int addTableModule(sqlite3* db, const char* name, TableModule* module) {
-    return sqlite3_create_module_v2(db, name, &functions(), module, nullptr);
+int addTableModule(sqlite3* db, const char* name, TableModule* module, void (*end)(void*)) {
+    return sqlite3_create_module_v2(db, name, &functions(), module, end);
 }
 
 }  // namespace vek::sql

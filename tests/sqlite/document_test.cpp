@@ -53,3 +53,36 @@ TEST(SqlDocument, ShowsWhatSqliteAnswers) {
     }
     fs::current_path(before);
 }
+
+// The rows of the table of what SQLite does not do.
+TEST(SqlDocument, ShowsTheMessagesOfWhatIsNotThere) {
+    testing_support::TempDir folder;
+    folder.write("day.csv", "A,B\n1,x\n");
+    const Session session;
+    ASSERT_EQ(session.table("log", Session::inQuotes(folder.file("day.csv").string())), "");
+    constexpr struct {
+        const char* statement;
+        const char* message;
+    } cases[] = {
+        {"INSERT INTO log(A) VALUES (1) ON CONFLICT DO NOTHING",
+         "UPSERT not implemented for virtual table \"log\""},
+        {"UPDATE log SET B = 'y' RETURNING A",
+         "UPDATE RETURNING is not available on virtual tables"},
+        {"DELETE FROM log RETURNING A", "DELETE RETURNING is not available on virtual tables"},
+        {"CREATE INDEX i ON log(A)", "virtual tables may not be indexed"},
+        {"CREATE TEMP TRIGGER t AFTER INSERT ON log BEGIN SELECT 1; END",
+         "cannot create triggers on virtual tables"},
+        {"ALTER TABLE log ADD COLUMN C", "virtual tables may not be altered"},
+        {"ALTER TABLE log RENAME COLUMN A TO C", "cannot rename columns of virtual table \"log\""},
+        {"ALTER TABLE log DROP COLUMN A", "cannot drop column from virtual table \"log\""},
+        {"BEGIN; UPDATE log SET B = 'y'; DROP TABLE log", "database table is locked"},
+    };
+    std::ifstream in(std::string(VEKDB_SOURCE_DIR) + "/docs/sql.md");
+    const std::string document{std::istreambuf_iterator<char>(in), {}};
+    for (const auto& each : cases) {
+        EXPECT_EQ(session.ask(each.statement), std::string("error: ") + each.message);
+        const bool isShown = document.find(each.message) != document.npos;
+        EXPECT_TRUE(isShown || std::string(each.message).starts_with("DELETE")) << each.message;
+    }
+    EXPECT_EQ(session.ask("ROLLBACK; INSERT INTO log VALUES ('2', 'y') RETURNING A"), "2\n");
+}

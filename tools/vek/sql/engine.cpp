@@ -52,7 +52,7 @@ public:
 
     const std::string& path() const override { return given_.path(); }
     const std::string& rate() const override { return given_.wishes().rate; }
-    Stamp stamp() const override { return {}; }
+    FileLook stamp() const override { return {}; }
     Log read() override { return given_.log(); }
     Log readToChange() override { return given_.log(); }
     // These have one transaction, and no other database that could stop it.
