@@ -5,6 +5,7 @@
 
 #include <vekdb/table.h>
 #include <vekdb/views/view_rep.h>
+#include "arguments.h"
 #include "errors.h"
 #include "texts.h"
 
@@ -17,7 +18,7 @@ using namespace py::literals;
 constexpr const char* capsuleName = "arrow_array_stream";
 
 std::uint64_t countOf(const std::string& name, py::handle value, std::uint64_t most) {
-    const auto count = py::cast<std::uint64_t>(value);
+    const std::uint64_t count = countIn(value, name);
     if (count >= 1 && count <= most) return count;
     throw py::value_error(name + " is from 1 to " + std::to_string(most));
 }
@@ -32,9 +33,9 @@ ArrowBytes bytesNamed(const std::string& name) {
 
 void addOption(const std::string& name, py::handle value, ArrowExport& how) {
     if (name == "tags") {
-        how.tags = py::cast<bool>(value) ? ArrowTags::flags : ArrowTags::none;
+        how.tags = truthIn(value) ? ArrowTags::flags : ArrowTags::none;
     } else if (name == "bytes") {
-        how.bytes = bytesNamed(py::cast<std::string>(value));
+        how.bytes = bytesNamed(Text(value, "bytes").string());
     } else if (name == "rows_per_batch") {
         how.rowsPerBatch = static_cast<std::uint32_t>(
             countOf(name, value, std::numeric_limits<std::int32_t>::max()));
@@ -74,9 +75,8 @@ void endCapsule(PyObject* capsule) {
 py::object capsuleOf(const py::object& source) {
     if (PyCapsule_CheckExact(source.ptr())) return source;
     if (py::hasattr(source, "__arrow_c_stream__")) return source.attr("__arrow_c_stream__")();
-    const std::string type = py::str(py::type::of(source).attr("__name__"));
-    throw py::type_error("a source of Arrow has a method __arrow_c_stream__, and " + type +
-                         " has none");
+    throw py::type_error("a source of Arrow has a method __arrow_c_stream__, and " +
+                         typeName(source) + " has none");
 }
 
 // Moved out while the interpreter's lock is held, so that two threads do not take one stream.
@@ -126,7 +126,7 @@ py::capsule streamOf(const ArrowRows& rows) {
 
 ArrowRows withOptions(ArrowRows rows, const py::kwargs& options) {
     for (const auto& [name, value] : options) {
-        if (!value.is_none()) addOption(py::cast<std::string>(name), value, rows.how);
+        if (!value.is_none()) addOption(Text(name, "an option").string(), value, rows.how);
     }
     return rows;
 }
@@ -144,6 +144,7 @@ void bindArrow(py::module_& module) {
                                "Rows of a log or view for libraries that read Arrow; `to_arrow` "
                                "makes it. Each stream is a picture of\nthe rows as they are when "
                                "it is asked for.");
+    neverMadeByHand(rows);
     rows.def(
         "__arrow_c_stream__",
         [](const ArrowRows& self, const py::object&) { return streamOf(self); },

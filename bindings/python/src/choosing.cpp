@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string>
 
+#include "arguments.h"
 #include "errors.h"
 #include "texts.h"
 
@@ -43,7 +44,8 @@ void addCondition(py::handle condition, vek::Choice& choice) {
     if (parts.size() != 3)
         throw py::value_error("a condition has a column, an operator and a text");
     choice.where(Text(parts[0], "the name of a column").view(),
-                 operatorOf(py::cast<std::string>(parts[1])), Text(parts[2], "a text").view());
+                 operatorOf(Text(parts[1], "an operator").string()),
+                 Text(parts[2], "a text").view());
 }
 
 void addOrder(py::handle order, vek::Choice& choice) {
@@ -57,19 +59,13 @@ void addOrder(py::handle order, vek::Choice& choice) {
     choice.order(std::move(names));
 }
 
-std::size_t countOf(py::handle value, const char* what) {
-    const auto count = py::cast<py::ssize_t>(value);
-    if (count < 0) throw py::value_error(std::string(what) + " is not negative");
-    return static_cast<std::size_t>(count);
-}
-
 void addOption(const std::string& name, py::handle value, vek::Choice& choice) {
     if (name == "any") {
-        choice.any(py::cast<bool>(value));
+        choice.any(truthIn(value));
     } else if (name == "at") {
         choice.at(Text(value, "a timecode").view());
     } else if (name == "tagged") {
-        choice.tagged(py::cast<bool>(value));
+        choice.tagged(truthIn(value));
     } else if (name == "unique") {
         choice.unique(Text(value, "the name of a column").view());
     } else if (name == "duplicates") {
@@ -77,11 +73,11 @@ void addOption(const std::string& name, py::handle value, vek::Choice& choice) {
     } else if (name == "order") {
         addOrder(value, choice);
     } else if (name == "reverse") {
-        choice.reverse(py::cast<bool>(value));
+        choice.reverse(truthIn(value));
     } else if (name == "limit") {
-        choice.limit(countOf(value, "a limit"));
+        choice.limit(countIn(value, "a limit"));
     } else if (name == "offset") {
-        choice.offset(countOf(value, "an offset"));
+        choice.offset(countIn(value, "an offset"));
     } else {
         throw py::type_error("no choice has a '" + name + "'");
     }
@@ -115,7 +111,7 @@ vek::Choice choiceOf(const py::args& conditions, const py::kwargs& options) {
     vek::Choice choice;
     for (py::handle condition : conditions) addCondition(condition, choice);
     for (const auto& [name, value] : options) {
-        if (!value.is_none()) addOption(py::cast<std::string>(name), value, choice);
+        if (!value.is_none()) addOption(Text(name, "an option").string(), value, choice);
     }
     return choice;
 }

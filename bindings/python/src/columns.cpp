@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include <vekdb/field_types.h>
+#include "arguments.h"
 #include "errors.h"
 #include "slots.h"
 
@@ -49,18 +50,19 @@ py::list listOf(Column& column) {
 }
 
 py::object get(Column& column, const py::object& place) {
+    const bool isSlice = py::isinstance<py::slice>(place);
+    const py::ssize_t at = isSlice ? 0 : indexIn(place);
     const Hold hold(*column.log);
     const unsigned index = indexOf(column, hold);
-    if (!py::isinstance<py::slice>(place)) {
-        return strOf(hold.cell(rowAt(column, py::cast<py::ssize_t>(place), hold), index));
-    }
+    if (!isSlice) return strOf(hold.cell(rowAt(column, at, hold), index));
     const std::vector<unsigned> rows = rowsOf(column, hold);
     std::vector<unsigned> some;
     for (std::size_t i : placesOf(place, rows.size())) some.push_back(rows[i]);
     return textsOf(hold, index, some);
 }
 
-void set(Column& column, py::ssize_t place, py::handle value) {
+void set(Column& column, py::handle key, py::handle value) {
+    const py::ssize_t place = indexIn(key);
     const Text text(value, "a cell");
     const Hold hold(*column.log);
     const unsigned index = indexOf(column, hold);
@@ -106,9 +108,10 @@ struct Cells {
 };
 
 Column columnAt(const ColumnList& list, const py::object& key) {
+    const bool isPlace = PyIndex_Check(key.ptr()) != 0;
+    const py::ssize_t index = isPlace ? indexIn(key) : 0;
     const Hold hold(*list.log);
-    if (!PyLong_Check(key.ptr())) return columnOf(list.log, hold.columnNamed(key), hold);
-    const auto index = py::cast<py::ssize_t>(key);
+    if (!isPlace) return columnOf(list.log, hold.columnNamed(key), hold);
     const auto count = static_cast<py::ssize_t>(hold->columns().size());
     const py::ssize_t place = index < 0 ? index + count : index;
     if (place < 0 || place >= count) {
@@ -221,6 +224,7 @@ void bindColumns(py::module_& module) {
     py::class_<Column> column(module, "Column",
                               "A column of a log or of a view: the sequence of its cells, which "
                               "shows what is edited later.");
+    neverMadeByHand(column);
     column.def("__len__", &sizeOf);
     column.def("__getitem__", &get, "place"_a);
     column.def("__setitem__", &set, "place"_a, "value"_a);
@@ -239,6 +243,7 @@ void bindColumns(py::module_& module) {
     py::class_<ColumnList> columns(module, "Columns",
                                    "The columns of a log: a sequence that finds them by their "
                                    "names, too.");
+    neverMadeByHand(columns);
     columns.def("__len__",
                 [](const ColumnList& self) { return Hold(*self.log)->columns().size(); });
     columns.def("__getitem__", &columnAt, "name"_a);

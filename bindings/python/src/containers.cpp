@@ -7,8 +7,17 @@
 
 #include <vekdb/container/container_file.h>
 #include <vekdb/host/text_util.h>
+#include "arguments.h"
 #include "errors.h"
 #include "texts.h"
+
+namespace pybind11::detail {
+
+template <>
+class type_caster<std::shared_ptr<QuorContainerFile::Reader>>
+    : public vekpy::MadeHolderCaster<QuorContainerFile::Reader> {};
+
+}  // namespace pybind11::detail
 
 namespace vekpy {
 
@@ -82,7 +91,8 @@ py::list columnsOf(const Reader& reader) {
     return names;
 }
 
-Item itemAt(const Reader& reader, py::ssize_t index) {
+Item itemAt(const Reader& reader, py::handle key) {
+    const py::ssize_t index = indexIn(key);
     const auto count = static_cast<py::ssize_t>(reader->getNumItems());
     const py::ssize_t place = index < 0 ? index + count : index;
     if (place < 0 || place >= count) {
@@ -112,10 +122,14 @@ py::str attribute(const Item& item, py::handle name) {
     return text;
 }
 
-void addItem(QuorContainerFile::Writer& writer, const py::tuple& item) {
+void addItem(QuorContainerFile::Writer& writer, py::handle given) {
+    if (!py::isinstance<py::tuple>(given) || py::len(given) != 2) {
+        throw py::type_error("an item is a pair of an identity and its attributes");
+    }
+    const auto item = py::reinterpret_borrow<py::tuple>(given);
     dbrecord* record = writer.addItem(cookieOf(item[0]));
     if (record == nullptr) throw py::value_error("the container takes no more items");
-    for (const auto& [name, value] : py::cast<py::dict>(item[1])) {
+    for (const auto& [name, value] : dictIn(item[1], "the attributes of an item")) {
         const Text column(name, "an attribute");
         const unsigned index = writer.get_fieldnum(stringOf(column));
         if (index == 0xFFFFFFFF) throw py::key_error(column.string());
@@ -144,7 +158,7 @@ void write(const py::object& file, const py::list& columns, const py::list& item
     for (const auto& [key, value] : attributes) {
         writer.setAttrib(stringOf(Text(key, "an attribute")), stringOf(Text(value, "a text")));
     }
-    for (py::handle item : items) addItem(writer, py::cast<py::tuple>(item));
+    for (py::handle item : items) addItem(writer, item);
     writer.set_filename(fromUTF8(path.c_str()));
     if (isSaved(writer, path)) return;
     vek::Reason reason;
@@ -163,6 +177,7 @@ void bindContainers(py::module_& module) {
         "A container file: a named list of objects, each with attributes.\n\nIt is read as a "
         "whole, and its items keep it alive.");
     reader.def(py::init(&read), "path"_a, py::kw_only(), "header_only"_a = false);
+    neverPickled(reader);
     reader.def("__len__", [](const Reader& self) { return self->getNumItems(); });
     reader.def("__getitem__", &itemAt, "place"_a);
     reader.def("__contains__", &contains, "identity"_a, "Whether an item has the identity.");
@@ -186,6 +201,7 @@ void bindContainers(py::module_& module) {
         "False where a damaged line ended the reading: items behind it are missing.");
 
     py::class_<Item> item(module, "Item", "An item of a container: its identity and attributes.");
+    neverMadeByHand(item);
     item.def_property_readonly(
         "identity",
         [](const Item& self) { return textOf(self.reader->getItem(self.place).getCookie()); },

@@ -5,6 +5,7 @@
 #include <vekdb/formats/comparing.h>
 #include <vekdb/formats/merging.h>
 #include <vekdb/table.h>
+#include "arguments.h"
 #include "errors.h"
 #include "texts.h"
 
@@ -45,6 +46,11 @@ vek::Log wholeOf(const vek::Log& log) {
     return isWhole ? log : valueOf(log.copy());
 }
 
+Shared logIn(py::handle value) {
+    if (py::isinstance<SharedLog>(value)) return py::cast<Shared>(value);
+    throw py::type_error("a Log is joined to a log, not " + typeName(value));
+}
+
 py::object differenceOf(const vek::RowDifference& row) {
     static const char* const kinds[] = {"removed", "added", "changed"};
     py::list cells;
@@ -69,7 +75,7 @@ py::object merge(const Shared& into, const py::args& others, py::handle key,
     options.joinsUnlike = joinsUnlike;
     options.mostConflicts = mostConflicts;
     std::vector<SharedLog*> all = {into.get()};
-    for (py::handle other : others) all.push_back(py::cast<Shared>(other).get());
+    for (py::handle other : others) all.push_back(logIn(other).get());
     const Holds holds(all);
     vek::Log& target = Holds::logOf(*into);
     std::vector<vek::Log> from;

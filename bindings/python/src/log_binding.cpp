@@ -1,5 +1,6 @@
 #include "log_binding.h"
 
+#include "arguments.h"
 #include "arrow_streams.h"
 #include "choosing.h"
 #include "columns.h"
@@ -40,13 +41,14 @@ Row rowAt(const Shared& log, py::ssize_t index) {
 
 py::object get(const Shared& log, const py::object& key) {
     if (py::isinstance<py::slice>(key)) return py::cast(part(log, nullptr, key));
-    if (PyLong_Check(key.ptr())) return py::cast(rowAt(log, py::cast<py::ssize_t>(key)));
+    if (PyIndex_Check(key.ptr()) != 0) return py::cast(rowAt(log, indexIn(key)));
     const Hold hold(*log);
     return py::cast(columnOf(log, hold.columnNamed(key), hold));
 }
 
-void setRow(const Shared& log, py::ssize_t place, const py::object& cells) {
-    const py::dict given(cells);
+void setRow(const Shared& log, py::handle key, py::handle cells) {
+    const py::ssize_t place = indexIn(key);
+    const py::dict given = dictIn(cells, "a row");
     const Hold hold(*log);
     const unsigned row = hold->at(placeOf(place, hold->size())).index();
     storeCells(hold, row, cellsOf(hold, given, {}));
@@ -64,14 +66,16 @@ void removeRows(const Shared& log, const std::vector<unsigned>& rows) {
 }
 
 void removeAt(const Shared& log, const py::object& key) {
+    const bool isSlice = py::isinstance<py::slice>(key);
+    const py::ssize_t index = isSlice ? 0 : indexIn(key);
     const Hold hold(*log);
     std::vector<unsigned> rows;
-    if (py::isinstance<py::slice>(key)) {
+    if (isSlice) {
         for (std::size_t place : placesOf(key, hold->size())) {
             rows.push_back(hold->at(static_cast<unsigned>(place)).index());
         }
     } else {
-        rows.push_back(hold->at(placeOf(py::cast<py::ssize_t>(key), hold->size())).index());
+        rows.push_back(hold->at(placeOf(index, hold->size())).index());
     }
     hold.removeRows(viewOf(hold, rows));
 }
@@ -86,6 +90,9 @@ void remove(const Shared& log, const py::object& rows) {
         requireOwn(row.log == log);
         Hold(*log).requireRow(row.index);
         return removeRows(log, {row.index});
+    }
+    if (!py::isinstance<RowList>(rows)) {
+        throw py::type_error("a Row or a View is removed from a log, not " + typeName(rows));
     }
     const View view = py::cast<View>(rows);
     requireOwn(view->log() == log);
@@ -190,16 +197,15 @@ void bindRows(py::class_<SharedLog, Shared>& log) {
     log.def(
         "append",
         [](const Shared& self, const py::object& cells, const py::kwargs& more) {
-            return appendRow(self, py::dict(cells), more);
+            return appendRow(self, dictIn(cells, "a row"), more);
         },
         py::arg("cells") = py::dict(),
         "Adds a row behind all others: log.append({'Scene': '12'}, Take='3').");
     log.def(
         "extend",
         [](const Shared& self, const py::iterable& rows) {
-            for (py::handle row : rows) {
-                appendRow(self, py::dict(py::reinterpret_borrow<py::object>(row)));
-            }
+            // They may be rows of the log itself, which would never end while it grows.
+            for (py::handle row : py::list(rows)) appendRow(self, dictIn(row, "a row"));
         },
         "rows"_a, "Adds a row for each mapping.");
     log.def("remove", &remove, "rows"_a, "Removes a row, or the rows of a view, from the log.");
@@ -348,6 +354,7 @@ void bindLog(py::module_& module) {
         "same time take turns.");
     log.def(py::init(&create), "columns"_a, "rows"_a = py::tuple(), py::kw_only(), "name"_a = "");
     log.def("__repr__", &shown);
+    neverPickled(log);
     bindRows(log);
     bindChoices(log);
     bindColumnsOf(log);

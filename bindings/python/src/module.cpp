@@ -33,6 +33,15 @@ py::object formatOfPath(py::handle path) {
     return format ? py::object(strOf(vek::nameOf(*format))) : py::none();
 }
 
+// A value that is none of the type that it is asked for.
+void translate(std::exception_ptr thrown) {
+    try {
+        std::rethrow_exception(thrown);
+    } catch (const py::cast_error& error) {
+        PyErr_SetString(PyExc_TypeError, error.what());
+    }
+}
+
 }  // namespace
 
 }  // namespace vekpy
@@ -41,6 +50,7 @@ PYBIND11_MODULE(_core, module) {
     pybind11::options options;
     options.disable_function_signatures();
     module.doc() = "The compiled part of vekdb.";
+    pybind11::register_local_exception_translator(vekpy::translate);
     vekpy::bindColumns(module);
     vekpy::bindRow(module);
     vekpy::bindView(module);

@@ -1,6 +1,7 @@
 #include "opening.h"
 
 #include <vekdb/table.h>
+#include "arguments.h"
 #include "columns.h"
 #include "errors.h"
 #include "log_binding.h"
@@ -25,15 +26,15 @@ void addOption(const std::string& name, py::handle value, vek::OpenOptions& opti
     } else if (name == "delimiter") {
         options.delimiter = delimiterOf(value);
     } else if (name == "skip_lines") {
-        options.skippedLines = py::cast<std::size_t>(value);
+        options.skippedLines = countIn(value, name);
     } else if (name == "has_heading") {
-        options.hasNoHeading = !py::cast<bool>(value);
+        options.hasNoHeading = !truthIn(value);
     } else if (name == "sheet") {
         options.sheet = Text(py::str(value), "a sheet").string();
     } else if (name == "max_bytes") {
-        options.maxBytes = py::cast<std::size_t>(value);
+        options.maxBytes = countIn(value, name);
     } else if (name == "max_cells") {
-        options.maxCells = py::cast<std::size_t>(value);
+        options.maxCells = countIn(value, name);
     } else {
         throw py::type_error("opening has no option '" + name + "'");
     }
@@ -42,7 +43,7 @@ void addOption(const std::string& name, py::handle value, vek::OpenOptions& opti
 vek::OpenOptions optionsOf(const py::kwargs& given) {
     vek::OpenOptions options;
     for (const auto& [name, value] : given) {
-        if (!value.is_none()) addOption(py::cast<std::string>(name), value, options);
+        if (!value.is_none()) addOption(Text(name, "an option").string(), value, options);
     }
     return options;
 }
@@ -66,8 +67,10 @@ DBFieldDesc columnOf(py::handle given) {
     column.type = DBFieldTypes::text;
     py::object name = py::reinterpret_borrow<py::object>(given);
     if (py::isinstance<py::tuple>(given)) {
-        const auto [what, type] = py::cast<std::pair<py::object, std::string>>(given);
-        name = what;
+        const auto pair = py::reinterpret_borrow<py::tuple>(given);
+        if (pair.size() != 2) throw py::value_error("a column is a name, or a name and a type");
+        name = pair[0];
+        const std::string type = Text(pair[1], "the type of a column").string();
         column.type = vekdb_string_to_fieldtype(type.c_str());
         if (column.type == DBFieldTypes::none) {
             throw py::value_error("no column has the type '" + type + "'");
@@ -106,7 +109,7 @@ Shared create(const py::object& columns, const py::object& rows, py::handle name
     for (py::handle column : columns) fields.push_back(columnOf(column));
     auto table = std::make_unique<vekdb>(fields);
     Shared log = sharedOf(valueOf(vek::adopt(std::move(table), Text(name, "a name").view())));
-    for (py::handle row : rows) appendRow(log, py::dict(py::reinterpret_borrow<py::object>(row)));
+    for (py::handle row : rows) appendRow(log, dictIn(row, "a row"));
     return log;
 }
 

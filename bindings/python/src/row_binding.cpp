@@ -1,3 +1,4 @@
+#include "arguments.h"
 #include "columns.h"
 #include "errors.h"
 #include "rows.h"
@@ -21,11 +22,12 @@ unsigned lengthOf(const Row& row) {
 }
 
 py::str get(const Row& row, py::handle column) {
+    const bool isPlace = !PyUnicode_CheckExact(column.ptr()) && PyIndex_Check(column.ptr()) != 0;
+    const py::ssize_t place = isPlace ? indexIn(column) : 0;
     const Hold hold(*row.log);
     hold.requireRow(row.index);
-    if (PyLong_Check(column.ptr())) {
-        const unsigned count = hold->columns().size();
-        return strOf(hold.cell(row.index, placeOf(py::cast<py::ssize_t>(column), count)));
+    if (isPlace) {
+        return strOf(hold.cell(row.index, placeOf(place, hold->columns().size())));
     }
     return strOf(hold.cell(row.index, hold.columnNamed(column)));
 }
@@ -54,7 +56,7 @@ void set(const Row& row, py::handle column, py::handle value) {
 
 // All names are looked up and all values read before the first cell is changed.
 void update(const Row& row, const py::object& others, const py::kwargs& cells) {
-    const py::dict given(others);
+    const py::dict given = dictIn(others, "cells");
     const Hold hold(*row.log);
     hold.requireRow(row.index);
     storeCells(hold, row.index, cellsOf(hold, given, cells));
@@ -144,6 +146,7 @@ void bindRow(py::module_& module) {
     row.def("__iter__", [](const Row& self) { return py::iter(names(self)); });
     row.def("__eq__", &isSame, "other"_a);
     row.def("__repr__", &shown);
+    neverMadeByHand(row);
     row.attr("__hash__") = py::none();
     row.def("get", &getOr, "column"_a, "default"_a = py::none(),
             "The cell of a column, or the default where there is no such column.");

@@ -74,3 +74,10 @@ vek::View viewOf(const Hold& hold, const std::vector<unsigned>& rows);
 void bindRow(py::module_& module);
 
 }  // namespace vekpy
+
+namespace pybind11::detail {
+
+template <>
+class type_caster<vekpy::View> : public vekpy::MadeHolderCaster<vekpy::RowList> {};
+
+}  // namespace pybind11::detail

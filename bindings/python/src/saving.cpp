@@ -4,6 +4,7 @@
 #include <exception>
 #include <string>
 
+#include "arguments.h"
 #include "errors.h"
 #include "texts.h"
 
@@ -20,7 +21,7 @@ std::vector<std::string> namesOf(py::handle names) {
 }
 
 vek::LineEnds lineEndsOf(py::handle value) {
-    const auto name = py::cast<std::string>(value);
+    const std::string name = Text(value, "line_ends").string();
     if (name == "lf") return vek::LineEnds::lf;
     if (name == "crlf") return vek::LineEnds::crlf;
     if (name == "cr") return vek::LineEnds::cr;
@@ -29,7 +30,7 @@ vek::LineEnds lineEndsOf(py::handle value) {
 
 std::vector<std::pair<std::string, std::string>> renamesOf(py::handle names) {
     std::vector<std::pair<std::string, std::string>> pairs;
-    for (const auto& [old, name] : py::cast<py::dict>(names)) {
+    for (const auto& [old, name] : dictIn(names, "names")) {
         pairs.emplace_back(Text(old, "the name of a column").string(),
                            Text(name, "the name of a column").string());
     }
@@ -48,9 +49,9 @@ void addOption(const std::string& name, py::handle value, vek::SaveOptions& opti
     } else if (name == "rate") {
         options.rate = textIn(py::str(value));
     } else if (name == "short_reels") {
-        options.shortReels = py::cast<bool>(value);
+        options.shortReels = truthIn(value);
     } else if (name == "guard_formulas") {
-        options.guardsFormulas = py::cast<bool>(value);
+        options.guardsFormulas = truthIn(value);
     } else if (name == "video_format") {
         options.videoFormat = textIn(value);
     } else if (name == "audio_format") {
@@ -60,7 +61,7 @@ void addOption(const std::string& name, py::handle value, vek::SaveOptions& opti
     } else if (name == "names") {
         options.names = renamesOf(value);
     } else if (name == "max_bytes") {
-        options.maxBytes = py::cast<std::size_t>(value);
+        options.maxBytes = countIn(value, name);
     } else {
         throw py::type_error("saving has no option '" + name + "'");
     }
@@ -69,7 +70,7 @@ void addOption(const std::string& name, py::handle value, vek::SaveOptions& opti
 vek::SaveOptions optionsOf(const py::kwargs& given) {
     vek::SaveOptions options;
     for (const auto& [name, value] : given) {
-        if (!value.is_none()) addOption(py::cast<std::string>(name), value, options);
+        if (!value.is_none()) addOption(Text(name, "an option").string(), value, options);
     }
     return options;
 }
@@ -115,7 +116,7 @@ private:
     std::size_t writeSome(std::string_view text) {
         const py::object taken = write_(py::bytes(text.data(), text.size()));
         if (!PyLong_Check(taken.ptr())) return text.size();
-        const auto count = py::cast<py::ssize_t>(taken);
+        const auto count = indexIn(taken);
         if (count <= 0) throw py::value_error("the file takes no more bytes");
         return std::min(static_cast<std::size_t>(count), text.size());
     }

@@ -15,6 +15,7 @@
 
 #include <vekdb/formats/log.h>
 #include <vekdb/table.h>
+#include "arguments.h"
 
 /// A log as all its objects in Python share it, and how threads take turns with it.
 namespace vekpy {
@@ -115,3 +116,10 @@ auto unlocked(Work work) {
 }
 
 }  // namespace vekpy
+
+namespace pybind11::detail {
+
+template <>
+class type_caster<vekpy::Shared> : public vekpy::MadeHolderCaster<vekpy::SharedLog> {};
+
+}  // namespace pybind11::detail

@@ -4,6 +4,8 @@
 
 #include <new>
 
+#include "arguments.h"
+
 /// Calls that are made for each row stand in the slots of the types themselves: to find a function,
 /// its arguments and its object by pybind11 takes longer than such a call.
 namespace vekpy {
@@ -34,6 +36,8 @@ PyObject* inSlot(Work work) noexcept {
         return work().release().ptr();
     } catch (py::error_already_set& error) {
         error.restore();
+    } catch (const py::cast_error& error) {
+        PyErr_SetString(PyExc_TypeError, error.what());
     } catch (const py::builtin_exception& error) {
         error.set_error();
     } catch (const std::bad_alloc&) {
@@ -64,6 +68,7 @@ void bindSubscript(py::handle type, py::object (*get)(const Holder& self, const 
 template <class Walk>
 void bindWalk(py::module_& module, const char* name) {
     py::class_<Walk> walk(module, name);
+    neverMadeByHand(walk);
     walk.def("__iter__", [](py::object self) { return self; });
     walk.def("__next__", [](Walk& self) {
         py::object next = self.take();

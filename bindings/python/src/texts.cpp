@@ -1,4 +1,5 @@
 #include "texts.h"
+#include "arguments.h"
 
 namespace vekpy {
 
@@ -29,8 +30,8 @@ Text::Text(py::handle value, const char* what) : keeps_(py::reinterpret_borrow<p
         return;
     }
     if (!PyUnicode_Check(value.ptr())) {
-        const std::string type = py::str(py::type::of(value).attr("__name__"));
-        throw py::type_error(std::string(what) + " is a text, str or bytes, not " + type);
+        throw py::type_error(std::string(what) + " is a text, str or bytes, not " +
+                             typeName(value));
     }
     Py_ssize_t size = 0;
     if (const char* bytes = PyUnicode_AsUTF8AndSize(value.ptr(), &size)) {

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "arguments.h"
 #include "arrow_streams.h"
 #include "choosing.h"
 #include "columns.h"
@@ -20,12 +21,14 @@ std::size_t sizeOf(const View& view) {
 
 py::object get(const View& view, const py::object& key) {
     if (py::isinstance<py::slice>(key)) return py::cast(part(view->log(), view, key));
+    const bool isPlace = PyIndex_Check(key.ptr()) != 0;
+    const py::ssize_t index = isPlace ? indexIn(key) : 0;
     const Hold hold(*view->log());
-    if (!PyLong_Check(key.ptr())) {
+    if (!isPlace) {
         return py::cast(columnOf(view->log(), hold.columnNamed(key), hold, view));
     }
     const std::vector<unsigned>& rows = view->rows(hold);
-    return py::cast(Row{view->log(), rows[placeOf(py::cast<py::ssize_t>(key), rows.size())]});
+    return py::cast(Row{view->log(), rows[placeOf(index, rows.size())]});
 }
 
 // Walks the rows as they are at each step.
@@ -63,13 +66,15 @@ py::list tuples(const View& view, const py::args& names) {
 
 // Takes rows out of the view, not out of the log.
 void drop(const View& view, const py::object& key) {
+    const bool isSlice = py::isinstance<py::slice>(key);
+    const py::ssize_t index = isSlice ? 0 : indexIn(key);
     const Hold hold(*view->log());
     std::vector<unsigned> rows = view->rows(hold);
     std::vector<char> goes(rows.size());
-    if (py::isinstance<py::slice>(key)) {
+    if (isSlice) {
         for (std::size_t place : placesOf(key, rows.size())) goes[place] = 1;
     } else {
-        goes[placeOf(py::cast<py::ssize_t>(key), rows.size())] = 1;
+        goes[placeOf(index, rows.size())] = 1;
     }
     std::vector<unsigned> kept;
     for (std::size_t i = 0; i < rows.size(); ++i) {
@@ -118,6 +123,7 @@ void bindView(py::module_& module) {
         "and of other views.\n\nA view is live: it shows what is edited later, and rows that are "
         "removed from the log,\nor from the view that it was made of, go out of it. Rows that are "
         "added come in with\n`refresh`. It keeps its log alive.");
+    neverMadeByHand(view);
     view.def("__len__", &sizeOf);
     view.def("__getitem__", &get, "key"_a,
              "A row by its place, a view by a slice, or a column by its name.");
