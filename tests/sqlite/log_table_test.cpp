@@ -147,7 +147,7 @@ TEST_F(LogTables, GoBackToSavepoints) {
                           "UPDATE log SET Take = 'C'; RELEASE c; ROLLBACK TO b; "
                           "UPDATE log SET Notes = '' WHERE rowid = 3; RELEASE b; RELEASE a"),
               "");
-    EXPECT_EQ(folder_.read("day.csv"), "Scene,Take,Notes\n12,A,good\n7,A,\n12A,A,\n");
+    EXPECT_EQ(folder_.read("day.csv"), "Scene,Take,Notes\n12,A,good\n7,A,\n12A,A,\"\"\n");
 }
 
 // The savepoint that began the transaction counts as none of SQLite's savepoints within it.
@@ -216,7 +216,7 @@ TEST_F(LogTables, WriteValuesOfOtherTypesAsTheirTexts) {
                           "UPDATE log SET Take = 1e21, Notes = '007' WHERE rowid = 3"),
               "");
     EXPECT_EQ(folder_.read("day.csv"),
-              "Scene,Take,Notes\n12,9007199254740993,0.1\n7,,\xc3\xa4\n12A,1.0e+21,007\n");
+              "Scene,Take,Notes\n12,9007199254740993,0.1\n7,,\xc3\xa4\n12A,1.0e+21,\"007\"\n");
 }
 
 TEST_F(LogTables, SetNoPlacesOfRows) {
@@ -341,7 +341,7 @@ TEST_F(LogTables, AreNotSavedByACommitThatFindsTheDatabaseInUse) {
         reader.reset();
         EXPECT_EQ(session.ask(end), "");
         EXPECT_EQ(folder_.read("day.csv"),
-                  end == "ROLLBACK" ? day : "Scene,Take,Notes\n7,10,new\n12A,2,new\n");
+                  end == "ROLLBACK" ? day : "Scene,Take,Notes\n7,10,new\n12A,2,\"new\"\n");
         EXPECT_EQ(session.ask("SELECT count(*) FROM log"), end == "ROLLBACK" ? "3\n" : "2\n");
     }
     EXPECT_EQ(session.ask("SELECT rowid, Scene FROM log; SELECT count(*) FROM own"),
@@ -368,7 +368,7 @@ TEST_F(LogTables, SaveWhatChangedBehindACommitThatFoundTheDatabaseInUse) {
         EXPECT_EQ(folder_.read("day.csv"), day);
     }
     EXPECT_EQ(session.ask("COMMIT"), "");
-    EXPECT_EQ(folder_.read("day.csv"), "Scene,Take,Notes\n12,1,a\n7,9,a\n12A,2,a\n");
+    EXPECT_EQ(folder_.read("day.csv"), "Scene,Take,Notes\n12,1,a\n7,9,a\n12A,2,\"a\"\n");
 }
 
 TEST_F(LogTables, AreAllSavedByACommitOrNone) {
@@ -459,7 +459,7 @@ TEST_F(LogTables, LeaveAFileOfTwoNamesAloneWhereACommitFindsTheDatabaseInUse) {
         EXPECT_EQ(folder_.read("second.csv"), day);
     }
     EXPECT_EQ(session.ask("UPDATE log SET Notes = '' WHERE rowid = 3; COMMIT"), "");
-    EXPECT_EQ(folder_.read("second.csv"), "Scene,Take,Notes\n12,x,good\n7,x,\n12A,x,\n");
+    EXPECT_EQ(folder_.read("second.csv"), "Scene,Take,Notes\n12,x,good\n7,x,\n12A,x,\"\"\n");
     EXPECT_EQ(folder_.read("day.csv"), folder_.read("second.csv"));
 }
 
