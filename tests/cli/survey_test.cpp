@@ -84,6 +84,104 @@ constexpr const char* commands[] = {
     "convert FILE out.md",
     "show FILE --cards",
     "show FILE --wrap --width 80",
+    "show FILE --sort COLUMN --limit 5 --offset 2",
+    "show FILE --where COLUMN<5 --any --where COLUMN>=7",
+    "show FILE --where COLUMN==1 --where COLUMN!=2",
+    "show FILE --where COLUMN=",
+    "show FILE --tagged",
+    "show FILE --columns COLUMN",
+    "show FILE --all --width 60",
+    "show FILE --format csv --guard-formulas",
+    "show FILE --format tsv --crlf",
+    "show FILE --format ale",
+    "show FILE --format edl --fps 25",
+    "show FILE --format otio --fps 25",
+    "show FILE --format jsonl",
+    "show FILE --format vekdb",
+    "show FILE --format xlsx -o out.xlsx",
+    "show FILE --no-header --delimiter semicolon",
+    "show FILE --skip-lines 1",
+    "show FILE --encoding utf-16",
+    "show FILE --encoding windows-1252",
+    "show FILE --encoding utf-7",
+    "show FILE --encoding iso-2022-jp",
+    "info FILE --from csv",
+    "info FILE --from tsv",
+    "info FILE --from plain-csv",
+    "info FILE --from json",
+    "info FILE --from jsonl",
+    "info FILE --from ale",
+    "info FILE --from edl",
+    "info FILE --from otio",
+    "info FILE --from fcpxml",
+    "info FILE --from xlsx",
+    "info FILE --from vekdb",
+    "info FILE small.csv",
+    "check FILE --gauge 16",
+    "check FILE FILE",
+    "stats FILE --by COLUMN --fps 24",
+    "stats FILE --by COLUMN,COLUMN",
+    "stats FILE --format json",
+    "convert FILE out.html",
+    "convert FILE out.csv.gz",
+    "convert FILE out.ale --fps 25 --tracks V --map COLUMN=Name",
+    "convert FILE out.edl --fps 29.97df",
+    "convert FILE small.csv -o folder --to csv --dry-run",
+    "convert FILE -o parts --to csv --partition COLUMN --dry-run",
+    "diff FILE small.csv",
+    "diff small.csv FILE",
+    "diff FILE FILE --format json --key COLUMN",
+    "merge FILE FILE -o out.json",
+    "merge small.csv FILE -o out.csv",
+    "merge FILE FILE --key COLUMN -o out.vek --prefer first --yes",
+    "append FILE FILE -o out.vek",
+    "append COPY small.csv",
+    "append COPY FILE --yes",
+    "append small.csv FILE -o out.json",
+    "dedupe COPY",
+    "dedupe COPY --by COLUMN --keep last",
+    "dedupe FILE --by COLUMN --dry-run",
+    "sort FILE --by COLUMN -o out.vek",
+    "sort FILE --by COLUMN -o out.json",
+    "sort COPY --by COLUMN --backup",
+    "sample FILE 5 --seed 7 -o out.vek",
+    "sample FILE 50% --seed 2 -o out.json",
+    "split FILE --by COLUMN -o {COLUMN}.vek --dry-run --max-files 10000000",
+    "split FILE --by COLUMN -o {COLUMN}.json --dry-run --max-files 10000000",
+    "set COPY COLUMN= --every",
+    "set COPY COLUMN=q --where COLUMN=1",
+    "set COPY COLUMN={COLUMN|trim} --every --backup",
+    "set COPY COLUMN={COLUMN|lower} --where COLUMN~1",
+    "set COPY COLUMN~s/1/\"/g --every",
+    "tag COPY --where COLUMN=1",
+    "tag COPY --where COLUMN=1 --keep",
+    "untag COPY --where COLUMN=1",
+    "delete COPY --where COLUMN!=1",
+    "delete COPY --every",
+    "delete FILE --where COLUMN=1 --dry-run",
+    "column type COPY COLUMN long",
+    "column type COPY COLUMN timecode",
+    "column add COPY New timecode",
+    "param get FILE FPS",
+    "param set COPY FPS 25",
+    "timecode shift COPY 12 --fps 25 --columns COLUMN",
+    "timecode shift COPY 01:00:00:00 --fps 25",
+    "timecode conform FILE 24 --fps 25 --dry-run",
+    "timecode conform COPY 29.97df --fps 25 --round nearest",
+    "timecode duration COPY --fps 25 --columns COLUMN,COLUMN",
+    "timecode end COPY --fps 25 --columns COLUMN,COLUMN --into New",
+    "container contains FILE 00",
+    "report FILE --columns COLUMN -o page.html",
+    "report FILE small.csv -o page.html --fps 25",
+    "find COLUMN==1 FILE --count",
+    "find COLUMN!=1 FILE -f jsonl",
+    "find COLUMN=1 FILE -o out.csv",
+    "sql FILE 'SELECT * FROM log ORDER BY [COLUMN]'",
+    "sql FILE 'SELECT [COLUMN], count(*) FROM log GROUP BY 1 ORDER BY 2 DESC LIMIT 5'",
+    "sql FILE 'SELECT * FROM log WHERE [COLUMN] = 1' -f json",
+    "sql FILE small.csv 'SELECT count(*) FROM log'",
+    "sql COPY 'UPDATE log SET [COLUMN] = 7 WHERE _row = 3' --write",
+    "completions bash",
 };
 
 struct Bounds {
@@ -255,6 +353,45 @@ TEST(HostileFiles, OfAMillionEmptyCellsAreFoundAndChangedInSqlWithoutHoldingThem
         EXPECT_LE(cost.seconds, 2) << bound.command;
         EXPECT_LE(cost.megabytes, bound.megabytes) << bound.command;
     }
+}
+
+// What is said of each row is kept once.
+TEST(HostileFiles, WithAProblemInEachRowTakeNoMuchMoreMemory) {
+    const std::size_t rows = isSanitized ? 5000 : 500000;
+    const WorkFolder folder;
+    std::string blanks = "a\n";
+    std::string times = "\"VEKDB:Rev 1\"\n\"VEKDB\"\n\"4\"\n\"timecode\"\n\"Start\"\n";
+    std::string pairs = "Start,End\n";
+    for (std::size_t i = 0; i < rows; ++i) {
+        blanks += " \n";
+        times += "x\n";
+        if (i % 2 == 0) pairs += "1,0\n";
+    }
+    folder.write("blanks.csv", blanks);
+    folder.write("times.vek", times);
+    folder.write("pairs.csv", pairs);
+    for (const char* command :
+         {"check blanks.csv", "check blanks.csv --format json", "check times.vek",
+          "timecode duration pairs.csv --fps 25 -o out.csv"}) {
+        const Cost cost = costOf(folder, shellWords(command));
+        EXPECT_TRUE(WIFEXITED(cost.status) && WEXITSTATUS(cost.status) == 1) << command;
+        if (isSanitized) continue;
+        EXPECT_LE(cost.seconds, 2) << command;
+        EXPECT_LE(cost.megabytes, 100) << command;
+    }
+}
+
+TEST(HostileFiles, OfManyValuesAreSplitWithoutGoingThroughAllRowsForEach) {
+    const WorkFolder folder;
+    std::string text = "a\n";
+    for (int i = 0; i < (isSanitized ? 500 : 50000); ++i) text += std::to_string(i) + "x\n";
+    folder.write("values.csv", text);
+    const Cost cost = costOf(
+        folder, shellWords("split values.csv --by a -o {a}.csv --dry-run --max-files 1000000"));
+    EXPECT_EQ(cost.status, 0);
+    if (isSanitized) return;
+    EXPECT_LE(cost.seconds, 2);
+    EXPECT_LE(cost.megabytes, 100);
 }
 
 // Rows of another length than the columns are kept as they are read line by line.

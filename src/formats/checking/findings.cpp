@@ -68,30 +68,23 @@ constexpr int hoursInDay = 24;
 class Checker {
 public:
     Checker(const Log& log, Input& input, const Gauge& gauge)
-        : log_(log),
-          input_(input),
-          gauge_(gauge),
-          counting_(log),
-          ranges_(rangeColumns(log)),
-          problems_(log.problems) {}
+        : log_(log), input_(input), gauge_(gauge), counting_(log), ranges_(rangeColumns(log)) {}
 
-    std::vector<Problem> check() {
-        found_.push_back(counting_.contradictions());
-        if (log_.format == Format::table) found_.push_back(problemsOfTableText(input_, log_));
-        const std::size_t first = found_.size();
-        found_.resize(first + log_.columnCount() + ranges_.size());
+    ProblemList check() {
+        addAll(log_.problems);
+        addAll(counting_.contradictions());
+        ++at_;
+        if (log_.format == Format::table) {
+            tellTableText(input_, log_, [this](const Problem& one) { found_.add(at_, one); });
+        }
+        const std::size_t first = ++at_;
         forms_.resize(log_.columnCount());
         checkRows(first);
         checkForms(first);
-        found_.emplace_back();
         checkIdentifiers();
         if (log_.format == Format::edl) checkStrays();
-        for (std::vector<Problem>& some : found_) {
-            std::move(some.begin(), some.end(), std::back_inserter(problems_));
-        }
-        std::stable_sort(problems_.begin(), problems_.end(),
-                         [](const Problem& a, const Problem& b) { return a.line < b.line; });
-        return problems_;
+        found_.sort();
+        return std::move(found_);
     }
 
     /// How many of them are remarks, about what is odd and yet right.
@@ -99,7 +92,11 @@ public:
 
 private:
     void add(unsigned row, unsigned column, const std::string& found, const std::string& expected) {
-        found_[at_].push_back({log_.lineOf(row), log_.columnName(column), found, expected, ""});
+        found_.add(at_, {log_.lineOf(row), log_.columnName(column), found, expected, ""});
+    }
+
+    void addAll(const std::vector<Problem>& problems) {
+        for (const Problem& one : problems) found_.add(at_, one);
     }
 
     // How a column that may drop frames writes its times.
@@ -345,8 +342,8 @@ private:
 
     void addRemark(unsigned row, unsigned column, const std::string& found, const char* about) {
         ++remarks_;
-        found_[at_].push_back(
-            {log_.lineOf(row), log_.columnName(column), found, "", concat("remark: ", about)});
+        found_.add(at_, {log_.lineOf(row), log_.columnName(column), found, "",
+                         concat("remark: ", about)});
     }
 
     bool endsBefore(const std::optional<Keycode>& start, const std::optional<Keycode>& end) const {
@@ -385,10 +382,9 @@ private:
     const Gauge& gauge_;
     LogCounting counting_;
     std::vector<RangeColumns> ranges_;
-    std::vector<Problem> problems_;
     // In the order in which they are told of one line: what is said of the whole log, its lines,
     // each column, each range, identifiers.
-    std::vector<std::vector<Problem>> found_;
+    ProblemList found_;
     std::size_t at_ = 0;  // what is found now belongs there
     std::size_t remarks_ = 0;
     std::vector<Forms> forms_;  // of the columns

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include <vekdb/formats/keycode.h>
+#include "formats/checking/problem_list.h"
 #include "formats/log/log.h"
 
 /// Everything that is wrong with a log, or odd and yet right.
@@ -15,7 +16,7 @@ class Input;
 struct Findings {
     std::string file;
     std::string failure = {};  ///< why it could not be read
-    std::vector<Problem> problems = {};
+    ProblemList problems = {};
     std::size_t remarks = 0;  ///< how many of them are about what is odd and yet right
     std::size_t more = 0;     ///< of reading, that are only counted
     std::string notRead = {};

@@ -106,7 +106,8 @@ private:
 class TableInPlace : public RowsInPlace {
 public:
     explicit TableInPlace(const Saving& saving)
-        : saving_(saving), isLooked_(saving.log.rowCount()) {}
+        : saving_(saving),
+          isLooked_(saving.log.source->exactCells.empty() ? 0 : saving.log.rowCount()) {}
 
     // A cell that a table file changes reads as another one, which a note puts right.
     bool reads(std::string_view piece, unsigned row) override {
@@ -123,7 +124,7 @@ public:
             if (values_[i] != afterTableFile(cells_[i])) return false;
             exact.push_back({row, i, std::string(cells_[i])});
         }
-        isLooked_[row] = 1;
+        noteLooked(row);
         exact_.insert(exact_.end(), exact.begin(), exact.end());
         return true;
     }
@@ -131,7 +132,7 @@ public:
     void begin(const Sheet& rows, const std::vector<unsigned>& all) override {
         RowsInPlace::begin(rows, all);
         changed_ = writeTableRows(rows, lines_);
-        for (unsigned i = 0; i < rows.rowCount(); ++i) isLooked_[rows.view->baseIndex(i)] = 1;
+        for (unsigned i = 0; i < rows.rowCount(); ++i) noteLooked(rows.view->baseIndex(i));
     }
 
     void add(std::string& text, unsigned row, std::string_view piece) override {
@@ -174,6 +175,10 @@ private:
         LineWalk walk(came, LineWalk::Ends::lineFeed);
         std::string_view line;
         while (walk.next(line)) requireWithoutZeros(line, walk.number());
+    }
+
+    void noteLooked(unsigned row) {
+        if (!isLooked_.empty()) isLooked_[row] = 1;
     }
 
     // As a reader of the file finds them.
@@ -238,7 +243,7 @@ private:
     TextFile lines_;
     std::vector<ExactCell> changed_;  // by the rows that are written
     std::vector<ExactCell> exact_;    // of pieces that read as their row with a note
-    std::vector<char> isLooked_;      // rows whose cells are known from these two
+    std::vector<char> isLooked_;  // rows whose cells are known from these two, where any was noted
     std::vector<unsigned> places_;
 };
 

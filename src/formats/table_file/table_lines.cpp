@@ -118,9 +118,12 @@ std::string_view takeRawValue(std::string_view line, std::size_t& at) {
 
 class TableText {
 public:
-    TableText(Input& input, const Log& log) : input_(input), lines_(input), log_(log) {}
+    using Tell = std::function<void(const Problem&)>;
 
-    std::vector<Problem> problems() {
+    TableText(Input& input, const Log& log, const Tell& tell)
+        : input_(input), lines_(input), log_(log), tell_(tell) {}
+
+    void check() {
         std::string_view line;
         bool isHeader = true;
         while (isHeader && lines_.next(line)) isHeader = !isMagicLine(line);
@@ -128,9 +131,8 @@ public:
         if (lines_.next(line)) checkTypes(rawValues(line));
         if (lines_.next(line)) checkValues(line);
         // Values of such a line have no blanks at their ends.
-        if (isAsWritten(log_, lines_.taken(), input_.size())) return std::move(found_);
+        if (isAsWritten(log_, lines_.taken(), input_.size())) return;
         while (lines_.next(line) && !trimmed(line).empty()) checkValues(line);
-        return std::move(found_);
     }
 
 private:
@@ -155,13 +157,13 @@ private:
 
     void add(std::size_t column, const std::string& what, const std::string& expected) {
         std::string name = log_.columnName(static_cast<unsigned>(column));
-        found_.push_back({lines_.number(), name, what, expected, ""});
+        tell_({lines_.number(), name, what, expected, ""});
     }
 
     const Input& input_;
     LinesAgain lines_;
     const Log& log_;
-    std::vector<Problem> found_;
+    const Tell& tell_;
 };
 
 }  // namespace
@@ -198,8 +200,8 @@ bool isMagicLine(std::string_view line) {
     return values.get_num_fields() > 0 && sameText(values.fieldView(0), "VEKDB");
 }
 
-std::vector<Problem> problemsOfTableText(Input& input, const Log& log) {
-    return TableText(input, log).problems();
+void tellTableText(Input& input, const Log& log, const std::function<void(const Problem&)>& tell) {
+    TableText(input, log, tell).check();
 }
 
 }  // namespace vek::formats

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string_view>
 #include <vector>
 
@@ -7,10 +8,10 @@
 
 namespace vek::formats {
 
-/// What is wrong with the text of a table file that its loaded table does not show any more:
+/// Tells what is wrong with the text of a table file that its loaded table does not show any more:
 /// column types that are not known, and values with blanks at their ends, which reading drops.
 /// The file is read again, piece by piece.
-std::vector<Problem> problemsOfTableText(Input& input, const Log& log);
+void tellTableText(Input& input, const Log& log, const std::function<void(const Problem&)>& tell);
 
 /// Takes the values of a line that is read as it stands: each of them between quotes and nothing in
 /// them that means something. False for any other line.

@@ -95,10 +95,11 @@ public:
     std::size_t unpacked() const { return archive_.unpacked(); }
 
 private:
-    // A shared text takes many times the bytes of the cell that refers to it.
+    // A shared text takes many times the bytes of the cell that refers to it: what is made of the
+    // archive counts as what is unpacked of it.
     void requireText(std::size_t size) const {
-        const std::size_t most = mostUnpacked(archive_.unpacked(), log_.opening.limits);
-        if (size <= most) return;
+        const std::size_t most = archive_.most();
+        if (size + archive_.unpacked() <= most) return;
         throw Failure{unreadable,
                       log_.name,
                       {0, "", "more than " + std::to_string(most) + " bytes of text in its cells",

@@ -30,6 +30,8 @@ public:
     void read(const std::string& entry, const Receiver& receiver);
     /// Bytes that were unpacked so far.
     std::size_t unpacked() const { return unpacked_; }
+    /// How many may be.
+    std::size_t most() const { return most_; }
 
 private:
     struct Parts;

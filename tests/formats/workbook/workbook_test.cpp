@@ -158,6 +158,16 @@ TEST(Workbooks, RefuseTextsThatAreRepeatedBeyondBounds) {
                                                    "expected no more; maxBytes allows more"));
 }
 
+// What is unpacked does not allow more to be made of it than the packed bytes do.
+TEST(Workbooks, HaveOneBoundForWhatIsUnpackedAndWhatItsCellsRepeat) {
+    std::string rows = head;
+    for (int i = 0; i < 2500; ++i) rows += "<row><c t='s'><v>0</v></c></row>";
+    const std::string book = workbookOf(rows, "<si><t>" + std::string(32767, 'a') + "</t></si>");
+    const auto refused = vek::openText(book, "a.xlsx");
+    ASSERT_FALSE(refused);
+    EXPECT_THAT(refused.reason().text(), HasSubstr("bytes of text in its cells"));
+}
+
 TEST(Workbooks, CutOrChangedAtAnyByteDoNoHarm) {
     const std::string book = workbookOf(head + std::string("<row><c><v>1</v></c></row>"));
     ASSERT_EQ(csvOf(book), "N\n1\n");

@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "formats/checking/problem_list.h"
 #include "formats/log/column_names.h"
 #include "formats/text/text_lines.h"
 #include "formats/timecode/counting.h"
@@ -25,7 +26,7 @@ struct Work {
     LogCounting counting;
     std::vector<unsigned> rows;
     std::vector<Edit> edits;
-    std::vector<Problem> odd;  // cells that stay as they are
+    ProblemList odd;  // cells that stay as they are
     std::size_t overMidnight = 0;
     std::unordered_map<std::uint64_t, std::size_t> notes = {};  // edits of cells of several lines
 
@@ -68,8 +69,8 @@ struct Work {
     }
 
     void leaveLine(unsigned row, unsigned column, std::string_view line, const char* expected) {
-        odd.push_back({log.lineOf(row), log.columnName(column), inQuotes(line), expected,
-                       "the line stays as it is"});
+        odd.add(0, {log.lineOf(row), log.columnName(column), inQuotes(line), expected,
+                    "the line stays as it is"});
     }
 
     // The moment itself, where a timeline has it beside a time that is between two frames.
@@ -84,8 +85,8 @@ struct Work {
 
     void leave(unsigned row, unsigned column, const std::string& expected,
                const char* what = "the cell stays as it is") {
-        odd.push_back({log.lineOf(row), log.columnName(column), inQuotes(log.cell(row, column)),
-                       expected, what});
+        odd.add(0, {log.lineOf(row), log.columnName(column), inQuotes(log.cell(row, column)),
+                    expected, what});
     }
 };
 

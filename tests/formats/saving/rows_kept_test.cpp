@@ -1,0 +1,141 @@
+// Texts of whatever lines are read, a cell or some rows are changed, and the file that becomes of
+// them is read again: no row came, none is gone, and nothing else changed.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "formats/log/column_edits.h"
+#include "formats/saving/save_in_place.h"
+#include "testing/logs.h"
+#include "testing/random.h"
+#include "testing/temp_dir.h"
+
+using testing_support::logOf;
+using testing_support::Random;
+using testing_support::TempDir;
+using namespace vek::formats;
+
+namespace {
+
+using Row = std::vector<std::string>;
+
+std::vector<Row> rowsOf(const Log& log) {
+    std::vector<Row> rows;
+    for (unsigned row = 0; row < log.rowCount(); ++row) {
+        Row cells;
+        for (unsigned i = 0; i < log.columnCount(); ++i) cells.emplace_back(log.cell(row, i));
+        while (!cells.empty() && cells.back().empty()) cells.pop_back();
+        rows.push_back(std::move(cells));
+    }
+    return rows;
+}
+
+struct Kind {
+    const char* name;
+    std::string heading;
+    std::vector<std::string> pieces;  // of the lines behind it
+};
+
+const std::vector<Kind> kinds = {
+    {"one.csv", "Name\n", {"\n", "A\n", "\"\"\n", "\"B\"\n", "x,y\n", "\r\n", "5\" z\n"}},
+    {"two.csv", "Name,Take\n", {"\n", "A,1\n", "\"\"\n", "B\n", ",\n", "\"C\",\"2\"\n", "1,2,3\n"}},
+    {"front.csv", "\nName,Take\n", {"\n", "A,1\n", "B\n", ",\n", "\"C\",\"2\"\r\n"}},
+    {"one.tsv", "Name\n", {"\n", "A\n", "\"\"\n", "\"B\" c\n", "x\ty\n", "5\" z\n"}},
+    {"two.tsv", "Name\tTake\n", {"\n", "A\t1\n", "\"B\"\t\"b\" c\n", "\t\n", "5\" z\t2\r\n"}},
+    {"log.ale",
+     "Heading\nFPS\t24\n\nColumn\nName\tTake\n\nData\n",
+     {"A\t1\n", "\n", "B\n", "\t2\n", "\"C\"\t3\t\n"}},
+    {"log.jsonl", "", {"{\"Name\": \"A\", \"Take\": 1}\n", "{}\n", "\n", "{\"Take\": \"-0\"}\n"}},
+    {"log.vek",
+     "\"VEKDB:Rev 1\"\n\"VEKDB\"\n\"4\",\"4\"\n\"text\",\"text\"\n\"Name\",\"Take\"\n",
+     {"\"A\",\"1\"\n", "\"\",\"\"\n", "B,2\n", "\"C\"\n", "\"a\"\"b\",\"\\n\"\n"}},
+};
+
+std::string textOf(const Kind& kind, Random& random) {
+    std::string text = kind.heading;
+    for (std::size_t count = 1 + random.below(6); count > 0; --count) {
+        text += random.pick(kind.pieces);
+    }
+    if (random.oneIn(4)) text.pop_back();
+    return text;
+}
+
+class Kept {
+public:
+    Kept(const Kind& kind, bool hasNoHeading, const std::string& text) : name_(kind.name) {
+        opening_.wishes.hasNoHeading = hasNoHeading;
+        folder_.write(name_, text);
+        log_ = openLogToCopy(folder_.file(name_).string(), opening_);
+        expected_ = rowsOf(log_);
+        rows_ = InPlace(log_).rows;
+    }
+
+    const Log& log() const { return log_; }
+
+    void set(unsigned row, unsigned column, const std::string& text) {
+        log_.table->get_record(row)->setField(static_cast<unsigned short>(column), cellText(text));
+        expected_ = rowsOf(log_);
+    }
+    void remove(std::size_t place) {
+        rows_.erase(rows_.begin() + static_cast<std::ptrdiff_t>(place));
+        expected_.erase(expected_.begin() + static_cast<std::ptrdiff_t>(place));
+    }
+    void removeColumn(unsigned column) {
+        ColumnEdits(log_).remove(column);
+        expected_ = rowsOf(log_);
+    }
+
+    // Nothing where the change is refused.
+    void check() {
+        Output out("text");
+        Losses losses;
+        try {
+            if (!writeInPlace(InPlace(log_, rows_), false, out, losses)) return;
+            out.close();
+        } catch (const Failure&) {
+            return;
+        }
+        const std::string text = out.take();
+        if (text.empty()) return;
+        EXPECT_EQ(rowsOf(logOf(text, name_, opening_)), expected_) << text;
+    }
+
+private:
+    std::string name_;
+    Opening opening_;
+    TempDir folder_;
+    Log log_;
+    std::vector<Row> expected_;
+    std::vector<unsigned> rows_;
+};
+
+void change(Kept& kept, Random& random) {
+    const Log& log = kept.log();
+    if (log.columnCount() > 1 && random.oneIn(4)) {
+        return kept.removeColumn(static_cast<unsigned>(random.below(log.columnCount())));
+    }
+    if (log.rowCount() == 0) return;
+    const auto row = static_cast<unsigned>(random.below(log.rowCount()));
+    if (random.oneIn(3)) return kept.remove(row);
+    const std::vector<std::string> texts = {"", "x", "\"q\" r", "5\" s", "\"t\""};
+    const auto column = static_cast<unsigned>(random.below(log.columnCount()));
+    if (log.columnCount() > 0) kept.set(row, column, random.pick(texts));
+}
+
+}  // namespace
+
+TEST(RowsKept, AreAllButThoseThatWereTakenAway) {
+    Random random;
+    for (int i = 0; i < 2000; ++i) {
+        const Kind& kind = random.pick(kinds);
+        const bool mayHaveNone = std::string_view(kind.name).starts_with("one") ||
+                                 std::string_view(kind.name).starts_with("two");
+        const std::string text = textOf(kind, random);
+        SCOPED_TRACE(kind.name + (":\n" + text));
+        Kept kept(kind, mayHaveNone && random.oneIn(3), text);
+        change(kept, random);
+        kept.check();
+        if (HasFailure()) return;
+    }
+}
