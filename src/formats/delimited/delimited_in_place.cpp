@@ -53,7 +53,9 @@ public:
     }
 
     // Blank lines, which would be rows of a single column.
-    bool saysBetween() const override { return !cameWithBlankRows() && willHaveBlankRows(all()); }
+    bool saysBetween() const override {
+        return !cameWithBlankRows() && (willHaveBlankRows(all()) || beginsWithOther(all()));
+    }
     std::string between(std::string_view, std::optional<unsigned>) override { return {}; }
 
 private:
@@ -66,7 +68,8 @@ private:
 
     // A lone empty cell gets one beside it where its line would be none.
     std::size_t lengthOf(unsigned row, std::size_t came) const {
-        const std::size_t count = length(row, came);
+        const bool isAny = !rows().columns.empty();
+        const std::size_t count = std::max<std::size_t>(length(row, came), isAny ? 1 : 0);
         const bool isBlank = losesBlankRows_ && count == 1 && rows().cell(row, 0).empty();
         return isBlank ? 2 : count;
     }
@@ -93,10 +96,14 @@ private:
         return RawCells(separator(), hasTextQuotes_).take(line).size();
     }
 
-    // Without a heading blank lines in front of the first row are passed over.
+    // Without a heading blank lines in front of the first row are passed over, or are the first.
+    bool beginsWithOther(const std::vector<unsigned>& all) const {
+        return saving().log.form.hasNoHeading && (all.empty() || all.front() != 0);
+    }
+
     bool beginsWithOtherBlank(const std::vector<unsigned>& all) const {
-        const bool isOther = saving().log.form.hasNoHeading && !all.empty() && all.front() != 0;
-        if (!isOther || all.front() >= saving().log.source->places.count()) return false;
+        if (!beginsWithOther(all) || all.empty()) return false;
+        if (all.front() >= saving().log.source->places.count()) return false;
         return lineAsRead(all.front()).find_first_not_of("\r\n") == std::string::npos;
     }
 

@@ -41,12 +41,14 @@ const std::vector<Kind> kinds = {
     {"one.csv", "Name\n", {"\n", "A\n", "\"\"\n", "\"B\"\n", "x,y\n", "\r\n", "5\" z\n"}},
     {"two.csv", "Name,Take\n", {"\n", "A,1\n", "\"\"\n", "B\n", ",\n", "\"C\",\"2\"\n", "1,2,3\n"}},
     {"front.csv", "\nName,Take\n", {"\n", "A,1\n", "B\n", ",\n", "\"C\",\"2\"\r\n"}},
-    {"one.tsv", "Name\n", {"\n", "A\n", "\"\"\n", "\"B\" c\n", "x\ty\n", "5\" z\n"}},
-    {"two.tsv", "Name\tTake\n", {"\n", "A\t1\n", "\"B\"\t\"b\" c\n", "\t\n", "5\" z\t2\r\n"}},
+    {"one.tsv", "Name\n", {"\n", "A\n", "\"\"\n", "\"B\"\n", "x\ty\n"}},
+    {"two.tsv", "Name\tTake\n", {"\n", "A\t1\n", "\"B\"\t\"b\"\n", "\t\n", "5\t2\r\n"}},
     {"log.ale",
      "Heading\nFPS\t24\n\nColumn\nName\tTake\n\nData\n",
      {"A\t1\n", "\n", "B\n", "\t2\n", "\"C\"\t3\t\n"}},
-    {"log.jsonl", "", {"{\"Name\": \"A\", \"Take\": 1}\n", "{}\n", "\n", "{\"Take\": \"-0\"}\n"}},
+    {"log.jsonl",
+     "{\"Name\": \"H\", \"Take\": 2}\n",
+     {"{\"Name\": \"A\", \"Take\": 1}\n", "{}\n", "\n", "{\"Take\": \"-0\"}\n"}},
     {"log.vek",
      "\"VEKDB:Rev 1\"\n\"VEKDB\"\n\"4\",\"4\"\n\"text\",\"text\"\n\"Name\",\"Take\"\n",
      {"\"A\",\"1\"\n", "\"\",\"\"\n", "B,2\n", "\"C\"\n", "\"a\"\"b\",\"\\n\"\n"}},
@@ -117,7 +119,8 @@ void change(Kept& kept, Random& random) {
     }
     if (log.rowCount() == 0) return;
     const auto row = static_cast<unsigned>(random.below(log.rowCount()));
-    if (random.oneIn(3)) return kept.remove(row);
+    const bool saysOrder = log.format == vek::Format::jsonl && row == 0;  // of the columns
+    if (random.oneIn(3) && !saysOrder) return kept.remove(row);
     const std::vector<std::string> texts = {"", "x", "\"q\" r", "5\" s", "\"t\""};
     const auto column = static_cast<unsigned>(random.below(log.columnCount()));
     if (log.columnCount() > 0) kept.set(row, column, random.pick(texts));
@@ -127,15 +130,19 @@ void change(Kept& kept, Random& random) {
 
 TEST(RowsKept, AreAllButThoseThatWereTakenAway) {
     Random random;
-    for (int i = 0; i < 2000; ++i) {
+    for (int i = 0; i < 500; ++i) {
         const Kind& kind = random.pick(kinds);
         const bool mayHaveNone = std::string_view(kind.name).starts_with("one") ||
                                  std::string_view(kind.name).starts_with("two");
         const std::string text = textOf(kind, random);
         SCOPED_TRACE(kind.name + (":\n" + text));
-        Kept kept(kind, mayHaveNone && random.oneIn(3), text);
-        change(kept, random);
-        kept.check();
+        try {
+            Kept kept(kind, mayHaveNone && random.oneIn(3), text);
+            change(kept, random);
+            kept.check();
+        } catch (const Failure& failure) {
+            ADD_FAILURE() << failure.text;
+        }
         if (HasFailure()) return;
     }
 }
