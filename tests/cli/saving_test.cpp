@@ -412,7 +412,7 @@ TEST(DryRun, RefusesWhatMayNotBeWritten) {
     ASSERT_EQ(::chmod((folder.path() / "shut").c_str(), 0777), 0);
 }
 
-TEST(SeveralLogs, AreSavedOneAfterTheOtherAndThoseThatWereAreNamed) {
+TEST(SeveralLogs, AreAllSavedOrNoneWithTheirBackups) {
     WorkFolder folder;
     std::filesystem::create_directory(folder.path() / "shut");
     folder.write("a.csv", "A\n1\n");
@@ -424,11 +424,14 @@ TEST(SeveralLogs, AreSavedOneAfterTheOtherAndThoseThatWereAreNamed) {
     Start start;
     start.asNobody = true;
     start.words = {"vek",        "sql",     "a.csv",
-                   "shut/b.csv", "--write", "UPDATE a SET A = 2; UPDATE b SET A = 2"};
+                   "shut/b.csv", "--write", "UPDATE a SET A = 2; UPDATE b SET A = 2",
+                   "--backup"};
     const Finish finish = run(folder, start);
     EXPECT_EQ(finish.exitCode, 4);
-    EXPECT_NE(finish.errors.find("; saved before: a.csv"), std::string::npos) << finish.errors;
-    EXPECT_EQ(folder.read("a.csv"), "A\n2\n");
+    EXPECT_NE(finish.errors.find("b.csv.bak: Permission denied"), std::string::npos)
+        << finish.errors;
+    EXPECT_EQ(folder.read("a.csv"), "A\n1\n");
     EXPECT_EQ(folder.read("shut/b.csv"), "A\n1\n");
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.csv", "shut"}));
     ASSERT_EQ(::chmod((folder.path() / "shut").c_str(), 0777), 0);
 }

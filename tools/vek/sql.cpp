@@ -207,33 +207,12 @@ void requireFitting(const Args& args) {
     }
 }
 
-// Saves logs one after the other, and knows which ones are saved where one cannot be.
-class Saver {
-public:
-    explicit Saver(const Args& args) : args_(args) {}
-
-    void save(const Log& log, const std::vector<unsigned>& rows) {
-        try {
-            saveInPlace(log, rows, args_);
-        } catch (const Failure& failure) {
-            throw Failure{failure.kind, saved_.empty()
-                                            ? failure.text
-                                            : concat(failure.text, "; saved before: ", saved_)};
-        }
-        if (args_.has("dry-run")) return;
-        saved_ += saved_.empty() ? log.name : concat(", ", log.name);
-    }
-
-private:
-    const Args& args_;
-    std::string saved_;
-};
-
-sql::Wishes wishesFrom(const Args& args, Saver& saver) {
+sql::Wishes wishesFrom(const Args& args, JointSaving& saving) {
     // Rows that go on to be counted or grouped no more are kept until they are printed.
     constexpr std::size_t mostAnswer = std::size_t{1} << 30;
     return {args.has("write"), wantedRate(args), args.number("max-output", mostAnswer),
-            [&saver](const Log& log, const std::vector<unsigned>& rows) { saver.save(log, rows); }};
+            [&](const Log& log, const std::vector<unsigned>& rows) { saving.add(log, rows); },
+            [&] { saving.commit(); }};
 }
 
 int run(const Args& args) {
@@ -246,9 +225,9 @@ int run(const Args& args) {
     if (args.has("backup")) {
         for (const std::string& path : paths) requireNoBackupOver(paths, path);
     }
-    Saver saver(args);
+    JointSaving saving(args);
     const sql::Answer answer =
-        sql::run(readAll(words, args), words.statements, wishesFrom(args, saver));
+        sql::run(readAll(words, args), words.statements, wishesFrom(args, saving));
     const bool hasRows = answer.rows.table != nullptr;
     if (hasRows) print(answer.rows, args);
     if (args.has("write")) tellChanges(answer, args.has("dry-run"));
@@ -276,8 +255,9 @@ Command sqlCommand() {
         "tc_frames(tc, rate), tc_text(frames, rate) and tc_add(tc, frames, rate) reckon at 24 "
         "frames a second where no rate is said; feet(frames or keycode, gauge) and feet(start, "
         "end, gauge) give footage. With --write, UPDATE, INSERT and DELETE change the logs: all "
-        "statements or none, and of the files what was changed alone; several are saved one after "
-        "the other, and where one cannot be, which ones were is told. No other file is reached. "
+        "statements or none, and of the files what was changed alone; several logs are all saved, "
+        "or "
+        "none where one of them cannot be. No other file is reached. "
         "Ends with 1 where no row came or none was changed.",
         {{"vek sql samples/dailies.vek 'SELECT Scene, count(*) AS takes FROM log GROUP BY Scene "
           "ORDER BY takes DESC LIMIT 3'",

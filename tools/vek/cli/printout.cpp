@@ -37,13 +37,19 @@ std::string forTerminal(std::string_view text) {
     return out;
 }
 
+bool isStandard(const std::string& path) {
+    return path.empty() || path == "-";
+}
+
+}  // namespace
+
 // A file during whose replacement the program is not ended.
-class UndisturbedFile : public OutputSink {
+class Printout::UndisturbedFile : public OutputSink {
 public:
     // What is held, or holds it.
     template <class Holding>
-    UndisturbedFile(const std::string& path, Holding held, bool keepsOld)
-        : path_(path), file_(path, std::move(held), keepsOld) {}
+    UndisturbedFile(const std::string& path, Holding held, bool keepsOld, bool isPrepared = false)
+        : path_(path), file_(path, std::move(held), keepsOld), isPrepared_(isPrepared) {}
 
     void take(std::string_view piece) override {
         begin();
@@ -53,9 +59,14 @@ public:
 
     std::vector<std::string> end() override {
         begin();
-        std::vector<std::string> notes = file_.end();
-        undisturbed_.reset();
+        std::vector<std::string> notes = file_.prepare();
+        if (!isPrepared_) commit();
         return notes;
+    }
+
+    void commit() {
+        file_.commit();
+        undisturbed_.reset();
     }
 
     std::size_t pieceSize() const override { return file_.pieceSize(); }
@@ -77,13 +88,8 @@ private:
     std::string path_;
     std::optional<Undisturbed> undisturbed_;
     FileSink file_;
+    bool isPrepared_;
 };
-
-bool isStandard(const std::string& path) {
-    return path.empty() || path == "-";
-}
-
-}  // namespace
 
 class Printout::Screen : public OutputSink {
 public:
@@ -130,6 +136,14 @@ Printout Printout::trial(const std::string& path) {
     return {isStandard(path) ? standardOutput : path, std::make_unique<NoSink>()};
 }
 
+Printout Printout::prepared(const std::string& path, Held held, bool keepsOld) {
+    auto file = std::make_unique<UndisturbedFile>(path, std::move(held), keepsOld, true);
+    UndisturbedFile* const prepared = file.get();
+    Printout out(path, std::move(file));
+    out.prepared_ = prepared;
+    return out;
+}
+
 std::unique_ptr<OutputSink> Printout::sinkFor(const std::string& path, Held held, bool keepsOld) {
     if (isStandard(path)) return std::make_unique<Screen>();
     return std::make_unique<UndisturbedFile>(path, std::move(held), keepsOld);
@@ -146,7 +160,17 @@ void Printout::inkedLine(std::string_view text) {
 }
 
 void Printout::close() {
-    for (const std::string& note : Output::close()) say(note);
+    notes_ = Output::close();
+    if (prepared_ == nullptr) tellNotes();
+}
+
+void Printout::commit() {
+    prepared_->commit();
+    tellNotes();
+}
+
+void Printout::tellNotes() const {
+    for (const std::string& note : notes_) say(note);
 }
 
 bool Printout::isTerminal() const {

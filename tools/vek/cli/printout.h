@@ -3,6 +3,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "formats/saving/held.h"
 #include "formats/writing/output.h"
@@ -26,6 +27,9 @@ public:
     static Printout late(const std::string& path, std::function<Held()> hold, bool keepsOld);
     /// The same for what is only tried: refused or told as if it were written, and kept nowhere.
     static Printout trial(const std::string& path);
+    /// A held file that takes its place by `commit` alone; until then it stands beside it, whole
+    /// once it is closed. The program is not ended meanwhile.
+    static Printout prepared(const std::string& path, Held held, bool keepsOld);
 
     /// To be called where more was read since it was made: more may be written then, too.
     void renewLimit();
@@ -34,6 +38,7 @@ public:
     void inkedLine(std::string_view text);
     /// Says that everything is written, and says to people what there is to say of the file.
     void close();
+    void commit();
 
     bool isStandardOutput() const { return screen_ != nullptr; }
     /// Whether a person's terminal is at the other end.
@@ -41,11 +46,15 @@ public:
 
 private:
     class Screen;
+    class UndisturbedFile;
 
     Printout(std::string name, std::unique_ptr<OutputSink> sink);
+    void tellNotes() const;
     static std::unique_ptr<OutputSink> sinkFor(const std::string& path, Held held, bool keepsOld);
 
     Screen* screen_;  // null for a file
+    UndisturbedFile* prepared_ = nullptr;
+    std::vector<std::string> notes_;  // of what was prepared
 };
 
 /// Thrown where nobody reads what is printed any more: whoever did has seen enough.

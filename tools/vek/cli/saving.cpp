@@ -113,6 +113,30 @@ void saveResult(const InPlace& now, const Args& args) {
     args.has("output") ? saveElsewhere(now, args) : saveInPlace(now, args);
 }
 
+void JointSaving::add(const Log& log, const std::vector<unsigned>& rows) {
+    if (args_.has("dry-run")) return saveInPlace(log, rows, args_);
+    InPlace now(log);
+    now.rows = rows;
+    File file{Printout::prepared(log.path, log.held, args_.has("backup"))};
+    if (!writeInPlace(now, true, file.out, file.losses)) return;
+    file.out.close();
+    files_.push_back(std::move(file));
+}
+
+void JointSaving::commit() {
+    std::string saved;
+    for (File& file : files_) {
+        try {
+            file.out.commit();
+        } catch (const Failure& failure) {
+            if (saved.empty()) throw;
+            throw Failure{failure.kind, concat(failure.text, "; saved before: ", saved)};
+        }
+        tellLosses(file.losses, file.out.name());
+        saved += saved.empty() ? file.out.name() : concat(", ", file.out.name());
+    }
+}
+
 void saveResult(const Log& log, const std::vector<unsigned>& rows, const Args& args) {
     saveResult(InPlace(log, rows), args);
 }

@@ -2,6 +2,7 @@
 
 #include "formats/saving/save_in_place.h"
 #include "tools/vek/cli/command.h"
+#include "tools/vek/cli/printout.h"
 
 /// How a command that makes another log of one comes by it and leaves it: in the place of the old
 /// one, in the file that -o names, or, with --dry-run, not at all.
@@ -23,6 +24,27 @@ void saveInPlace(const InPlace& now, const Args& args);
 void saveInPlace(const Log& log, const Args& args);
 /// These rows alone, in this order.
 void saveInPlace(const Log& log, const std::vector<unsigned>& rows, const Args& args);
+
+/// Logs that are saved back into their files together, as `saveInPlace` does it with one: those
+/// that are added stand ready beside the files, which are as they were before `commit`.
+class JointSaving {
+public:
+    explicit JointSaving(const Args& args) : args_(args) {}
+
+    /// These rows of a log, in this order.
+    void add(const Log& log, const std::vector<unsigned>& rows);
+    /// All of them take their files' places. A Failure where one cannot, which says those that did.
+    void commit();
+
+private:
+    struct File {
+        Printout out;
+        Losses losses = {};
+    };
+
+    const Args& args_;
+    std::vector<File> files_;
+};
 
 /// Writes these rows in this order into the log's own file, or into that of -o, whose ending gives
 /// the format; one that says nothing, and "-", the standard output, get the log's own. --backup

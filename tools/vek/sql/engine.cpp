@@ -27,23 +27,23 @@ public:
     const Log& log() const { return log_; }
     const std::string& path() const { return path_; }
     const Wishes& wishes() const { return wishes_; }
-    bool isSaved() const { return isSaved_; }
+    bool isPrepared() const { return isPrepared_; }
 
-    void save(const Log& log, const std::vector<unsigned>& rows) {
+    void prepare(const Log& log, const std::vector<unsigned>& rows) {
         try {
-            wishes_.save(LogInside::of(log).log, rows);
+            wishes_.prepare(LogInside::of(log).log, rows);
         } catch (const Failure& failure) {
             throw Refusal(failure.kind == formats::unwritable ? SQLITE_IOERR : SQLITE_ERROR,
                           failure.text);
         }
-        isSaved_ = true;
+        isPrepared_ = true;
     }
 
 private:
     Log log_;
     std::string path_;
     const Wishes& wishes_;
-    bool isSaved_ = false;
+    bool isPrepared_ = false;
 };
 
 class GivenSource : public LogSource {
@@ -55,8 +55,9 @@ public:
     FileLook stamp() const override { return {}; }
     Log read() override { return given_.log(); }
     Log readToChange() override { return given_.log(); }
-    // These have one transaction, and no other database that could stop it.
-    void prepare(const Log& log, std::vector<unsigned> rows) override { given_.save(log, rows); }
+    // These have one transaction, and no other database that could stop it: all of them are saved
+    // behind it.
+    void prepare(const Log& log, std::vector<unsigned> rows) override { given_.prepare(log, rows); }
     void requireReady() const override {}
     void commit() override {}
     void giveUp() noexcept override {}
@@ -257,8 +258,9 @@ Answer Session::run(std::string_view statements) {
     sqlite3_set_authorizer(db_.get(), nullptr, nullptr);
     answer_.changed = static_cast<std::size_t>(sqlite3_total_changes64(db_.get()));
     execute("COMMIT");
+    if (answer_.changed > 0) wishes_.commit();
     for (const auto& given : given_) {
-        if (given->isSaved()) answer_.changedLogs.push_back(given->path());
+        if (given->isPrepared()) answer_.changedLogs.push_back(given->path());
     }
     return std::move(answer_);
 }

@@ -20,8 +20,10 @@ struct Wishes {
     bool mayWrite = false;
     std::string rate = {};
     std::size_t mostBytes = 0;  ///< of the rows of an answer
-    /// Saves a log of which these rows are left. Throws a Failure where that cannot be.
-    std::function<void(const formats::Log& log, const std::vector<unsigned>& rows)> save = {};
+    /// Makes a log of which these rows are left ready to be saved, and saves all that are. Both
+    /// throw a Failure where that cannot be.
+    std::function<void(const formats::Log& log, const std::vector<unsigned>& rows)> prepare = {};
+    std::function<void()> commit = {};
 };
 
 struct Answer {
