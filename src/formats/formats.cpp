@@ -7,7 +7,8 @@
 #include "formats/packed/packed.h"
 #include "formats/reading/decoding.h"
 #include "formats/reading/readers.h"
-#include "formats/reading/signs.h"
+#include "formats/signs.h"
+#include "formats/table_file/table_places.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/utf8.h"
 #include "formats/writing/write_formats.h"
@@ -341,6 +342,10 @@ void readAs(Format format, Input& input, const Wanted& wanted, Log& log) {
                       {0, "", concat(entry.name, " is written, not read"), "another format", ""}};
     }
     entry.read(input, wanted, log);
+}
+
+void notePlacesAsRead(Log& log) {
+    if (log.format == Format::table) notePlaces(log);
 }
 
 void writeSheet(const Sheet& sheet, Format target, const WriteStyle& style, Output& out,

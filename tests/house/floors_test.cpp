@@ -193,6 +193,29 @@ TEST(Floors, LinesOrderAndQueryAreTestedWithoutATable) {
     EXPECT_THAT(wrong, IsEmpty());
 }
 
+// A new format changes nothing of what all share. These few know some of them for what only a whole
+// log tells: what a format cannot be read back from, and what of its file can stay as it is.
+TEST(Floors, WhatTheFormatsShareKnowsNoSingleFormat) {
+    static const std::regex shared(
+        "src/formats/(text|log|reading|choosing|comparing|changing|checking|timecode|summing|"
+        "writing|saving|packed|face)/.*");
+    static const std::regex single(
+        "src/formats/(ale|columnar|delimited|edl|json|pages|table_file|timeline|workbook|xml)/.*");
+    static const std::set<std::string> known = {
+        "src/formats/checking/findings.cpp", "src/formats/saving/save_in_place.cpp",
+        "src/formats/summing/clip_sums.cpp", "src/formats/writing/reading_back.cpp"};
+    std::vector<std::string> wrong;
+    for (const SourceFile* file : sourcesOf("formats")) {
+        if (!std::regex_match(file->path, shared) || known.contains(file->path)) continue;
+        for (const Include& include : includesOf(*file)) {
+            if (std::regex_match(include.target, single)) {
+                wrong.push_back(include.where + " includes " + include.target);
+            }
+        }
+    }
+    EXPECT_THAT(wrong, IsEmpty());
+}
+
 TEST(Floors, OnlyOneRoomOfTheHostAsksTheOperatingSystem) {
     static const std::set<std::string_view> ofTheTerminal = {"tools/vek/cli/terminal.h",
                                                              "tools/vek/cli/terminal.cpp"};

@@ -6,7 +6,7 @@
 #include "formats/delimited/delimiters.h"
 #include "formats/delimited/separated_in_place.h"
 #include "formats/reading/readers.h"
-#include "formats/table_file/exact_cells.h"
+#include "formats/log/own_parameters.h"
 
 namespace vek::formats {
 

@@ -1,8 +1,12 @@
 #include "formats/ale/ale_lines.h"
 
+#include <algorithm>
+#include <utility>
+
 #include <vekdb/host/text_util.h>
 #include "formats/ale/ale_entries.h"
 #include "formats/delimited/delimiters.h"
+#include "formats/reading/readers.h"
 #include "formats/text/encoding.h"
 #include "formats/text/text_lines.h"
 #include "formats/writing/plain_lines.h"
@@ -70,6 +74,22 @@ void closeBlankRow(std::string& text, std::size_t begin) {
     if (trimmed(std::string_view(text).substr(begin)).empty()) text += '\t';
 }
 
+void tellReading(std::string_view heading, const std::vector<std::string>& names,
+                 const std::vector<ParameterText>& entries, Losses& losses) {
+    Log back;
+    Text text{TextBlock::create(heading.size()), 0};
+    std::copy(heading.begin(), heading.end(), text.block->data());
+    readAle(std::move(text), back);
+    for (unsigned i = 0; i < names.size(); ++i) {
+        if (i < back.columnCount() && back.columnName(i) == names[i]) continue;
+        losses.add("column names that read back as another text", inQuotes(names[i]));
+    }
+    for (const ParameterText& entry : entries) {
+        if (back.parameter(entry.name.c_str()) == entry.value) continue;
+        losses.add("heading entries that read back as another text", inQuotes(entry.name));
+    }
+}
+
 }  // namespace
 
 void addAleRow(std::string& text, const Sheet& sheet, unsigned row, std::size_t count,
@@ -108,7 +128,7 @@ void tellAleHeading(std::string_view heading, const AleForm& form, Losses& losse
                             beginsAleColumns(concat(entry.name, "\t", entry.value));
         if (!isTold) entries.push_back(entry);
     }
-    tellAleHeading(heading, names, entries, losses);
+    tellReading(heading, names, entries, losses);
 }
 
 std::string aleEntry(const std::string& name, const std::string& value, Losses& losses) {

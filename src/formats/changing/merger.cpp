@@ -12,7 +12,7 @@
 #include "formats/log/column_edits.h"
 #include "formats/log/column_names.h"
 #include "formats/reading/limits.h"
-#include "formats/table_file/exact_cells.h"
+#include "formats/log/own_parameters.h"
 #include "formats/text/text_lines.h"
 #include "formats/timecode/counting.h"
 

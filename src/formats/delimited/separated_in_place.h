@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "formats/delimited/delimited_scanner.h"
-#include "formats/delimited/row_lengths.h"
+#include "formats/saving/row_lengths.h"
 #include "formats/saving/rows_in_place.h"
 
 namespace vek::formats {

@@ -54,7 +54,6 @@ struct ListLayout {
     static ListLayout of(std::string_view text);
 };
 
-constexpr const char* listLayoutName = "vek blank lines";
 /// The column of the events that stand otherwise.
 constexpr const char* blankLinesColumn = "Blank Lines";
 

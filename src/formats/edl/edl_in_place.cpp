@@ -11,7 +11,7 @@
 #include "formats/reading/table_builder.h"
 #include "formats/saving/patched_text.h"
 #include "formats/saving/rows_in_place.h"
-#include "formats/table_file/exact_cells.h"
+#include "formats/log/own_parameters.h"
 #include "formats/text/text_lines.h"
 
 namespace vek::formats {

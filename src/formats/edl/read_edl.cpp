@@ -4,6 +4,7 @@
 
 #include "formats/edl/blank_lines.h"
 #include "formats/edl/edl_lines.h"
+#include "formats/log/own_parameters.h"
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
 #include "formats/text/name_list.h"

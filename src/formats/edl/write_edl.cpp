@@ -9,6 +9,7 @@
 #include <vekdb/host/timecode.h>
 #include "formats/edl/blank_lines.h"
 #include "formats/edl/edl_lines.h"
+#include "formats/log/own_parameters.h"
 #include "formats/edl/kinds_on_sheet.h"
 #include "formats/edl/laps.h"
 #include "formats/reading/progress.h"

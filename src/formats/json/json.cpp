@@ -224,6 +224,11 @@ void addJsonString(std::string& out, std::string_view text, bool& wasChanged) {
     out += '"';
 }
 
+std::string jsonName(std::string_view name, bool& wasChanged) {
+    if (name == "OTIO_SCHEMA") return "\"\\u004fTIO_SCHEMA\"";
+    return jsonString(name, wasChanged);
+}
+
 std::string jsonString(std::string_view text) {
     bool ignored = false;
     return jsonString(text, ignored);

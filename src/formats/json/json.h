@@ -32,5 +32,7 @@ std::string jsonString(std::string_view text, bool& wasChanged);
 std::string jsonString(std::string_view text);
 /// The same behind another text.
 void addJsonString(std::string& out, std::string_view text, bool& wasChanged);
+/// A member's name. The one by which a timeline is told from rows is written with an escape.
+std::string jsonName(std::string_view name, bool& wasChanged);
 
 }  // namespace vek::formats

@@ -8,7 +8,6 @@
 #include "formats/json/json_text.h"
 #include "formats/reading/input.h"
 #include "formats/reading/progress.h"
-#include "formats/writing/reading_back.h"
 #include "formats/writing/sheet_facts.h"
 
 namespace vek::formats {

@@ -1,7 +1,6 @@
 #include "formats/json/json.h"
 #include "formats/reading/progress.h"
 #include "formats/writing/plain_lines.h"
-#include "formats/writing/reading_back.h"
 #include "formats/writing/sheet_facts.h"
 #include "formats/writing/write_formats.h"
 

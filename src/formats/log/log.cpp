@@ -9,7 +9,6 @@
 #include "formats/reading/documents.h"
 #include "formats/reading/input.h"
 #include "formats/reading/readers.h"
-#include "formats/table_file/table_places.h"
 #include "formats/text/suggestion.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/written_names.h"
@@ -186,7 +185,7 @@ void noteWhatCame(Log& log) {
     for (unsigned i = 0; i < log.table->get_num_params(); ++i) {
         source.parameters.push_back({log.table->get_param_name(i), log.table->get_param_text(i)});
     }
-    if (log.format == Format::table) notePlaces(log);
+    notePlacesAsRead(log);
 }
 
 }  // namespace

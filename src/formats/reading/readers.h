@@ -24,6 +24,10 @@ struct Text {
 /// "csv", "tsv" or "json"; "" where it does not seem so.
 std::string otherFormat(Format tried, std::string_view head);
 
+/// Notes where the rows stand in the file of a log that is to be changed, of a format in which only
+/// all of them together tell it.
+void notePlacesAsRead(Log& log);
+
 /// Leaves out rows of an undamaged file that do not hold the wanted "contains" conditions.
 void readTable(Input& input, const Wanted& wanted, Log& log);
 void readPlainCsv(Input& input, Log& log);

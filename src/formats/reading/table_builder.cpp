@@ -5,7 +5,7 @@
 
 #include <vekdb/formats/timecode.h>
 #include <vekdb/host/text_util.h>
-#include "formats/table_file/exact_cells.h"
+#include "formats/log/own_parameters.h"
 #include "formats/text/text_lines.h"
 
 namespace vek::formats {

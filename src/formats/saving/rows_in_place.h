@@ -5,7 +5,6 @@
 #include <string>
 #include <string_view>
 
-#include "formats/table_file/exact_cells.h"
 #include "formats/writing/writers.h"
 
 /// How the rows of one format are put in the place of others, each of which has lines of its own.

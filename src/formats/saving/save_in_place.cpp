@@ -4,7 +4,7 @@
 #include <cstring>
 #include <numeric>
 
-#include "formats/delimited/row_lengths.h"
+#include "formats/saving/row_lengths.h"
 #include "formats/formats.h"
 #include "formats/json/json_in_place.h"
 #include "formats/packed/packed.h"

@@ -4,7 +4,7 @@
 
 #include <vekdb/host/strxcmp.h>
 #include "formats/text/text_lines.h"
-#include "formats/timeline/exact_time.h"
+#include "formats/timecode/exact_time.h"
 #include "formats/timeline/timeline_rows.h"
 
 namespace vek::formats {

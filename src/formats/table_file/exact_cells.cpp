@@ -4,20 +4,19 @@
 
 #include <vekdb/host/text_file.h>
 #include <vekdb/host/text_util.h>
-#include "formats/edl/blank_lines.h"
+#include "formats/log/own_parameters.h"
 #include "formats/text/text_lines.h"
 
 namespace vek::formats {
 
 namespace {
 
-constexpr std::string_view noteName = "vek exact cells";
 constexpr std::size_t longestNote = 4000;  // a line's value holds 4094 bytes, name included
 constexpr std::size_t mostNotes = 38;
 
 std::string nameOf(std::size_t note) {
-    if (note == 0) return std::string(noteName);
-    return concat(noteName, " ", std::to_string(note + 1));
+    if (note == 0) return std::string(exactCellsName);
+    return concat(exactCellsName, " ", std::to_string(note + 1));
 }
 
 bool isPlain(char c) {
@@ -137,12 +136,6 @@ void restoreExactCells(Log& log) {
             rest.remove_prefix(std::min(end + 1, rest.size()));
         }
     }
-}
-
-bool isTableFilesOwn(std::string_view parameterName) {
-    const std::string_view name = trimmed(parameterName);
-    return sameText(name, "VEKDB") || sameText(name, "V5_FIELD_MAP") ||
-           sameText(name, listLayoutName) || sameText(name.substr(0, noteName.size()), noteName);
 }
 
 }  // namespace vek::formats

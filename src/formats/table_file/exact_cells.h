@@ -32,8 +32,4 @@ bool hasExactNotes(const Log& log);
 /// Puts noted values back into the cells.
 void restoreExactCells(Log& log);
 
-/// Whether a parameter is the table file's and not the log's own: it holds such notes, or the
-/// file's settings.
-bool isTableFilesOwn(std::string_view parameterName);
-
 }  // namespace vek::formats

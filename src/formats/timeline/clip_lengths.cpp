@@ -1,7 +1,7 @@
 #include "formats/timeline/clip_lengths.h"
 
 #include "formats/text/text_lines.h"
-#include "formats/timeline/exact_time.h"
+#include "formats/timecode/exact_time.h"
 #include "formats/timeline/timeline_rows.h"
 #include "formats/writing/sheet_facts.h"
 

@@ -10,7 +10,7 @@
 #include "formats/reading/table_builder.h"
 #include "formats/text/name_list.h"
 #include "formats/timecode/range_names.h"
-#include "formats/timeline/exact_time.h"
+#include "formats/timecode/exact_time.h"
 
 /// What the readers of timelines share: rows of cells by the names of their columns, and times
 /// as timecodes.

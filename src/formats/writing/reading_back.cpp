@@ -6,7 +6,6 @@
 #include <vekdb/host/text_util.h>
 #include "formats/delimited/delimiters.h"
 #include "formats/delimited/text_quotes.h"
-#include "formats/json/json.h"
 #include "formats/packed/packed.h"
 #include "formats/reading/decoding.h"
 #include "formats/reading/input.h"
@@ -232,27 +231,6 @@ bool standsAsFirstLine(std::string_view line, Format format) {
     const bool isMarked = look.hasMark || look.isPacked || !look.encoding.empty();
     return !text.empty() && !isMarked && std::string_view("{[<").find(text.front()) == text.npos &&
            look.format == format;
-}
-
-std::string jsonName(std::string_view name, bool& wasChanged) {
-    if (name == "OTIO_SCHEMA") return "\"\\u004fTIO_SCHEMA\"";
-    return jsonString(name, wasChanged);
-}
-
-void tellAleHeading(std::string_view heading, const std::vector<std::string>& names,
-                    const std::vector<ParameterText>& entries, Losses& losses) {
-    Log back;
-    Text text{TextBlock::create(heading.size()), 0};
-    std::copy(heading.begin(), heading.end(), text.block->data());
-    readAle(std::move(text), back);
-    for (unsigned i = 0; i < names.size(); ++i) {
-        if (i < back.columnCount() && back.columnName(i) == names[i]) continue;
-        losses.add("column names that read back as another text", inQuotes(names[i]));
-    }
-    for (const ParameterText& entry : entries) {
-        if (back.parameter(entry.name.c_str()) == entry.value) continue;
-        losses.add("heading entries that read back as another text", inQuotes(entry.name));
-    }
 }
 
 void tellNoUtf8(const Sheet& sheet, Losses& losses) {

@@ -8,8 +8,8 @@
 #include "formats/writing/sheet_facts.h"
 
 /// Whether what is about to be written will be read as what was meant: asked of the readers' own
-/// rules, here and nowhere else. A text that would come back as something else is written in a form
-/// that comes back, or it is refused, or it is told.
+/// rules. A text that would come back as something else is written in a form that comes back, or it
+/// is refused, or it is told.
 namespace vek::formats {
 
 class PatchedText;
@@ -67,14 +67,6 @@ bool isDelimiterSaid(const Log& log);
 /// Whether a first line of names stands for itself: nothing of it is passed over, and none of it is
 /// the mark of another format, of an encoding or of a packed file.
 bool standsAsFirstLine(std::string_view line, Format format);
-
-/// A member's name in JSON. The one by which a timeline is told from rows is written with an
-/// escape.
-std::string jsonName(std::string_view name, bool& wasChanged);
-
-/// Tells of names and entries that a reader of the heading of a log exchange file finds otherwise.
-void tellAleHeading(std::string_view heading, const std::vector<std::string>& names,
-                    const std::vector<ParameterText>& entries, Losses& losses);
 
 /// Tells of texts that are no UTF-8 where they are so many that a reader takes all of the file for
 /// text in another encoding. To be asked for a sheet that has some.

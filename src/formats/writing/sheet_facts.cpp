@@ -5,7 +5,7 @@
 #include <set>
 
 #include "formats/reading/input.h"
-#include "formats/table_file/exact_cells.h"
+#include "formats/log/own_parameters.h"
 #include "formats/text/text_lines.h"
 
 namespace vek::formats {

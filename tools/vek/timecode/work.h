@@ -11,7 +11,7 @@
 #include "formats/log/column_names.h"
 #include "formats/text/text_lines.h"
 #include "formats/timecode/counting.h"
-#include "formats/timeline/exact_time.h"
+#include "formats/timecode/exact_time.h"
 #include "formats/timeline/timeline_rows.h"
 #include "tools/vek/cli/edits.h"
 

@@ -1,4 +1,4 @@
-#include "formats/timeline/exact_time.h"
+#include "formats/timecode/exact_time.h"
 
 #include <charconv>
 #include <cmath>

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <limits>
 
-#include "formats/timeline/exact_time.h"
+#include "formats/timecode/exact_time.h"
 
 using vek::FrameRate;
 using vek::formats::ExactTime;

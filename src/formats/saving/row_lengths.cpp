@@ -1,4 +1,4 @@
-#include "formats/delimited/row_lengths.h"
+#include "formats/saving/row_lengths.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "formats/reading/signs.h"
+#include "formats/signs.h"
 
 #include <vekdb/host/text_util.h>
 #include "formats/delimited/delimiters.h"
