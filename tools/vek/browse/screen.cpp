@@ -4,10 +4,6 @@
 #define NCURSES_WIDECHAR 1
 #include <ncurses.h>
 
-#include <langinfo.h>
-#include <clocale>
-#include <cstring>
-
 #include "formats/text/width.h"
 #include "tools/vek/cli/terminal.h"
 
@@ -17,12 +13,6 @@ namespace {
 
 constexpr int shortestWait = 0;
 constexpr int longestWait = 500;  // milliseconds between looks at whether somebody ends the program
-
-// Texts are UTF-8 whatever the locale says.
-void chooseLocale() {
-    std::setlocale(LC_CTYPE, "");
-    if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) std::setlocale(LC_CTYPE, "C.UTF-8");
-}
 
 std::string utf8(wint_t character) {
     const auto code = static_cast<unsigned>(character);
@@ -89,7 +79,7 @@ std::string nameOfFunction(wint_t code) {
 class Terminal {
 public:
     explicit Terminal(bool hasColor) {
-        chooseLocale();
+        takeCharactersForUtf8();
         screen_ = ::newterm(nullptr, stdout, stdin);
         if (screen_ == nullptr) {
             throw Failure{wrongUsage,

@@ -3,11 +3,14 @@
 #ifdef __GLIBC__
 #include <malloc.h>
 #endif
+#include <langinfo.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <clocale>
+#include <cstring>
 #include <iterator>
 
 namespace vek {
@@ -35,6 +38,11 @@ TerminalSize terminalSize() {
     winsize size = {};
     if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) return {};
     return {size.ws_row, size.ws_col};
+}
+
+void takeCharactersForUtf8() {
+    std::setlocale(LC_CTYPE, "");
+    if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) std::setlocale(LC_CTYPE, "C.UTF-8");
 }
 
 std::size_t terminalWidth(std::size_t otherwise) {

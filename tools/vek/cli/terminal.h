@@ -25,6 +25,10 @@ TerminalSize terminalSize();
 /// Writes all of a text; 0, or the system's number of what went wrong.
 int writeTo(Stream stream, std::string_view text);
 
+/// Has the C library take the characters that are typed and shown for UTF-8, whatever the locale
+/// says.
+void takeCharactersForUtf8();
+
 /// A closed pipe is seen where it is written to, and does not end the program.
 void outliveClosedPipes();
 
