@@ -20,7 +20,7 @@ public:
     Export(const VDBBase& source, const ArrowExport& how)
         : how_(how),
           picture_(pictureOf(source, how.tags != ArrowTags::none)),
-          batches_(picture_, how) {}
+          batches_(picture_, how, mostBytesCounted(how)) {}
 
     int schema(ArrowSchema* out) {
         if (out == nullptr) return fail(EINVAL, "there is no place for the schema");
@@ -42,7 +42,9 @@ private:
     template <class Call>
     int guarded(Call call) noexcept;
     int fail(int code, const char* why) noexcept;
+    int failAt(std::size_t row, std::size_t column, int code, const char* why) noexcept;
     int refuse(const ArrowBadCell& cell) noexcept;
+    int refuse(const ArrowLongCell& cell) noexcept;
 
     const ArrowExport how_;
     const ArrowPicture picture_;
@@ -59,6 +61,8 @@ int Export::guarded(Call call) noexcept {
         return 0;
     } catch (const ArrowBadCell& cell) {
         return refuse(cell);
+    } catch (const ArrowLongCell& cell) {
+        return refuse(cell);
     } catch (...) {
         return fail(ENOMEM, "memory is exhausted");
     }
@@ -69,15 +73,31 @@ int Export::fail(int code, const char* why) noexcept {
     return code;
 }
 
-int Export::refuse(const ArrowBadCell& cell) noexcept {
-    const std::string& name = picture_.columns[cell.column].name;
+int Export::failAt(std::size_t row, std::size_t column, int code, const char* why) noexcept {
+    const std::string& name = picture_.columns[column].name;
     const auto length = static_cast<int>(std::min(name.size(), longestNameTold));
-    std::snprintf(error_, sizeof error_,
-                  "row %zu, column %zu \"%.*s\": byte %zu of the cell, 0x%02X, is no UTF-8, which "
-                  "texts of Arrow are: have such bytes replaced, or the columns handed over as "
-                  "binary",
-                  cell.row + 1, cell.column + 1, length, name.c_str(), cell.byte + 1, cell.value);
-    return EILSEQ;
+    std::snprintf(error_, sizeof error_, "row %zu, column %zu \"%.*s\": %s", row + 1, column + 1,
+                  length, name.c_str(), why);
+    return code;
+}
+
+int Export::refuse(const ArrowBadCell& cell) noexcept {
+    char why[200];
+    std::snprintf(why, sizeof why,
+                  "byte %zu of the cell, 0x%02X, is no UTF-8, which texts of Arrow are: have such "
+                  "bytes replaced, or the columns handed over as binary",
+                  cell.byte + 1, cell.value);
+    return failAt(cell.row, cell.column, EILSEQ, why);
+}
+
+int Export::refuse(const ArrowLongCell& cell) noexcept {
+    char why[240];
+    std::snprintf(why, sizeof why,
+                  "the cell takes %zu bytes, and texts whose places are counted in 32 bits take "
+                  "2147483647 at most: let a batch have more bytes of text than that, which makes "
+                  "the columns large texts",
+                  cell.bytes);
+    return failAt(cell.row, cell.column, EOVERFLOW, why);
 }
 
 Export& partsOf(ArrowArrayStream* stream) {

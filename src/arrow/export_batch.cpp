@@ -1,6 +1,7 @@
 #include "arrow/export_batch.h"
 
 #include <algorithm>
+#include <limits>
 #include <memory>
 #include <utility>
 
@@ -78,11 +79,26 @@ void makeWellFormed(ArrowTexts& texts, ArrowBytes bytes, std::size_t firstRow, s
     throw ArrowBadCell{firstRow + row, column, at, static_cast<unsigned char>(cell[at])};
 }
 
+// Each byte that is replaced becomes three, which have to be counted, too.
+std::uint64_t bytesTaken(const ArrowExport& how, std::uint64_t mostBytes) {
+    constexpr std::uint64_t replacement = 3;
+    return std::min(how.bytesPerBatch,
+                    how.bytes == ArrowBytes::replace ? mostBytes / replacement : mostBytes);
+}
+
 }  // namespace
 
-ArrowBatches::ArrowBatches(const ArrowPicture& picture, const ArrowExport& how)
+std::uint64_t mostBytesCounted(const ArrowExport& how) {
+    return hasLargeTexts(how) ? std::numeric_limits<std::int64_t>::max()
+                              : std::numeric_limits<std::int32_t>::max();
+}
+
+ArrowBatches::ArrowBatches(const ArrowPicture& picture, const ArrowExport& how,
+                           std::uint64_t mostBytes)
     : picture_(picture),
       how_(how),
+      mostBytes_(mostBytes),
+      bytesPerBatch_(bytesTaken(how, mostBytes)),
       values_(picture.columns.size()),
       sizes_(picture.columns.size()) {}
 
@@ -100,6 +116,12 @@ void ArrowBatches::rememberSizes(const std::vector<ArrowTexts>& columns) {
     for (std::size_t i = 0; i < columns.size(); ++i) sizes_[i] = columns[i].bytes.size();
 }
 
+// Rows that stand together are never too long together, so what is not counted is one cell.
+void ArrowBatches::requireCounted(const ArrowTexts& texts, std::size_t column) const {
+    const std::size_t bytes = texts.bytes.size();
+    if (bytes > mostBytes_) throw ArrowLongCell{next_, column, bytes};
+}
+
 // The row behind the last one that was taken.
 template <class Place>
 std::size_t ArrowBatches::fillWith(std::vector<ArrowTexts>& columns) {
@@ -112,13 +134,17 @@ std::size_t ArrowBatches::fillWith(std::vector<ArrowTexts>& columns) {
     for (; row < end; ++row) {
         picture_.rows[row].fieldViews(values_.data(), width);
         bytes += bytesOf(values_);
-        if (bytes > how_.bytesPerBatch && row != next_) break;
+        if (bytes > bytesPerBatch_ && row != next_) break;
         for (unsigned i = 0; i < width; ++i) {
             columns[i].bytes.append(values_[i]);
             columns[i].places.appendNumber(static_cast<Place>(columns[i].bytes.size()));
         }
     }
-    for (unsigned i = 0; i < width; ++i) makeWellFormed<Place>(columns[i], how_.bytes, next_, i);
+    for (unsigned i = 0; i < width; ++i) {
+        requireCounted(columns[i], i);
+        makeWellFormed<Place>(columns[i], how_.bytes, next_, i);
+        requireCounted(columns[i], i);
+    }
     return row;
 }
 

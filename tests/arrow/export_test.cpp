@@ -2,12 +2,15 @@
 
 #include <cerrno>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <vekdb/arrow/arrow.h>
 #include <vekdb/host/text_util.h>
+#include "arrow/export_batch.h"
+#include "arrow/picture.h"
 #include "arrow/reading.h"
 #include "testing/failing_allocator.h"
 #include "testing/random.h"
@@ -66,6 +69,29 @@ std::string firstCell(const ArrowArray& column) {
     const auto* places = static_cast<const std::int32_t*>(column.buffers[1]);
     const auto* bytes = static_cast<const char*>(column.buffers[2]);
     return {bytes, static_cast<std::size_t>(places[1])};
+}
+
+// The rows of each batch where places count 8 bytes of text, and the cell that was refused.
+struct Counted {
+    std::vector<std::int64_t> batches;
+    std::optional<ArrowLongCell> refused;
+};
+
+Counted countedToEight(const VDBBase& source, ArrowBytes bytes) {
+    const ArrowPicture picture = pictureOf(source, false);
+    ArrowBatches batches(picture, {.bytes = bytes}, 8);
+    Counted counted;
+    try {
+        while (!batches.isAtEnd()) {
+            ArrowArray batch = {};
+            batches.make(batch);
+            counted.batches.push_back(batch.length);
+            batch.release(&batch);
+        }
+    } catch (const ArrowLongCell& cell) {
+        counted.refused = cell;
+    }
+    return counted;
 }
 
 }  // namespace
@@ -178,6 +204,26 @@ TEST(ArrowExport, TextsAreLargeWhereABatchMayHoldMoreThanSmallOnesCan) {
             .fields[0]
             .format,
         "Z");
+}
+
+TEST(ArrowExport, NoBatchHasMoreTextThanItsPlacesCount) {
+    auto table = namedTable({"12345", "123", "\xFF\xFF", "\xFF", "1"});
+    EXPECT_THAT(countedToEight(*table, ArrowBytes::binary).batches, ElementsAre(2, 3));
+    EXPECT_THAT(countedToEight(*table, ArrowBytes::replace).batches, ElementsAre(1, 1, 1, 2));
+}
+
+TEST(ArrowExport, ACellThatPlacesDoNotCountIsRefused) {
+    const auto tooLong = countedToEight(*namedTable({"12345678", "123456789"}), ArrowBytes::refuse);
+    EXPECT_THAT(tooLong.batches, ElementsAre(1));
+    ASSERT_TRUE(tooLong.refused);
+    EXPECT_EQ(tooLong.refused->row, 1u);
+    EXPECT_EQ(tooLong.refused->bytes, 9u);
+    const auto grown = countedToEight(*namedTable({"a", "\xFF\xFF\xFF"}), ArrowBytes::replace);
+    EXPECT_THAT(grown.batches, ElementsAre(1));
+    ASSERT_TRUE(grown.refused);
+    EXPECT_EQ(grown.refused->row, 1u);
+    EXPECT_EQ(grown.refused->column, 0u);
+    EXPECT_EQ(grown.refused->bytes, 9u);
 }
 
 TEST(ArrowExport, ACellThatIsNoUtf8RefusesItsBatchAndIsNamed) {
