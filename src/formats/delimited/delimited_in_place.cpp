@@ -3,6 +3,7 @@
 #include <vekdb/host/split.h>
 #include "formats/delimited/delimited_lines.h"
 #include "formats/delimited/delimiters.h"
+#include "formats/delimited/quoted_lines.h"
 #include "formats/delimited/raw_cells.h"
 #include "formats/delimited/separated_in_place.h"
 #include "formats/delimited/text_quotes.h"
@@ -28,13 +29,15 @@ public:
     }
 
     void add(std::string& text, unsigned row, std::string_view piece) override {
-        const bool hasQuotes = piece.find('"') != piece.npos;
-        if (hasQuotes || hasTextQuotes_) return addByCells(text, row, piece);
-        const std::size_t came = piece.empty() ? 0 : cellsOf(piece).size();
-        const std::size_t count = lengthOf(row, came);
-        const std::string_view plain = plainLine(row, count);
+        const std::vector<std::string_view>& came = raw_.take(piece);
+        const std::size_t count = lengthOf(row, piece.empty() ? 0 : came.size());
+        const bool hasQuotes = !hasTextQuotes_ && piece.find('"') != piece.npos;
+        const std::string_view plain =
+            hasQuotes ? quotedLine(row, count, came) : plainLine(row, count);
         if (!plain.empty())
             text += plain;
+        else if (hasQuotes || hasTextQuotes_)
+            addByCells(text, row, count, came);
         else
             addDelimitedRow(text, rows(), row, count, separator(), saving().losses);
     }
@@ -116,9 +119,8 @@ private:
 
     // Cells that read as they did are written as they stood, others with quotes where they had
     // some.
-    void addByCells(std::string& text, unsigned row, std::string_view piece) {
-        const std::vector<std::string_view>& came = raw_.take(piece);
-        const std::size_t count = lengthOf(row, piece.empty() ? 0 : came.size());
+    void addByCells(std::string& text, unsigned row, std::size_t count,
+                    const std::vector<std::string_view>& came) {
         const std::size_t begin = text.size();
         for (std::size_t i = 0; i < count; ++i) {
             if (i > 0) text += separator();
@@ -167,8 +169,17 @@ private:
     // Empty where a cell needs more than to be copied, or some are left out.
     std::string_view plainLine(unsigned row, std::size_t count) {
         if (count < 2 || count != rows().columns.size()) return {};
-        if (!plain_) plain_.emplace(rows(), separator(), "\"\n\r");
+        if (!plain_) plain_.emplace(rows(), separator(), hasTextQuotes_ ? "\n\r" : "\"\n\r");
         return plain_->line(row, {});
+    }
+
+    // Empty also where the cells are not of the columns that came.
+    std::string_view quotedLine(unsigned row, std::size_t count,
+                                const std::vector<std::string_view>& came) {
+        const bool areSame = count == came.size() && count == rows().columns.size();
+        if (count < 2 || !areSame || !hasColumnsAsTheyCame_) return {};
+        if (!quoted_) quoted_.emplace(rows(), separator());
+        return quoted_->line(row, came);
     }
 
     // Without a heading columns are called by where they stand.
@@ -192,7 +203,9 @@ private:
     }
 
     bool hasTextQuotes_;
+    bool hasColumnsAsTheyCame_ = saving().hasColumnsAsTheyCame();
     std::optional<PlainLines> plain_;
+    std::optional<QuotedLines> quoted_;
     RawCells raw_;
     bool losesBlankRows_ = false;  // those that came would be none in the file
 };

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include <vekdb/byte_marks.h>
 
 namespace vek::formats {
 
@@ -20,10 +23,13 @@ public:
     bool isQuoted(std::string_view raw) const { return !hasTextQuotes_ && raw.starts_with('"'); }
 
 private:
-    std::size_t endOfCell(std::string_view piece, std::size_t at) const;
+    void look(std::string_view piece);
+    const char* endOfCell(const char* at, const char* end);
+    const char* behindQuoted(const char* at, const char* end);
 
     char separator_;
     bool hasTextQuotes_;
+    std::optional<ByteMarks> marks_;
     std::vector<std::string_view> cells_;
     std::string resolved_;
 };

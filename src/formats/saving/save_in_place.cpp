@@ -108,6 +108,7 @@ public:
         written_ = viewOf(log_, changedRows());
         const Sheet sheet{log_, written_, saving_.columns};
         form_->begin(sheet, all_);
+        saysBetween_ = form_->saysBetween();
         putHeading();
         Progress progress(log_.opening.watcher, "writing", all_.size());
         for (std::size_t i = 0; i < all_.size(); ++i) {
@@ -188,7 +189,7 @@ private:
     }
 
     void putBetween(Range range, std::optional<std::size_t> row) {
-        if (!form_->saysBetween()) return keep(range);
+        if (!saysBetween_) return keep(range);
         const std::string came(reader_.read(range));
         const std::string now = form_->between(came, row);
         if (!now.empty()) putEnd();
@@ -245,6 +246,7 @@ private:
     const std::vector<unsigned>& all_;
     SourceReader reader_;
     std::unique_ptr<RowsInPlace> form_;
+    bool saysBetween_ = false;
     VDBView written_;
     unsigned nextWritten_ = 0;
     std::size_t nextGap_ = 0;

@@ -64,6 +64,18 @@ TEST(RawCells, AreCutWhereTheyEnd) {
     EXPECT_EQ(cellsOf(""), (Cells{""}));
 }
 
+TEST(RawCells, AreThoseOfOnePieceAfterAnother) {
+    const std::string wide(100, 'x');
+    const std::string quoted = '"' + wide + '"';
+    const std::string line = wide + ',' + quoted + '\n';
+    RawCells cells(',', false);
+    EXPECT_EQ(cells.take("\"a,b\",c\n"), (Cells{"\"a,b\"", "c"}));
+    EXPECT_EQ(cells.take(line), (Cells{wide, quoted}));
+    EXPECT_EQ(cells.take({}), (Cells{""}));
+    EXPECT_EQ(cells.take("\""), (Cells{"\""}));
+    EXPECT_EQ(cells.take("a"), (Cells{"a"}));
+}
+
 TEST(RawCells, ReadAsAReaderOfTheFileTakesThem) {
     RawCells cells(',', false);
     EXPECT_TRUE(cells.reads("a", "a"));
