@@ -99,7 +99,7 @@ struct Cells {
     std::size_t next = 0;
 
     py::object take() {
-        const Hold hold(*column.log);
+        const Hold hold(*column.log, Hold::glance);
         const unsigned index = indexOf(column, hold);
         const std::size_t size = column.view ? column.view->rows(hold).size() : hold->size();
         if (next >= size) return {};

@@ -28,20 +28,20 @@ struct Walk {
     RowMaker maker = {};
 
     py::object take() {
-        const Hold hold(*log);
+        const Hold hold(*log, Hold::glance);
         if (next >= hold->size()) return {};
         return maker.row(log, hold->at(next++).index());
     }
 };
 
 Row rowAt(const Shared& log, py::ssize_t index) {
-    const Hold hold(*log);
+    const Hold hold(*log, Hold::glance);
     return {log, hold->at(placeOf(index, hold->size())).index()};
 }
 
 py::object get(const Shared& log, const py::object& key) {
     if (py::isinstance<py::slice>(key)) return py::cast(part(log, nullptr, key));
-    if (PyIndex_Check(key.ptr()) != 0) return py::cast(rowAt(log, indexIn(key)));
+    if (PyIndex_Check(key.ptr()) != 0) return newRow(rowAt(log, indexIn(key)));
     const Hold hold(*log);
     return py::cast(columnOf(log, hold.columnNamed(key), hold));
 }

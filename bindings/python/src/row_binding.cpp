@@ -24,7 +24,7 @@ unsigned lengthOf(const Row& row) {
 py::str get(const Row& row, py::handle column) {
     const bool isPlace = !PyUnicode_CheckExact(column.ptr()) && PyIndex_Check(column.ptr()) != 0;
     const py::ssize_t place = isPlace ? indexIn(column) : 0;
-    const Hold hold(*row.log);
+    const Hold hold(*row.log, Hold::glance);
     hold.requireRow(row.index);
     if (isPlace) {
         return strOf(hold.cell(row.index, placeOf(place, hold->columns().size())));
@@ -128,6 +128,17 @@ std::string shown(const py::object& self) {
 }
 
 }  // namespace
+
+// As py::cast does it, which looks for the type of what it is given by its name each time.
+py::object newRow(Row row) {
+    static const py::detail::type_info* const type = py::detail::get_type_info(typeid(Row));
+    py::object made = py::reinterpret_steal<py::object>(py::detail::make_new_instance(type->type));
+    auto* const instance = reinterpret_cast<py::detail::instance*>(made.ptr());
+    instance->get_value_and_holder().value_ptr() = new Row(std::move(row));
+    instance->owned = true;
+    type->init_instance(instance, nullptr);
+    return made;
+}
 
 void bindRow(py::module_& module) {
     py::class_<Row> row(module, "Row",

@@ -10,13 +10,15 @@ namespace vekpy {
 class RowMaker {
 public:
     py::object row(const Shared& log, unsigned index) {
-        py::object& made = made_[turn_];
+        py::object& kept = made_[turn_];
         turn_ = 1 - turn_;
-        if (made && isKeptHereAlone(made)) {
-            valueIn<Row>(made.ptr()).index = index;
-        } else {
-            made = py::cast(Row{log, index});
+        if (kept && isKeptHereAlone(kept)) {
+            valueIn<Row>(kept.ptr()).index = index;
+            return kept;
         }
+        // The end of the one before may call code of Python, which may walk on.
+        py::object made = newRow({log, index});
+        kept = made;
         return made;
     }
 

@@ -71,6 +71,9 @@ std::vector<unsigned> shownRows(const Hold& hold);
 /// A view of the library that shows these rows.
 vek::View viewOf(const Hold& hold, const std::vector<unsigned>& rows);
 
+/// A new object of Python for a row.
+py::object newRow(Row row);
+
 void bindRow(py::module_& module);
 
 }  // namespace vekpy

@@ -33,7 +33,8 @@ bool Hold::threadHolds() {
     return holdsOfThread != 0;
 }
 
-Hold::Hold(SharedLog& shared, bool atOnce) : shared_(shared) {
+void Hold::take(bool atOnce) {
+    SharedLog& shared = shared_;
     if (shared.holder_ == std::this_thread::get_id()) raiseInUse();
     if (!shared.turn_.try_lock()) {
         if (atOnce) raiseInUse();

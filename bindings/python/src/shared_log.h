@@ -55,8 +55,19 @@ using Shared = std::shared_ptr<SharedLog>;
 class Hold {
 public:
     explicit Hold(SharedLog& shared) : Hold(shared, threadHolds()) {}
-    Hold(SharedLog& shared, bool atOnce);
-    ~Hold() { release(); }
+    Hold(SharedLog& shared, bool atOnce) : shared_(shared) { take(atOnce); }
+    /// For a reading that neither lets go of the interpreter's lock nor runs code of Python, which
+    /// might, before it has what it reads: a log that nobody has is nobody's until then, so it is
+    /// read without a turn. Whoever has it set `holder_` with that lock.
+    enum Glance { glance };
+    Hold(SharedLog& shared, Glance) : shared_(shared) {
+        isTaken_ =
+            shared.holder_.load(std::memory_order_relaxed) != std::thread::id() || !shared.log_;
+        if (isTaken_) take(threadHolds());
+    }
+    ~Hold() {
+        if (isTaken_) release();
+    }
     Hold(const Hold&) = delete;
     Hold& operator=(const Hold&) = delete;
 
@@ -87,10 +98,12 @@ public:
     void close() const;
 
 private:
+    void take(bool atOnce);
     void release();
     unsigned lookUp(py::handle name) const;
 
     SharedLog& shared_;
+    bool isTaken_ = true;
 };
 
 /// Turns with several logs, taken in an order that all threads keep.

@@ -38,7 +38,7 @@ struct Walk {
     RowMaker maker = {};
 
     py::object take() {
-        const Hold hold(*view->log());
+        const Hold hold(*view->log(), Hold::glance);
         const std::vector<unsigned>& rows = view->rows(hold);
         if (next >= rows.size()) return {};
         return maker.row(view->log(), rows[next++]);

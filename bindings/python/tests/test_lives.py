@@ -117,6 +117,38 @@ def test_threads_share_a_log() -> None:
     assert len(log) == 1000
 
 
+def test_single_cells_are_read_while_another_thread_has_the_log() -> None:
+    log = big(20000)
+    row, column = log[7], log["Take"]
+    ends = threading.Event()
+
+    def sorts() -> None:
+        for n in range(10):
+            log.sorted("Scene", "Take", reverse=n % 2 == 1).to_bytes("csv")
+            log.append({"Take": str(20000 + n)})
+            row["Notes"] = "much longer than it was " * n
+        ends.set()
+
+    def asks() -> None:
+        while not ends.is_set():
+            assert row["Take"] == log[7]["Take"] == column[7] == "7"
+            assert row["Notes"] == "note 7" or "longer" in row["Notes"] or row["Notes"] == ""
+            assert next(iter(log)).index == 0
+            assert next(iter(column)) == "0"
+
+    run(sorts, asks, asks)
+
+
+def test_a_walk_goes_on_where_the_end_of_a_row_walks_too() -> None:
+    log = big(10)
+    walk = iter(log)
+    seen: "list[int]" = []
+    watched = [weakref.ref(next(walk), lambda _: seen.append(next(walk).index))]
+    rest = [row.index for row in walk]
+    assert sorted(seen + rest) == list(range(1, 10))
+    assert len(watched) == 1
+
+
 def test_logs_are_joined_by_threads_in_both_directions() -> None:
     a, b = big(300), big(300)
 
