@@ -37,7 +37,9 @@ std::string_view QuotedLines::line(unsigned row, const std::vector<std::string_v
         quoted += isQuoted;
     }
     const std::string_view line(begin, static_cast<std::size_t>(to - begin) - 1);
-    return isPlain(line, quoted) ? line : std::string_view();
+    if (!hasQuotesAroundCellsAlone(line, quoted)) return {};
+    const bool isPlain = quoted == row_.size() || arePlainOutside(line, cells, came);
+    return isPlain ? line : std::string_view();
 }
 
 // For each cell two quotes and a separator.
@@ -48,13 +50,21 @@ char* QuotedLines::makeRoom(const std::string_view* cells) {
     return line_.data();
 }
 
-// No quotes but those around cells, and no byte that is told of or that a byte order mark begins
-// with. Where cells stand without quotes, separators and ends of lines are no part of any.
-bool QuotedLines::isPlain(std::string_view line, std::size_t quoted) const {
+// Nor is there a byte that is told of or that a byte order mark begins with.
+bool QuotedLines::hasQuotesAroundCellsAlone(std::string_view line, std::size_t quoted) const {
     constexpr ByteMarks::Kinds never = {'\0', byteOrderMark[0], '\0', byteOrderMark[0]};
-    if (countOf(line, never) != 0) return false;
-    if (quoted == row_.size()) return countOf(line, {'"', '"', '"', '"'}) == 2 * quoted;
-    return countOf(line, {'"', separator_, '\n', '\r'}) == 2 * quoted + row_.size() - 1;
+    return countOf(line, never) == 0 && countOf(line, {'"', '"', '"', '"'}) == 2 * quoted;
+}
+
+// Whether separators and ends of lines are part of cells between quotes alone.
+bool QuotedLines::arePlainOutside(std::string_view line, const std::string_view* cells,
+                                  const std::vector<std::string_view>& came) const {
+    const ByteMarks::Kinds marks = {separator_, separator_, '\n', '\r'};
+    std::size_t allowed = row_.size() - 1;
+    for (std::size_t i = 0; i < row_.size(); ++i) {
+        if (came[i].starts_with('"')) allowed += countOf(cells[i], marks);
+    }
+    return countOf(line, marks) == allowed;
 }
 
 }  // namespace vek::formats

@@ -20,7 +20,9 @@ public:
 
 private:
     char* makeRoom(const std::string_view* cells);
-    bool isPlain(std::string_view line, std::size_t quoted) const;
+    bool hasQuotesAroundCellsAlone(std::string_view line, std::size_t quoted) const;
+    bool arePlainOutside(std::string_view line, const std::string_view* cells,
+                         const std::vector<std::string_view>& came) const;
 
     SheetRow row_;
     char separator_;
