@@ -45,8 +45,9 @@ Command sortCommand() {
     return {
         "sort",
         "put the rows of a log in order",
-        "Sorts the rows by one column or several, as vek show --sort does: numbers and timecodes "
-        "by value, case ignored, empty cells last; rows that are the same there keep their order. "
+        "Sorts the rows by one column or several, as vek show --sort does: digits by their value, "
+        "timecodes by frame, case ignored, empty cells last. 01 comes in front of 1, a point and a "
+        "sign count as characters; rows that are the same there keep their order. "
         "No cell changes, and tags stay with their rows.",
         {{"vek sort log.vek --by Scene,Take", "in place"},
          {"vek sort log.vek --by 'Start time' -o by_time.csv", "into another file"},
