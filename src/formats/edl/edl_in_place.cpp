@@ -13,6 +13,7 @@
 #include "formats/saving/rows_in_place.h"
 #include "formats/log/own_parameters.h"
 #include "formats/text/text_lines.h"
+#include "formats/text/utf8.h"
 
 namespace vek::formats {
 
@@ -93,7 +94,8 @@ private:
 
 Log readAgain(std::string_view bytes) {
     Log log;
-    Text text{TextBlock::create(bytes.size()), 0};
+    const std::size_t start = bytes.starts_with(byteOrderMark) ? byteOrderMark.size() : 0;
+    Text text{TextBlock::create(bytes.size()), start};
     std::copy(bytes.begin(), bytes.end(), text.block->data());
     readEdl(std::move(text), log);
     return log;
@@ -538,8 +540,6 @@ private:
         }
         return concat(text.substr(0, at), name, ": ", value, end_, text.substr(at));
     }
-
-    static constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
     Saving saving_;
     EdlRows now_;

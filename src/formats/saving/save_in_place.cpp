@@ -14,6 +14,7 @@
 #include "formats/saving/rows_in_place.h"
 #include "formats/table_file/table_rewriting.h"
 #include "formats/text/text_lines.h"
+#include "formats/text/utf8.h"
 #include "formats/writing/reading_back.h"
 
 namespace vek::formats {
@@ -157,7 +158,7 @@ private:
         const bool hasEnd = isReadByLibrary(log_.format) && endOfLine(came).ends_with('\n');
         end_ = log_.lineEnd == LineEnd::lf && hasEnd ? std::string(endOfLine(came))
                                                      : bytesOf(log_.lineEnd);
-        if (!now.empty()) noteEnd(now);
+        if (!now.empty() && now != byteOrderMark) noteEnd(now);
         if (now == came)
             keep(places_.heading());
         else
