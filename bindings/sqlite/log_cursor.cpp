@@ -20,7 +20,13 @@ void LogCursor::next() {
 }
 
 void LogCursor::skip() {
+    record_ = nullptr;
     while (!isAtEnd() && !takes()) ++at_;
+}
+
+const dbrecord& LogCursor::record() const {
+    if (record_ == nullptr) record_ = image_->record(row());
+    return *record_;
 }
 
 bool LogCursor::takes() const {
@@ -34,7 +40,7 @@ void LogCursor::column(sqlite3_context* context, int column) const {
     // What an UPDATE leaves as it is need not be said.
     if (sqlite3_vtab_nochange(context) != 0) return;
     if (column >= 0 && column < columns.number()) {
-        answerText(context, image_->cell(row(), static_cast<unsigned>(column)));
+        answerText(context, image_->cellOf(record(), static_cast<unsigned>(column)));
     } else if (column == columns.number()) {
         sqlite3_result_int64(context, rowid());
     } else if (column == columns.line()) {

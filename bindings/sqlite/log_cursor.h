@@ -26,6 +26,7 @@ public:
 private:
     unsigned row() const { return isList_ ? rows_[at_] : at_; }
     void skip();
+    const dbrecord& record() const;
     bool takes() const;
 
     LogTable& table_;
@@ -33,6 +34,7 @@ private:
     std::vector<RowFilter> filter_;  // one, or none
     std::vector<unsigned> rows_;     // that are gone over, where isList_
     bool isList_ = false;
+    mutable const dbrecord* record_ = nullptr;  // of the row, once a cell of it was asked for
     unsigned at_ = 0;
     unsigned end_ = 0;
 };

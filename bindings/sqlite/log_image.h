@@ -31,7 +31,12 @@ public:
         return row < rowCount() && (row >= gone_.size() || !gone_[row]);
     }
     std::string_view cell(unsigned row, unsigned column) const {
-        return table().get_record(row)->fieldView(placeOf(column));
+        return cellOf(*record(row), column);
+    }
+    /// It stays where it is as long as the image, whatever becomes of its row.
+    const dbrecord* record(unsigned row) const { return table().get_record(row); }
+    std::string_view cellOf(const dbrecord& record, unsigned column) const {
+        return record.fieldView(placeOf(column));
     }
     std::size_t lineOf(unsigned row) const { return log_.at(row).line(); }
     bool isTagged(unsigned row) const { return log_.at(row).isTagged(); }
