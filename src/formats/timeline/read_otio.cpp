@@ -10,6 +10,7 @@
 #include "formats/json/json_tree.h"
 #include "formats/json/number_words.h"
 #include "formats/text/text_lines.h"
+#include "formats/timecode/counting.h"
 #include "formats/timecode/timecode_form.h"
 #include "formats/timeline/edit_events.h"
 #include "formats/timeline/time_warps.h"
@@ -288,8 +289,18 @@ private:
         for (const auto& [name, value] : tree_.members(tree_.find(own, "parameters"))) {
             rows_.restoreParameter(tree_.line(value), name, tree_.text(value));
         }
+        restoreRate(own);
+    }
+
+    // The one that the log had, or was given where it became a timeline: its times were counted so.
+    void restoreRate(Node own) {
         const std::optional<FrameRate> rate = parseFrameRate(textOf(own, "rate"));
-        if (rate) rate_ = rate;
+        if (!rate) return;
+        rate_ = rate;
+        if (!log_.parameter("FPS").empty()) return;
+        FrameRate said = *rate;
+        if (said.counting == countingOfFcm(log_.parameter("FCM"))) said.counting = Counting::unsaid;
+        rows_.restoreParameter(tree_.line(own), "FPS", rateText(said));
     }
 
     bool drops() const { return rate_->counting == Counting::dropFrame; }
