@@ -31,7 +31,7 @@ class Tags {
 public:
     /// No row is tagged at first.
     explicit Tags(Log& log)
-        : log_(log), column_(log.table->get_fieldnum("Tag")), tags_(log.rowCount()) {}
+        : log_(log), column_(log.findColumn("Tag")), tags_(log.rowCount()) {}
 
     /// As the column says.
     void load() {
