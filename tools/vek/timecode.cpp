@@ -63,8 +63,8 @@ std::vector<unsigned> onlyPair(const Log& log) {
     if (pairs.size() == 1) return {pairs[0].start, pairs[0].end};
     std::string names;
     for (const RangeColumns& pair : pairs) {
-        names += concat(names.empty() ? "" : "; ", log.columnName(pair.start), ",",
-                        log.columnName(pair.end));
+        names += concat(names.empty() ? "" : "; ", ownNameOf(log, pair.start), ",",
+                        ownNameOf(log, pair.end));
     }
     throw Failure{wrongUsage, log.name + ": " +
                                   (pairs.empty() ? std::string("no pair of start and end columns")

@@ -90,17 +90,23 @@ const RepeatedName* repeatedNameOf(const Log& log, unsigned column) {
     return place == log.repeatedAt.end() ? nullptr : &log.repeatedNames[place->second];
 }
 
+std::size_t turnOf(const Log& log, unsigned column) {
+    const RepeatedName* const repeated = repeatedNameOf(log, column);
+    if (repeated == nullptr) return 1;
+    const auto& all = repeated->columns;
+    const auto before = std::lower_bound(all.begin(), all.end(), column) - all.begin();
+    return static_cast<std::size_t>(before) + 1;
+}
+
 std::string ownNameOf(const Log& log, unsigned column) {
     const std::string name = log.columnName(column);
     const RepeatedName* const repeated = repeatedNameOf(log, column);
     if (repeated == nullptr) return name.empty() ? unnamedAddress : name;
-    const auto& all = repeated->columns;
-    const auto turn =
-        static_cast<std::size_t>(std::lower_bound(all.begin(), all.end(), column) - all.begin());
-    const std::string own = numbered(log, *repeated, turn);
+    const std::size_t turn = turnOf(log, column);
+    const std::string own = numbered(log, *repeated, turn - 1);
     // Another column may be called so itself.
     if (log.findColumn(own) == noColumn) return own;
-    return concat(inBrackets(name), "#", std::to_string(turn + 1));
+    return concat(inBrackets(name), "#", std::to_string(turn));
 }
 
 std::string choicesOf(const Log& log, const RepeatedName& repeated) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -32,6 +33,9 @@ void noteRepeatedNames(Log& log);
 
 /// The repeated name of a column; null where only this one has its name.
 const RepeatedName* repeatedNameOf(const Log& log, unsigned column);
+
+/// Which of the columns with its name a column is: 1 for the first, and for the only one.
+std::size_t turnOf(const Log& log, unsigned column);
 
 /// The name by which a log finds a column among all: its own, with its turn where others have it.
 std::string ownNameOf(const Log& log, unsigned column);

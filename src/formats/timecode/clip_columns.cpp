@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include <vekdb/host/text_util.h>
+#include "formats/log/column_names.h"
 #include "formats/text/letters.h"
 #include "formats/text/text_lines.h"
 #include "formats/timecode/range_names.h"
@@ -37,10 +38,13 @@ std::vector<std::string_view> wordsOf(std::string_view name) {
     return words;
 }
 
-unsigned firstOf(const Log& log, const std::vector<std::string>& names) {
+// The other column of a pair: of several that have its name the one of the same turn, so that the
+// second Start goes with the second End.
+unsigned otherOf(const Log& log, unsigned column, const std::vector<std::string>& names) {
+    const std::size_t turn = turnOf(log, column);
     for (const std::string& name : names) {
-        const unsigned column = log.findColumn(name);
-        if (column != noColumn) return column;
+        const unsigned other = columnOfTurn(log, name, turn);
+        if (other != noColumn) return other;
     }
     return noColumn;
 }
@@ -101,16 +105,16 @@ bool isTimeline(const Log& log) {
 
 RangeColumns rangeOf(const Log& log, unsigned column) {
     const std::string name = log.columnName(column);
-    const unsigned end = firstOf(log, endNamesFor(name));
+    const unsigned end = otherOf(log, column, endNamesFor(name));
     if (end != noColumn) return {column, end};
-    const unsigned start = firstOf(log, startNamesFor(name));
+    const unsigned start = otherOf(log, column, startNamesFor(name));
     return start == noColumn ? RangeColumns{noColumn, noColumn} : RangeColumns{start, column};
 }
 
 std::vector<RangeColumns> rangeColumns(const Log& log) {
     std::vector<RangeColumns> pairs;
     for (unsigned column = 0; column < log.columnCount(); ++column) {
-        unsigned end = firstOf(log, endNamesFor(log.columnName(column)));
+        unsigned end = otherOf(log, column, endNamesFor(log.columnName(column)));
         if (end != noColumn && end != column) pairs.push_back({column, end});
     }
     return pairs;
