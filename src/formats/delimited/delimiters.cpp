@@ -20,6 +20,16 @@ constexpr char delimiters[] = {',', ';', '\t', '|'};
 constexpr std::pair<std::string_view, char> delimiterNames[] = {
     {"comma", ','}, {"semicolon", ';'}, {"tab", '\t'}, {"pipe", '|'}};
 
+// "00;02" of the timecode "01:00:00;02", whose drop-frame counting a semicolon says.
+bool isOfTimecode(std::string_view text, std::size_t semicolon) {
+    constexpr std::string_view front = "00:00:00";
+    if (semicolon < front.size()) return false;
+    const std::string_view timecode = text.substr(semicolon - front.size(), front.size() + 3);
+    constexpr std::string_view form = "00:00:00;00";
+    return std::equal(timecode.begin(), timecode.end(), form.begin(), form.end(),
+                      [](char c, char like) { return like == '0' ? isAsciiDigit(c) : c == like; });
+}
+
 // How many cells the first records have by a delimiter. The record at which the text is cut, by
 // whoever gave it or here, does not count.
 class Counts {
@@ -38,6 +48,8 @@ public:
             isCellBegin = !isQuoted && (isQuote || c == delimiter || c == '\n' || c == '\r');
             if (isQuoted) continue;
             if (c == delimiter) ++cells;
+            if (c == delimiter && counts_.empty() && !separates_)
+                separates_ = c != ';' || !isOfTimecode(sample, at);
             if (c != '\n' && c != '\r') continue;
             const bool isFeedOfBoth = c == '\n' && at > 0 && sample[at - 1] == '\r';
             const bool isBlank = cells == 1 && (at == 0 || isLineEnd(sample[at - 1]));
@@ -49,6 +61,9 @@ public:
     }
 
     std::size_t heading() const { return counts_.empty() ? 0 : counts_.front(); }
+    /// Whether the heading is several cells, and not by the semicolons of timecodes alone, as the
+    /// first row of a file without a heading may have them.
+    bool separates() const { return heading() > 1 && separates_; }
     std::size_t rows() const { return counts_.empty() ? 0 : counts_.size() - 1; }
     std::size_t rowsLikeHeading() const {
         if (counts_.empty()) return 0;
@@ -66,6 +81,7 @@ private:
     static bool isLineEnd(char c) { return c == '\n' || c == '\r'; }
 
     std::vector<std::size_t> counts_;
+    bool separates_ = false;
 };
 
 // What the commas are that stand free, where cells may be separated by another mark.
@@ -98,7 +114,7 @@ struct FreeCommas {
 char insteadOfComma(std::string_view text, bool isWhole, const Counts& commas) {
     for (char mark : {';', '\t', '|'}) {
         const Counts counts(text, isWhole, mark);
-        if (counts.heading() < 2 || counts.rowsLikeHeading() != counts.rows()) continue;
+        if (!counts.separates() || counts.rowsLikeHeading() != counts.rows()) continue;
         const FreeCommas free(text, mark);
         const bool isSemicolon = mark == ';' && free.areInNumbers;
         if (isSemicolon || (free.areInTexts && counts.heading() > commas.heading())) return mark;
@@ -133,7 +149,7 @@ char foundDelimiter(std::string_view text, bool isWhole, char usual) {
         const bool isLikely = own.heading() > 1 ? alike == counts.rows() && alike > 0
                                                 : alike * 2 >= counts.rows() || counts.splitsAll();
         const std::pair rank(alike, counts.heading());
-        if (delimiter == usual || counts.heading() < 2 || !isLikely || rank <= most) continue;
+        if (delimiter == usual || !counts.separates() || !isLikely || rank <= most) continue;
         best = delimiter;
         most = rank;
     }
@@ -154,7 +170,7 @@ std::size_t cellsBehindFirstLine(std::string_view text) {
         // Two keywords with a semicolon between them may be the values of one column.
         const std::size_t fewest = mark == '\t' ? 2 : 3;
         const bool areAlike = counts.rows() > 0 && counts.rowsLikeHeading() == counts.rows();
-        if (counts.heading() >= fewest && areAlike) return counts.heading();
+        if (counts.separates() && counts.heading() >= fewest && areAlike) return counts.heading();
     }
     return 0;
 }
@@ -168,8 +184,7 @@ std::optional<char> delimiterOfLine(std::string_view line) {
 bool isDelimited(std::string_view text, bool isWhole) {
     return std::any_of(std::begin(delimiters), std::end(delimiters), [&](char delimiter) {
         const Counts counts(text, isWhole, delimiter);
-        return counts.heading() > 1 && counts.rows() > 0 &&
-               counts.rowsLikeHeading() == counts.rows();
+        return counts.separates() && counts.rows() > 0 && counts.rowsLikeHeading() == counts.rows();
     });
 }
 

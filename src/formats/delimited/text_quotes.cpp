@@ -26,6 +26,7 @@ public:
     }
 
     bool areText() {
+        if (isHeadingOfLines()) return false;
         for (std::size_t quote = text_.find('"'); quote < text_.size();
              quote = text_.find('"', quote)) {
             quote = beginsCell(quote) ? behindQuoted(quote) : behindPlain(quote);
@@ -70,6 +71,42 @@ private:
         }
         isNeeded_ = isDoubled || isOfSeveral || begin < heading_.end;
         return at + 1;
+    }
+
+    // A record as it is where quotes are no text.
+    struct Record {
+        std::size_t end = 0;
+        std::size_t cells = 1;
+        bool isQuotedWell = true;  // each cell that begins with a quote ends with another one
+    };
+
+    Record recordAt(std::size_t at) const {
+        Record record;
+        for (;; ++at, ++record.cells) {
+            const bool isQuoted = at < text_.size() && text_[at] == '"';
+            if (isQuoted) at = behindClosing(at + 1);
+            if (isQuoted && (text_[at - 1] != '"' || !endsCell(at))) record.isQuotedWell = false;
+            record.end = at = endOfCell(at);
+            if (at == text_.size() || text_[at] != delimiter_) return record;
+        }
+    }
+
+    std::size_t behindClosing(std::size_t at) const {
+        for (; (at = text_.find('"', at)) < text_.size(); at += 2) {
+            if (at + 1 == text_.size() || text_[at + 1] != '"') return at + 1;
+        }
+        return text_.size();
+    }
+
+    // Whether a name has an end of a line between its quotes, and what follows has a cell for each
+    // name that there is then, other than the first line.
+    bool isHeadingOfLines() const {
+        if (text_.substr(0, heading_.end).find('"') == text_.npos) return false;
+        const Record heading = recordAt(0);
+        if (!heading.isQuotedWell || heading.end <= heading_.end) return false;
+        if (heading.cells == heading_.cells) return false;
+        const std::size_t next = text_.find_first_not_of("\r\n", heading.end);
+        return next == text_.npos || recordAt(next).cells == heading.cells;
     }
 
     bool hasDelimiter(std::size_t begin, std::size_t end) const {

@@ -39,6 +39,15 @@ TEST(TextQuotes, AreNotThoseOfCellsThatNeedThem) {
     EXPECT_FALSE(hasTextQuotes("Name,Note\nA,5\" lens\n", ','));
 }
 
+TEST(TextQuotes, AreNotThoseAroundANameOfSeveralLines) {
+    EXPECT_FALSE(areText("Name\t\"Scene\nno\"\tTake\nA1\t12\t1\n"));
+    EXPECT_FALSE(areText("Name\t\"Scene\r\nno\"\tTake\r\nA1\t12\t1\r\n"));
+    EXPECT_FALSE(areText("Name\t\"Scene\nno\"\tTake\n"));
+    EXPECT_FALSE(areText("Name\t\"Scene\n\"\"no\"\"\"\tTake\nA1\t5\" lens\t1\n"));
+    EXPECT_TRUE(areText("Name\t\"Note\nA\tx\"\nB\ty\n"));
+    EXPECT_TRUE(areText("Name\t\"Note\nA\tx\n"));
+}
+
 TEST(TextQuotes, OfLongLinesAreLookedAtOnce) {
     std::string text = "a\tb\n";
     while (text.size() < (1 << 20)) text += "\"\t\"\t";
