@@ -5,6 +5,7 @@
 #include "formats/reading/progress.h"
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
+#include "formats/text/encoding.h"
 #include "formats/text/name_list.h"
 
 namespace vek::formats {
@@ -118,10 +119,24 @@ private:
         const std::string_view rest(accepted_,
                                     static_cast<std::size_t>(builder_.textEnd() - accepted_));
         const JsonFault fault = faultOfJsonRows(before_, rest, acceptedLine_);
+        if (isOtherEncoding(fault.found, rest)) refuseEncoding(fault);
         throw Failure{
             unreadable,
             log_.name,
             {fault.line, "", fromTheText(fault.found), "JSON objects of names and values", ""}};
+    }
+
+    // Whether a string ends at bytes that are no UTF-8. What was found may end within a character
+    // of a text that is.
+    static bool isOtherEncoding(std::string_view found, std::string_view text) {
+        return found.starts_with("\"\"") && !isWellFormedUtf8(found) && !isWellFormedUtf8(text);
+    }
+
+    [[noreturn]] void refuseEncoding(const JsonFault& fault) const {
+        throw Failure{unreadable,
+                      log_.name,
+                      {fault.line, "", concat("bytes that are no UTF-8 in ", fault.found), "UTF-8",
+                       concat("say what the file is with ", log_.opening.terms->encoding)}};
     }
 
     // What was found begins with what was only taken to stand in front.
