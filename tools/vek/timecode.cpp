@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "formats/log/column_names.h"
 #include "formats/text/text_lines.h"
 #include "formats/timecode/clip_columns.h"
@@ -91,16 +93,41 @@ std::vector<unsigned> columnsFor(const Log& log, const Args& args) {
     return args.text("ACTION") == "conform" ? timeColumns(log) : onlyPair(log);
 }
 
+bool hasTimes(const Log& log, unsigned column) {
+    for (unsigned row = 0; row < log.rowCount(); ++row) {
+        if (parseTimecode(trimmed(log.cell(row, column)))) return true;
+    }
+    return false;
+}
+
+// A log has one rate, and times that were left out count at another one from then on.
+void tellLeftOut(const Work& work, const std::vector<unsigned>& columns, const std::string& rate) {
+    std::string names;
+    for (unsigned column : timeColumns(work.log)) {
+        const bool isLeftOut = std::find(columns.begin(), columns.end(), column) == columns.end();
+        if (!isLeftOut || !hasTimes(work.log, column)) continue;
+        names += concat(names.empty() ? "" : ", ", ownNameOf(work.log, column));
+    }
+    if (names.empty()) return;
+    say(concat(work.log.name, ": --columns leaves out ", names, ", with times at ",
+               rateText(*work.counting.rate()), " in a log of ", rate));
+}
+
+void conform(Work& work, const Args& args) {
+    const std::vector<unsigned> columns = columnsFor(work.log, args);
+    timecode::conform(work, columns, args);
+    const FrameRate to = *parseFrameRate(args.text("BY"));
+    tellLeftOut(work, columns, rateText(to));
+    timecode::Speeds(work, to.nominal).move();
+}
+
 void change(Work& work, const Args& args) {
     std::string action = args.text("ACTION");
     if (action == "shift") {
         timecode::shift(work, columnsFor(work.log, args), args.text("BY"));
         return timecode::Speeds(work, work.counting.nominal()).move();
     }
-    if (action == "conform") {
-        timecode::conform(work, columnsFor(work.log, args), args);
-        return timecode::Speeds(work, parseFrameRate(args.text("BY"))->nominal).move();
-    }
+    if (action == "conform") return conform(work, args);
     if (action == "duration") return timecode::durations(work, args);
     timecode::ends(work, args);
 }
