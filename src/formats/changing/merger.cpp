@@ -6,6 +6,7 @@
 
 #include <vekdb/formats/timecode.h>
 #include <vekdb/host/keyed_hash.h>
+#include <vekdb/host/text_util.h>
 #include <vekdb/host/timecode.h>
 #include "formats/choosing/select.h"
 #include "formats/comparing/timecode_marks.h"
@@ -83,6 +84,17 @@ void refuseOtherCounting(const Log& into, const Log& from) {
                                         joinedAllTheSame(into))};
 }
 
+// How the events of an edit list count, where those of the list that they come behind do not count
+// so: an edit list says that in front of any event. "" where nothing is to be said.
+std::string otherCountingOf(const Log& into, const Log& from) {
+    if (into.format != Format::edl || from.format != Format::edl) return {};
+    std::string theirs = from.parameter("FCM");
+    const Counting said = countingOfFcm(theirs);
+    const Counting ours = countingOfFcm(into.parameter("FCM"));
+    const bool areBothSaid = said != Counting::unsaid && ours != Counting::unsaid;
+    return areBothSaid && said != ours ? theirs : std::string();
+}
+
 }  // namespace
 
 std::string worded(const Merger::Conflict& conflict) {
@@ -129,6 +141,7 @@ void Merger::useKey(const std::string& name) {
 
 void Merger::add(const Log& from) {
     tellOddRate(from);
+    otherCounting_ = key_.isThere() ? std::string() : otherCountingOf(into_, from);
     addColumns(from);
     addParameters(from);
     into_.lines.resize(into_.rowCount());  // rows that were added have none
@@ -149,11 +162,12 @@ void Merger::tellOddRate(const Log& log) const {
 
 void Merger::addColumns(const Log& from) {
     const std::vector<unsigned> places = placesOf(from);
+    if (!otherCounting_.empty()) countingColumn_ = countingColumn(from);
     into_.bytesRead += from.bytesRead;
     requireCells(into_.name + " and " + from.name, std::size_t{into_.rowCount()} + from.rowCount(),
                  into_.columnCount(), into_.bytesRead, into_.opening.limits, *into_.opening.terms);
     columns_.clear();
-    standTogether_ = true;
+    standTogether_ = otherCounting_.empty();
     for (unsigned i = 0; i < places.size(); ++i) {
         const auto type = into_.table->get_field_type(places[i]);
         const bool isConverted = differInForm(from.table->get_field_type(i), type);
@@ -189,11 +203,21 @@ std::vector<unsigned> Merger::placesOf(const Log& from) {
     return places;
 }
 
+unsigned Merger::countingColumn(const Log& from) {
+    const unsigned known = into_.findColumn("FCM");
+    if (known != noColumn) return known;
+    const unsigned added = into_.table->addFields({{"FCM", DBFieldTypes::text}}).front();
+    if (added == noColumn) refuseFurtherColumn(from.name, "FCM");
+    return added;
+}
+
 void Merger::addParameters(const Log& from) {
     for (unsigned i = 0; i < from.table->get_num_params(); ++i) {
         std::string name = from.table->get_param_name(i);
         std::string value = from.table->get_param_text(i);
-        if (isTableFilesOwn(name) || into_.parameter(name.c_str()) == value) continue;
+        const bool isSaidByRows = !otherCounting_.empty() && sameText(name, "FCM");
+        if (isSaidByRows || isTableFilesOwn(name) || into_.parameter(name.c_str()) == value)
+            continue;
         if (into_.table->get_param_val(name.c_str()) != nullptr) {
             note_(from.name + ": parameter " + inQuotes(name) + " is " + inQuotes(value) + ", " +
                   inQuotes(into_.parameter(name.c_str())) + " in " + into_.name +
@@ -222,6 +246,8 @@ void Merger::appendRow(const Log& from, unsigned row) {
         std::string_view& value = values_[columns_[i].to];
         if (value.empty()) value = inOurForm(theirs_[i], i, columns_[i].form);
     }
+    if (!otherCounting_.empty() && values_[countingColumn_].empty())
+        values_[countingColumn_] = otherCounting_;
     copies_.append(values_.data(), values_.size());
 }
 

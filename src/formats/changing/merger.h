@@ -61,6 +61,7 @@ private:
     void tellOddRate(const Log& log) const;
     void addColumns(const Log& from);
     std::vector<unsigned> placesOf(const Log& from);
+    unsigned countingColumn(const Log& from);
     void addParameters(const Log& from);
     void append(const Log& from);
     void appendRow(const Log& from, unsigned row);
@@ -105,6 +106,8 @@ private:
     std::string other_;
     RowGroups rows_;                        // ours, by their keys
     std::vector<Column> columns_;           // of the log that is being added
+    std::string otherCounting_;             // which all rows of it have, "" for that of ours
+    unsigned countingColumn_ = 0;           // where they say so
     bool standTogether_ = false;            // they are our first ones, in their order and form
     std::vector<std::string_view> theirs_;  // of a row of the log that is being added
     std::vector<std::string_view> ours_;
