@@ -145,7 +145,7 @@ private:
             i < rows().columns.size() ? rows().cell(row, static_cast<unsigned>(i)) : came;
         const bool isLone = count == 1 && cell.empty();
         if (!isLone && (i >= rows().columns.size() || raw_.reads(came, cell))) {
-            text += came;
+            addAsItCame(text, row, i + 1 == count, came);
             return;
         }
         if (!hasTextQuotes_) {
@@ -154,6 +154,16 @@ private:
         }
         requireTextOfOneCell(cell, row, static_cast<unsigned>(i));
         text += cell;
+    }
+
+    // A quote that is never closed takes in the end of the last line, which is put behind the row.
+    // It is closed where other cells or rows come to stand behind it.
+    void addAsItCame(std::string& text, unsigned row, bool isLastCell, std::string_view came) {
+        const bool isOpen = saving().log.source->endsOpen && raw_.isOpen(came);
+        const bool isAtEnd = isLastCell && all().back() == rows().view->baseIndex(row);
+        if (isOpen && isAtEnd) came.remove_suffix(endOfLine(came).size());
+        text += came;
+        if (isOpen && !isAtEnd) text += '"';
     }
 
     void requireTextOfOneCell(std::string_view cell, unsigned row, unsigned column) const {

@@ -56,6 +56,10 @@ const char* RawCells::behindQuoted(const char* at, const char* end) {
     }
 }
 
+bool RawCells::isOpen(std::string_view raw) const {
+    return isQuoted(raw) && behindClosingQuote(raw) == raw.npos;
+}
+
 bool RawCells::reads(std::string_view raw, std::string_view text) {
     if (!isQuoted(raw)) return raw == text;
     const std::size_t second = raw.find('"', 1);

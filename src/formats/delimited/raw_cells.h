@@ -21,6 +21,8 @@ public:
     /// Whether a cell that stands so reads as a text.
     bool reads(std::string_view raw, std::string_view text);
     bool isQuoted(std::string_view raw) const { return !hasTextQuotes_ && raw.starts_with('"'); }
+    /// Whether it begins with a quote that is never closed.
+    bool isOpen(std::string_view raw) const;
 
 private:
     void look(std::string_view piece);
