@@ -5,6 +5,7 @@
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/saving.h"
 #include "tools/vek/cli/say.h"
+#include "tools/vek/cli/shared_options.h"
 #include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
 
@@ -46,6 +47,7 @@ int run(const Args& args) {
     Merger merger(log, Merger::Prefer::report, tellConflict, say);
     for (const std::string& path : args.all("OTHER")) {
         Log other = readLog(path, args);
+        tellSharedOptions(log, other, args);
         requireWhole(other);
         if (!args.has("yes")) requireSameCounting(log, other);
         result = std::max(result, readingResult(other));

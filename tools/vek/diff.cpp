@@ -6,6 +6,7 @@
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
+#include "tools/vek/cli/shared_options.h"
 #include "tools/vek/cli/telling.h"
 #include "tools/vek/commands.h"
 
@@ -218,6 +219,7 @@ int run(const Args& args) {
     }
     Log a = readLog(args, "A");
     Log b = readLog(args, "B");
+    tellSharedOptions(a, b, args);
     LogComparison found = compareLogs(a, b, args.text("key"));
     for (const std::string& note : found.notes) say(note);
     if (found.moreNotes > 0) say(std::to_string(found.moreNotes) + " more like these");

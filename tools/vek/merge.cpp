@@ -7,6 +7,7 @@
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/saving.h"
 #include "tools/vek/cli/say.h"
+#include "tools/vek/cli/shared_options.h"
 #include "tools/vek/cli/telling.h"
 #include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
@@ -141,6 +142,7 @@ int run(const Args& args) {
     if (args.has("key")) merger.useKey(args.text("key"));
     for (std::size_t i = 1; i < paths.size(); ++i) {
         Log from = readLog(paths[i], args);
+        tellSharedOptions(into, from, args);
         if (!args.has("yes")) requireSameCounting(into, from);
         result = std::max(result, readingResult(from));
         merger.add(from);

@@ -10,6 +10,7 @@
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/saving.h"
 #include "tools/vek/cli/say.h"
+#include "tools/vek/cli/shared_options.h"
 #include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
 #include "tools/vek/sql/engine.h"
@@ -133,6 +134,7 @@ std::vector<sql::NamedLog> readAll(const Words& words, const Args& args) {
         const bool isSame = own.size() == 1 && stem == firstName;
         if (!isSame) own.push_back(log.name.empty() ? names.unique(stem) : log.name);
         logs.push_back({readForSql(log.path, args), own});
+        if (logs.size() > 1) tellSharedOptions(logs.front().log, logs.back().log, args);
     }
     return logs;
 }
