@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <map>
 #include <optional>
+#include <set>
 #include <unordered_map>
 
 #include "formats/reading/table_builder.h"
@@ -20,6 +21,7 @@
 #include "tools/vek/cli/reading.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/cli/writing.h"
+#include "tools/vek/convert/agreement.h"
 #include "tools/vek/convert/partition_folder.h"
 
 namespace vek::convert {
@@ -66,6 +68,7 @@ public:
     explicit Batch(const std::vector<std::string>& titles)
         : titles_(titles), builder_(log_, std::vector<std::string>()) {
         log_.path = log_.name = "the rows of several logs";
+        log_.opening.terms = &programTerms();
     }
 
     void add(const Log& log, const std::vector<unsigned>& partition) {
@@ -77,6 +80,7 @@ public:
             for (std::size_t i = 0; i < from.size(); ++i) to[places[i]] = from[i];
             builder_.addWholeRow(++rows_, to.data(), to.size(), {});
         }
+        agreement_.add(log, places);
         bytes_ += log.bytesRead;
     }
 
@@ -85,8 +89,11 @@ public:
     const Log& finish() {
         builder_.setColumns(titles_);
         builder_.finish();
+        agreement_.give(log_);
         return log_;
     }
+
+    const Agreement& agreement() const { return agreement_; }
 
 private:
     // Where each column of the log goes.
@@ -111,6 +118,7 @@ private:
     std::vector<std::string> titles_;
     std::unordered_map<std::string, std::size_t> known_;
     TableBuilder builder_;
+    Agreement agreement_;
     std::size_t rows_ = 0;
     std::size_t bytes_ = 0;
 };
@@ -166,6 +174,33 @@ std::size_t firstPart(const Wish& wish, const Args& args) {
                       "to the parts that are there, or name another folder"};
 }
 
+// The folders in which a file is to stand. Those that were not there go again where it is not
+// written, as a folder that holds something is no place for a dataset.
+class NewFolders {
+public:
+    explicit NewFolders(const std::string& path) {
+        std::error_code error;
+        for (fs::path folder = fs::path(path).parent_path();
+             !folder.empty() && !fs::exists(folder, error); folder = folder.parent_path()) {
+            made_.push_back(folder);
+        }
+        makeFolderOf(path);
+    }
+    ~NewFolders() {
+        std::error_code error;
+        for (const fs::path& folder : made_) {
+            if (!fs::remove(folder, error)) return;
+        }
+    }
+    NewFolders(const NewFolders&) = delete;
+    NewFolders& operator=(const NewFolders&) = delete;
+
+    void keep() { made_.clear(); }
+
+private:
+    std::vector<fs::path> made_;  // the innermost first
+};
+
 // Writes batches of rows, a file of each for every value.
 class Partition {
 public:
@@ -190,6 +225,7 @@ public:
         flush();
         if (logs_ == 0) throw Failure{unreadable, "convert: no log is left, nothing is written"};
         if (isDry_) tellPlan();
+        tellDisagreed();
         if (lossy_ > mostLossy) {
             say(concat("convert: ", counted(lossy_ - mostLossy, "more file"), " with such losses"));
         }
@@ -239,11 +275,40 @@ private:
         }
         VDBView all(log.table.get());
         all->displayAllRecords();
+        noteDisagreed(log);
         Pieces pieces = piecesOf(log, all, columns);
         for (Piece& piece : pieces) piece.path = pathOf(log, piece);
         for (const Piece& piece : pieces) isDry_ ? plan(piece) : writeOrTell(log, piece);
         ++part_;
         batch_.reset();
+    }
+
+    // Formats other than a table file have no types to lose.
+    void noteDisagreed(const Log& log) {
+        const Agreement& agreement = batch_->agreement();
+        lostParameters_.insert(agreement.parameters().begin(), agreement.parameters().end());
+        if (wish_.target == Format::table) lostTypes_.merge(agreement.columns(log));
+    }
+
+    void tellDisagreed() const {
+        const bool hasParameters = !lostParameters_.empty();
+        const bool hasTypes = !lostTypes_.empty();
+        if (!hasParameters && !hasTypes) return;
+        say(concat("convert: the logs do not agree on ",
+                   hasParameters ? concat("the parameters ", listed(lostParameters_)) : "",
+                   hasParameters && hasTypes ? " and " : "",
+                   hasTypes ? concat("the types of ", listed(lostTypes_)) : "",
+                   "; the files have ", hasParameters ? "no such parameters" : "",
+                   hasParameters && hasTypes ? " and " : "",
+                   hasTypes ? "texts in these columns" : ""));
+    }
+
+    static std::string listed(const std::set<std::string>& names) {
+        std::string text;
+        for (const std::string& name : names) {
+            text += concat(text.empty() ? "" : ", ", inQuotes(name));
+        }
+        return text;
     }
 
     std::string pathOf(const Log& log, const Piece& piece) const {
@@ -285,7 +350,7 @@ private:
     }
 
     void write(const Log& log, const Piece& piece) {
-        makeFolderOf(piece.path);
+        NewFolders folders(piece.path);
         // Where the file system takes folders for one that differ in case.
         if (isTaken(piece.path)) {
             throw Failure{unwritable,
@@ -298,6 +363,7 @@ private:
         writeSheet({log, viewOf(log, piece.rows), otherColumns(log)}, wish_.target,
                    styleFrom(args_, wish_.target), out, losses);
         out.close();
+        folders.keep();
         ++files_;
         if (losses.count() > 0 && ++lossy_ <= mostLossy) tellLosses(losses, out.name());
     }
@@ -323,6 +389,7 @@ private:
     std::size_t rows_ = 0;
     std::size_t files_ = 0;
     std::size_t lossy_ = 0;
+    std::set<std::string> lostParameters_, lostTypes_;
     int result_ = done;
 };
 
