@@ -384,7 +384,7 @@ private:
         } else {
             rows_.beginOwn(tree_.line(item), std::strtoul(tree_.text(number).c_str(), nullptr, 10));
             for (const auto& [name, value] : tree_.members(tree_.find(own, "cells"))) {
-                rows_.set(name, tree_.text(value));
+                rows_.setOwnCell(name, tree_.text(value));
             }
         }
         if (number != JsonTree::none && rows_.isRestored()) return;
@@ -407,7 +407,7 @@ private:
         rows_.setTime(timeline::sourceIn, range.start, rate, drops() && rate.isAsFastAs(*rate_));
         rows_.setTime(timeline::sourceOut, range.start + played.value_or(range.length), rate,
                       drops() && rate.isAsFastAs(*rate_));
-        rows_.setIfEmpty(timeline::rate, rateText(rate));
+        rows_.setRate(rate);
         setRecord(around.record, range.length, around);
     }
 

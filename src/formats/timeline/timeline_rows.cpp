@@ -80,6 +80,12 @@ std::size_t TimelineRows::columnFor(std::string_view column) {
     return names_.place(column);
 }
 
+// A row of the log has its times where the log has them: another column of such a name is its own.
+std::size_t TimelineRows::columnForTime(std::string_view column) {
+    const bool isIn = !isOwn_ || ownNames_.contains(std::string(column));
+    return isIn ? columnFor(column) : nowhere;
+}
+
 std::string& TimelineRows::cell(std::size_t column) {
     if (row_.cells.size() <= column) row_.cells.resize(column + 1);
     used_ = std::max(used_, column + 1);
@@ -90,6 +96,15 @@ void TimelineRows::set(std::string_view column, std::string_view text) {
     if (text.empty()) return;
     const std::size_t at = columnFor(column);
     if (at != nowhere) cell(at) = text;
+}
+
+void TimelineRows::setOwnCell(std::string_view column, std::string_view text) {
+    if (!isOwn_) return set(column, text);
+    if (!text.empty() && names_.contains(column)) cell(names_.place(column)) = text;
+}
+
+void TimelineRows::setRate(const FrameRate& rate) {
+    if (!isOwn_) setIfEmpty(timeline::rate, rateText(rate));
 }
 
 void TimelineRows::clear(std::string_view column) {
@@ -107,7 +122,7 @@ bool TimelineRows::setIfEmpty(std::string_view column, std::string_view text) {
 
 void TimelineRows::setTime(const char* column, const ExactTime& time, const FrameRate& rate,
                            bool drops) {
-    const std::size_t at = columnFor(column);
+    const std::size_t at = columnForTime(column);
     const bool isGiven = at < used_ && !row_.cells[at].empty();
     if (isGiven || at == nowhere) return;
     const std::optional<ExactTime::Frames> frames = time.frames(rate);

@@ -65,6 +65,10 @@ public:
     void beginOwn(std::size_t line, std::size_t number);
     void set(std::string_view column, std::string_view text);
     void clear(std::string_view column);
+    /// A cell that the row has had, by its column's own name.
+    void setOwnCell(std::string_view column, std::string_view text);
+    /// How fast the source of the row runs; one of the log said so itself, if it was said.
+    void setRate(const FrameRate& rate);
     /// Where the row has nothing in the column yet.
     bool setIfEmpty(std::string_view column, std::string_view text);
     /// The frame at a time, and the exact time beside it where no frame begins there.
@@ -86,6 +90,7 @@ private:
 
     void tellBetweenFrames();
     std::size_t columnFor(std::string_view column);
+    std::size_t columnForTime(std::string_view column);
     std::string& cell(std::size_t column);
     void add(const Row& row);
 
