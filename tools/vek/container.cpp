@@ -161,13 +161,26 @@ OpenFile holdFolderOf(const std::string& path) {
     return held;
 }
 
+// The library writes it between quotes as it is, and reads a backslash in front of an n as the end
+// of a line.
+void requireName(const std::string& path, std::string_view name) {
+    if (canBeParameter("Name", name) && name.find("\\n") == name.npos) return;
+    throw Failure{wrongUsage, concat(path, ": ", inQuotes(name),
+                                     " is no name for a container, expected one without quotes, "
+                                     "tabs, line ends, \\n or blanks at its ends; say it with "
+                                     "--name")};
+}
+
 int create(const std::string& path, const std::vector<std::string>& items, const Args& args) {
     std::vector<Cookie> cookies;
     for (const std::string& item : items) cookies.push_back(cookieNamed(item));
     refuseExisting(path);
+    const LightweightString<char> name =
+        args.has("name") ? cellText(args.text("name")) : nameOf(path);
+    requireName(path, name.view());
     DBFieldDesc schema[] = {{"Cookie", DBFieldTypes::text}, {}};
     QuorContainerFile::Writer writer(schema);
-    writer.setName(args.has("name") ? cellText(args.text("name")) : nameOf(path));
+    writer.setName(name);
     writer.setPermanent(args.has("permanent"));
     for (const Cookie& cookie : cookies) writer.addItem(cookie);
     if (args.has("dry-run")) {
