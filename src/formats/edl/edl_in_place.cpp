@@ -565,11 +565,27 @@ public:
         const EdlRows meant(saving_.log);
         const EdlRows found(back_);
         for (unsigned i = 0; i < rows_.size(); ++i) {
-            require(i, meant.row(rows_[i]), found.row(i));
+            const EdlRow row = meant.row(rows_[i]);
+            require(i, row, found.row(i));
+            if (lostFirstLine(i, row, meant)) tellHalf(rows_[i]);
         }
     }
 
 private:
+    // Whether what a transition goes over from stood just in front of it, and does not any more.
+    bool lostFirstLine(unsigned i, const EdlRow& row, const EdlRows& log) const {
+        const unsigned own = rows_[i];
+        const bool isFirst = own == 0 || own >= saving_.log.source->rows;
+        if (isFirst || (i > 0 && rows_[i - 1] + 1 == own)) return false;
+        return isEdlContinued(log.row(own - 1).event[edlEvent], row.event[edlEvent],
+                              row.event[edlKind]);
+    }
+
+    void tellHalf(unsigned row) const {
+        saving_.losses.add("transitions without the event that they go over from",
+                           concat(saving_.log.name, ":", std::to_string(saving_.log.lineOf(row))));
+    }
+
     Log readBack(std::string_view text) const {
         try {
             return readAgain(text);
