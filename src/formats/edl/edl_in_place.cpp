@@ -6,6 +6,7 @@
 
 #include "formats/edl/blank_lines.h"
 #include "formats/edl/edl_lines.h"
+#include "formats/edl/half_transitions.h"
 #include "formats/reading/input.h"
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
@@ -567,7 +568,8 @@ public:
         for (unsigned i = 0; i < rows_.size(); ++i) {
             const EdlRow row = meant.row(rows_[i]);
             require(i, row, found.row(i));
-            if (lostFirstLine(i, row, meant)) tellHalf(rows_[i]);
+            if (lostFirstLine(i, row, meant))
+                tellHalfTransition(saving_.log, saving_.log.lineOf(rows_[i]), saving_.losses);
         }
     }
 
@@ -579,11 +581,6 @@ private:
         if (isFirst || (i > 0 && rows_[i - 1] + 1 == own)) return false;
         return isEdlContinued(log.row(own - 1).event[edlEvent], row.event[edlEvent],
                               row.event[edlKind]);
-    }
-
-    void tellHalf(unsigned row) const {
-        saving_.losses.add("transitions without the event that they go over from",
-                           concat(saving_.log.name, ":", std::to_string(saving_.log.lineOf(row))));
     }
 
     Log readBack(std::string_view text) const {

@@ -10,6 +10,7 @@
 #include "formats/edl/blank_lines.h"
 #include "formats/edl/edl_lines.h"
 #include "formats/log/own_parameters.h"
+#include "formats/edl/half_transitions.h"
 #include "formats/edl/kinds_on_sheet.h"
 #include "formats/edl/laps.h"
 #include "formats/reading/progress.h"
@@ -327,8 +328,18 @@ private:
         if (!isBehindEvent_) beginBlock(blanksOf(row).withoutFirst());
         if (!comesFrom.empty()) line(comesFrom);
         for (const std::string& text : inOrder(lines)) line(text);
+        if (lostFirstLine(row)) tellHalfTransition(sheet_.log, sheet_.line(row), losses_);
         isBehindEvent_ = true;
         wasNoTime_ = event[edlRecordIn] == event[edlRecordOut];
+    }
+
+    // Whether what a transition goes over from stands just in front of it in the log, and not here.
+    bool lostFirstLine(unsigned row) const {
+        const unsigned own = sheet_.view->baseIndex(row);
+        const bool isBehindIt = row > 0 && sheet_.view->baseIndex(row - 1) + 1 == own;
+        if (!places_.isEdl() || own == 0 || isBehindIt) return false;
+        return isEdlContinued(sheet_.log.cell(own - 1, sheet_.columns[places_.event]),
+                              cell(row, places_.event), cell(row, places_.kind));
     }
 
     BlankLines blanksOf(unsigned row) const {
