@@ -48,6 +48,16 @@ TEST(PackedFiles, AreMadeInTheFormatOfTheEndingUnderTheirOwn) {
     EXPECT_EQ(runVekLine(folder, "info b.json.GZ --max-bytes 18446744073709551615").exitCode, 0);
 }
 
+TEST(PackedFiles, HoldWhatIsPrintedIntoThem) {
+    WorkFolder folder;
+    for (const char* line : {"report samples/docs.vek", "show samples/docs.vek",
+                             "find -l Scene=12 samples/docs.vek"}) {
+        const std::string printed = runVekLine(folder, line).output;
+        EXPECT_EQ(runVekLine(folder, std::string(line) + " -o out.gz").exitCode, 0) << line;
+        EXPECT_EQ(shell(folder, "gzip -dc < out.gz && rm out.gz").output, printed) << line;
+    }
+}
+
 TEST(PackedFiles, AndThoseInOtherEncodingsAreChangedWhateverTheirSize) {
     WorkFolder folder;
     std::string text = "a,b\n";

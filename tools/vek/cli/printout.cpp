@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "formats/packed/packed.h"
 #include "formats/saving/file_sink.h"
 #include "formats/text/width.h"
 #include "formats/writing/writers.h"
@@ -121,6 +122,8 @@ Printout::Printout(const std::string& path, Held held, bool keepsOld)
     : Output(isStandard(path) ? standardOutput : path, sinkFor(path, std::move(held), keepsOld)),
       screen_(isStandard(path) ? static_cast<Screen*>(sink()) : nullptr) {
     renewLimit();
+    // Whoever writes a log there says anew how its file is.
+    if (!isStandard(path) && formats::isPackedName(path)) encode("", true);
 }
 
 Printout::Printout(std::string name, std::unique_ptr<OutputSink> sink)
