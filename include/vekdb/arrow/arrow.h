@@ -52,8 +52,9 @@ struct VEKDB_PUBLIC ArrowExport {
 /// table, which take some bytes more for that.
 ///
 /// Failure: exhausted memory throws here; the stream's functions never throw but answer ENOMEM, or
-/// EILSEQ for a cell that is refused, or EINVAL for a call with nothing to write to. A call that
-/// failed can be made again. Rows without a record are left out, as by saving.
+/// EILSEQ for a cell that is refused, EOVERFLOW for one that 32-bit offsets cannot count, or EINVAL
+/// for a call with nothing to write to. A call that failed can be made again. Rows without a record
+/// are left out, as by saving.
 [[nodiscard]] VEKDB_PUBLIC ArrowArrayStream exportArrow(const VDBBase& source,
                                                         const ArrowExport& how = {});
 

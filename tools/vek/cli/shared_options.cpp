@@ -27,7 +27,8 @@ void tellSharedOptions(const Log& first, const Log& log, const Args& args) {
     }
     if (options.empty()) return;
     say(concat(log.name, ": read with ", options,
-               ", as the first log is; if it is of another form, make a copy with vek convert first"));
+               ", as the first log is; if it is of another form, make a copy with vek convert "
+               "first"));
 }
 
 }  // namespace vek
