@@ -133,10 +133,12 @@ bool dbrecord::storeText(int index, std::string_view text, bool trim) {
 }
 
 bool dbrecord::set_field(int index, const char* text, bool trim) {
-    return storeText(index, text != nullptr ? text : std::string_view(), trim);
+    return storeText(index, text != nullptr ? text : "", trim);
 }
 
+// A view of nothing has no place in memory, which copying asks for.
 bool dbrecord::set_field(int index, std::string_view text, bool trim) {
+    if (text.empty()) text = "";
     return text.find('\0') == text.npos && storeText(index, text, trim);
 }
 

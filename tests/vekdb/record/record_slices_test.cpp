@@ -4,6 +4,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <vekdb/host/text_block.h>
@@ -75,6 +76,15 @@ TEST_F(OnSlices, AValueOfTheSameLengthTakesTheOldOnesPlaceWhereItIsWrittenAsItIs
         EXPECT_NE(record.fieldView(0).data(), place);
         EXPECT_STREQ(record.get_field(0), value);
     }
+}
+
+TEST_F(OnSlices, AViewOfNothingEmptiesAValue) {
+    EXPECT_TRUE(record.set_field(0, std::string_view(), false));
+    EXPECT_TRUE(record.set_field(1, std::string_view(), false));
+    EXPECT_TRUE(record.set_field(2, static_cast<const char*>(nullptr)));
+    EXPECT_EQ("", record.fieldView(0));
+    EXPECT_EQ("", record.fieldView(1));
+    EXPECT_EQ("", record.fieldView(2));
 }
 
 TEST_F(OnSlices, AnEqualValueChangesNothing) {
