@@ -39,7 +39,7 @@ std::string& PatchedText::own() {
 }
 
 std::string_view PatchedText::lastOwn() const {
-    if (parts_.empty() || parts_.back().isKept) return {};
+    if (parts_.empty() || parts_.back().isKept || parts_.back().begin == sizeMade()) return {};
     const auto last = std::find_if(made_.rbegin(), made_.rend(),
                                    [](const std::string& text) { return !text.empty(); });
     return last == made_.rend() ? std::string_view() : std::string_view(*last);

@@ -4,13 +4,13 @@
 #include <cstring>
 #include <numeric>
 
-#include "formats/saving/row_lengths.h"
 #include "formats/formats.h"
 #include "formats/json/json_in_place.h"
 #include "formats/packed/packed.h"
 #include "formats/reading/input.h"
 #include "formats/reading/progress.h"
 #include "formats/saving/patched_text.h"
+#include "formats/saving/row_lengths.h"
 #include "formats/saving/rows_in_place.h"
 #include "formats/table_file/table_rewriting.h"
 #include "formats/text/text_lines.h"
@@ -116,6 +116,8 @@ public:
             progress.reach(i);
             put(all_[i]);
         }
+        // A row without a byte is one by its end alone.
+        if (endsInBlank_) putEnd();
         if (!source_.isDamaged && keepsGaps_) keepGapsUpTo(places_.count());
         return std::move(text_);
     }
@@ -171,6 +173,7 @@ private:
         else if (!source_.isDamaged && keepsGaps_)
             keepGapsUpTo(row);
         putEnd();
+        endsInBlank_ = false;
         if (isWritten(row))
             write(row);
         else
@@ -184,12 +187,30 @@ private:
     void keepGapsUpTo(std::size_t row) {
         if (row < nextGap_) return putBetween(places_.gapBefore(row), row);
         for (; nextGap_ <= row; ++nextGap_) {
+            if (nextGap_ < row && isMoved(nextGap_)) continue;
             const bool isOwn = nextGap_ == row && row < places_.count();
             putBetween(places_.gapBefore(nextGap_), isOwn ? std::optional(row) : std::nullopt);
         }
     }
 
+    // Whether a row comes to stand behind one that it stood in front of.
+    bool isMoved(std::size_t row) {
+        if (!staying_) staying_ = stayingWhereRowsMove();
+        return row < staying_->size() && (*staying_)[row];
+    }
+
+    // Of the rows that came, those that stay; none where they stay in their order.
+    std::vector<bool> stayingWhereRowsMove() const {
+        if (std::is_sorted(all_.begin(), all_.end())) return {};
+        std::vector<bool> staying(places_.count());
+        for (unsigned row : all_) {
+            if (!isNew(row)) staying[row] = true;
+        }
+        return staying;
+    }
+
     void putBetween(Range range, std::optional<std::size_t> row) {
+        if (range.size() != 0 && !saysBetween_) putEnd();
         if (!saysBetween_) return keep(range);
         const std::string came(reader_.read(range));
         const std::string now = form_->between(came, row);
@@ -198,14 +219,17 @@ private:
         text_.own() += now;
     }
 
-    // A line feed that comes to stand behind a carriage return would be no line of its own.
     void keep(Range range) {
-        if (source_.hasLoneReturns && range.size() != 0 && range.begin != keptTo_ &&
-            byteAt(range.begin) == '\n' && lastByte() == '\r') {
-            text_.own() += '\n';
+        if (source_.hasLoneReturns && range.size() != 0 && range.begin != keptTo_) {
+            putApartFromReturn(byteAt(range.begin));
         }
         text_.keep(range);
         if (range.size() != 0) keptTo_ = range.end;
+    }
+
+    // A line feed that comes to stand behind a carriage return would be no line of its own.
+    void putApartFromReturn(char first) {
+        if (first == '\n' && lastByte() == '\r') text_.own() += '\n';
     }
 
     char byteAt(std::uint64_t place) const {
@@ -227,8 +251,14 @@ private:
     void write(unsigned row) {
         const std::string_view piece =
             isNew(row) ? std::string_view() : reader_.read(places_.row(row));
-        form_->add(text_.own(), nextWritten_++, piece);
-        text_.own() += isNew(row) || source_.isDamaged ? std::string_view(end_) : endOfLine(piece);
+        const std::string_view end =
+            isNew(row) || source_.isDamaged ? std::string_view(end_) : endOfLine(piece);
+        std::string& text = text_.own();
+        const std::size_t begin = text.size();
+        form_->add(text, nextWritten_++, piece);
+        endsInBlank_ = text.size() == begin;
+        if (endsInBlank_ && source_.hasLoneReturns && !end.empty()) putApartFromReturn(end.front());
+        text_.own() += end;
     }
 
     // The last line of a file may have no end. The library ends no line at a return alone.
@@ -251,10 +281,12 @@ private:
     VDBView written_;
     unsigned nextWritten_ = 0;
     std::size_t nextGap_ = 0;
+    std::optional<std::vector<bool>> staying_;
     PatchedText text_;
     std::uint64_t keptTo_ = 0;  // of the file
     std::string end_;
-    std::string lacking_;  // of the end of the last line
+    std::string lacking_;       // of the end of the last line
+    bool endsInBlank_ = false;  // the last row is an empty line
 };
 
 std::vector<unsigned> allRows(const Log& log) {

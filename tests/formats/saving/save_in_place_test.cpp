@@ -86,6 +86,18 @@ TEST(SavingInPlace, EndsALastLineThatHadNoneWhereOneComesBehindIt) {
     EXPECT_EQ(csv.saved({1, 0}), "A\n2\n1\n");
 }
 
+TEST(SavingInPlace, EndsALastRowThatIsAnEmptyLine) {
+    Opened tsv("a.tsv", "A\n5\" x\n7\" y");
+    tsv.set(1, 0, "");
+    EXPECT_EQ(tsv.saved(), "A\n5\" x\n\n");
+}
+
+TEST(SavingInPlace, MovesWhatStandsInFrontOfARowAlongWithIt) {
+    Opened csv("a.csv", "A,B\n\n1,x\n\n\n2,y\n\"\"\n3,z");
+    EXPECT_EQ(csv.saved({2, 1, 0}), "A,B\n\"\"\n3,z\n\n\n2,y\n\n1,x\n");
+    EXPECT_EQ(csv.saved({2, 0}), "A,B\n\n\n\"\"\n3,z\n\n1,x\n");
+}
+
 TEST(SavingInPlace, KeepsTheFormOfAnAle) {
     Opened ale("a.ale",
                "Heading\nFIELD_DELIM\tTABS\nFPS\t24\n\nColumn\nName\tTake\n\nData\na\t1\n");
