@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "formats/reading/open_log.h"
 #include "testing/temp_dir.h"
 #include "tools/vek/browse/browser.h"
 

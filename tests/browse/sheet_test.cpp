@@ -10,6 +10,7 @@
 #include <ctime>
 
 #include "browse/opened.h"
+#include "formats/reading/open_log.h"
 #include "formats/text/width.h"
 #include "tools/vek/browse/slice.h"
 

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "formats/reading/open_log.h"
 #include "testing/temp_dir.h"
 #include "tools/vek/browse/browser.h"
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "browse/opened.h"
+#include "formats/reading/open_log.h"
 #include "formats/text/width.h"
 #include "testing/random.h"
 

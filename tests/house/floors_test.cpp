@@ -60,16 +60,47 @@ const std::vector<Room>& rooms() {
     return all;
 }
 
-// The room of a path under src/vekdb/ or tests/vekdb/, or nothing.
-const Room* roomOf(std::string_view path) {
-    for (const Room& room : rooms()) {
-        for (const char* floor : {"src/vekdb/", "tests/vekdb/"}) {
-            if (path.starts_with(floor + std::string(room.name) + "/")) {
-                return &room;
-            }
+// The rooms that all formats share, each below those that know it; docs/architecture.md draws them.
+const std::vector<Room>& sharedRooms() {
+    static const std::vector<Room> all = {
+        {"text", {}},
+        {"input", {}},
+        {"packed", {"input", "text"}},
+        {"log", {"input", "text"}},
+        {"timecode", {"log", "text"}},
+        {"choosing", {"log", "text", "timecode"}},
+        {"comparing", {"choosing", "log", "timecode"}},
+        {"changing", {"choosing", "comparing", "input", "log", "text", "timecode"}},
+        {"reading", {"input", "log", "packed", "text"}},
+        {"writing", {"choosing", "input", "log", "packed", "text"}},
+        {"summing", {"log", "text", "timecode"}},
+        {"checking", {"input", "log", "text", "timecode"}},
+        {"saving", {"input", "log", "packed", "reading", "text", "writing"}},
+        {"face",
+         {"changing", "choosing", "comparing", "input", "log", "reading", "saving", "text",
+          "writing"}},
+    };
+    return all;
+}
+
+const Room* roomIn(const std::vector<Room>& rooms, const std::string& floor,
+                   std::string_view path) {
+    for (const Room& room : rooms) {
+        if (path.starts_with(floor + std::string(room.name) + "/")) {
+            return &room;
         }
     }
     return nullptr;
+}
+
+// The room of a path under src/vekdb/ or tests/vekdb/, or nothing.
+const Room* roomOf(std::string_view path) {
+    const Room* room = roomIn(rooms(), "src/vekdb/", path);
+    return room != nullptr ? room : roomIn(rooms(), "tests/vekdb/", path);
+}
+
+const Room* sharedRoomOf(std::string_view path) {
+    return roomIn(sharedRooms(), "src/formats/", path);
 }
 
 // Public headers that are the table's: a room below it must do without them.
@@ -85,13 +116,40 @@ bool knowsTheTable(const Room& room) {
            std::find(room.mayKnow.begin(), room.mayKnow.end(), "table") != room.mayKnow.end();
 }
 
+bool mayKnow(const Room& from, const Room& to) {
+    return to.name == from.name ||
+           std::find(from.mayKnow.begin(), from.mayKnow.end(), to.name) != from.mayKnow.end();
+}
+
 bool mayInclude(const Room& from, std::string_view target) {
     const Room* to = roomOf(target);
     if (to == nullptr) {
         return knowsTheTable(from) || !isTablesHeader(target);
     }
-    return to->name == from.name ||
-           std::find(from.mayKnow.begin(), from.mayKnow.end(), to->name) != from.mayKnow.end();
+    return mayKnow(from, *to);
+}
+
+// What of the formats' floor stands in no room is known to all, but what there is of formats only
+// to rooms that know of logs.
+bool mayShare(const Room& from, std::string_view target) {
+    const Room* to = sharedRoomOf(target);
+    if (to != nullptr) {
+        return mayKnow(from, *to);
+    }
+    const bool isBelowLogs =
+        from.name != "log" && !mayKnow(from, *sharedRoomOf("src/formats/log/"));
+    return !isBelowLogs || target != "src/formats/formats.h";
+}
+
+std::vector<std::string> wrongShares(const SourceFile& file) {
+    std::vector<std::string> wrong;
+    const Room* room = sharedRoomOf(file.path);
+    for (const Include& include : includesOf(file)) {
+        if (room != nullptr && !mayShare(*room, include.target)) {
+            wrong.push_back(include.where + " includes " + include.target);
+        }
+    }
+    return wrong;
 }
 
 std::vector<std::string> wrongIncludesOf(const SourceFile& file) {
@@ -193,17 +251,55 @@ TEST(Floors, LinesOrderAndQueryAreTestedWithoutATable) {
     EXPECT_THAT(wrong, IsEmpty());
 }
 
+TEST(Floors, WhatTheFormatsShareIncludesOnlyFromRoomsBelow) {
+    std::vector<std::string> wrong;
+    for (const SourceFile* file : sourcesOf("formats")) {
+        const auto found = wrongShares(*file);
+        wrong.insert(wrong.end(), found.begin(), found.end());
+    }
+    EXPECT_THAT(wrong, IsEmpty());
+}
+
+TEST(Floors, AWrongIncludeOfASharedRoomIsSeen) {
+    for (const char* line :
+         {"#include \"formats/reading/readers.h\"", "#include \"formats/saving/file_sink.h\""}) {
+        EXPECT_EQ(1u, wrongShares(fileWith("src/formats/log/x.cpp", line)).size()) << line;
+    }
+    for (const char* line : {"#include \"formats/log/log.h\"", "#include \"formats/formats.h\""}) {
+        EXPECT_EQ(1u, wrongShares(fileWith("src/formats/text/x.h", line)).size()) << line;
+    }
+    for (const char* line : {"#include \"formats/log/log.h\"", "#include \"formats/formats.h\"",
+                             "#include \"formats/failure.h\""}) {
+        EXPECT_THAT(wrongShares(fileWith("src/formats/reading/x.cpp", line)), IsEmpty());
+    }
+}
+
+// A room knows none that knows it, over whichever others.
+TEST(Floors, TheSharedRoomsStandOnEachOther) {
+    std::vector<std::string> wrong;
+    std::set<std::string_view> below;
+    for (const Room& room : sharedRooms()) {
+        for (std::string_view known : room.mayKnow) {
+            if (!below.contains(known)) {
+                wrong.push_back(std::string(room.name) + " knows " + std::string(known));
+            }
+        }
+        below.insert(room.name);
+    }
+    EXPECT_THAT(wrong, IsEmpty());
+}
+
 // A new format changes nothing of what all share. These few know some of them for what only a whole
 // log tells: what a format cannot be read back from, and what of its file can stay as it is.
 TEST(Floors, WhatTheFormatsShareKnowsNoSingleFormat) {
     static const std::regex shared(
-        "src/formats/(text|log|reading|choosing|comparing|changing|checking|timecode|summing|"
+        "src/formats/(text|input|log|reading|choosing|comparing|changing|checking|timecode|summing|"
         "writing|saving|packed|face)/.*");
     static const std::regex single(
         "src/formats/(ale|columnar|delimited|edl|json|pages|table_file|timeline|workbook|xml)/.*");
     static const std::set<std::string> known = {
         "src/formats/checking/findings.cpp", "src/formats/saving/save_in_place.cpp",
-        "src/formats/summing/clip_sums.cpp", "src/formats/writing/reading_back.cpp"};
+        "src/formats/summing/clip_sums.cpp", "src/formats/saving/reading_back.cpp"};
     std::vector<std::string> wrong;
     for (const SourceFile* file : sourcesOf("formats")) {
         if (!std::regex_match(file->path, shared) || known.contains(file->path)) continue;

@@ -3,8 +3,9 @@
 #include <string>
 #include <string_view>
 
+#include "formats/input/input.h"
 #include "formats/log/log.h"
-#include "formats/reading/input.h"
+#include "formats/reading/open_log.h"
 
 namespace testing_support {
 

@@ -1,5 +1,6 @@
 #include "formats/checking/findings.h"
-#include "formats/reading/input.h"
+#include "formats/input/input.h"
+#include "formats/reading/open_log.h"
 #include "formats/text/width.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"

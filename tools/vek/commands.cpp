@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "formats/input/limits.h"
 #include "formats/log/log.h"
-#include "formats/reading/limits.h"
 #include "tools/vek/cli/reading.h"
 
 namespace vek {

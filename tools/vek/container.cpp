@@ -11,6 +11,7 @@
 
 #include <vekdb/host/paths.h>
 #include <vekdb/host/text_util.h>
+#include "formats/formats.h"
 #include "formats/text/width.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/outputs.h"

@@ -1,6 +1,7 @@
 #include <filesystem>
 
 #include <vekdb/formats/format.h>
+#include "formats/formats.h"
 #include "formats/reading/documents.h"
 #include "formats/saving/save_in_place.h"
 #include "formats/writing/writers.h"

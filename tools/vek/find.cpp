@@ -6,6 +6,8 @@
 
 #include "formats/changing/file_names.h"
 #include "formats/choosing/ranges.h"
+#include "formats/formats.h"
+#include "formats/reading/open_log.h"
 #include "formats/reading/table_builder.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/width.h"

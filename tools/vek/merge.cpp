@@ -2,6 +2,7 @@
 #include <optional>
 
 #include "formats/changing/merger.h"
+#include "formats/formats.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"

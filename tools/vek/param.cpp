@@ -1,3 +1,4 @@
+#include "formats/formats.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/width.h"
 #include "formats/writing/sheet_facts.h"

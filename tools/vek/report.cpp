@@ -1,6 +1,7 @@
+#include "formats/reading/open_log.h"
 #include "tools/vek/report/page.h"
 
-#include "formats/reading/input.h"
+#include "formats/input/input.h"
 #include "tools/vek/cli/each_log.h"
 #include "tools/vek/cli/outputs.h"
 #include "tools/vek/cli/printout.h"

@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "formats/delimited/delimited_lines.h"
+#include "formats/formats.h"
 #include "formats/log/mapped_columns.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/width.h"

@@ -5,8 +5,9 @@
 
 #include "formats/changing/cell_template.h"
 #include "formats/changing/file_names.h"
-#include "formats/reading/input.h"
-#include "formats/reading/source.h"
+#include "formats/formats.h"
+#include "formats/input/input.h"
+#include "formats/log/source.h"
 #include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/outputs.h"

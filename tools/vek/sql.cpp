@@ -3,6 +3,7 @@
 #include <set>
 
 #include "formats/changing/file_names.h"
+#include "formats/formats.h"
 #include "formats/text/text_lines.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/grid.h"

@@ -7,10 +7,10 @@
 #include "formats/ale/ale_entries.h"
 #include "formats/delimited/delimiters.h"
 #include "formats/reading/readers.h"
+#include "formats/saving/reading_back.h"
 #include "formats/text/encoding.h"
 #include "formats/text/text_lines.h"
 #include "formats/writing/plain_lines.h"
-#include "formats/writing/reading_back.h"
 #include "formats/writing/sheet_facts.h"
 #include "formats/writing/write_formats.h"
 

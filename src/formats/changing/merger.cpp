@@ -10,9 +10,9 @@
 #include <vekdb/host/timecode.h>
 #include "formats/choosing/select.h"
 #include "formats/comparing/timecode_marks.h"
+#include "formats/input/limits.h"
 #include "formats/log/column_edits.h"
 #include "formats/log/column_names.h"
-#include "formats/reading/limits.h"
 #include "formats/log/own_parameters.h"
 #include "formats/text/text_lines.h"
 #include "formats/timecode/counting.h"

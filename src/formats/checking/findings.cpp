@@ -8,7 +8,7 @@
 #include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/text_util.h>
 #include "formats/edl/edl_lines.h"
-#include "formats/reading/input.h"
+#include "formats/input/input.h"
 #include "formats/table_file/table_lines.h"
 #include "formats/table_file/table_rows.h"
 #include "formats/text/letters.h"
@@ -342,8 +342,8 @@ private:
 
     void addRemark(unsigned row, unsigned column, const std::string& found, const char* about) {
         ++remarks_;
-        found_.add(at_, {log_.lineOf(row), log_.columnName(column), found, "",
-                         concat("remark: ", about)});
+        found_.add(
+            at_, {log_.lineOf(row), log_.columnName(column), found, "", concat("remark: ", about)});
     }
 
     bool endsBefore(const std::optional<Keycode>& start, const std::optional<Keycode>& end) const {

@@ -3,7 +3,7 @@
 #include <limits>
 
 #include "formats/columnar/engine_names.h"
-#include "formats/reading/progress.h"
+#include "formats/input/progress.h"
 #include "formats/text/width.h"
 #include "formats/writing/sheet_facts.h"
 #include "formats/writing/sheet_row.h"

@@ -7,7 +7,7 @@
 #include "formats/delimited/raw_cells.h"
 #include "formats/delimited/separated_in_place.h"
 #include "formats/delimited/text_quotes.h"
-#include "formats/reading/input.h"
+#include "formats/input/input.h"
 #include "formats/reading/table_builder.h"
 #include "formats/text/utf8.h"
 #include "formats/writing/plain_lines.h"

@@ -6,7 +6,7 @@
 
 #include <vekdb/host/text_util.h>
 #include "formats/failure.h"
-#include "formats/reading/text_form.h"
+#include "formats/input/text_form.h"
 #include "formats/text/text_lines.h"
 
 namespace vek::formats {

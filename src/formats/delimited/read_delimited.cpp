@@ -3,7 +3,7 @@
 #include "formats/delimited/delimited_scanner.h"
 #include "formats/delimited/delimiters.h"
 #include "formats/delimited/text_quotes.h"
-#include "formats/reading/progress.h"
+#include "formats/input/progress.h"
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
 #include "formats/text/text_lines.h"

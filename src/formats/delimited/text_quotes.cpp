@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "formats/input/input.h"
 #include "formats/log/log.h"
-#include "formats/reading/input.h"
 
 namespace vek::formats {
 

@@ -2,12 +2,12 @@
 #include "formats/delimited/delimiters.h"
 
 #include "formats/formats.h"
-#include "formats/reading/progress.h"
+#include "formats/input/progress.h"
+#include "formats/saving/reading_back.h"
 #include "formats/text/encoding.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/utf8.h"
 #include "formats/writing/plain_lines.h"
-#include "formats/writing/reading_back.h"
 #include "formats/writing/sheet_facts.h"
 #include "formats/writing/write_formats.h"
 

@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include <vekdb/host/text_util.h>
+#include "formats/failure.h"
 #include "formats/text/text_lines.h"
 
 namespace vek::formats {

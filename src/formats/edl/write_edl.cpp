@@ -9,11 +9,12 @@
 #include <vekdb/host/timecode.h>
 #include "formats/edl/blank_lines.h"
 #include "formats/edl/edl_lines.h"
-#include "formats/log/own_parameters.h"
 #include "formats/edl/half_transitions.h"
 #include "formats/edl/kinds_on_sheet.h"
 #include "formats/edl/laps.h"
-#include "formats/reading/progress.h"
+#include "formats/input/progress.h"
+#include "formats/log/own_parameters.h"
+#include "formats/saving/reading_back.h"
 #include "formats/text/encoding.h"
 #include "formats/text/text_lines.h"
 #include "formats/timecode/clip_columns.h"
@@ -21,7 +22,6 @@
 #include "formats/timecode/range_names.h"
 #include "formats/timeline/clip_lengths.h"
 #include "formats/timeline/timeline_rows.h"
-#include "formats/writing/reading_back.h"
 #include "formats/writing/sheet_facts.h"
 #include "formats/writing/write_formats.h"
 

@@ -8,6 +8,7 @@
 
 #include <vekdb/formats/log.h>
 #include "formats/choosing/select.h"
+#include "formats/formats.h"
 #include "formats/log/log.h"
 #include "formats/writing/writers.h"
 

@@ -1,7 +1,8 @@
 #include "formats/face/guarded.h"
 #include "formats/face/inside.h"
+#include "formats/input/input.h"
 #include "formats/log/column_names.h"
-#include "formats/reading/input.h"
+#include "formats/reading/open_log.h"
 
 namespace vek {
 

@@ -1,5 +1,6 @@
 #include "formats/face/guarded.h"
 #include "formats/face/inside.h"
+#include "formats/formats.h"
 #include "formats/saving/file_sink.h"
 #include "formats/saving/prepared_file.h"
 #include "formats/text/text_lines.h"

@@ -4,10 +4,10 @@
 #include <unordered_map>
 
 #include <vekdb/host/text_util.h>
+#include "formats/input/input.h"
+#include "formats/input/progress.h"
 #include "formats/json/json.h"
 #include "formats/json/json_text.h"
-#include "formats/reading/input.h"
-#include "formats/reading/progress.h"
 #include "formats/writing/sheet_facts.h"
 
 namespace vek::formats {

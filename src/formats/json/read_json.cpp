@@ -1,8 +1,8 @@
 #include <deque>
 
+#include "formats/input/progress.h"
 #include "formats/json/json.h"
 #include "formats/json/json_text.h"
-#include "formats/reading/progress.h"
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
 #include "formats/text/encoding.h"

@@ -1,5 +1,5 @@
+#include "formats/input/progress.h"
 #include "formats/json/json.h"
-#include "formats/reading/progress.h"
 #include "formats/writing/plain_lines.h"
 #include "formats/writing/sheet_facts.h"
 #include "formats/writing/write_formats.h"

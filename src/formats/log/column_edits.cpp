@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "formats/formats.h"
 #include "formats/log/column_names.h"
 #include "formats/log/target.h"
 #include "formats/text/text_lines.h"

@@ -8,22 +8,18 @@
 #include <unordered_map>
 #include <vector>
 
+#include <vekdb/formats/format.h>
 #include <vekdb/formats/problem.h>
 #include <vekdb/host/text_util.h>
 #include <vekdb/table.h>
 #include "formats/failure.h"
-#include "formats/formats.h"
+#include "formats/input/held.h"
+#include "formats/input/opening.h"
 #include "formats/log/line_numbers.h"
-#include "formats/reading/opening.h"
-#include "formats/reading/source.h"
-#include "formats/saving/held.h"
+#include "formats/log/source.h"
+#include "formats/text/line_end.h"
 
 namespace vek::formats {
-
-class Input;
-
-/// What ends the lines of a text.
-enum class LineEnd { lf, crlf, cr };
 
 /// Columns that have one name, case ignored, in their order.
 struct RepeatedName {
@@ -117,16 +113,6 @@ inline bool isTag(std::string_view cell) {
 inline LightweightString<char> cellText(std::string_view text) {
     return LightweightString<char>(text.data(), text.size());
 }
-
-/// Reads a log. A Failure when nothing could be read; what else is wrong the log says.
-Log openLog(Input& input, const std::string& path, const Opening& opening);
-Log openLog(const std::string& path, const Opening& opening);
-
-/// The same for one that is to be changed in place: from before it is read until it has been
-/// replaced no other one changes it.
-Log openLogToChange(const std::string& path, const Opening& opening);
-/// The same for a copy with other rows or cells: the file itself stays as it is.
-Log openLogToCopy(const std::string& path, const Opening& opening);
 
 /// A Failure when rows of the file could not be read, so that writing it would lose them.
 void requireWhole(const Log& log);

@@ -1,5 +1,6 @@
 #include "formats/log/target.h"
 
+#include "formats/formats.h"
 #include "formats/text/text_lines.h"
 
 namespace vek::formats {

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include <vekdb/host/text_block.h>
-#include "formats/reading/opening.h"
+#include "formats/input/opening.h"
 #include "formats/text/text_lines.h"
 
 /// Texts packed by gzip. packed.cpp is the only place that knows zlib; where the program is built

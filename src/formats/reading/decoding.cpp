@@ -2,9 +2,10 @@
 
 #include <algorithm>
 
+#include "formats/formats.h"
+#include "formats/input/input.h"
 #include "formats/log/log.h"
 #include "formats/packed/packed.h"
-#include "formats/reading/input.h"
 #include "formats/text/encoding.h"
 #include "formats/text/text_lines.h"
 

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include <vekdb/host/text_block.h>
+#include "formats/input/input.h"
 #include "formats/log/log.h"
-#include "formats/reading/input.h"
 
 /// One reader a format. Each fills `log` (table, lines, problems) and keeps every cell as it
 /// stands: nothing is trimmed, rounded or given another type.

@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "formats/saving/held.h"
+#include "formats/input/held.h"
 #include "formats/writing/output_sink.h"
 
 namespace vek::formats {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "formats/reading/input.h"
+#include "formats/input/input.h"
 #include "formats/text/encoding.h"
 
 namespace vek::formats {

@@ -5,17 +5,17 @@
 #include <numeric>
 
 #include "formats/formats.h"
+#include "formats/input/input.h"
+#include "formats/input/progress.h"
 #include "formats/json/json_in_place.h"
 #include "formats/packed/packed.h"
-#include "formats/reading/input.h"
-#include "formats/reading/progress.h"
 #include "formats/saving/patched_text.h"
+#include "formats/saving/reading_back.h"
 #include "formats/saving/row_lengths.h"
 #include "formats/saving/rows_in_place.h"
 #include "formats/table_file/table_rewriting.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/utf8.h"
-#include "formats/writing/reading_back.h"
 
 namespace vek::formats {
 

@@ -9,8 +9,8 @@
 #include <vekdb/row_copies.h>
 #include "formats/choosing/conditions.h"
 #include "formats/choosing/ranges.h"
-#include "formats/reading/limits.h"
-#include "formats/reading/read_errors.h"
+#include "formats/input/limits.h"
+#include "formats/input/read_errors.h"
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
 #include "formats/table_file/exact_cells.h"

@@ -7,7 +7,7 @@
 #include <vekdb/byte_marks.h>
 #include <vekdb/host/text_file.h>
 #include <vekdb/host/text_util.h>
-#include "formats/reading/input.h"
+#include "formats/input/input.h"
 #include "formats/table_file/table_places.h"
 #include "formats/text/text_lines.h"
 

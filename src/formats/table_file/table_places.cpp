@@ -7,9 +7,9 @@
 #include <vector>
 
 #include <vekdb/row_lines.h>
-#include "formats/reading/input.h"
+#include "formats/input/input.h"
+#include "formats/saving/reading_back.h"
 #include "formats/saving/rows_in_place.h"
-#include "formats/writing/reading_back.h"
 
 namespace vek::formats {
 

@@ -8,15 +8,15 @@
 #include <vekdb/host/text_file.h>
 #include <vekdb/row_lines.h>
 #include "formats/choosing/select.h"
-#include "formats/reading/input.h"
-#include "formats/reading/progress.h"
-#include "formats/reading/source.h"
+#include "formats/input/input.h"
+#include "formats/input/progress.h"
+#include "formats/log/source.h"
 #include "formats/saving/patched_text.h"
+#include "formats/saving/reading_back.h"
 #include "formats/saving/rows_in_place.h"
 #include "formats/saving/save_in_place.h"
 #include "formats/table_file/table_rows.h"
 #include "formats/text/text_lines.h"
-#include "formats/writing/reading_back.h"
 
 namespace vek::formats {
 

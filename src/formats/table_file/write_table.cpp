@@ -4,7 +4,7 @@
 #include <vekdb/host/text_file.h>
 #include <vekdb/host/text_util.h>
 #include <vekdb/row_lines.h>
-#include "formats/reading/progress.h"
+#include "formats/input/progress.h"
 #include "formats/table_file/exact_cells.h"
 #include "formats/table_file/table_rows.h"
 #include "formats/text/text_lines.h"

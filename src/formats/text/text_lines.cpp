@@ -6,17 +6,6 @@
 
 namespace vek::formats {
 
-const char* bytesOf(LineEnd end) {
-    switch (end) {
-        case LineEnd::crlf:
-            return "\r\n";
-        case LineEnd::cr:
-            return "\r";
-        default:
-            return "\n";
-    }
-}
-
 LineWalk::LineWalk(std::string_view text, Ends ends) : text_(text), ends_(ends) {
     nextCr_ = ends == Ends::any ? text.find('\r') : std::string_view::npos;
 }

@@ -5,31 +5,10 @@
 #include <string_view>
 #include <vector>
 
-#include "formats/log/log.h"
+#include "formats/text/line_end.h"
 
 /// The lines of a text, and pieces of them.
 namespace vek::formats {
-
-/// "\n", "\r\n" or "\r".
-const char* bytesOf(LineEnd end);
-
-/// What ended the lines of a text that was read. A text with several kinds of ends is written
-/// with CR and LF if any line had both, else with what ended its first line.
-class LineEndsSeen {
-public:
-    void add(LineEnd end) {
-        if (!isAny_ || end == LineEnd::crlf) kind_ = end;
-        isAny_ = true;
-        hasLoneReturns_ = hasLoneReturns_ || end == LineEnd::cr;
-    }
-    LineEnd kind() const { return kind_; }
-    bool hasLoneReturns() const { return hasLoneReturns_; }
-
-private:
-    LineEnd kind_ = LineEnd::lf;
-    bool isAny_ = false;
-    bool hasLoneReturns_ = false;
-};
 
 /// Walks the lines of a text: takes the next one off, without its end.
 class LineWalk {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include <vekdb/host/text_util.h>
+#include "formats/failure.h"
 #include "formats/text/text_lines.h"
 
 namespace vek {

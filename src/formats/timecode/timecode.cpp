@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include <vekdb/host/text_util.h>
+#include "formats/failure.h"
 #include "formats/text/text_lines.h"
 
 namespace vek {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "formats/reading/limits.h"
+#include "formats/input/limits.h"
 #include "formats/text/text_lines.h"
 
 namespace vek::formats {

@@ -4,8 +4,8 @@
 #include <queue>
 
 #include <vekdb/host/text_util.h>
+#include "formats/input/progress.h"
 #include "formats/json/json.h"
-#include "formats/reading/progress.h"
 #include "formats/text/text_lines.h"
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"

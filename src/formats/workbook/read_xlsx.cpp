@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "formats/reading/limits.h"
+#include "formats/input/limits.h"
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
 #include "formats/text/text_lines.h"

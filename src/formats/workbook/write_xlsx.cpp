@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "formats/reading/progress.h"
+#include "formats/input/progress.h"
 #include "formats/text/width.h"
 #include "formats/workbook/sheet_cells.h"
 #include "formats/workbook/sheet_xml.h"

@@ -9,7 +9,7 @@
 #include <unordered_map>
 
 #include "formats/failure.h"
-#include "formats/reading/limits.h"
+#include "formats/input/limits.h"
 
 namespace vek::formats {
 

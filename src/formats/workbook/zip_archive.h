@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "formats/reading/opening.h"
+#include "formats/input/opening.h"
 
 /// Zip archives in memory. zip_archive.cpp is the only place that knows the library for them;
 /// where the program is built without it, every archive is refused.

@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "formats/reading/limits.h"
-#include "formats/reading/source.h"
+#include "formats/input/limits.h"
+#include "formats/log/source.h"
 #include "formats/writing/output_sink.h"
 
 namespace vek::formats {

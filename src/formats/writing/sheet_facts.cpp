@@ -4,7 +4,7 @@
 #include <map>
 #include <set>
 
-#include "formats/reading/input.h"
+#include "formats/input/input.h"
 #include "formats/log/own_parameters.h"
 #include "formats/text/text_lines.h"
 

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "formats/log/log.h"
+#include "formats/reading/open_log.h"
 #include "tools/vek/browse/browser.h"
 #include "tools/vek/browse/recovery.h"
 

@@ -8,7 +8,8 @@
 
 #include <vekdb/views/view_rep.h>
 #include "formats/choosing/select.h"
-#include "formats/reading/input.h"
+#include "formats/input/input.h"
+#include "formats/reading/open_log.h"
 
 using namespace vek::formats;
 

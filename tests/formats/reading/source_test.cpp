@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "formats/reading/input.h"
-#include "formats/reading/source.h"
+#include "formats/input/input.h"
+#include "formats/log/source.h"
 
 using namespace vek::formats;
 

@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "formats/log/column_edits.h"
+#include "formats/formats.h"
+#include "formats/reading/open_log.h"
 #include "formats/saving/save_in_place.h"
 #include "testing/logs.h"
 #include "testing/random.h"

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "formats/log/column_edits.h"
+#include "formats/reading/open_log.h"
 #include "formats/saving/save_in_place.h"
 #include "testing/temp_dir.h"
 

@@ -3,7 +3,7 @@
 #include <ctime>
 
 #include <vekdb/formats/log.h>
-#include "formats/reading/limits.h"
+#include "formats/input/limits.h"
 #include "formats/workbook/made_workbook.h"
 
 using testing::HasSubstr;

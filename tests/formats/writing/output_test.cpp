@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "formats/failure.h"
-#include "formats/reading/input.h"
+#include "formats/input/input.h"
 #include "formats/writing/output.h"
 
 using testing::ElementsAre;

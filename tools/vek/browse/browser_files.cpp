@@ -2,6 +2,7 @@
 #include <filesystem>
 
 #include "formats/formats.h"
+#include "formats/reading/open_log.h"
 #include "tools/vek/browse/browser.h"
 #include "tools/vek/cli/saving.h"
 #include "tools/vek/cli/shell_line.h"

@@ -3,6 +3,7 @@
 
 #include "formats/formats.h"
 #include "formats/log/column_edits.h"
+#include "formats/reading/open_log.h"
 #include "formats/saving/file_sink.h"
 #include "formats/saving/save_in_place.h"
 #include "tools/vek/browse/sheet.h"

@@ -8,9 +8,10 @@
 #include <system_error>
 
 #include <vekdb/formats/format.h>
+#include "formats/formats.h"
+#include "formats/input/input.h"
+#include "formats/input/read_errors.h"
 #include "formats/reading/documents.h"
-#include "formats/reading/input.h"
-#include "formats/reading/read_errors.h"
 #include "formats/text/text_lines.h"
 #include "tools/vek/cli/say.h"
 

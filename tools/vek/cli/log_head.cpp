@@ -5,7 +5,8 @@
 
 #include <vekdb/host/open_file.h>
 #include "formats/formats.h"
-#include "formats/reading/input.h"
+#include "formats/input/input.h"
+#include "formats/reading/open_log.h"
 #include "formats/reading/readers.h"
 
 namespace vek {

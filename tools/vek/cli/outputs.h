@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "formats/saving/held.h"
+#include "formats/input/held.h"
 #include "tools/vek/cli/command.h"
 
 /// What an output must not be, that no log is lost to it.

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "formats/saving/held.h"
+#include "formats/input/held.h"
 #include "formats/writing/output.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/command.h"

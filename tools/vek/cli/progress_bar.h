@@ -1,6 +1,6 @@
 #pragma once
 
-#include "formats/reading/progress.h"
+#include "formats/input/progress.h"
 
 namespace vek {
 

@@ -5,7 +5,9 @@
 
 #include <vekdb/formats/timecode.h>
 #include "formats/delimited/delimiters.h"
-#include "formats/reading/input.h"
+#include "formats/formats.h"
+#include "formats/input/input.h"
+#include "formats/reading/open_log.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/progress_bar.h"
 #include "tools/vek/cli/say.h"

@@ -1,5 +1,6 @@
 #include "tools/vek/cli/saving.h"
 
+#include "formats/formats.h"
 #include "tools/vek/cli/outputs.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "formats/formats.h"
 #include "tools/vek/cli/reading.h"
 
 namespace vek {

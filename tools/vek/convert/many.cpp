@@ -6,6 +6,7 @@
 #include <unordered_set>
 
 #include "formats/changing/file_names.h"
+#include "formats/formats.h"
 #include "formats/packed/packed.h"
 #include "formats/reading/documents.h"
 #include "tools/vek/cli/each_log.h"

@@ -10,6 +10,7 @@
 #include <set>
 #include <unordered_map>
 
+#include "formats/formats.h"
 #include "formats/reading/table_builder.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/written_names.h"
@@ -297,8 +298,8 @@ private:
         say(concat("convert: the logs do not agree on ",
                    hasParameters ? concat("the parameters ", listed(lostParameters_)) : "",
                    hasParameters && hasTypes ? " and " : "",
-                   hasTypes ? concat("the types of ", listed(lostTypes_)) : "",
-                   "; the files have ", hasParameters ? "no such parameters" : "",
+                   hasTypes ? concat("the types of ", listed(lostTypes_)) : "", "; the files have ",
+                   hasParameters ? "no such parameters" : "",
                    hasParameters && hasTypes ? " and " : "",
                    hasTypes ? "texts in these columns" : ""));
     }

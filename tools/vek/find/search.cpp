@@ -5,6 +5,7 @@
 
 #include "formats/choosing/ranges.h"
 #include "formats/log/mapped_columns.h"
+#include "formats/reading/open_log.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/column_keys.h"
 #include "tools/vek/cli/side_by_side.h"

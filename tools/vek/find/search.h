@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "formats/choosing/select.h"
+#include "formats/input/opening.h"
 #include "formats/log/log.h"
-#include "formats/reading/opening.h"
 #include "tools/vek/cli/command.h"
 
 /// One log of many, asked for rows.

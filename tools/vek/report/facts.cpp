@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "formats/failure.h"
+#include "formats/formats.h"
 #include "formats/writing/sheet_facts.h"
 #include "tools/vek/report/markup.h"
 

@@ -1,4 +1,4 @@
-#include "formats/reading/limits.h"
+#include "formats/input/limits.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "formats/writing/reading_back.h"
+#include "formats/saving/reading_back.h"
 
 #include <algorithm>
 #include <utility>
@@ -6,9 +6,10 @@
 #include <vekdb/host/text_util.h>
 #include "formats/delimited/delimiters.h"
 #include "formats/delimited/text_quotes.h"
+#include "formats/formats.h"
+#include "formats/input/input.h"
 #include "formats/packed/packed.h"
 #include "formats/reading/decoding.h"
-#include "formats/reading/input.h"
 #include "formats/reading/readers.h"
 #include "formats/saving/patched_text.h"
 #include "formats/text/encoding.h"

@@ -1,4 +1,4 @@
-#include "formats/reading/input.h"
+#include "formats/input/input.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -7,9 +7,9 @@
 #include <utility>
 
 #include "formats/failure.h"
-#include "formats/reading/limits.h"
-#include "formats/reading/progress.h"
-#include "formats/reading/read_errors.h"
+#include "formats/input/limits.h"
+#include "formats/input/progress.h"
+#include "formats/input/read_errors.h"
 
 namespace vek::formats {
 

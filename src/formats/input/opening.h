@@ -5,8 +5,8 @@
 #include <vector>
 
 #include <vekdb/formats/format.h>
-#include "formats/reading/limits.h"
-#include "formats/reading/text_form.h"
+#include "formats/input/limits.h"
+#include "formats/input/text_form.h"
 
 namespace vek::formats {
 

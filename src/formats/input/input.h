@@ -7,7 +7,7 @@
 
 #include <vekdb/host/open_file.h>
 #include <vekdb/host/text_block.h>
-#include "formats/reading/opening.h"
+#include "formats/input/opening.h"
 
 namespace vek::formats {
 

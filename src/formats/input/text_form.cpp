@@ -1,4 +1,4 @@
-#include "formats/reading/text_form.h"
+#include "formats/input/text_form.h"
 
 namespace vek::formats {
 

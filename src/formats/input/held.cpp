@@ -1,4 +1,4 @@
-#include "formats/saving/held.h"
+#include "formats/input/held.h"
 
 #include <cerrno>
 #include <cstring>

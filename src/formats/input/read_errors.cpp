@@ -1,4 +1,4 @@
-#include "formats/reading/read_errors.h"
+#include "formats/input/read_errors.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,8 +1,8 @@
-#include "formats/reading/source.h"
+#include "formats/log/source.h"
 
 #include <algorithm>
 
-#include "formats/reading/input.h"
+#include "formats/input/input.h"
 
 namespace vek::formats {
 

@@ -1,4 +1,4 @@
-#include "formats/reading/progress.h"
+#include "formats/input/progress.h"
 
 namespace vek::formats {
 
