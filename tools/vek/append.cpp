@@ -3,9 +3,9 @@
 #include "formats/changing/merger.h"
 #include "tools/vek/cli/outputs.h"
 #include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/reading_options.h"
 #include "tools/vek/cli/saving.h"
 #include "tools/vek/cli/say.h"
-#include "tools/vek/cli/shared_options.h"
 #include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
 

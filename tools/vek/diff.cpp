@@ -5,8 +5,8 @@
 #include "formats/writing/sheet_facts.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/reading_options.h"
 #include "tools/vek/cli/say.h"
-#include "tools/vek/cli/shared_options.h"
 #include "tools/vek/cli/telling.h"
 #include "tools/vek/commands.h"
 

@@ -1,4 +1,4 @@
-#include "tools/vek/cli/shared_options.h"
+#include "tools/vek/cli/reading_options.h"
 
 #include "tools/vek/cli/say.h"
 
