@@ -4,6 +4,7 @@
 #include "formats/text/width.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/reading_options.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/cli/telling.h"
 #include "tools/vek/commands.h"

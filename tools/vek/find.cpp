@@ -18,6 +18,7 @@
 #include "tools/vek/cli/log_files.h"
 #include "tools/vek/cli/outputs.h"
 #include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/reading_options.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/cli/side_by_side.h"
 #include "tools/vek/cli/writing.h"
@@ -218,13 +219,17 @@ Answers ask(const Question& question, const std::vector<std::string>& paths, con
     return answers;
 }
 
+std::size_t askedCount(const Answers& answers) {
+    return static_cast<std::size_t>(std::count_if(answers.begin(), answers.end(),
+                                                  [](const Answer& one) { return one.isAsked; }));
+}
+
 std::size_t readCount(const Answers& answers) {
     return static_cast<std::size_t>(std::count_if(answers.begin(), answers.end(),
                                                   [](const Answer& one) { return one.isRead(); }));
 }
 
-// Says what some logs have no column for, once for all that have none; a Failure where that is so
-// of every one of them.
+// What some logs have no use or no column for, once for all that have none.
 class MissingTold {
 public:
     void add(const Answer& answer, const std::vector<Missing>& missing) {
@@ -235,8 +240,12 @@ public:
         }
     }
 
-    void tell(std::size_t logs) const {
+    // A Failure where something is missing in every log.
+    void requireSome(std::size_t logs) const {
         for (const auto& [place, kinds] : kinds_) requireSome(kinds, logs);
+    }
+
+    void tell() const {
         for (const auto& [place, kinds] : kinds_) {
             for (const auto& [what, kind] : kinds) say(told(kind));
         }
@@ -269,16 +278,44 @@ private:
     std::map<std::size_t, Kinds> kinds_;
 };
 
-void tellMissing(const Answers& answers, bool isOfColumns) {
+void tellMissingConditions(const Answers& answers) {
     MissingTold told;
-    std::size_t logs = 0;
+    for (const Answer& answer : answers) {
+        if (answer.isRead()) told.add(answer, answer.remarks().conditions);
+    }
+    told.requireSome(readCount(answers));
+    told.tell();
+}
+
+// A column may be one of logs in which nothing was found; those without it are none to tell.
+void tellMissingColumns(const Answers& answers) {
+    MissingTold all;
+    MissingTold told;
     for (const Answer& answer : answers) {
         if (!answer.isRead()) continue;
-        if (isOfColumns && answer.foundCount() == 0) continue;
-        ++logs;
-        told.add(answer, isOfColumns ? answer.remarks().columns : answer.remarks().conditions);
+        all.add(answer, answer.remarks().columns);
+        if (answer.foundCount() > 0) told.add(answer, answer.remarks().columns);
     }
-    told.tell(logs);
+    all.requireSome(readCount(answers));
+    told.tell();
+}
+
+// One that could not be read may be of the format that an option is for.
+void tellUnusedOptions(const Answers& answers, const Args& args) {
+    const std::vector<ReadingOption> options = readingOptionsOf(args);
+    MissingTold told;
+    for (const Answer& answer : answers) {
+        if (!answer.isRead()) continue;
+        std::vector<Missing> unused;
+        for (std::size_t i = 0; i < options.size(); ++i) {
+            if (options[i].isFor(answer.format)) continue;
+            const std::string what = options[i].notFor(answer.format);
+            unused.push_back({i, what, concat(answer.name(), ": ", what)});
+        }
+        told.add(answer, unused);
+    }
+    told.requireSome(askedCount(answers));
+    told.tell();
 }
 
 void tellEach(const Answers& answers) {
@@ -307,8 +344,7 @@ std::string footer(const Answers& answers, std::size_t shown, std::size_t hidden
     const std::size_t logs = readCount(answers);
     std::string text = concat(std::to_string(shown), " of ", counted(rows, "row"), " in ",
                               std::to_string(matchedLogs(answers)), " of ", counted(logs, "log"));
-    const auto asked = static_cast<std::size_t>(std::count_if(
-        answers.begin(), answers.end(), [](const Answer& answer) { return answer.isAsked; }));
+    const std::size_t asked = askedCount(answers);
     if (logs < asked) text += concat(", ", std::to_string(asked - logs), " not read");
     if (asked < answers.size()) {
         text += concat(", ", std::to_string(answers.size() - asked), " not looked into");
@@ -466,8 +502,9 @@ int run(const Args& args) {
     // The process ends with the command, and its memory with it.
     static Answers& answers = *new Answers(ask(wish.question, files.paths, args));
     tellEach(answers);
-    tellMissing(answers, false);
-    if (wish.question.columns == Question::Columns::named) tellMissing(answers, true);
+    tellUnusedOptions(answers, args);
+    tellMissingConditions(answers);
+    tellMissingColumns(answers);
     Printout out(args.text("output"));
     if (isSummed(args))
         printSums(answers, args, out);

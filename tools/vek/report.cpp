@@ -6,6 +6,7 @@
 #include "tools/vek/cli/outputs.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/reading.h"
+#include "tools/vek/cli/reading_options.h"
 #include "tools/vek/cli/say.h"
 #include "tools/vek/commands.h"
 

@@ -111,13 +111,13 @@ void requireOneNameEach(const std::vector<std::string>& paths) {
 }
 
 Log readForSql(const std::string& path, const Args& args) {
-    if (!args.has("write")) return readLog(path, args);
+    const Opening opening = openingFrom(args);
+    if (!args.has("write")) return readLog(path, opening);
     if (path == "-") {
         throw Failure{wrongUsage, "sql: the standard input is not written back; name a file"};
     }
     requireChangeable(path);
-    if (args.has("dry-run")) return readLogToCopy(path, args);
-    return readLogToChange(path, openingFrom(args));
+    return args.has("dry-run") ? readLogToCopy(path, opening) : readLogToChange(path, opening);
 }
 
 // The first log is called log, too.
@@ -127,6 +127,7 @@ std::vector<sql::NamedLog> readAll(const Words& words, const Args& args) {
         if (log.name.empty() || names.take(log.name)) continue;
         throw Failure{wrongUsage, "sql: two logs are called " + log.name};
     }
+    const std::string rate = wantedRate(args);
     std::vector<sql::NamedLog> logs;
     for (const NamedPath& log : words.logs) {
         std::vector<std::string> own;
@@ -135,6 +136,8 @@ std::vector<sql::NamedLog> readAll(const Words& words, const Args& args) {
         const bool isSame = own.size() == 1 && stem == firstName;
         if (!isSame) own.push_back(log.name.empty() ? names.unique(stem) : log.name);
         logs.push_back({readForSql(log.path, args), own});
+        requireUse(logs.back().log, args, words.logs.size());
+        tellOtherRate(logs.back().log, LogCounting(logs.back().log, rate));
         if (logs.size() > 1) tellSharedOptions(logs.front().log, logs.back().log, args);
     }
     return logs;

@@ -1,7 +1,6 @@
 #include "tools/vek/cli/reading.h"
 
 #include <filesystem>
-#include <map>
 
 #include <vekdb/formats/timecode.h>
 #include "formats/delimited/delimiters.h"
@@ -10,6 +9,7 @@
 #include "formats/reading/open_log.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/progress_bar.h"
+#include "tools/vek/cli/reading_options.h"
 #include "tools/vek/cli/say.h"
 
 namespace vek {
@@ -59,30 +59,6 @@ void tellProblems(const Log& log) {
     if (!log.notRead.empty()) say(log.notRead);
 }
 
-struct ReadingOption {
-    const char* name;
-    const char* formats;  ///< "|csv|" and so on, those that it is for
-    const char* what;
-};
-
-constexpr ReadingOption readingOptions[] = {
-    {"delimiter", "|csv|tsv|", "CSV and TSV"},
-    {"skip-lines", "|csv|tsv|xlsx|", "CSV, TSV and workbooks"},
-    {"no-header", "|csv|tsv|xlsx|", "CSV, TSV and workbooks"},
-    {"sheet", "|xlsx|", "workbooks"},
-};
-
-bool isFor(const ReadingOption& option, Format format) {
-    const std::string name = concat("|", formatName(format), "|");
-    return std::string_view(option.formats).find(name) != std::string_view::npos;
-}
-
-std::size_t countOfLogs(const Args& args) {
-    std::size_t count = 0;
-    for (const char* name : {"FILE", "OTHER", "IN", "A", "B"}) count += args.all(name).size();
-    return count;
-}
-
 Log told(Log log) {
     noteRead(log.bytesRead);
     tellProblems(log);
@@ -95,19 +71,6 @@ Log told(Log log, const Args& args) {
 }
 
 }  // namespace
-
-// What would change nothing was meant to do something. Of several logs one may have need of it;
-// of the others it is told.
-void requireUse(const Log& log, const Args& args) {
-    static std::map<std::string_view, std::size_t> idle;
-    for (const ReadingOption& option : readingOptions) {
-        if (!args.has(option.name) || isFor(option, log.format)) continue;
-        const std::string text = concat(log.name, ": --", option.name, " is for ", option.what,
-                                        ", and this is ", formatName(log.format));
-        if (++idle[option.name] >= countOfLogs(args)) throw Failure{wrongUsage, text};
-        say(text);
-    }
-}
 
 const Terms& programTerms() {
     return terms;
@@ -171,6 +134,10 @@ Log readLogToChange(const std::string& path, const Opening& opening) {
 Log readLogToChange(const Args& args, std::string_view argument) {
     requireChangeable(args.text(argument));
     return told(openLogToChange(args.text(argument), openingFrom(args)), args);
+}
+
+Log readLogToCopy(const std::string& path, const Opening& opening) {
+    return told(openLogToCopy(path, opening));
 }
 
 Log readLogToCopy(const std::string& path, const Args& args) {

@@ -17,10 +17,6 @@ const Terms& programTerms();
 
 /// Reads a log, and says what is wrong with it.
 Log readLog(const std::string& path, const Opening& opening);
-/// A Failure for an option that is not for the log's format; where there are several logs it is
-/// told, unless it is for none of them.
-void requireUse(const Log& log, const Args& args);
-
 /// The same as the command line says it, of which an option that is not for the log's format is
 /// refused; where there are several logs, it is told.
 Log readLog(const std::string& path, const Args& args);
@@ -41,6 +37,7 @@ Log readLogToChange(const Args& args, std::string_view argument = "FILE");
 /// The same for a copy with other rows or cells: the file itself stays as it is.
 Log readLogToCopy(const Args& args, std::string_view argument = "FILE");
 Log readLogToCopy(const std::string& path, const Args& args);
+Log readLogToCopy(const std::string& path, const Opening& opening);
 
 /// done, or found when the file was damaged.
 int readingResult(const Log& log);

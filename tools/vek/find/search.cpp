@@ -139,16 +139,12 @@ Selection Search::selectionFor(const Log& log, Answer& answer) const {
     return selection;
 }
 
-std::vector<unsigned> Search::columnsOf(const Log& log, Answer& answer) const {
-    using Columns = Question::Columns;
-    if (question_.columns == Columns::none) return {};
-    if (question_.columns == Columns::mapped) return mappedColumns(log);
-    if (question_.columns == Columns::all) return allColumns(log);
-    std::vector<unsigned> columns;
-    for (std::size_t i = 0; i < question_.names.size(); ++i) {
+// One for each name; noColumn where the log has none, which is noted.
+std::vector<unsigned> Search::namedColumns(const Log& log, Answer& answer) const {
+    std::vector<unsigned> columns(question_.names.size(), noColumn);
+    for (std::size_t i = 0; i < columns.size(); ++i) {
         try {
-            columns.push_back(log.requireColumn(question_.names[i]));
-            answer.addColumn({question_.names[i], log.columnName(columns.back())});
+            columns[i] = log.requireColumn(question_.names[i]);
         } catch (const Failure& failure) {
             answer.remark().columns.push_back(missing(i, failure));
         }
@@ -156,13 +152,26 @@ std::vector<unsigned> Search::columnsOf(const Log& log, Answer& answer) const {
     return columns;
 }
 
-void Search::addRows(const Log& log, const VDBView& view, Answer& answer) const {
-    const std::vector<unsigned> columns = columnsOf(log, answer);
-    if (question_.columns != Question::Columns::named) {
-        for (unsigned column : columns) {
-            answer.addColumn({keyOf(log, column), log.columnName(column)});
+std::vector<unsigned> Search::addColumns(const Log& log, std::vector<unsigned> named,
+                                         Answer& answer) const {
+    if (question_.columns == Question::Columns::named) {
+        for (std::size_t i = 0; i < named.size(); ++i) {
+            if (named[i] == noColumn) continue;
+            answer.addColumn({question_.names[i], log.columnName(named[i])});
         }
+        std::erase(named, noColumn);
+        return named;
     }
+    const bool isMapped = question_.columns == Question::Columns::mapped;
+    const std::vector<unsigned> columns = isMapped ? mappedColumns(log) : allColumns(log);
+    for (unsigned column : columns) {
+        answer.addColumn({keyOf(log, column), log.columnName(column)});
+    }
+    return columns;
+}
+
+void Search::addRows(const Log& log, const VDBView& view, const std::vector<unsigned>& columns,
+                     Answer& answer) const {
     answer.reserve(view->get_num_records(), bytesOf(log, view, columns));
     for (unsigned i = 0; i < view->get_num_records(); ++i) {
         const unsigned row = view->baseIndex(i);
@@ -180,8 +189,10 @@ Answer Search::ask(const std::string& path) {
         const Log log = openLog(path, opening_);
         answer.callOwn(log.name);
         answer.bytes = log.bytesRead;
+        answer.format = log.format;
         answer.rows = log.rowsInSource();
         noteProblems(log, answer);
+        std::vector<unsigned> named = namedColumns(log, answer);
         Selection selection = selectionFor(log, answer);
         selection.regexes = &regexes_;
         const bool hasSome = answer.remarks().conditions.size() < question_.conditionCount();
@@ -190,7 +201,7 @@ Answer Search::ask(const std::string& path) {
         const Selected selected = selectRows(log, selection);
         answer.count = selected.matched;
         if (answer.count > 0 && question_.columns != Question::Columns::none) {
-            addRows(log, selected.view, answer);
+            addRows(log, selected.view, addColumns(log, std::move(named), answer), answer);
         }
     } catch (const Failure& failure) {
         if (failure.kind != unreadable) throw;

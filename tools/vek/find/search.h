@@ -51,6 +51,7 @@ class Answer {
 public:
     bool isAsked = false;
     bool isWhole = true;  ///< false where rows of it could not be read
+    Format format = Format::table;
     std::size_t bytes = 0;
     std::size_t rows = 0;
     std::size_t count = 0;  ///< of the rows that match
@@ -117,8 +118,11 @@ public:
 
 private:
     Selection selectionFor(const Log& log, Answer& answer) const;
-    void addRows(const Log& log, const VDBView& view, Answer& answer) const;
-    std::vector<unsigned> columnsOf(const Log& log, Answer& answer) const;
+    void addRows(const Log& log, const VDBView& view, const std::vector<unsigned>& columns,
+                 Answer& answer) const;
+    std::vector<unsigned> namedColumns(const Log& log, Answer& answer) const;
+    std::vector<unsigned> addColumns(const Log& log, std::vector<unsigned> named,
+                                     Answer& answer) const;
 
     const Question& question_;
     Opening opening_;
