@@ -56,7 +56,7 @@ constexpr const char* commands[] = {
     "sort FILE --by COLUMN -o out.csv",
     "sort COPY --by COLUMN --reverse",
     "sample FILE 10% --seed 1 -o out.csv",
-    "split FILE --by COLUMN -o {COLUMN}.csv --dry-run --max-files 10000000",
+    "split FILE --by COLUMN -o {COLUMN}.csv --dry-run --max-files 100000",
     "set COPY COLUMN=q --every",
     "set COPY COLUMN={#}-{COLUMN|upper} --every",
     "set FILE COLUMN~s/(.)/\\1\\1/g --every --dry-run",
@@ -146,8 +146,8 @@ constexpr const char* commands[] = {
     "sort COPY --by COLUMN --backup",
     "sample FILE 5 --seed 7 -o out.vek",
     "sample FILE 50% --seed 2 -o out.json",
-    "split FILE --by COLUMN -o {COLUMN}.vek --dry-run --max-files 10000000",
-    "split FILE --by COLUMN -o {COLUMN}.json --dry-run --max-files 10000000",
+    "split FILE --by COLUMN -o {COLUMN}.vek --dry-run --max-files 100000",
+    "split FILE --by COLUMN -o {COLUMN}.json --dry-run --max-files 100000",
     "set COPY COLUMN= --every",
     "set COPY COLUMN=q --where COLUMN=1",
     "set COPY COLUMN={COLUMN|trim} --every --backup",
@@ -181,6 +181,68 @@ constexpr const char* commands[] = {
     "sql FILE 'SELECT * FROM log WHERE [COLUMN] = 1' -f json",
     "sql FILE small.csv 'SELECT count(*) FROM log'",
     "sql COPY 'UPDATE log SET [COLUMN] = 7 WHERE _row = 3' --write",
+    "show FILE --columns COLUMN,COLUMN --limit 3 --cards --wrap",
+    "show FILE --format arrow -o out.arrow",
+    "show FILE --max-cells 1000",
+    "show FILE --tagged --any --where COLUMN=1 --format csv",
+    "show FILE --where COLUMN<=2 --sort COLUMN,COLUMN --format json",
+    "info FILE --width 40",
+    "info FILE --sheet 2",
+    "check FILE --no-header",
+    "stats FILE --gauge 35 --where COLUMN=1",
+    "convert FILE - --to csv --no-header",
+    "convert FILE out.json.gz",
+    "convert FILE out.arrow",
+    "convert FILE out.ale --fps 24 --video-format 1080 --audio-format 48khz",
+    "convert FILE parts --to jsonl --partition COLUMN --part-size 1000 --dry-run",
+    "find COLUMN=1 FILE COPY -o out.csv",
+    "find --every FILE COPY -o out.vek",
+    "find --every FILE COPY -f json --jobs 1",
+    "find --every FILE -f html",
+    "find --every FILE -f markdown --columns COLUMN",
+    "find --every FILE --all --width 80",
+    "find --every FILE -o out.xlsx",
+    "find --at 01:00:00:00 FILE --limit 10",
+    "find COLUMN~1 FILE --files-with-matches --null",
+    "find --tagged FILE small.csv --any --where COLUMN=1 -f tsv",
+    "diff FILE COPY --key COLUMN --width 80",
+    "merge FILE COPY --key COLUMN -o out.json --prefer filled --yes --format json",
+    "append COPY small.csv FILE --yes --backup",
+    "append FILE COPY --dry-run --yes",
+    "dedupe COPY --by COLUMN,COLUMN --backup",
+    "sort COPY --by COLUMN,COLUMN --reverse --dry-run",
+    "sample COPY 10 --seed 3 --every",
+    "sample FILE 10% --seed 3 --where COLUMN=1 --dry-run",
+    "split FILE --by COLUMN,COLUMN -o part_{COLUMN|lower}.csv --overwrite --max-files 20",
+    "split FILE --by COLUMN -o {COLUMN}.ale --fps 24 --dry-run --max-files 100000",
+    "split FILE --by COLUMN -o {COLUMN} --dry-run --backup --max-files 100000",
+    "set COPY COLUMN={#} --every --start 10 --step 5 --digits 8",
+    "set FILE COLUMN=q --every -o out.json",
+    "set COPY COLUMN=q --unique COLUMN",
+    "set COPY COLUMN={COLUMN}{COLUMN} --duplicates COLUMN --dry-run",
+    "tag COPY --unique COLUMN",
+    "tag COPY --duplicates COLUMN --dry-run",
+    "tag COPY --clear --backup",
+    "untag COPY --every --dry-run",
+    "delete COPY --duplicates COLUMN",
+    "delete COPY --at 01:00:00:00 --backup",
+    "column rename COPY upper",
+    "column order COPY COLUMN --dry-run",
+    "param set COPY A --backup b",
+    "timecode duration FILE --fps 25 --as frames --into New --dry-run",
+    "timecode conform FILE 24 --fps 25 --keep frames --round down -o out.csv",
+    "timecode shift FILE 12 --fps 25 --where COLUMN=1 -o out.vek",
+    "container create FILE --dry-run",
+    "container add COPY 910a2debbeeb8da0f893a2ed71c1868f00004d",
+    "report FILE --all --lanes COLUMN -o page.html --fps 25",
+    "report FILE COPY --gauge 16 -o page.html",
+    "sql FILE 'SELECT * FROM log' --as other=small.csv --cards",
+    "sql FILE COPY 'SELECT * FROM log ORDER BY _row DESC' -f vekdb -o out.vek",
+    "sql FILE 'SELECT a.* FROM log a JOIN log b USING ([COLUMN]) LIMIT 3'",
+    "sql COPY 'UPDATE log SET [COLUMN] = _row' --write",
+    "sql COPY 'INSERT INTO log ([COLUMN]) SELECT [COLUMN] FROM log' --write",
+    "sql COPY 'DELETE FROM log' --write --backup",
+    "man show",
     "completions bash",
 };
 
@@ -293,7 +355,9 @@ private:
         const Cost cost = costOf(folder_, words);
         ++runs_;
         const bool isEnd = WIFEXITED(cost.status) && WEXITSTATUS(cost.status) <= 4;
-        const bool isTwo = std::count(words.begin(), words.end(), name_) > 1;
+        const bool isTwo = std::count_if(words.begin(), words.end(), [this](const auto& word) {
+                               return word == name_ || word == "copy-" + name_;
+                           }) > 1;
         const long most = bounds_.megabytes + (isTwo ? bounds_.moreOfTwo : 0);
         const bool isSmall = isSanitized || cost.megabytes <= most;
         const bool isQuick = isSanitized || cost.seconds <= bounds_.seconds;
@@ -381,17 +445,35 @@ TEST(HostileFiles, WithAProblemInEachRowTakeNoMuchMoreMemory) {
     }
 }
 
+// Of the damaged ones, too: they are written anew.
 TEST(HostileFiles, OfManyValuesAreSplitWithoutGoingThroughAllRowsForEach) {
     const WorkFolder folder;
-    std::string text = "a\n";
-    for (int i = 0; i < (isSanitized ? 500 : 50000); ++i) text += std::to_string(i) + "x\n";
-    folder.write("values.csv", text);
-    const Cost cost = costOf(
-        folder, shellWords("split values.csv --by a -o {a}.csv --dry-run --max-files 1000000"));
-    EXPECT_EQ(cost.status, 0);
-    if (isSanitized) return;
-    EXPECT_LE(cost.seconds, 2);
-    EXPECT_LE(cost.megabytes, 100);
+    const int rows = isSanitized ? 500 : 50000;
+    const std::string heading =
+        "\"VEKDB:Rev 1\"\n\"VEKDB\"\n\"4\",\"4\"\n\"text\",\"text\"\n\"a\",\"b\"\n";
+    std::string csv = "a\n";
+    std::string table = heading;
+    std::string damaged = heading;
+    for (int i = 0; i < rows; ++i) {
+        const std::string value = std::to_string(i) + "x";
+        csv += value + "\n";
+        table += "\"" + value + "\",\"1\"\n";
+        damaged += "\"" + value + "\"\n";
+    }
+    folder.write("values.csv", csv);
+    folder.write("values.vek", table);
+    folder.write("damaged.vek", damaged);
+    for (const char* words :
+         {"values.csv --by a -o {a}.csv", "values.csv --by a -o {a}.vek",
+          "values.vek --by a -o {a}.vek", "values.vek --by a -o {a}.vek --where b=1 --fps 25",
+          "damaged.vek --by a -o {a}.vek"}) {
+        const Cost cost =
+            costOf(folder, shellWords(std::string("split --dry-run --max-files 1000000 ") + words));
+        EXPECT_TRUE(WIFEXITED(cost.status) && WEXITSTATUS(cost.status) <= 1) << words;
+        if (isSanitized) continue;
+        EXPECT_LE(cost.seconds, 2) << words;
+        EXPECT_LE(cost.megabytes, 100) << words;
+    }
 }
 
 // Rows of another length than the columns are kept as they are read line by line.

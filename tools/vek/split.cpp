@@ -1,8 +1,11 @@
 
 #include <algorithm>
 #include <deque>
+#include <filesystem>
 #include <unordered_map>
+#include <unordered_set>
 
+#include <vekdb/column_sizes.h>
 #include "formats/changing/cell_template.h"
 #include "formats/changing/file_names.h"
 #include "formats/formats.h"
@@ -22,6 +25,8 @@
 namespace vek {
 
 namespace {
+
+namespace fs = std::filesystem;
 
 constexpr std::size_t mostFiles = 1000;
 constexpr std::size_t mostTold = 20;
@@ -105,12 +110,27 @@ private:
     std::size_t told_ = 0;
 };
 
-void requireFolder(const std::string& path) {
+std::string folderOf(const std::string& path) {
     const std::size_t slash = path.rfind('/');
-    const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
+}
+
+void requireFolder(const std::string& path) {
+    const std::string folder = folderOf(path);
     if (isThere(folder)) return;
     throw Failure{unwritable, concat(path, ": there is no folder ", folder,
                                      ", nothing is written; make the folder first")};
+}
+
+// Whether a file can be made where none is, its folder says for all of them.
+void requireAllWritable(const Pieces& pieces) {
+    std::unordered_set<std::string> folders;
+    for (const Piece& piece : pieces) {
+        std::error_code ignored;
+        const bool isFree =
+            fs::symlink_status(piece.path, ignored).type() == fs::file_type::not_found;
+        if (!isFree || folders.insert(folderOf(piece.path)).second) requireWritable(piece.path);
+    }
 }
 
 using Places = std::unordered_map<std::string, const std::string*>;
@@ -132,8 +152,9 @@ void requireFree(const Log& log, const Pieces& pieces, const Args& args) {
     const bool overwrites = args.has("overwrite");
     std::size_t count = 0;
     Places places;
+    std::unordered_set<std::string> folders;
     for (const Piece& piece : pieces) {
-        requireFolder(piece.path);
+        if (folders.insert(folderOf(piece.path)).second) requireFolder(piece.path);
         const auto [other, isNew] = places.try_emplace(placeOf(piece.path), &piece.path);
         if (!isNew) {
             throw Failure{unwritable, concat(*other->second, " and ", piece.path,
@@ -165,7 +186,11 @@ struct Draft {
 class Writer {
 public:
     Writer(const Log& log, const Args& args, Format target)
-        : log_(log), args_(args), target_(target), backsUp_(args.has("backup")) {}
+        : log_(log),
+          args_(args),
+          target_(target),
+          backsUp_(args.has("backup")),
+          sizes_(*log.table) {}
 
     /// Says and refuses what would be said and refused, one file after the other.
     void tryOut(const Pieces& pieces) {
@@ -235,6 +260,7 @@ private:
     const Args& args_;
     Format target_;
     bool backsUp_;
+    ColumnSizes sizes_;      // which the heading of each table file says, whatever rows it has
     std::size_t lossy_ = 0;  // files that could not take everything
     std::deque<Draft> drafts_;
 };
@@ -272,7 +298,7 @@ int run(const Args& args) {
     const std::string summary = concat(log.name, ": ", counted(view->get_num_records(), "row"),
                                        " in ", counted(pieces.size(), "file"));
     if (args.has("dry-run")) {
-        for (const Piece& piece : pieces) requireWritable(piece.path);
+        requireAllWritable(pieces);
         Writer(log, args, target).tryOut(pieces);
         std::vector<PlannedFile> plan;
         for (const Piece& piece : pieces) plan.push_back({piece.path, piece.rows.size()});

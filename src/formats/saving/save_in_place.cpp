@@ -295,11 +295,11 @@ std::vector<unsigned> allRows(const Log& log) {
     return rows;
 }
 
-// Where the rows stand; looked for where that was not known before.
-const RowPlaces& placesOf(const Log& log, RowPlaces& found) {
-    const RowPlaces& known = log.source->places;
-    if (known.areKnown() || !isReadByLibrary(log.format)) return known;
-    return found = placesByLines(log);
+// Where the rows stand; looked for where that was not known before, and once for all of many files.
+const RowPlaces& placesOf(const InPlace& now, RowPlaces& found) {
+    RowPlaces& known = now.log.source->places;
+    if (known.areKnown() || !isReadByLibrary(now.log.format)) return known;
+    return (now.isPiece ? known : found) = placesByLines(now.log);
 }
 
 PatchedText patched(const Saving& saving, const RowPlaces& places, const InPlace& now) {
@@ -355,7 +355,7 @@ bool writeInPlace(const InPlace& now, bool mayStay, Output& out, Losses& losses)
     const Rewriting rewriting = rewriteTable(saving, now, mayStay, out);
     if (rewriting != Rewriting::notPossible) return rewriting == Rewriting::done;
     RowPlaces found;
-    const RowPlaces& places = placesOf(log, found);
+    const RowPlaces& places = placesOf(now, found);
     PatchedText text = patched(saving, places, now);
     if (mayStay && text.isFile(places.size())) return false;
     requireSameReading(log, text, out.name(), now.isPiece ? &losses : nullptr);

@@ -1,6 +1,8 @@
 #include "formats/table_file/exact_cells.h"
 
+#include <algorithm>
 #include <charconv>
+#include <tuple>
 
 #include <vekdb/host/text_file.h>
 #include <vekdb/host/text_util.h>
@@ -136,6 +138,11 @@ void restoreExactCells(Log& log) {
             rest.remove_prefix(std::min(end + 1, rest.size()));
         }
     }
+    if (!log.source) return;
+    std::vector<Source::Cell>& cells = log.source->exactCells;
+    std::stable_sort(cells.begin(), cells.end(), [](const Source::Cell& a, const Source::Cell& b) {
+        return std::tie(a.row, a.column) < std::tie(b.row, b.column);
+    });
 }
 
 }  // namespace vek::formats

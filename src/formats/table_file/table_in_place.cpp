@@ -103,11 +103,28 @@ private:
     std::string text_;
 };
 
+// Where rows of a log stand among those that are written.
+class RowsAsWritten {
+public:
+    explicit RowsAsWritten(const std::vector<unsigned>& rows) {
+        rows_.reserve(rows.size());
+        for (unsigned i = 0; i < rows.size(); ++i) rows_.emplace_back(rows[i], i);
+        if (!std::is_sorted(rows_.begin(), rows_.end())) std::sort(rows_.begin(), rows_.end());
+    }
+
+    // noColumn for a row that is not written.
+    unsigned placeOf(unsigned row) const {
+        const auto at = std::lower_bound(rows_.begin(), rows_.end(), std::pair(row, 0U));
+        return at == rows_.end() || at->first != row ? noColumn : at->second;
+    }
+
+private:
+    std::vector<std::pair<unsigned, unsigned>> rows_;
+};
+
 class TableInPlace : public RowsInPlace {
 public:
-    explicit TableInPlace(const Saving& saving)
-        : saving_(saving),
-          isLooked_(saving.log.source->exactCells.empty() ? 0 : saving.log.rowCount()) {}
+    explicit TableInPlace(const Saving& saving) : saving_(saving) {}
 
     // A cell that a table file changes reads as another one, which a note puts right.
     bool reads(std::string_view piece, unsigned row) override {
@@ -178,7 +195,7 @@ private:
     }
 
     void noteLooked(unsigned row) {
-        if (!isLooked_.empty()) isLooked_[row] = 1;
+        if (!saving_.log.source->exactCells.empty()) looked_.push_back(row);
     }
 
     // As a reader of the file finds them.
@@ -216,25 +233,38 @@ private:
         for (const ExactCell& cell : changed_) {
             cells.push_back({rows().view->baseIndex(cell.row), cell.column, cell.value});
         }
-        for (const Source::Cell& cell : saving_.log.source->exactCells) {
-            if (isLooked_[cell.row]) continue;
-            cells.push_back({cell.row, cell.column, cell.value});
-        }
-        if (!cells.empty()) findPlaces();
-        for (ExactCell& cell : cells) cell.row = placeOf(cell.row);
-        std::erase_if(cells, [](const ExactCell& cell) { return cell.row == noColumn; });
+        putInPlace(cells);
+        addThoseNotLookedAt(cells);
         std::sort(cells.begin(), cells.end(), [](const ExactCell& a, const ExactCell& b) {
             return std::tie(a.row, a.column) < std::tie(b.row, b.column);
         });
         return cells;
     }
 
-    void findPlaces() {
-        places_.assign(saving_.log.rowCount(), noColumn);
-        for (unsigned i = 0; i < all().size(); ++i) places_[all()[i]] = i;
+    void putInPlace(std::vector<ExactCell>& cells) const {
+        if (cells.empty()) return;
+        const RowsAsWritten written(all());
+        for (ExactCell& cell : cells) cell.row = written.placeOf(cell.row);
+        std::erase_if(cells, [](const ExactCell& cell) { return cell.row == noColumn; });
     }
 
-    unsigned placeOf(unsigned row) const { return places_[row]; }
+    // Of the many files that a log becomes each has few rows, and the log may have many such cells.
+    void addThoseNotLookedAt(std::vector<ExactCell>& cells) {
+        const std::vector<Source::Cell>& came = saving_.log.source->exactCells;
+        if (came.empty()) return;
+        std::sort(looked_.begin(), looked_.end());
+        for (unsigned i = 0; i < all().size(); ++i) {
+            const unsigned row = all()[i];
+            auto cell = std::lower_bound(
+                came.begin(), came.end(), row,
+                [](const Source::Cell& one, unsigned wanted) { return one.row < wanted; });
+            if (cell == came.end() || cell->row != row) continue;
+            if (std::binary_search(looked_.begin(), looked_.end(), row)) continue;
+            for (; cell != came.end() && cell->row == row; ++cell) {
+                cells.push_back({i, cell->column, cell->value});
+            }
+        }
+    }
 
     Saving saving_;
     dbrecord read_{0};
@@ -243,8 +273,7 @@ private:
     TextFile lines_;
     std::vector<ExactCell> changed_;  // by the rows that are written
     std::vector<ExactCell> exact_;    // of pieces that read as their row with a note
-    std::vector<char> isLooked_;  // rows whose cells are known from these two, where any was noted
-    std::vector<unsigned> places_;
+    std::vector<unsigned> looked_;    // rows whose cells are known from these two, if any was noted
 };
 
 }  // namespace

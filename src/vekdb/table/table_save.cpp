@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <string>
 
+#include <vekdb/column_sizes.h>
 #include <vekdb/host/text_file.h>
 #include <vekdb/host/text_util.h>
 #include <vekdb/table.h>
@@ -8,7 +9,6 @@
 #include "host/lines_to_save.h"
 #include "vekdb/lines/table_text.h"
 #include "vekdb/record/record_access.h"
-#include "vekdb/rows/field_sizes.h"
 #include "vekdb/table/table_parts.h"
 
 namespace {
@@ -64,23 +64,6 @@ void appendWidths(TextFile& file, const vekdb& table, unsigned columns) {
     }
     file.appendLine(widths.text());
 }
-
-// While this lives the table knows the sizes of all columns, found in one pass over the rows,
-// and asking for one column after the other costs nothing.
-class KnownSizes {
-public:
-    explicit KnownSizes(TableParts& parts)
-        : parts_(parts), sizes_(longestValues(parts.rows, parts.columns.count())) {
-        parts_.knownSizes = &sizes_;
-    }
-    ~KnownSizes() { parts_.knownSizes = nullptr; }
-    KnownSizes(const KnownSizes&) = delete;
-    KnownSizes& operator=(const KnownSizes&) = delete;
-
-private:
-    TableParts& parts_;
-    std::vector<unsigned> sizes_;
-};
 
 // Storing tags for a save is no modification of the table.
 class KeepModified {
@@ -139,7 +122,7 @@ void vekdb::save_params(TextFile& file) const {
 void vekdb::save_column_header(TextFile& file, bool namesOnly) const {
     const ColumnList& columns = parts().columns;
     if (!namesOnly) {
-        const KnownSizes sizes(*parts_);
+        const ColumnSizes sizes(*this);
         file.appendLine("\"VEKDB\"");
         appendWidths(file, *this, columns.count());
         appendTypes(file, columns);
