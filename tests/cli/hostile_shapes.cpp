@@ -86,6 +86,12 @@ const std::vector<HostileShape> delimitedShapes = {
      }},
     {"values.csv", "a",
      [](size_t n) { return counted("a,b\n", n, [](const string& i) { return i + "x,1\n"; }); }},
+    {"values.tsv", "a",
+     [](size_t n) { return counted("a\tb\n", n, [](const string& i) { return i + "x\t1\n"; }); }},
+    {"texts.csv", "b",
+     [](size_t n) {
+         return counted("a,b\n", n, [](const string& i) { return "\"x\ny\"," + i + "\n"; });
+     }},
     {"same.csv", "a", [](size_t n) { return filled("a,b\n", "the same,1\n", n); }},
     {"wide.csv", "c0",
      [](size_t n) { return filled(names(columnsIn(n), "c", ",") + "\n", "1,", n) + "\n"; }},
@@ -139,6 +145,10 @@ const std::vector<HostileShape> jsonShapes = {
      }},
     {"one_key.json", "k",
      [](size_t n) { return withoutComma(filled("[{", "\"k\":1,", n)) + "}]"; }},
+    {"values.jsonl", "a",
+     [](size_t n) {
+         return counted("", n, [](const string& i) { return "{\"a\":\"" + i + "x\",\"b\":1}\n"; });
+     }},
     {"empty.jsonl", "a", [](size_t n) { return filled("", "{}\n", n); }},
     {"rows.json", "a",
      [](size_t n) { return withoutComma(filled("[", "{\"a\":1,\"b\":\"x\"},", n)) + "]"; }},
@@ -151,6 +161,12 @@ const std::vector<HostileShape> jsonShapes = {
 
 const std::vector<HostileShape> listShapes = {
     {"events.edl", "Reel", [](size_t n) { return filled(editList, event, n); }},
+    {"values.edl", "Reel",
+     [](size_t n) {
+         return counted(editList, n, [](const string& i) {
+             return "001  R" + i + " V C 01:00:00:00 01:00:01:00 02:00:00:00 02:00:01:00\n";
+         });
+     }},
     {"comments.edl", "Reel", [](size_t n) { return filled(editList + event, "* x\n", n); }},
     {"no_events.edl", "Reel", [](size_t n) { return filled(editList, "* x\n", n); }},
     {"odd.edl", "Reel", [](size_t n) { return filled(editList + event, "1 A V C\n", n); }},
@@ -162,6 +178,11 @@ const std::vector<HostileShape> listShapes = {
     {"titles.edl", "Reel", [](size_t n) { return filled("", "TITLE: x\n", n); }},
     {"rows.ale", "Name",
      [](size_t n) { return filled("Heading\nFPS\t24\n\nColumn\nName\n\nData\n", "a\n", n); }},
+    {"values.ale", "Name",
+     [](size_t n) {
+         return counted("Heading\nFPS\t24\n\nColumn\nName\n\nData\n", n,
+                        [](const string& i) { return i + "x\n"; });
+     }},
     {"heading.ale", "Name",
      [](size_t n) {
          return counted("Heading\n", n, [](const string& i) { return "k" + i + "\tv\n"; }) +
@@ -178,6 +199,28 @@ const std::vector<HostileShape> listShapes = {
 
 const std::vector<HostileShape> tableShapes = {
     {"rows.vek", "a", [](size_t n) { return filled(table, "\"x\",\"1\"\n", n); }},
+    {"values.vek", "a",
+     [](size_t n) {
+         return counted(table, n, [](const string& i) { return "\"" + i + "x\",\"1\"\n"; });
+     }},
+    {"short_values.vek", "a",
+     [](size_t n) { return counted(table, n, [](const string& i) { return i + "x\n"; }); }},
+    {"notes.vek", "a",
+     [](size_t n) {
+         return counted("\"VEKDB:Rev 1\"\n\"vek exact cells:1:2=1%20;3:2=1%20;\"\n" +
+                            table.substr(table.find('\n') + 1),
+                        n, [](const string& i) { return "\"" + i + "x\",\"1\"\n"; });
+     }},
+    {"codes.vek", "Start",
+     [](size_t n) {
+         return filled("\"VEKDB:Rev 1\"\n\"VEKDB\"\n\"4\"\n\"timecode\"\n\"Start\"\n", "x\n", n);
+     }},
+    {"items.vek", "Cookie",
+     [](size_t n) {
+         return counted(
+             "\"VEKDB:Rev 1\"\n\"VEKDB\"\n\"38\"\n\"text\"\n\"Cookie\"\n", n,
+             [](const string& i) { return "\"" + string(38 - i.size(), '0') + i + "\"\n"; });
+     }},
     {"plain.vek", "a", [](size_t n) { return filled(table, "x\n", n); }},
     {"long_row.vek", "a",
      [](size_t n) {
@@ -204,6 +247,12 @@ const std::vector<HostileShape> timelineShapes = {
     {"nested.otio", "Clip Name",
      [](size_t n) {
          return timeline(nested("{\"OTIO_SCHEMA\":\"Stack.1\",\"children\":[", clip, "]}", n));
+     }},
+    {"values.otio", "Clip Name",
+     [](size_t n) {
+         return timeline(withoutComma(counted("", n, [](const string& i) {
+             return "{\"OTIO_SCHEMA\":\"Clip.1\",\"name\":\"" + i + "\"},";
+         })));
      }},
     {"markers.otio", "Clip Name",
      [](size_t n) {
