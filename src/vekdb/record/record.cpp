@@ -255,7 +255,12 @@ void dbrecord::removeField(unsigned short index) {
 
 // Takes the memory that removing a value needs; the removal itself cannot fail afterwards.
 void dbrecord::prepareRemoval(unsigned index) {
-    if (index + 1 < stored_) ownStrings(stored_).makeStrings(index + 1, stored_);
+    if (index + 1 >= stored_) return;
+    if (storage_ == Storage::slices) {
+        values_.strings = RecordStrings::standing(values_.slices, stored_);
+        storage_ = Storage::strings;
+    }
+    if (!values_.strings->mayLeaveOut()) ownStrings(stored_).makeStrings(index + 1, stored_);
 }
 
 void dbrecord::resizeRecord(int count, const int* widths, bool) {

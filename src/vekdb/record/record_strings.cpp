@@ -63,6 +63,7 @@ RecordStrings* RecordStrings::copy(const RecordStrings& other, unsigned room) {
         other.under->store->addReferences(1);
         copy->under = other.under;
         copy->underCount = other.underCount;
+        copy->leftOut = other.leftOut;
     }
     return guard.release();
 }
@@ -72,6 +73,11 @@ RecordStrings* RecordStrings::over(const LineSlices* slices, unsigned count, uns
     strings->under = slices;
     strings->underCount = static_cast<unsigned short>(count);
     return strings;
+}
+
+RecordStrings* RecordStrings::standing(const LineSlices* slices, unsigned count) {
+    void* block = ::operator new(sizeof(RecordStrings));
+    return new (block) RecordStrings{slices, nullptr, static_cast<unsigned short>(count), 0};
 }
 
 RecordStrings* RecordStrings::patched(const LineSlices* slices, unsigned count, unsigned index,
@@ -91,6 +97,7 @@ RecordStrings* RecordStrings::grown(RecordStrings* strings, unsigned room) {
     RecordStrings* larger = make(std::max<unsigned>(room, strings->underCount));
     larger->under = std::exchange(strings->under, nullptr);
     larger->underCount = strings->underCount;
+    larger->leftOut = strings->leftOut;
     for (unsigned i = 0; i < strings->room; ++i) {
         larger->values()[i] = std::move(strings->values()[i]);
         larger->own()[i] = strings->own()[i];
@@ -166,7 +173,18 @@ void RecordStrings::makeStrings(unsigned first, unsigned count) {
     }
 }
 
+// The patch of the value that goes stands for none any more.
+void RecordStrings::leaveOut(unsigned i) {
+    for (ValuePatch* patch = patches; patch != nullptr; patch = patch->next) {
+        if (patch->index == i) patch->index = ValuePatch::noValue;
+        if (patch->index > i && patch->index != ValuePatch::noValue) --patch->index;
+    }
+    leftOut = static_cast<unsigned short>(i);
+    --underCount;
+}
+
 void RecordStrings::erase(unsigned i, unsigned count) {
+    if (mayLeaveOut()) return leaveOut(i);
     makeStrings(i + 1, count);
     for (unsigned k = i; k + 1 < count; ++k) {
         set(k, std::move(string(k + 1)));

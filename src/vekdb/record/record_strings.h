@@ -36,7 +36,9 @@ struct RecordStrings {
     static RecordStrings* copy(const RecordStrings& other, unsigned room);
     /// `slices` keep their reference: it passes to the strings.
     static RecordStrings* over(const LineSlices* slices, unsigned count, unsigned room);
-    /// The same with no room and one value patched, of at most `longestPatch`.
+    /// The same with no room: every value stands for its slice.
+    static RecordStrings* standing(const LineSlices* slices, unsigned count);
+    /// The same with one value patched, of at most `longestPatch`.
     static RecordStrings* patched(const LineSlices* slices, unsigned count, unsigned index,
                                   std::string_view value);
     /// The same strings with more room; what stood in for slices stays where it is.
@@ -56,10 +58,14 @@ struct RecordStrings {
     void cut(unsigned count);
     /// Makes a string of every value of `count` from `first` on.
     void makeStrings(unsigned first, unsigned count);
-    /// Takes out one value of `count`. Takes no memory where those behind it are strings.
+    /// Whether a value can be taken out and those behind it go on standing for their slices.
+    bool mayLeaveOut() const { return room == 0 && leftOut == none; }
+    /// Takes out one value of `count`. Takes no memory where one may be left out, or those behind
+    /// it are strings.
     void erase(unsigned i, unsigned count);
 
     static constexpr std::size_t longestPatch = 1000;
+    static constexpr unsigned short none = 0xFFFF;
 
     String* values() { return reinterpret_cast<String*>(this + 1); }
     const String* values() const { return reinterpret_cast<const String*>(this + 1); }
@@ -70,18 +76,20 @@ struct RecordStrings {
     ValuePatch* patches;
     unsigned short underCount;
     unsigned short room;
+    unsigned short leftOut = none;  // of `under`, the value that no value stands for
 
 private:
     bool standsUnder(unsigned i) const { return i < underCount && (room == 0 || !own()[i]); }
     std::string_view underView(unsigned i) const {
         const ValuePatch* found = patchOf(i);
-        return found != nullptr ? found->view() : under->view(i);
+        return found != nullptr ? found->view() : under->view(i < leftOut ? i : i + 1);
     }
     ValuePatch* patchOf(unsigned i) const {
         ValuePatch* found = patches;
         while (found != nullptr && found->index != i) found = found->next;
         return found;
     }
+    void leaveOut(unsigned i);
     bool hasEnoughPatches() const;
     /// Whether the block is that of one of the patches.
     bool hasBlock(const void* block) const;

@@ -11,6 +11,9 @@
 #include <vekdb/record.h>
 #include "vekdb/record/line_store.h"
 #include "vekdb/record/record_access.h"
+#include "vekdb/record/value_copies.h"
+
+#include "testing/random.h"
 
 // A record that stands on slices of its file's text behaves as one of strings does.
 namespace {
@@ -155,6 +158,71 @@ TEST_F(OnSlices, RemovingTheLastValueLeavesTheRest) {
     EXPECT_EQ(2, record.get_num_fields());
     EXPECT_STREQ("A001", record.get_field(0));
     EXPECT_EQ(nullptr, record.get_field(2));
+}
+
+TEST_F(OnSlices, TextsThatWereAskedForStayWhereTheyAreWhenAnotherValueIsRemoved) {
+    const char* last = record.get_field(2);
+    record.removeField(0);
+    EXPECT_EQ(last, record.get_field(1));
+    record.removeField(0);
+    EXPECT_STREQ("slate 12", last);
+    EXPECT_STREQ("slate 12", record.get_field(0));
+    EXPECT_EQ(1, record.get_num_fields());
+}
+
+TEST_F(OnSlices, APatchGoesAlongWhenAnotherValueIsRemovedAndGoesWithItsOwn) {
+    record.set_field(1, "patched");
+    record.set_field(2, "last");
+    dbrecord other(record);
+    record.removeField(0);
+    EXPECT_STREQ("patched", record.get_field(0));
+    EXPECT_STREQ("last", record.get_field(1));
+    other.removeField(1);
+    EXPECT_STREQ("A001", other.get_field(0));
+    EXPECT_STREQ("last", other.get_field(1));
+}
+
+TEST_F(OnSlices, ACopyOfARecordWithoutAValueHasTheOthersToo) {
+    record.removeField(0);
+    dbrecord copy(record);
+    copy.set_field(0, "x");
+    EXPECT_STREQ("x", copy.get_field(0));
+    EXPECT_STREQ("slate 12", copy.get_field(1));
+    EXPECT_STREQ("slate 12", copy.getField(1).c_str());
+}
+
+// Every operation on slices gives what it gives on strings.
+TEST(SlicesBesideStrings, AreTheSameWhateverIsRemovedSetAndAppended) {
+    testing_support::Random random;
+    for (int i = 0; i < 2000; ++i) {
+        const unsigned count = 1 + static_cast<unsigned>(random.below(6));
+        dbrecord onSlices(0);
+        dbrecord onStrings(static_cast<unsigned short>(count));
+        std::vector<std::string> texts;
+        std::vector<std::string_view> values;
+        for (unsigned k = 0; k < count; ++k) texts.push_back(random.text("ab", 5));
+        for (const std::string& text : texts) values.push_back(text);
+        ValueCopies copies;
+        copies.give(onSlices, values.data(), count);
+        for (unsigned k = 0; k < count; ++k) onStrings.set_field(static_cast<int>(k), texts[k]);
+        for (int step = 0; step < 12; ++step) {
+            const auto at = static_cast<unsigned short>(random.below(count + 1));
+            const std::string text = random.text("xyz", 5);
+            const auto what = random.below(5);
+            dbrecord copyOfSlices(onSlices);
+            for (dbrecord* record : {&onSlices, &onStrings}) {
+                if (what == 0) record->removeField(at);
+                if (what == 1) record->set_field(at, text);
+                if (what == 2) record->setField(at, LightweightString<char>(text));
+                if (what == 3) record->getField(at);
+                if (what == 4) RecordAccess::append(*record, text);
+            }
+            ASSERT_EQ(onStrings.get_num_fields(), onSlices.get_num_fields());
+            for (unsigned k = 0; k < onStrings.get_num_fields(); ++k) {
+                ASSERT_EQ(onStrings.fieldView(k), onSlices.fieldView(k)) << k;
+            }
+        }
+    }
 }
 
 TEST_F(OnSlices, AppendedValuesFollow) {
