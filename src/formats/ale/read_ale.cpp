@@ -9,6 +9,8 @@ namespace vek::formats {
 
 namespace {
 
+constexpr std::string_view delimiterEntry = "FIELD_DELIM";
+
 // A log exchange file: a Heading of name/value pairs, a Column line and the rows behind Data.
 class AleReader {
 public:
@@ -64,25 +66,26 @@ private:
 
     // FIELD_DELIM and, behind whatever mark, what separates the cells.
     bool takeDelimiter(std::string_view line) {
-        constexpr std::string_view name = "FIELD_DELIM";
-        if (!sameText(line.substr(0, name.size()), name) || line.size() <= name.size() + 1) {
+        if (!sameText(line.substr(0, delimiterEntry.size()), delimiterEntry) ||
+            line.size() <= delimiterEntry.size() + 1) {
             return false;
         }
-        const std::string_view value = line.substr(name.size() + 1);
-        const std::optional<char> delimiter = aleDelimiter(value);
-        if (!delimiter) {
-            reportDelimiter(value);
-            return false;
-        }
-        delimiter_ = *delimiter;
-        if (delimiter_ != '\t') log_.form.delimiter = delimiter_;
-        entries_.push_back({walk_.number(), {name, value}});
+        const std::string_view value = line.substr(delimiterEntry.size() + 1);
+        const bool isAlone = value.find('\t') == value.npos;
+        if (isAlone || aleDelimiter(value)) settleDelimiter(value);
+        if (!aleDelimiter(value)) return false;
+        entries_.push_back({walk_.number(), {delimiterEntry, value}});
         return true;
     }
 
+    void settleDelimiter(std::string_view value) {
+        const std::optional<char> delimiter = aleDelimiter(value);
+        if (!delimiter) return reportDelimiter(value);
+        delimiter_ = *delimiter;
+        if (delimiter_ != '\t') log_.form.delimiter = delimiter_;
+    }
+
     void reportDelimiter(std::string_view value) {
-        // Several entries may stand on one line.
-        if (value.find('\t') != std::string_view::npos) return;
         log_.report([&]() -> Problem {
             return {walk_.number(), "", "FIELD_DELIM " + inQuotes(value),
                     "TABS, COMMAS, SPACES, another such name, or the mark itself",
@@ -98,7 +101,12 @@ private:
             entries_.push_back({walk_.number(), {line.substr(0, mark), line.substr(mark + 1)}});
             return;
         }
-        for (const AleEntry& entry : aleEntries(line)) entries_.push_back({walk_.number(), entry});
+        const std::vector<AleEntry> entries = aleEntries(line);
+        for (const AleEntry& entry : entries) {
+            const bool isDelimiter = entries.size() > 1 && sameText(entry.name, delimiterEntry);
+            if (isDelimiter) settleDelimiter(entry.value);
+            entries_.push_back({walk_.number(), entry});
+        }
     }
 
     void readColumns() {

@@ -26,7 +26,7 @@ public:
     }
 
     bool areText() {
-        if (isHeadingOfLines()) return false;
+        if (isQuotedHeading()) return false;
         for (std::size_t quote = text_.find('"'); quote < text_.size();
              quote = text_.find('"', quote)) {
             quote = beginsCell(quote) ? behindQuoted(quote) : behindPlain(quote);
@@ -98,12 +98,12 @@ private:
         return text_.size();
     }
 
-    // Whether a name has an end of a line between its quotes, and what follows has a cell for each
-    // name that there is then, other than the first line.
-    bool isHeadingOfLines() const {
+    // Whether a name has a delimiter or an end of a line between its quotes, and what follows has
+    // a cell for each name that there is then, other than the first line.
+    bool isQuotedHeading() const {
         if (text_.substr(0, heading_.end).find('"') == text_.npos) return false;
         const Record heading = recordAt(0);
-        if (!heading.isQuotedWell || heading.end <= heading_.end) return false;
+        if (!heading.isQuotedWell) return false;
         if (heading.cells == heading_.cells) return false;
         const std::size_t next = text_.find_first_not_of("\r\n", heading.end);
         return next == text_.npos || recordAt(next).cells == heading.cells;

@@ -48,6 +48,14 @@ TEST(TextQuotes, AreNotThoseAroundANameOfSeveralLines) {
     EXPECT_TRUE(areText("Name\t\"Note\nA\tx\n"));
 }
 
+TEST(TextQuotes, AreNotThoseAroundANameWithATabWhereRowsHaveACellForEachNameThen) {
+    EXPECT_FALSE(areText("Name\t\"Scene\tno\"\n"));
+    EXPECT_FALSE(areText("Name\t\"Scene\tno\"\nA\t12\n"));
+    EXPECT_FALSE(areText("\"Scene\tno\"\n12\n"));
+    EXPECT_TRUE(areText("Name\t\"Scene\tno\"\nA\t12\t1\n"));
+    EXPECT_TRUE(areText("\"Scene\tno\"\n12\t1\n"));
+}
+
 TEST(TextQuotes, OfLongLinesAreLookedAtOnce) {
     std::string text = "a\tb\n";
     while (text.size() < (1 << 20)) text += "\"\t\"\t";
