@@ -9,7 +9,6 @@
 #include <vekdb/host/text_util.h>
 #include <vekdb/host/timecode.h>
 #include "formats/choosing/select.h"
-#include "formats/comparing/timecode_marks.h"
 #include "formats/input/limits.h"
 #include "formats/log/column_edits.h"
 #include "formats/log/column_names.h"
@@ -173,18 +172,30 @@ void Merger::addColumns(const Log& from) {
         const bool isConverted = differInForm(from.table->get_field_type(i), type);
         columns_.push_back({places[i], type, isConverted, {}});
         standTogether_ = standTogether_ && places[i] == i && !isConverted;
-        if (isConverted) continue;
-        if (const auto other = otherTimecodes(from, i, into_, places[i])) {
-            note_(worded(from.name, *other));
-        }
+        if (!isConverted) tellOtherForms(from, i, places[i]);
     }
     theirs_.assign(columns_.size(), {});
     ours_.assign(into_.columnCount(), {});
     values_.assign(into_.columnCount(), {});
 }
 
+// Ours are looked at once, whatever comes behind them.
+void Merger::tellOtherForms(const Log& from, unsigned column, unsigned to) {
+    for (auto i = static_cast<unsigned>(forms_.size()); i < into_.columnCount(); ++i) {
+        forms_.emplace_back(into_, i);
+    }
+    if (!forms_[to].isKnown()) {
+        forms_[to] = TimecodeForms(from, column);
+        return;
+    }
+    if (const auto other = forms_[to].others(from, column, into_.name)) {
+        note_(worded(from.name, *other));
+    }
+}
+
 // Columns that are new to us come at once.
 std::vector<unsigned> Merger::placesOf(const Log& from) {
+    for (const Problem& alike : namesAlmostAs(from, into_)) note_(worded(from.name, alike));
     std::vector<unsigned> places = sameColumns(from, into_);
     std::vector<unsigned> added;
     std::vector<DBFieldDesc> fields;

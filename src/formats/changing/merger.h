@@ -11,6 +11,7 @@
 #include <vekdb/row_copies.h>
 #include "formats/comparing/row_groups.h"
 #include "formats/comparing/row_key.h"
+#include "formats/comparing/timecode_forms.h"
 #include "formats/log/log.h"
 
 namespace vek::formats {
@@ -60,6 +61,7 @@ private:
 
     void tellOddRate(const Log& log) const;
     void addColumns(const Log& from);
+    void tellOtherForms(const Log& from, unsigned column, unsigned to);
     std::vector<unsigned> placesOf(const Log& from);
     unsigned countingColumn(const Log& from);
     void addParameters(const Log& from);
@@ -105,6 +107,7 @@ private:
     std::string wanted_;   // what keys of several columns are made in
     std::string other_;
     RowGroups rows_;                        // ours, by their keys
+    std::vector<TimecodeForms> forms_;      // of our columns
     std::vector<Column> columns_;           // of the log that is being added
     std::string otherCounting_;             // which all rows of it have, "" for that of ours
     unsigned countingColumn_ = 0;           // where they say so

@@ -7,7 +7,7 @@
 #include "formats/choosing/select.h"
 #include "formats/comparing/row_contents.h"
 #include "formats/comparing/row_groups.h"
-#include "formats/comparing/timecode_marks.h"
+#include "formats/comparing/timecode_forms.h"
 #include "formats/log/column_names.h"
 
 namespace vek::formats {
@@ -96,13 +96,14 @@ LogComparison columnsOf(const Log& a, const Log& b) {
         }
         found.shared.push_back({i, others[i]});
         isShared[others[i]] = 1;
-        if (const auto other = otherTimecodes(b, others[i], a, i)) {
+        if (const auto other = TimecodeForms(a, i).others(b, others[i], a.name)) {
             found.notes.push_back(worded(b.name, *other));
         }
     }
     for (unsigned i = 0; i < b.columnCount(); ++i) {
         if (!isShared[i]) found.onlyInB.push_back(i);
     }
+    for (const Problem& alike : namesAlmostAs(b, a)) found.notes.push_back(worded(b.name, alike));
     return found;
 }
 

@@ -6,6 +6,7 @@
 
 #include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/text_util.h>
+#include "formats/text/letters.h"
 #include "formats/text/written_names.h"
 
 namespace vek::formats {
@@ -143,6 +144,26 @@ std::vector<unsigned> sameColumns(const Log& a, const Log& b) {
         }
     }
     return others;
+}
+
+// Columns that both logs have are none of them; nor are their namesakes, which have a turn.
+std::vector<Problem> namesAlmostAs(const Log& log, const Log& as) {
+    std::unordered_map<std::string, std::string, Quor::KeyedHash> known;
+    for (const std::string& name : as.columnNames()) {
+        if (log.findColumn(name) == noColumn) known.try_emplace(foldedName(name), name);
+    }
+    std::vector<Problem> problems;
+    if (known.empty()) return problems;
+    for (const std::string& name : log.columnNames()) {
+        if (as.findColumn(name) != noColumn) continue;
+        const auto other = known.find(foldedName(name));
+        if (other == known.end()) continue;
+        problems.push_back({0, "", concat("a column ", inQuotes(name)),
+                            concat(inQuotes(other->second), " as in ", as.name),
+                            "the two are not taken for one, as only ASCII letters are whatever "
+                            "their case; give both the same name"});
+    }
+    return problems;
 }
 
 bool isUnnamed(const Log& log, unsigned column) {

@@ -53,6 +53,10 @@ unsigned columnOfTurn(const Log& log, std::string_view name, std::size_t turn);
 /// so on; noColumn where there is none.
 std::vector<unsigned> sameColumns(const Log& a, const Log& b);
 
+/// What is told of columns that only one of two logs has where the other has one whose name is
+/// another only by the case of letters beyond ASCII, or by what letters are made of.
+std::vector<Problem> namesAlmostAs(const Log& log, const Log& as);
+
 /// Whether the heading has no name for a column.
 bool isUnnamed(const Log& log, unsigned column);
 
