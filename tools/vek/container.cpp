@@ -3,6 +3,7 @@
 #include <chrono>
 #include <filesystem>
 #include <numeric>
+#include <set>
 #include <thread>
 #include <unordered_set>
 
@@ -105,16 +106,19 @@ std::vector<unsigned> allRows(const Log& log) {
     return rows;
 }
 
-bool isItem(const Log& log, unsigned row, const Cookie& wanted) {
-    const std::string cell(log.cell(row, log.findColumn("Cookie")));
-    return Cookie(cell.c_str(), false).compare(wanted) == 0;
+// Of the rows, in their order.
+std::vector<Cookie> itemsOf(const Log& log) {
+    const unsigned column = log.findColumn("Cookie");
+    std::vector<Cookie> items;
+    items.reserve(log.rowCount());
+    for (unsigned row = 0; row < log.rowCount(); ++row) {
+        items.push_back(Cookie::fromText(log.cell(row, column)));
+    }
+    return items;
 }
 
-bool hasItem(const Log& log, const Cookie& wanted) {
-    for (unsigned row = 0; row < log.rowCount(); ++row) {
-        if (isItem(log, row, wanted)) return true;
-    }
-    return false;
+std::set<Cookie> setOf(const std::vector<Cookie>& items) {
+    return {items.begin(), items.end()};
 }
 
 int listAsJson(const Log& log) {
@@ -212,10 +216,11 @@ int finish(const Log& log, const std::vector<unsigned>& rows, std::size_t change
 int add(const std::string& path, const std::vector<std::string>& items, const Args& args) {
     Log log = readContainerToChange(args);
     auto column = static_cast<unsigned short>(log.findColumn("Cookie"));
+    std::set<Cookie> known = setOf(itemsOf(log));
     std::size_t added = 0;
     for (const std::string& item : items) {
-        Cookie cookie = cookieNamed(item);
-        if (hasItem(log, cookie)) {
+        const Cookie cookie = cookieNamed(item);
+        if (!known.insert(cookie).second) {
             say(path + ": " + item + " is in it already");
             continue;
         }
@@ -228,16 +233,18 @@ int add(const std::string& path, const std::vector<std::string>& items, const Ar
 
 int remove(const std::string& path, const std::vector<std::string>& items, const Args& args) {
     Log log = readContainerToChange(args);
-    std::vector<unsigned> rows = allRows(log);
+    const std::vector<Cookie> there = itemsOf(log);
+    const std::set<Cookie> known = setOf(there);
+    std::set<Cookie> gone;
     std::size_t missing = 0;
     for (const std::string& item : items) {
         const Cookie cookie = cookieNamed(item);
-        if (std::erase_if(rows, [&](unsigned row) { return isItem(log, row, cookie); }) > 0) {
-            continue;
-        }
+        if (known.contains(cookie) && gone.insert(cookie).second) continue;
         ++missing;
         say(path + ": " + item + " is not in it");
     }
+    std::vector<unsigned> rows = allRows(log);
+    std::erase_if(rows, [&](unsigned row) { return gone.contains(there[row]); });
     finish(log, rows, items.size() - missing, "removed", args);
     return missing > 0 ? found : done;
 }
