@@ -18,6 +18,8 @@ class KeyLayout {
 public:
     /// Of all keys together; more would cost more than the full comparison of a few records.
     static constexpr unsigned mostPlaces = 128;
+    static constexpr unsigned mostColumns = 4;
+    static constexpr unsigned mostSegments = 2 * mostColumns;  // text and marks
 
     struct Segment {
         std::uint8_t firstPlace;
@@ -42,8 +44,6 @@ public:
     const Segment& segment(unsigned i) const { return segments_[i]; }
 
 private:
-    static constexpr unsigned mostColumns = 4;
-
     void addColumn(int column, unsigned places);
     void addSegment(unsigned places, std::uint8_t pad);
 
@@ -53,7 +53,7 @@ private:
     unsigned segmentCount_ = 0;
     unsigned placesUsed_ = 0;
     Column columns_[mostColumns];
-    Segment segments_[2 * mostColumns];
+    Segment segments_[mostSegments];
 };
 
 /// A key as it stands in memory: its size, the number of its segments with the mark of a cut
@@ -89,6 +89,9 @@ private:
     friend class RecordKeyWriter;
     static constexpr unsigned char cutMark = 0x80;
     static constexpr unsigned header = 2;
+
+    static_assert(header + KeyLayout::mostSegments + KeyLayout::mostPlaces + word <= largest);
+    static_assert(largest <= 255 && KeyLayout::mostSegments < cutMark, "one byte says each");
 
     const unsigned char* bytes_;
 };

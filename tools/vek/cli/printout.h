@@ -38,6 +38,8 @@ public:
     void inkedLine(std::string_view text);
     /// Says that everything is written, and says to people what there is to say of the file.
     void close();
+    /// For what `prepared` made alone, once it is closed: puts the file in its place, and says what
+    /// there is to say of it.
     void commit();
 
     bool isStandardOutput() const { return screen_ != nullptr; }
@@ -52,9 +54,9 @@ private:
     void tellNotes() const;
     static std::unique_ptr<OutputSink> sinkFor(const std::string& path, Held held, bool keepsOld);
 
-    Screen* screen_;  // null for a file
-    UndisturbedFile* prepared_ = nullptr;
-    std::vector<std::string> notes_;  // of what was prepared
+    Screen* screen_;                       // null for a file
+    UndisturbedFile* prepared_ = nullptr;  // null for one that takes its place when it is closed
+    std::vector<std::string> notes_;       // of what was prepared
 };
 
 /// Thrown where nobody reads what is printed any more: whoever did has seen enough.
