@@ -137,37 +137,6 @@ private:
     std::size_t size_ = 0;
 };
 
-class Packing {
-public:
-    Packing() {
-        if (::deflateInit2(&stream_, Z_DEFAULT_COMPRESSION, Z_DEFLATED, withGzip, 8,
-                           Z_DEFAULT_STRATEGY) != Z_OK) {
-            throw Failure{unwritable, "no memory to pack a text by gzip"};
-        }
-    }
-    ~Packing() { ::deflateEnd(&stream_); }
-    Packing(const Packing&) = delete;
-    Packing& operator=(const Packing&) = delete;
-
-    /// Packs some of the text and takes it off its front; false once all of it is packed.
-    bool step(std::string_view& text, std::string& to) {
-        char room[1 << 16];
-        stream_.next_in = bytes(text.data());
-        stream_.avail_in = piece(text.size());
-        stream_.next_out = bytes(room);
-        stream_.avail_out = sizeof room;
-        const uInt in = stream_.avail_in;
-        const int flush = text.size() <= mostAtOnce ? Z_FINISH : Z_NO_FLUSH;
-        const bool goesOn = ::deflate(&stream_, flush) != Z_STREAM_END;
-        text.remove_prefix(in - stream_.avail_in);
-        to.append(room, sizeof room - stream_.avail_out);
-        return goesOn;
-    }
-
-private:
-    z_stream stream_ = {};
-};
-
 }  // namespace
 
 bool isPacked(std::string_view head) {
@@ -179,11 +148,63 @@ Quor::Ptr<TextBlock> unpacked(std::string_view text, const std::string& name,
     return Unpacking(text, name, opening).run();
 }
 
-std::string packed(std::string_view text) {
-    Packing packing;
-    std::string out;
-    while (packing.step(text, out)) {
+class Packer::Stream {
+public:
+    Stream() {
+        if (::deflateInit2(&stream_, Z_DEFAULT_COMPRESSION, Z_DEFLATED, withGzip, 8,
+                           Z_DEFAULT_STRATEGY) != Z_OK) {
+            throw Failure{unwritable, "no memory to pack a text by gzip"};
+        }
     }
+    ~Stream() { ::deflateEnd(&stream_); }
+    Stream(const Stream&) = delete;
+    Stream& operator=(const Stream&) = delete;
+
+    void add(std::string_view text, std::string& to) {
+        while (!text.empty()) step(text, Z_NO_FLUSH, to);
+    }
+
+    void end(std::string& to) {
+        std::string_view nothing;
+        while (step(nothing, Z_FINISH, to) != Z_STREAM_END) {
+        }
+    }
+
+private:
+    // Packs some of the text and takes it off its front.
+    int step(std::string_view& text, int flush, std::string& to) {
+        char room[1 << 16];
+        stream_.next_in = bytes(text.data());
+        stream_.avail_in = piece(text.size());
+        stream_.next_out = bytes(room);
+        stream_.avail_out = sizeof room;
+        const uInt in = stream_.avail_in;
+        const int result = ::deflate(&stream_, flush);
+        text.remove_prefix(in - stream_.avail_in);
+        to.append(room, sizeof room - stream_.avail_out);
+        return result;
+    }
+
+    z_stream stream_ = {};
+};
+
+Packer::Packer() : stream_(std::make_unique<Stream>()) {}
+
+Packer::~Packer() = default;
+
+void Packer::add(std::string_view text, std::string& to) {
+    stream_->add(text, to);
+}
+
+void Packer::end(std::string& to) {
+    stream_->end(to);
+}
+
+std::string packed(std::string_view text) {
+    Packer packer;
+    std::string out;
+    packer.add(text, out);
+    packer.end(out);
     return out;
 }
 

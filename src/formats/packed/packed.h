@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -27,5 +28,22 @@ inline std::string_view withoutPackedEnding(std::string_view path) {
 Quor::Ptr<TextBlock> unpacked(std::string_view text, const std::string& name,
                               const Opening& opening);
 std::string packed(std::string_view text);
+
+/// Packs a text piece by piece.
+class Packer {
+public:
+    /// A Failure with `unwritable` where nothing can be packed.
+    Packer();
+    ~Packer();
+
+    /// Appends what is known of the packed text by then.
+    void add(std::string_view text, std::string& to);
+    /// Nothing comes behind that.
+    void end(std::string& to);
+
+private:
+    class Stream;
+    std::unique_ptr<Stream> stream_;
+};
 
 }  // namespace vek::formats

@@ -48,6 +48,41 @@ std::size_t firstNotBack(std::string_view text, std::string_view made,
     return read == text ? text.size() : firstDifference(text, read);
 }
 
+// Packs the pieces on their way, so that no more than one of them is held.
+class PackingSink : public OutputSink {
+public:
+    explicit PackingSink(std::unique_ptr<OutputSink> sink) : sink_(std::move(sink)) {}
+
+    void take(std::string_view piece) override {
+        packer_.add(piece, packed_);
+        if (packed_.size() >= sink_->pieceSize()) handOn();
+    }
+
+    std::vector<std::string> end() override {
+        packer_.end(packed_);
+        handOn();
+        return sink_->end();
+    }
+
+    std::size_t pieceSize() const override { return sink_->pieceSize(); }
+
+private:
+    void handOn() {
+        sink_->take(packed_);
+        packed_.clear();
+    }
+
+    std::unique_ptr<OutputSink> sink_;
+    Packer packer_;
+    std::string packed_;
+};
+
+// To be asked when the first piece goes there: only then all is said of how it is written.
+void packOnTheWay(std::unique_ptr<OutputSink>& sink) {
+    if (dynamic_cast<PackingSink*>(sink.get()) != nullptr) return;
+    sink = std::make_unique<PackingSink>(std::move(sink));
+}
+
 }  // namespace
 
 Output::Output(std::string name, std::unique_ptr<OutputSink> sink)
@@ -68,8 +103,8 @@ void Output::limit(const OutputLimit& most, const Terms& terms) {
 void Output::encode(const std::string& encoding, bool isPacked) {
     encoding_ = encoding;
     isPacked_ = isPacked;
-    // What is put into another form is so as a whole.
-    if (isPacked_ || !encoding_.empty()) pieceSize_ = noLimit;
+    // What is put into another encoding is so as a whole.
+    if (!encoding_.empty()) pieceSize_ = noLimit;
 }
 
 void Output::write(std::string_view text) {
@@ -77,6 +112,7 @@ void Output::write(std::string_view text) {
     requireOutput(name_, size_, limit_, *terms_);
     if (text.size() >= handedOnAtOnce && pieceSize_ != noLimit) {
         if (!pending_.empty()) flush();
+        if (isPacked_) packOnTheWay(sink_);
         return sink_->take(text);
     }
     pending_ += text;
@@ -100,6 +136,7 @@ void Output::copy(const Input& input, Range range) {
 
 void Output::flush() {
     if (!sink_) return;
+    if (isPacked_) packOnTheWay(sink_);
     sink_->take(pending_);
     pending_.clear();
 }
@@ -119,7 +156,7 @@ void Output::encodePending() {
         }
         pending_ = std::move(*made);
     }
-    if (isPacked_) pending_ = packed(pending_);
+    if (isPacked_ && !sink_) pending_ = packed(pending_);
 }
 
 std::vector<std::string> Output::close() {

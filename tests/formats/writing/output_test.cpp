@@ -1,11 +1,13 @@
 #include <gmock/gmock.h>
 
 #include <memory>
+#include <numeric>
 #include <string>
 #include <vector>
 
 #include "formats/failure.h"
 #include "formats/input/input.h"
+#include "formats/packed/packed.h"
 #include "formats/writing/output.h"
 
 using testing::ElementsAre;
@@ -53,6 +55,46 @@ TEST(Output, HandsOnAnEncodedTextAsAWhole) {
     out.close();
     ASSERT_EQ(pieces.size(), 1u);
     EXPECT_EQ(pieces[0].substr(0, 8), std::string("c\0a\0f\0\xE9\0", 8));
+}
+
+// No more than a piece is held, however much is written.
+TEST(Output, PacksPiecesOnTheirWay) {
+    std::vector<std::string> pieces;
+    Output out("pieces", std::make_unique<Pieces>(pieces));
+    out.encode("", true);
+    out.encode("", false);
+    out.encode("", true);  // what was said last is meant
+    std::string text;
+    for (unsigned i = 0; i < 100000; ++i) {
+        const std::string number = std::to_string(i * 2654435761u);
+        out.line(number);
+        text += number + "\n";
+    }
+    EXPECT_GT(pieces.size(), 2u);
+    EXPECT_THAT(out.close(), ElementsAre("ended"));
+    const std::string whole = std::accumulate(pieces.begin(), pieces.end(), std::string());
+    const auto back = unpacked(whole, "pieces", Opening());
+    EXPECT_EQ(std::string_view(back->data(), back->size()), text);
+    EXPECT_EQ(whole, packed(text));
+}
+
+TEST(Output, PacksWhatIsInAnotherEncoding) {
+    std::vector<std::string> pieces;
+    Output out("pieces", std::make_unique<Pieces>(pieces));
+    out.encode("UTF-16LE", true);
+    out.write("caf\xC3\xA9, and more");
+    out.close();
+    const std::string whole = std::accumulate(pieces.begin(), pieces.end(), std::string());
+    const auto back = unpacked(whole, "pieces", Opening());
+    EXPECT_EQ(std::string(back->data(), 8), std::string("c\0a\0f\0\xE9\0", 8));
+}
+
+TEST(Output, PacksNothingAsATextOfNothing) {
+    std::vector<std::string> pieces;
+    Output out("pieces", std::make_unique<Pieces>(pieces));
+    out.encode("", true);
+    out.close();
+    EXPECT_EQ(std::accumulate(pieces.begin(), pieces.end(), std::string()), packed(""));
 }
 
 TEST(Output, SaysWhichLineAnEncodingCannotHold) {
