@@ -23,6 +23,7 @@
 #include "tools/vek/cli/side_by_side.h"
 #include "tools/vek/cli/writing.h"
 #include "tools/vek/commands.h"
+#include "tools/vek/find/found_sheet.h"
 #include "tools/vek/find/result.h"
 
 namespace vek {
@@ -376,21 +377,15 @@ void printTable(const Result& result, const Answers& answers, const Args& args, 
     out.inkedLine(inked(Ink::faint, footer(answers, result.rowCount(), hidden), screen));
 }
 
-// A log of what was found: which file, which row, and the columns that are wanted. Each answer goes
-// as soon as it stands there, so that memory does not hold all of them twice.
+// A log of what was found. Each answer goes as soon as it stands there, so that memory does not
+// hold all of them twice.
 Log logOf(const Result& result, Answers& answers) {
     Log log;
     log.path = log.name = "what was found";
-    std::vector<std::string> columns = {"File", "Row"};
-    for (std::size_t i = 0; i < result.columnCount(); ++i) columns.push_back(result.title(i));
-    TableBuilder builder(log, columns);
-    std::vector<std::string_view> cells(columns.size());
+    find::ResultCells cells(result);
+    TableBuilder builder(log, cells.names());
     for (std::size_t row = 0; row < result.rowCount(); ++row) {
-        const std::string number = std::to_string(result.row(row).number);
-        cells[0] = result.fileOf(row);
-        cells[1] = number;
-        for (std::size_t i = 2; i < cells.size(); ++i) cells[i] = result.cell(row, i - 2);
-        builder.addRow(row + 1, cells);
+        builder.addRow(row + 1, cells.of(row));
         const bool isLast =
             row + 1 == result.rowCount() || result.answerOf(row + 1) != result.answerOf(row);
         if (isLast) answers[result.answerOf(row)].drop();
@@ -418,11 +413,11 @@ Log logOfFiles(const Answers& answers, bool hasCounts) {
     return log;
 }
 
-void printAs(Format target, const Log& log, const Args& args, Printout& out) {
+void printAs(Format target, const Sheet& sheet, const Args& args, Printout& out) {
     const WriteStyle style = styleFrom(args, target);
     requireFile(target, out);
     Losses losses;
-    writeSheet(wholeSheet(log), target, style, out, losses);
+    writeSheet(sheet, target, style, out, losses);
     out.close();
     tellLosses(losses, out.name());
 }
@@ -461,7 +456,8 @@ void printFiles(const Answers& answers, const Args& args, Printout& out) {
 
 void printSums(const Answers& answers, const Args& args, Printout& out) {
     if (!wantsTable(args)) {
-        return printAs(wantedTarget(args), logOfFiles(answers, args.has("count")), args, out);
+        const Log log = logOfFiles(answers, args.has("count"));
+        return printAs(wantedTarget(args), wholeSheet(log), args, out);
     }
     if (args.has("count"))
         printCounts(answers, args, out);
@@ -470,10 +466,21 @@ void printSums(const Answers& answers, const Args& args, Printout& out) {
     out.close();
 }
 
+// Whether a writer goes through the rows from the first to the last, and keeps none.
+bool isWrittenRowByRow(Format format) {
+    return format == Format::csv || format == Format::tsv || format == Format::json ||
+           format == Format::jsonl;
+}
+
 void printRows(Answers& answers, const Question& question, const Args& args, Printout& out) {
     const Result result(answers, question.names, args.number("limit", 0));
     if (!wantsTable(args)) {
-        return printAs(wantedTarget(args), logOf(result, answers), args, out);
+        const Format target = wantedTarget(args);
+        if (isWrittenRowByRow(target)) {
+            return printAs(target, find::FoundSheet(result).sheet(), args, out);
+        }
+        const Log log = logOf(result, answers);
+        return printAs(target, wholeSheet(log), args, out);
     }
     printTable(result, answers, args, out);
     out.close();
