@@ -112,15 +112,15 @@ bool isDamaged(const Log& log) {
                        [](const vek::Problem& problem) { return problem.isDamage; });
 }
 
-// A log of nothing is an empty text, which is no log. JSON has no place for the names of columns
-// without rows. Which bytes a text that is no UTF-8 stands for is guessed, and lines that are none
-// of an edit list are kept as comments, as far as that goes.
+// A log of nothing is an empty text, which is no log. JSON and timelines have no place for the
+// names of columns without rows. Which bytes a text that is no UTF-8 stands for is guessed, and
+// lines that are none of an edit list are kept as comments, as far as that goes.
 bool isSure(const Log& log, Format format, const std::string& written) {
     const bool isJson = format == Format::json || format == Format::jsonl;
     const bool isTimeline = format == Format::edl || format == Format::otio;
     const auto letters = fromUTF8(LightweightString<char>(written.c_str()));
     const bool isUtf8 = toUTF8(letters) == LightweightString<char>(written.c_str());
-    return !written.empty() && isUtf8 && !(isJson && log.size() == 0) &&
+    return !written.empty() && isUtf8 && !((isJson || isTimeline) && log.size() == 0) &&
            !(isTimeline && isDamaged(log));
 }
 

@@ -1,5 +1,8 @@
+#include <algorithm>
+
 #include "formats/delimited/delimited_lines.h"
 #include "formats/delimited/delimiters.h"
+#include "formats/delimited/text_quotes.h"
 
 #include "formats/formats.h"
 #include "formats/input/progress.h"
@@ -101,6 +104,15 @@ private:
     Losses& losses_;
 };
 
+// Quotes around tabs and line ends are taken for text where each line has a cell for each column.
+bool mayReadAsSeveral(const std::string& names, std::size_t count, const std::string& line,
+                      char separator) {
+    if (line.find_first_of("\n\r") == line.npos) return false;
+    const auto separators = std::count(line.begin(), line.end(), separator);
+    return static_cast<std::size_t>(separators) >= count &&
+           hasTextQuotes(concat(names, "\n", line), separator);
+}
+
 }  // namespace
 
 // A quote is needed where the reader would else see another text. A cell that begins with the bytes
@@ -181,6 +193,10 @@ void writeDelimited(const Sheet& sheet, char separator, const WriteStyle& style,
             line, count, [&](unsigned i) { return sheet.cell(row, i); },
             [&](unsigned i) { return place(sheet, row, i); });
         isUtf8 = isUtf8 && isWellFormedUtf8(line);
+        if (mayReadAsSeveral(names, count, line, separator)) {
+            losses.add("rows that may be read as several, for the tabs and line ends of a cell",
+                       place(sheet, row, 0));
+        }
         text.write(line += end);
     }
     text.end();
