@@ -3,11 +3,14 @@
 #include <algorithm>
 
 #include <vekdb/host/text_util.h>
-#include "formats/delimited/delimiters.h"
+#include "formats/edl/stray_lines.h"
 #include "formats/packed/packed.h"
 #include "formats/reading/decoding.h"
+#include "formats/reading/delimiters.h"
 #include "formats/reading/readers.h"
+#include "formats/saving/change_formats.h"
 #include "formats/signs.h"
+#include "formats/table_file/table_lines.h"
 #include "formats/table_file/table_places.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/utf8.h"
@@ -125,23 +128,42 @@ void writeWorkbook(const Sheet& sheet, const WriteStyle&, Output& out, Losses& l
     writeXlsx(sheet, out, losses);
 }
 
+template <char usual>
+std::unique_ptr<RowsInPlace> separatedInPlace(const Saving& saving) {
+    const char said = saving.log.form.delimiter;
+    return delimitedInPlace(saving, said != '\0' ? said : usual);
+}
+
+constexpr InPlaceWays tableWays = {
+    .rows = tableInPlace, .rewrite = rewriteTable, .hasLinesOfLibrary = true};
+constexpr InPlaceWays csvWays = {.rows = separatedInPlace<','>, .require = requireSameQuotes};
+constexpr InPlaceWays tsvWays = {.rows = separatedInPlace<'\t'>, .require = requireSameQuotes};
+constexpr InPlaceWays plainCsvWays = {.rows = plainCsvInPlace, .hasLinesOfLibrary = true};
+constexpr InPlaceWays jsonWays = {.text = jsonInPlace};
+constexpr InPlaceWays aleWays = {.rows = aleInPlace};
+constexpr InPlaceWays edlWays = {.rows = edlInPlace, .require = requireSameEvents};
+
 struct FormatEntry {
     Format format;
     const char* name;
-    const char* endings;  ///< "|.csv|" and so on, the usual one first
-    Read read;            ///< null for one that is only written
-    Write write;          ///< null for one that is only read
+    const char* endings;                   ///< "|.csv|" and so on, the usual one first
+    Read read;                             ///< null for one that is only written
+    Write write;                           ///< null for one that is only read
+    const InPlaceWays* inPlace = nullptr;  ///< null for one of which no log is changed in place
+    void (*tellText)(Input& input, const Log& log, const Tell& tell) = nullptr;
+    void (*tellRows)(const Log& log, const Tell& tell) = nullptr;
 };
 
 constexpr FormatEntry formats[] = {
-    {Format::table, "vekdb", "|.vek|.vdb|.vekdb|", readTable, writeTableFile},
-    {Format::csv, "csv", "|.csv|", readSeparated<','>, writeSeparated<','>},
-    {Format::tsv, "tsv", "|.tsv|.tab|", readSeparated<'\t'>, writeSeparated<'\t'>},
-    {Format::plainCsv, "plain-csv", "", readPlain, nullptr},
-    {Format::json, "json", "|.json|", readJsonText, writeJsonText<false>},
-    {Format::jsonl, "jsonl", "|.jsonl|.ndjson|", readJsonText, writeJsonText<true>},
-    {Format::ale, "ale", "|.ale|", readAleText, writeAle},
-    {Format::edl, "edl", "|.edl|", readEdlText, writeEdl},
+    {Format::table, "vekdb", "|.vek|.vdb|.vekdb|", readTable, writeTableFile, &tableWays,
+     tellTableText},
+    {Format::csv, "csv", "|.csv|", readSeparated<','>, writeSeparated<','>, &csvWays},
+    {Format::tsv, "tsv", "|.tsv|.tab|", readSeparated<'\t'>, writeSeparated<'\t'>, &tsvWays},
+    {Format::plainCsv, "plain-csv", "", readPlain, nullptr, &plainCsvWays},
+    {Format::json, "json", "|.json|", readJsonText, writeJsonText<false>, &jsonWays},
+    {Format::jsonl, "jsonl", "|.jsonl|.ndjson|", readJsonText, writeJsonText<true>, &jsonWays},
+    {Format::ale, "ale", "|.ale|", readAleText, writeAle, &aleWays},
+    {Format::edl, "edl", "|.edl|", readEdlText, writeEdl, &edlWays, nullptr, tellStrayLines},
     {Format::otio, "otio", "|.otio|", readOtioText, writeOtio},
     {Format::fcpxml, "fcpxml", "|.fcpxml|", readFcpxmlText, nullptr},
     {Format::xlsx, "xlsx", "|.xlsx|", readWorkbook, writeWorkbook},
@@ -346,6 +368,20 @@ void readAs(Format format, Input& input, const Wanted& wanted, Log& log) {
 
 void notePlacesAsRead(Log& log) {
     if (log.format == Format::table) notePlaces(log);
+}
+
+const InPlaceWays* inPlaceWays(Format format) {
+    return entryOf(format).inPlace;
+}
+
+void tellText(Input& input, const Log& log, const Tell& tell) {
+    const FormatEntry& entry = entryOf(log.format);
+    if (entry.tellText != nullptr) entry.tellText(input, log, tell);
+}
+
+void tellRows(const Log& log, const Tell& tell) {
+    const FormatEntry& entry = entryOf(log.format);
+    if (entry.tellRows != nullptr) entry.tellRows(log, tell);
 }
 
 void writeSheet(const Sheet& sheet, Format target, const WriteStyle& style, Output& out,

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include <vekdb/formats/format.h>
+#include <vekdb/formats/problem.h>
 #include "formats/terms.h"
 
 /// The formats that there are. A new one is a room with its reader and its writer, a name in
@@ -14,6 +16,7 @@ namespace vek::formats {
 class Input;
 class Losses;
 class Output;
+struct InPlaceWays;
 struct Log;
 struct Sheet;
 struct WriteStyle;
@@ -46,6 +49,15 @@ bool isWorkbook(std::string_view head);
 /// Fills the log with what the reader of the format finds. Rows of which a wanted condition does
 /// not hold may be left out.
 void readAs(Format format, Input& input, const std::vector<std::string>& wanted, Log& log);
+
+/// How logs of the format are changed in place; null for one of which none is.
+const InPlaceWays* inPlaceWays(Format format);
+
+/// Tells what is wrong with the text of a log that was read from the input and that its rows do not
+/// show any more; and what its rows show that the format has no place for.
+using Tell = std::function<void(const Problem&)>;
+void tellText(Input& input, const Log& log, const Tell& tell);
+void tellRows(const Log& log, const Tell& tell);
 
 /// Writes the sheet and adds up what is lost. The output is not closed.
 void writeSheet(const Sheet& sheet, Format target, const WriteStyle& style, Output& out,

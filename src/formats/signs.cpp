@@ -1,9 +1,9 @@
 #include "formats/signs.h"
 
 #include <vekdb/host/text_util.h>
-#include "formats/delimited/delimiters.h"
 #include "formats/edl/edl_lines.h"
 #include "formats/json/json_text.h"
+#include "formats/reading/delimiters.h"
 #include "formats/text/text_lines.h"
 
 namespace vek::formats {

@@ -1,7 +1,7 @@
 #include <array>
 
-#include "formats/delimited/delimiters.h"
 #include "formats/formats.h"
+#include "formats/reading/delimiters.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/width.h"
 #include "formats/writing/sheet_facts.h"

@@ -2,11 +2,11 @@
 #include "formats/ale/ale_entries.h"
 #include "formats/ale/ale_form.h"
 #include "formats/ale/ale_lines.h"
+#include "formats/ale/field_delimiter.h"
 #include "formats/delimited/delimited_lines.h"
-#include "formats/delimited/delimiters.h"
 #include "formats/delimited/separated_in_place.h"
-#include "formats/reading/readers.h"
 #include "formats/log/own_parameters.h"
+#include "formats/reading/readers.h"
 
 namespace vek::formats {
 

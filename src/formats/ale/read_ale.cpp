@@ -1,6 +1,7 @@
 #include "formats/ale/ale_entries.h"
+#include "formats/ale/field_delimiter.h"
 #include "formats/delimited/delimited_scanner.h"
-#include "formats/delimited/delimiters.h"
+#include "formats/reading/delimiters.h"
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
 #include "formats/text/text_lines.h"

@@ -5,7 +5,7 @@
 
 #include <vekdb/host/text_util.h>
 #include "formats/ale/ale_entries.h"
-#include "formats/delimited/delimiters.h"
+#include "formats/ale/field_delimiter.h"
 #include "formats/reading/readers.h"
 #include "formats/saving/reading_back.h"
 #include "formats/text/encoding.h"

@@ -7,14 +7,13 @@
 
 #include <vekdb/host/keyed_hash.h>
 #include <vekdb/host/text_util.h>
-#include "formats/edl/edl_lines.h"
+#include "formats/formats.h"
 #include "formats/input/input.h"
-#include "formats/table_file/table_lines.h"
-#include "formats/table_file/table_rows.h"
 #include "formats/text/letters.h"
 #include "formats/text/text_lines.h"
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
+#include "formats/writing/table_values.h"
 
 namespace vek::formats {
 
@@ -74,15 +73,14 @@ public:
         addAll(log_.problems);
         addAll(counting_.contradictions());
         ++at_;
-        if (log_.format == Format::table) {
-            tellTableText(input_, log_, [this](const Problem& one) { found_.add(at_, one); });
-        }
+        const auto tell = [this](const Problem& one) { found_.add(at_, one); };
+        tellText(input_, log_, tell);
         const std::size_t first = ++at_;
         forms_.resize(log_.columnCount());
         checkRows(first);
         checkForms(first);
         checkIdentifiers();
-        if (log_.format == Format::edl) checkStrays();
+        tellRows(log_, tell);
         found_.sort();
         return std::move(found_);
     }
@@ -349,17 +347,6 @@ private:
     bool endsBefore(const std::optional<Keycode>& start, const std::optional<Keycode>& end) const {
         return start && end && sameText(start->roll, end->roll) &&
                !perforationsBetween(*start, *end, gauge_);
-    }
-
-    // In front of all events of an edit list only a heading and comments have good reason to stand.
-    void checkStrays() {
-        const unsigned column = log_.findColumn(edlCommentsBeforeName(0));
-        if (column == noColumn || log_.rowCount() == 0) return;
-        for (std::string_view line : split(log_.cell(0, column), '\n')) {
-            if (line.empty() || !isAsciiLetterOrDigit(line.front())) continue;
-            add(0, column, inQuotes(line),
-                "a star in front of it, or an event that it stands behind: it belongs to none");
-        }
     }
 
     void checkIdentifiers() {

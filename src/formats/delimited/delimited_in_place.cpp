@@ -2,12 +2,12 @@
 
 #include <vekdb/host/split.h>
 #include "formats/delimited/delimited_lines.h"
-#include "formats/delimited/delimiters.h"
+#include "formats/delimited/log_quotes.h"
 #include "formats/delimited/quoted_lines.h"
 #include "formats/delimited/raw_cells.h"
 #include "formats/delimited/separated_in_place.h"
-#include "formats/delimited/text_quotes.h"
 #include "formats/input/input.h"
+#include "formats/reading/delimiters.h"
 #include "formats/reading/table_builder.h"
 #include "formats/text/utf8.h"
 #include "formats/writing/plain_lines.h"

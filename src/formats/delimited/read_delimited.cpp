@@ -1,9 +1,9 @@
 #include <algorithm>
 
 #include "formats/delimited/delimited_scanner.h"
-#include "formats/delimited/delimiters.h"
 #include "formats/delimited/text_quotes.h"
 #include "formats/input/progress.h"
+#include "formats/reading/delimiters.h"
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
 #include "formats/text/text_lines.h"

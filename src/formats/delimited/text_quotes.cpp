@@ -2,9 +2,6 @@
 
 #include <algorithm>
 
-#include "formats/input/input.h"
-#include "formats/log/log.h"
-
 namespace vek::formats {
 
 namespace {
@@ -140,35 +137,7 @@ private:
     bool isOdd_ = false;     // where cells are quoted
 };
 
-bool hasQuotes(const Input& input) {
-    constexpr std::uint64_t most = 1 << 18;
-    SourceReader reader(input);
-    const std::uint64_t size = input.size();
-    for (std::uint64_t at = 0; at < size; at += most) {
-        const std::string_view piece = reader.read({at, std::min(size, at + most)});
-        if (piece.find('"') != piece.npos) return true;
-    }
-    return false;
-}
-
 }  // namespace
-
-bool hasTabs(const Log& log) {
-    if (log.format == Format::tsv) return log.form.delimiter == '\0' || log.form.delimiter == '\t';
-    return log.format == Format::csv && log.form.delimiter == '\t';
-}
-
-bool hasTabsAndQuotes(const Log& log) {
-    return hasTabs(log) && hasQuotes(*log.source->input);
-}
-
-// Behind the mark and the lines in front of the heading.
-bool cameWithTextQuotes(const Log& log) {
-    if (!hasTabsAndQuotes(log)) return false;
-    const std::string_view text = log.source->input->textAgain();
-    const std::size_t front = log.form.skipped.size() + (log.beganWithMark ? 3 : 0);
-    return hasTextQuotes(text.substr(std::min(front, text.size())), '\t');
-}
 
 bool hasTextQuotes(std::string_view text, char delimiter) {
     return delimiter == '\t' && QuoteWalk(text, delimiter).areText();

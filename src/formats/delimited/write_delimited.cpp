@@ -1,11 +1,10 @@
 #include <algorithm>
 
 #include "formats/delimited/delimited_lines.h"
-#include "formats/delimited/delimiters.h"
 #include "formats/delimited/text_quotes.h"
-
 #include "formats/formats.h"
 #include "formats/input/progress.h"
+#include "formats/reading/delimiters.h"
 #include "formats/saving/reading_back.h"
 #include "formats/text/encoding.h"
 #include "formats/text/text_lines.h"

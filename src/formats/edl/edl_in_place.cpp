@@ -11,8 +11,8 @@
 #include "formats/log/own_parameters.h"
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
-#include "formats/saving/patched_text.h"
-#include "formats/saving/rows_in_place.h"
+#include "formats/saving/change_formats.h"
+#include "formats/saving/save_in_place.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/utf8.h"
 
@@ -636,8 +636,8 @@ std::unique_ptr<RowsInPlace> edlInPlace(const Saving& saving) {
     return std::make_unique<EdlInPlace>(saving);
 }
 
-void requireSameEvents(const Saving& saving, const std::vector<unsigned>& rows, PatchedText& text) {
-    SameEvents(saving, rows, text.beginning(*saving.log.source->input, SIZE_MAX)).require();
+void requireSameEvents(const Saving& saving, const InPlace& now, PatchedText& text) {
+    SameEvents(saving, now.rows, text.beginning(*saving.log.source->input, SIZE_MAX)).require();
 }
 
 }  // namespace vek::formats

@@ -8,7 +8,7 @@
 #include "formats/edl/edl_lines.h"
 #include "formats/text/letters.h"
 #include "formats/text/text_lines.h"
-#include "formats/timeline/timeline_rows.h"
+#include "formats/timecode/timeline_columns.h"
 #include "formats/writing/sheet_facts.h"
 
 namespace vek::formats {

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "formats/timecode/counting.h"
-#include "formats/timeline/clip_lengths.h"
+#include "formats/writing/clip_lengths.h"
 #include "formats/writing/writers.h"
 
 namespace vek::formats {

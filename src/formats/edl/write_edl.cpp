@@ -20,8 +20,8 @@
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
 #include "formats/timecode/range_names.h"
-#include "formats/timeline/clip_lengths.h"
-#include "formats/timeline/timeline_rows.h"
+#include "formats/timecode/timeline_columns.h"
+#include "formats/writing/clip_lengths.h"
 #include "formats/writing/sheet_facts.h"
 #include "formats/writing/write_formats.h"
 

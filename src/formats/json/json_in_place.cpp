@@ -1,5 +1,3 @@
-#include "formats/json/json_in_place.h"
-
 #include <algorithm>
 #include <unordered_map>
 
@@ -8,6 +6,7 @@
 #include "formats/input/progress.h"
 #include "formats/json/json.h"
 #include "formats/json/json_text.h"
+#include "formats/saving/change_formats.h"
 #include "formats/writing/sheet_facts.h"
 
 namespace vek::formats {

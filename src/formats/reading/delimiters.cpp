@@ -1,4 +1,4 @@
-#include "formats/delimited/delimiters.h"
+#include "formats/reading/delimiters.h"
 
 #include <algorithm>
 #include <utility>
@@ -122,19 +122,6 @@ char insteadOfComma(std::string_view text, bool isWhole, const Counts& commas) {
     return ',';
 }
 
-// A sign that no cell is made of alone.
-bool isMark(char c) {
-    const bool isLetter = asciiLower(c) >= 'a' && asciiLower(c) <= 'z';
-    return canDelimit(c) && !isLetter && !isAsciiDigit(c);
-}
-
-// "PIPE" of "PIPES", "SLASH" of "SLASHES".
-bool isNameOf(std::string_view text, std::string_view name) {
-    if (!sameText(text.substr(0, name.size()), name)) return false;
-    const std::string_view rest = text.substr(name.size());
-    return rest.empty() || sameText(rest, "S") || sameText(rest, "ES");
-}
-
 }  // namespace
 
 char foundDelimiter(std::string_view text, bool isWhole, char usual) {
@@ -175,6 +162,11 @@ std::size_t cellsBehindFirstLine(std::string_view text) {
     return 0;
 }
 
+bool isMark(char c) {
+    const bool isLetter = asciiLower(c) >= 'a' && asciiLower(c) <= 'z';
+    return canDelimit(c) && !isLetter && !isAsciiDigit(c);
+}
+
 std::optional<char> delimiterOfLine(std::string_view line) {
     constexpr std::string_view name = "sep=";
     const bool isIt = line.size() == name.size() + 1 && sameText(line.substr(0, 4), name);
@@ -200,24 +192,6 @@ std::optional<char> delimiterNamed(std::string_view name) {
         if (known == name) return delimiter;
     }
     return {};
-}
-
-std::optional<char> aleDelimiter(std::string_view name) {
-    static constexpr std::pair<std::string_view, char> known[] = {
-        {"TAB", '\t'},       {"COMMA", ','},      {"SEMICOLON", ';'},    {"SEMI-COLON", ';'},
-        {"PIPE", '|'},       {"BAR", '|'},        {"VERTICAL BAR", '|'}, {"COLON", ':'},
-        {"SPACE", ' '},      {"BLANK", ' '},      {"CARET", '^'},        {"TILDE", '~'},
-        {"SLASH", '/'},      {"BACKSLASH", '\\'}, {"HASH", '#'},         {"ASTERISK", '*'},
-        {"UNDERSCORE", '_'}, {"DASH", '-'},       {"HYPHEN", '-'},       {"DOT", '.'},
-        {"PERIOD", '.'},     {"PLUS", '+'},       {"EQUAL", '='},        {"AMPERSAND", '&'},
-        {"AT", '@'},         {"DOLLAR", '$'},     {"PERCENT", '%'},      {"\\t", '\t'}};
-    const std::string_view text = trimmed(name);
-    for (const auto& [word, delimiter] : known) {
-        if (isNameOf(text, word)) return delimiter;
-    }
-    const std::string_view mark = text.empty() ? name : text;
-    const bool isOne = mark.size() == 1 && isMark(mark[0]);
-    return isOne ? std::optional<char>(mark[0]) : std::nullopt;
 }
 
 }  // namespace vek::formats

@@ -19,6 +19,9 @@ bool hasSeveralCells(std::string_view text, char delimiter);
 /// line in front of a heading. 0 where there is none such.
 std::size_t cellsBehindFirstLine(std::string_view text);
 
+/// Whether it is a sign that no cell is made of alone.
+bool isMark(char c);
+
 /// What "sep=;" says, the line in front of the heading by which spreadsheets name what separates
 /// the cells; nothing for other lines.
 std::optional<char> delimiterOfLine(std::string_view line);
@@ -30,9 +33,5 @@ bool isDelimited(std::string_view text, bool isWhole);
 /// quotes; and the delimiter of such a name, nothing for another.
 std::string delimiterName(char delimiter);
 std::optional<char> delimiterNamed(std::string_view name);
-
-/// That which FIELD_DELIM names, by a word or itself: "TABS", "COMMAS", "CARET", ";", "^"; nothing
-/// for other texts.
-std::optional<char> aleDelimiter(std::string_view name);
 
 }  // namespace vek::formats

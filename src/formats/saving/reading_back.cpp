@@ -4,12 +4,11 @@
 #include <utility>
 
 #include <vekdb/host/text_util.h>
-#include "formats/delimited/delimiters.h"
-#include "formats/delimited/text_quotes.h"
 #include "formats/formats.h"
 #include "formats/input/input.h"
 #include "formats/packed/packed.h"
 #include "formats/reading/decoding.h"
+#include "formats/reading/delimiters.h"
 #include "formats/reading/readers.h"
 #include "formats/saving/patched_text.h"
 #include "formats/text/encoding.h"
@@ -39,11 +38,6 @@ std::string differenceOf(const FirstLook& found, const FirstLook& meant) {
     return concat("cells separated by ", delimiterName(found.delimiter));
 }
 
-// The bytes that stand in front of a heading.
-std::size_t sizeInFront(const Log& log) {
-    return (log.beganWithMark ? byteOrderMark.size() : 0) + log.form.skipped.size();
-}
-
 // Beginnings are cut at the size of a look.
 bool isWhole(std::string_view text) {
     return text.size() < FirstLook::size;
@@ -63,12 +57,6 @@ std::string beginningOf(const Input& input) {
     std::string text(std::min<std::uint64_t>(FirstLook::size, input.size()), '\0');
     input.readAgain(0, text.data(), text.size());
     return text;
-}
-
-// What a person can say on reading is told where it may be.
-void refuseOrTell(const std::string& output, const std::string& what, Losses* told) {
-    if (told == nullptr) throw Failure{unwritable, concat(output, ": not changed, ", what)};
-    told->addEach(concat(output, ": ", what));
 }
 
 void requireSameLook(const Log& log, std::string_view text, const std::string& output,
@@ -157,21 +145,6 @@ void requireSameEncoding(const Log& log, PatchedText& text, const std::string& o
                  told);
 }
 
-// Only cells that begin with a quote read in two ways.
-void requireSameQuotes(const Log& log, PatchedText& text, const std::string& output, Losses* told) {
-    if (!hasTabsAndQuotes(log) && !(hasTabs(log) && text.isMadeWith('"'))) return;
-    const std::string bytes = text.beginning(*log.source->input, SIZE_MAX);
-    const std::string_view cells =
-        std::string_view(bytes).substr(std::min(sizeInFront(log), bytes.size()));
-    const bool wereText = cameWithTextQuotes(log);
-    if (hasTextQuotes(cells, '\t') == wereText || !hasQuotedCell(cells, '\t')) return;
-    refuseOrTell(output,
-                 wereText
-                     ? "quotes that are part of its cells would be read as quotes around them then"
-                     : "quotes around its cells would be read as part of them then",
-                 told);
-}
-
 // Every name and cell, and what says where it stands.
 template <class Take>
 void forEachText(const Sheet& sheet, Take take) {
@@ -186,6 +159,15 @@ void forEachText(const Sheet& sheet, Take take) {
 }
 
 }  // namespace
+
+std::size_t sizeInFront(const Log& log) {
+    return (log.beganWithMark ? byteOrderMark.size() : 0) + log.form.skipped.size();
+}
+
+void refuseOrTell(const std::string& output, const std::string& what, Losses* told) {
+    if (told == nullptr) throw Failure{unwritable, concat(output, ": not changed, ", what)};
+    told->addEach(concat(output, ": ", what));
+}
 
 bool isDelimiterSaid(const Log& log) {
     const std::string_view first =
@@ -249,7 +231,6 @@ void requireSameReading(const Log& log, PatchedText& text, const std::string& ou
                         Losses* told) {
     requireSameLook(log, text.beginning(*log.source->input, FirstLook::size), output, told);
     requireSameEncoding(log, text, output, told);
-    requireSameQuotes(log, text, output, told);
 }
 
 }  // namespace vek::formats

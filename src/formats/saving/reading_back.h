@@ -72,6 +72,12 @@ bool standsAsFirstLine(std::string_view line, Format format);
 /// text in another encoding. To be asked for a sheet that has some.
 void tellNoUtf8(const Sheet& sheet, Losses& losses);
 
+/// The bytes of a log that stand in front of its heading.
+std::size_t sizeInFront(const Log& log);
+
+/// Refuses what would be read as something else, or tells it where it may be.
+void refuseOrTell(const std::string& output, const std::string& what, Losses* told);
+
 /// A Failure with `unwritable` where a reader would take the text that is to be written in the
 /// place of a log's own for something else than that one was taken for. With `told`, what a person
 /// can say on reading is told instead.

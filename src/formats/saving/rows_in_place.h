@@ -66,17 +66,6 @@ struct Saving {
     bool hasNamesAsTheyCame() const;
 };
 
-std::unique_ptr<RowsInPlace> delimitedInPlace(const Saving& saving, char separator);
-std::unique_ptr<RowsInPlace> aleInPlace(const Saving& saving);
-std::unique_ptr<RowsInPlace> plainCsvInPlace(const Saving& saving);
-std::unique_ptr<RowsInPlace> tableInPlace(const Saving& saving);
-std::unique_ptr<RowsInPlace> edlInPlace(const Saving& saving);
-
-/// A Failure with `unwritable` where an edit list that is put together so would be read as other
-/// events than these rows of the log.
-class PatchedText;
-void requireSameEvents(const Saving& saving, const std::vector<unsigned>& rows, PatchedText& text);
-
 /// Parameters of the log that it did not have, or with another value, when it was read.
 std::vector<ParameterText> changedParameters(const Log& log);
 bool wasThere(const Log& log, std::string_view parameter);

@@ -7,37 +7,16 @@
 #include "formats/formats.h"
 #include "formats/input/input.h"
 #include "formats/input/progress.h"
-#include "formats/json/json_in_place.h"
 #include "formats/packed/packed.h"
-#include "formats/saving/patched_text.h"
+#include "formats/saving/change_formats.h"
 #include "formats/saving/reading_back.h"
 #include "formats/saving/row_lengths.h"
-#include "formats/saving/rows_in_place.h"
-#include "formats/table_file/table_rewriting.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/utf8.h"
 
 namespace vek::formats {
 
 namespace {
-
-std::unique_ptr<RowsInPlace> rowsInPlace(const Saving& saving) {
-    const char delimiter = saving.log.form.delimiter;
-    switch (saving.log.format) {
-        case Format::table:
-            return tableInPlace(saving);
-        case Format::tsv:
-            return delimitedInPlace(saving, delimiter != '\0' ? delimiter : '\t');
-        case Format::plainCsv:
-            return plainCsvInPlace(saving);
-        case Format::ale:
-            return aleInPlace(saving);
-        case Format::edl:
-            return edlInPlace(saving);
-        default:
-            return delimitedInPlace(saving, delimiter != '\0' ? delimiter : ',');
-    }
-}
 
 // Where lines begin, each asked for behind the one before.
 class LineBegins {
@@ -87,23 +66,20 @@ RowPlaces placesByLines(const Log& log) {
     return places;
 }
 
-bool isReadByLibrary(Format format) {
-    return format == Format::table || format == Format::plainCsv;
-}
-
 // Puts a log of lines together from the pieces of its file and the rows that say something else.
 class LinesInPlace {
 public:
-    LinesInPlace(const Saving& saving, const RowPlaces& places, const std::vector<unsigned>& rows,
-                 bool isPiece)
+    LinesInPlace(const Saving& saving, const InPlaceWays& ways, const RowPlaces& places,
+                 const std::vector<unsigned>& rows, bool isPiece)
         : saving_(saving),
+          hasLinesOfLibrary_(ways.hasLinesOfLibrary),
           keepsGaps_(!isPiece),
           log_(saving.log),
           source_(*log_.source),
           places_(places),
           all_(rows),
           reader_(*source_.input),
-          form_(rowsInPlace(saving)) {}
+          form_(ways.rows(saving)) {}
 
     PatchedText make() {
         written_ = viewOf(log_, changedRows());
@@ -157,7 +133,7 @@ private:
     void putHeading() {
         const std::string_view came = reader_.read(places_.heading());
         const std::string now = form_->heading(came);
-        const bool hasEnd = isReadByLibrary(log_.format) && endOfLine(came).ends_with('\n');
+        const bool hasEnd = hasLinesOfLibrary_ && endOfLine(came).ends_with('\n');
         end_ = log_.lineEnd == LineEnd::lf && hasEnd ? std::string(endOfLine(came))
                                                      : bytesOf(log_.lineEnd);
         if (!now.empty() && now != byteOrderMark) noteEnd(now);
@@ -266,10 +242,11 @@ private:
         const std::string_view end = endOfLine(piece);
         lacking_.clear();
         if (end.empty()) lacking_ = end_;
-        if (end == "\r" && isReadByLibrary(log_.format)) lacking_ = "\n";
+        if (end == "\r" && hasLinesOfLibrary_) lacking_ = "\n";
     }
 
     Saving saving_;
+    bool hasLinesOfLibrary_;
     bool keepsGaps_;
     const Log& log_;
     const Source& source_;
@@ -296,34 +273,22 @@ std::vector<unsigned> allRows(const Log& log) {
 }
 
 // Where the rows stand; looked for where that was not known before, and once for all of many files.
-const RowPlaces& placesOf(const InPlace& now, RowPlaces& found) {
+const RowPlaces& placesOf(const InPlace& now, const InPlaceWays& ways, RowPlaces& found) {
     RowPlaces& known = now.log.source->places;
-    if (known.areKnown() || !isReadByLibrary(now.log.format)) return known;
+    if (known.areKnown() || !ways.hasLinesOfLibrary) return known;
     return (now.isPiece ? known : found) = placesByLines(now.log);
 }
 
-PatchedText patched(const Saving& saving, const RowPlaces& places, const InPlace& now) {
-    const bool isJson = saving.log.format == Format::json || saving.log.format == Format::jsonl;
-    return isJson ? jsonInPlace(saving, now.rows)
-                  : LinesInPlace(saving, places, now.rows, now.isPiece).make();
+PatchedText patched(const Saving& saving, const InPlaceWays& ways, const RowPlaces& places,
+                    const InPlace& now) {
+    if (ways.text != nullptr) return ways.text(saving, now.rows);
+    return LinesInPlace(saving, ways, places, now.rows, now.isPiece).make();
 }
 
 }  // namespace
 
 bool isChangedInPlace(Format format) {
-    switch (format) {
-        case Format::table:
-        case Format::csv:
-        case Format::tsv:
-        case Format::plainCsv:
-        case Format::ale:
-        case Format::edl:
-        case Format::json:
-        case Format::jsonl:
-            return true;
-        default:
-            return false;
-    }
+    return inPlaceWays(format) != nullptr;
 }
 
 namespace {
@@ -352,14 +317,16 @@ bool writeInPlace(const InPlace& now, bool mayStay, Output& out, Losses& losses)
     }
     out.encode(log.form.encoding, isPackedAs(log, out.name()));
     const Saving saving{log, unnamedLast(log, now.columns), out.name(), losses};
-    const Rewriting rewriting = rewriteTable(saving, now, mayStay, out);
+    const InPlaceWays& ways = *inPlaceWays(log.format);
+    const Rewriting rewriting =
+        ways.rewrite == nullptr ? Rewriting::notPossible : ways.rewrite(saving, now, mayStay, out);
     if (rewriting != Rewriting::notPossible) return rewriting == Rewriting::done;
     RowPlaces found;
-    const RowPlaces& places = placesOf(now, found);
-    PatchedText text = patched(saving, places, now);
+    const RowPlaces& places = placesOf(now, ways, found);
+    PatchedText text = patched(saving, ways, places, now);
     if (mayStay && text.isFile(places.size())) return false;
     requireSameReading(log, text, out.name(), now.isPiece ? &losses : nullptr);
-    if (log.format == Format::edl) requireSameEvents(saving, now.rows, text);
+    if (ways.require != nullptr) ways.require(saving, now, text);
     text.write(*log.source->input, out);
     return true;
 }

@@ -5,7 +5,7 @@
 #include <vekdb/host/strxcmp.h>
 #include "formats/text/text_lines.h"
 #include "formats/timecode/exact_time.h"
-#include "formats/timeline/timeline_rows.h"
+#include "formats/timecode/timeline_columns.h"
 
 namespace vek::formats {
 

@@ -4,10 +4,10 @@
 #include <charconv>
 #include <tuple>
 
-#include <vekdb/host/text_file.h>
 #include <vekdb/host/text_util.h>
 #include "formats/log/own_parameters.h"
 #include "formats/text/text_lines.h"
+#include "formats/writing/table_values.h"
 
 namespace vek::formats {
 
@@ -87,18 +87,6 @@ bool setNote(vekdb& table, std::size_t note, const std::string& text) {
 }
 
 }  // namespace
-
-std::string afterTableFile(std::string_view value) {
-    TextFile line;
-    {
-        dbrecord written(1);  // a long value is not there thrice
-        written.setField(0, cellText(value));
-        written.write(line);
-    }
-    dbrecord read(1);
-    read.read(line);
-    return std::string(read.fieldView(0));
-}
 
 std::size_t noteExactCells(vekdb& table, const std::vector<ExactCell>& cells) {
     std::size_t noted = 0;

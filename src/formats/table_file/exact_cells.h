@@ -19,9 +19,6 @@ struct ExactCell {
     std::string value;
 };
 
-/// What a value becomes on its way through a table file.
-std::string afterTableFile(std::string_view value);
-
 /// Notes the cells in the table's parameters, in place of earlier notes. Returns how many had
 /// room, from the first on.
 std::size_t noteExactCells(vekdb& table, const std::vector<ExactCell>& cells);

@@ -3,7 +3,7 @@
 
 #include <vekdb/host/text_file.h>
 #include "formats/reading/readers.h"
-#include "formats/saving/rows_in_place.h"
+#include "formats/saving/change_formats.h"
 #include "formats/table_file/exact_cells.h"
 #include "formats/table_file/table_lines.h"
 #include "formats/table_file/table_rows.h"

@@ -1,5 +1,3 @@
-#include "formats/table_file/table_rewriting.h"
-
 #include <algorithm>
 #include <string>
 #include <utility>
@@ -11,13 +9,15 @@
 #include "formats/input/input.h"
 #include "formats/input/progress.h"
 #include "formats/log/source.h"
-#include "formats/saving/patched_text.h"
+#include "formats/saving/change_formats.h"
 #include "formats/saving/reading_back.h"
-#include "formats/saving/rows_in_place.h"
 #include "formats/saving/save_in_place.h"
 #include "formats/table_file/table_rows.h"
 #include "formats/text/text_lines.h"
 
+// Table files in which it is known where each row stands. A line that is what writing its row
+// makes, as nearly all are that this library or vek wrote, is made again; of the file only the
+// others are read again to be kept.
 namespace vek::formats {
 
 namespace {

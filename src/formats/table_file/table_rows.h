@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "formats/table_file/exact_cells.h"
+#include "formats/writing/table_values.h"
 #include "formats/writing/writers.h"
 
 class TextFile;
@@ -20,14 +21,7 @@ std::vector<std::string> tableHeading(const Log& log, Losses& losses);
 /// Tells of a cell that a table file changes.
 void tellExactCell(const ExactCell& cell, const std::string& place, bool isNoted, Losses& losses);
 
-/// What a value loses on its way through a table file.
-enum class TableLoss { none, blanks, carriageReturns, backslash, other };
-TableLoss tableFileLoss(std::string_view value);
-/// Whether a row of values is certain to lose nothing; found out with less work.
-bool areSurelyKept(const std::string_view* values, std::size_t count);
 /// "cells that lose the blanks at their ends".
 const char* lossOfCells(TableLoss loss);
-/// The longest value that a table file's line can hold.
-constexpr std::size_t longestTableValue = 4094;
 
 }  // namespace vek::formats

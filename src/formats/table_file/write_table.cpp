@@ -1,6 +1,5 @@
 #include <algorithm>
 
-#include <vekdb/byte_marks.h>
 #include <vekdb/host/text_file.h>
 #include <vekdb/host/text_util.h>
 #include <vekdb/row_lines.h>
@@ -8,7 +7,6 @@
 #include "formats/table_file/exact_cells.h"
 #include "formats/table_file/table_rows.h"
 #include "formats/text/text_lines.h"
-#include "formats/writing/cell_run.h"
 #include "formats/writing/sheet_facts.h"
 #include "formats/writing/write_formats.h"
 
@@ -20,34 +18,6 @@ constexpr std::size_t longestTableName = 250;
 
 bool hasAny(std::string_view text, std::string_view bytes) {
     return text.find_first_of(bytes) != std::string_view::npos;
-}
-
-bool isInk(char c) {
-    return static_cast<unsigned char>(c) > ' ';
-}
-
-inline bool isBlankAtEdge(std::string_view value) {
-    if (value.empty() || (isInk(value.front()) && isInk(value.back()))) return false;
-    return isAsciiSpace(value.front()) || isAsciiSpace(value.back());
-}
-
-// Whether a value may be another one on its way through a table file. Looks at all bytes, so that
-// many can be looked at together.
-bool mayChange(std::string_view value) {
-    bool has = isBlankAtEdge(value);
-    for (char c : value) has |= c == '\r' || c == '\\' || c == '\0';
-    return has;
-}
-
-// Whether values that stand one behind the other are certain to be read as they are: no byte that
-// a table file changes, no NUL but those between them, no blank at an edge.
-bool areKept(const CellRun& run, const std::string_view* values, std::size_t count) {
-    const char* const begin = run.text.data();
-    const char* const end = begin + run.text.size();
-    if (ByteMarks::count(begin, end, {'\r', '\\', '\0', '\0'}) != run.gaps) return false;
-    return std::all_of(values, values + count, [](std::string_view value) {
-        return value.size() <= longestTableValue && !isBlankAtEdge(value);
-    });
 }
 
 // The table itself where all columns are wanted, else a table of the wanted ones.
@@ -271,22 +241,6 @@ void tellExactCell(const ExactCell& cell, const std::string& place, bool isNoted
                    (isNoted ? "; vek reads them back as they are, other programs do not"
                             : "; there is no room to note them"),
                place);
-}
-
-bool areSurelyKept(const std::string_view* values, std::size_t count) {
-    if (const std::optional<CellRun> run = CellRun::of(values, count)) {
-        return areKept(*run, values, count);
-    }
-    return std::none_of(values, values + count, [](std::string_view value) {
-        return value.size() > longestTableValue || mayChange(value);
-    });
-}
-
-TableLoss tableFileLoss(std::string_view value) {
-    if (!mayChange(value) || afterTableFile(value) == value) return TableLoss::none;
-    if (trimmed(value) != value) return TableLoss::blanks;
-    if (hasAny(value, "\r")) return TableLoss::carriageReturns;
-    return hasAny(value, "\\") ? TableLoss::backslash : TableLoss::other;
 }
 
 const char* lossOfCells(TableLoss loss) {

@@ -93,16 +93,6 @@ RangeColumns keycodeColumns(const Log& log) {
     return firstPair(log, RangeKind::keycode);
 }
 
-bool isTimeline(const Log& log) {
-    const unsigned place = log.findColumn("Place");
-    if (log.findColumn("Kind") == noColumn || place == noColumn) return false;
-    for (unsigned row = 0; row < log.rowCount(); ++row) {
-        const std::string_view text = log.cell(row, place);
-        if (text.empty() || text.find_first_not_of("0123456789.") != text.npos) return false;
-    }
-    return true;
-}
-
 RangeColumns rangeOf(const Log& log, unsigned column) {
     const std::string name = log.columnName(column);
     const unsigned end = otherOf(log, column, endNamesFor(name));

@@ -34,8 +34,4 @@ RangeColumns sourceColumns(const Log& log);
 RangeColumns recordColumns(const Log& log);
 RangeColumns keycodeColumns(const Log& log);
 
-/// Whether the rows are those of a timeline, each with a rate of its own: the log has the columns
-/// Kind and Place, and all of its rows a place.
-bool isTimeline(const Log& log);
-
 }  // namespace vek::formats

@@ -1,6 +1,7 @@
 #include "formats/timecode/counting.h"
 
 #include "formats/text/text_lines.h"
+#include "formats/timecode/timeline_columns.h"
 
 namespace vek::formats {
 

@@ -8,6 +8,7 @@
 #include "formats/edl/kinds_on_sheet.h"
 #include "formats/text/text_lines.h"
 #include "formats/timecode/clip_columns.h"
+#include "formats/timecode/timeline_columns.h"
 #include "formats/writing/sheet_facts.h"
 
 namespace vek::formats {

@@ -21,24 +21,6 @@ std::string exactTimeColumn(std::string_view column) {
     return concat(column, " Exact");
 }
 
-TimelineKind timelineKind(std::string_view text) {
-    struct Entry {
-        const char* text;
-        TimelineKind kind;
-    };
-    static constexpr Entry entries[] = {
-        {"Marker", TimelineKind::marker},         {"To Do", TimelineKind::marker},
-        {"Chapter", TimelineKind::marker},        {"Keyword", TimelineKind::note},
-        {"Transition", TimelineKind::transition}, {"Track", TimelineKind::track},
-        {"Stack", TimelineKind::other},           {"Part", TimelineKind::other},
-        {"Rating", TimelineKind::note},
-    };
-    for (const Entry& entry : entries) {
-        if (sameText(text, entry.text)) return entry.kind;
-    }
-    return TimelineKind::clip;
-}
-
 TimelineRows::TimelineRows(Log& log, std::size_t bytes, bool hasRecord)
     : log_(log), builder_(log, std::vector<std::string>()), bytes_(bytes) {
     for (const char* name : alwaysThere) names_.place(name);

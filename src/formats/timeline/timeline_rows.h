@@ -9,45 +9,15 @@
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
 #include "formats/text/name_list.h"
-#include "formats/timecode/range_names.h"
 #include "formats/timecode/exact_time.h"
+#include "formats/timecode/timeline_columns.h"
 
 /// What the readers of timelines share: rows of cells by the names of their columns, and times
 /// as timecodes.
 namespace vek::formats {
 
-/// The columns that every timeline has. Others come behind them when a row needs one.
-namespace timeline {
-constexpr const char* kind = "Kind";
-constexpr const char* place = "Place";
-constexpr const char* track = "Track";
-constexpr const char* clipName = "Clip Name";
-constexpr const char* reel = "Reel";
-constexpr const char* sourceIn = sourceOfEvent.start;
-constexpr const char* sourceOut = sourceOfEvent.end;
-constexpr const char* recordIn = recordOfEvent.start;
-constexpr const char* recordOut = recordOfEvent.end;
-constexpr const char* rate = "FPS";
-constexpr const char* marker = "Marker";
-constexpr const char* color = "Color";
-constexpr const char* note = "Note";
-constexpr const char* file = "Source File";
-constexpr const char* mediaStart = "Media Start";
-constexpr const char* mediaFrames = "Media Frames";
-constexpr const char* transition = "Transition";
-constexpr const char* inOffset = "In Offset";
-constexpr const char* outOffset = "Out Offset";
-constexpr const char* effects = "Effects";
-constexpr const char* enabled = "Enabled";
-}  // namespace timeline
-
 /// The column of the moments themselves, where times in a column are between two frames.
 std::string exactTimeColumn(std::string_view column);
-
-/// What a row of a timeline is, as its column Kind says.
-enum class TimelineKind { clip, marker, note, transition, track, other };
-/// Clips for all texts that no timeline has.
-TimelineKind timelineKind(std::string_view text);
 
 class TimelineRows {
 public:

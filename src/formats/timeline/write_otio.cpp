@@ -9,10 +9,10 @@
 #include "formats/text/text_lines.h"
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
-#include "formats/timeline/clip_lengths.h"
 #include "formats/timeline/edit_events.h"
 #include "formats/timeline/time_warps.h"
 #include "formats/timeline/timeline_rows.h"
+#include "formats/writing/clip_lengths.h"
 #include "formats/writing/sheet_facts.h"
 #include "formats/writing/write_formats.h"
 

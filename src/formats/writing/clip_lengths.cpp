@@ -1,8 +1,8 @@
-#include "formats/timeline/clip_lengths.h"
+#include "formats/writing/clip_lengths.h"
 
 #include "formats/text/text_lines.h"
 #include "formats/timecode/exact_time.h"
-#include "formats/timeline/timeline_rows.h"
+#include "formats/timecode/timeline_columns.h"
 #include "formats/writing/sheet_facts.h"
 
 namespace vek::formats {

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "formats/log/column_edits.h"
 #include "formats/formats.h"
+#include "formats/log/column_edits.h"
 #include "formats/reading/open_log.h"
 #include "formats/saving/save_in_place.h"
 #include "testing/logs.h"

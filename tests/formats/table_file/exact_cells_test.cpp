@@ -28,13 +28,6 @@ protected:
     vekdb table_{std::vector<DBFieldDesc>{{"A", DBFieldTypes::text}}};
 };
 
-TEST_F(ExactCells, AreThoseThatATableFileMakesOthersOf) {
-    EXPECT_EQ("as it is", afterTableFile("as it is"));
-    EXPECT_EQ("blanks", afterTableFile(" blanks "));
-    EXPECT_EQ("one\ntwo", afterTableFile("one\\ntwo"));
-    EXPECT_EQ("ab", afterTableFile("a\rb"));
-}
-
 TEST_F(ExactCells, AreNotedByRowAndColumn) {
     EXPECT_EQ(2u, noteExactCells(table_, {{2, 0, " a"}, {3, 11, "b;="}}));
     EXPECT_THAT(notes(), ElementsAre("vek exact cells: 3:1=%20a;4:12=b%3B%3D;"));

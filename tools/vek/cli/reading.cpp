@@ -3,9 +3,9 @@
 #include <filesystem>
 
 #include <vekdb/formats/timecode.h>
-#include "formats/delimited/delimiters.h"
 #include "formats/formats.h"
 #include "formats/input/input.h"
+#include "formats/reading/delimiters.h"
 #include "formats/reading/open_log.h"
 #include "tools/vek/cli/printout.h"
 #include "tools/vek/cli/progress_bar.h"
