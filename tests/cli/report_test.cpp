@@ -297,3 +297,34 @@ TEST(Report, TheFieldMapSaysWhichColumnsTheTableHas) {
     EXPECT_EQ(heads({"samples/dailies.vek", "--all"}), 31u);
     EXPECT_EQ(heads({"samples/dailies.vek", "--columns", "Take,Reel"}), 3u);
 }
+
+TEST(Report, OnlyClipsOfATimelineAreCountedAndDrawn) {
+    WorkFolder folder;
+    folder.write("t.csv",
+                 "Kind,Place,Scene,Take,Reel,Source In,Source Out,Record In,Record Out,FPS\n"
+                 "Track,1,,,,,,00:00:00:00,00:00:02:00,\n"
+                 "Clip,1.1,7,1,A,01:00:00:00,01:00:01:00,00:00:00:00,00:00:01:00,24\n"
+                 "Marker,1.1.1,8,1,A,01:00:00:00,01:00:00:01,00:00:00:00,00:00:00:01,24\n"
+                 "Transition,1.2,,,,,,00:00:00:20,00:00:01:04,\n"
+                 "Clip,1.3,7,2,A,,,00:00:01:00,00:00:02:00,24\n"
+                 "Part,1.3.1,7,3,B,02:00:00:00,02:00:01:00,,,24\n");
+    const std::string page = pageOf(folder, {"t.csv", "--fps", "24"});
+    EXPECT_THAT(page, HasSubstr("<dt>Clips</dt><dd>2</dd>"));
+    EXPECT_THAT(page, HasSubstr("4 rows that are no clips, by its Kind, not counted"));
+    EXPECT_THAT(page, HasSubstr("Timeline of 1 lane"));
+    EXPECT_THAT(page, HasSubstr("1 clip without a start timecode"));
+    EXPECT_THAT(page, HasSubstr("Coverage: 1 scene against 2 takes"));
+    EXPECT_THAT(page, Not(HasSubstr("scene 7, take 3")));
+}
+
+TEST(Report, RatesThatAreNearEachOtherHaveNoFramesInCommon) {
+    WorkFolder folder;
+    const char* const head = "Heading\nFIELD_DELIM\tTABS\nFPS\t";
+    const char* const rest = "\n\nColumn\nName\tStart\tEnd\n\nData\nA\t01:00:00:00\t02:00:00:00\n";
+    for (const char* rate : {"24", "23.976"}) {
+        folder.write(std::string(rate) + ".ale", std::string(head) + rate + rest);
+    }
+    const std::string page = pageOf(folder, {"24.ale", "23.976.ale"});
+    EXPECT_THAT(page, HasSubstr("several frame rates"));
+    EXPECT_THAT(between(page, "<th scope=\"row\">All</th>", "</tr>"), HasSubstr("02:00:04<"));
+}

@@ -36,9 +36,10 @@ class Coverage {
 public:
     explicit Coverage(const LogOnPage& log)
         : log_(log),
-          scenes_(sortedValues(log.log(), log.places().scene)),
-          takes_(sortedValues(log.log(), log.places().take)) {
+          scenes_(log.valuesOfClips(log.places().scene)),
+          takes_(log.valuesOfClips(log.places().take)) {
         for (unsigned row = 0; row < log.rowCount(); ++row) {
+            if (!log.isClip(row)) continue;
             const std::uint32_t scene = scenes_.placeOf[row];
             const std::uint32_t take = takes_.placeOf[row];
             const bool isTagged = log.isTagged(row);

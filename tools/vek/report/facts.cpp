@@ -43,9 +43,14 @@ std::string filmOf(const LogOnPage& log) {
     return log.hasFilm() ? log.filmText(log.sums()) : "";
 }
 
-// Why a number is not that of all clips.
+// Why a number is not that of all rows, or of all clips.
 std::string missingOf(const LogOnPage& log) {
     std::string out;
+    if (const std::size_t others = log.rowCount() - log.sums().clips; others > 0) {
+        out += concat("<p class=\"note\">",
+                      counted(others, "row that is no clip", "rows that are no clips"),
+                      ", by its Kind, not counted and not in the pictures.</p>\n");
+    }
     const auto note = [&](std::size_t clips, const char* why) {
         if (clips == 0) return;
         out += concat("<p class=\"note\">", counted(clips, "clip"), " ", why, "</p>\n");
@@ -120,7 +125,8 @@ struct Totals {
     ClipSums sums;
     std::size_t tagged = 0;
     double seconds = 0;
-    int nominal = 0;  // -1 where logs have different ones
+    std::optional<FrameRate> rate;  // of the first log that has one
+    bool hasSeveralRates = false;
     bool hasFilm = false;
 
     void add(const LogOnPage& log) {
@@ -128,15 +134,16 @@ struct Totals {
         tagged += log.tagCount();
         hasFilm = hasFilm || log.hasFilm();
         if (!log.hasTime()) return;
-        const FrameRate& rate = *log.rates().counting.rate();
-        seconds += static_cast<double>(log.sums().frames) * static_cast<double>(rate.seconds()) /
-                   static_cast<double>(rate.frames());
-        nominal = nominal == 0 || nominal == rate.nominal ? rate.nominal : -1;
+        const FrameRate& own = *log.rates().counting.rate();
+        seconds += static_cast<double>(log.sums().frames) * static_cast<double>(own.seconds()) /
+                   static_cast<double>(own.frames());
+        if (!rate) rate = own;
+        hasSeveralRates = hasSeveralRates || !own.isAsFastAs(*rate);
     }
 
     std::string time() const {
-        if (nominal == 0) return {};
-        if (nominal > 0) return timecodeText(sums.frames, nominal, sums.dropFrame);
+        if (!rate) return {};
+        if (!hasSeveralRates) return timecodeText(sums.frames, rate->nominal, sums.dropFrame);
         constexpr int second = 1;  // logs of several rates have no frames in common
         return timecodeText(static_cast<std::int64_t>(seconds + 0.5), second, false).substr(0, 8);
     }
@@ -156,7 +163,7 @@ std::vector<std::string> cellsOf(const LogOnPage& log) {
 }  // namespace
 
 std::string numbersOf(const LogOnPage& log) {
-    return concat("<dl class=\"numbers\">\n", numberTile("Clips", std::to_string(log.rowCount())),
+    return concat("<dl class=\"numbers\">\n", numberTile("Clips", std::to_string(log.sums().clips)),
                   numberTile("Scenes", scenesOf(log)), numberTile("Takes", takesOf(log)),
                   numberTile("Running time", timeOf(log)), numberTile("Footage", filmOf(log)),
                   numberTile("Tagged", std::to_string(log.tagCount())), "</dl>\n", missingOf(log));
@@ -212,7 +219,7 @@ std::string totalsOf(const LogsOnPage& logs) {
          totals.hasFilm ? footageText(totals.sums.perforations, logs.front()->rates().gauge) : "",
          std::to_string(totals.tagged)});
     out += "</tfoot></table></div>\n";
-    if (totals.nominal < 0) {
+    if (totals.hasSeveralRates) {
         out +=
             "<p class=\"note\">The logs have several frame rates: the running time of all is "
             "told in hours, minutes and seconds.</p>\n";

@@ -63,6 +63,28 @@ void LogOnPage::cutColumns() {
     isCut_ = true;
 }
 
+SortedValues LogOnPage::valuesOfClips(unsigned column) const {
+    SortedValues all = sortedValues(log_, column);
+    if (sums_.clips == rowCount()) return all;
+    std::vector<bool> isOfClip(all.values.size());
+    for (unsigned row = 0; row < rowCount(); ++row) {
+        if (isClip(row)) isOfClip[all.placeOf[row]] = true;
+    }
+    SortedValues own;
+    std::vector<std::uint32_t> places;
+    bool isSame = false;
+    for (std::size_t i = 0; i < all.values.size(); ++i) {
+        isSame = isSame && all.isSameAsBefore[i];
+        places.push_back(static_cast<std::uint32_t>(own.values.size()));
+        if (!isOfClip[i]) continue;
+        own.values.push_back(all.values[i]);
+        own.isSameAsBefore.push_back(isSame);
+        isSame = true;
+    }
+    for (std::uint32_t place : all.placeOf) own.placeOf.push_back(places[place]);
+    return own;
+}
+
 std::string LogOnPage::timeText(const ClipSums& sums) const {
     return timecodeText(sums.frames, rates_.nominal(), sums.dropFrame);
 }

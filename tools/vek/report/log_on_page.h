@@ -52,6 +52,10 @@ public:
     std::string filmText(const ClipSums& sums) const;
 
     unsigned rowCount() const { return log_.rowCount(); }
+    /// Whether a row is a clip; of a timeline others are tracks, markers, transitions and parts.
+    bool isClip(unsigned row) const { return counter_.isClip(row); }
+    /// The values that a column has in clips.
+    SortedValues valuesOfClips(unsigned column) const;
     bool isTagged(unsigned row) const { return tags_[row]; }
     std::size_t tagCount() const { return tagCount_; }
     /// The columns that the table shows at first.

@@ -51,15 +51,17 @@ class Timeline {
 public:
     explicit Timeline(const LogOnPage& log)
         : log_(log), spans_(spansOf(log)), axis_(presentSpans(), lineLength) {
-        if (log.places().scene != noColumn) scenes_ = sortedValues(log.log(), log.places().scene);
-        if (log.laneColumn() != noColumn) lanesOf_ = sortedValues(log.log(), log.laneColumn());
+        if (log.places().scene != noColumn) scenes_ = log.valuesOfClips(log.places().scene);
+        if (log.laneColumn() != noColumn) lanesOf_ = log.valuesOfClips(log.laneColumn());
         fillLanes();
     }
 
     static std::vector<Span> spansOf(const LogOnPage& log) {
         std::vector<Span> spans;
         spans.reserve(log.rowCount());
-        for (unsigned row = 0; row < log.rowCount(); ++row) spans.push_back(log.span(row));
+        for (unsigned row = 0; row < log.rowCount(); ++row) {
+            spans.push_back(log.isClip(row) ? log.span(row) : Span());
+        }
         return spans;
     }
 
@@ -267,10 +269,10 @@ private:
     }
 
     std::string notes() const {
-        const std::size_t missing = spans_.size() - presentSpans().size();
+        const std::size_t missing = log_.sums().clips - presentSpans().size();
         std::string out = shownOf(lanes_.size(), laneCount_, "lanes");
         if (missing > 0) {
-            out += "<p class=\"note\">" + counted(missing, "row") +
+            out += "<p class=\"note\">" + counted(missing, "clip") +
                    " without a start timecode, not in the picture.</p>\n";
         }
         return out;
