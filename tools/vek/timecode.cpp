@@ -88,24 +88,34 @@ void requireFitting(const Args& args, const Selection& selection) {
     }
 }
 
-std::vector<unsigned> columnsFor(const Log& log, const Args& args) {
-    if (args.has("columns")) return columnList(log, args.text("columns"));
-    return args.text("ACTION") == "conform" ? timeColumns(log) : onlyPair(log);
+std::vector<unsigned> columnsToShift(const Log& log, const Args& args) {
+    return args.has("columns") ? columnList(log, args.text("columns")) : onlyPair(log);
 }
 
-bool hasTimes(const Log& log, unsigned column) {
+// All that counts frames of the log.
+std::vector<unsigned> columnsOfRate(const Log& log, const timecode::FrameCounts& counts) {
+    std::vector<unsigned> columns = timeColumns(log);
+    for (unsigned column : counts.columns()) {
+        if (std::ranges::find(columns, column) == columns.end()) columns.push_back(column);
+    }
+    return columns;
+}
+
+bool hasTimes(const timecode::FrameCounts& counts, const Log& log, unsigned column) {
     for (unsigned row = 0; row < log.rowCount(); ++row) {
         if (parseTimecode(trimmed(log.cell(row, column)))) return true;
+        if (counts.has(column) && counts.frames(row, column)) return true;
     }
     return false;
 }
 
 // A log has one rate, and times that were left out count at another one from then on.
-void tellLeftOut(const Work& work, const std::vector<unsigned>& columns, const std::string& rate) {
+void tellLeftOut(const Work& work, const timecode::FrameCounts& counts,
+                 const std::vector<unsigned>& columns, const std::string& rate) {
     std::string names;
-    for (unsigned column : timeColumns(work.log)) {
+    for (unsigned column : columnsOfRate(work.log, counts)) {
         const bool isLeftOut = std::find(columns.begin(), columns.end(), column) == columns.end();
-        if (!isLeftOut || !hasTimes(work.log, column)) continue;
+        if (!isLeftOut || !hasTimes(counts, work.log, column)) continue;
         names += concat(names.empty() ? "" : ", ", ownNameOf(work.log, column));
     }
     if (names.empty()) return;
@@ -114,17 +124,23 @@ void tellLeftOut(const Work& work, const std::vector<unsigned>& columns, const s
 }
 
 void conform(Work& work, const Args& args) {
-    const std::vector<unsigned> columns = columnsFor(work.log, args);
-    timecode::conform(work, columns, args);
-    const FrameRate to = *parseFrameRate(args.text("BY"));
-    tellLeftOut(work, columns, rateText(to));
-    timecode::Speeds(work, to.nominal).move();
+    const timecode::FrameCounts counts(work);
+    const std::vector<unsigned> columns = args.has("columns")
+                                              ? columnList(work.log, args.text("columns"))
+                                              : columnsOfRate(work.log, counts);
+    timecode::conform(work, columns, counts, args);
+    if (args.has("columns")) {
+        tellLeftOut(work, counts, columns, rateText(*parseFrameRate(args.text("BY"))));
+    } else {
+        for (const std::string& note : counts.notes()) say(concat(work.log.name, ": ", note));
+    }
+    timecode::Speeds(work, parseFrameRate(args.text("BY"))->nominal).move();
 }
 
 void change(Work& work, const Args& args) {
     std::string action = args.text("ACTION");
     if (action == "shift") {
-        timecode::shift(work, columnsFor(work.log, args), args.text("BY"));
+        timecode::shift(work, columnsToShift(work.log, args), args.text("BY"));
         return timecode::Speeds(work, work.counting.nominal()).move();
     }
     if (action == "conform") return conform(work, args);
@@ -161,7 +177,8 @@ Command timecodeCommand() {
         "shift adds frames or a timecode to the start and end columns. conform brings all "
         "timecodes to another rate, or to drop-frame or non-drop counting: the moment is kept, "
         "which is refused where it is between two frames and no --round is given, or, with --keep "
-        "frames, the number of the frame. duration fills a column from start and end, end one from "
+        "frames, the number of the frame; lengths in frames go along. duration fills a column from "
+        "start and end, end one from "
         "start and duration. Counting is exact, drop-frame where the log says so, and goes on past "
         "midnight; the source of a clip in a timeline counts at its own FPS. Cells that are no "
         "timecode stay and are told; it ends with 1 then.",

@@ -42,7 +42,7 @@ TransitionKind transitionKindOf(std::string_view type, std::string_view name) {
 
 Laps::Laps(const Sheet& sheet, unsigned kind, const RangeColumns& source,
            const RangeColumns& record, const LogCounting& counting, const ClipLengths& lengths)
-    : sheet_(sheet), source_(source), record_(record), counting_(counting), lengths_(lengths) {
+    : sheet_(sheet), source_(source), record_(record), lengths_(lengths) {
     const unsigned place = placeNamed(sheet, timeline::place);
     if (kind == noColumn || place == noColumn || record.start == noColumn) return;
     if (counting.nominal() == 0) return;
@@ -72,6 +72,11 @@ const Lap* Laps::toBlack(unsigned transition) const {
     return at == blacks_.end() ? nullptr : &at->second;
 }
 
+std::optional<std::int64_t> Laps::meetingIn(unsigned transition) const {
+    const auto at = meetings_.find(transition);
+    return at == meetings_.end() ? std::nullopt : std::optional(at->second);
+}
+
 unsigned Laps::clipAt(const std::string& place) const {
     const auto at = clips_.find(place);
     return at == clips_.end() ? noColumn : at->second;
@@ -84,7 +89,7 @@ bool Laps::isOther(const std::string& place) const {
 }
 
 std::int64_t Laps::startOf(unsigned row) const {
-    return framesOf(*lengths_.timecode(row, record_.start), counting_.nominal());
+    return framesOf(*lengths_.timecode(row, record_.start), lengths_.recordRate(row).nominal);
 }
 
 // Where the clips meet is within the transition, as its own times say.
@@ -101,11 +106,12 @@ void Laps::add(unsigned transition, std::string_view place) {
         to != noColumn ? startOf(to) : startOf(from) + *lengths_.onRecord(from);
     const std::int64_t lap = cut - begin;
     if (lap < 0 || lap > *length) return;
+    meetings_[transition] = lap;
     const bool moves = (from == noColumn || canMove(from)) && (to == noColumn || canMove(to)) &&
                        (from == noColumn || lap <= *lengths_.onRecord(from));
     const std::optional<Timecode> start =
         to == noColumn ? std::nullopt : lengths_.timecode(to, source_.start);
-    const bool hasRoom = !start || framesOf(*start, counting_.nominal()) >= lap;
+    const bool hasRoom = !start || framesOf(*start, lengths_.sourceRate(to).nominal) >= lap;
     const std::int64_t lead = moves && hasRoom ? lap : 0;
     if (from != noColumn) laps_[from].tail = lead;
     Lap& own = to == noColumn ? blacks_[transition] : laps_[to];
@@ -122,7 +128,7 @@ bool Laps::canMove(unsigned row) const {
     const std::optional<std::int64_t> source = lengths_.inSource(row);
     const std::optional<std::int64_t> record = lengths_.onRecord(row);
     return source && record && std::abs(*source - *record) <= 1 &&
-           lengths_.sourceRate(row).isAsFastAs(*counting_.rate());
+           lengths_.sourceRate(row).isAsFastAs(lengths_.recordRate(row));
 }
 
 }  // namespace vek::formats

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -40,6 +41,9 @@ public:
     const Lap& of(unsigned row) const;
     /// Whether the transition of a row is part of a clip's event. Others have no clip to go to.
     bool isOfClip(unsigned transition) const;
+    /// How many frames of the record behind the beginning of a transition its clips meet, or its
+    /// only one begins or ends; nothing where none lies beside it or it does not reach there.
+    std::optional<std::int64_t> meetingIn(unsigned transition) const;
     /// A transition to black, whose lap stands for the black; null for others.
     const Lap* toBlack(unsigned transition) const;
 
@@ -52,12 +56,12 @@ private:
 
     const Sheet& sheet_;
     RangeColumns source_, record_;
-    const LogCounting& counting_;
     const ClipLengths& lengths_;
     std::map<std::string, unsigned> clips_;  // by place; noColumn for what is no event there
     std::map<unsigned, Lap> laps_;           // by the row of the clip
     std::map<unsigned, Lap> blacks_;         // by the row of the transition
     std::map<unsigned, unsigned> toClips_;   // by the row of the transition
+    std::map<unsigned, std::int64_t> meetings_;
 };
 
 }  // namespace vek::formats

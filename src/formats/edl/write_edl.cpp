@@ -411,10 +411,10 @@ private:
     // The times of a clip as an edit list has them, and what its event comes from as a line.
     std::string takeLap(unsigned row, EdlEvent& event) {
         const Lap& lap = laps_.of(row);
-        moveTime(event[edlSourceIn], -lap.lead);
-        moveTime(event[edlRecordIn], -lap.lead);
-        moveTime(event[edlSourceOut], -lap.tail);
-        moveTime(event[edlRecordOut], -lap.tail);
+        moveTime(row, event[edlSourceIn], -lap.lead);
+        moveTime(row, event[edlRecordIn], -lap.lead);
+        moveTime(row, event[edlSourceOut], -lap.tail);
+        moveTime(row, event[edlRecordOut], -lap.tail);
         if (!lap.goesOver()) return {};
         takeTransition(lap, event);
         event[edlToClipName] = event[edlClipName];
@@ -422,11 +422,12 @@ private:
         return lineBefore(lap, event);
     }
 
-    void moveTime(std::string& text, std::int64_t by) const {
+    // By frames of the record, as only clips move that run like it.
+    void moveTime(unsigned row, std::string& text, std::int64_t by) const {
         if (by == 0) return;
         const Timecode code = *parseTimecode(text);
-        text = timecodeText(framesOf(code, counting_.nominal()) + by, counting_.nominal(),
-                            code.dropFrame);
+        const int nominal = lengths_.recordRate(row).nominal;
+        text = timecodeText(framesOf(code, nominal) + by, nominal, code.dropFrame);
     }
 
     void takeTransition(const Lap& lap, EdlEvent& event) {
@@ -460,7 +461,7 @@ private:
         if (lap.from != noColumn && takeTime(lap.from, places_.source.end, from[edlSourceIn])) {
             const std::string own = oneLine(cell(lap.from, places_.reel));
             from[edlReel] = own.empty() ? "AX" : style_.shortReels ? shortReels_.of(own) : own;
-            moveTime(from[edlSourceIn], -laps_.of(lap.from).tail);
+            moveTime(lap.from, from[edlSourceIn], -laps_.of(lap.from).tail);
         }
         from[edlSourceOut] = from[edlSourceIn];
         return edlEventLine(from);
@@ -472,12 +473,12 @@ private:
             !takeTime(row, places_.record.end, event[edlRecordOut])) {
             return leaveOut(row, "no start and end in the record");
         }
-        moveTime(event[edlRecordIn], lap.late);
+        moveTime(row, event[edlRecordIn], lap.late);
         event[edlEvent] = number(row);
         event[edlReel] = "BL";
         event[edlTrack] = track(row);
         event[edlSourceIn] = "00:00:00:00";
-        event[edlSourceOut] = timecodeText(lap.length, counting_.nominal(), false);
+        event[edlSourceOut] = timecodeText(lap.length, lengths_.recordRate(row).nominal, false);
         takeTransition(lap, event);
         event[edlClipName] = cell(lap.from, places_.clipName);
         line(lineBefore(lap, event));
@@ -529,10 +530,19 @@ private:
         isWhole = takeTime(row, places_.record.start, event[edlRecordIn]) &&
                   takeTime(row, places_.record.end, event[edlRecordOut]);
         if (!isWhole) return leaveOut(row, "no start and end in the record");
+        tellOtherRecord(row);
         tellNoFrames(row, event);
         tellBackwards(row, places_.source, "in the source");
         tellBackwards(row, places_.record, "in the record");
         return true;
+    }
+
+    // A list has one rate.
+    void tellOtherRecord(unsigned row) {
+        if (counting_.nominal() == 0 || lengths_.recordRate(row).isAsFastAs(*counting_.rate()))
+            return;
+        tell(row, "a record at " + rateText(lengths_.recordRate(row)),
+             "one at " + rateText(*counting_.rate()), "its times are written as they are");
     }
 
     // Times that name no frame, where the rate is known.

@@ -5,11 +5,22 @@
 
 namespace vek::formats {
 
+namespace {
+
+unsigned columnOfTimeline(const Log& log, const char* name) {
+    const unsigned column = log.findColumn(name);
+    return column != noColumn && isTimeline(log) ? column : noColumn;
+}
+
+}  // namespace
+
 LogCounting::LogCounting(const Log& log, const std::string& rate)
     : log_(log),
       fcm_(log.parameter("FCM")),
       fcmColumn_(log.findColumn("FCM")),
-      rateColumn_(isTimeline(log) ? log.findColumn("FPS") : noColumn),
+      rateColumn_(columnOfTimeline(log, "FPS")),
+      recordRateColumn_(columnOfTimeline(log, "Record FPS")),
+      hasOwnRates_(rateColumn_ != noColumn || recordRateColumn_ != noColumn),
       record_(recordColumns(log)) {
     readRate(rate);
     const bool isSaid = rate_ && rate_->counting != Counting::unsaid;
@@ -54,15 +65,14 @@ std::optional<FrameRate> LogCounting::firstRateOfRows() const {
 }
 
 std::optional<FrameRate> LogCounting::rate(unsigned row, unsigned column) const {
-    if (rateColumn_ == noColumn) return rate_;
     const std::optional<FrameRate> own = ownRate(row, column);
     return own ? own : rate_;
 }
 
 std::optional<FrameRate> LogCounting::ownRate(unsigned row, unsigned column) const {
     const bool isOnRecord = column == record_.start || column == record_.end;
-    if (rateColumn_ == noColumn || isOnRecord) return {};
-    return parseFrameRate(log_.cell(row, rateColumn_));
+    const unsigned rates = isOnRecord ? recordRateColumn_ : rateColumn_;
+    return rates == noColumn ? std::nullopt : parseFrameRate(log_.cell(row, rates));
 }
 
 int LogCounting::nominalOfRow(unsigned row, unsigned column) const {

@@ -9,7 +9,8 @@ namespace vek::formats {
 /// What a log says about how its timecodes count: the rate of its parameter FPS (or another one
 /// that a person names), and whether frames are dropped, by the rate ("29.97df"), the parameter
 /// FCM ("DROP FRAME") or, row by row, the column FCM that edit lists have. On the record a timeline
-/// counts so; what else is timed in one of its rows counts at the row's own rate, its column FPS.
+/// counts so, but for rows with a rate for it in their column Record FPS; what else is timed in one
+/// of its rows counts at the row's own rate, its column FPS.
 class LogCounting {
 public:
     /// `rate` "" is the log's own; one that says how it counts goes before all the log says. The
@@ -31,17 +32,19 @@ public:
     std::optional<FrameRate> rate(unsigned row, unsigned column) const;
     std::optional<FrameRate> ownRate(unsigned row, unsigned column) const;
     int nominal(unsigned row, unsigned column) const {
-        return rateColumn_ == noColumn ? nominal() : nominalOfRow(row, column);
+        return hasOwnRates_ ? nominalOfRow(row, column) : nominal();
     }
     /// Where a timeline has the rates of its rows, or noColumn.
     unsigned rateColumn() const { return rateColumn_; }
+    /// Where it has those of their record, if not all have one, or noColumn.
+    unsigned recordRateColumn() const { return recordRateColumn_; }
 
     /// What is said for a row, and for one of its cells.
     Counting counting(unsigned row) const {
         return fcmColumn_ == noColumn ? countingOfAll() : countingOfRow(row);
     }
     Counting counting(unsigned row, unsigned column) const {
-        return rateColumn_ == noColumn ? counting(row) : countingOfCell(row, column);
+        return hasOwnRates_ ? countingOfCell(row, column) : counting(row);
     }
     /// What is said, whatever the rows say.
     Counting countingOfAll() const { return countingOfAll_; }
@@ -72,6 +75,8 @@ private:
     std::string fcm_;
     unsigned fcmColumn_;
     unsigned rateColumn_;
+    unsigned recordRateColumn_;
+    bool hasOwnRates_;
     RangeColumns record_;
     Counting countingOfAll_ = Counting::unsaid;
 };

@@ -20,6 +20,7 @@ constexpr const char* sourceOut = sourceOfEvent.end;
 constexpr const char* recordIn = recordOfEvent.start;
 constexpr const char* recordOut = recordOfEvent.end;
 constexpr const char* rate = "FPS";
+constexpr const char* recordRate = "Record FPS";
 constexpr const char* marker = "Marker";
 constexpr const char* color = "Color";
 constexpr const char* note = "Note";
@@ -31,6 +32,7 @@ constexpr const char* inOffset = "In Offset";
 constexpr const char* outOffset = "Out Offset";
 constexpr const char* effects = "Effects";
 constexpr const char* enabled = "Enabled";
+constexpr const char* frameColumns[] = {mediaFrames, inOffset, outOffset};  // numbers of frames
 }  // namespace timeline
 
 /// Whether the rows are those of a timeline, each with a rate of its own: the log has the columns

@@ -205,10 +205,12 @@ private:
         if (!isTitled_) {
             rows_.parameter(lineOf(sequence), "TITLE", around.project);
             rows_.parameter(lineOf(sequence), "FPS", rate);
-            heading_ = rate;
-        } else if (rate != heading_) {
-            problem(sequence, concat("a project at ", rate, " behind one at ", heading_),
-                    "one rate in a log", "its record times count at its own rate");
+            heading_ = around.frames.rate;
+        } else if (!around.frames.rate.isAsFastAs(*heading_)) {
+            problem(sequence, concat("a project at ", rate, " behind one at ", rateText(*heading_)),
+                    "one rate in a log",
+                    concat("its record times count at its own rate, as column ",
+                           timeline::recordRate, " says"));
         }
         isTitled_ = true;
     }
@@ -356,6 +358,8 @@ private:
 
     void setRecord(const ExactTime& start, const ExactTime& length, const Around& around) {
         if (!around.hasRecord) return;
+        if (heading_ && !around.frames.rate.isAsFastAs(*heading_))
+            rows_.set(timeline::recordRate, rateText(around.frames.rate));
         rows_.setTime(timeline::recordIn, start, around.frames.rate, around.frames.drops);
         rows_.setTime(timeline::recordOut, start + length, around.frames.rate, around.frames.drops);
     }
@@ -572,7 +576,7 @@ private:
     std::map<std::string, std::size_t> unread_;
     std::size_t firstUnread_ = 0;
     std::size_t tops_ = 0;
-    std::string heading_;
+    std::optional<FrameRate> heading_;  // of the first project
     bool isTitled_ = false;
 };
 

@@ -4,6 +4,7 @@
 #include <queue>
 
 #include <vekdb/host/text_util.h>
+#include "formats/edl/laps.h"
 #include "formats/input/progress.h"
 #include "formats/json/json.h"
 #include "formats/text/text_lines.h"
@@ -169,11 +170,11 @@ private:
             const std::optional<std::int64_t> length = lengths_->onRecord(row);
             if (!length || !nestAt_.try_emplace(std::string(at), nests_.size()).second) continue;
             Nest nest{row, isStack(row)};
-            nest.start = framesOf(*lengths_->timecode(row, record_.start), rate().nominal);
-            nest.length = *length;
+            nest.start = *recordStart(row);
+            nest.length = onTimeline(*length, row);
             if (const auto hidden = lengths_->timecode(row, source_.start)) {
                 const int nominal = lengths_->sourceRate(row).nominal;
-                nest.hidden = lengths_->asRecord(framesOf(*hidden, nominal), row);
+                nest.hidden = played(framesOf(*hidden, nominal), row);
             }
             nests_.push_back(std::move(nest));
         }
@@ -243,7 +244,9 @@ private:
         for (unsigned column : {source_.start, source_.end}) {
             tellNoFrame(row, column, lengths_->sourceRate(row));
         }
-        for (unsigned column : {record_.start, record_.end}) tellNoFrame(row, column, rate());
+        for (unsigned column : {record_.start, record_.end}) {
+            tellNoFrame(row, column, lengths_->recordRate(row));
+        }
     }
 
     void tellNoFrame(unsigned row, unsigned column, const FrameRate& own) {
@@ -260,14 +263,14 @@ private:
     void placeClip(unsigned row) {
         const std::optional<std::int64_t> length = lengths_->inSource(row);
         if (!length) return leaveOutUntimed(row, source_, "in the source");
-        Item item{row, 0, lengths_->asRecord(*length, row), false};
+        Item item{row, 0, played(*length, row), false};
         if (record_.start == noColumn) {
             item.start = laid_;
             laid_ += item.length;
         } else if (!placeOnRecord(row, item)) {
             return;
         }
-        const bool isSped = item.length != lengths_->asRecord(*length, row);
+        const bool isSped = item.length != played(*length, row);
         if (!isSped) tellBetweenFrames(row, *length);
         owner_ = row;
         if (!events_.areThere()) return itemsAround(row).push_back(item);
@@ -327,23 +330,42 @@ private:
     }
 
     bool placeOnRecord(unsigned row, Item& item) {
-        const std::optional<std::int64_t> length = lengths_->onRecord(row);
-        if (!length) {
+        const std::optional<std::int64_t> own = lengths_->onRecord(row);
+        if (!own) {
             leaveOutUntimed(row, record_, "in the record");
             return false;
         }
-        const std::optional<Timecode> start = lengths_->timecode(row, record_.start);
-        item.start = framesOf(*start, rate().nominal);
-        if (*length != item.length) {
+        item.start = *recordStart(row);
+        const std::int64_t length = onTimeline(*own, row);
+        if (length != item.length) {
             if (!saysSpeed(row)) {
                 tell(row,
                      concat(std::to_string(item.length), " frames in the source and ",
-                            std::to_string(*length), " in the record"),
+                            std::to_string(length), " in the record"),
                      "as many", "the clip gets a change of speed");
             }
-            item.length = *length;
+            item.length = length;
         }
         return true;
+    }
+
+    // Frames of a row's record as frames of the timeline, which has one rate.
+    std::int64_t onTimeline(std::int64_t frames, unsigned row) const {
+        const FrameRate own = lengths_->recordRate(row);
+        if (own.isAsFastAs(rate())) return frames;
+        const auto made = ExactTime::ofFrames(frames, own).frames(rate());
+        return made ? made->whole : frames;
+    }
+
+    // How long frames of its source last there.
+    std::int64_t played(std::int64_t frames, unsigned row) const {
+        return onTimeline(lengths_->asRecord(frames, row), row);
+    }
+
+    std::optional<std::int64_t> recordStart(unsigned row) const {
+        const std::optional<Timecode> start = lengths_->timecode(row, record_.start);
+        if (!start) return {};
+        return onTimeline(framesOf(*start, lengths_->recordRate(row).nominal), row);
     }
 
     // Whether it says itself why it runs for another time on the record.
@@ -352,14 +374,39 @@ private:
     }
 
     void placeTransition(unsigned row) {
-        const std::optional<Timecode> start = lengths_->timecode(row, record_.start);
-        const ExactTime before = ExactTime::of(cell(row, find({timeline::inOffset})));
-        if (!start || !before.isKnown() || before.under() != 1) {
-            return leaveOut(row, "a transition without its place", "Record In and In Offset");
+        const std::optional<std::int64_t> start = recordStart(row);
+        const std::optional<Offsets> offsets = start ? offsetsOf(row) : std::nullopt;
+        if (!offsets) {
+            return leaveOut(row, "a transition without its place",
+                            "Record In and In Offset, or times around where its clips meet");
         }
         // What follows it lies on the clip in front of it, as a transition holds no markers.
-        itemsAround(row).push_back(
-            {row, framesOf(*start, rate().nominal) + before.over(), 0, true});
+        itemsAround(row).push_back({row, *start + offsets->before, 0, true});
+    }
+
+    // How far a transition reaches to both sides of where its clips meet.
+    struct Offsets {
+        std::int64_t before = 0;
+        std::int64_t behind = 0;
+    };
+
+    std::optional<Offsets> offsetsOf(unsigned row) {
+        const std::string_view own = trimmed(cell(row, find({timeline::inOffset})));
+        if (own.empty()) return offsetsByTimes(row);
+        const ExactTime before = ExactTime::of(own);
+        const ExactTime behind = ExactTime::of(cell(row, find({timeline::outOffset})));
+        if (!before.isKnown() || before.under() != 1) return {};
+        return Offsets{before.over(), behind.isKnown() ? behind.over() : 0};
+    }
+
+    // One that says no more than when it begins and ends has its clips beside it.
+    std::optional<Offsets> offsetsByTimes(unsigned row) {
+        if (!laps_) laps_.emplace(sheet_, kind_, source_, record_, counting_, *lengths_);
+        const std::optional<std::int64_t> meet = laps_->meetingIn(row);
+        if (!meet) return {};
+        const std::int64_t length = onTimeline(*lengths_->onRecord(row), row);
+        const std::int64_t before = onTimeline(*meet, row);
+        return Offsets{before, length - before};
     }
 
     // Clips that lie over one another do not fit one track; the first free one takes each.
@@ -603,10 +650,10 @@ private:
         const FrameRate own = lengths_->sourceRate(row);
         const std::int64_t start = framesOf(*lengths_->timecode(row, source_.start), own.nominal);
         const std::int64_t length = *lengths_->inSource(row);
-        const bool isSped = lengths_->asRecord(length, row) != item.length;
-        const std::string played = effects(row, isSped, length, item.length);
+        const bool isSped = played(length, row) != item.length;
+        const std::string effect = effects(row, isSped, length, item.length);
         const std::int64_t shown = isSped ? item.length : length;
-        const std::int64_t inSource = playedLength(played, shown);
+        const std::int64_t inSource = playedLength(effect, shown);
         std::vector<unsigned> kept = keptTimes(item, start, inSource);
         const bool goesOver = events_.transition(row).has_value();
         if (clipName_ != noColumn && !goesOver) kept.push_back(clipName_);
@@ -614,7 +661,7 @@ private:
         out_.write(concat(isGap ? "{\"OTIO_SCHEMA\": \"Gap.1\"" : "{\"OTIO_SCHEMA\": \"Clip.2\"",
                           ", \"name\": ", string(nameOf(row, goesOver)),
                           ", \"source_range\": ", range(start, shown, own, isSped ? rate() : own),
-                          ", \"effects\": ", played,
+                          ", \"effects\": ", effect,
                           ", \"enabled\": ", isDisabled(row) ? "false" : "true",
                           ", \"markers\": ", markersOn(item, start)));
         if (!isGap) {
@@ -745,10 +792,9 @@ private:
         std::string own = ownEffects(row);
         const std::optional<std::int64_t> tenths = events_.speed(row);
         if (own != "[]" || events_.isBlack(row)) return own;
-        if (tenths) return speedEffect(*tenths, lengths_->asRecord(length, row), made);
+        if (tenths) return speedEffect(*tenths, played(length, row), made);
         if (!isSped || made == 0) return own;
-        return warp(static_cast<double>(lengths_->asRecord(length, row)) /
-                    static_cast<double>(made));
+        return warp(static_cast<double>(played(length, row)) / static_cast<double>(made));
     }
 
     // The speed that an edit list says, as exact as the lengths of its event say it.
@@ -816,15 +862,13 @@ private:
 
     void writeTransition(const Item& item) {
         const unsigned row = item.row;
-        const ExactTime before = ExactTime::of(cell(row, find({timeline::inOffset})));
-        const ExactTime behind = ExactTime::of(cell(row, find({timeline::outOffset})));
+        const Offsets offsets = *offsetsOf(row);
         std::string_view type = cell(row, find({timeline::transition}));
         if (type.empty()) type = "SMPTE_Dissolve";
         out_.write("{\"OTIO_SCHEMA\": \"Transition.1\", \"name\": " + string(cell(row, clipName_)) +
                    ", \"transition_type\": " + string(type) +
-                   ", \"in_offset\": " + time(before.over(), rate()) +
-                   ", \"out_offset\": " + time(behind.isKnown() ? behind.over() : 0, rate()) +
-                   ", \"metadata\": " + metadata(row, {}) + "}");
+                   ", \"in_offset\": " + time(offsets.before, rate()) + ", \"out_offset\": " +
+                   time(offsets.behind, rate()) + ", \"metadata\": " + metadata(row, {}) + "}");
     }
 
     // The markers on a row; those in front of all rows are the timeline's own.
@@ -859,6 +903,7 @@ private:
     Losses& losses_;
     LogCounting counting_;
     std::optional<ClipLengths> lengths_;
+    std::optional<Laps> laps_;
     bool isTimeline_;
     EditEvents events_;
     std::vector<std::string> names_;

@@ -13,7 +13,8 @@ ClipLengths::ClipLengths(const Sheet& sheet, const LogCounting& counting,
       counting_(counting),
       source_(source),
       record_(record),
-      rate_(placeNamed(sheet, timeline::rate)) {}
+      rate_(placeNamed(sheet, timeline::rate)),
+      recordRate_(placeNamed(sheet, timeline::recordRate)) {}
 
 std::optional<Timecode> ClipLengths::timecode(unsigned row, unsigned column) const {
     if (column == noColumn) return {};
@@ -24,10 +25,18 @@ std::optional<Timecode> ClipLengths::timecode(unsigned row, unsigned column) con
     return code;
 }
 
-FrameRate ClipLengths::sourceRate(unsigned row) const {
-    if (rate_ == noColumn) return rate();
-    const std::optional<FrameRate> own = parseFrameRate(sheet_.cell(row, rate_));
+FrameRate ClipLengths::rateIn(unsigned row, unsigned column) const {
+    if (column == noColumn) return rate();
+    const std::optional<FrameRate> own = parseFrameRate(sheet_.cell(row, column));
     return own ? *own : rate();
+}
+
+FrameRate ClipLengths::sourceRate(unsigned row) const {
+    return rateIn(row, rate_);
+}
+
+FrameRate ClipLengths::recordRate(unsigned row) const {
+    return rateIn(row, recordRate_);
 }
 
 std::optional<std::int64_t> ClipLengths::inSource(unsigned row) const {
@@ -35,7 +44,7 @@ std::optional<std::int64_t> ClipLengths::inSource(unsigned row) const {
 }
 
 std::optional<std::int64_t> ClipLengths::onRecord(unsigned row) const {
-    return between(row, record_, rate().nominal);
+    return between(row, record_, recordRate(row).nominal);
 }
 
 std::optional<std::int64_t> ClipLengths::between(unsigned row, const RangeColumns& pair,
@@ -48,8 +57,9 @@ std::optional<std::int64_t> ClipLengths::between(unsigned row, const RangeColumn
 
 std::int64_t ClipLengths::asRecord(std::int64_t frames, unsigned row) const {
     const FrameRate own = sourceRate(row);
-    if (own.isAsFastAs(rate())) return frames;
-    const auto made = ExactTime::ofFrames(frames, own).frames(rate());
+    const FrameRate record = recordRate(row);
+    if (own.isAsFastAs(record)) return frames;
+    const auto made = ExactTime::ofFrames(frames, own).frames(record);
     return made ? made->whole : frames;
 }
 

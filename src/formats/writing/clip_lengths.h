@@ -22,7 +22,10 @@ public:
     /// That of a row's source, where a timeline has one for each, else that of the record.
     FrameRate sourceRate(unsigned row) const;
 
-    /// Nothing without two times, or for an end before its start.
+    /// That of a row's record, where a timeline has another one for it, else that of the log.
+    FrameRate recordRate(unsigned row) const;
+
+    /// Frames at these rates. Nothing without two times, or for an end before its start.
     std::optional<std::int64_t> inSource(unsigned row) const;
     std::optional<std::int64_t> onRecord(unsigned row) const;
 
@@ -35,11 +38,12 @@ public:
 private:
     std::optional<std::int64_t> between(unsigned row, const RangeColumns& pair, int nominal) const;
     const FrameRate& rate() const { return *counting_.rate(); }
+    FrameRate rateIn(unsigned row, unsigned column) const;
 
     const Sheet& sheet_;
     const LogCounting& counting_;
     RangeColumns source_, record_;
-    unsigned rate_;  // a place on the sheet
+    unsigned rate_, recordRate_;  // places on the sheet
 };
 
 }  // namespace vek::formats

@@ -15,19 +15,12 @@ namespace {
 
 constexpr std::size_t transitionDigits = 3;
 
-// Where an edit list has the lengths of its transitions, in frames; noColumn for other logs.
-unsigned transitionColumn(const Log& log) {
-    for (EdlColumn needed : {edlEvent, edlTrack, edlKind, edlRecordIn}) {
-        if (log.findColumn(edlColumnNames[needed]) == noColumn) return noColumn;
-    }
-    return log.findColumn(edlColumnNames[edlLength]);
-}
-
 // From one rate to another, the moment kept or the number of the frame.
 class Conform {
 public:
-    Conform(Work& work, const FrameRate& to, const Args& args)
+    Conform(Work& work, const FrameRate& to, const FrameCounts& counts, const Args& args)
         : work_(work),
+          counts_(counts),
           from_(*work.counting.rate()),
           to_(to),
           keepsFrames_(args.text("keep") == "frames"),
@@ -44,12 +37,17 @@ public:
         for (unsigned row : work_.rows) {
             const bool keepsSource = hasOtherRate(row);
             for (unsigned column : columns) {
-                if (!keepsSource || isOnRecord(column)) cell(row, column);
+                if (counts_.has(column) && isCount(row, column)) {
+                    frameCount(row, column, keepsSource);
+                } else if (!keepsSource || isOnRecord(column)) {
+                    cell(row, column);
+                }
             }
             if (!keepsSource) lengths(row);
             if (movesRecord) onRecord(row);
             countAnew(row);
             rateOfClip(row);
+            rateOfRecord(row);
         }
         if (inexact_ > 0) refuse();
         if (rounded_ == 0) return;
@@ -105,33 +103,98 @@ private:
     void cell(unsigned row, unsigned column) {
         std::optional<Timecode> code = codeOf(work_, row, column);
         if (!code) return;
+        const FrameRate from = *work_.counting.rate(row, column);
+        if (const std::optional<ExactTime> exact = exactTime(row, column, *code, from)) {
+            return exactCell(row, column, *code, *exact);
+        }
         const std::string_view text = work_.log.cell(row, column);
-        work_.put(row, column, movedTime(row, column, *code, text, text));
+        work_.put(row, column, movedTime(row, column, *code, from, text, text));
         if (!keepsFrames_) return;
         // What lay within a frame lies there still, and a frame lasts for another time.
-        const ExactTime scale(from_.frames() * to_.seconds(), from_.seconds() * to_.frames());
+        const ExactTime scale(from.frames() * to_.seconds(), from.seconds() * to_.frames());
         work_.moveExact(row, column, [&](const ExactTime& time) { return time * scale; });
+    }
+
+    // The moment that a timeline has beside a cell, where that is the frame it is in.
+    std::optional<ExactTime> exactTime(unsigned row, unsigned column, const Timecode& code,
+                                       const FrameRate& from) const {
+        if (keepsFrames_) return {};
+        const ExactTime exact = work_.exactTime(row, column);
+        const std::optional<ExactTime::Frames> frames = exact.frames(from);
+        if (!frames || frames->whole != framesOf(code, from.nominal)) return {};
+        return exact;
+    }
+
+    void exactCell(unsigned row, unsigned column, const Timecode& code, const ExactTime& exact) {
+        const std::string_view text = work_.log.cell(row, column);
+        const ExactTime::Frames frames = *exact.frames(to_);
+        std::int64_t now = frames.whole;
+        if (frames.isExact) {
+            work_.put(row, work_.exactColumn(column), "");
+        } else {
+            const ExactTime begun = ExactTime::ofFrames(now, to_);
+            const ExactTime rest = (exact - begun) * ExactTime(to_.frames(), to_.seconds());
+            now += roundedUp(row, column, !(rest < ExactTime(1, 2)), text) ? 1 : 0;
+        }
+        work_.put(row, column, textOf(now, code, text));
     }
 
     // `found` is what it is told with.
     std::string movedTime(unsigned row, unsigned column, const Timecode& code,
-                          std::string_view text, std::string_view found) {
+                          const FrameRate& from, std::string_view text, std::string_view found) {
+        return textOf(converted(row, column, framesOf(code, from.nominal), from, found), code,
+                      text);
+    }
+
+    std::string textOf(std::int64_t frames, const Timecode& code, std::string_view text) {
         const bool dropsNow = drops(code.dropFrame);
-        std::int64_t frames = converted(row, column, framesOf(code, from_.nominal), found);
         frames = inDay(work_, frames, framesInDay(to_.nominal, dropsNow));
         return inFormOf(text, timecodeText(frames, to_.nominal, dropsNow), mark(code.dropFrame));
     }
 
-    // Columns of a timeline that count frames.
+    // A column of lengths in frames may hold timecodes, too; other texts are as long at any rate.
+    bool isCount(unsigned row, unsigned column) const {
+        return counts_.frames(row, column) || !parseTimecode(trimmed(work_.log.cell(row, column)));
+    }
+
+    // Frames between two times stay those between them, however these are rounded.
+    void frameCount(unsigned row, unsigned column, bool keepsSource) {
+        const std::optional<std::int64_t> frames = counts_.frames(row, column);
+        if (!frames) return;
+        const FrameCounts::Found found = counts_.timesWith(*frames, row);
+        const bool isOfRecord = found.times && isOnRecord(found.times->start);
+        if (keepsFrames_ || (keepsSource && !isOfRecord)) return;
+        if (found.areTimed && !found.times) {
+            return work_.leave(
+                row, column,
+                std::to_string(found.length) + ", the frames between the times of its row");
+        }
+        if (!found.times) {
+            const std::int64_t now = converted(row, column, *frames, from_);
+            return work_.put(row, column, std::to_string(now));
+        }
+        const FrameRate from = *work_.counting.rate(row, found.times->start);
+        const std::int64_t now =
+            nearby(found.start + *frames, from).whole - nearby(found.start, from).whole;
+        work_.put(row, column, std::to_string(now));
+    }
+
+    // Columns of a timeline that count frames, of transitions those of the record.
     void lengths(unsigned row) {
         if (rateColumn_ == noColumn) return;
-        for (const char* name : {"Media Frames", timeline::inOffset, timeline::outOffset}) {
+        for (const char* name : timeline::frameColumns) {
             const unsigned column = work_.log.findColumn(name);
             if (column == noColumn) continue;
             const std::optional<std::int64_t> frames = wholeNumber(work_.log.cell(row, column));
             if (!frames || *frames > mostFrames) continue;
-            work_.put(row, column, std::to_string(converted(row, column, *frames)));
+            const bool isOfSource = name == timeline::mediaFrames;
+            const FrameRate from = isOfSource ? from_ : recordRate(row);
+            work_.put(row, column, std::to_string(converted(row, column, *frames, from)));
         }
+    }
+
+    FrameRate recordRate(unsigned row) const {
+        return record_.start == noColumn ? from_ : *work_.counting.rate(row, record_.start);
     }
 
     // What an edit list counts in frames of its record.
@@ -145,7 +208,7 @@ private:
         }
         markers_.move(row, [&](const Timecode& code, std::string_view text, unsigned column,
                                std::string_view line) {
-            return std::optional(movedTime(row, column, code, text, line));
+            return std::optional(movedTime(row, column, code, recordRate(row), text, line));
         });
     }
 
@@ -174,7 +237,7 @@ private:
         const bool dropped = work_.drops(row, record_.start);
         const std::optional<std::int64_t> frames = lengthOf(text, from_.nominal, dropped);
         if (!frames || *frames > mostFrames || isNoFrame(text, from_.nominal, dropped)) return {};
-        const std::int64_t now = converted(row, column, *frames, found);
+        const std::int64_t now = converted(row, column, *frames, from_, found);
         const std::string digits = std::to_string(now);
         if (wholeNumber(trimmed(text))) {
             return concat(std::string(text.size() - std::min(text.size(), digits.size()), '0'),
@@ -188,20 +251,38 @@ private:
         return before ? Mark::nonDrop : Mark::dropFrame;
     }
 
+    struct Nearby {
+        std::int64_t whole;  // as --round says
+        bool isExact;
+    };
+
+    Nearby nearby(std::int64_t frames, const FrameRate& from) const {
+        if (keepsFrames_) return {frames, true};
+        const std::int64_t above = frames * from.seconds() * to_.frames();
+        const std::int64_t below = from.frames() * to_.seconds();
+        const std::int64_t rest = above % below;
+        const bool goesUp = rest != 0 && isUp(2 * rest >= below);
+        return {above / below + (goesUp ? 1 : 0), rest == 0};
+    }
+
+    bool isUp(bool isNearer) const { return round_ == "up" || (round_ == "nearest" && isNearer); }
+
     std::int64_t converted(unsigned row, unsigned column, std::int64_t frames,
-                           std::string_view found = {}) {
-        if (keepsFrames_) return frames;
-        std::int64_t above = frames * from_.seconds() * to_.frames();
-        std::int64_t below = from_.frames() * to_.seconds();
-        std::int64_t rest = above % below;
-        if (rest == 0) return above / below;
+                           const FrameRate& from, std::string_view found = {}) {
+        const Nearby now = nearby(frames, from);
+        if (!now.isExact) noteBetween(row, column, found);
+        return now.whole;
+    }
+
+    bool roundedUp(unsigned row, unsigned column, bool isNearer, std::string_view found) {
+        noteBetween(row, column, found);
+        return isUp(isNearer);
+    }
+
+    void noteBetween(unsigned row, unsigned column, std::string_view found) {
         noteRounded(row, column);
-        if (round_ == "up") return above / below + 1;
-        if (round_ == "nearest") return above / below + (2 * rest >= below ? 1 : 0);
-        if (round_.empty()) {
-            noteInexact(row, column, found.empty() ? work_.log.cell(row, column) : found);
-        }
-        return above / below;
+        if (!round_.empty()) return;
+        noteInexact(row, column, found.empty() ? work_.log.cell(row, column) : found);
     }
 
     void noteRounded(unsigned row, unsigned column) {
@@ -255,6 +336,13 @@ private:
         work_.put(row, clipRate_, rateText(now));
     }
 
+    // From then on it has that of the log.
+    void rateOfRecord(unsigned row) {
+        const unsigned column = work_.counting.recordRateColumn();
+        if (column == noColumn || !parseFrameRate(work_.log.cell(row, column))) return;
+        work_.put(row, column, rateText({to_.nominal, to_.isSlowed}));
+    }
+
     bool isOnRecord(unsigned column) const {
         return column == record_.start || column == record_.end;
     }
@@ -269,6 +357,7 @@ private:
     }
 
     Work& work_;
+    const FrameCounts& counts_;
     FrameRate from_;
     FrameRate to_;
     bool keepsFrames_;
@@ -298,14 +387,15 @@ void requireChange(const FrameRate& to, const Work& work) {
 
 }  // namespace
 
-void conform(Work& work, const std::vector<unsigned>& columns, const Args& args) {
+void conform(Work& work, const std::vector<unsigned>& columns, const FrameCounts& counts,
+             const Args& args) {
     std::optional<FrameRate> to = parseFrameRate(args.text("BY"));
     if (!to || to->nominal > fastestWritten) {
         throw Failure{wrongUsage, "timecode conform: " + inQuotes(args.text("BY")) +
                                       " is no rate, expected one such as 25 or 29.97df"};
     }
     requireChange(*to, work);
-    Conform job(work, *to, args);
+    Conform job(work, *to, counts, args);
     job.cells(columns);
     job.parameters();
 }

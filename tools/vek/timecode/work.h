@@ -29,6 +29,7 @@ struct Work {
     ProblemList odd;  // cells that stay as they are
     std::size_t overMidnight = 0;
     std::unordered_map<std::uint64_t, std::size_t> notes = {};  // edits of cells of several lines
+    mutable std::unordered_map<unsigned, unsigned> exactColumns = {};  // by the columns of times
 
     int nominal(unsigned row, unsigned column) const { return counting.nominal(row, column); }
 
@@ -76,11 +77,22 @@ struct Work {
     // The moment itself, where a timeline has it beside a time that is between two frames.
     template <class Move>
     void moveExact(unsigned row, unsigned column, Move move) {
-        if (counting.rateColumn() == noColumn) return;
-        const unsigned exact = log.findColumn(exactTimeColumn(log.columnName(column)));
-        if (exact == noColumn || log.cell(row, exact).empty()) return;
-        const ExactTime moved = move(ExactTime::of(trimmed(log.cell(row, exact))));
-        if (moved.isKnown()) put(row, exact, fractionText(moved));
+        const ExactTime moved = move(exactTime(row, column));
+        if (moved.isKnown()) put(row, exactColumn(column), fractionText(moved));
+    }
+
+    // Not known where there is none.
+    ExactTime exactTime(unsigned row, unsigned column) const {
+        const unsigned exact = exactColumn(column);
+        return exact == noColumn ? ExactTime::unknown()
+                                 : ExactTime::of(trimmed(log.cell(row, exact)));
+    }
+
+    unsigned exactColumn(unsigned column) const {
+        if (counting.rateColumn() == noColumn) return noColumn;
+        const auto [exact, isNew] = exactColumns.try_emplace(column, noColumn);
+        if (isNew) exact->second = log.findColumn(exactTimeColumn(log.columnName(column)));
+        return exact->second;
     }
 
     void leave(unsigned row, unsigned column, const std::string& expected,
