@@ -75,7 +75,8 @@ Command appendCommand() {
         "put the rows of other logs behind those of a log",
         "Appends the rows of other logs, of any format, to those of the first, which keeps its "
         "format. Columns go by their names, case ignored, the second of a name to the second; new "
-        "ones are added at the end, and timecodes are stored in the form of the log's column. "
+        "ones are added at the end, none of them twice, and timecodes are stored in the form of "
+        "the log's column. "
         "Parameters that the log does not have are added. Logs of two frame rates (FPS), or of "
         "drop-frame and non-drop counting, are appended with --yes only. Rows that are there "
         "already come a second time: vek dedupe deletes those, vek merge --key joins them.",

@@ -137,6 +137,7 @@ int run(const Args& args) {
         const std::optional<browse::FileMark> mark = browse::markOf(path);
         browser.add(readLog(path, openingFrom(args)), mark);
     }
+    browser.goToFirst();
     const char* noColor = std::getenv("NO_COLOR");
     const bool hasColor = !args.has("no-color") && (noColor == nullptr || *noColor == '\0');
     browse::showOnScreen(browser, hasColor, [&](const std::vector<std::string>& words) {

@@ -270,6 +270,10 @@ int run(const Args& args) {
     if (args.has("format") && action != "list") {
         throw Failure{wrongUsage, "container: --format is for list"};
     }
+    for (const char* name : {"name", "permanent"}) {
+        if (!args.has(name) || action == "create") continue;
+        throw Failure{wrongUsage, concat("container: --", name, " is for create")};
+    }
     if (action == "list") return list(args);
     if (action == "create") return create(path, items, args);
     if (action == "add") return add(path, items, args);

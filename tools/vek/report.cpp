@@ -56,7 +56,17 @@ void requireOut(const Printout& out) {
     throw Failure{wrongUsage, "report: a page is nothing for a terminal; name a file, -o day.html"};
 }
 
+void requireNames(const Args& args) {
+    for (const char* name : {"lanes", "columns"}) {
+        if (!args.has(name) || !args.text(name).empty()) continue;
+        throw Failure{wrongUsage, concat("report: --", name,
+                                         " is empty, expected the name of a column, [] for one "
+                                         "without a name")};
+    }
+}
+
 int run(const Args& args) {
+    requireNames(args);
     const page::Wishes wishes = wishesFrom(args);
     const std::vector<std::string>& paths = args.all("FILE");
     requireNoInput("report", paths, args.text("output"), "the page");

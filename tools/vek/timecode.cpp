@@ -74,8 +74,26 @@ std::vector<unsigned> onlyPair(const Log& log) {
                                   ", expected --columns A,B"};
 }
 
+// What one of the actions would pass over was meant for another.
+void requireOwnOptions(const Args& args, const std::string& action) {
+    constexpr struct {
+        const char* option;
+        const char* actions;
+    } uses[] = {{"keep", "conform"},
+                {"round", "conform"},
+                {"as", "duration"},
+                {"into", "duration and end"}};
+    for (const auto& [option, actions] : uses) {
+        const bool isOwn = std::string_view(actions).find(action) != std::string_view::npos;
+        if (!args.has(option) || isOwn) continue;
+        throw Failure{wrongUsage,
+                      concat("timecode: --", option, " is for ", actions, ", not for ", action)};
+    }
+}
+
 void requireFitting(const Args& args, const Selection& selection) {
     std::string action = args.text("ACTION");
+    requireOwnOptions(args, action);
     bool takesBy = action == "shift" || action == "conform";
     if (args.has("BY") != takesBy) {
         throw Failure{wrongUsage,

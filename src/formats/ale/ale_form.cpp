@@ -113,7 +113,7 @@ private:
         RangeColumns source = sourceColumns(log);
         name(sourceOfExchange.start, source.start);
         name(sourceOfExchange.end, source.end);
-        name("Tape", firstColumn(log, {"Tape Name", "Tape ID", "Reel", "Reel Name", "Roll"}));
+        name("Tape", reelColumn(log));
     }
 
     // The column gets the name, unless another has it or the person named that column.

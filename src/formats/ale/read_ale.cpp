@@ -152,6 +152,7 @@ private:
             const std::size_t line = scanner.line();
             const std::vector<std::string_view>& cells = scanner.takeRecord();
             if (cells.size() == 1 && trimmed(cells[0]).empty()) continue;
+            if (cells.size() == 1 && builder_.columnCount() > 1) reportHeading(line, cells[0]);
             builder_.addRow(line, cells, scanner.room(), hasClosingTab(cells) ? 1 : 0);
         }
         const bool isCrlf = scanner.lineEnd() == LineEnd::crlf;
@@ -159,6 +160,15 @@ private:
             log_.source->hasLoneReturns = scanner.sawLoneReturns() || walk_.sawLoneReturns();
         }
         log_.lineEnd = isCrlf ? LineEnd::crlf : walk_.lineEnd();
+    }
+
+    // Of two files that were put behind each other.
+    void reportHeading(std::size_t line, std::string_view cell) {
+        if (trimmed(cell) != "Heading") return;
+        log_.report([&]() -> Problem {
+            return {line, "", "a line \"Heading\" among the rows", "one log in a file",
+                    "all of the log that begins there is read as rows"};
+        });
     }
 
     // Rows may end in a tab as the column line may; it opens no further cell.

@@ -25,6 +25,13 @@ bool isTimecode(std::string_view text) {
            parseTimecode(text).has_value();
 }
 
+// "1:00:00", as a sheet of cells shows a time: digits, with a colon between them twice or more.
+bool isClockTime(std::string_view text) {
+    const bool isPlain = text.find_first_not_of("0123456789:.") == text.npos;
+    const auto colons = std::count(text.begin(), text.end(), ':');
+    return isPlain && colons >= 2 && isAsciiDigit(text.front()) && isAsciiDigit(text.back());
+}
+
 // Whether it can be read as one: feet, a plus and two digits of frames.
 bool isKeycode(std::string_view text) {
     if (text.size() < 4) return false;
@@ -44,11 +51,12 @@ struct ColumnKinds {
     std::size_t timecodes = 0;
     std::size_t keycodes = 0;
 
-    void add(std::string_view cell) {
+    /// `isInRange`: the name of the column says that it begins or ends something.
+    void add(std::string_view cell, bool isInRange) {
         if (cell.empty()) return;
         ++filled;
         cell = trimmed(cell);
-        if (isTimecode(cell))
+        if (isTimecode(cell) || (isInRange && !cell.empty() && isClockTime(cell)))
             ++timecodes;
         else
             keycodes += isKeycode(cell) ? 1 : 0;
@@ -180,12 +188,16 @@ private:
     std::vector<ColumnKinds> kindsOf(std::vector<unsigned> columns) const {
         constexpr unsigned atOnce = 1024;
         std::vector<ColumnKinds> counts(log_.columnCount());
+        std::vector<bool> isInRange(counts.size());
+        for (const RangeColumns& pair : ranges_) isInRange[pair.start] = isInRange[pair.end] = true;
         std::vector<std::string_view> cells(counts.size());
         const unsigned rows = log_.rowCount();
         for (unsigned row = 0; row < rows && !columns.empty();) {
             for (const unsigned end = std::min(rows, row + atOnce); row < end; ++row) {
                 log_.cells(row, cells);
-                for (unsigned column : columns) counts[column].add(cells[column]);
+                for (unsigned column : columns) {
+                    counts[column].add(cells[column], isInRange[column]);
+                }
             }
             std::erase_if(columns, [&](unsigned column) { return counts[column].areSure(rows); });
         }

@@ -339,6 +339,8 @@ private:
             refuse(concat("an edit list has no place for a column ", inQuotes(name)));
         }
         if (saving_.log.columnCount() < came.size()) refuse("an edit list keeps its columns");
+        if (!std::ranges::is_sorted(saving_.columns))
+            refuse("an edit list keeps its columns in their order");
     }
 
     // Columns that only some lists have may come with events of another.

@@ -3,6 +3,7 @@
 #include <map>
 #include <numeric>
 #include <set>
+#include <span>
 #include <utility>
 
 #include <vekdb/host/text_util.h>
@@ -107,7 +108,7 @@ public:
         isEdl_ = std::all_of(std::begin(ofEveryEvent), std::end(ofEveryEvent),
                              [&](EdlColumn column) { return has(edlColumnNames[column]); });
         event = take({"Event"});
-        reel = take({"Reel", "Tape", "Tape Name", "Reel Name", "Camroll", "cam reel"});
+        reel = take(reelNames);
         track = take({"Track", "Tracks"});
         kind = isEdl_ || placeOfEdlKinds(sheet) != noColumn ? take({"Kind"}) : noColumn;
         length = kind != noColumn ? take({"Length"}) : noColumn;
@@ -126,6 +127,7 @@ public:
         color = take({timeline::color});
         note = placeNamed(sheet, timeline::note);
         transition = take({timeline::transition});
+        enabled = placeNamed(sheet, timeline::enabled);
     }
 
     /// Whether these are the columns of an edit list, so that nothing is to be made up.
@@ -143,7 +145,7 @@ public:
     unsigned event, reel, track, kind, length, clipName, toClipName, counting, blanks;
     // Of a timeline's rows.
     unsigned rowKind = noColumn, marker = noColumn, color = noColumn, note = noColumn,
-             transition = noColumn;
+             transition = noColumn, enabled = noColumn;
     RangeColumns source, record;
     std::vector<unsigned> comments;
     std::vector<unsigned> before;
@@ -158,6 +160,10 @@ private:
     unsigned find(const std::string& name) const { return placeNamed(sheet_, name); }
 
     unsigned take(std::initializer_list<const char*> names) {
+        return take(std::span(names.begin(), names.size()));
+    }
+
+    unsigned take(std::span<const char* const> names) {
         for (const char* name : names) {
             unsigned at = find(name);
             if (at == noColumn) continue;
@@ -315,6 +321,8 @@ private:
         if (!isEvent(row)) return;
         EdlEvent event;
         if (!takeTimes(row, event)) return;
+        clip_ = row;
+        tellUnseen(row);
         takeNames(row, event);
         const std::string comesFrom = takeLap(row, event);
         EdlLines lines{linesBefore(row), commentsOf(row, event), eventLine(row, event), {}};
@@ -405,7 +413,23 @@ private:
         const bool isOther = !note.empty() && note != name;
         line(trimmed(concat("* LOC: ", time, " ", color, " ", name,
                             !name.empty() && isOther ? ": " : "", isOther ? note : "")));
+        tellLostOfMarker(row);
         return false;
+    }
+
+    // A note has a marker's time, colour and text alone. What it says as its clip does is not lost.
+    void tellLostOfMarker(unsigned row) {
+        const auto lose = [&](unsigned column) {
+            losses_.add("values of markers have no place in this format",
+                        place(sheet_, row, column));
+        };
+        if (!sameText(cell(row, places_.rowKind), "Marker")) lose(places_.rowKind);
+        for (unsigned column : others_) {
+            const std::string_view text = cell(row, column);
+            const bool isSaid = column == places_.note || trimmed(text).empty() ||
+                                (clip_ != noColumn && text == cell(clip_, column));
+            if (!isSaid) lose(column);
+        }
     }
 
     // The times of a clip as an edit list has them, and what its event comes from as a line.
@@ -535,6 +559,13 @@ private:
         tellBackwards(row, places_.source, "in the source");
         tellBackwards(row, places_.record, "in the record");
         return true;
+    }
+
+    // An edit list has no way to switch an event off.
+    void tellUnseen(unsigned row) {
+        if (!sameText(cell(row, places_.enabled), "false")) return;
+        tell(row, places_.enabled, inQuotes(cell(row, places_.enabled)),
+             "a clip that is in the picture", "its event is in the list all the same");
     }
 
     // A list has one rate.
@@ -910,6 +941,7 @@ private:
     std::uint32_t linesInBlock_ = 0;
     std::string fcm_;
     std::size_t number_ = 0;
+    unsigned clip_ = noColumn;  // the row of the last event
     bool isBehindEvent_ = false;
     bool wasNoTime_ = false;  // the last event, on the record
     bool isSaidByRows_ = false;

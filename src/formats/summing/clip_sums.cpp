@@ -183,8 +183,7 @@ ClipTables tablesOf(const ClipCounter& counter, const Log& log, const std::vecto
 
 std::vector<unsigned> clipGroupColumns(const Log& log) {
     std::vector<unsigned> columns;
-    for (unsigned column :
-         {firstColumn(log, {"Reel", "Tape", "Camroll"}), firstColumn(log, {"Scene"})}) {
+    for (unsigned column : {reelColumn(log), firstColumn(log, {"Scene"})}) {
         if (column != noColumn) columns.push_back(column);
     }
     return columns;

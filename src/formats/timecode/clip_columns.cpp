@@ -74,6 +74,14 @@ bool namesFilmCode(std::string_view name) {
 }
 
 unsigned firstColumn(const Log& log, std::initializer_list<const char*> names) {
+    return firstColumn(log, std::span(names.begin(), names.size()));
+}
+
+unsigned reelColumn(const Log& log) {
+    return firstColumn(log, reelNames);
+}
+
+unsigned firstColumn(const Log& log, std::span<const char* const> names) {
     for (const char* name : names) {
         unsigned column = log.findColumn(name);
         if (column != noColumn) return column;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <initializer_list>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -27,6 +28,13 @@ RangeColumns rangeOf(const Log& log, unsigned column);
 
 /// The first of these columns that the log has, or noColumn.
 unsigned firstColumn(const Log& log, std::initializer_list<const char*> names);
+unsigned firstColumn(const Log& log, std::span<const char* const> names);
+
+/// What programs call the reel, tape or roll of a clip, the likeliest first.
+inline constexpr const char* reelNames[] = {"Reel",     "Tape",    "Tape Name", "Reel Name",
+                                            "Tape ID",  "Camroll", "cam reel",  "Camera Roll",
+                                            "Cam Roll", "Roll"};
+unsigned reelColumn(const Log& log);
 
 /// The columns of the source's start and end, of the record's, and of the keycodes; noColumn twice
 /// where the log has none.

@@ -17,7 +17,8 @@ constexpr RangeName sources[] = {{"Start time", "End time"},
                                  {"Source Start", "Source End"},
                                  {"Src In", "Src Out"},
                                  {"TC In", "TC Out"},
-                                 {"Start TC", "End TC"}};
+                                 {"Start TC", "End TC"},
+                                 {"In", "Out"}};
 
 constexpr RangeName records[] = {recordOfEvent,
                                  {"Rec In", "Rec Out"},

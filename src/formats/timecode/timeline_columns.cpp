@@ -24,7 +24,7 @@ TimelineKind timelineKind(std::string_view text) {
         {"Chapter", TimelineKind::marker},        {"Keyword", TimelineKind::note},
         {"Transition", TimelineKind::transition}, {"Track", TimelineKind::track},
         {"Stack", TimelineKind::other},           {"Part", TimelineKind::other},
-        {"Rating", TimelineKind::note},
+        {"Rating", TimelineKind::note},           {"Caption", TimelineKind::other},
     };
     for (const Entry& entry : entries) {
         if (sameText(text, entry.text)) return entry.kind;

@@ -366,7 +366,7 @@ private:
 
     void readClip(XmlElement clip, const Around& around, const Around& inside,
                   const ExactTime& start) {
-        begin(clip, around.isPart ? "Part" : clip.name() == "title" ? "Title" : "Clip", around);
+        begin(clip, around.isPart ? "Part" : kindOfClip(clip.name()), around);
         rows_.set(timeline::clipName, clip.attribute("name"));
         setTimes(start, lengthOf(clip), framesOf(clip, around), inside);
         setAttributes(clip);
@@ -387,6 +387,11 @@ private:
             problem(clip, "a clip whose speed is changed by a timeMap", "one at normal speed",
                     "its source times count as the clip plays");
         }
+    }
+
+    static const char* kindOfClip(std::string_view name) {
+        if (name == "title") return "Title";
+        return name == "caption" ? "Caption" : "Clip";
     }
 
     void setAttributes(XmlElement clip) {

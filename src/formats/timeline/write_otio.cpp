@@ -2,6 +2,7 @@
 #include <cmath>
 #include <map>
 #include <queue>
+#include <span>
 
 #include <vekdb/host/text_util.h>
 #include "formats/edl/laps.h"
@@ -90,6 +91,10 @@ public:
 
 private:
     unsigned find(std::initializer_list<const char*> names) const {
+        return find(std::span(names.begin(), names.size()));
+    }
+
+    unsigned find(std::span<const char* const> names) const {
         for (const char* name : names) {
             const unsigned at = placeNamed(sheet_, name);
             if (at != noColumn) return at;
@@ -107,7 +112,7 @@ private:
         source_ = onSheet(sourceColumns(sheet_.log));
         record_ = onSheet(recordColumns(sheet_.log));
         clipName_ = find({"Clip Name", "Name", "Clip"});
-        reel_ = find({"Reel", "Tape", "Tape Name", "Reel Name", "Camroll", "cam reel"});
+        reel_ = find(reelNames);
         track_ = find({"Track", "Tracks"});
         kind_ = isTimeline_ ? find({timeline::kind}) : noColumn;
         rate_ = find({timeline::rate});

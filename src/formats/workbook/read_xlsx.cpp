@@ -207,6 +207,7 @@ public:
         while (row < rows_.size() && rows_[row].number <= log_.opening.wishes.skippedLines) {
             takeRow(rows_[row++]);
         }
+        if (row > 0 && row == rows_.size()) refuseSkipped();
         if (row == rows_.size()) refuseEmpty();
         readHeading(row);
         for (; row < rows_.size(); ++row) addRow(rows_[row]);
@@ -224,6 +225,16 @@ private:
             {0, "", "nothing in the sheet " + inQuotes(log_.sheet), "a row of column names",
              otherSheets_.empty() ? "fill it, or name another file"
                                   : concat(log_.opening.terms->sheet, " reads ", otherSheets_)}};
+    }
+
+    [[noreturn]] void refuseSkipped() const {
+        throw Failure{
+            unreadable,
+            log_.name,
+            {0, "",
+             concat("nothing in the sheet ", inQuotes(log_.sheet), " behind ",
+                    counted(log_.opening.wishes.skippedLines, "row"), " that are passed over"),
+             "a row of column names", "pass over fewer"}};
     }
 
     // Its cells at their places, as many as the last one needs.

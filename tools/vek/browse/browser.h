@@ -24,6 +24,8 @@ public:
 
     /// A log, and the mark that its file had before it was read.
     void add(Log log, const std::optional<FileMark>& mark);
+    /// Goes to the log that was added first, unless something is asked about another one.
+    void goToFirst() { current_ = question_ ? current_ : 0; }
 
     /// A key by its name, or a character. Work that takes long is left to `work`; a key that comes
     /// while it is done waits for its end, but Esc, which ends it.

@@ -59,6 +59,12 @@ void tellProblems(const Log& log) {
     if (!log.notRead.empty()) say(log.notRead);
 }
 
+// No sheet is without a name.
+std::string wantedSheet(const Args& args) {
+    if (!args.has("sheet") || !args.text("sheet").empty()) return args.text("sheet");
+    throw Failure{wrongUsage, "--sheet is empty, expected the name or number of a sheet"};
+}
+
 Log told(Log log) {
     noteRead(log.bytesRead);
     tellProblems(log);
@@ -83,7 +89,7 @@ Opening openingFrom(const Args& args) {
     opening.wishes.encoding = args.text("encoding");
     opening.wishes.skippedLines = args.number("skip-lines", 0);
     opening.wishes.hasNoHeading = args.has("no-header");
-    opening.wishes.sheet = args.text("sheet");
+    opening.wishes.sheet = wantedSheet(args);
     opening.limits.bytes = args.number("max-bytes", opening.limits.bytes);
     opening.limits.cells = args.number("max-cells", opening.limits.cells);
     opening.terms = &terms;

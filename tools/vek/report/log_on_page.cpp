@@ -24,7 +24,7 @@ std::vector<unsigned> columnsOf(const Log& log, const Wishes& wishes) {
 
 unsigned laneColumnOf(const Log& log, const Wishes& wishes) {
     if (!wishes.lanes.empty()) return log.requireColumn(wishes.lanes);
-    return firstColumn(log, {"Reel", "Tape", "Camroll"});
+    return reelColumn(log);
 }
 
 double secondsOf(const Timecode& code, int nominal) {
