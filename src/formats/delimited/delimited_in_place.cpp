@@ -44,14 +44,13 @@ public:
 
     std::string heading(std::string_view came) override {
         const TextForm& form = saving().log.form;
-        if (saving().hasNamesAsTheyCame()) return std::string(came);
-        if (form.hasNoHeading) {
-            tellNames();
-            return std::string(came);
-        }
-        return concat(came.starts_with(byteOrderMark) ? byteOrderMark : "",
-                      linesInFront(form, saving().log.opening, names().size()),
-                      delimitedNames(names(), separator(), saving().output, saving().losses),
+        const bool hasNames = saving().hasNamesAsTheyCame();
+        if (hasNames && !form.hasNoHeading) return std::string(came);
+        if (!hasNames && form.hasNoHeading) tellNames();
+        const std::string front = concat(came.starts_with(byteOrderMark) ? byteOrderMark : "",
+                                         linesInFront(form, saving().log.opening, firstCells()));
+        if (form.hasNoHeading) return front;
+        return concat(front, delimitedNames(names(), separator(), saving().output, saving().losses),
                       endOfLine(came));
     }
 
@@ -84,6 +83,12 @@ private:
         const bool isAsFirstRow = saving().log.form.hasNoHeading && saving().hasColumnsAsTheyCame();
         if (!isAsFirstRow || all.empty()) return names().size() == 1;
         return std::max(filledCells(all.front()), cellsAsRead(all.front())) == 1;
+    }
+
+    // Of the heading, or else of the first row: one, or several.
+    std::size_t firstCells() const {
+        if (!saving().log.form.hasNoHeading) return names().size();
+        return willHaveBlankRows(all()) ? 1 : 2;
     }
 
     std::size_t filledCells(unsigned row) const {

@@ -4,6 +4,7 @@
 #include "formats/delimited/text_quotes.h"
 #include "formats/input/progress.h"
 #include "formats/reading/delimiters.h"
+#include "formats/reading/lines_in_front.h"
 #include "formats/reading/readers.h"
 #include "formats/reading/table_builder.h"
 #include "formats/text/text_lines.h"
@@ -14,49 +15,6 @@ namespace {
 
 bool isBlankLine(const std::vector<std::string_view>& cells) {
     return cells.size() == 1 && cells[0].empty();
-}
-
-// The walk looks for the first carriage return of all that it is given.
-std::optional<char> delimiterInFront(std::string_view text) {
-    LineWalk walk(text.substr(0, text.find('\n')));
-    std::string_view line;
-    return walk.next(line) ? delimiterOfLine(line) : std::nullopt;
-}
-
-// What a person says counts first, then what the file says.
-char delimiterFor(std::string_view text, std::optional<char> named, char usual, const Log& log) {
-    const char wish = log.opening.wishes.delimiter;
-    if (wish != '\0') return wish;
-    return named ? *named : foundDelimiter(text, true, usual);
-}
-
-// Blank lines in front of several cells, as no heading is one; a single column may have no name.
-std::size_t blankLinesInFront(std::string_view text, std::optional<char> named, char usual,
-                              const Log& log) {
-    LineWalk walk(text);
-    std::string_view line;
-    while (walk.next(line) && line.empty()) {
-    }
-    const std::size_t blanks = walk.number() - 1;
-    if (blanks == 0 || line.empty()) return 0;
-    return hasSeveralCells(text, delimiterFor(text, named, usual, log)) ? blanks : 0;
-}
-
-std::string_view behindLines(std::string_view text, std::size_t count) {
-    if (count == 0) return text;
-    LineWalk walk(text);
-    std::string_view line;
-    while (walk.number() < count && walk.next(line)) {
-    }
-    return walk.rest();
-}
-
-// The lines that a person says stand in front of the heading, or the one that names the delimiter,
-// and blank ones behind those.
-std::size_t linesInFront(std::string_view text, std::optional<char> named, char usual,
-                         const Log& log) {
-    const std::size_t said = std::max<std::size_t>(log.opening.wishes.skippedLines, named ? 1 : 0);
-    return said + blankLinesInFront(behindLines(text, said), named, usual, log);
 }
 
 std::size_t skipLines(std::string_view text, std::size_t wanted, Log& log) {
@@ -136,7 +94,7 @@ bool addQuotedRow(DelimitedScanner& scanner, TableBuilder& builder) {
 
 void readDelimited(Text text, char separator, Log& log) {
     const std::optional<char> named = delimiterInFront(text.view());
-    const std::size_t inFront = linesInFront(text.view(), named, separator, log);
+    const std::size_t inFront = LinesInFront::of(text.view(), separator, log).count();
     text.start += skipLines(text.view(), inFront, log);
     const char delimiter = delimiterOf(text.view(), named, separator, log);
     const bool areQuotesText = hasTextQuotes(text.view(), delimiter);

@@ -9,6 +9,7 @@
 #include "formats/packed/packed.h"
 #include "formats/reading/decoding.h"
 #include "formats/reading/delimiters.h"
+#include "formats/reading/lines_in_front.h"
 #include "formats/reading/readers.h"
 #include "formats/saving/patched_text.h"
 #include "formats/text/encoding.h"
@@ -59,9 +60,42 @@ std::string beginningOf(const Input& input) {
     return text;
 }
 
+std::size_t blankLinesInFront(const Log& log, std::string_view text) {
+    if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
+    return LinesInFront::of(text, usualDelimiter(log.format), log).blank;
+}
+
+// A blank line that is a heading or a row, in front of one that is several cells by now.
+void requireSameBlankLines(const Log& log, std::string_view was, std::string_view text,
+                           const std::string& output) {
+    if (usualDelimiter(log.format) == '\0') return;
+    if (blankLinesInFront(log, text) == 0 || blankLinesInFront(log, was) != 0) return;
+    const bool isRow = log.form.hasNoHeading;
+    refuseOrTell(output,
+                 concat("its ", isRow ? "first row" : "heading",
+                        " is a blank line, which is passed over in front of a line of several "
+                        "cells; ",
+                        isRow ? "put another row first" : "give its column a name first"),
+                 nullptr);
+}
+
+// There is only its name to know a file by that holds nothing; what is not that file is known by
+// who asked for it.
+void requireSameOfNothing(const Log& log, const std::string& output) {
+    const bool isSaid = log.opening.format.has_value();
+    if (output != log.path || isSaid || recognised(output, {}) == log.format) return;
+    refuseOrTell(output,
+                 concat("an empty file of this name would be read as format ",
+                        formatName(recognised(output, {})),
+                        "; keep a row, or give it the ending of its own format first"),
+                 nullptr);
+}
+
 void requireSameLook(const Log& log, std::string_view text, const std::string& output,
                      Losses* told) {
+    if (text.empty()) return requireSameOfNothing(log, output);
     const std::string was = beginningOf(*log.source->input);
+    requireSameBlankLines(log, was, text, output);
     const FirstLook meant = lookAtLog(log, was);
     const FirstLook found = lookAtLog(log, text.substr(0, FirstLook::size));
     const std::string difference = differenceOf(found, meant);
