@@ -2,8 +2,11 @@
 
 #include <vekdb/formats/format.h>
 #include "formats/formats.h"
+#include "formats/input/input.h"
+#include "formats/reading/decoding.h"
 #include "formats/reading/documents.h"
 #include "formats/saving/save_in_place.h"
+#include "formats/signs.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/grid.h"
 #include "tools/vek/cli/outputs.h"
@@ -64,6 +67,40 @@ bool isOneLog(const std::vector<std::string>& words, const Args& args) {
     return !isLogOfOtherFormat(words[1], args);
 }
 
+// What the file itself shows, whatever it is called.
+bool holds(const std::string& path, Format target) {
+    try {
+        Input input(path);
+        Log log;
+        decode(input, log);
+        const Format found = recognised({}, input.head());
+        if (found != Format::json) return found == target;
+        return target == (firstFilledLine(input.head()).starts_with('{') ? Format::jsonl : found);
+    } catch (const Failure&) {
+        return false;  // who reads it as a log says why
+    }
+}
+
+// What was written by these words before is neither lost nor taken for a log the next time.
+void requireSecondLog(const std::string& first, const std::string& second, const Args& args) {
+    // Those of one name would become one file, which is refused as such.
+    const bool hasOtherName =
+        std::filesystem::path(first).filename() != std::filesystem::path(second).filename();
+    if (hasOtherName && isInput({first}, second)) {
+        throw Failure{wrongUsage, concat("convert: ", first, " and ", second,
+                                         " are one log; name another file to write")};
+    }
+    const std::string target = args.text("to");
+    if (!holds(pathOfDocument(second), targetNamed(target))) return;
+    const std::string named = formatName(*formatOfPath(pathOfDocument(second)));
+    throw Failure{
+        wrongUsage,
+        concat("convert: ", second, ": holds ", target, " already and is called ", named,
+               ", so it may be what to write or a second log; to write it, give it the "
+               "ending of ",
+               target, " or move it away first; to convert both, say where to with -o FOLDER")};
+}
+
 // Where to is the folder of -o or, of several words, the last one that is a folder or has to be.
 int convertMany(std::vector<std::string> words, const Args& args) {
     std::string output = args.text("output");
@@ -75,6 +112,13 @@ int convertMany(std::vector<std::string> words, const Args& args) {
         output = words.back();
         words.pop_back();
     }
+    if (words.size() == 1 && !output.empty() && !isFolder(words[0]) && !args.has("to")) {
+        throw Failure{wrongUsage, concat("convert: ", output,
+                                         ": a folder for files of one format, expected --to, or "
+                                         "the name of a file as the last word")};
+    }
+    const bool isBesides = output.empty() && words.size() == 2 && !isFolder(words.front());
+    if (isBesides && isLogOfOtherFormat(words[1], args)) requireSecondLog(words[0], words[1], args);
     return convert::convertEach(words, output, args);
 }
 

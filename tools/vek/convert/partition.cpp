@@ -169,10 +169,11 @@ std::string columnOfFolders(const std::string& folder) {
 std::size_t firstPart(const Wish& wish, const Args& args) {
     if (isEmptyOrAbsent(wish.folder)) return 0;
     if (args.has("append")) return nextPart(wish.folder);
-    throw Failure{unwritable,
-                  wish.folder +
-                      ": is there already and holds something, nothing is written; --append adds "
-                      "to the parts that are there, or name another folder"};
+    throw Failure{
+        unwritable,
+        concat(wish.folder, ": is there already and holds something, nothing is written; ",
+               args.has("overwrite") ? "--overwrite is for single files; " : "",
+               "--append adds to the parts that are there, or name another folder")};
 }
 
 // The folders in which a file is to stand. Those that were not there go again where it is not
