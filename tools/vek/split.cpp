@@ -299,6 +299,9 @@ int run(const Args& args) {
                                        " in ", counted(pieces.size(), "file"));
     if (args.has("dry-run")) {
         requireAllWritable(pieces);
+        for (const Piece& piece : pieces) {
+            if (args.has("backup")) requireBackup(piece.path);
+        }
         Writer(log, args, target).tryOut(pieces);
         std::vector<PlannedFile> plan;
         for (const Piece& piece : pieces) plan.push_back({piece.path, piece.rows.size()});

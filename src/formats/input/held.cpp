@@ -56,6 +56,12 @@ void refuse(const std::string& name, const FileReplacement& file) {
     throw Failure{unwritable, name + ": " + because(file)};
 }
 
+void refuseBackup(const std::string& name, int error) {
+    if (error != EISDIR) refuse(name, error);
+    throw Failure{unwritable, concat(name, ": ", because(error),
+                                     "; the old file is to be kept there, so move it away first")};
+}
+
 Held holdFile(const std::string& path) {
     if (path == "-") return nullptr;
     auto held = std::make_shared<FileReplacement>();

@@ -23,5 +23,7 @@ Held holdInput(const std::vector<std::string>& inputs, const std::string& output
 [[noreturn]] void refuse(const std::string& name, const FileReplacement& file);
 /// The same by the system's number of what went wrong.
 [[noreturn]] void refuse(const std::string& name, int error);
+/// The same of the place where the old file is to be kept.
+[[noreturn]] void refuseBackup(const std::string& name, int error);
 
 }  // namespace vek::formats

@@ -1,5 +1,6 @@
 #include "formats/saving/file_sink.h"
 
+#include <cerrno>
 #include <utility>
 
 namespace vek::formats {
@@ -76,6 +77,7 @@ std::vector<std::string> FileSink::prepare() {
         const std::string copy = backupOf(path_);
         if (!file_->backUp(copy.c_str())) {
             file_->giveUp();
+            if (file_->error() == EISDIR) refuseBackup(copy, EISDIR);
             refuse(copy, *file_);
         }
     }

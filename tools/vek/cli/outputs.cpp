@@ -1,11 +1,14 @@
 #include "tools/vek/cli/outputs.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 
 #include <vekdb/host/write_permission.h>
 #include "formats/changing/file_names.h"
+#include "formats/saving/file_sink.h"
 #include "formats/text/letters.h"
+#include "tools/vek/cli/terminal.h"
 
 namespace vek {
 
@@ -25,7 +28,7 @@ void requireNoInput(const char* command, const std::vector<std::string>& inputs,
 }
 
 void requireNoBackupOver(const std::vector<std::string>& inputs, const std::string& output) {
-    const std::string backup = output + ".bak";
+    const std::string backup = backupOf(output);
     for (const std::string& input : inputs) {
         if (!isSameFile(input, backup) || isSameFile(input, output)) continue;
         throw Failure{unwritable,
@@ -98,6 +101,16 @@ void requireMakeable(const std::string& path) {
     requireNoForeignLink(known);
     if (const int rights = errorOfWritePermission((known / "file").c_str()))
         refuse(folder.native(), rights);
+}
+
+// A link of that name is replaced and not followed.
+void requireBackup(const std::string& path) {
+    if (path.empty() || path == "-" || !isThere(path)) return;
+    const std::string backup = backupOf(path);
+    std::error_code ignored;
+    if (fs::is_directory(fs::symlink_status(backup, ignored))) refuseBackup(backup, EISDIR);
+    const fs::path folder = fs::path(backup).parent_path();
+    if (const int error = errorOfWritePermission((folder / "file").c_str())) refuse(backup, error);
 }
 
 void makeFolderOf(const std::string& path) {

@@ -25,6 +25,8 @@ void requireNoBackupOver(const std::vector<std::string>& inputs, const std::stri
 /// for dry runs. Folders that are not there have to be, or with the second are made.
 void requireWritable(const std::string& path);
 void requireMakeable(const std::string& path);
+/// The same of what --backup keeps, where there is an old file.
+void requireBackup(const std::string& path);
 
 /// Whether anything has a name, a link that leads nowhere included.
 bool isTaken(const std::string& path);

@@ -28,6 +28,7 @@ Printout outputTo(const std::string& path, const Log& log, const Args& args) {
     if (backup) requireInputsKept(path, args);
     if (args.has("dry-run")) {
         requireWritable(path);
+        if (backup) requireBackup(path);
         return Printout::trial(path);
     }
     const bool isOther = args.has("output");
