@@ -357,6 +357,14 @@ TEST(LongOutput, ThatFailsOnTheWayLeavesTheOldFileAndNothingBeside) {
     EXPECT_EQ(folder.names(), (std::vector<std::string>{"copy.csv", "log.csv"}));
 }
 
+TEST(FullDisk, OfTheStandardOutputIsToldAsWell) {
+    WorkFolder folder;
+    folder.write("log.csv", rows(20000));
+    Finish finish = run(folder, shell("ulimit -f 20; exec \"$0\" convert log.csv - --to json > o"));
+    EXPECT_EQ(finish.exitCode, 4);
+    EXPECT_EQ(finish.errors, "vek: standard output: File too large\n");
+}
+
 TEST(FullDisk, OfABackupIsCalledSoAndLeavesFileAndOlderBackup) {
     WorkFolder folder;
     folder.write("log.csv", rows(20000));

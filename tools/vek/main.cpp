@@ -64,7 +64,7 @@ int main(int count, char** words) {
     setConfigInt("remove_fieldname_ampersands", 0);
     // The program is its own host, and nobody asks it for a single thread.
     OS()->setReadsAhead(true);
-    outliveClosedPipes();
+    outliveFailingWrites();
     giveLargeBlocksBack();
     return endOf([&] { return run({words + (count > 0 ? 1 : 0), words + count}); });
 }

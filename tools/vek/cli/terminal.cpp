@@ -59,8 +59,8 @@ int writeTo(Stream stream, std::string_view text) {
     return 0;
 }
 
-void outliveClosedPipes() {
-    std::signal(SIGPIPE, SIG_IGN);
+void outliveFailingWrites() {
+    for (int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
 }
 
 // A few freed megabytes are kept: a file is written piece by piece, and pages that went back to the

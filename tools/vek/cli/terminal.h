@@ -29,8 +29,9 @@ int writeTo(Stream stream, std::string_view text);
 /// says.
 void takeCharactersForUtf8();
 
-/// A closed pipe is seen where it is written to, and does not end the program.
-void outliveClosedPipes();
+/// A closed pipe, and a file that must not grow, are seen where they are written to, and do not end
+/// the program.
+void outliveFailingWrites();
 
 /// Has the system take large blocks of memory back where they end, whatever came before them: left
 /// in the heap, they are too small or too large for what comes after.
