@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <iterator>
 #include <optional>
+#include <unordered_map>
 
 #include "formats/changing/cell_template.h"
 #include "formats/text/written_names.h"
@@ -98,19 +99,15 @@ private:
     }
 
     void addTo(unsigned column, const Step& step) {
-        auto known =
-            std::find_if(columns_.begin(), columns_.end(),
-                         [&](const ColumnChange& change) { return change.column == column; });
-        if (known == columns_.end()) {
-            columns_.push_back({static_cast<unsigned short>(column), {}});
-            known = columns_.end() - 1;
-        }
-        known->steps.push_back(&step);
+        const auto [place, isNew] = places_.try_emplace(column, columns_.size());
+        if (isNew) columns_.push_back({static_cast<unsigned short>(column), {}});
+        columns_[place->second].steps.push_back(&step);
     }
 
     const Log& log_;
     std::vector<Step> steps_;  // stay where they are
     std::vector<ColumnChange> columns_;
+    std::unordered_map<unsigned, std::size_t> places_;  // of a column among those
 };
 
 // What an edit list's notes say of an event goes along with the event.
