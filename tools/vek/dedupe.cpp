@@ -123,11 +123,7 @@ int run(const Args& args) {
     if (isTrial) printRows(log, rowsMarked(stays, 0));
     const bool isToBeWritten = count > 0 || args.has("output") || args.text("FILE") == "-";
     if (isToBeWritten) saveResult(log, rowsMarked(stays, 1), args);
-    if (isTrial) {
-        say(summary + " would go");
-        return done;
-    }
-    say(count == 0 ? log.name + ": no duplicates" : summary + " deleted");
+    say(count == 0 ? log.name + ": no duplicates" : summary + (isTrial ? " would go" : " deleted"));
     return done;
 }
 

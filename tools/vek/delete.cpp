@@ -27,15 +27,17 @@ int run(const Args& args) {
     requireChoice("delete", selection, args);
     Log log = readLogToSave(args);
     const std::vector<unsigned> chosen = selectedRows(log, selection);
+    const char* const outcome = "nothing deleted";  // where none matches
     const std::string summary =
         counted(chosen.size(), "row") + " of " + std::to_string(log.rowCount());
     if (args.has("dry-run")) {
         printRows(log, chosen);
-        if (!chosen.empty()) saveInPlace(log, others(log, chosen), args);
+        if (chosen.empty()) return tellUnmatched(log, outcome);
+        saveInPlace(log, others(log, chosen), args);
         say(log.name + ": " + summary + " would be deleted");
-        return chosen.empty() ? found : done;
+        return done;
     }
-    if (chosen.empty()) return finishUnmatched(log, "nothing deleted", args);
+    if (chosen.empty()) return finishUnmatched(log, outcome, args);
     saveInPlace(log, others(log, chosen), args);
     say(log.name + ": " + summary + " deleted");
     return done;

@@ -203,6 +203,7 @@ int run(const Args& args) {
     std::vector<unsigned> rows = selectedRows(log, selection);
     const std::size_t matched = rows.size();
     Editor editor(log, changes, numberingFrom(args));
+    const char* const outcome = "nothing changed";  // where none matches
     if (args.has("dry-run")) {
         std::vector<Edit> edits;
         editor.edit(rows, [&](std::vector<Edit>& made) {
@@ -210,11 +211,12 @@ int run(const Args& args) {
         });
         printEdits(log, edits, args);
         EditMaker(log).make(edits);
-        if (!rows.empty()) saveResult(log, args);
+        if (rows.empty()) return tellUnmatched(log, outcome);
+        saveResult(log, args);
         say(summary(log, rows.size(), edits.size()) + " would change");
-        return rows.empty() ? found : done;
+        return done;
     }
-    if (rows.empty()) return finishUnmatched(log, "nothing changed", args);
+    if (rows.empty()) return finishUnmatched(log, outcome, args);
     std::size_t changed = 0;
     EditMaker maker(log);
     editor.edit(rows, [&](const std::vector<Edit>& made) {

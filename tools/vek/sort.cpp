@@ -31,11 +31,8 @@ int run(const Args& args) {
     if (isTrial) printRows(log, rows);
     const bool isToBeWritten = moved > 0 || args.has("output") || args.text("FILE") == "-";
     if (isToBeWritten) saveResult(log, rows, args);
-    if (isTrial) {
-        say(summary + " would move");
-        return done;
-    }
-    say(moved == 0 ? log.name + ": in this order already" : summary + " moved");
+    say(moved == 0 ? log.name + ": in this order already"
+                   : summary + (isTrial ? " would move" : " moved"));
     return done;
 }
 

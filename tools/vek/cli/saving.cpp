@@ -151,10 +151,14 @@ bool goesToStandardOutput(const Args& args) {
     return args.text(args.has("output") ? "output" : "FILE") == "-";
 }
 
-int finishUnmatched(const Log& log, const char* outcome, const Args& args) {
-    if (goesToStandardOutput(args)) saveResult(log, args);
+int tellUnmatched(const Log& log, const char* outcome) {
     say(concat(log.name, ": no row matches, ", outcome));
     return found;
+}
+
+int finishUnmatched(const Log& log, const char* outcome, const Args& args) {
+    if (goesToStandardOutput(args)) saveResult(log, args);
+    return tellUnmatched(log, outcome);
 }
 
 void printRows(const Log& log, const std::vector<unsigned>& rows) {

@@ -58,6 +58,8 @@ void saveResult(const InPlace& now, const Args& args);
 /// Whether what is saved is printed, by the words.
 bool goesToStandardOutput(const Args& args);
 
+/// Says that no row matches, and what that means. Answers the exit code.
+int tellUnmatched(const Log& log, const char* outcome);
 /// Where no row matches: says so, and what that means. No file is written; who reads the standard
 /// output gets the log as it came. Answers the exit code.
 int finishUnmatched(const Log& log, const char* outcome, const Args& args);
