@@ -497,7 +497,7 @@ int resultOf(const Answers& answers, const LogFiles& files) {
 
 int run(const Args& args) {
     const Wish wish = wishFrom(args);
-    if (!wantsTable(args)) styleFrom(args, wantedTarget(args));
+    requireStyleOf(args, wantsTable(args) ? "table" : formatName(wantedTarget(args)));
     requireNoInput("find", wish.paths, args.text("output"), "what is found");
     LogFiles files = logFilesFrom(wish.paths, args);
     leaveOut(args.text("output"), files.paths);

@@ -91,8 +91,9 @@ int run(const Args& args) {
                       "param: expected list FILE, get FILE NAME, or set FILE NAME "
                       "VALUE"};
     }
-    if (args.has("dry-run") && action != "set") {
-        throw Failure{wrongUsage, "param: --dry-run is for set"};
+    for (const char* option : {"dry-run", "backup"}) {
+        if (!args.has(option) || action == "set") continue;
+        throw Failure{wrongUsage, concat("param: --", option, " is for set")};
     }
     if (action == "list") return list(readLog(args));
     if (action == "get") return get(readLog(args), args.text("NAME"));

@@ -230,9 +230,7 @@ int watch(const Args& args, const Selection& selection) {
 }
 
 void requireFitting(const Args& args) {
-    if (args.has("guard-formulas") && wantsTable(args)) {
-        throw Failure{wrongUsage, "show: --guard-formulas is for --format csv and tsv"};
-    }
+    requireStyleOf(args, wantsTable(args) ? "table" : formatName(wantedTarget(args)));
     if ((args.has("cards") || args.has("wrap")) && !wantsTable(args)) {
         throw Failure{wrongUsage, "show: --cards and --wrap are for --format table"};
     }

@@ -89,9 +89,6 @@ Words wordsOf(const Args& args) {
     all.pop_back();
     for (std::string& path : all) words.logs.push_back({std::move(path), {}});
     for (const std::string& text : args.all("as")) words.logs.push_back(namedPath(text));
-    if (trimmed(words.statements).empty()) {
-        throw Failure{wrongUsage, "sql: nothing is asked, expected SQL as the last word"};
-    }
     if (!words.logs.empty()) return words;
     throw Failure{wrongUsage,
                   "sql: found " + inQuotes(words.statements) +
@@ -178,6 +175,11 @@ void printTable(const Sheet& sheet, const Args& args, Printout& out) {
     out.inkedLine(inked(Ink::faint, footer, screen));
 }
 
+Format wantedTarget(const Args& args) {
+    if (args.has("format")) return targetNamed(args.text("format"));
+    return targetOfPath(args.text("output"), programTerms());
+}
+
 void print(const Log& answer, const Args& args) {
     Printout out(args.text("output"));
     const Sheet sheet = wholeSheet(answer);
@@ -185,10 +187,7 @@ void print(const Log& answer, const Args& args) {
     if (wantsTable(args)) {
         printTable(sheet, args, out);
     } else {
-        const std::string format = args.text("format");
-        const Format target = args.has("format")
-                                  ? targetNamed(format)
-                                  : targetOfPath(args.text("output"), programTerms());
+        const Format target = wantedTarget(args);
         requireFile(target, out);
         writeSheet(sheet, target, styleFrom(args, target), out, losses);
     }
@@ -202,6 +201,9 @@ void tellChanges(const sql::Answer& answer, bool isTrial) {
     for (std::size_t i = 0; i < answer.changedLogs.size(); ++i) {
         text += (i == 0 ? " changed, saved " : ", ") + answer.changedLogs[i];
     }
+    if (answer.changed > 0 && answer.changedLogs.empty()) {
+        return say(text + " set to what it was, nothing to save");
+    }
     say(answer.changedLogs.empty() ? "nothing changed" : text);
 }
 
@@ -211,6 +213,10 @@ void requireFitting(const Args& args) {
         throw Failure{wrongUsage,
                       concat("sql: --", name, " is for changes, expected --write, too")};
     }
+    if ((args.has("cards") || args.has("wrap")) && !wantsTable(args)) {
+        throw Failure{wrongUsage, "sql: --cards and --wrap are for --format table"};
+    }
+    requireStyleOf(args, wantsTable(args) ? "table" : formatName(wantedTarget(args)));
 }
 
 sql::Wishes wishesFrom(const Args& args, JointSaving& saving) {
@@ -237,9 +243,9 @@ int run(const Args& args) {
     const bool hasRows = answer.rows.table != nullptr;
     if (hasRows) print(answer.rows, args);
     if (args.has("write")) tellChanges(answer, args.has("dry-run"));
-    const bool isNothing =
-        args.has("write") ? answer.changed == 0 : hasRows && answer.rows.rowCount() == 0;
-    return isNothing ? found : done;
+    const bool asksForAny = hasRows || args.has("write");
+    const bool isNothing = (!hasRows || answer.rows.rowCount() == 0) && answer.changed == 0;
+    return asksForAny && isNothing ? found : done;
 }
 
 const std::string& printedFormats() {
@@ -264,7 +270,7 @@ Command sqlCommand() {
         "statements or none, and of the files what was changed alone; several logs are all saved, "
         "or "
         "none where one of them cannot be. No other file is reached. "
-        "Ends with 1 where no row came or none was changed.",
+        "Ends with 1 where no row came and no change reached one.",
         {{"vek sql samples/dailies.vek 'SELECT Scene, count(*) AS takes FROM log GROUP BY Scene "
           "ORDER BY takes DESC LIMIT 3'",
           "scenes with the most takes"},

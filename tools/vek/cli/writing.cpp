@@ -16,29 +16,58 @@ const char* binaryFile(Format format) {
     return format == Format::arrow ? "an Arrow file" : nullptr;
 }
 
+// A rate says something of the log, whatever it is written as. The cells of a workbook are texts,
+// whatever they begin with.
+struct StyleOption {
+    const char* name;
+    const char* formats;  // "csv|tsv", those that it does something to
+};
+
+constexpr StyleOption styles[] = {
+    {"crlf", "csv|tsv|ale|edl"},
+    {"guard-formulas", "csv|tsv|xlsx"},
+    {"short-reels", "edl"},
+    {"video-format", "ale"},
+    {"audio-format", "ale"},
+    {"tracks", "ale"},
+    {"map", "ale"},
+};
+
+bool isFor(const StyleOption& option, std::string_view target) {
+    const std::vector<std::string> formats = choicesOf(option.formats);
+    return std::find(formats.begin(), formats.end(), target) != formats.end();
+}
+
+// "csv, tsv and xlsx"
+std::string listed(const StyleOption& option) {
+    const std::vector<std::string> formats = choicesOf(option.formats);
+    std::string list = formats.front();
+    for (std::size_t i = 1; i < formats.size(); ++i) {
+        list += concat(i + 1 == formats.size() ? " and " : ", ", formats[i]);
+    }
+    return list;
+}
+
 }  // namespace
 
+void requireStyleOf(const Args& args, std::string_view target) {
+    for (const StyleOption& option : styles) {
+        if (!args.has(option.name) || isFor(option, target)) continue;
+        throw Failure{wrongUsage,
+                      concat("--", option.name, " is for ", listed(option), ", not ", target)};
+    }
+    wantedRate(args);
+}
+
 WriteStyle styleFrom(const Args& args, Format target) {
+    requireStyleOf(args, formatName(target));
     WriteStyle style;
     if (args.has("crlf")) style.lineEnd = LineEnd::crlf;
     style.rate = wantedRate(args);
     style.shortReels = args.has("short-reels");
     style.guardsFormulas = args.has("guard-formulas");
-    // The cells of a workbook are texts, whatever they begin with.
-    const bool knowsFormulas =
-        target == Format::csv || target == Format::tsv || target == Format::xlsx;
-    if (style.guardsFormulas && !knowsFormulas) {
-        throw Failure{wrongUsage, std::string("--guard-formulas is for csv, tsv and xlsx, not ") +
-                                      formatName(target)};
-    }
     style.ale = {args.text("video-format"), args.text("audio-format"), args.text("tracks"),
                  args.all("map")};
-    if (style.ale.isAny() && target != Format::ale) {
-        throw Failure{wrongUsage,
-                      std::string("--video-format, --audio-format, --tracks and --map are for "
-                                  "ale, not ") +
-                          formatName(target)};
-    }
     return style;
 }
 

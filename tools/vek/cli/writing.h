@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string_view>
 #include <vector>
 
 #include "formats/writing/writers.h"
@@ -8,6 +9,8 @@
 
 namespace vek {
 
+/// A Failure where an option of style is not for what is printed, which is a format or "table".
+void requireStyleOf(const Args& args, std::string_view target);
 /// The style that the command line asks for; a Failure where it does not go with the target.
 WriteStyle styleFrom(const Args& args, Format target);
 /// A Failure for a workbook that would go to a terminal.

@@ -250,9 +250,15 @@ Answer Session::run(std::string_view statements) {
     sqlite3_set_authorizer(db_.get(), nullptr, nullptr);
     execute("BEGIN");
     rules_.holdFor(db_.get());
+    bool isAsked = false;
     while (!statements.empty()) {
         const Statement statement = prepare(statements);
-        if (statement) step(statement.get());
+        if (!statement) continue;  // a comment
+        isAsked = true;
+        step(statement.get());
+    }
+    if (!isAsked) {
+        throw Failure{formats::wrongUsage, "sql: nothing is asked, expected SQL as the last word"};
     }
     rules_.forget();
     sqlite3_set_authorizer(db_.get(), nullptr, nullptr);
