@@ -310,10 +310,13 @@ bool writeInPlace(const InPlace& now, bool mayStay, Output& out, Losses& losses)
     const Log& log = now.log;
     requireWhole(log);
     if (log.format != Format::plainCsv) targetOf(log);
-    if (log.format == Format::table && now.columns.empty()) {
-        throw Failure{unwritable, out.name() +
-                                      ": a table file needs a column, none would be left; nothing "
-                                      "is written"};
+    const bool isTable = log.format == Format::table;
+    const bool holdsNoColumns = log.format == Format::json || log.format == Format::jsonl;
+    if (now.columns.empty() && !holdsNoColumns) {
+        throw Failure{unwritable,
+                      concat(out.name(), ": a ",
+                             isTable ? "table file" : concat("file of ", formatName(log.format)),
+                             " needs a column, none would be left; nothing is written")};
     }
     out.encode(log.form.encoding, isPackedAs(log, out.name()));
     const Saving saving{log, unnamedLast(log, now.columns), out.name(), losses};
