@@ -299,7 +299,7 @@ private:
     }
 
     [[noreturn]] void refuse() const {
-        throw Failure{contradiction,
+        throw Failure{wrongUsage,
                       first_ + "; " + counted(inexact_, "cell") +
                           " like this, nothing is changed; choose with --round nearest, "
                           "down or up, or with --keep frames"};
