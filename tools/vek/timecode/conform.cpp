@@ -50,6 +50,7 @@ public:
             rateOfRecord(row);
         }
         if (inexact_ > 0) refuse();
+        tellNonDrop();
         if (rounded_ == 0) return;
         say(concat(work_.log.name, ": ", counted(rounded_, "time or length", "times and lengths"),
                    " between two frames, rounded ", round_ == "nearest" ? "to the nearest" : round_,
@@ -95,7 +96,21 @@ private:
     // Drop-frame stays drop-frame where the new rate can and nothing else is said.
     bool drops(bool before) const {
         if (to_.counting != Counting::unsaid) return to_.counting == Counting::dropFrame;
-        return before && canDropFrames(to_.nominal);
+        return before && canDropFrames(to_.nominal) && !becomesWhole();
+    }
+
+    // Frames are dropped to keep pace with a clock, which a rate such as 30 does by itself. A log
+    // that drops frames at such a rate means the slower one by it, and goes on doing so.
+    bool becomesWhole() const { return from_.isSlowed && !to_.isSlowed; }
+
+    void tellNonDrop() const {
+        if (!hadDropFrame_ || !becomesWhole() || !canDropFrames(to_.nominal) ||
+            to_.counting != Counting::unsaid) {
+            return;
+        }
+        const std::string rate = rateText(to_);
+        say(concat(work_.log.name, ": drop-frame counting becomes non-drop, as a rate of ", rate,
+                   " drops no frames; ", rate, "df keeps it"));
     }
 
     static std::string fcmText(bool drops) { return drops ? "DROP FRAME" : "NON-DROP FRAME"; }
@@ -148,6 +163,7 @@ private:
 
     std::string textOf(std::int64_t frames, const Timecode& code, std::string_view text) {
         const bool dropsNow = drops(code.dropFrame);
+        hadDropFrame_ = hadDropFrame_ || code.dropFrame;
         frames = inDay(work_, frames, framesInDay(to_.nominal, dropsNow));
         return inFormOf(text, timecodeText(frames, to_.nominal, dropsNow), mark(code.dropFrame));
     }
@@ -370,6 +386,7 @@ private:
     Markers markers_;
     std::size_t inexact_ = 0;
     std::string first_;
+    bool hadDropFrame_ = false;
     std::size_t rounded_ = 0;
     std::string firstRounded_;
 };
