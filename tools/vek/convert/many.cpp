@@ -69,22 +69,27 @@ public:
 
     // What stands in a folder keeps its place below it.
     void add(const std::string& path) {
+        if (path == "-") refuseNameless();
         const LogFiles files = logFilesIn({path}, args_);
         areAll_ = areAll_ && files.areAll;
         std::error_code error;
-        const bool isFolder = path != "-" && fs::is_directory(path, error);
+        const bool isFolder = fs::is_directory(path, error);
         for (const std::string& file : files.paths) {
             const fs::path whole = named(file);
             const bool isBelow = isFolder && !isDocumentFolder(path);
-            std::string name =
-                (isBelow ? whole.lexically_relative(path) : whole.filename()).native();
-            if (file == "-") name = "standard input";
-            add(file, name);
+            add(file, (isBelow ? whole.lexically_relative(path) : whole.filename()).native());
         }
     }
 
     const std::vector<Job>& jobs() const { return jobs_; }
     bool areAll() const { return areAll_; }
+
+    // The files are called as the logs are.
+    [[noreturn]] static void refuseNameless() {
+        throw Failure{wrongUsage,
+                      "convert: the standard input has no name that a file could be called by, "
+                      "expected files and folders; convert it by itself, convert - OUT"};
+    }
 
     // Everything that can be known to go wrong is known before the first file is written.
     void require() {
