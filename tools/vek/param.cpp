@@ -61,14 +61,23 @@ void print(const std::string& name, const std::string& before, const std::string
     out.close();
 }
 
+void requirePlace(const Log& log, const std::string& name) {
+    const Format target = targetOf(log);
+    if (target == Format::table || target == Format::ale) return;
+    const bool isEdl = log.format == Format::edl;
+    if (isEdl && (sameText(name, "TITLE") || sameText(name, "FCM"))) return;
+    throw Failure{
+        wrongUsage,
+        isEdl ? concat(log.name, ": an edit list has no place for a parameter ", inQuotes(name),
+                       ", expected TITLE or FCM; table files and ALE hold others")
+              : concat(log.name, ": ", formatName(log.format),
+                       " holds no parameters, only table files, ALE and, for TITLE and "
+                       "FCM, edit lists do")};
+}
+
 int set(Log& log, const std::string& name, const std::string& value, const Args& args) {
     checkHolds(log, name, value);
-    const bool isOfEvents =
-        log.format == Format::edl && (sameText(name, "TITLE") || sameText(name, "FCM"));
-    if (targetOf(log) != Format::table && targetOf(log) != Format::ale && !isOfEvents) {
-        throw Failure{wrongUsage, log.name + ": " + formatName(log.format) +
-                                      " holds no parameters, only table files and ALE do"};
-    }
+    requirePlace(log, name);
     const std::string before = log.parameter(name.c_str());
     if (!log.setParameter(name, value)) {
         throw Failure{unwritable, log.name + ": there is no room for " + inQuotes(name) +
