@@ -15,6 +15,7 @@
 #include "formats/text/text_lines.h"
 #include "formats/text/utf8.h"
 #include "formats/writing/write_formats.h"
+#include "formats/xml/xml_declaration.h"
 
 namespace vek::formats {
 
@@ -87,6 +88,7 @@ void readOtioText(Input& input, const Wanted&, Log& log) {
 }
 
 void readFcpxmlText(Input& input, const Wanted&, Log& log) {
+    decodeDeclared(input, declaredEncoding(input.head()), log);
     readFcpxml(anyTextOf(input, log), log);
 }
 

@@ -75,6 +75,13 @@ std::string encodingOf(Input& input, const Opening& opening) {
     return found.empty() ? wish : found;
 }
 
+// Whether a text means in an encoding what it means byte by byte.
+bool readsAsItStands(std::string_view text, const std::string& encoding) {
+    std::size_t badAt = 0;
+    const Quor::Ptr<TextBlock> made = toUtf8(text, encoding, badAt);
+    return made && std::string_view(made->data(), made->size()) == text;
+}
+
 }  // namespace
 
 void decode(Input& input, Log& log) {
@@ -85,6 +92,13 @@ void decode(Input& input, Log& log) {
     if (isWorkbook(input.head())) return;
     const std::string encoding = encodingOf(input, log.opening);
     if (!encoding.empty()) convert(input, encoding, log);
+}
+
+void decodeDeclared(Input& input, std::string_view declared, Log& log) {
+    if (!log.opening.wishes.encoding.empty() || !log.form.encoding.empty()) return;
+    if (declared.empty() || isWellFormedUtf8(input.text())) return;
+    const std::optional<std::string> known = encodingNamed(std::string(declared));
+    if (known && !known->empty() && readsAsItStands(declared, *known)) convert(input, *known, log);
 }
 
 void decodeBytes(Input& input, Log& log) {

@@ -12,6 +12,10 @@ struct Log;
 /// and notes what it was. A Failure where that cannot be.
 void decode(Input& input, Log& log);
 
+/// Makes UTF-8 of a text that is not, and says itself what it is; where it does not, or names what
+/// nobody knows, it stays as it is.
+void decodeDeclared(Input& input, std::string_view declared, Log& log);
+
 /// Makes UTF-8 of a text that is not, and that nobody named an encoding for; tells it. A text that
 /// has bytes for which the likely encoding has no character stays as it is.
 void decodeBytes(Input& input, Log& log);

@@ -16,8 +16,7 @@ namespace {
 Failure withAdvice(const Failure& failure, const std::string& advice) {
     Failure made = failure;
     made.text = concat(made.text, "; ", advice);
-    std::string& own = made.reason.advice;
-    own = own.empty() ? advice : concat(own, "; ", advice);
+    made.reason.advice = advice;
     return made;
 }
 
@@ -42,7 +41,8 @@ void readFormat(Input& input, Log& log) {
         readAs(log.format, input, log.opening.wanted, log);
     } catch (const Failure& failure) {
         const std::string other = otherFormat(log.format, head);
-        if (failure.kind != unreadable || other.empty()) throw;
+        const bool saysWhatToDo = !failure.reason.advice.empty();
+        if (failure.kind != unreadable || saysWhatToDo || other.empty()) throw;
         throw withAdvice(failure, concat("if it is ", inCapitals(other), ", say so with ",
                                          log.opening.terms->from, " ", other));
     }

@@ -9,6 +9,7 @@
 #include "formats/edl/edl_lines.h"
 #include "formats/json/json_tree.h"
 #include "formats/json/number_words.h"
+#include "formats/text/encoding.h"
 #include "formats/text/text_lines.h"
 #include "formats/timecode/counting.h"
 #include "formats/timecode/timecode_form.h"
@@ -773,6 +774,19 @@ void reportNumberWords(std::size_t line, Log& log) {
     });
 }
 
+// Whether a string ends at bytes that are no UTF-8.
+bool isOtherEncoding(std::string_view found, std::string_view text) {
+    const bool isAtByte = found.size() > 1 && static_cast<unsigned char>(found[1]) >= 0x80;
+    return isAtByte && !isWellFormedUtf8(text);
+}
+
+[[noreturn]] void refuseEncoding(const JsonTree::Fault& fault, const Log& log) {
+    throw Failure{unreadable,
+                  log.name,
+                  {fault.line, "", concat("bytes that are no UTF-8 in ", fault.found), "UTF-8",
+                   concat("say what the file is with ", log.opening.terms->encoding)}};
+}
+
 }  // namespace
 
 void readOtio(Text text, Log& log) {
@@ -787,6 +801,7 @@ void readOtio(Text text, Log& log) {
         fault = (tree = JsonTree()).parse(view);
         if (!fault) reportNumberWords(line, log);
     }
+    if (fault && isOtherEncoding(fault->found, view)) refuseEncoding(*fault, log);
     if (fault) {
         throw Failure{unreadable,
                       worded(log.name, {fault->line, "", fault->found, "a timeline in JSON", ""})};

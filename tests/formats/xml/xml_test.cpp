@@ -3,7 +3,9 @@
 #include <string>
 
 #include "formats/xml/xml.h"
+#include "formats/xml/xml_declaration.h"
 
+using vek::formats::declaredEncoding;
 using vek::formats::XmlDocument;
 
 namespace {
@@ -31,7 +33,6 @@ std::size_t leastFor(const std::string& text) {
 }  // namespace
 
 TEST(Xml, ElementsAttributesAndTextsAreCountedBeforeTheyAreMade) {
-
     EXPECT_EQ(leastFor("<a/>"), 64u);
     EXPECT_EQ(leastFor("<a b='1' c = \"2\" d=\n'x=y'/>"), 64u + 3 * 40);
     EXPECT_EQ(leastFor("<a>x<b> </b></a>"), 64u * 4);
@@ -56,4 +57,16 @@ TEST(Xml, WhatOneDocumentTakesIsNoneOfAnothers) {
     EXPECT_FALSE(one.parse(first.data(), first.size(), 101 * 64).isAny());
     EXPECT_FALSE(other.parse(second.data(), second.size(), 101 * 64).isAny());
     EXPECT_EQ(one.root().firstChild().name(), "b");
+}
+
+TEST(XmlDeclaration, NamesAnEncodingInItsFirstLineAlone) {
+    EXPECT_EQ(declaredEncoding("<?xml version=\"1.0\" encoding=\"ISO-8859-2\"?><a/>"),
+              "ISO-8859-2");
+    EXPECT_EQ(declaredEncoding("<?xml version='1.0' encoding = 'macroman' ?>"), "macroman");
+    EXPECT_EQ(declaredEncoding("<?xml version='1.0'?><a encoding='x'/>"), "");
+    EXPECT_EQ(declaredEncoding("<a encoding='x'/>"), "");
+    EXPECT_EQ(declaredEncoding("<?xml encoding='x"), "");
+    EXPECT_EQ(declaredEncoding("<?xml encoding='"), "");
+    EXPECT_EQ(declaredEncoding("<?xml encoding"), "");
+    EXPECT_EQ(declaredEncoding("<?xml encoding=x?>"), "");
 }
