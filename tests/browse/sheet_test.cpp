@@ -56,6 +56,24 @@ TEST(BrowseSheet, UndoGoesBackBeyondASaveAndIsSavedAgain) {
     EXPECT_THAT(opened.screen(), HasSubstr("nothing to undo"));
 }
 
+TEST(BrowseSheet, TheSpeedOfAnEventGoesAlongWithItsReelAndComesBackWithIt) {
+    const std::string before =
+        "TITLE: a\n"
+        "001  A        V     C        01:00:00:00 01:00:02:00 10:00:00:00 10:00:01:00\n"
+        "M2   A              048.0                01:00:00:00\n";
+    std::string after = before;
+    for (std::size_t at = after.find(" A "); at != after.npos; at = after.find(" A ", at)) {
+        after.replace(at, 3, " B ");
+    }
+    Opened opened(before, "log.edl");
+    opened.press("l e Backspace B Enter ^S");
+    EXPECT_EQ(after, opened.read());
+    opened.press("u ^S");
+    EXPECT_EQ(before, opened.read());
+    opened.press("e Backspace C Enter e Backspace B Enter ^S");
+    EXPECT_EQ(after, opened.read());
+}
+
 TEST(BrowseSheet, TagsAreTheFiles) {
     Opened opened(theLog);
     opened.press("j t ^S");

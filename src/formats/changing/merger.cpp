@@ -13,7 +13,9 @@
 #include "formats/log/column_edits.h"
 #include "formats/log/column_names.h"
 #include "formats/log/own_parameters.h"
+#include "formats/reading/limits.h"
 #include "formats/text/text_lines.h"
+#include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
 
 namespace vek::formats {
@@ -83,15 +85,25 @@ void refuseOtherCounting(const Log& into, const Log& from) {
                                         joinedAllTheSame(into))};
 }
 
-// How the events of an edit list count, where those of the list that they come behind do not count
-// so: an edit list says that in front of any event. "" where nothing is to be said.
-std::string otherCountingOf(const Log& into, const Log& from) {
-    if (into.format != Format::edl || from.format != Format::edl) return {};
-    std::string theirs = from.parameter("FCM");
-    const Counting said = countingOfFcm(theirs);
-    const Counting ours = countingOfFcm(into.parameter("FCM"));
-    const bool areBothSaid = said != Counting::unsaid && ours != Counting::unsaid;
-    return areBothSaid && said != ours ? theirs : std::string();
+bool areEventsOfLists(const Log& into, const Log& from) {
+    return into.format == Format::edl && from.format == Format::edl && into.rowCount() > 0 &&
+           from.rowCount() > 0;
+}
+
+bool saysInRows(const Log& log) {
+    const unsigned column = log.findColumn("FCM");
+    for (unsigned row = 0; column != noColumn && row < log.rowCount(); ++row) {
+        if (!log.cell(row, column).empty()) return true;
+    }
+    return false;
+}
+
+// How an edit list counts that does not say so: as its first times are written.
+const char* usualCounting(const Log& list) {
+    const unsigned column = recordColumns(list).start;
+    const std::optional<Timecode> code =
+        column == noColumn ? std::nullopt : parseTimecode(trimmed(list.cell(0, column)));
+    return code && code->dropFrame ? "DROP FRAME" : "NON-DROP FRAME";
 }
 
 }  // namespace
@@ -120,7 +132,8 @@ Merger::Merger(Log& into, Prefer prefer, Teller tell, NoteTaker note)
       prefer_(prefer),
       tell_(std::move(tell)),
       note_(std::move(note)),
-      copies_(*into.table) {
+      copies_(*into.table),
+      speeds_(into) {
     tellOddRate(into_);
 }
 
@@ -140,7 +153,8 @@ void Merger::useKey(const std::string& name) {
 
 void Merger::add(const Log& from) {
     tellOddRate(from);
-    otherCounting_ = key_.isThere() ? std::string() : otherCountingOf(into_, from);
+    otherCounting_ = countingOfEvents(from);
+    doRowsCount_ = doRowsCount_ || !otherCounting_.empty();
     addColumns(from);
     addParameters(from);
     into_.lines.resize(into_.rowCount());  // rows that were added have none
@@ -148,6 +162,25 @@ void Merger::add(const Log& from) {
         join(from);
     else
         append(from);
+}
+
+// What is to be said of events that come behind others, as an edit list says it in front of any: an
+// event counts as the line says that stands in front of it, however far. "" where nothing is.
+std::string Merger::countingOfEvents(const Log& from) {
+    if (!areEventsOfLists(into_, from)) return {};
+    const std::string ours = into_.parameter("FCM");
+    const std::string said = from.parameter("FCM");
+    const std::string theirs = said.empty() ? usualCounting(from) : said;
+    const bool areAlike =
+        countingOfFcm(ours) != Counting::unsaid && countingOfFcm(ours) == countingOfFcm(theirs);
+    if (areAlike || theirs == ours) return {};
+    const bool mayStayUnsaid = said.empty() && ours.empty();
+    if (mayStayUnsaid && !doRowsCount_ && !(doRowsCount_ = saysInRows(into_))) return {};
+    if (said.empty()) {
+        note_(concat(from.name, ": does not say how its events count (FCM), and events of ",
+                     into_.name, " do; they are said to count ", theirs));
+    }
+    return theirs;
 }
 
 // Nothing tells whether its timecodes count as those of the other logs.
@@ -226,8 +259,7 @@ void Merger::addParameters(const Log& from) {
     for (unsigned i = 0; i < from.table->get_num_params(); ++i) {
         std::string name = from.table->get_param_name(i);
         std::string value = from.table->get_param_text(i);
-        const bool isSaidByRows = !otherCounting_.empty() && sameText(name, "FCM");
-        if (isSaidByRows || isTableFilesOwn(name) || into_.parameter(name.c_str()) == value)
+        if (isSaidByRows(name) || isTableFilesOwn(name) || into_.parameter(name.c_str()) == value)
             continue;
         if (into_.table->get_param_val(name.c_str()) != nullptr) {
             note_(from.name + ": parameter " + inQuotes(name) + " is " + inQuotes(value) + ", " +
@@ -237,6 +269,12 @@ void Merger::addParameters(const Log& from) {
             note_(from.name + ": parameter " + inQuotes(name) + " has no room, 40 are there");
         }
     }
+}
+
+// Rows that are joined to one of ours count as that one does.
+bool Merger::isSaidByRows(const std::string& parameter) const {
+    if (otherCounting_.empty() || !sameText(parameter, "FCM")) return false;
+    return !key_.isThere() || into_.parameter("FCM").empty();
 }
 
 void Merger::append(const Log& from) {
@@ -309,7 +347,7 @@ void Merger::joinRow(const Log& from, unsigned row, const RowKey& key, std::uint
         agreeingRow(record, known, isRepeated ? turns_[turnOf_[row]]++ : std::size_t{0});
     if (target == noRow) return addKeyed(from, row, value, hash);
     taken_[target] = true;
-    fill(record, target);
+    fill(from, row, target);
 }
 
 void Merger::addKeyed(const Log& from, unsigned row, std::string_view key, std::uint64_t hash) {
@@ -344,11 +382,13 @@ bool Merger::agrees(const dbrecord& row, unsigned target) {
 }
 
 // Puts what a row has into the empty cells of ours.
-void Merger::fill(const dbrecord& row, unsigned target) {
+void Merger::fill(const Log& from, unsigned row, unsigned target) {
     const dbrecord& ours = recordOf(into_, target);
+    const dbrecord& theirs = recordOf(from, row);
     for (unsigned i = 0; i < columns_.size(); ++i) {
-        if (!ours.fieldView(columns_[i].to).empty() || row.fieldView(i).empty()) continue;
-        change(target, columns_[i].to, inOurForm(row, i));
+        const unsigned column = columns_[i].to;
+        if (!ours.fieldView(column).empty() || theirs.fieldView(i).empty()) continue;
+        change(target, column, inOurForm(theirs, i));
     }
     storeChanges(target);
 }
@@ -361,10 +401,11 @@ void Merger::settle(const Log& from, unsigned row, unsigned target) {
         const std::string_view value = inOurForm(theirs_[i], i, columns_[i].form);
         const std::string_view old = ours_[column];
         if (value == old) continue;
-        if (takes(value, old))
+        if (takes(value, old)) {
             change(target, column, value);
-        else if (!value.empty() && prefer_ == Prefer::report)
+        } else if (!value.empty() && prefer_ == Prefer::report) {
             tellConflict(from, row, target, column, value);
+        }
     }
     storeChanges(target);
 }
@@ -413,8 +454,16 @@ void Merger::change(unsigned target, unsigned column, std::string_view value) {
 }
 
 void Merger::storeChanges(unsigned target) {
-    if (hasChanges_) copies_.replace(target, values_.data(), values_.size());
-    hasChanges_ = false;
+    if (!std::exchange(hasChanges_, false)) return;
+    moveSpeeds(target);
+    copies_.replace(target, values_.data(), values_.size());
+}
+
+void Merger::moveSpeeds(unsigned target) {
+    const dbrecord& ours = recordOf(into_, target);
+    notes_ = speeds_.moved([&](unsigned column) { return ours.fieldView(column); },
+                           [&](unsigned column) { return values_[column]; });
+    for (const EventSpeeds::Note& note : notes_) values_[note.column] = note.text;
 }
 
 }  // namespace vek::formats

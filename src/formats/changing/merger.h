@@ -12,6 +12,7 @@
 #include "formats/comparing/row_groups.h"
 #include "formats/comparing/row_key.h"
 #include "formats/comparing/timecode_forms.h"
+#include "formats/event_speeds.h"
 #include "formats/log/log.h"
 
 namespace vek::formats {
@@ -65,6 +66,8 @@ private:
     std::vector<unsigned> placesOf(const Log& from);
     unsigned countingColumn(const Log& from);
     void addParameters(const Log& from);
+    bool isSaidByRows(const std::string& parameter) const;
+    std::string countingOfEvents(const Log& from);
     void append(const Log& from);
     void appendRow(const Log& from, unsigned row);
     void join(const Log& from);
@@ -73,7 +76,7 @@ private:
     void addKeyed(const Log& from, unsigned row, std::string_view key, std::uint64_t hash);
     unsigned agreeingRow(const dbrecord& row, std::span<const unsigned> targets, std::size_t turn);
     bool agrees(const dbrecord& row, unsigned target);
-    void fill(const dbrecord& row, unsigned target);
+    void fill(const Log& from, unsigned row, unsigned target);
     void settle(const Log& from, unsigned row, unsigned target);
     bool takes(std::string_view value, std::string_view old) const;
     void tellConflict(const Log& from, unsigned row, unsigned target, unsigned column,
@@ -96,6 +99,7 @@ private:
     bool hasKey(unsigned row, std::string_view key) { return key_.of(into_, row, other_) == key; }
     void change(unsigned target, unsigned column, std::string_view value);
     void storeChanges(unsigned target);
+    void moveSpeeds(unsigned target);
 
     Log& into_;
     Prefer prefer_;
@@ -108,8 +112,11 @@ private:
     std::string other_;
     RowGroups rows_;                        // ours, by their keys
     std::vector<TimecodeForms> forms_;      // of our columns
+    EventSpeeds speeds_;                    // of ours
+    std::vector<EventSpeeds::Note> notes_;  // of a row that is being changed
     std::vector<Column> columns_;           // of the log that is being added
     std::string otherCounting_;             // which all rows of it have, "" for that of ours
+    bool doRowsCount_ = false;              // some of ours say themselves how they count
     unsigned countingColumn_ = 0;           // where they say so
     bool standTogether_ = false;            // they are our first ones, in their order and form
     std::vector<std::string_view> theirs_;  // of a row of the log that is being added

@@ -58,6 +58,14 @@ public:
         return made;
     }
 
+    /// Whether it is a further line of the event in front.
+    bool continues(unsigned row) const {
+        const auto field = [&](unsigned at, EdlColumn column) {
+            return cell(at, columns_[column]);
+        };
+        return isEdlContinued(field(row - 1, edlEvent), field(row, edlEvent), field(row, edlKind));
+    }
+
     /// Whether its notes may say a speed.
     bool mayHaveSpeed(unsigned row) const {
         return std::any_of(comments_.begin(), comments_.end(), [&](unsigned column) {
@@ -233,25 +241,76 @@ private:
     std::string text_;
 };
 
+// The rows of a log that was read from an edit list, as it stands and as it is to be.
+class ChangedRows {
+public:
+    explicit ChangedRows(const Log& log) : log_(log), now_(log) {}
+
+    /// The speeds that its notes came with go along with its reel and its source, whoever changed
+    /// these.
+    EdlRow now(unsigned row) {
+        EdlRow made = now_.row(row);
+        const bool mayMove =
+            row < log_.source->rows && recordOf(log_, row).get_changed() && now_.mayHaveSpeed(row);
+        if (mayMove) moveSpeeds(came().row(row), made);
+        return made;
+    }
+
+    /// The events as they stand in the file.
+    const EdlRows& came() {
+        if (!cameRows_) {
+            const Input& input = *log_.source->input;
+            PatchedText whole;
+            whole.keep({0, log_.source->places.size()});
+            cameLog_ = readAgain(whole.beginning(input, SIZE_MAX));
+            cameRows_.emplace(cameLog_);
+        }
+        return *cameRows_;
+    }
+
+    const EdlRows& rows() const { return now_; }
+
+private:
+    static void moveSpeeds(const EdlRow& came, EdlRow& now) {
+        const EdlMove move{came.event[edlSourceIn], now.event[edlSourceIn], 1, 1,
+                           came.event[edlReel],     now.event[edlReel]};
+        if (move.sourceIn == move.newSourceIn && move.reel == move.newReel) return;
+        const std::vector<std::string> old = linesOf(came.event[edlComments]);
+        std::string notes;
+        for (const std::string& line : linesOf(now.event[edlComments])) {
+            const bool isAsItCame = std::find(old.begin(), old.end(), line) != old.end();
+            notes += isAsItCame ? movedEdlSpeeds(line, move) : line;
+            notes += '\n';
+        }
+        notes.pop_back();
+        now.event[edlComments] = notes;
+    }
+
+    const Log& log_;
+    EdlRows now_;
+    Log cameLog_;
+    std::optional<EdlRows> cameRows_;
+};
+
 class EdlInPlace : public RowsInPlace {
 public:
     explicit EdlInPlace(const Saving& saving)
         : saving_(saving),
-          now_(saving.log),
+          changed_(saving.log),
           end_(bytesOf(saving.log.lineEnd)),
           each_(ListLayout::of(saving.log.parameter(listLayoutName)).each) {
         requireColumns();
     }
 
     bool reads(std::string_view, unsigned row) override {
-        return came().row(row) == now_.row(row) && speedsBehind(row).empty();
+        return changed_.came().row(row) == changed_.now(row) && speedsBehind(row).empty();
     }
 
     bool goesWith(unsigned changed) const override { return now_.mayHaveSpeed(changed); }
 
     void add(std::string& text, unsigned row, std::string_view piece) override {
         const unsigned own = rows().view->baseIndex(row);
-        const EdlRow now = now_.row(own);
+        const EdlRow now = changed_.now(own);
         if (piece.empty()) {
             const std::string line = edlEventLine(now.event);
             requireEvent(own, now.event, line);
@@ -259,7 +318,7 @@ public:
             text += joined(inOrder(linesOfEvent(now, line)));
             return;
         }
-        const EdlRow old = came().row(own);
+        const EdlRow old = changed_.came().row(own);
         if (own == 0 && old.before != now.before) refuseBefore();
         if (old.blanks != now.blanks) refuse("blank lines stay where they are");
         const std::optional<MovedSpeeds> moved = movedSpeeds(old, now);
@@ -301,9 +360,9 @@ public:
     // Speeds of the first line of an event may stand behind its second one.
     MovedSpeeds speedsBehind(unsigned row) {
         if (row == 0 || row >= saving_.log.source->rows || !now_.mayHaveSpeed(row - 1)) return {};
-        const EdlRow before = came().row(row - 1);
-        if (before.event[edlEvent] != came().row(row).event[edlEvent]) return {};
-        return movedSpeeds(before, now_.row(row - 1)).value_or(MovedSpeeds());
+        const EdlRow before = changed_.came().row(row - 1);
+        if (before.event[edlEvent] != changed_.came().row(row).event[edlEvent]) return {};
+        return movedSpeeds(before, changed_.now(row - 1)).value_or(MovedSpeeds());
     }
 
     bool saysBetween() const override { return true; }
@@ -390,18 +449,6 @@ private:
 
     [[noreturn]] void refuseBefore() const {
         refuse("comments in front of the first event belong to the heading and are not changed");
-    }
-
-    // The events as they stand in the file.
-    const EdlRows& came() {
-        if (!cameRows_) {
-            const Input& input = *saving_.log.source->input;
-            PatchedText whole;
-            whole.keep({0, saving_.log.source->places.size()});
-            cameLog_ = readAgain(whole.beginning(input, SIZE_MAX));
-            cameRows_.emplace(cameLog_);
-        }
-        return *cameRows_;
     }
 
     static EdlLines linesOfEvent(const EdlRow& row, const std::string& event) {
@@ -545,11 +592,10 @@ private:
     }
 
     Saving saving_;
-    EdlRows now_;
+    ChangedRows changed_;
+    const EdlRows& now_ = changed_.rows();
     std::string end_;
     BlankLines each_;
-    Log cameLog_;
-    std::optional<EdlRows> cameRows_;
     std::optional<std::string> state_;  // how the next event counts if nothing is said
     bool isInHeading_ = false;          // what is said of all
     bool isBegun_ = false;
@@ -565,24 +611,29 @@ public:
 
     void require() const {
         if (back_.rowCount() != rows_.size()) refuse(counted(back_.rowCount(), "event"));
-        const EdlRows meant(saving_.log);
+        ChangedRows meant(saving_.log);
         const EdlRows found(back_);
         for (unsigned i = 0; i < rows_.size(); ++i) {
-            const EdlRow row = meant.row(rows_[i]);
-            require(i, row, found.row(i));
-            if (lostFirstLine(i, row, meant))
-                tellHalfTransition(saving_.log, saving_.log.lineOf(rows_[i]), saving_.losses);
+            require(i, meant.now(rows_[i]), found.row(i));
+            tellHalves(i, meant.rows());
         }
     }
 
 private:
-    // Whether what a transition goes over from stood just in front of it, and does not any more.
-    bool lostFirstLine(unsigned i, const EdlRow& row, const EdlRows& log) const {
+    // Of two lines of a transition that stood behind each other one may be left.
+    void tellHalves(unsigned i, const EdlRows& log) const {
         const unsigned own = rows_[i];
-        const bool isFirst = own == 0 || own >= saving_.log.source->rows;
-        if (isFirst || (i > 0 && rows_[i - 1] + 1 == own)) return false;
-        return isEdlContinued(log.row(own - 1).event[edlEvent], row.event[edlEvent],
-                              row.event[edlKind]);
+        const std::size_t line = saving_.log.lineOf(own);
+        const bool isBehindIt = i > 0 && rows_[i - 1] + 1 == own;
+        if (own > 0 && !isBehindIt && goesOver(own - 1, log))
+            tellHalfTransition(saving_.log, line, saving_.losses);
+        const bool isInFront = i + 1 < rows_.size() && rows_[i + 1] == own + 1;
+        if (!isInFront && goesOver(own, log)) tellLostTransition(saving_.log, line, saving_.losses);
+    }
+
+    // Whether the row behind one goes over from it, in the file.
+    bool goesOver(unsigned own, const EdlRows& log) const {
+        return own + std::size_t{1} < saving_.log.source->rows && log.continues(own + 1);
     }
 
     Log readBack(std::string_view text) const {

@@ -331,6 +331,18 @@ std::optional<std::string> movedEdlMotion(std::string_view line, const EdlMove& 
                   movesTime ? move.newSourceIn : parts.back());
 }
 
+std::string movedEdlSpeeds(std::string_view notes, const EdlMove& move) {
+    std::string moved;
+    for (std::string_view line : split(notes, '\n')) {
+        const std::optional<std::string> now =
+            isEdlMotion(line) ? movedEdlMotion(line, move) : std::nullopt;
+        moved += now ? std::string_view(*now) : line;
+        moved += '\n';
+    }
+    moved.pop_back();
+    return moved;
+}
+
 bool isEdlKind(std::string_view text) {
     return sameText(text, "C") || isEdlTransition(text);
 }

@@ -95,6 +95,10 @@ struct EdlMove {
 /// a speed that tenths of a frame cannot say.
 std::optional<std::string> movedEdlMotion(std::string_view line, const EdlMove& move);
 
+/// Notes with the speeds of an event as a change leaves them; other lines stay, and so do speeds
+/// that cannot go along. This is the one rule for whoever changes the reel or the source of one.
+std::string movedEdlSpeeds(std::string_view notes, const EdlMove& move);
+
 /// Whether a text is a kind of event that all lists have: a cut, a dissolve, a wipe or a key.
 bool isEdlKind(std::string_view text);
 /// Whether such a kind goes over from another clip.

@@ -11,4 +11,10 @@ inline void tellHalfTransition(const Log& log, std::size_t line, Losses& losses)
                concat(log.name, ":", std::to_string(line)));
 }
 
+/// Tells the first line of one that is written without the second.
+inline void tellLostTransition(const Log& log, std::size_t line, Losses& losses) {
+    losses.add("events without the transition that goes over from them",
+               concat(log.name, ":", std::to_string(line)));
+}
+
 }  // namespace vek::formats

@@ -126,6 +126,7 @@ public:
         marker = take({timeline::marker});
         color = take({timeline::color});
         note = placeNamed(sheet, timeline::note);
+        rate = placeNamed(sheet, timeline::rate);
         transition = take({timeline::transition});
         enabled = placeNamed(sheet, timeline::enabled);
     }
@@ -145,7 +146,7 @@ public:
     unsigned event, reel, track, kind, length, clipName, toClipName, counting, blanks;
     // Of a timeline's rows.
     unsigned rowKind = noColumn, marker = noColumn, color = noColumn, note = noColumn,
-             transition = noColumn, enabled = noColumn;
+             rate = noColumn, transition = noColumn, enabled = noColumn;
     RangeColumns source, record;
     std::vector<unsigned> comments;
     std::vector<unsigned> before;
@@ -337,6 +338,7 @@ private:
         if (!comesFrom.empty()) line(comesFrom);
         for (const std::string& text : inOrder(lines)) line(text);
         if (lostFirstLine(row)) tellHalfTransition(sheet_.log, sheet_.line(row), losses_);
+        if (lostSecondLine(row)) tellLostTransition(sheet_.log, sheet_.line(row), losses_);
         isBehindEvent_ = true;
         wasNoTime_ = event[edlRecordIn] == event[edlRecordOut];
     }
@@ -345,9 +347,22 @@ private:
     bool lostFirstLine(unsigned row) const {
         const unsigned own = sheet_.view->baseIndex(row);
         const bool isBehindIt = row > 0 && sheet_.view->baseIndex(row - 1) + 1 == own;
-        if (!places_.isEdl() || own == 0 || isBehindIt) return false;
-        return isEdlContinued(sheet_.log.cell(own - 1, sheet_.columns[places_.event]),
-                              cell(row, places_.event), cell(row, places_.kind));
+        return places_.isEdl() && own > 0 && !isBehindIt && goesOver(own - 1);
+    }
+
+    // The same of what it goes over to just behind it.
+    bool lostSecondLine(unsigned row) const {
+        const unsigned next = sheet_.view->baseIndex(row) + 1;
+        const bool isInFront =
+            row + 1 < sheet_.rowCount() && sheet_.view->baseIndex(row + 1) == next;
+        return places_.isEdl() && next < sheet_.log.rowCount() && !isInFront && goesOver(next - 1);
+    }
+
+    // Whether the row of the log behind one goes over from it.
+    bool goesOver(unsigned own) const {
+        const unsigned event = sheet_.columns[places_.event];
+        return isEdlContinued(sheet_.log.cell(own, event), sheet_.log.cell(own + 1, event),
+                              sheet_.log.cell(own + 1, sheet_.columns[places_.kind]));
     }
 
     BlankLines blanksOf(unsigned row) const {
@@ -425,11 +440,16 @@ private:
         };
         if (!sameText(cell(row, places_.rowKind), "Marker")) lose(places_.rowKind);
         for (unsigned column : others_) {
-            const std::string_view text = cell(row, column);
-            const bool isSaid = column == places_.note || trimmed(text).empty() ||
-                                (clip_ != noColumn && text == cell(clip_, column));
-            if (!isSaid) lose(column);
+            const bool isWritten = column == places_.note || column == places_.rate;
+            const bool isOfClip = clip_ != noColumn && cell(row, column) == cell(clip_, column);
+            if (!isWritten && !isOfClip && !isNothing(row, column)) lose(column);
         }
+    }
+
+    // A tag that says no is nothing to write.
+    bool isNothing(unsigned row, unsigned column) const {
+        const std::string_view text = cell(row, column);
+        return trimmed(text).empty() || (sameText(sheet_.name(column), "Tag") && text == "0");
     }
 
     // The times of a clip as an edit list has them, and what its event comes from as a line.
@@ -909,12 +929,9 @@ private:
 
     void addCell(unsigned row, unsigned column, const EdlEvent& event,
                  std::vector<std::string>& lines) {
+        if (isNothing(row, column)) return;
         std::string_view text = cell(row, column);
-        bool isNoTag = sameText(sheet_.name(column), "Tag") && text == "0";
-        if (trimmed(text).empty() || isNoTag) return;
-        losses_.add("values written as comments",
-                    concat(sheet_.log.name, ":", std::to_string(sheet_.line(row)), ":",
-                           sheet_.name(column)));
+        losses_.add("values written as comments", place(sheet_, row, column));
         std::string before = concat("* ", oneLine(sheet_.name(column)), ": ");
         for (std::string_view part : split(text, '\n')) {
             std::string own = oneLine(part);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <vekdb/edit_log.h>
+#include "formats/event_speeds.h"
 #include "tools/vek/browse/recovery.h"
 #include "tools/vek/browse/row_stack.h"
 
@@ -93,8 +94,11 @@ public:
     Rows taggedRows() const;
     /// Appends those from a row up to another.
     void addTagged(unsigned from, unsigned to, Rows& rows) const;
+    std::vector<EventSpeeds::Note> movedSpeeds(unsigned row, unsigned column,
+                                               std::string_view text) const;
 
     // --- edits
+    /// The notes of an event that name its reel and its source go along with them.
     void setCell(unsigned row, unsigned column, const std::string& text);
     /// Behind the cursor's row, or before it. The cursor goes there.
     void insertRow(bool isBehind);

@@ -65,8 +65,22 @@ void Sheet::tag(const Rows& rows, Tagging how) {
 }
 
 void Sheet::setCell(unsigned row, unsigned column, const std::string& text) {
-    edits_.set(row, column, text);
+    {
+        const EditLog::Step step(edits_);
+        // The cursor follows what is taken back last.
+        const std::vector<EventSpeeds::Note> notes = movedSpeeds(row, column, text);
+        edits_.set(row, column, text);
+        for (const EventSpeeds::Note& note : notes) edits_.set(row, note.column, note.text);
+    }
     settle();
+}
+
+std::vector<EventSpeeds::Note> Sheet::movedSpeeds(unsigned row, unsigned column,
+                                                  std::string_view text) const {
+    const EventSpeeds speeds(log_);
+    if (!speeds.concern(column)) return {};
+    const auto before = [&](unsigned at) { return log_.cell(row, at); };
+    return speeds.moved(before, [&](unsigned at) { return at == column ? text : before(at); });
 }
 
 void Sheet::insertRow(bool isBehind) {
