@@ -231,9 +231,13 @@ private:
     bool isOld_ = false;
 };
 
-// What a reader finds, an empty text for a value that is not there.
+// What a reader finds, an empty text for a value that is not there. Numbers of JSON become texts by
+// way of CSV.
 std::vector<Cells> readBack(const WorkFolder& folder, const File& file, const Cells& names) {
-    std::vector<std::string> words = {"show", file.name, "--format", "jsonl"};
+    const bool isJson = file.name.starts_with("log.json");
+    if (isJson) runVek(folder, {"convert", file.name, "texts.csv"});
+    std::vector<std::string> words = {"show", isJson ? "texts.csv" : file.name, "--format",
+                                      "jsonl"};
     words.insert(words.end(), file.options.begin(), file.options.end());
     std::vector<Cells> rows;
     std::istringstream lines(runVek(folder, words).output);

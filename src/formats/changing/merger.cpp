@@ -13,7 +13,6 @@
 #include "formats/log/column_edits.h"
 #include "formats/log/column_names.h"
 #include "formats/log/own_parameters.h"
-#include "formats/reading/limits.h"
 #include "formats/text/text_lines.h"
 #include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
@@ -284,6 +283,7 @@ void Merger::append(const Log& from) {
 
 void Merger::appendRow(const Log& from, unsigned row) {
     into_.lines.push_back(static_cast<std::uint32_t>(from.lineOf(row)));
+    if (from.bare.areAny()) noteBare(from, row);
     const dbrecord& record = recordOf(from, row);
     if (standTogether_) {
         copies_.append(record);
@@ -298,6 +298,21 @@ void Merger::appendRow(const Log& from, unsigned row) {
     if (!otherCounting_.empty() && values_[countingColumn_].empty())
         values_[countingColumn_] = otherCounting_;
     copies_.append(values_.data(), values_.size());
+}
+
+void Merger::noteBare(const Log& from, unsigned row) {
+    const unsigned target = into_.rowCount();
+    for (unsigned i = 0; i < columns_.size(); ++i) {
+        into_.bare.note(target, columns_[i].to, from.bare.of(row, i));
+    }
+}
+
+// A value of JSON is as it was there. What comes from another format leaves ours as it was: a
+// number stays one where the new value is one, too.
+void Merger::takeBare(const Log& from, unsigned row, unsigned column, unsigned target) {
+    const Bare bare = from.bare.of(row, column);
+    const bool isOfJson = from.format == Format::json || from.format == Format::jsonl;
+    if (isOfJson) into_.bare.replace(target, columns_[column].to, bare);
 }
 
 void Merger::join(const Log& from) {
@@ -389,6 +404,7 @@ void Merger::fill(const Log& from, unsigned row, unsigned target) {
         const unsigned column = columns_[i].to;
         if (!ours.fieldView(column).empty() || theirs.fieldView(i).empty()) continue;
         change(target, column, inOurForm(theirs, i));
+        takeBare(from, row, i, target);
     }
     storeChanges(target);
 }
@@ -403,6 +419,7 @@ void Merger::settle(const Log& from, unsigned row, unsigned target) {
         if (value == old) continue;
         if (takes(value, old)) {
             change(target, column, value);
+            takeBare(from, row, i, target);
         } else if (!value.empty() && prefer_ == Prefer::report) {
             tellConflict(from, row, target, column, value);
         }

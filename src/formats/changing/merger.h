@@ -70,6 +70,8 @@ private:
     std::string countingOfEvents(const Log& from);
     void append(const Log& from);
     void appendRow(const Log& from, unsigned row);
+    void noteBare(const Log& from, unsigned row);
+    void takeBare(const Log& from, unsigned row, unsigned column, unsigned target);
     void join(const Log& from);
     void noteTurns(const Log& from, const RowKey& key);
     void joinRow(const Log& from, unsigned row, const RowKey& key, std::uint64_t hash);

@@ -164,6 +164,13 @@ Result<void> Log::renameColumn(const Column& column, std::string_view name) {
 
 namespace {
 
+void noteBare(const formats::Log& log, unsigned row, formats::Log& copied) {
+    const auto target = static_cast<unsigned>(copied.lines.size());
+    for (unsigned column = 0; column < log.columnCount(); ++column) {
+        copied.bare.note(target, column, log.bare.of(row, column));
+    }
+}
+
 // Columns and parameters of a log with the rows that it shows; they share their text.
 std::unique_ptr<vekdb> tableOf(const LogInside& inside) {
     auto table = std::make_unique<vekdb>(*inside.log.table, 0);
@@ -183,6 +190,7 @@ Result<Log> Log::copy() const {
         copied.format = log.format;
         copied.table = tableOf(*log_);
         for (unsigned row : log_->rows()) {
+            if (log.bare.areAny()) noteBare(log, row, copied);
             copied.lines.push_back(static_cast<std::uint32_t>(log.lineOf(row)));
         }
         copied.repeatedNames = log.repeatedNames;

@@ -4,6 +4,7 @@
 #include <vekdb/host/text_util.h>
 #include "formats/input/input.h"
 #include "formats/input/progress.h"
+#include "formats/json/bare_text.h"
 #include "formats/json/json.h"
 #include "formats/json/json_text.h"
 #include "formats/saving/change_formats.h"
@@ -103,20 +104,6 @@ private:
     std::vector<Member> all_;
 };
 
-enum class Kind { string, number, truth, other };
-
-Kind kindOf(std::string_view value) {
-    if (value.starts_with('"')) return Kind::string;
-    if (value == "true" || value == "false") return Kind::truth;
-    return !value.empty() && (value[0] == '-' || isAsciiDigit(value[0])) ? Kind::number
-                                                                         : Kind::other;
-}
-
-// Whether a text can stand without quotes as a value of the kind.
-bool isOfKind(std::string_view text, Kind kind) {
-    return kindOf(text) == kind && standsBare(text);
-}
-
 class ObjectWriter {
 public:
     explicit ObjectWriter(const Saving& saving)
@@ -201,7 +188,7 @@ private:
 
     bool isToAppend(unsigned column, unsigned row) const {
         const bool isNew = source_.whereFrom(column) == source_.columns.size();
-        return isNew || !log_.cell(row, column).empty();
+        return isNew || !log_.cell(row, column).empty() || log_.bare.of(row, column) != Bare::no;
     }
 
     std::string name(unsigned column, const Member* came) const {
@@ -217,26 +204,18 @@ private:
         return text;
     }
 
-    static bool isAsBare(const Member& came, std::string_view cell) {
-        const Kind kind = kindOf(came.value);
-        return (kind == Kind::number || kind == Kind::truth) && isOfKind(cell, kind);
-    }
-
     std::string placeOf(unsigned row, unsigned column) const {
         return concat(log_.name, ":", std::to_string(log_.lineOf(row)), ":",
                       log_.columnName(column));
     }
 
-    // A number stays one where the new value is one, too.
+    // A number stays one where the new value is one, too, and so does what is nested.
     std::string value(unsigned column, unsigned row, const Member* came) const {
         const std::string_view cell = log_.cell(row, column);
         if (came != nullptr && came->readValue == cell) return std::string(came->value);
-        if (came != nullptr && isAsBare(*came, cell)) {
-            return std::string(cell);
-        }
         bool wasChanged = false;
         std::string text;
-        addJsonString(text, cell, wasChanged);
+        addJsonValue(text, cell, log_.bare.of(row, column), wasChanged);
         if (wasChanged) {
             saving_.losses.add("cells that are no UTF-8", placeOf(row, column));
         }

@@ -1,6 +1,7 @@
 #include <deque>
 
 #include "formats/input/progress.h"
+#include "formats/json/bare_text.h"
 #include "formats/json/json.h"
 #include "formats/json/json_text.h"
 #include "formats/reading/readers.h"
@@ -166,10 +167,18 @@ private:
         do {
             const std::size_t column = readFront(place++);
             text_.skipBlanks();
-            if (!cells_.set(column, readValue())) reportTwice(line, names_[column]);
+            const Bare bare = bareOf(text_.peek());
+            const bool isNew = cells_.set(column, readValue());
+            if (bare != Bare::no || !isNew) noteBare(column, bare);
+            if (!isNew) reportTwice(line, names_[column]);
             text_.skipBlanks();
         } while (text_.take(','));
         if (!text_.take('}')) refuse();
+    }
+
+    void noteBare(std::size_t column, Bare bare) {
+        const auto row = static_cast<unsigned>(log_.lines.size());
+        log_.bare.note(row, static_cast<unsigned>(column), bare);
     }
 
     // The column of the value that comes.

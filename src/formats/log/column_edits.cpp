@@ -41,6 +41,7 @@ void ColumnEdits::remove(unsigned column) {
     removeFromTable(column);
     std::move(repeated).giveTo(log_);
     log_.unnamed.erase(was);
+    log_.bare.forget(column);
     forgetSource(column);
     if (map_) map_->removed(column);
     store();

@@ -15,6 +15,7 @@
 #include "formats/failure.h"
 #include "formats/input/held.h"
 #include "formats/input/opening.h"
+#include "formats/log/bare_values.h"
 #include "formats/log/line_numbers.h"
 #include "formats/log/source.h"
 #include "formats/text/line_end.h"
@@ -45,6 +46,7 @@ struct Log {
     std::vector<RepeatedName> repeatedNames;  ///< as the columns are named now
     std::unordered_map<unsigned, std::size_t> repeatedAt;  ///< of their columns, where there
     std::set<std::string> unnamed;   ///< columns that its heading has no name for
+    BareValues bare;                 ///< cells that stood without quotes in JSON
     std::string notRead;             ///< why rows are missing; empty when all are there
     LineEnd lineEnd = LineEnd::lf;   ///< text formats are written back as they came
     bool beganWithMark = false;      ///< a UTF-8 byte order mark stood in front
