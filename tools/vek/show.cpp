@@ -3,9 +3,11 @@
 
 #include "formats/delimited/delimited_lines.h"
 #include "formats/formats.h"
+#include "formats/json/json_rows.h"
 #include "formats/log/mapped_columns.h"
 #include "formats/text/text_lines.h"
 #include "formats/text/width.h"
+#include "formats/writing/sheet_facts.h"
 #include "formats/writing/writers.h"
 #include "tools/vek/cli/choosing.h"
 #include "tools/vek/cli/each_log.h"
@@ -236,17 +238,52 @@ void requireFitting(const Args& args) {
     }
 }
 
-// Of several logs each has its name above its rows. One document has room for one log.
+bool isPrintedJson(const Args& args) {
+    return !args.has("output") && args.text("format") == "json";
+}
+
+// Of several logs each has its name above its rows. One document of another kind has room for one.
 void requireTable(const Args& args) {
     if (args.has("watch")) throw Failure{wrongUsage, "show: --watch follows one log"};
-    if (isForEyes(args)) return;
+    if (isForEyes(args) || isPrintedJson(args)) return;
     throw Failure{wrongUsage,
-                  "show: several logs are shown as tables; vek find --every prints their rows in "
-                  "one, in any format"};
+                  "show: several logs are shown as tables or --format json; vek find --every "
+                  "prints their rows in one, in any format"};
+}
+
+void addRows(const Sheet& sheet, JsonWriter& json, const Output& out) {
+    Losses losses;
+    loseParameters(sheet.log, losses);
+    JsonRows rows(sheet, losses);
+    json.beginObject();
+    json.text("file", sheet.log.name);
+    json.beginArray("rows");
+    std::string line;
+    for (unsigned row = 0; row < sheet.rowCount(); ++row) {
+        line = "{";
+        rows.add(line, row);
+        json.readyElement(line += '}');
+    }
+    json.end();
+    json.end();
+    tellLosses(losses, concat(sheet.log.name, " in ", out.name()));
+}
+
+int showEachAsJson(const Args& args, const Selection& selection) {
+    bool hasMatches = false;
+    const int result =
+        tellEach(args, [&](const Log& log, const Args& one, Printout& out, JsonWriter* json) {
+            const Selected selected = selectRows(log, selection);
+            hasMatches = hasMatches || selected.matched > 0;
+            addRows({log, selected.view, shownColumns(log, one)}, *json, out);
+            return readingResult(log);
+        });
+    return narrows(selection) && !hasMatches ? std::max<int>(result, found) : result;
 }
 
 int showEach(const Args& args, const Selection& selection) {
     requireTable(args);
+    if (isPrintedJson(args)) return showEachAsJson(args, selection);
     Printout out;
     bool hasMatches = false;
     bool isFirst = true;
@@ -315,8 +352,9 @@ Command showCommand() {
         "Prints the rows of a log of any format. Rows are chosen, sorted and cut; row numbers are "
         "those of the file and tagged rows have a star. Columns are those that the log's own field "
         "map shows; files and other formats get all of them, unless --columns says which. Of "
-        "several logs each is shown under its name, in its own order; vek find prints the rows of "
-        "many in one table. Ends with 1 when nothing matched.",
+        "several logs each is shown under its name, in its own order, or with --format json as one "
+        "of the list files; vek find prints the rows of many in one table. Ends with 1 when "
+        "nothing matched.",
         {{"vek show samples/docs.vek", "the whole log"},
          {"vek show samples/dailies.vek --where Scene=67 --sort Take --limit 5",
           "the first takes of a scene"},

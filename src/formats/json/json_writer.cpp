@@ -86,6 +86,11 @@ void JsonWriter::element(std::string_view text) {
     pending_ += jsonString(text);
 }
 
+void JsonWriter::readyElement(std::string_view json) {
+    beginValue();
+    pending_ += json;
+}
+
 void JsonWriter::end() {
     const Level level = levels_.back();
     levels_.pop_back();

@@ -32,6 +32,8 @@ public:
     /// An element that stands on one line.
     void beginRow();
     void element(std::string_view text);
+    /// One that is JSON already.
+    void readyElement(std::string_view json);
     void end();
 
 private:
