@@ -166,7 +166,8 @@ private:
 /// Reads the log in a file of any format. No value when it cannot be read, or holds no log.
 Result<Log> open(std::string_view path, const OpenOptions& options = {});
 /// The same for a log that is to be saved in place: from before it is read until the log is gone
-/// nobody who asks the same way changes the file. No value when somebody else changes it.
+/// nobody who asks the same way changes the file. No value when somebody else changes it, and for a
+/// format that is only saved as another file.
 Result<Log> openToChange(std::string_view path, const OpenOptions& options = {});
 /// Reads what an open file descriptor gives, from where it stands up to its end; it stays the
 /// caller's and open, but not where it stood. `name` is for messages, and its ending tells the

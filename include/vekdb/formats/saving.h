@@ -38,7 +38,8 @@ struct SaveOptions {
     /// Columns in this order; all of them when empty.
     std::vector<std::string> columns = {};
     LineEnds lineEnds = LineEnds::lf;
-    /// Frames a second for formats that need to know, "29.97df"; "" is what the log says.
+    /// Frames a second for EDL, ALE and timelines, "29.97df"; "" is what the log says. A text that
+    /// is no rate is refused there.
     std::string rate = {};
     bool shortReels = false;       ///< EDL: reels in eight characters
     bool guardsFormulas = false;   ///< CSV and TSV: no cell is one for a spreadsheet

@@ -1,3 +1,4 @@
+#include <vekdb/formats/timecode.h>
 #include "formats/face/guarded.h"
 #include "formats/face/inside.h"
 #include "formats/formats.h"
@@ -12,6 +13,19 @@ namespace {
 using formats::Losses;
 using formats::Output;
 using formats::Sheet;
+
+// Formats that tell times by frames.
+bool isOfFrames(Format format) {
+    return format == Format::edl || format == Format::ale || format == Format::otio;
+}
+
+void requireRate(const std::string& rate) {
+    if (rate.empty() || parseFrameRate(rate)) return;
+    throw formats::Failure{
+        formats::wrongUsage,
+        "",
+        {0, "", "rate " + formats::inQuotes(rate), "one such as 24 or 29.97df", ""}};
+}
 
 formats::WriteStyle styleOf(const SaveOptions& options) {
     formats::WriteStyle style;
@@ -35,6 +49,7 @@ Format writtenFormat(Format format) {
 
 Saved write(const Written& log, Format format, Output& out) {
     const formats::Log& from = log.sheet.log;
+    if (isOfFrames(format)) requireRate(log.options.rate);
     out.limit({log.options.maxBytes, from.bytesRead}, *from.opening.terms);
     Losses losses;
     formats::writeSheet(log.sheet, writtenFormat(format), styleOf(log.options), out, losses);
@@ -180,7 +195,7 @@ Result<Saved> Log::save(bool keepsOld) {
                           0,
                           {},
                           "is not open to be changed",
-                          "a log of openToChange that was not saved yet",
+                          "a log that was opened to be changed and not saved yet",
                           "save it as another file, or open it anew"};
         }
         Saved saved = saveInPlace(*log_, keepsOld);

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <filesystem>
 
+#include <vekdb/host/file_look.h>
 #include "formats/failure.h"
 
 namespace vek::formats {
@@ -26,13 +27,20 @@ std::string oldBeside(const FileReplacement& file) {
                   "; copy that back when there is room");
 }
 
-std::string because(const FileReplacement& file) {
+std::string whatOthersDid(const std::string& name) {
+    if (FileLook::at(name.c_str()).error == ENOENT) {
+        return "was deleted since it was read, so nothing is written; write it as another file";
+    }
+    return "was changed by another program since it was read, so nothing is written; look at it, "
+           "and change it anew";
+}
+
+std::string because(const std::string& name, const FileReplacement& file) {
     switch (file.trouble()) {
         case FileReplacement::eInUse:
             return "another program is changing it; try again when that is done";
         case FileReplacement::eChanged:
-            return "was changed by another program since it was read, so nothing is written; look "
-                   "at it, and give the command again";
+            return whatOthersDid(name);
         case FileReplacement::eForeignLink:
             return "the path leads through a link that somebody else put there, which is not "
                    "followed to write; name the file itself";
@@ -53,7 +61,7 @@ void refuse(const std::string& name, int error) {
 }
 
 void refuse(const std::string& name, const FileReplacement& file) {
-    throw Failure{unwritable, name + ": " + because(file)};
+    throw Failure{unwritable, name + ": " + because(name, file)};
 }
 
 void refuseBackup(const std::string& name, int error) {

@@ -48,6 +48,12 @@ void requireOutput(const std::string& name, std::size_t bytes, const OutputLimit
                    const Terms& terms) {
     const std::size_t most = mostOutput(limit);
     if (bytes <= most) return;
+    if (limit.bytes != 0) {
+        throw Failure{unwritable,
+                      name,
+                      {0, "", concat("more than ", std::to_string(most), " bytes"), "no more",
+                       concat(terms.maxOutput, " allows more")}};
+    }
     throw Failure{unwritable,
                   concat(name, ": more than ", std::to_string(most), " bytes, expected no more ",
                          "from ", std::to_string(limit.read),

@@ -42,4 +42,9 @@ Format targetOf(const Log& log) {
                                      log.opening.terms->saving)};
 }
 
+// A plain CSV is no format of its own to be written, and its file is changed all the same.
+void requireWrittenBack(const Log& log) {
+    if (log.format != Format::plainCsv) targetOf(log);
+}
+
 }  // namespace vek::formats

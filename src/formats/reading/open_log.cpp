@@ -5,6 +5,7 @@
 #include "formats/input/held.h"
 #include "formats/input/input.h"
 #include "formats/log/column_names.h"
+#include "formats/log/target.h"
 #include "formats/reading/decoding.h"
 #include "formats/reading/documents.h"
 #include "formats/reading/readers.h"
@@ -35,6 +36,7 @@ bool isOfCells(Format format) {
 void readFormat(Input& input, Log& log) {
     const std::string head(input.head());
     log.format = log.opening.format ? *log.opening.format : recognised(log.path, head);
+    if (log.held != nullptr) requireWrittenBack(log);
     const bool isGuessed = !log.opening.format && log.opening.wishes.skippedLines == 0;
     if (isGuessed && isOfCells(log.format)) refuseDocument(head, log);
     try {
@@ -49,9 +51,10 @@ void readFormat(Input& input, Log& log) {
 }
 
 Log openLog(Input& input, const std::string& path, const Opening& opening,
-            std::shared_ptr<Source> source) {
+            std::shared_ptr<Source> source, Held held) {
     Log log;
     log.source = std::move(source);
+    log.held = std::move(held);
     log.opening = opening;
     log.path = path;
     log.name = input.name();
@@ -86,7 +89,7 @@ void noteWhatCame(Log& log) {
 }  // namespace
 
 Log openLog(Input& input, const std::string& path, const Opening& opening) {
-    return openLog(input, path, opening, nullptr);
+    return openLog(input, path, opening, nullptr, nullptr);
 }
 
 Log openLog(const std::string& named, const Opening& opening) {
@@ -95,21 +98,26 @@ Log openLog(const std::string& named, const Opening& opening) {
     return openLog(input, path, opening);
 }
 
-Log openLogToChange(const std::string& path, const Opening& opening) {
-    Held held = holdFile(path);
-    Log log = openLogToCopy(path, opening);
-    log.held = held;
-    return log;
-}
+namespace {
 
-Log openLogToCopy(const std::string& named, const Opening& opening) {
+Log openWithSource(const std::string& named, const Opening& opening, Held held) {
     const std::string path = pathOfDocument(named);
     auto source = std::make_shared<Source>();
     source->input = std::make_shared<Input>(path, opening);
     source->input->keep();
-    Log log = openLog(*source->input, path, opening, source);
+    Log log = openLog(*source->input, path, opening, source, std::move(held));
     noteWhatCame(log);
     return log;
+}
+
+}  // namespace
+
+Log openLogToChange(const std::string& path, const Opening& opening) {
+    return openWithSource(path, opening, holdFile(path));
+}
+
+Log openLogToCopy(const std::string& path, const Opening& opening) {
+    return openWithSource(path, opening, nullptr);
 }
 
 }  // namespace vek::formats

@@ -309,7 +309,7 @@ InPlace::InPlace(const Log& log, std::vector<unsigned> rows)
 bool writeInPlace(const InPlace& now, bool mayStay, Output& out, Losses& losses) {
     const Log& log = now.log;
     requireWhole(log);
-    if (log.format != Format::plainCsv) targetOf(log);
+    requireWrittenBack(log);
     const bool isTable = log.format == Format::table;
     const bool holdsNoColumns = log.format == Format::json || log.format == Format::jsonl;
     if (now.columns.empty() && !holdsNoColumns) {

@@ -138,6 +138,51 @@ TEST(SavingLogs, LeavesAFileThatSomebodyElseChangedMeanwhile) {
     EXPECT_FALSE(vek::openToChange(folder.file("day.csv").string())) << "it is still held";
 }
 
+TEST(SavingLogs, SaysThatTheFileIsGone) {
+    TempDir folder;
+    folder.write("day.csv", csv);
+    auto log = vek::openToChange(folder.file("day.csv").string());
+    ASSERT_TRUE(log->set(log->at(0), "Notes", "mine"));
+    std::filesystem::remove(folder.file("day.csv"));
+    const std::string text = log->save().reason().text();
+    EXPECT_THAT(text, HasSubstr("was deleted"));
+    EXPECT_THAT(text, testing::Not(HasSubstr("command")));
+    EXPECT_FALSE(folder.has("day.csv"));
+}
+
+TEST(SavingLogs, OpensNoLogToBeChangedThatCannotBe) {
+    TempDir folder;
+    const std::string path = folder.file("day.xlsx").string();
+    ASSERT_TRUE(vek::openText(csv, "day.csv")->saveAs(path));
+    const auto log = vek::openToChange(path);
+    ASSERT_FALSE(log);
+    EXPECT_EQ(log.reason().kind, vek::Reason::wrongUsage);
+    EXPECT_THAT(log.reason().text(), HasSubstr("a workbook is not changed in place"));
+}
+
+TEST(SavingLogs, SaysThatMoreWasWrittenThanAllowed) {
+    vek::SaveOptions options;
+    options.maxBytes = 10;
+    std::string text;
+    EXPECT_EQ(vek::openText(csv)->write(text, vek::Format::csv, options).reason().text(),
+              "text: more than 10 bytes, expected no more; maxBytes allows more");
+}
+
+TEST(SavingLogs, SaysWhatIsNoFrameRate) {
+    vek::Log log = *vek::openText("Name,Start,End\na,01:00:00:00,01:00:01:00\n", "day.csv");
+    ASSERT_TRUE(log.setParameter("FPS", "24"));
+    vek::SaveOptions options;
+    options.rate = "abc";
+    for (vek::Format format : {vek::Format::edl, vek::Format::ale, vek::Format::otio}) {
+        std::string text;
+        const auto saved = log.write(text, format, options);
+        EXPECT_EQ(saved.reason().kind, vek::Reason::wrongUsage);
+        EXPECT_EQ(saved.reason().text(), "rate \"abc\", expected one such as 24 or 29.97df");
+    }
+    std::string text;
+    EXPECT_TRUE(log.write(text, vek::Format::csv, options));
+}
+
 TEST(SavingLogs, SavesNoLogInPlaceThatWasOpenedToBeRead) {
     TempDir folder;
     folder.write("day.csv", csv);
