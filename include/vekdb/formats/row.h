@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -15,7 +16,8 @@ namespace vek {
 
 struct LogInside;
 
-/// Walks what has a `size` and an element `at` each place below it. Ends with what it walks.
+/// Walks what has a `size` and an element `at` each place below it. It has a handle of its own of
+/// what it walks, which keeps the log alive.
 template <class Range>
 class PlaceIterator {
 public:
@@ -26,8 +28,10 @@ public:
     using difference_type = std::ptrdiff_t;
     using iterator_category = std::input_iterator_tag;
 
+    /// Stands nowhere; equal to others that do.
+    PlaceIterator() noexcept = default;
     /// Stands on a place of the range, or behind the last.
-    PlaceIterator(const Range& range, unsigned place) : range_(&range), place_(place) {}
+    PlaceIterator(const Range& range, unsigned place) : range_(range), place_(place) {}
     /// What is there, by value.
     value_type operator*() const { return range_->at(place_); }
     /// Goes to the next place.
@@ -35,7 +39,7 @@ public:
         ++place_;
         return *this;
     }
-    PlaceIterator operator++(int) noexcept {
+    PlaceIterator operator++(int) {
         PlaceIterator before = *this;
         ++place_;
         return before;
@@ -44,8 +48,8 @@ public:
     bool operator==(const PlaceIterator& other) const noexcept { return place_ == other.place_; }
 
 private:
-    const Range* range_;
-    unsigned place_;
+    std::optional<Range> range_ = {};
+    unsigned place_ = 0;
 };
 
 /// A column of a log: its name, its type and, as a range, its values row by row. It names its

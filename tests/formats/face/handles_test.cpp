@@ -1,7 +1,10 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
 #include <optional>
+#include <ranges>
 #include <string>
 #include <vector>
 
@@ -36,7 +39,30 @@ std::unique_ptr<vekdb> tableOf(unsigned rows) {
     return table;
 }
 
+static_assert(std::ranges::input_range<vek::Log> && std::ranges::input_range<vek::View> &&
+              std::ranges::input_range<vek::Row> && std::ranges::input_range<vek::Column> &&
+              std::ranges::input_range<vek::Columns>);
+static_assert(std::sentinel_for<vek::PlaceIterator<vek::View>, vek::PlaceIterator<vek::View>>);
+
 }  // namespace
+
+TEST(Ranges, AreThoseOfTheStandardLibrary) {
+    const vek::Log log = logOf("A,B\n1,x\n2,y\n3,x\n");
+    const auto isX = [](const vek::Row& row) { return row["B"] == "x"; };
+    EXPECT_EQ(std::ranges::count_if(log, isX), 2);
+    std::string cells;
+    for (vek::Row row : log | std::views::filter(isX)) cells += row["A"];
+    EXPECT_EQ(cells, "13");
+    EXPECT_EQ(std::ranges::distance(log.at(0)), 2);
+    EXPECT_EQ(vek::PlaceIterator<vek::Row>(), vek::PlaceIterator<vek::Row>());
+}
+
+TEST(Ranges, AreKeptByTheirIterators) {
+    auto column = vek::openText("A,B\n1,x\n", "day.csv")->columns().begin();
+    auto row = vek::openText("A,B\n1,x\n", "day.csv")->choose()->begin();
+    EXPECT_EQ((*++column).name(), "B");
+    EXPECT_EQ((*row)["A"], "1");
+}
 
 TEST(Addresses, FindTheirColumnAndNoOther) {
     const vek::Log log = logOf("Reel,Scene,reel,,\"a,b\"\n1,2,3,4,5\n");
