@@ -50,7 +50,8 @@ struct Parameter {
 
 /// A log in memory, whatever format it came from, and its rows as a range. A handle: copies are of
 /// the same log, which ends with the last of them and of the views, rows and columns made of it.
-/// A log and all that belongs to it is used by one thread at a time.
+/// A log and all that belongs to it is used by one thread at a time. Rows, columns and views of
+/// another log, a copy included, are refused wherever they would say what is to be changed.
 ///
 /// Texts are bytes that the log keeps as they were read. Texts that are handed in are copied.
 class Log {

@@ -76,6 +76,7 @@ public:
 private:
     friend class Log;
     friend class Columns;
+    friend class Row;
     friend struct LogInside;
     Column(std::shared_ptr<const LogInside> log, unsigned index)
         : log_(std::move(log)), index_(index) {}
@@ -110,9 +111,13 @@ public:
     /// Whether its cell in the column "Tag" is a number other than 0.
     bool isTagged() const noexcept;
 
-    /// A cell: bytes as they were read, "" where there is no such column. They are the log's, as
-    /// long as the cell does not change. Who goes over many rows looks the column up once.
-    std::string_view operator[](const Column& column) const noexcept { return at(column.index()); }
+    /// A cell: bytes as they were read, "" where there is no such column in this log. They are the
+    /// log's, as long as the cell does not change. A name finds what Log::column finds by it, so
+    /// that one that several columns have finds none. Who goes over many rows looks the column up
+    /// once.
+    std::string_view operator[](const Column& column) const noexcept {
+        return column.log_ == log_ ? at(column.index()) : std::string_view();
+    }
     std::string_view operator[](std::string_view column) const noexcept;
     /// The number of cells, and the cell in a place.
     unsigned size() const noexcept;

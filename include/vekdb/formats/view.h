@@ -40,6 +40,7 @@ public:
 
 private:
     friend class Log;
+    friend struct LogInside;
     View(std::shared_ptr<LogInside> log, VDBView view, std::size_t matched)
         : log_(std::move(log)), view_(std::move(view)), matched_(matched) {}
 

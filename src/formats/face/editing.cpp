@@ -52,6 +52,8 @@ std::vector<unsigned> columnsNamed(const formats::Log& log, std::string_view col
 
 Result<void> Log::set(const Row& row, const Column& column, std::string_view text) {
     return guarded([&]() -> Result<void> {
+        log_->requireOwn(row);
+        log_->requireOwn(column);
         store(*log_, row.index(), column.index(), text);
         return {};
     });
@@ -59,6 +61,7 @@ Result<void> Log::set(const Row& row, const Column& column, std::string_view tex
 
 Result<void> Log::set(const Row& row, std::string_view column, std::string_view text) {
     return guarded([&]() -> Result<void> {
+        log_->requireOwn(row);
         store(*log_, row.index(), log_->log.requireColumn(column), text);
         return {};
     });
@@ -67,6 +70,7 @@ Result<void> Log::set(const Row& row, std::string_view column, std::string_view 
 Result<std::size_t> Log::replaceText(const View& rows, std::string_view column,
                                      std::string_view text, std::string_view by) {
     return guarded([&]() -> Result<std::size_t> {
+        log_->requireOwn(rows);
         const std::vector<unsigned> columns = columnsNamed(log_->log, column);
         std::size_t changed = 0;
         for (unsigned i = 0; i < rows.size() && !text.empty(); ++i) {
@@ -83,6 +87,7 @@ Result<std::size_t> Log::replaceText(const View& rows, std::string_view column,
 
 Result<void> Log::setTagged(const Row& row, bool isTagged) {
     return guarded([&]() -> Result<void> {
+        log_->requireOwn(row);
         requireCell(*log_, row.index(), 0);
         formats::Log& log = log_->log;
         unsigned column = log.findColumn("Tag");
@@ -112,6 +117,7 @@ Result<Row> Log::addRow() {
 
 Result<void> Log::removeRows(const View& rows) {
     return guarded([&]() -> Result<void> {
+        log_->requireOwn(rows);
         std::vector<unsigned> places(rows.size());
         for (unsigned i = 0; i < rows.size(); ++i) places[i] = rows.at(i).index();
         return removeRows(places);
@@ -146,6 +152,7 @@ Result<Column> Log::addColumn(std::string_view name) {
 
 Result<void> Log::removeColumn(const Column& column) {
     return guarded([&]() -> Result<void> {
+        log_->requireOwn(column);
         requireColumn(*log_, column.index());
         formats::ColumnEdits(log_->log).remove(column.index());
         return {};
@@ -155,6 +162,7 @@ Result<void> Log::removeColumn(const Column& column) {
 Result<void> Log::renameColumn(const Column& column, std::string_view name) {
     return guarded([&]() -> Result<void> {
         formats::Log& log = log_->log;
+        log_->requireOwn(column);
         requireColumn(*log_, column.index());
         const std::string was = log.columnName(column.index());
         formats::ColumnEdits(log).rename(column.index(), was, std::string(name));

@@ -24,7 +24,27 @@ unsigned columnNamed(const formats::Log& log, std::string_view name) noexcept {
     }
 }
 
+void requireOwn(const LogInside& inside, bool isOwn, const char* found, const char* expected) {
+    if (isOwn) return;
+    throw formats::Failure{formats::wrongUsage, inside.log.name, {0, "", found, expected, ""}};
+}
+
 }  // namespace
+
+void LogInside::requireOwn(const Row& row) const {
+    vek::requireOwn(*this, row.log_.get() == this, "the row is one of another log",
+                    "a row of this log");
+}
+
+void LogInside::requireOwn(const Column& column) const {
+    vek::requireOwn(*this, column.log_.get() == this, "the column is one of another log",
+                    "a column of this log");
+}
+
+void LogInside::requireOwn(const View& view) const {
+    vek::requireOwn(*this, view.log_.get() == this, "the rows are those of another log",
+                    "a view of this log");
+}
 
 unsigned LogInside::rowCount() const {
     return kept ? static_cast<unsigned>(kept->size()) : log.rowCount();
@@ -147,7 +167,7 @@ Row Log::row(unsigned index) const {
 }
 
 std::optional<unsigned> Log::placeOf(const Row& row) const noexcept {
-    return log_->placeOf(row.index());
+    return row.log_ == log_ ? log_->placeOf(row.index()) : std::nullopt;
 }
 
 Result<Column> Log::column(std::string_view name) const {

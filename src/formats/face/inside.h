@@ -32,6 +32,14 @@ struct LogInside {
     bool isRow(unsigned row) const { return row < log.rowCount(); }
     /// The cell of a table's row, "" where there is none.
     std::string_view cell(unsigned row, unsigned column) const;
+    bool showsAll() const { return !kept || kept->size() == log.rowCount(); }
+    /// A log of its own with the rows that are shown.
+    std::shared_ptr<LogInside> copy() const;
+
+    /// A Failure for a handle of another log, whose numbers say nothing of this one.
+    void requireOwn(const Row& row) const;
+    void requireOwn(const Column& column) const;
+    void requireOwn(const View& view) const;
 
     static Column columnOf(std::shared_ptr<const LogInside> log, unsigned column);
     static Row rowOf(std::shared_ptr<const LogInside> log, unsigned row);

@@ -4,6 +4,8 @@
 
 #include <vekdb/formats/log.h>
 
+using testing::HasSubstr;
+
 namespace {
 
 vek::Log logOf(const char* text) {
@@ -162,4 +164,47 @@ TEST(Editing, CallsColumnsByAddressesThatFindThem) {
         EXPECT_EQ(log.column(column.address())->index(), column.index());
     }
     EXPECT_EQ(addresses, "A b#1 B#2 []#1 []#2 C ");
+}
+
+namespace {
+
+// Two logs that a handle of the one may be taken for one of the other.
+struct TwoLogs {
+    vek::Log log = logOf("A,B,Tag\n1,2,\n3,4,\n");
+    vek::Log other = logOf("B,A,C\n5,6,7\n8,9,0\n");
+    std::string before = csvOf(log);
+
+    template <class T>
+    void expectRefused(const vek::Result<T>& done) const {
+        EXPECT_EQ(done.reason().kind, vek::Reason::wrongUsage);
+        EXPECT_THAT(done.reason().text(), HasSubstr("of another log"));
+        EXPECT_EQ(csvOf(log), before);
+    }
+};
+
+}  // namespace
+
+TEST(HandlesOfAnotherLog, ChangeNothing) {
+    TwoLogs two;
+    vek::Log& log = two.log;
+    const vek::Row row = two.other.at(1);
+    const vek::Column column = *two.other.column("A");
+    const vek::View rows = *two.other.choose();
+    two.expectRefused(log.set(row, "A", "x"));
+    two.expectRefused(log.set(row, *log.column("A"), "x"));
+    two.expectRefused(log.set(log.at(0), column, "x"));
+    two.expectRefused(log.setTagged(row, true));
+    two.expectRefused(log.removeRows(rows));
+    two.expectRefused(log.replaceText(rows, "", "1", "x"));
+    two.expectRefused(log.removeColumn(column));
+    two.expectRefused(log.renameColumn(column, "Z"));
+    EXPECT_EQ(log.at(0)[column], "");
+    EXPECT_EQ(log.placeOf(row), std::nullopt);
+}
+
+TEST(HandlesOfAnotherLog, AreThoseOfACopyToo) {
+    TwoLogs two;
+    const vek::Log copy = *two.log.copy();
+    two.expectRefused(two.log.set(copy.at(0), "A", "x"));
+    EXPECT_TRUE(two.log.set(vek::Log(two.log).at(0), *two.log.column("A"), "x"));
 }
