@@ -46,12 +46,7 @@ void raise(const vek::Reason& reason) {
         PyErr_NoMemory();
         throw py::error_already_set();
     }
-    raiseNamed(classOf(reason.kind), reason);
-}
-
-void raiseColumn(const vek::Reason& reason) {
-    if (reason.kind != vek::Reason::wrongUsage) raise(reason);
-    raiseNamed("ColumnError", reason);
+    raiseNamed(reason.noColumn.empty() ? classOf(reason.kind) : "ColumnError", reason);
 }
 
 void raiseReading(const vek::Reason& reason, const std::string& path) {

@@ -10,10 +10,9 @@
 /// What could not be done, as an exception of the module.
 namespace vekpy {
 
-/// Raises the exception that stands for a reason.
+/// Raises the exception that stands for a reason: where the name of a column finds none, one that
+/// is also a KeyError.
 [[noreturn]] void raise(const vek::Reason& reason);
-/// The same for one that is about the name of a column: also a KeyError.
-[[noreturn]] void raiseColumn(const vek::Reason& reason);
 /// The same for a file that was to be read: also a FileNotFoundError where it is not there.
 [[noreturn]] void raiseReading(const vek::Reason& reason, const std::string& path);
 /// Raises one of the module's exceptions by its name.

@@ -80,7 +80,7 @@ unsigned Hold::columnNamed(py::handle name) const {
 
 unsigned Hold::lookUp(py::handle name) const {
     const auto column = log().column(Text(name, "the name of a column").view());
-    if (!column) raiseColumn(column.reason());
+    if (!column) raise(column.reason());
     return column->index();
 }
 

@@ -1,6 +1,6 @@
 import io
 import pathlib
-from typing import Callable
+from typing import Callable, List
 
 import pytest
 
@@ -155,6 +155,36 @@ def test_conditions_are_texts_and_built(docs: vekdb.Log) -> None:
     assert docs.where(unique="Scene").column("Scene") == ["12", "12A", "14", "7"]
     page = docs.where(order=["Reel", "Scene"], limit=2, offset=1)
     assert len(page) == 2 and page.matched == 6
+
+
+def test_a_column_that_is_not_there_is_a_column_error(docs: vekdb.Log) -> None:
+    calls: List[Callable[[], object]] = [
+        lambda: docs.where("Nothing=1"),
+        lambda: docs.where(col("Nothing") == "1"),
+        lambda: docs.where(order="Scene,Nothing"),
+        lambda: docs.where(unique="Nothing"),
+        lambda: docs.diff(docs.copy(), "Nothing"),
+        lambda: docs.merge(docs.copy(), key="Nothing"),
+        lambda: docs.to_text("csv", columns=["Nothing"]),
+    ]
+    for call in calls:
+        with pytest.raises(vekdb.ColumnError, match="Nothing"):
+            call()
+    with pytest.raises(vekdb.UsageError) as error:
+        docs.where("Scene~(")
+    assert not isinstance(error.value, vekdb.ColumnError)
+
+
+def test_a_former_name_finds_no_column(docs: vekdb.Log) -> None:
+    row = docs[0]
+    docs.rename_column("Scene", "Szene")
+    assert "Scene" not in row and "Scene" not in docs.columns and row.get("Scene") is None
+    assert "Scene" not in dict(row) and row["Szene"] == "12"
+    with pytest.raises(vekdb.ColumnError):
+        docs.where("Scene=12")
+    docs.rename_column("Take", "Scene")
+    docs.rename_column("Szene", "Take")
+    assert (row["Take"], row["Scene"]) == ("12", "1")
 
 
 @pytest.mark.parametrize("condition", ["Scene", "Scene~(", "Nothing=1"])

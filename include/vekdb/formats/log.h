@@ -78,8 +78,9 @@ public:
     PlaceIterator<Log> begin() const { return {*this, 0}; }
     PlaceIterator<Log> end() const { return {*this, size()}; }
     Columns columns() const { return Columns(log_); }
-    /// The column of a name, its case ignored; "Reel#2" is the second of a name. No value when
-    /// there is none, or several and it does not say which.
+    /// The column that has a name now, its case ignored; "Reel#2" is the second of a name, and
+    /// "[c<d]" the column c<d, as in conditions. No value when there is none, or several and it
+    /// does not say which.
     Result<Column> column(std::string_view name) const;
 
     /// The rows that are meant, in their order: `log.choose("Scene=12")`. No value for a condition
@@ -107,9 +108,10 @@ public:
     Result<void> removeRows(const View& rows);
     /// The same by the places of the rows in the table, as Row::index says them; in any order.
     Result<void> removeRows(const std::vector<unsigned>& places);
-    /// A column behind all others. No value when there is one of the name already. Where memory
-    /// ends in this or the next two, a log that keeps a field map may have its column changed and
-    /// the map not; without a map the log is as it was.
+    /// A column behind all others. No value when there is one of the name already; a name that a
+    /// column had before is free. Where memory ends in this or the next two, a log that keeps a
+    /// field map may have its column changed and the map not, and one whose name another column had
+    /// before may be there without it; otherwise the log is as it was.
     Result<Column> addColumn(std::string_view name);
     Result<void> removeColumn(const Column& column);
     Result<void> renameColumn(const Column& column, std::string_view name);

@@ -28,6 +28,8 @@ struct Reason {
     std::string found = {};     ///< what is there, or what happened
     std::string expected = {};  ///< what should be there
     std::string advice = {};    ///< what to do, or what was made of it
+    /// The name of a column that was asked for and finds none, or several; `found` says it, too.
+    std::string noColumn = {};
 
     /// "FILE:LINE:COLUMN: found, expected ...; advice", as far as there is something to say.
     std::string text() const;
@@ -45,7 +47,9 @@ public:
     /// Whether there is a value.
     explicit operator bool() const noexcept { return value_.has_value(); }
     /// The value; to be asked for only where there is one. It belongs to the result; of a result
-    /// that is gone with the statement it is moved out, so that a loop may go over it.
+    /// that is gone with the statement it is moved out, so that a loop may go over it. What `->`
+    /// reaches is not: a reference or a text that comes of it ends with the statement, a handle
+    /// lives on.
     T& operator*() & noexcept { return *value_; }
     const T& operator*() const& noexcept { return *value_; }
     T operator*() && { return *std::move(value_); }

@@ -237,7 +237,7 @@ std::vector<unsigned> Merger::placesOf(const Log& from) {
         added.push_back(i);
         fields.push_back({cellText(from.columnName(i)), from.table->get_field_type(i)});
     }
-    const std::vector<unsigned> theirs = into_.table->addFields(fields);
+    const std::vector<unsigned> theirs = formats::addColumns(into_, fields);
     for (std::size_t i = 0; i < added.size(); ++i) {
         places[added[i]] = theirs[i];
         if (theirs[i] == noColumn) refuseFurtherColumn(from.name, from.columnName(added[i]));
@@ -249,7 +249,7 @@ std::vector<unsigned> Merger::placesOf(const Log& from) {
 unsigned Merger::countingColumn(const Log& from) {
     const unsigned known = into_.findColumn("FCM");
     if (known != noColumn) return known;
-    const unsigned added = into_.table->addFields({{"FCM", DBFieldTypes::text}}).front();
+    const unsigned added = formats::addColumns(into_, {{"FCM", DBFieldTypes::text}}).front();
     if (added == noColumn) refuseFurtherColumn(from.name, "FCM");
     return added;
 }

@@ -118,10 +118,9 @@ void requireKnown(const Log& log, std::string_view name, std::string_view text) 
     if (log.findColumn(name) != noColumn) return;
     const std::string meant = nameWithSigns(log, text);
     if (meant.empty()) return;
-    throw Failure{wrongUsage,
-                  log.name,
-                  {0, "", "there is no column " + inQuotes(name), "",
-                   concat("did you mean ", inBrackets(meant), text.substr(meant.size()), "?")}};
+    refuseName(log, name,
+               {0, "", "there is no column " + inQuotes(name), "",
+                concat("did you mean ", inBrackets(meant), text.substr(meant.size()), "?")});
 }
 
 [[noreturn]] void refuseCondition(const std::string& text) {

@@ -5,21 +5,16 @@
 #include "formats/face/guarded.h"
 #include "formats/face/inside.h"
 #include "formats/log/column_names.h"
-#include "formats/text/text_lines.h"
 
 namespace vek {
 
 namespace {
 
-// A look-up by the table's own index takes memory. Where there is none the names are gone through,
-// which needs none and finds the same.
+// Only a long name between brackets takes memory, and is not found where there is none.
 unsigned columnNamed(const formats::Log& log, std::string_view name) noexcept {
     try {
-        return log.findColumn(name);
+        return log.columnNamed(name);
     } catch (const std::bad_alloc&) {
-        for (unsigned i = 0; i < log.columnCount(); ++i) {
-            if (formats::sameText(log.table->get_fieldname(i), name)) return i;
-        }
         return formats::noColumn;
     }
 }
@@ -119,7 +114,7 @@ std::size_t Row::line() const noexcept {
 }
 
 bool Row::isTagged() const noexcept {
-    return formats::isTag((*this)["Tag"]);
+    return formats::isTag(at(log_->log.findColumn("Tag")));
 }
 
 std::string_view Row::operator[](std::string_view column) const noexcept {

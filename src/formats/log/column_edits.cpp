@@ -9,10 +9,43 @@
 
 namespace vek::formats {
 
+namespace {
+
+// The table would take the column that had the name before for the one that is to be added.
+bool isFormerName(const Log& log, const LightweightString<char>& name) {
+    return log.table->get_fieldnum(name) != noColumn && log.findColumn(name.view()) == noColumn;
+}
+
+}  // namespace
+
 unsigned addColumn(Log& log, std::string_view name, DBFieldTypes::eType type) {
-    const unsigned column = log.table->addField({cellText(name), type});
+    const unsigned column = addColumns(log, {{cellText(name), type}}).front();
     if (column != noColumn) return column;
     refuseFurtherColumn(log.name, name);
+}
+
+std::vector<unsigned> addColumns(Log& log, const std::vector<DBFieldDesc>& columns) {
+    std::vector<DBFieldDesc> asked = columns;
+    bool isAnyFormer = false;
+    for (DBFieldDesc& column : asked) {
+        if (!isFormerName(log, column.name)) continue;
+        column.name = {};
+        isAnyFormer = true;
+    }
+    const std::vector<unsigned> places = log.table->addFields(asked);
+    if (!isAnyFormer) return places;
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        if (places[i] == noColumn || !asked[i].name.empty()) continue;
+        log.table->set_fieldname(places[i], columns[i].name.c_str());
+    }
+    askRangesByNewNames(log);
+    return places;
+}
+
+// A table knows the columns of ranges by the names that they had when it was set up. Setting it up
+// leaves its columns and rows as they are.
+void askRangesByNewNames(Log& log) {
+    log.table->post_init();
 }
 
 void refuseFurtherColumn(const std::string& from, std::string_view name) {
@@ -42,6 +75,7 @@ void ColumnEdits::remove(unsigned column) {
     std::move(repeated).giveTo(log_);
     log_.unnamed.erase(was);
     log_.bare.forget(column);
+    askRangesByNewNames(log_);
     forgetSource(column);
     if (map_) map_->removed(column);
     store();
@@ -95,6 +129,7 @@ void ColumnEdits::rename(const std::vector<NewName>& names) {
     }
     if (isAnyUnnamed) log_.unnamed.clear();
     std::move(repeated).giveTo(log_);
+    askRangesByNewNames(log_);
 }
 
 // The table finds a column by its former name, too: what another one is called is that one's.

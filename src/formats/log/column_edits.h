@@ -11,8 +11,13 @@
 namespace vek::formats {
 
 /// Adds a column behind the others, or finds the one that has the name. A Failure with `unwritable`
-/// where a log has as many as it can hold.
+/// where a log has as many as it can hold. Where memory ends, a column whose name another one had
+/// before may be there without it.
 unsigned addColumn(Log& log, std::string_view name, DBFieldTypes::eType type = DBFieldTypes::text);
+/// The same for several at once, noColumn for those that there is no room for.
+std::vector<unsigned> addColumns(Log& log, const std::vector<DBFieldDesc>& columns);
+/// To be told of a table whose columns were named or removed by others than ColumnEdits.
+void askRangesByNewNames(Log& log);
 /// That Failure, for a column that came from the named log.
 [[noreturn]] void refuseFurtherColumn(const std::string& from, std::string_view name);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <new>
+#include <optional>
 
 #include <vekdb/host/text_util.h>
 #include "formats/log/column_names.h"
@@ -13,6 +14,12 @@ namespace vek::formats {
 
 std::string worded(const std::string& file, const Problem& problem) {
     return problem.text(file);
+}
+
+void refuseName(const Log& log, std::string_view wanted, const Problem& why) {
+    Failure failure{wrongUsage, log.name, why};
+    failure.reason.noColumn = wanted.empty() ? unnamedAddress : wanted;
+    throw failure;
 }
 
 std::string Log::columnName(unsigned column) const {
@@ -28,20 +35,36 @@ std::vector<std::string> Log::columnNames() const {
 
 namespace {
 
-unsigned firstUnnamed(const vekdb& table) {
+bool isCalled(const vekdb& table, unsigned column, std::string_view name) {
+    const char* const own = table.get_fieldname(column);
+    return sameText(own == nullptr ? std::string_view() : own, name);
+}
+
+unsigned firstCalled(const vekdb& table, std::string_view name) {
     for (unsigned column = 0; column < table.get_num_fields(); ++column) {
-        const char* name = table.get_fieldname(column);
-        if (name == nullptr || *name == '\0') return column;
+        if (isCalled(table, column, name)) return column;
     }
     return noColumn;
 }
 
+// The table's own index of names; no value where there is no memory to ask it.
+std::optional<unsigned> lookedUp(const vekdb& table, std::string_view name) noexcept {
+    try {
+        return table.get_fieldnum(cellText(name));
+    } catch (const std::bad_alloc&) {
+        return {};
+    }
+}
+
 }  // namespace
 
-unsigned Log::findColumn(std::string_view name) const {
-    if (name.empty()) return firstUnnamed(*table);
-    // The library finds the first or the last of several.
-    unsigned column = table->get_fieldnum(cellText(name));
+// The table finds the first or the last of several, and a column by the names that it had, too.
+unsigned Log::findColumn(std::string_view name) const noexcept {
+    if (name.empty()) return firstCalled(*table, name);
+    const std::optional<unsigned> known = lookedUp(*table, name);
+    if (known == noColumn) return noColumn;
+    const bool isCalledSo = known && isCalled(*table, *known, name);
+    const unsigned column = isCalledSo ? *known : firstCalled(*table, name);
     const RepeatedName* repeated = repeatedNameOf(*this, column);
     return repeated == nullptr ? column : repeated->columns.front();
 }
@@ -51,12 +74,11 @@ namespace {
 [[noreturn]] void refuseRepeated(const Log& log, const RepeatedName& repeated,
                                  std::string_view wanted) {
     const std::string count = std::to_string(repeated.columns.size());
-    throw Failure{wrongUsage,
-                  log.name,
-                  {0, "",
-                   wanted.empty() ? concat(count, " columns have no name")
-                                  : concat(count, " columns are named ", inQuotes(wanted)),
-                   concat("one of them: ", choicesOf(log, repeated)), ""}};
+    refuseName(log, wanted,
+               {0, "",
+                wanted.empty() ? concat(count, " columns have no name")
+                               : concat(count, " columns are named ", inQuotes(wanted)),
+                concat("one of them: ", choicesOf(log, repeated)), ""});
 }
 
 [[noreturn]] void refuseUnknown(const Log& log, std::string_view wanted) {
@@ -64,31 +86,44 @@ namespace {
     if (!near.empty()) near = concat("did you mean ", asWritten(near), "?");
     const bool isUnnamed = wanted.empty() && log.findColumn("") != noColumn;
     if (isUnnamed) near = concat("the one without a name is ", unnamedAddress);
-    throw Failure{
-        wrongUsage, log.name, {0, "", "there is no column " + inQuotes(wanted), "", near}};
+    refuseName(log, wanted, {0, "", "there is no column " + inQuotes(wanted), "", near});
 }
 
-// The only one that has the name; noColumn where none has.
-unsigned onlyColumn(const Log& log, std::string_view wanted) {
-    const unsigned column = log.findColumn(wanted);
-    const RepeatedName* const repeated = repeatedNameOf(log, column);
-    if (repeated != nullptr) refuseRepeated(log, *repeated, wanted);
-    return column;
+unsigned bracketedColumn(const Log& log, std::string_view wanted) {
+    const std::optional<WrittenName> inner = unbracketed(wanted);
+    if (!inner) return noColumn;
+    if (inner->turn != 0) return columnOfTurn(log, inner->name, inner->turn);
+    if (!inner->name.empty()) return log.columnNamed(inner->name);
+    const unsigned unnamed = log.findColumn("");
+    return repeatedNameOf(log, unnamed) == nullptr ? unnamed : noColumn;
+}
+
+// Says why a name finds no column.
+[[noreturn]] void refuseColumn(const Log& log, std::string_view wanted) {
+    if (wanted.empty()) refuseUnknown(log, wanted);
+    const unsigned first = log.findColumn(wanted);
+    if (first != noColumn) refuseRepeated(log, *repeatedNameOf(log, first), wanted);
+    const std::optional<WrittenName> inner = unbracketed(wanted);
+    if (!inner || inner->turn != 0) refuseUnknown(log, wanted);
+    if (!inner->name.empty()) refuseColumn(log, inner->name);
+    const RepeatedName* const unnamed = repeatedNameOf(log, log.findColumn(""));
+    if (unnamed != nullptr) refuseRepeated(log, *unnamed, inner->name);
+    refuseUnknown(log, wanted);
 }
 
 }  // namespace
 
+unsigned Log::columnNamed(std::string_view wanted) const {
+    if (wanted.empty()) return noColumn;
+    const unsigned first = findColumn(wanted);
+    if (first != noColumn) return repeatedNameOf(*this, first) == nullptr ? first : noColumn;
+    const unsigned numbered = numberedColumn(*this, wanted);
+    return numbered != noColumn ? numbered : bracketedColumn(*this, wanted);
+}
+
 unsigned Log::requireColumn(std::string_view wanted) const {
-    if (wanted.empty()) refuseUnknown(*this, wanted);
-    unsigned column = onlyColumn(*this, wanted);
-    if (column == noColumn) column = numberedColumn(*this, wanted);
-    if (column != noColumn) return column;
-    const std::optional<WrittenName> inner = unbracketed(wanted);
-    if (!inner) refuseUnknown(*this, wanted);
-    if (inner->turn == 0 && !inner->name.empty()) return requireColumn(inner->name);
-    column = inner->turn == 0 ? onlyColumn(*this, inner->name)
-                              : columnOfTurn(*this, inner->name, inner->turn);
-    if (column == noColumn) refuseUnknown(*this, wanted);
+    const unsigned column = columnNamed(wanted);
+    if (column == noColumn) refuseColumn(*this, wanted);
     return column;
 }
 

@@ -77,8 +77,11 @@ struct Log {
     /// column c<d, where none is called so with the brackets. A Failure with a suggestion when
     /// there is none, and with the choices when there are several.
     unsigned requireColumn(std::string_view name) const;
-    /// The position of the first that has the name, or noColumn.
-    unsigned findColumn(std::string_view name) const;
+    /// The same without a Failure: noColumn where there is none, or several.
+    unsigned columnNamed(std::string_view name) const;
+    /// The position of the first that has the name now, or noColumn. Needs no memory where there is
+    /// none.
+    unsigned findColumn(std::string_view name) const noexcept;
     /// The line a row began on, 0 when it is not known.
     std::size_t lineOf(unsigned row) const { return row < lines.size() ? lines[row] : 0; }
     /// The value of a parameter, "" when there is none.
@@ -95,6 +98,9 @@ struct Log {
     /// Adds or replaces; false when the library has no room or refuses the name.
     bool setParameter(const std::string& name, const std::string& value);
 };
+
+/// A Failure for the name of a column that finds none, or several.
+[[noreturn]] void refuseName(const Log& log, std::string_view name, const Problem& why);
 
 /// Whether files can hold a parameter: no quotes, tabs, line ends or blanks at the ends, and no
 /// colon in the name, which is not that of the revision.

@@ -109,7 +109,7 @@ TEST(Editing, FindsColumnsOfOneNameAfterOneInFrontWentOut) {
     EXPECT_TRUE(log.removeColumn(*log.column("Tape")));
     EXPECT_EQ(log.at(0)["Scene"], "3");
     EXPECT_EQ(log.column("Scene")->at(0), "3");
-    EXPECT_EQ(log.at(0)["Reel"], "1");
+    EXPECT_EQ(log.at(0)["Reel#1"], "1");
     EXPECT_EQ(log.column("Reel#3")->at(0), "4");
     EXPECT_TRUE(log.removeColumn(*log.column("Reel#1")));
     EXPECT_EQ(log.column("Reel#2")->at(0), "4");
@@ -207,4 +207,70 @@ TEST(HandlesOfAnotherLog, AreThoseOfACopyToo) {
     const vek::Log copy = *two.log.copy();
     two.expectRefused(two.log.set(copy.at(0), "A", "x"));
     EXPECT_TRUE(two.log.set(vek::Log(two.log).at(0), *two.log.column("A"), "x"));
+}
+
+TEST(FormerNames, FindNothing) {
+    vek::Log log = logOf("Scene,Take,Tag\n12,2,1\n12,1,\n");
+    ASSERT_TRUE(log.renameColumn(*log.column("Scene"), "Szene"));
+    for (const vek::Log& each : {log, *log.copy()}) {
+        EXPECT_FALSE(each.column("Scene"));
+        EXPECT_EQ(each.at(0)["Scene"], "");
+        EXPECT_EQ(each.at(0)["Szene"], "12");
+        EXPECT_FALSE(each.choose("Scene=12"));
+        EXPECT_FALSE(each.choose(vek::Choice().order("Scene")));
+        EXPECT_EQ(each.choose("szene=12")->size(), 2u);
+    }
+    EXPECT_FALSE(log.set(log.at(0), "Scene", "x"));
+    ASSERT_TRUE(log.renameColumn(*log.column("Tag"), "Marked"));
+    EXPECT_FALSE(log.at(0).isTagged());
+    EXPECT_EQ(log.choose(vek::Choice().tagged())->size(), 0u);
+    ASSERT_TRUE(log.setTagged(log.at(1), true));
+    EXPECT_EQ(csvOf(log), "Szene,Take,Marked,Tag\n12,2,1,\n12,1,,1\n");
+}
+
+TEST(FormerNames, AreFreeForOtherColumns) {
+    vek::Log log = logOf("Scene,Take\n12,2\n");
+    ASSERT_TRUE(log.renameColumn(*log.column("Scene"), "Szene"));
+    ASSERT_TRUE(log.addColumn("Scene"));
+    EXPECT_FALSE(log.addColumn("scene"));
+    ASSERT_TRUE(log.set(log.at(0), "Scene", "7"));
+    EXPECT_EQ(csvOf(log), "Szene,Take,Scene\n12,2,7\n");
+    ASSERT_TRUE(log.removeColumn(*log.column("Scene")));
+    EXPECT_FALSE(log.column("Scene"));
+    ASSERT_TRUE(log.renameColumn(*log.column("Take"), "Scene"));
+    ASSERT_TRUE(log.renameColumn(*log.column("Szene"), "Take"));
+    EXPECT_EQ(csvOf(log), "Take,Scene\n12,2\n");
+    EXPECT_EQ(log.at(0)["take"], "12");
+}
+
+TEST(FormerNames, OfRangesAreAskedAsTheColumnsThatTheyAreNow) {
+    vek::Log log = *vek::openText(
+        "\"VEKDB:Rev 1\"\n\"VEKDB\"\n\"4\",\"4\",\"4\"\n\"text\",\"text\",\"text\"\n\"Start time\","
+        "\"End time\",\"From\"\n\"01\",\"05\",\"03\"\n\"11\",\"15\",\"13\"\n",
+        "day.vek");
+    ASSERT_EQ(log.choose("Start time=03")->size(), 1u);
+    ASSERT_TRUE(log.renameColumn(*log.column("Start time"), "Begin"));
+    EXPECT_EQ(log.choose("Begin=01")->size(), 1u);
+    EXPECT_EQ(log.choose("Begin=03")->size(), 0u);
+    ASSERT_TRUE(log.renameColumn(*log.column("From"), "Start time"));
+    EXPECT_EQ(log.choose("Start time=04")->size(), 1u);
+    EXPECT_EQ(log.choose("End time=05")->size(), 1u);
+}
+
+TEST(RangesThatWereMoved, AreAskedAsTheColumnsThatTheyAreNow) {
+    vek::Log log = logOf("Reel,Start time,End time,Notes\nA,01,05,01\nB,11,15,02\n");
+    ASSERT_EQ(log.choose("Start time=03")->size(), 1u);
+    ASSERT_TRUE(log.removeColumn(*log.column("Reel")));
+    EXPECT_EQ(log.choose("Start time=03")->size(), 1u);
+    EXPECT_EQ(log.choose("Notes=02")->size(), 1u);
+    EXPECT_EQ(log.choose("End time=13")->size(), 1u);
+    ASSERT_TRUE(log.addColumn("Start inkcode"));
+    EXPECT_EQ(log.copy()->choose("Notes=02")->size(), 1u);
+}
+
+TEST(Editing, NamesTheColumnThatIsNotThere) {
+    const vek::Log log = logOf("A,B,B\n1,2,3\n");
+    EXPECT_EQ(log.column("C").reason().noColumn, "C");
+    EXPECT_EQ(log.choose("B=1").reason().noColumn, "B");
+    EXPECT_EQ(log.choose("A~(").reason().noColumn, "");
 }

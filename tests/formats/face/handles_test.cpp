@@ -83,6 +83,27 @@ TEST(Addresses, OfANameThatLooksLikeAnotherOnesAddressStayTheirOwn) {
     }
 }
 
+TEST(Addresses, ReadTheCellsThatTheyWrite) {
+    vek::Log log = logOf("Reel,Scene,reel,,\"a,b\"\n1,2,3,4,5\n");
+    const vek::Row row = log.at(0);
+    for (vek::Column column : log.columns()) {
+        const std::string text = "in " + std::to_string(column.index());
+        ASSERT_TRUE(log.set(row, column.address(), text));
+        EXPECT_EQ(row[column.address()], text) << column.address();
+    }
+    EXPECT_EQ(row["[a,b]"], "in 4");
+    EXPECT_EQ(row["[Reel]#2"], "in 2");
+}
+
+TEST(Addresses, OfSeveralColumnsReadNone) {
+    const vek::Log log = logOf("Reel,Tag,Reel,Tag\n1,1,3,0\n");
+    for (const char* name : {"Reel", "[Reel]", "Reel#3", "Reel#0", "[]", "", "Nothing"}) {
+        EXPECT_FALSE(log.column(name)) << name;
+        EXPECT_EQ(log.at(0)[name], "") << name;
+    }
+    EXPECT_TRUE(log.at(0).isTagged());
+}
+
 TEST(Places, AreCountedWithoutTheRowsThatWent) {
     vek::Log log = logOf("A\n1\n2\n3\n4\n");
     const vek::Row last = log.at(3);

@@ -90,6 +90,12 @@ std::string pictureOf(const Log& log) {
     return picture;
 }
 
+Log renamedOne() {
+    Log log = *vek::openText("Name,a name that is quite long\n1,2\n", "renamed.csv");
+    EXPECT_TRUE(log.renameColumn(log.columns().at(1), "B"));
+    return log;
+}
+
 struct World {
     explicit World(const TempDir& folder, bool hasFiles) : path(folder.file("day.csv").string()) {
         if (hasFiles) {
@@ -106,13 +112,15 @@ struct World {
         "mapped.vek");
     Log other = *vek::openText("Name,Take\nA002,2\nB001,1\n", "other.csv");
     Log twins = *vek::openText("Reel,a name that is quite long,Reel,,\n1,2,3,4,5\n", "twins.csv");
+    Log renamed = renamedOne();
     std::string outPath = std::string(path).replace(path.rfind("day"), 3, "out");
     std::string packedPath = outPath + ".gz";
 };
 
 std::string pictureOf(const World& world) {
     return pictureOf(world.log) + pictureOf(world.other) + pictureOf(world.twins) +
-           pictureOf(world.mapped) + world.mapped.table().get_param_val("V5_FIELD_MAP");
+           pictureOf(world.renamed) + pictureOf(world.mapped) +
+           world.mapped.table().get_param_val("V5_FIELD_MAP");
 }
 
 template <class T>
@@ -216,6 +224,14 @@ const std::vector<Job> jobs = {
      [](World& w) { return reasonOf(w.twins.removeColumn(w.twins.columns().at(2))); }},
     {"remove a column without a name",
      [](World& w) { return reasonOf(w.twins.removeColumn(w.twins.columns().at(3))); }},
+    {"add a column of a name that another one had",
+     [](World& w) { return reasonOf(w.renamed.addColumn("a name that is quite long")); }, false,
+     true},
+    {"read a cell by a number behind a name",
+     [](World& w) {
+         const bool isFound = w.twins.at(0)["Reel#2"] == "3" && w.twins.at(0)["Reel"].empty();
+         return Reason{isFound ? Reason::none : Reason::unreadable};
+     }},
     {"rename a column of a name that another one has",
      [](World& w) {
          return reasonOf(w.twins.renameColumn(w.twins.columns().at(0), "a name that is long"));

@@ -17,6 +17,12 @@ vek::Log logOf(std::string_view text, std::string_view name = "log.csv") {
     return *vek::openText(text, name);
 }
 
+std::string textOf(const vek::Log& log) {
+    std::string text;
+    const auto saved = log.write(text, vek::Format::csv);
+    return saved ? text : saved.reason().text();
+}
+
 }  // namespace
 
 TEST(MergingLogs, PutsRowsBehindEachOther) {
@@ -129,4 +135,11 @@ TEST(MergingLogs, SavesAJoinedLogInPlace) {
     ASSERT_TRUE(vek::merge(*log, {logOf("Name,Take\nb,2\n")}));
     ASSERT_TRUE(log->save());
     EXPECT_EQ(folder.read("day.csv"), "Name,Take\n\"a\",1\nb,2\n");
+}
+
+TEST(MergingLogs, TakesNoFormerNameForThatOfAColumn) {
+    vek::Log into = logOf("Scene,Take\n12,1\n");
+    ASSERT_TRUE(into.renameColumn(*into.column("Scene"), "Szene"));
+    ASSERT_TRUE(vek::merge(into, {logOf("Scene,Take\n7,2\n")}));
+    EXPECT_EQ(textOf(into), "Szene,Take,Scene\n12,1,\n,2,7\n");
 }

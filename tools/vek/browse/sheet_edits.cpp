@@ -2,6 +2,7 @@
 #include <utility>
 
 #include <vekdb/host/text_util.h>
+#include "formats/log/column_edits.h"
 #include "formats/log/column_names.h"
 #include "formats/text/text_lines.h"
 #include "tools/vek/browse/sheet.h"
@@ -117,11 +118,11 @@ void Sheet::deleteRows(const Rows& rows) {
 void Sheet::renameColumn(unsigned column, const std::string& name) {
     const unsigned other = log_.findColumn(name);
     if (name.empty()) throw Failure{wrongUsage, "a column needs a name"};
-    if (other != noColumn && other != column && log_.columnName(other) != "" &&
-        sameText(log_.columnName(other), name)) {
+    if (other != noColumn && other != column) {
         throw Failure{wrongUsage, "there is a column " + inQuotes(name) + " already"};
     }
     edits_.renameColumn(column, name.c_str());
+    askRangesByNewNames(log_);
     settle();
 }
 

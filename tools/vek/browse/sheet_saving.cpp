@@ -65,11 +65,12 @@ std::size_t Sheet::Recovering::step() {
 // Columns come and go at the end alone.
 void Sheet::renameIn(Log& to) const {
     while (to.columnCount() > log_.columnCount()) ColumnEdits(to).remove(to.columnCount() - 1);
+    std::vector<NewName> names;
     for (unsigned column = 0; column < to.columnCount(); ++column) {
-        const std::string was = to.columnName(column);
-        const std::string name = log_.columnName(column);
-        if (was != name) ColumnEdits(to).rename(column, was, name);
+        const NewName name{column, to.columnName(column), log_.columnName(column)};
+        if (name.was != name.to) names.push_back(name);
     }
+    if (!names.empty()) ColumnEdits(to).rename(names);
     for (unsigned column = to.columnCount(); column < log_.columnCount(); ++column) {
         addColumn(to, log_.columnName(column));
     }
