@@ -1,10 +1,10 @@
 #include "joining.h"
 
+#include <optional>
 #include <string>
 
 #include <vekdb/formats/comparing.h>
 #include <vekdb/formats/merging.h>
-#include <vekdb/table.h>
 #include "arguments.h"
 #include "errors.h"
 #include "texts.h"
@@ -40,10 +40,9 @@ py::object conflictOf(const vek::MergeConflict& conflict) {
                                 row, strOf(conflict.text()));
 }
 
-// Logs from which rows were removed go by the table's rows no more; a copy of theirs does.
-vek::Log wholeOf(const vek::Log& log) {
-    const bool isWhole = log.size() == log.table().get_num_records();
-    return isWhole ? log : valueOf(log.copy());
+py::object placeIn(const vek::Log& log, unsigned row) {
+    const std::optional<unsigned> place = log.placeOf(log.row(row));
+    return place ? py::object(py::int_(*place)) : py::none();
 }
 
 Shared logIn(py::handle value) {
@@ -51,17 +50,17 @@ Shared logIn(py::handle value) {
     throw py::type_error("a Log is joined to a log, not " + typeName(value));
 }
 
-py::object differenceOf(const vek::RowDifference& row) {
+py::object differenceOf(const vek::RowDifference& row, const vek::Log& first,
+                        const vek::Log& second) {
     static const char* const kinds[] = {"removed", "added", "changed"};
     py::list cells;
     for (const vek::CellDifference& cell : row.cells) {
         cells.append(
             resultOf("CellDifference")(strOf(cell.column), strOf(cell.before), strOf(cell.after)));
     }
-    const py::object a =
-        row.kind == vek::RowDifference::added ? py::none() : py::object(py::int_(row.a));
+    const py::object a = row.kind == vek::RowDifference::added ? py::none() : placeIn(first, row.a);
     const py::object b =
-        row.kind == vek::RowDifference::removed ? py::none() : py::object(py::int_(row.b));
+        row.kind == vek::RowDifference::removed ? py::none() : placeIn(second, row.b);
     return resultOf("RowDifference")(kinds[row.kind], a, b, strOf(row.key), cells);
 }
 
@@ -79,7 +78,7 @@ py::object merge(const Shared& into, const py::args& others, py::handle key,
     const Holds holds(all);
     vek::Log& target = Holds::logOf(*into);
     std::vector<vek::Log> from;
-    for (std::size_t i = 1; i < all.size(); ++i) from.push_back(wholeOf(Holds::logOf(*all[i])));
+    for (std::size_t i = 1; i < all.size(); ++i) from.push_back(Holds::logOf(*all[i]));
     const vek::Merged merged = valueOf(unlocked([&] { return vek::merge(target, from, options); }));
     py::list conflicts;
     for (const vek::MergeConflict& conflict : merged.conflicts) {
@@ -91,12 +90,12 @@ py::object merge(const Shared& into, const py::args& others, py::handle key,
 py::object diff(const Shared& first, const Shared& second, py::handle key) {
     const Text column(key, "the name of a column");
     const Holds holds({first.get(), second.get()});
-    const vek::Log a = wholeOf(Holds::logOf(*first));
-    const vek::Log b = wholeOf(Holds::logOf(*second));
+    const vek::Log& a = Holds::logOf(*first);
+    const vek::Log& b = Holds::logOf(*second);
     const vek::Differences found =
         valueOf(unlocked([&] { return vek::compare(a, b, column.view()); }));
     py::list rows;
-    for (const vek::RowDifference& row : found.rows) rows.append(differenceOf(row));
+    for (const vek::RowDifference& row : found.rows) rows.append(differenceOf(row, a, b));
     return resultOf("Differences")(strsOf(found.onlyInFirst), strsOf(found.onlyInSecond), rows,
                                    strsOf(found.notes));
 }

@@ -389,6 +389,15 @@ def test_logs_are_compared(docs: vekdb.Log) -> None:
     other = docs.copy()
     assert not docs.diff(other)
     other[1]["Scene"] = "13"
+    del docs[0]
+    del docs[1]
+    found = docs.diff(other, "Start time")
+    assert [(r.kind, r.a, r.b) for r in found.rows] == [("added", None, 1)]
+    docs[-1]["Scene"] = "other"
+    told = docs.merge(other, key="Start time", unlike=True)
+    assert len(docs) == 5
+    assert [(c.kind, c.row) for c in told.conflicts] == [("cell", 3)]
+    assert docs[told.conflicts[0].row or 0]["Scene"] == "other"
     other.add_column("New")
     found = vekdb.diff(docs, other, key="Start time")
     assert found and found.only_in_second == ["New"]

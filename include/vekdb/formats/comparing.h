@@ -21,7 +21,7 @@ struct RowDifference {
     /// Whether it is in the first log only, in the second only, or in both.
     enum Kind { removed, added, changed };
     Kind kind = changed;   ///< which of them
-    unsigned a = 0;        ///< the row's index in the first log, for removed and changed
+    unsigned a = 0;        ///< the row's index in the first log, for removed and changed: Log::row
     unsigned b = 0;        ///< in the second, for added and changed
     std::string key = {};  ///< for changed: its value in the key column
     std::vector<CellDifference> cells = {};  ///< for changed: at least one
@@ -43,8 +43,8 @@ struct Differences {
 };
 
 /// Compares the rows of two logs that have the same value in a column, or in several with commas
-/// between their names, or, for "", in their order; columns go by name, cells byte by byte. No
-/// value when a log has no such column.
+/// between their names, or, for "", in their order; columns go by name, cells byte by byte. Rows
+/// that were removed from a log are left out. No value when a log has no such column.
 Result<Differences> compare(const Log& first, const Log& second, std::string_view key = {});
 
 }  // namespace vek

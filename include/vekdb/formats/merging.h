@@ -21,7 +21,7 @@ struct MergeConflict {
     std::string column = {};  ///< the name of the one of the cell or key
     std::string value = {};   ///< the one that is not taken, or the key
     std::string kept = {};    ///< the other one, for a cell
-    std::optional<unsigned> row = {};  ///< of the joined log, which holds that one
+    std::optional<unsigned> row = {};  ///< its place in the joined log: Log::at
 
     /// "FILE:LINE:COLUMN: ...", as people read it.
     std::string text() const;
@@ -56,9 +56,9 @@ struct Merged {
 
 /// Joins further logs to the first one, which is changed. Columns go by their names, case ignored;
 /// new ones are added, and timecodes take the form of the first log's column. A row whose key is
-/// there already fills the empty cells of that row. The others stay as they are and may end
-/// afterwards. No value when a column is not there, a log cannot be joined, or rows were removed
-/// from one; the logs in front of that one have been joined then.
+/// there already fills the empty cells of that row. Rows that were removed from a log are left out.
+/// The others stay as they are and may end afterwards. No value when a column is not there or a log
+/// cannot be joined; the logs in front of that one have been joined then.
 Result<Merged> merge(Log& into, const std::vector<Log>& others, const MergeOptions& options = {});
 
 }  // namespace vek

@@ -136,14 +136,16 @@ Merger::Merger(Log& into, Prefer prefer, Teller tell, NoteTaker note)
     tellOddRate(into_);
 }
 
-void Merger::useKey(const std::string& name) {
+void Merger::useKey(const std::string& name, const std::vector<unsigned>* rows) {
+    std::vector<char> isMeant(into_.rowCount(), rows == nullptr);
+    for (std::size_t i = 0; rows != nullptr && i < rows->size(); ++i) isMeant[(*rows)[i]] = 1;
     key_ = RowKey(columnList(into_, name));
     keyName_ = name;
     rows_ = RowGroups(into_.rowCount());
     const auto hashOf = [&](unsigned row) { return keyedHash(key_.of(into_, row, wanted_)); };
     forEachHashed(rows_, into_.rowCount(), hashOf, [&](unsigned row, std::uint64_t hash) {
         const std::string_view key = key_.of(into_, row, wanted_);
-        if (key.empty()) return;
+        if (key.empty() || isMeant[row] == 0) return;
         const bool isRepeated =
             rows_.add(hash, row, [&](unsigned other) { return hasKey(other, key); }) > 1;
         if (isRepeated) tellRepeated(into_, row, key_);

@@ -41,8 +41,8 @@ public:
     Merger(Log& into, Prefer prefer, Teller tell, NoteTaker note);
 
     /// From now on rows go together that have the same value here, where one of the two logs has
-    /// it once.
-    void useKey(const std::string& name);
+    /// it once. Of the first log some rows may be meant alone; none for all.
+    void useKey(const std::string& name, const std::vector<unsigned>* rows = nullptr);
     /// Columns that have one name go by their turn: the second to the second.
     void add(const Log& from);
 

@@ -14,13 +14,20 @@ std::vector<std::string> namesOf(const formats::Log& log, const std::vector<unsi
     return names;
 }
 
-RowDifference valueOf(const formats::LogComparison& all, const formats::DifferingRow& difference) {
+// The rows of both logs, of which a comparison tells.
+struct Compared {
+    const ShownRows& a;
+    const ShownRows& b;
+};
+
+RowDifference valueOf(const formats::LogComparison& all, const formats::DifferingRow& difference,
+                      const Compared& logs) {
     RowDifference value;
     value.kind = difference.kind == formats::DifferingRow::removed ? RowDifference::removed
                  : difference.kind == formats::DifferingRow::added ? RowDifference::added
                                                                    : RowDifference::changed;
-    value.a = difference.a;
-    value.b = difference.b;
+    if (value.kind != RowDifference::added) value.a = logs.a.indexOf(difference.a);
+    if (value.kind != RowDifference::removed) value.b = logs.b.indexOf(difference.b);
     if (value.kind != RowDifference::changed) return value;
     value.key = std::string(all.keyOf(difference));
     all.forEachCell(difference, [&](const formats::DifferingCell& cell) {
@@ -34,15 +41,14 @@ RowDifference valueOf(const formats::LogComparison& all, const formats::Differin
 
 Result<Differences> compare(const Log& first, const Log& second, std::string_view key) {
     return guarded([&]() -> Result<Differences> {
-        requireAllRows(LogInside::of(first));
-        requireAllRows(LogInside::of(second));
-        formats::LogComparison found = formats::compareLogs(
-            LogInside::of(first).log, LogInside::of(second).log, std::string(key));
+        const ShownRows a(LogInside::of(first));
+        const ShownRows b(LogInside::of(second));
+        formats::LogComparison found = formats::compareLogs(a.log(), b.log(), std::string(key));
         Differences differences;
         differences.onlyInFirst = namesOf(found.a, found.onlyInA);
         differences.onlyInSecond = namesOf(found.b, found.onlyInB);
         for (const formats::DifferingRow& row : found.rows) {
-            differences.rows.push_back(valueOf(found, row));
+            differences.rows.push_back(valueOf(found, row, {a, b}));
         }
         differences.notes = std::move(found.notes);
         differences.moreNotes = found.moreNotes;

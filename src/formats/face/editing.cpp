@@ -189,25 +189,26 @@ std::unique_ptr<vekdb> tableOf(const LogInside& inside) {
 
 }  // namespace
 
+std::shared_ptr<LogInside> LogInside::copy() const {
+    auto inside = std::make_shared<LogInside>();
+    formats::Log& copied = inside->log;
+    copied.name = log.name;
+    copied.format = log.format;
+    copied.table = tableOf(*this);
+    for (unsigned row : rows()) {
+        if (log.bare.areAny()) noteBare(log, row, copied);
+        copied.lines.push_back(static_cast<std::uint32_t>(log.lineOf(row)));
+    }
+    copied.repeatedNames = log.repeatedNames;
+    copied.repeatedAt = log.repeatedAt;
+    copied.unnamed = log.unnamed;
+    copied.lineEnd = log.lineEnd;
+    copied.bytesRead = log.bytesRead;
+    return inside;
+}
+
 Result<Log> Log::copy() const {
-    return guarded([&]() -> Result<Log> {
-        const formats::Log& log = log_->log;
-        auto inside = std::make_shared<LogInside>();
-        formats::Log& copied = inside->log;
-        copied.name = log.name;
-        copied.format = log.format;
-        copied.table = tableOf(*log_);
-        for (unsigned row : log_->rows()) {
-            if (log.bare.areAny()) noteBare(log, row, copied);
-            copied.lines.push_back(static_cast<std::uint32_t>(log.lineOf(row)));
-        }
-        copied.repeatedNames = log.repeatedNames;
-        copied.repeatedAt = log.repeatedAt;
-        copied.unnamed = log.unnamed;
-        copied.lineEnd = log.lineEnd;
-        copied.bytesRead = log.bytesRead;
-        return LogInside::logOf(std::move(inside));
-    });
+    return guarded([&]() -> Result<Log> { return LogInside::logOf(log_->copy()); });
 }
 
 std::vector<Parameter> Log::parameters() const {

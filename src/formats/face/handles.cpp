@@ -69,14 +69,6 @@ std::string_view LogInside::cell(unsigned row, unsigned column) const {
     return isRow(row) && column < log.columnCount() ? log.cell(row, column) : std::string_view();
 }
 
-void requireAllRows(const LogInside& inside) {
-    if (!inside.kept || inside.kept->size() == inside.log.rowCount()) return;
-    throw formats::Failure{
-        formats::wrongUsage,
-        inside.log.name,
-        {0, "", "rows were removed", "a log as it was opened", "write it to a text and open that"}};
-}
-
 Column LogInside::columnOf(std::shared_ptr<const LogInside> log, unsigned column) {
     return {std::move(log), column};
 }

@@ -48,8 +48,21 @@ struct LogInside {
     static LogInside& of(Log& log) { return *log.log_; }
 };
 
-/// A Failure for a log of which rows were removed: what goes by the table's rows would count them.
-void requireAllRows(const LogInside& inside);
+/// The rows that a log shows and no others, for what goes by the table's rows: the log itself, or a
+/// copy where rows were removed from it.
+class ShownRows {
+public:
+    explicit ShownRows(const LogInside& inside)
+        : inside_(inside), copy_(inside.showsAll() ? nullptr : inside.copy()) {}
+
+    const formats::Log& log() const { return copy_ ? copy_->log : inside_.log; }
+    /// The index in the log of one of these rows.
+    unsigned indexOf(unsigned row) const { return copy_ ? inside_.rowAt(row) : row; }
+
+private:
+    const LogInside& inside_;
+    std::shared_ptr<const LogInside> copy_;
+};
 
 /// The file of a path that an application gives: "-" is one like others, and a name ends where the
 /// system's names end. A Failure of this kind for a path with a zero byte.

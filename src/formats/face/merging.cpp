@@ -41,8 +41,30 @@ MergeConflict valueOf(const Merger::Conflict& conflict) {
 
 void requireJoinable(const LogInside& into, const LogInside& from, const MergeOptions& options) {
     if (&into == &from) refuse(into, "is joined to itself", "another log");
-    requireAllRows(from);
     if (!options.joinsUnlike) formats::requireSameCounting(into.log, from.log);
+}
+
+// While in scope, rows that are added to the table are shown by a log that does not show all.
+class ShowsNewRows {
+public:
+    ShowsNewRows(LogInside& inside, std::size_t most) : inside_(inside) {
+        if (inside.kept) inside.kept->reserve(inside.kept->size() + most);
+    }
+    ~ShowsNewRows() {
+        for (; inside_.kept && row_ < inside_.log.rowCount(); ++row_) inside_.kept->push_back(row_);
+    }
+    ShowsNewRows(const ShowsNewRows&) = delete;
+    ShowsNewRows& operator=(const ShowsNewRows&) = delete;
+
+private:
+    LogInside& inside_;
+    unsigned row_ = inside_.log.rowCount();
+};
+
+void add(const LogInside& from, LogInside& into, Merger& merger) {
+    const ShownRows rows(from);
+    const ShowsNewRows shows(into, rows.log().rowCount());
+    merger.add(rows.log());
 }
 
 }  // namespace
@@ -55,8 +77,7 @@ std::string MergeConflict::text() const {
 Result<Merged> merge(Log& into, const std::vector<Log>& others, const MergeOptions& options) {
     return guarded([&]() -> Result<Merged> {
         LogInside& inside = LogInside::of(into);
-        requireAllRows(inside);
-        inside.kept.reset();
+        if (inside.showsAll()) inside.kept.reset();
         for (const Log& from : others) requireJoinable(inside, LogInside::of(from), options);
         Merged merged;
         const auto tell = [&](const Merger::Conflict& conflict) {
@@ -66,8 +87,12 @@ Result<Merged> merge(Log& into, const std::vector<Log>& others, const MergeOptio
         };
         const auto note = [&](const std::string& text) { merged.notes.push_back(text); };
         Merger merger(inside.log, preferOf(options.prefer), tell, note);
-        if (!options.key.empty()) merger.useKey(options.key);
-        for (const Log& from : others) merger.add(LogInside::of(from).log);
+        const std::vector<unsigned>* const rows = inside.kept ? &*inside.kept : nullptr;
+        if (!options.key.empty()) merger.useKey(options.key, rows);
+        for (const Log& from : others) add(LogInside::of(from), inside, merger);
+        for (MergeConflict& conflict : merged.conflicts) {
+            if (conflict.row) conflict.row = inside.placeOf(*conflict.row);
+        }
         merged.cells = merger.conflicts();
         merged.keys = merger.repeatedKeys();
         return merged;

@@ -39,3 +39,18 @@ TEST(Comparing, SaysThatThereIsNoSuchKey) {
     auto log = vek::openText("A\n1\n", "a.csv");
     EXPECT_EQ(vek::compare(*log, *log, "B").reason().kind, vek::Reason::wrongUsage);
 }
+
+TEST(Comparing, GoesByTheRowsThatAreLeft) {
+    vek::Log first = *vek::openText("Name,Take\na,1\nb,2\nc,3\nd,4\n", "a.csv");
+    vek::Log second = *vek::openText("Name,Take\nx,0\nb,2\nd,5\n", "b.csv");
+    ASSERT_TRUE(first.removeRows({0, 2}));
+    ASSERT_TRUE(second.removeRows({0}));
+    for (const char* key : {"Name", ""}) {
+        const auto found = vek::compare(first, second, key);
+        ASSERT_TRUE(found) << found.reason().text();
+        ASSERT_THAT(found->rows, SizeIs(1));
+        EXPECT_EQ(found->rows[0].kind, vek::RowDifference::changed);
+        EXPECT_EQ(first.row(found->rows[0].a)["Name"], "d");
+        EXPECT_EQ(second.row(found->rows[0].b)["Name"], "d");
+    }
+}

@@ -120,9 +120,6 @@ TEST(MergingLogs, RefusesWhatCannotBeJoined) {
     options.key = "Reel";
     EXPECT_THAT(vek::merge(into, {logOf("Name\nc\n")}, options).reason().text(),
                 HasSubstr("there is no column \"Reel\""));
-    vek::Log thinned = logOf("Name\nc\nd\n");
-    ASSERT_TRUE(thinned.removeRows(*thinned.choose("Name=c")));
-    EXPECT_EQ(vek::merge(into, {thinned}).reason().kind, vek::Reason::wrongUsage);
     EXPECT_EQ(into.size(), 2u);
 }
 
@@ -135,6 +132,31 @@ TEST(MergingLogs, SavesAJoinedLogInPlace) {
     ASSERT_TRUE(vek::merge(*log, {logOf("Name,Take\nb,2\n")}));
     ASSERT_TRUE(log->save());
     EXPECT_EQ(folder.read("day.csv"), "Name,Take\n\"a\",1\nb,2\n");
+}
+
+TEST(MergingLogs, JoinsWhatIsLeftOfLogsThatRowsWereRemovedFrom) {
+    vek::Log into = logOf("Name,Take\na,1\nb,2\nc,3\n");
+    ASSERT_TRUE(into.removeRows(*into.choose("Name=b")));
+    vek::Log from = logOf("Name,Take\nb,7\nc,8\nd,9\n");
+    ASSERT_TRUE(from.removeRows(*from.choose("Name=d")));
+    vek::MergeOptions options;
+    options.key = "Name";
+    const auto merged = vek::merge(into, {from}, options);
+    ASSERT_TRUE(merged) << merged.reason().text();
+    EXPECT_EQ(textOf(into), "Name,Take\na,1\nc,3\nb,7\n");
+    ASSERT_THAT(merged->conflicts, SizeIs(1));
+    EXPECT_EQ(merged->conflicts[0].row, 1u);
+    EXPECT_THAT(merged->conflicts[0].text(), HasSubstr("as row 2 has"));
+    EXPECT_EQ(merged->conflicts[0].line, 3u);
+}
+
+TEST(MergingLogs, PutsRowsBehindThoseThatAreLeft) {
+    vek::Log into = logOf("Name\na\nb\n");
+    ASSERT_TRUE(into.removeRows(*into.choose()));
+    vek::Log from = logOf("Name,Take\nc,1\nd,2\n");
+    ASSERT_TRUE(from.removeRows({0}));
+    ASSERT_TRUE(vek::merge(into, {from, logOf("Name\ne\n")}));
+    EXPECT_EQ(textOf(into), "Name,Take\nd,2\ne,\n");
 }
 
 TEST(MergingLogs, TakesNoFormerNameForThatOfAColumn) {
