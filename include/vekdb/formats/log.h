@@ -120,7 +120,8 @@ public:
     std::vector<Parameter> parameters() const;
     std::optional<std::string> parameter(std::string_view name) const;
     /// Adds one or gives it another value. No value when a file could not hold it: 40 have room,
-    /// and none holds a quote, a line end, a tab, blanks at its ends or, in its name, a colon.
+    /// each has a name, and none holds a quote, a line end, a tab, blanks at its ends or, in its
+    /// name, a colon; nor for "VEKDB", which is the library's own.
     /// Where memory ends, one that got another value may be empty, a new one without its name.
     Result<void> setParameter(std::string_view name, std::string_view value);
 

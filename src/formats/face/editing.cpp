@@ -211,6 +211,27 @@ Result<Log> Log::copy() const {
     return guarded([&]() -> Result<Log> { return LogInside::logOf(log_->copy()); });
 }
 
+namespace {
+
+void requireParameter(const formats::Log& log, std::string_view name, std::string_view value) {
+    if (formats::canBeParameter(name, value)) return;
+    Problem problem;
+    if (name.empty()) {
+        problem.found = "a parameter without a name";
+        problem.expected = "a name";
+    } else if (formats::sameText(name, "VEKDB")) {
+        problem.found = "parameter " + formats::inQuotes(name) + " is the library's own";
+        problem.expected = "another name";
+    } else {
+        problem.found = "parameter " + formats::inQuotes(name);
+        problem.expected =
+            "no quotes, tabs, line ends or blanks at the ends, and no colon in the name";
+    }
+    throw Failure{wrongUsage, log.name, problem};
+}
+
+}  // namespace
+
 std::vector<Parameter> Log::parameters() const {
     std::vector<Parameter> parameters;
     for (formats::ParameterText& own : formats::ownParameters(log_->log)) {
@@ -228,15 +249,7 @@ std::optional<std::string> Log::parameter(std::string_view name) const {
 Result<void> Log::setParameter(std::string_view name, std::string_view value) {
     return guarded([&]() -> Result<void> {
         formats::Log& log = log_->log;
-        if (!formats::canBeParameter(name, value)) {
-            return Reason{Reason::wrongUsage,
-                          log.name,
-                          0,
-                          {},
-                          "parameter " + formats::inQuotes(name),
-                          "no quotes, tabs, line ends or blanks at the ends, and no colon in the "
-                          "name"};
-        }
+        requireParameter(log, name, value);
         if (log.setParameter(std::string(name), std::string(value))) return {};
         return Reason{Reason::unwritable,
                       log.name,

@@ -141,6 +141,15 @@ TEST(Editing, SetsParametersThatAFileCanHold) {
     EXPECT_FALSE(log.setParameter("A", "say \"cut\""));
 }
 
+TEST(Editing, SaysWhyAParameterCannotBe) {
+    vek::Log log = logOf("A\n1\n");
+    EXPECT_EQ(log.setParameter("vekdb", "x").reason().text(),
+              "day.csv: parameter \"vekdb\" is the library's own, expected another name");
+    EXPECT_EQ(log.setParameter("", "x").reason().text(),
+              "day.csv: a parameter without a name, expected a name");
+    EXPECT_THAT(log.setParameter("a:b", "x").reason().expected, HasSubstr("no colon in the name"));
+}
+
 TEST(Editing, SaysWhenThereIsNoRoomForAParameter) {
     vek::Log log = logOf("A\n1\n");
     vek::Result<void> done;
