@@ -213,6 +213,12 @@ def test_tags_are_set_and_cleared(docs: vekdb.Log) -> None:
     assert "Tag" in log.columns and log.tagged.column("A") == ["2"]
 
 
+def test_a_log_that_was_read_is_not_saved_into_its_file(docs: vekdb.Log) -> None:
+    with pytest.raises(vekdb.UsageError, match="opened to be changed") as error:
+        docs.save()
+    assert "openToChange" not in str(error.value)
+
+
 def test_a_log_is_saved_into_its_file(tmp_path: pathlib.Path, samples: pathlib.Path) -> None:
     path = tmp_path / "a.vek"
     path.write_bytes((samples / "docs.vek").read_bytes())
@@ -383,12 +389,6 @@ def test_logs_with_removed_rows_are_merged_and_compared(docs: vekdb.Log) -> None
     target = vekdb.Log(["Reel"])
     target.merge(other, unlike=True)
     assert len(target) == 5
-
-
-def test_logs_are_compared(docs: vekdb.Log) -> None:
-    other = docs.copy()
-    assert not docs.diff(other)
-    other[1]["Scene"] = "13"
     del docs[0]
     del docs[1]
     found = docs.diff(other, "Start time")
@@ -398,6 +398,12 @@ def test_logs_are_compared(docs: vekdb.Log) -> None:
     assert len(docs) == 5
     assert [(c.kind, c.row) for c in told.conflicts] == [("cell", 3)]
     assert docs[told.conflicts[0].row or 0]["Scene"] == "other"
+
+
+def test_logs_are_compared(docs: vekdb.Log) -> None:
+    other = docs.copy()
+    assert not docs.diff(other)
+    other[1]["Scene"] = "13"
     other.add_column("New")
     found = vekdb.diff(docs, other, key="Start time")
     assert found and found.only_in_second == ["New"]

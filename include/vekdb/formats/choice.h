@@ -17,7 +17,8 @@ struct LogInside;
 class Choice {
 public:
     Choice() = default;
-    /// One condition as text, such as "Scene=12" or "Take>=3".
+    /// One condition as text, such as "Scene=12" or "Take>=3". Blanks around the name do not count,
+    /// those behind the sign belong to the text that is looked for.
     Choice(std::string_view condition) { where(condition); }
     Choice(const char* condition) { where(condition); }
     Choice(const std::string& condition) { where(condition); }
@@ -31,7 +32,8 @@ public:
     Choice& at(std::string_view code);
     /// Tagged rows.
     Choice& tagged(bool only = true);
-    /// The first row of each value of a column, its case ignored.
+    /// The first row of each value of a column, its case ignored. In this, the next two and `at`,
+    /// "" takes back what was asked for.
     Choice& unique(std::string_view column);
     /// Rows whose value in a column another row has, too.
     Choice& duplicates(std::string_view column);

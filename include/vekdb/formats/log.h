@@ -24,7 +24,7 @@ class vekdb;
 ///     for (vek::Row row : *log) use(row["Scene"]);
 namespace vek {
 
-/// How a log is read.
+/// How a log is read. What does not concern a format is not looked at.
 struct OpenOptions {
     std::optional<Format> format = {};  ///< found out by the name and the content when not said
     std::size_t maxBytes = 0;           ///< refuse larger inputs; 0 is 16 GiB
@@ -61,7 +61,7 @@ public:
     /// The format that it was read from.
     Format format() const noexcept;
     /// What was found wrong on the way and could be read all the same: the first thousand, and how
-    /// many more there are. The list is the log's and does not change.
+    /// many more there are. The list is the log's, ends with it, and does not change.
     const std::vector<Problem>& problems() const noexcept;
     std::size_t moreProblems() const noexcept;
     /// Why rows at the end of the file could not be read; "" where all are there. A log with such
@@ -106,7 +106,8 @@ public:
     /// Takes rows out of the log. Handles of them and views that show them go on doing so, and
     /// the table keeps them; the log does not show or save them any more.
     Result<void> removeRows(const View& rows);
-    /// The same by the places of the rows in the table, as Row::index says them; in any order.
+    /// The same by the places of the rows in the table, as Row::index says them; in any order, and
+    /// passing over those that are not there.
     Result<void> removeRows(const std::vector<unsigned>& places);
     /// A column behind all others. No value when there is one of the name already; a name that a
     /// column had before is free. Where memory ends in this or the next two, a log that keeps a
@@ -180,8 +181,9 @@ Result<Log> openDescriptor(int descriptor, std::string_view name, const OpenOpti
 /// Reads a text in memory, which is copied.
 Result<Log> openText(std::string_view text, std::string_view name = {},
                      const OpenOptions& options = {});
-/// A log of a table that an application made, its type that of the library's own files. No value
-/// for none, for one without columns and for one that shows its tagged rows alone.
+/// A log of a table that an application made, its type that of the library's own files; who calls
+/// this includes <vekdb/table.h>. No value for none, for one without columns and for one that shows
+/// its tagged rows alone.
 Result<Log> adopt(std::unique_ptr<vekdb> table, std::string_view name = {});
 
 }  // namespace vek
