@@ -26,7 +26,7 @@ void addDelimited(std::string& out, std::string_view cell, char separator, bool 
 void loseRows(const Sheet& sheet, Losses& losses) {
     for (unsigned row = 0; row < sheet.rowCount(); ++row) {
         losses.add("rows have no place without a column",
-                   concat(sheet.log.name, ":", std::to_string(sheet.line(row))));
+                   concat(sheet.source(row), ":", std::to_string(sheet.line(row))));
     }
 }
 

@@ -626,9 +626,10 @@ private:
         const std::size_t line = saving_.log.lineOf(own);
         const bool isBehindIt = i > 0 && rows_[i - 1] + 1 == own;
         if (own > 0 && !isBehindIt && goesOver(own - 1, log))
-            tellHalfTransition(saving_.log, line, saving_.losses);
+            tellHalfTransition(saving_.log.name, line, saving_.losses);
         const bool isInFront = i + 1 < rows_.size() && rows_[i + 1] == own + 1;
-        if (!isInFront && goesOver(own, log)) tellLostTransition(saving_.log, line, saving_.losses);
+        if (!isInFront && goesOver(own, log))
+            tellLostTransition(saving_.log.name, line, saving_.losses);
     }
 
     // Whether the row behind one goes over from it, in the file.

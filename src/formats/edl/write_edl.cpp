@@ -337,8 +337,8 @@ private:
         if (!isBehindEvent_) beginBlock(blanksOf(row).withoutFirst());
         if (!comesFrom.empty()) line(comesFrom);
         for (const std::string& text : inOrder(lines)) line(text);
-        if (lostFirstLine(row)) tellHalfTransition(sheet_.log, sheet_.line(row), losses_);
-        if (lostSecondLine(row)) tellLostTransition(sheet_.log, sheet_.line(row), losses_);
+        if (lostFirstLine(row)) tellHalfTransition(sheet_.source(row), sheet_.line(row), losses_);
+        if (lostSecondLine(row)) tellLostTransition(sheet_.source(row), sheet_.line(row), losses_);
         isBehindEvent_ = true;
         wasNoTime_ = event[edlRecordIn] == event[edlRecordOut];
     }
@@ -562,7 +562,7 @@ private:
               const std::string& outcome) {
         const std::string name = column == noColumn ? "" : sheet_.name(column);
         losses_.addEach(
-            worded(sheet_.log.name, {sheet_.line(row), name, found, expected, outcome}));
+            worded(sheet_.source(row), {sheet_.line(row), name, found, expected, outcome}));
     }
 
     // Times that stand in a row are written as they are, in the eleven characters of the form.
@@ -706,7 +706,7 @@ private:
     }
 
     bool leaveOut(unsigned row, const std::string& found, const char* expected = "timecodes") {
-        losses_.addEach(worded(sheet_.log.name,
+        losses_.addEach(worded(sheet_.source(row),
                                {sheet_.line(row), "", found, expected, "the row is left out"}));
         return false;
     }

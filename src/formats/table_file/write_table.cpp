@@ -187,7 +187,7 @@ private:
             std::size_t size = sheet_.cell(row, i).size();
             if (size <= longestTableValue) continue;
             throw Failure{unwritable,
-                          sheet_.log.name,
+                          sheet_.source(row),
                           {sheet_.line(row), sheet_.name(i),
                            concat("a value of ", std::to_string(size), " bytes"),
                            "at most 4094 in a table file", "shorten it, or choose another format"}};

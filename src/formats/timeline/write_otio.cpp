@@ -228,7 +228,8 @@ private:
 
     void tell(unsigned row, const std::string& found, const std::string& expected,
               const std::string& outcome) {
-        losses_.addEach(worded(sheet_.log.name, {sheet_.line(row), "", found, expected, outcome}));
+        losses_.addEach(
+            worded(sheet_.source(row), {sheet_.line(row), "", found, expected, outcome}));
     }
 
     Track& trackOf(unsigned row) { return trackNamed(trackName(row)); }
@@ -260,7 +261,7 @@ private:
         const std::string made =
             timecodeText(framesOf(*code, own.nominal), own.nominal, code->dropFrame);
         losses_.addEach(worded(
-            sheet_.log.name,
+            sheet_.source(row),
             {sheet_.line(row), sheet_.name(column), inQuotes(cell(row, column)),
              "a frame that is there at " + rateText(own), concat("it is written as ", made)}));
     }

@@ -34,7 +34,7 @@ std::vector<std::string> distinctNames(const Sheet& sheet, Losses& losses) {
 }
 
 std::string place(const Sheet& sheet, unsigned row, unsigned column) {
-    return sheet.log.name + ":" + std::to_string(sheet.line(row)) + ":" + sheet.name(column);
+    return sheet.source(row) + ":" + std::to_string(sheet.line(row)) + ":" + sheet.name(column);
 }
 
 unsigned placeOnSheet(const Sheet& sheet, unsigned column) {

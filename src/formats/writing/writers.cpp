@@ -4,6 +4,11 @@
 
 namespace vek::formats {
 
+const std::string& RowSources::of(unsigned row) const {
+    const auto isBehind = [](unsigned at, const Part& part) { return at < part.first; };
+    return std::prev(std::upper_bound(parts.begin(), parts.end(), row, isBehind))->name;
+}
+
 Sheet wholeSheet(const Log& log) {
     VDBView view(log.table.get());
     view->displayAllRecords();

@@ -9,11 +9,23 @@
 /// Writers of logs. None changes a cell; what a format cannot hold is counted, to be said.
 namespace vek::formats {
 
+/// The logs that the rows of one came from, one behind the other, where they were put together.
+struct RowSources {
+    struct Part {
+        unsigned first;  ///< row of it
+        std::string name;
+    };
+    std::vector<Part> parts;
+
+    const std::string& of(unsigned row) const;
+};
+
 /// What is to be written: rows of a log in the order of a view, some of its columns.
 struct Sheet {
     const Log& log;
     VDBView view;
     std::vector<unsigned> columns;
+    const RowSources* sources = nullptr;  ///< where the rows came from several logs
 
     unsigned rowCount() const { return view->get_num_records(); }
     const dbrecord& record(unsigned row) const { return *view->get_record(row); }
@@ -22,6 +34,10 @@ struct Sheet {
     }
     std::string name(unsigned place) const { return log.columnName(columns[place]); }
     std::size_t line(unsigned row) const { return log.lineOf(view->baseIndex(row)); }
+    /// The log of which that is a line, for messages.
+    const std::string& source(unsigned row) const {
+        return sources == nullptr ? log.name : sources->of(view->baseIndex(row));
+    }
 };
 
 /// All rows and columns of a log.

@@ -76,10 +76,12 @@ public:
         const std::vector<std::size_t> places = placesOf(log, partition);
         std::vector<std::string_view> from(log.columnCount());
         std::vector<std::string_view> to(titles_.size());
+        sources_.parts.push_back({rows_, log.name});
+        rows_ += log.rowCount();
         for (unsigned row = 0; row < log.rowCount(); ++row) {
             log.cells(row, from);
             for (std::size_t i = 0; i < from.size(); ++i) to[places[i]] = from[i];
-            builder_.addWholeRow(++rows_, to.data(), to.size(), {});
+            builder_.addWholeRow(log.lineOf(row), to.data(), to.size(), {});
         }
         agreement_.add(log, places);
         bytes_ += log.bytesRead;
@@ -94,6 +96,7 @@ public:
         return log_;
     }
 
+    const RowSources& sources() const { return sources_; }
     const Agreement& agreement() const { return agreement_; }
 
 private:
@@ -120,7 +123,8 @@ private:
     std::unordered_map<std::string, std::size_t> known_;
     TableBuilder builder_;
     Agreement agreement_;
-    std::size_t rows_ = 0;
+    RowSources sources_;
+    unsigned rows_ = 0;
     std::size_t bytes_ = 0;
 };
 
@@ -362,8 +366,8 @@ private:
         }
         Printout out(piece.path, holdNewFile(piece.path));
         Losses losses;
-        writeSheet({log, viewOf(log, piece.rows), otherColumns(log)}, wish_.target,
-                   styleFrom(args_, wish_.target), out, losses);
+        writeSheet({log, viewOf(log, piece.rows), otherColumns(log), &batch_->sources()},
+                   wish_.target, styleFrom(args_, wish_.target), out, losses);
         out.close();
         folders.keep();
         ++files_;
