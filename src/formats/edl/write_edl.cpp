@@ -1,26 +1,21 @@
 #include <algorithm>
 #include <cstdlib>
-#include <map>
-#include <numeric>
-#include <set>
-#include <span>
 #include <utility>
 
 #include <vekdb/host/text_util.h>
 #include <vekdb/host/timecode.h>
 #include "formats/edl/blank_lines.h"
 #include "formats/edl/edl_lines.h"
+#include "formats/edl/edl_places.h"
 #include "formats/edl/half_transitions.h"
-#include "formats/edl/kinds_on_sheet.h"
 #include "formats/edl/laps.h"
+#include "formats/edl/short_reels.h"
 #include "formats/input/progress.h"
 #include "formats/log/own_parameters.h"
 #include "formats/saving/reading_back.h"
 #include "formats/text/encoding.h"
 #include "formats/text/text_lines.h"
-#include "formats/timecode/clip_columns.h"
 #include "formats/timecode/counting.h"
-#include "formats/timecode/range_names.h"
 #include "formats/timecode/timeline_columns.h"
 #include "formats/writing/clip_lengths.h"
 #include "formats/writing/sheet_facts.h"
@@ -29,8 +24,6 @@
 namespace vek::formats {
 
 namespace {
-
-constexpr std::size_t shortReel = 8;
 
 // One line, without blanks at its ends.
 std::string oneLine(std::string_view text) {
@@ -73,131 +66,6 @@ std::string trackOf(std::string_view text) {
     }
     return {};
 }
-
-// Names of at most eight characters, one for each reel.
-class ShortReels {
-public:
-    const std::string& of(const std::string& reel) {
-        auto known = names_.find(reel);
-        if (known != names_.end()) return known->second;
-        std::string name = squeezed(reel).substr(0, shortReel);
-        for (int n = 2; !used_.insert(name).second; ++n) {
-            std::string number = std::to_string(n);
-            name = squeezed(reel).substr(0, shortReel - number.size()) + number;
-        }
-        return names_[reel] = name;
-    }
-
-private:
-    static std::string squeezed(const std::string& reel) {
-        std::string out;
-        for (char c : reel) {
-            if (c > ' ' && c < 0x7F) out += c;
-        }
-        return out.empty() ? "REEL" : out;
-    }
-
-    std::map<std::string, std::string> names_;
-    std::set<std::string> used_;
-};
-
-// Where a sheet keeps what an edit list needs: places of its columns, noColumn for none.
-class Places {
-public:
-    explicit Places(const Sheet& sheet) : sheet_(sheet) {
-        isEdl_ = std::all_of(std::begin(ofEveryEvent), std::end(ofEveryEvent),
-                             [&](EdlColumn column) { return has(edlColumnNames[column]); });
-        event = take({"Event"});
-        reel = take(reelNames);
-        track = take({"Track", "Tracks"});
-        kind = isEdl_ || placeOfEdlKinds(sheet) != noColumn ? take({"Kind"}) : noColumn;
-        length = kind != noColumn ? take({"Length"}) : noColumn;
-        clipName = take({"Clip Name", "Name", "Clip"});
-        toClipName = take({"To Clip Name"});
-        counting = take({"FCM"});
-        source = take(isEdl_ ? edlPair(sourceOfEvent) : sourceColumns(sheet.log));
-        record = take(isEdl_ ? edlPair(recordOfEvent) : recordColumns(sheet.log));
-        takeComments(edlCommentsName, comments);
-        if (isEdl_) takeComments(edlCommentsBeforeName, before);
-        blanks = isEdl_ ? take({blankLinesColumn}) : noColumn;
-        if (isEdl_ || !isTimeline(sheet.log)) return;
-        rowKind = take({timeline::kind});
-        take({timeline::place});
-        marker = take({timeline::marker});
-        color = take({timeline::color});
-        note = placeNamed(sheet, timeline::note);
-        rate = placeNamed(sheet, timeline::rate);
-        transition = take({timeline::transition});
-        enabled = placeNamed(sheet, timeline::enabled);
-    }
-
-    /// Whether these are the columns of an edit list, so that nothing is to be made up.
-    bool isEdl() const { return isEdl_; }
-
-    /// Those that became no part of an event.
-    std::vector<unsigned> others() const {
-        std::vector<unsigned> out;
-        for (unsigned i = 0; i < sheet_.columns.size(); ++i) {
-            if (!taken_.contains(i)) out.push_back(i);
-        }
-        return out;
-    }
-
-    unsigned event, reel, track, kind, length, clipName, toClipName, counting, blanks;
-    // Of a timeline's rows.
-    unsigned rowKind = noColumn, marker = noColumn, color = noColumn, note = noColumn,
-             rate = noColumn, transition = noColumn, enabled = noColumn;
-    RangeColumns source, record;
-    std::vector<unsigned> comments;
-    std::vector<unsigned> before;
-
-private:
-    // What no event is without. Lengths, names and comments may be left out of what was one.
-    static constexpr EdlColumn ofEveryEvent[] = {
-        edlEvent, edlReel, edlTrack, edlKind, edlSourceIn, edlSourceOut, edlRecordIn, edlRecordOut};
-
-    bool has(const std::string& name) const { return find(name) != noColumn; }
-
-    unsigned find(const std::string& name) const { return placeNamed(sheet_, name); }
-
-    unsigned take(std::initializer_list<const char*> names) {
-        return take(std::span(names.begin(), names.size()));
-    }
-
-    unsigned take(std::span<const char* const> names) {
-        for (const char* name : names) {
-            unsigned at = find(name);
-            if (at == noColumn) continue;
-            taken_.insert(at);
-            return at;
-        }
-        return noColumn;
-    }
-
-    RangeColumns edlPair(const RangeName& names) const {
-        return {sheet_.log.findColumn(names.start), sheet_.log.findColumn(names.end)};
-    }
-
-    RangeColumns take(const RangeColumns& columns) {
-        RangeColumns pair{placeOnSheet(sheet_, columns.start), placeOnSheet(sheet_, columns.end)};
-        if (pair.start == noColumn || pair.end == noColumn) return {noColumn, noColumn};
-        taken_.insert({pair.start, pair.end});
-        return pair;
-    }
-
-    void takeComments(std::string (*nameOf)(std::size_t), std::vector<unsigned>& to) {
-        for (std::size_t piece = 0;; ++piece) {
-            unsigned at = find(nameOf(piece));
-            if (at == noColumn) return;
-            taken_.insert(at);
-            to.push_back(at);
-        }
-    }
-
-    const Sheet& sheet_;
-    bool isEdl_ = false;
-    std::set<unsigned> taken_;
-};
 
 class EdlWriter {
 public:
@@ -752,7 +620,7 @@ private:
                      concat("it is written as it is; ", sheet_.log.opening.terms->shortReels,
                             " makes one word of it"));
         }
-        if (text.size() > shortReel) {
+        if (text.size() > ShortReels::longest) {
             tellReel(row, text, "at most 8 characters",
                      concat("it is written in the long form; ",
                             sheet_.log.opening.terms->shortReels, " cuts it"));
@@ -947,7 +815,7 @@ private:
     const Output& out_;
     CheckedOutput text_;
     Losses& losses_;
-    Places places_;
+    EdlPlaces places_;
     std::vector<unsigned> others_;
     LogCounting counting_;
     ClipLengths lengths_;
