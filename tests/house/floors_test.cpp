@@ -420,6 +420,32 @@ TEST(Floors, ProgramsBenchesAndExamplesUsePublicHeadersOnly) {
     EXPECT_THAT(wrong, IsEmpty());
 }
 
+// What of the formats' inside the tables of SQLite stand on besides public headers: a log that is
+// written back by several statements at once, and the text of a timecode.
+bool isNamedForBindings(const SourceFile& file, const Include& include) {
+    static const std::set<std::string_view> named = {
+        "src/formats/changing/file_names.h",  "src/formats/face/guarded.h",
+        "src/formats/face/inside.h",          "src/formats/saving/file_sink.h",
+        "src/formats/saving/prepared_file.h", "src/formats/timecode/timecode_form.h"};
+    return file.path.starts_with("bindings/sqlite/") && named.contains(include.target);
+}
+
+TEST(Floors, BindingsUsePublicHeadersAndWhatIsNamedForThem) {
+    EXPECT_FALSE(bindingSources().empty());
+    std::vector<std::string> wrong;
+    for (const SourceFile& file : bindingSources()) {
+        for (const Include& include : includesOf(file)) {
+            const bool isPublic = include.target.starts_with("include/");
+            const bool isThere = findSource(include.target) != nullptr;
+            const bool isOfTheProgram = include.target.starts_with("src/tools/");
+            if ((isPublic != isThere || isOfTheProgram) && !isNamedForBindings(file, include)) {
+                wrong.push_back(include.where + " includes " + include.target);
+            }
+        }
+    }
+    EXPECT_THAT(wrong, IsEmpty());
+}
+
 // The formats read and write with well-kept libraries; the core, which a program may have without
 // them, does not.
 TEST(Floors, TheCoreStandsOnTheStandardLibraryAlone) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <initializer_list>
 #include <iterator>
 
 namespace fs = std::filesystem;
@@ -35,11 +36,9 @@ void collect(const std::string& folder, std::vector<SourceFile>& files) {
     }
 }
 
-std::vector<SourceFile> collectAll() {
+std::vector<SourceFile> collectAll(std::initializer_list<const char*> folders) {
     std::vector<SourceFile> files;
-    for (const char* folder : {"include", "src", "tools", "tests", "bench", "fuzz", "examples"}) {
-        collect(folder, files);
-    }
+    for (const char* folder : folders) collect(folder, files);
     std::sort(files.begin(), files.end(),
               [](const SourceFile& a, const SourceFile& b) { return a.path < b.path; });
     for (SourceFile& file : files) {
@@ -83,7 +82,14 @@ std::string readFile(const fs::path& path) {
 }
 
 const std::vector<SourceFile>& allSources() {
-    static const std::vector<SourceFile>& files = *new std::vector<SourceFile>(collectAll());
+    static const std::vector<SourceFile>& files = *new std::vector<SourceFile>(
+        collectAll({"include", "src", "tools", "tests", "bench", "fuzz", "examples"}));
+    return files;
+}
+
+const std::vector<SourceFile>& bindingSources() {
+    static const std::vector<SourceFile>& files =
+        *new std::vector<SourceFile>(collectAll({"bindings"}));
     return files;
 }
 

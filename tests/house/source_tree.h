@@ -27,6 +27,9 @@ std::string readFile(const std::filesystem::path& path);
 // Every source (.h and .cpp) of the project; read once.
 const std::vector<SourceFile>& allSources();
 
+// The same of what makes the library one of another language's; read once.
+const std::vector<SourceFile>& bindingSources();
+
 // The library's floors, lowest first; the program stands on top of them.
 const std::vector<std::string>& floors();
 
