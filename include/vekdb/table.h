@@ -78,8 +78,8 @@ public:
     /// table was made or loaded, or since `clear_changed`. Saving leaves it.
     bool get_modified() const;
     /// Whether the last load from a file made a row of every line behind the column names, those
-    /// that a RowChoice did not take included. False where it stopped before the end, where it
-    /// passed over a line, and where nothing was loaded. Appending text changes nothing of it.
+    /// that a RowChoice did not take included. False where it passed over a line or what a NUL cut
+    /// off, stopped before the end, or loaded nothing. Appending text changes nothing of it.
     bool get_loaded_whole() const;
     /// Why the last load could not read its file: the system's number of the error (errno), for
     /// the rest see `TextFile::error`. 0 where the file was read, whatever was in it, and where
@@ -277,7 +277,7 @@ public:
     /// and begins another value with what follows. The last value of a line may so have 4,095
     /// bytes. Any other of 4,095, and mostly a longer one, gives its line a value too many, at
     /// which loading ends as at every line of the wrong length; but one of 4,096 bytes that is not
-    /// the last loses a byte and runs into the value behind it, and NO ERROR IS SET.
+    /// the last loses a byte and runs into the value behind it, and no error is set.
     int save_text() override;
     /// Writes the tagged records only; 1, or 0 when saving failed.
     int save_tags() override;

@@ -32,8 +32,8 @@ struct ViewParts;
 /// What ends what: a record got here lives as long as the table keeps it; texts of parameters
 /// until the parameter is next set; a field list until the next `fieldSpec`.
 ///
-/// Out-of-range rows give null records, empty strings, 0 and -1; a view without a source
-/// answers every question with 0 or null and ignores every order. Only memory exhaustion throws.
+/// Out-of-range rows give null records, empty strings, 0 and -1; a view without a source lists
+/// its rows' numbers, has no records or values and ignores orders. Only memory exhaustion throws.
 /// Not locked: one thread at a time.
 ///
 /// Deletions reach a view through notices; docs/notices.md tells in which order, and what a
