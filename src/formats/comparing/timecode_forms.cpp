@@ -1,5 +1,6 @@
 #include "formats/comparing/timecode_forms.h"
 
+#include <algorithm>
 #include <bit>
 
 #include <vekdb/formats/timecode.h>
@@ -20,6 +21,10 @@ enum Form : unsigned {
     digitsAndSemicolon = 128,
     frames = 256,
 };
+
+// How a column is written shows in its first rows. Looking at all of a large log takes as long as
+// joining it does.
+constexpr unsigned mostLookedAt = 10000;
 
 constexpr unsigned withMarks[] = {longColons | shortColons, longSemicolon | shortSemicolon,
                                   longPoints | shortPoints};
@@ -58,6 +63,10 @@ unsigned firstFilled(const Log& log, unsigned column) {
     return row;
 }
 
+unsigned lastLookedAt(const Log& log, unsigned first) {
+    return std::min(log.rowCount(), first + mostLookedAt);
+}
+
 // Of both forms that two digits may be, the one that others of the column say.
 unsigned settled(unsigned certain, unsigned all) {
     for (const unsigned both : withMarks) {
@@ -74,7 +83,7 @@ TimecodeForms::TimecodeForms(const Log& log, unsigned column) {
     first_ = log.cell(row, column);
     if (formOf(first_) == 0) return;
     unsigned certain = 0;
-    for (; row < log.rowCount(); ++row) {
+    for (const unsigned end = lastLookedAt(log, row); row < end; ++row) {
         const unsigned form = formOf(log.cell(row, column));
         forms_ |= form;
         if (std::has_single_bit(form)) certain |= form;
@@ -88,18 +97,22 @@ std::optional<Problem> TimecodeForms::others(const Log& log, unsigned column,
     if (row == log.rowCount() || !areOfOneKind(forms_, formOf(log.cell(row, column)))) return {};
     unsigned first = row;
     std::size_t count = 0;
-    for (; row < log.rowCount(); ++row) {
+    const unsigned end = lastLookedAt(log, row);
+    for (; row < end; ++row) {
         const unsigned form = formOf(log.cell(row, column));
         if (!areOfOneKind(forms_, form) || (form & forms_) != 0) continue;
         if (count++ == 0) first = row;
     }
     if (count == 0) return {};
+    const std::string where =
+        end == log.rowCount() ? ""
+                              : concat(" among the ", std::to_string(mostLookedAt), " looked at");
     const char* const what = (forms_ & ~unsigned{frames}) == 0 ? "frames" : "timecodes";
     return Problem{
         log.lineOf(first), log.columnName(column), inQuotes(log.cell(first, column)),
         concat(what, " as in ", as, ", such as ", inQuotes(first_)),
         concat("the two are not taken for one",
-               count == 1 ? "" : concat("; ", std::to_string(count - 1), " more like it"))};
+               count == 1 ? "" : concat("; ", std::to_string(count - 1), " more like it", where))};
 }
 
 }  // namespace vek::formats

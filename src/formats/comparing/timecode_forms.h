@@ -13,13 +13,14 @@ namespace vek::formats {
 class TimecodeForms {
 public:
     TimecodeForms() = default;
-    /// The first cell that has a value says whether they are timecodes.
+    /// The first cell that has a value says whether they are timecodes, and some thousands behind
+    /// it how they are written.
     TimecodeForms(const Log& log, unsigned column);
 
     /// False where no cell has a value.
     bool isKnown() const { return !first_.empty(); }
     /// What is told of a column whose timecodes are written otherwise than these, which are those
-    /// of `as`: the first that is, and how many there are.
+    /// of `as`: the first that is, and how many of the first rows with a value are.
     std::optional<Problem> others(const Log& log, unsigned column, const std::string& as) const;
 
 private:
