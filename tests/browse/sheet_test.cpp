@@ -90,6 +90,30 @@ TEST(BrowseSheet, ARenamedColumnIsSaved) {
     EXPECT_THAT(opened.screen(), HasSubstr("there is a column"));
 }
 
+TEST(BrowseSheet, NamesThatChangePlacesAreSaved) {
+    Opened opened(theLog);
+    const auto rename = [&](unsigned column, const std::string& name) {
+        opened.sheet().renameColumn(column, name);
+        opened.settle();
+    };
+    rename(0, "other");
+    rename(1, "Name");
+    rename(0, "Scene");
+    opened.press("^S");
+    EXPECT_THAT(opened.read(), HasSubstr("Scene,Name,Notes\n"));
+    EXPECT_EQ(1u, opened.sheet().log().findColumn("Name"));
+}
+
+TEST(BrowseSheet, OfSeveralLogsTheFirstIsShown) {
+    Opened opened(theLog);
+    opened.write("second.csv", "Reel\nB1\n");
+    const std::string second = opened.folder.file("second.csv").string();
+    opened.browser->add(vek::formats::openLog(second, {}), vek::browse::markOf(second));
+    EXPECT_EQ("Reel", opened.sheet().log().columnName(0));
+    opened.browser->goToFirst();
+    EXPECT_EQ("Name", opened.sheet().log().columnName(0));
+}
+
 TEST(BrowseSheet, AFileThatWasChangedMeanwhileIsAskedAbout) {
     Opened opened(theLog);
     opened.press("d");
