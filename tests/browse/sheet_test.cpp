@@ -104,6 +104,19 @@ TEST(BrowseSheet, NamesThatChangePlacesAreSaved) {
     EXPECT_EQ(1u, opened.sheet().log().findColumn("Name"));
 }
 
+TEST(BrowseSheet, AColumnThatBeganARangeIsAskedByItsTextOnceItIsRenamed) {
+    Opened opened("Reel,Start time,End time\nA,01,05\nB,11,15\n");
+    opened.sheet().renameColumn(1, "Other");
+    opened.press("f");
+    opened.type("Other=11");
+    opened.press("Enter");
+    EXPECT_THAT(opened.shown(), ElementsAre("B"));
+    opened.press("u f");
+    opened.type("Start time=13");
+    opened.press("Enter");
+    EXPECT_THAT(opened.shown(), ElementsAre("B"));
+}
+
 TEST(BrowseSheet, OfSeveralLogsTheFirstIsShown) {
     Opened opened(theLog);
     opened.write("second.csv", "Reel\nB1\n");

@@ -283,3 +283,12 @@ TEST(Editing, NamesTheColumnThatIsNotThere) {
     EXPECT_EQ(log.choose("B=1").reason().noColumn, "B");
     EXPECT_EQ(log.choose("A~(").reason().noColumn, "");
 }
+
+TEST(ValuesOfJson, StayWhatTheyAreBehindAColumnThatGoes) {
+    auto log = vek::openText("[{\"a\": \"x\", \"n\": 1, \"t\": \"7\"}]", "log.json");
+    ASSERT_TRUE(log);
+    ASSERT_TRUE(log->removeColumn(*log->column("a")));
+    std::string text;
+    ASSERT_TRUE(log->write(text, vek::Format::jsonl));
+    EXPECT_EQ(text, "{\"n\": 1, \"t\": \"7\"}\n");
+}

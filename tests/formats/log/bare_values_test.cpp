@@ -42,3 +42,10 @@ TEST(BareValues, AnyCellMayBeReplacedAndTakesItsPlaceWhereColumnsGo) {
     EXPECT_EQ(values.of(4, 0), Bare::nothing);
     EXPECT_EQ(values.of(20, 1), Bare::nested);
 }
+
+TEST(BareValues, OfTheLastColumnGoWithIt) {
+    BareValues values;
+    values.note(0, 1, Bare::number);
+    values.forget(1);
+    EXPECT_EQ(values.of(0, 1), Bare::no);
+}
