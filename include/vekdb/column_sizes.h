@@ -13,7 +13,7 @@ struct TableParts;
 class VEKDB_PUBLIC ColumnSizes {
 public:
     /// The table outlives this; its rows, values and columns stay as they are meanwhile. Of several
-    /// for one table those made later end first, and the first one counts.
+    /// for one table those made later end first, and the first one counts. Throws bad_alloc.
     explicit ColumnSizes(const vekdb& table);
     ~ColumnSizes();
     ColumnSizes(const ColumnSizes&) = delete;
